@@ -1,0 +1,157 @@
+#include "benchmarks/data_sets.h"
+
+#include <random>
+
+namespace bench {
+
+namespace {
+
+class Maker {
+  public:
+    explicit Maker(Set& oSet) : m_oSet(oSet) {}
+
+    std::uint32_t Name(const std::string& sName) {
+        for (std::uint32_t u = 0; u < m_oSet.names.size(); ++u) {
+            if (m_oSet.names[u] == sName) return u;
+        }
+        m_oSet.names.push_back(sName);
+        return static_cast<std::uint32_t>(m_oSet.names.size() - 1);
+    }
+    void Map(std::uint32_t uName, std::uint32_t uChildren) {
+        m_oSet.items.push_back({Kind::Map, uName, uChildren, 0, 0, {}});
+    }
+    void List(std::uint32_t uName, std::uint32_t uChildren) {
+        m_oSet.items.push_back({Kind::List, uName, uChildren, 0, 0, {}});
+    }
+    void Integer(std::uint32_t uName, std::int32_t iValue) {
+        m_oSet.items.push_back({Kind::Integer, uName, 0, iValue, 0, {}});
+    }
+    void Double(std::uint32_t uName, double dValue) {
+        m_oSet.items.push_back({Kind::Double, uName, 0, 0, dValue, {}});
+    }
+    void Boolean(std::uint32_t uName, bool bValue) {
+        m_oSet.items.push_back({Kind::Boolean, uName, 0, bValue, 0, {}});
+    }
+    void Text(std::uint32_t uName, std::string sText) {
+        m_oSet.items.push_back({Kind::Text, uName, 0, 0, 0, std::move(sText)});
+    }
+
+  private:
+    Set& m_oSet;
+};
+
+Set MakeOrders() {
+    Set oSet;
+    oSet.sName = "orders";
+    Maker m(oSet);
+    std::mt19937 oRandom(1);
+    constexpr std::uint32_t COUNT = 100000;
+    const std::uint32_t uRoot = m.Name("orders"), uOrder = m.Name("order"), uId = m.Name("id"),
+                        uSymbol = m.Name("symbol"), uPrice = m.Name("price"),
+                        uQuantity = m.Name("quantity"), uActive = m.Name("active"),
+                        uNote = m.Name("note"), uTags = m.Name("tags"), uTag = m.Name("tag"),
+                        uLeg = m.Name("leg"), uV1 = m.Name("V1"), uV2 = m.Name("V2"),
+                        uV3 = m.Name("V3"), uV4 = m.Name("V4");
+    const char* asSymbols[] = {"ALFA", "BRVO", "CHRL", "DLTA", "ECHO", "FXTR"};
+    const char* asTags[] = {"spot", "limit", "urgent", "desk-4", "hedge", "partial"};
+    oSet.items.reserve(16 * COUNT + 1);
+    m.List(uRoot, COUNT);
+    for (std::uint32_t u = 0; u < COUNT; ++u) {
+        m.Map(uOrder, 8);
+        m.Integer(uId, static_cast<std::int32_t>(u));
+        m.Text(uSymbol, asSymbols[oRandom() % 6]);
+        m.Double(uPrice, static_cast<double>(oRandom() % 100000) / 100.0);
+        m.Integer(uQuantity, static_cast<std::int32_t>(oRandom() % 10000));
+        m.Boolean(uActive, oRandom() % 2 == 0);
+        m.Text(uNote, "customer note number " + std::to_string(oRandom() % 1000));
+        m.List(uTags, 3);
+        for (int i = 0; i < 3; ++i) m.Text(uTag, asTags[oRandom() % 6]);
+        m.Map(uLeg, 4);
+        m.Integer(uV1, static_cast<std::int32_t>(oRandom() % 1000));
+        m.Integer(uV2, static_cast<std::int32_t>(oRandom() % 1000000));
+        m.Integer(uV3, -static_cast<std::int32_t>(oRandom() % 1000));
+        m.Integer(uV4, static_cast<std::int32_t>(oRandom() % 100));
+    }
+    oSet.lookups = {uId, uPrice, uNote, uQuantity};
+    oSet.uMaps = COUNT;
+    return oSet;
+}
+
+Set MakeConfig() {
+    Set oSet;
+    oSet.sName = "config";
+    Maker m(oSet);
+    std::mt19937 oRandom(2);
+    constexpr std::uint32_t NAMES = 2000, SECTIONS = 40, GROUPS = 10, FIELDS = 49;
+    for (std::uint32_t u = 0; u < NAMES; ++u) {
+        static const char* const asWords[] = {"cache", "network", "timeout", "path", "user"};
+        m.Name(std::string(asWords[u % 5]) + "_setting_" + std::to_string(u));
+    }
+    const std::uint32_t uRoot = m.Name("config");
+    m.Map(uRoot, SECTIONS);
+    for (std::uint32_t uSection = 0; uSection < SECTIONS; ++uSection) {
+        m.Map(uSection * 7, GROUPS);
+        for (std::uint32_t uGroup = 0; uGroup < GROUPS; ++uGroup) {
+            m.Map(300 + uGroup * 11, FIELDS);
+            const auto uFirst = static_cast<std::uint32_t>(oRandom() % NAMES);
+            for (std::uint32_t u = 0; u < FIELDS; ++u) {
+                // Different names in one group, in no order.
+                const std::uint32_t uName = (uFirst + u * 37) % NAMES;
+                switch (oRandom() % 4) {
+                    case 0: m.Integer(uName, static_cast<std::int32_t>(oRandom() % 100)); break;
+                    case 1: m.Boolean(uName, oRandom() % 2 == 0); break;
+                    case 2: m.Double(uName, static_cast<double>(oRandom() % 1000) / 8); break;
+                    default: m.Text(uName, "/srv/app/value" + std::to_string(oRandom() % 50));
+                }
+            }
+        }
+    }
+    // Sections are what the root holds.
+    for (std::uint32_t u = 0; u < SECTIONS; ++u) oSet.lookups.push_back(u * 7);
+    oSet.uMaps = 1;
+    return oSet;
+}
+
+Set MakeSmall() {
+    Set oSet;
+    oSet.sName = "small";
+    Maker m(oSet);
+    m.Map(m.Name("person"), 8);
+    m.Text(m.Name("name"), "Erika Mustermann");
+    m.Integer(m.Name("age"), 42);
+    m.Boolean(m.Name("active"), true);
+    m.Double(m.Name("balance"), 1234.5);
+    m.Map(m.Name("address"), 4);
+    m.Text(m.Name("street"), "Heidestr. 17");
+    m.Text(m.Name("city"), "Koeln");
+    m.Integer(m.Name("zip"), 51147);
+    m.Text(m.Name("country"), "DE");
+    m.List(m.Name("phones"), 3);
+    for (int i = 0; i < 3; ++i) m.Text(m.Name("phone"), "+49 221 555 0" + std::to_string(i));
+    m.List(m.Name("scores"), 4);
+    for (int i = 0; i < 4; ++i) m.Integer(m.Name("score"), 10 * i);
+    m.Map(m.Name("flags"), 4);
+    for (const char* s : {"admin", "beta", "mail", "push"}) m.Boolean(m.Name(s), *s != 'a');
+    oSet.lookups = {m.Name("age"), m.Name("balance"), m.Name("name")};
+    oSet.uMaps = 1;
+    return oSet;
+}
+
+}  // namespace
+
+const Set& Orders() {
+    static const Set oSet = MakeOrders();
+    return oSet;
+}
+
+const Set& Config() {
+    static const Set oSet = MakeConfig();
+    return oSet;
+}
+
+const Set& Small() {
+    static const Set oSet = MakeSmall();
+    return oSet;
+}
+
+}  // namespace bench

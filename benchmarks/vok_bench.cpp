@@ -1,0 +1,135 @@
+#include <memory>
+
+#include "benchmarks/contender.h"
+#include "vok/data/succ_it.h"
+#include "vok/data/walk.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/file/buf.h"
+
+namespace bench {
+
+namespace {
+
+using vok::Data;
+using vok::Data_Key;
+using vok::Data_Node;
+
+void SetValue(Data& oNode, const Item& oItem) {
+    switch (oItem.eKind) {
+        case Kind::Integer: return oNode.SetValInt(oItem.iValue);
+        case Kind::Double: return oNode.SetValDbl(oItem.dValue);
+        case Kind::Boolean: return oNode.SetValBool(oItem.iValue != 0);
+        case Kind::Text: return oNode.SetValStr(std::string_view(oItem.sText));
+        case Kind::Map:
+        case Kind::List: return;
+    }
+}
+
+// Builds by names, or by keys that were made once per tree.
+template <bool BY_KEY>
+class Vok {
+  public:
+    static constexpr const char* NAME = BY_KEY ? "vok-keys" : "vok";
+
+    explicit Vok(const Set& oSet) : m_oSet(oSet) {
+        m_oBuilt.SetToRoot();
+        vok::Dgraph_SetVersion(m_oBuilt, 1, 3, 0);
+        std::vector<Data_Key> aoKeys;
+        if constexpr (BY_KEY) {
+            for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s.c_str()));
+        }
+        m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());
+        std::vector<std::uint32_t> auOpen{oSet.items[0].uChildren};
+        Data oNode = m_oBuilt;
+        for (std::size_t u = 1; u < oSet.items.size(); ++u) {
+            const Item& oItem = oSet.items[u];
+            while (auOpen.back() == 0) {
+                auOpen.pop_back();
+                oNode.SetToPred();
+            }
+            --auOpen.back();
+            if constexpr (BY_KEY) {
+                oNode.SetToNewSucc(aoKeys[oItem.uName]);
+            } else {
+                oNode.SetToNewSucc(oSet.names[oItem.uName].c_str());
+            }
+            if (oItem.eKind == Kind::Map || oItem.eKind == Kind::List) {
+                auOpen.push_back(oItem.uChildren);
+            } else {
+                SetValue(oNode, oItem);
+                oNode.SetToPred();
+            }
+        }
+    }
+
+    void Write() {
+        m_oBuffer.Open("w");
+        vok::Dgraph_SaveDGraph(m_oBuilt, m_oBuffer);
+    }
+    [[nodiscard]] std::size_t Size() const { return m_oBuffer.Size(); }
+    void Read() {
+        vok::File_Buf oIn(m_oBuffer.Data(), m_oBuffer.Size());
+        vok::Dgraph_LoadDGraph(m_oRead, oIn);
+    }
+
+    std::uint64_t Walk() {
+        std::uint64_t uSum = 0;
+        for (vok::Data_Walk o(m_oRead); o.Next();) {
+            switch (o.GetType()) {
+                case Data_Node::Integer:
+                case Data_Node::Boolean: uSum += static_cast<std::uint64_t>(o.Int()); break;
+                case Data_Node::Double: uSum += static_cast<std::uint64_t>(o.Dbl()); break;
+                case Data_Node::String: uSum += o.Text().size(); break;
+                default: ++uSum;
+            }
+        }
+        return uSum;
+    }
+
+    std::uint64_t Lookup() {
+        std::vector<Data_Key> aoKeys;
+        for (const std::uint32_t u : m_oSet.lookups) {
+            aoKeys.push_back(m_oRead.FindKey(m_oSet.names[u].c_str()));
+        }
+        std::uint64_t uSum = 0;
+        const auto oAskAll = [&](const Data& oMap) {
+            for (std::size_t u = 0; u < aoKeys.size(); ++u) {
+                if constexpr (BY_KEY) {
+                    uSum += oMap.GetNthSucc(aoKeys[u], 0).GetId();
+                } else {
+                    uSum += oMap.GetNthSucc(m_oSet.names[m_oSet.lookups[u]].c_str(), 0).GetId();
+                }
+            }
+        };
+        if (m_oSet.uMaps == 1) {
+            oAskAll(m_oRead);
+        } else {
+            Data oMap = m_oRead;
+            for (auto oIt = m_oRead.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
+                oMap.SetToNode(oIt.GetId());
+                oAskAll(oMap);
+            }
+        }
+        return uSum;
+    }
+
+    double HeapBytes() {
+        m_oBuilt.SetAccessMode();
+        return static_cast<double>(m_oBuilt.HeapBytes() - m_oBuilt.TextBytes());
+    }
+
+  private:
+    const Set& m_oSet;
+    Data m_oBuilt;
+    vok::File_Buf m_oBuffer;
+    Data m_oRead;
+};
+
+}  // namespace
+
+void RegisterVok(const Set& oSet) {
+    Register<Vok<false>>(oSet);
+    Register<Vok<true>>(oSet);
+}
+
+}  // namespace bench

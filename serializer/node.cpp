@@ -1,0 +1,196 @@
+#include "serializer/node.h"
+
+#include "serializer/utilities.h"
+#include "vok/base/msg.h"
+#include "vok/data/succ_it.h"
+#include "vok/dgraph/dgraph.h"
+
+namespace Velmar::Q7R::Serializer {
+
+using vok::Data;
+using vok::Data_Node;
+
+namespace {
+
+// Runs the native part of an operation; whatever it throws becomes the operation's own text.
+template <class F>
+decltype(auto) Guarded(const char* sMessage, F&& oBody) {
+    try {
+        return oBody();
+    } catch (...) {
+        throw System::ApplicationException(sMessage);
+    }
+}
+
+// The successor of a name, handed to oUse if there is one; tells whether there was.
+template <class F>
+bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
+    const Utilities::NativeText oText(oName);
+    const Data oSucc = oNode.GetNthSucc(oText.CStr(), static_cast<vok::u2_t>(iIndex));
+    if (!oSucc.IsNode()) return false;
+    oUse(oSucc);
+    return true;
+}
+
+Data NewSuccessor(Data& oNode, StringRef oName) {
+    return oNode.CreateNewSucc(Utilities::NativeText(oName).CStr());
+}
+
+constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
+
+}  // namespace
+
+Node::Node(bool isRootNode) {
+    if (!isRootNode) return;
+    m_oData.SetToRoot();
+    vok::Dgraph_SetVersion(m_oData, 1, 2, 0);
+}
+
+void Node::Dispose(bool) {
+    m_oData.Clear();
+    m_bDisposed = true;
+}
+
+const Data& Node::Cursor() const {
+    if (m_bDisposed) vok::Msg::ObjectPointsToNothing();
+    return m_oData;
+}
+
+Data& Node::Cursor() {
+    if (m_bDisposed) vok::Msg::ObjectPointsToNothing();
+    return m_oData;
+}
+
+// ---- writing ----------------------------------------------------------------
+
+void Node::AddValue(StringRef name, StringRef value) {
+    Guarded("Failed to add Node String value", [&] {
+        Data oSucc = NewSuccessor(Cursor(), name);
+        // UTF-8 goes in as it is, without a copy in between.
+        if (value.Utf8().data() != nullptr) {
+            oSucc.SetValStr(value.Utf8());
+        } else {
+            oSucc.SetValStr(Utilities::NativeText(value).CStr());
+        }
+    });
+}
+
+void Node::AddValue(StringRef name, Int32 value) {
+    Guarded("Failed to add Node int value",
+            [&] { NewSuccessor(Cursor(), name).SetValInt(value, Data_Node::Integer); });
+}
+
+void Node::AddValue(StringRef name, double value) {
+    Guarded("Failed to add Node double value",
+            [&] { NewSuccessor(Cursor(), name).SetValDbl(value, Data_Node::Double); });
+}
+
+void Node::AddValue(StringRef name, bool value) {
+    Guarded("Failed to add Node bool value",
+            [&] { NewSuccessor(Cursor(), name).SetValInt(value ? 1 : 0, Data_Node::Boolean); });
+}
+
+void Node::AddValue(StringRef name, std::span<const Byte> value) {
+    Guarded("Failed to add Node byte array", [&] {
+        Data oSucc = NewSuccessor(Cursor(), name);
+        oSucc.SetValBin(value.data(), static_cast<vok::u2_t>(vok::Msg::ToInt32(value.size())));
+    });
+}
+
+void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {
+    Guarded("Failed to add Node quad tuple", [&] {
+        Data oQuad = NewSuccessor(Cursor(), name);
+        const Int32 ai[] = {v1, v2, v3, v4};
+        for (int i = 0; i < 4; ++i) {
+            oQuad.CreateNewSucc(QUAD_NAMES[i]).SetValInt(ai[i], Data_Node::Integer);
+        }
+    });
+}
+
+Node Node::AddSubnode(StringRef name) {
+    return Guarded("Failed to add subnode", [&] { return Node(NewSuccessor(Cursor(), name)); });
+}
+
+// ---- reading ----------------------------------------------------------------
+
+bool Node::TryGetValue(StringRef name, Int32 index, String& value) const {
+    try {
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+            value = Utilities::Str2String(vok::Str(oSucc.GetStr(nullptr)));
+        });
+    } catch (const vok::Msg_Exception& e) {
+        throw System::ApplicationException(std::string(e.what()) + e.where());
+    } catch (...) {
+        throw System::ApplicationException("Failed to get Node String value");
+    }
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, Int32& value) const {
+    return Guarded("Failed to get Node int value", [&] {
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+            value = oSucc.GetValInt(Data_Node::Integer);
+        });
+    });
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, double& value) const {
+    return Guarded("Failed to get Node double value", [&] {
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+            value = oSucc.GetValDbl(Data_Node::Double);
+        });
+    });
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, bool& value) const {
+    return Guarded("Failed to get Node bool value", [&] {
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+            value = oSucc.GetValInt(Data_Node::Boolean) != 0;
+        });
+    });
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, std::vector<Byte>& value) const {
+    return Guarded("Failed to get Node byte array", [&] {
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+            vok::u2_t uSize = 0;
+            const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
+            (void)vok::Msg::ToInt32(uSize);
+            value.assign(pData, pData + uSize);
+        });
+    });
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32& v3,
+                       Int32& v4) const {
+    return Guarded("Failed to get Node int value", [&] {
+        bool bAll = true;
+        const bool bFound = WithSuccessor(Cursor(), name, index, [&](const Data& oQuad) {
+            Int32* const api[] = {&v1, &v2, &v3, &v4};
+            for (int i = 0; i < 4; ++i) {
+                const Data oValue = oQuad.GetNthSucc(QUAD_NAMES[i], 0);
+                if (oValue.IsNode()) {
+                    *api[i] = oValue.GetValInt(Data_Node::Integer);
+                } else {
+                    bAll = false;
+                }
+            }
+        });
+        return bFound && bAll;
+    });
+}
+
+bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
+    return Guarded("Failed to get subnode", [&] {
+        return WithSuccessor(Cursor(), name, index,
+                             [&](const Data& oSucc) { node = Node(oSucc); });
+    });
+}
+
+Int32 Node::GetSubnodeCount(StringRef name) const {
+    return Guarded("Failed to get subnode count", [&] {
+        const Utilities::NativeText oName(name);
+        return static_cast<Int32>(Cursor().GetSuccIt(oName.CStr()).Size());
+    });
+}
+
+}  // namespace Velmar::Q7R::Serializer

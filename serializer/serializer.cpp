@@ -1,0 +1,57 @@
+#include "serializer/serializer.h"
+
+#include "vok/base/msg.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/file/buf.h"
+
+namespace Velmar::Q7R::Serializer {
+
+namespace {
+
+// The document version of this facade.
+void StampVersion(vok::Data& oRoot) {
+    vok::Dgraph_SetVersion(oRoot, 1, 2, 0);
+}
+
+vok::Data& CursorOf(vok::Data* pData) {
+    if (pData == nullptr) throw System::ApplicationException("Invalid vok::Data");
+    return *pData;
+}
+
+}  // namespace
+
+std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) {
+    Node root(true);
+    iSerialisable.WriteValues(root);
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    try {
+        vok::File_Buf buffer("w");
+        data.SetToRoot();
+        StampVersion(data);
+        vok::Dgraph_SaveDGraph(data, buffer);
+        (void)vok::Msg::ToInt32(buffer.Size());
+        const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());
+        return std::vector<Byte>(pBytes, pBytes + buffer.Size());
+    } catch (...) {
+        throw System::ApplicationException("Failed to write data to buffer");
+    }
+}
+
+void Serializer::ReadFromBinaryBuffer(ISerialisable& iSerialisable,
+                                      std::span<const Byte> byteArray) {
+    Node root(true);
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    try {
+        vok::File_Buf buffer(byteArray.data(), byteArray.size());
+        data.Clear();
+        vok::Dgraph_LoadDGraph(data, buffer);
+        data.SetToRoot();
+        // After loading, whatever version the bytes carried.
+        StampVersion(data);
+    } catch (...) {
+        throw System::ApplicationException("Failed to read data from file.");
+    }
+    iSerialisable.ReadValues(root);
+}
+
+}  // namespace Velmar::Q7R::Serializer

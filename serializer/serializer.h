@@ -1,0 +1,60 @@
+// The library in two calls: write an object to a buffer, read it back.
+//
+//     struct Point : Velmar::Q7R::Serializer::ISerialisable {
+//         int x = 0;
+//         void WriteValues(Node& node) override { node.AddValue("x", x); }
+//         void ReadValues(Node& node) override { node.TryGetValue("x", x); }
+//     };
+//
+//     Serializer serializer;
+//     std::vector<Byte> bytes = serializer.WriteToBinaryBuffer(point);
+//     serializer.ReadFromBinaryBuffer(copy, bytes);
+#ifndef SERIALIZER_SERIALIZER_H
+#define SERIALIZER_SERIALIZER_H
+
+#include <span>
+#include <vector>
+
+#include "serializer/exception.h"
+#include "serializer/node.h"
+#include "serializer/string.h"
+
+namespace Velmar::Q7R::Serializer {
+
+// What a host object implements to be written and read.
+class ISerialisable {
+  public:
+    using Node = Velmar::Q7R::Serializer::Node;
+
+    virtual ~ISerialisable() = default;
+    // Adds the object's state below the given root.
+    virtual void WriteValues(Node& node) = 0;
+    // Takes the object's state from the given root.
+    virtual void ReadValues(Node& node) = 0;
+};
+
+// Holds no state: one serializer may be used for any number of objects, from any thread.
+// Exceptions of WriteValues and ReadValues pass through; every other failure raises
+// System::ApplicationException.
+class Serializer {
+  public:
+    Serializer() = default;
+    virtual ~Serializer() = default;
+
+    // The object as a binary DGraph document of version 1.2.0; linear in its nodes. "Failed
+    // to write data to buffer", "Invalid vok::Data" when WriteValues disposed of the root.
+    [[nodiscard]] std::vector<Byte> WriteToBinaryBuffer(ISerialisable& iSerialisable);
+    // Reads a binary DGraph document of any version into the object; linear in its bytes.
+    // Untrusted bytes are safe: what a document may cost is bounded by vok::Limits. "Failed to
+    // read data from file."; ReadValues is not called then.
+    void ReadFromBinaryBuffer(ISerialisable& iSerialisable, std::span<const Byte> byteArray);
+
+    void Dispose() { Dispose(true); }
+
+  protected:
+    virtual void Dispose(bool) {}
+};
+
+}  // namespace Velmar::Q7R::Serializer
+
+#endif  // SERIALIZER_SERIALIZER_H

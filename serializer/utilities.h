@@ -1,0 +1,30 @@
+// Conversion of texts between hosts and the library. Internal.
+#ifndef SERIALIZER_UTILITIES_H
+#define SERIALIZER_UTILITIES_H
+
+#include "serializer/string.h"
+#include "vok/base/str.h"
+
+namespace Velmar::Q7R::Serializer::Utilities {
+
+// Null gives the empty string.
+[[nodiscard]] vok::Str String2Str(StringRef string);
+// A string without text gives String::Empty().
+[[nodiscard]] String Str2String(const vok::Str& string);
+
+// A host text as NUL-terminated UTF-8 for the duration of a call, without a heap block when
+// it is short.
+class NativeText {
+  public:
+    explicit NativeText(StringRef string);
+    [[nodiscard]] const char* CStr() const noexcept { return m_sText; }
+
+  private:
+    const char* m_sText;
+    char m_sShort[64];
+    vok::Str m_oLong;
+};
+
+}  // namespace Velmar::Q7R::Serializer::Utilities
+
+#endif  // SERIALIZER_UTILITIES_H

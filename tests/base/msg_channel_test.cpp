@@ -1,0 +1,284 @@
+// Console, debugger and log file.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/base/msg_capture.h"
+#include "vok/base/msg.h"
+#include "vok/sys/sys.h"
+
+namespace vok {
+namespace {
+
+namespace fs = std::filesystem;
+
+// An empty directory that is the current one for the time of a test.
+class Scratch_Dir {
+  public:
+    Scratch_Dir() : m_oOld(fs::current_path()) {
+        m_oDir = fs::temp_directory_path() / ("vok_msg_" + std::to_string(sys::ProcessId()));
+        fs::remove_all(m_oDir);
+        fs::create_directories(m_oDir);
+        fs::current_path(m_oDir);
+    }
+    ~Scratch_Dir() {
+        fs::current_path(m_oOld);
+        fs::remove_all(m_oDir);
+    }
+    Scratch_Dir(const Scratch_Dir&) = delete;
+    Scratch_Dir& operator=(const Scratch_Dir&) = delete;
+
+  private:
+    fs::path m_oOld;
+    fs::path m_oDir;
+};
+
+std::string FileText(const std::string& sPath) {
+    std::ostringstream oText;
+    oText << std::ifstream(sPath, std::ios::binary).rdbuf();
+    return oText.str();
+}
+
+std::string Ids() {
+    return "<" + std::to_string(sys::ProcessId()) + "," + std::to_string(sys::ThreadId()) + "> ";
+}
+
+// sText with every digit as 0 and the build date of the banner as DATE.
+std::string Shape(std::string sText) {
+    const std::string sVersion = "(vok 2.1.143-1  ";
+    const std::size_t uVersion = sText.find(sVersion);
+    if (uVersion != std::string::npos) sText.replace(uVersion + sVersion.size(), 11, "DATE");
+    for (char& c : sText) c = c >= '0' && c <= '9' ? '0' : c;
+    return sText;
+}
+
+std::string BannerShape() {
+    return Shape(Ids() + "### ===== 2026-01-31 23:59:59 (vok 2.1.143-1  Nov 22 2018) =====\n");
+}
+
+// ---- console ----------------------------------------------------------------
+
+TEST(MsgConsole, DefaultWriterClipsCharactersAndChoosesTheStream) {
+    const Msg_Capture oCapture;
+    Msg::SetWriter(Msg::DefaultWriter());
+    const std::string sLong(5000, 'x');
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Msg::Emit(Msg::MODE_REPORT, "%0 ä\xE4€ %1", 0, "a", sLong.c_str());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "a ääÿ " + sLong + "\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
+    const char* const psWords[] = {"vok", "--x"};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Msg::SetConsoleLevel(1);
+    Msg::Abort(2, psWords);
+    Msg::OpenFiles(1, 2);  // back to standard output
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "******** PROGRAM ABORTED ********** \nvok --x \n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1 open files (peak 2)\n");
+}
+
+TEST(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
+    const Msg_Capture oCapture;
+    EXPECT_FALSE(Msg::SetBanner(true));
+    EXPECT_TRUE(Msg::Banner());
+    EXPECT_EQ(Raised([] { Msg::NodeIsEmpty(); }), "node is empty\n");
+    EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "|");
+    Msg::UnexpectedException("f");
+    EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "|");
+    Msg::OpenFiles(1, 1);
+    EXPECT_EQ(Msg_Capture::TakeConsole(), "1 open files (peak 1)\n|");
+    EXPECT_TRUE(Msg::SetBanner(false));
+    Msg_Exception oError;
+    oError.Append("hello\n");
+    Msg::LogException(oError);  // always with a banner
+    EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "hello\n|");
+}
+
+TEST(MsgConsole, DebugOutputTakesThePlaceOfTheWriter) {
+    const Msg_Capture oCapture;
+    EXPECT_FALSE(Msg::SetDebugOutput(true));
+    Msg::Emit(Msg::MODE_REPORT, "ä%0", 0, "€");
+    EXPECT_EQ(Msg_Capture::TakeDebug(), "ä€\n");
+    EXPECT_EQ(Msg_Capture::TakeConsole(), "");
+    EXPECT_TRUE(Msg::SetDebugOutput(false));
+    Msg::OpenFiles(1, 1);
+    EXPECT_EQ(Msg_Capture::TakeConsole(), "1 open files (peak 1)\n|");
+}
+
+TEST(MsgConsole, WithoutDebuggerOutputIsSilentUntilAskedFor) {
+    if (sys::HasDebugger()) GTEST_SKIP();
+    const Msg_Capture oCapture;
+    Msg::SetDebugSink(nullptr);
+    testing::internal::CaptureStderr();
+    Msg::Log("one\n", 0);
+    Msg::SetDebugOutput(true);
+    Msg::Log("two\n", 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "two\n");
+}
+
+TEST(MsgConsole, HoldsBackWhatNoWriterTakes) {
+    const Msg_Capture oCapture;
+    Msg::SetWriter({nullptr, nullptr});
+    Msg::OpenFiles(1, 2);
+    EXPECT_EQ(Msg::HeldBack(), "1 open files (peak 2)\n");
+    const std::string sLong = std::string(1021, 'x') + "ä";
+    Msg::Emit(Msg::MODE_REPORT, "%0", 0, sLong.c_str());
+    EXPECT_EQ(Msg::HeldBack(), std::string(1021, 'x') + "\n");
+    Msg::Emit(Msg::MODE_REPORT, "%0%0", 0, sLong.c_str());
+    EXPECT_LE(Msg::HeldBack().size(), 1022u);
+}
+
+// A writer that emits a message of its own does not wait for itself.
+TEST(MsgConsole, WriterMayEmitAndThrow) {
+    const Msg_Capture oCapture;
+    Msg::SetWriter({[](const char*, std::size_t) {
+                        Msg::OpenFiles(8, 9);
+                        Msg::NodeIsEmpty();
+                    },
+                    nullptr});
+    EXPECT_EQ(Msg::Emit(Msg::MODE_REPORT, "hello", 0), 0);
+    const std::string sHeld = Msg::HeldBack();
+    EXPECT_TRUE(sHeld.starts_with("8 open files (peak 9)\nhello")) << sHeld;
+}
+
+// ---- log --------------------------------------------------------------------
+
+TEST(MsgLog, AppendsMessagesWithIdsAndBanner) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    std::ofstream("a.log") << "old\n";
+    Msg::SetLogFile("a.log");
+    EXPECT_EQ(Msg::LogFile(), "a.log");
+    EXPECT_NE(Raised([] { Msg::NodeIsEmpty(); }), "");
+    Msg::UnexpectedException("f", "g");
+    Msg::OpenFiles(1, 1);  // reports are not logged
+    EXPECT_EQ(FileText("a.log"),
+              "old\n" + Ids() + "node is empty\n" + Ids() + "unexpected exception in f: g\n");
+    fs::remove("a.log");  // no handle is kept
+    Msg::SetBanner(true);
+    EXPECT_NE(Raised([] { Msg::NodeIsEmpty(); }), "");
+    EXPECT_EQ(Shape(FileText("a.log")), BannerShape() + Shape(Ids()) + "node is empty\n");
+    Msg::SetLogFile("");
+    EXPECT_EQ(Msg::LogFile(), "");
+    fs::remove("a.log");
+    EXPECT_NE(Raised([] { Msg::NodeIsEmpty(); }), "");
+    EXPECT_FALSE(fs::exists("a.log"));
+}
+
+TEST(MsgLog, Flags) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    const struct {
+        int iFlags;
+        std::string sFile;
+        const char* sDebug;
+    } oRows[] = {
+        {0, "text", "text"},
+        {Msg::LOG_NEWLINE, "text\n", "text\n"},
+        {Msg::LOG_IDS | Msg::LOG_NO_DEBUG, Ids() + "text", ""},
+        {Msg::LOG_NEWLINE | Msg::LOG_NO_DEBUG, "text\n", ""},
+        {Msg::LOG_TIME | Msg::LOG_IDS, "2026-01-31 23:59:59 " + Ids() + "text", "text"},
+    };
+    for (const auto& oRow : oRows) {
+        fs::remove("a.log");
+        Msg::SetLogFile("a.log");
+        Msg::Log("text", oRow.iFlags);
+        EXPECT_EQ(Shape(FileText("a.log")), Shape(oRow.sFile));
+        EXPECT_EQ(Msg_Capture::TakeDebug(), oRow.sDebug);
+    }
+}
+
+TEST(MsgLog, Paths) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    Msg::SetLogFile("grün.log");
+    EXPECT_EQ(Msg::LogFile(), "gr~n.log");
+    EXPECT_TRUE(fs::exists("gr~n.log"));
+    // A path too long is replaced before it is tried; one shorter is tried, found to be a
+    // directory and followed by the usual places. Both exist here, and differ in case.
+    fs::create_directories("c:/tmp");
+    fs::create_directories("C:/tmp");
+    const std::string sLong = "./" + std::string(1016, '/');
+    Msg::SetLogFile(sLong.c_str());
+    EXPECT_EQ(Msg::LogFile(), "c:/tmp/vok2.log");
+    Msg::SetLogFile(sLong.substr(1).c_str());
+    EXPECT_EQ(Msg::LogFile(), "C:/tmp/vok2.log");
+}
+
+TEST(MsgLog, FallsBackToTheFirstUsualPlaceThatOpens) {
+    if (fs::exists("E:/")) GTEST_SKIP();  // drives are directories of the test only elsewhere
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    fs::create_directories("E:/temp");
+    fs::create_directories("G:/tmp");
+    Msg::SetLogFile("no/such/dir/a.log");
+    EXPECT_EQ(Msg::LogFile(), "E:/temp/vok2.log");
+}
+
+// A message raised while logging is not logged, and nobody waits for himself.
+TEST(MsgLog, SinkMayEmit) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    Msg::SetLogFile("a.log");
+    Msg::SetDebugSink([](const char*) {
+        Msg::OpenFiles(8, 9);
+        Msg::NodeIsEmpty();
+    });
+    EXPECT_EQ(Raised([] { Msg::NodeIsNotUnique(); }), "node is not unique\n");
+    EXPECT_EQ(FileText("a.log"), Ids() + "node is not unique\n");
+    EXPECT_EQ(Msg_Capture::TakeConsole(), "8 open files (peak 9)\n|");
+}
+
+// ---- threads ----------------------------------------------------------------
+
+TEST(MsgThreads, EveryMessageArrivesWhole) {
+    constexpr int iThreads = 4;
+    constexpr int iRounds = 50;
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    Msg::SetLogFile("a.log");
+    std::vector<std::thread> oThreads;
+    for (int iThread = 0; iThread < iThreads; ++iThread) {
+        oThreads.emplace_back([=] {
+            for (int iRound = 0; iRound < iRounds; ++iRound) {
+                const std::string sId = std::to_string(iThread) + "." + std::to_string(iRound);
+                EXPECT_EQ(Raised([&] { Msg::IdNotFound(sId.c_str()); }),
+                          "id \"" + sId + "\" not found\n");
+                Msg::UnexpectedException("f", sId.c_str());
+                Msg::OpenFiles(1, 1);
+                Msg::SetBanner(false);
+                (void)Msg::HeldBack();
+            }
+        });
+    }
+    for (std::thread& oThread : oThreads) oThread.join();
+
+    std::multiset<std::string> oExpected;
+    for (int iNth = 0; iNth < iThreads * iRounds; ++iNth) {
+        const std::string sId =
+            std::to_string(iNth / iRounds) + "." + std::to_string(iNth % iRounds);
+        oExpected.insert("id \"" + sId + "\" not found");
+        oExpected.insert("unexpected exception in f: " + sId);
+    }
+    std::istringstream oLog(FileText("a.log"));
+    std::multiset<std::string> oLines;
+    for (std::string sLine; std::getline(oLog, sLine);) {
+        EXPECT_TRUE(sLine.starts_with("<")) << sLine;
+        oLines.insert(sLine.substr(sLine.find("> ") + 2));
+    }
+    EXPECT_EQ(oLines, oExpected);
+    std::string sConsole;
+    for (int i = 0; i < iThreads * iRounds; ++i) sConsole += "1 open files (peak 1)\n|";
+    EXPECT_EQ(Msg_Capture::TakeConsole(), sConsole);
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,369 @@
+#include <cstdlib>
+
+#include "tests/file/file_support.h"
+
+namespace vok {
+namespace {
+
+using Sleeps = std::vector<unsigned>;
+const Sleeps TRANSFER_WAITS = {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024};
+
+struct Mode {
+    const char* sAttributes;
+    const char* sResult;   // "old" after "XY" was written; null: not for writing
+    const char* sReading;  // what is read from the start then; null: not for reading
+    bool bCreates;
+};
+
+TEST_F(File_Test, Modes) {
+    const Mode oModes[] = {
+        {nullptr, nullptr, "old", false}, {"r", nullptr, "old", false},
+        {"", nullptr, "old", false},      {"rt", nullptr, "old", false},
+        {"ru?", nullptr, "old", false},   {"w", "XY", nullptr, true},
+        {"wu", "XY", nullptr, true},      {"wtb", "XY", nullptr, true},
+        {"w+", "XY", "XY", true},         {"rw", "XYd", "XYd", false},
+        {"r+u", "XYd", "XYd", false},     {"+", "XYd", "XYd", false},
+        {"a", "oldXY", nullptr, true},    {"a+", "oldXY", "oldXY", true},
+        {"ra", "oldXY", "oldXY", true},   {"TRw+s", "XY", "XY", true},
+    };
+    const std::string sPath = Path("file");
+    for (const Mode& oMode : oModes) {
+        SCOPED_TRACE(oMode.sAttributes != nullptr ? oMode.sAttributes : "(null)");
+        std::filesystem::remove(sPath);
+        File oFile;
+        EXPECT_EQ(oFile.Open(sPath.c_str(), oMode.sAttributes, false), oMode.bCreates);
+        oFile.Close();
+
+        ToDisk(sPath, "old");
+        oFile.Open(sPath.c_str(), oMode.sAttributes);
+        if (oMode.sResult != nullptr) {
+            EXPECT_EQ(oFile.Write("XY"), 2u);
+            EXPECT_EQ(oFile.Size(), static_cast<i3_t>(std::string(oMode.sResult).size()));
+        } else {
+            EXPECT_EQ(Raised([&] { oFile.Write("XY"); }),
+                      "file \"" + sPath + "\" is not open for write\n");
+        }
+        oFile.Seek(0);
+        Arr<char> oArr;
+        if (oMode.sReading != nullptr) {
+            oFile.Read(oArr, File::ALL);
+            EXPECT_EQ(Content(oArr), oMode.sReading);
+        } else {
+            EXPECT_EQ(
+                Raised([&] { oFile.Read(oArr, File::ALL); }),
+                "unexpected end of file in \"" + sPath + "\": errno=EBADF (Bad file number)\n");
+        }
+        oFile.Close();
+        EXPECT_EQ(OnDisk(sPath), oMode.sResult != nullptr ? oMode.sResult : "old");
+    }
+}
+
+TEST_F(File_Test, ReadAfterWriteAndBack) {
+    const std::string sPath = Path("file");
+    ToDisk(sPath, "0123456789");
+    File oFile(sPath.c_str(), "r+");
+    char sTwo[3] = {};
+    for (const char* sExpected : {"23", "67"}) {
+        oFile.Write("ab");
+        oFile.Read(sTwo, 2);
+        EXPECT_STREQ(sTwo, sExpected);
+    }
+    EXPECT_EQ(oFile.Tell(), 8);
+    oFile.Write("xyz");
+    oFile.Seek(-2, File::FROM_END);
+    oFile.Read(sTwo, 2);
+    EXPECT_STREQ(sTwo, "yz");
+    oFile.Flush();
+    EXPECT_EQ(OnDisk(sPath), "ab23ab67xyz");
+    EXPECT_EQ(File::Size(sPath.c_str()), 11);
+    EXPECT_EQ(File::Size(Path("missing").c_str()), -1);
+    EXPECT_EQ(Raised([&] { oFile.Seek(-1); }),
+              "file seek to position 18446744073709551615 in mode 0 failed: errno=EINVAL (Invalid "
+              "argument)\n");
+}
+
+TEST_F(File_Test, ClosedFile) {
+    File oFile;
+    char cByte = 0;
+    Arr<char> oArr;
+    oFile.Close();
+    const std::string sNothing = "object points to nothing\n";
+    EXPECT_EQ(Raised([&] { oFile.Read(&cByte, 1); }), sNothing);
+    EXPECT_EQ(Raised([&] { oFile.Read(oArr, 1); }), sNothing);
+    EXPECT_EQ(Raised([&] { oFile.Seek(0); }), sNothing);
+    EXPECT_EQ(Raised([&] { (void)oFile.Tell(); }), sNothing);
+    EXPECT_EQ(Raised([&] { oFile.Flush(); }), sNothing);
+    EXPECT_EQ(Raised([&] { (void)oFile.Size(); }), sNothing);
+    EXPECT_EQ(Raised([&] { oFile.Write("x"); }), "file \"\" is not open for write\n");
+    EXPECT_FALSE(oFile.Open(nullptr));
+    EXPECT_FALSE(oFile.Open("", "w"));
+    EXPECT_EQ(oFile.Name(), nullptr);
+
+    oFile.Open(Path("file").c_str(), "w+");
+    EXPECT_EQ(Raised([&] { oFile.Write(nullptr, 1); }), sNothing);
+    EXPECT_EQ(Raised([&] { oFile.Read(nullptr, 1); }), "null pointer assignment\n");
+    EXPECT_FALSE(oFile.Open(nullptr)) << "does nothing";
+    EXPECT_TRUE(oFile.IsOpen());
+}
+
+struct Attempts {
+    const char* sAttributes;
+    std::size_t uRetries;
+};
+
+TEST_F(File_Test, OpeningIsRepeated) {
+    const Attempts oCases[] = {
+        {"r", 4},  {nullptr, 4}, {"Tr", 0}, {"TRr", 1}, {"TrRR", 2},
+        {"rR", 8}, {"rRR", 16},  {"rT", 4}, {"TTr", 0}, {"TrRRRRRRRRRRRRRRRRRR", 4096},
+    };
+    const std::string sPath = Path("missing");
+    for (const Attempts& oCase : oCases) {
+        SCOPED_TRACE(oCase.sAttributes != nullptr ? oCase.sAttributes : "(null)");
+        s_uSleeps.clear();
+        const u3_t uOpen = File::OpenFiles();
+        File oFile;
+        const std::string sLetters = oCase.sAttributes != nullptr ? oCase.sAttributes : "r";
+        EXPECT_EQ(Raised([&] { oFile.Open(sPath.c_str(), oCase.sAttributes); }),
+                  "could not open file \"" + sPath + "\" with attributes \"" + sLetters + "\", " +
+                      std::to_string(uOpen) +
+                      " files open: errno=ENOENT (No such file or directory)\n");
+        EXPECT_FALSE(oFile.IsOpen());
+        EXPECT_EQ(File::OpenFiles(), uOpen);
+        ASSERT_EQ(s_uSleeps.size(), oCase.uRetries);
+        for (std::size_t u = 0; u < s_uSleeps.size(); ++u) EXPECT_EQ(s_uSleeps[u], 5 + 10 * u);
+    }
+
+    // What appears meanwhile is opened.
+    static std::string s_sPath;
+    s_sPath = sPath;
+    s_uSleeps.clear();
+    s_pOnSleep = [] {
+        if (s_uSleeps.size() == 3) ToDisk(s_sPath, "here");
+    };
+    EXPECT_TRUE(File().Open(sPath.c_str()));
+    EXPECT_EQ(s_uSleeps, (Sleeps{5, 15, 25}));
+
+    // Gzip cannot do both, and waiting does not teach it.
+    s_uSleeps.clear();
+    EXPECT_FALSE(File().Open(sPath.c_str(), "w+z", false));
+    EXPECT_TRUE(s_uSleeps.empty());
+    EXPECT_EQ(OnDisk(sPath), "here");
+}
+
+TEST_F(File_Test, DirectoriesAreMadeForWriting) {
+    const std::string sDeep = Path("a/b/c/file");
+    EXPECT_FALSE(File().Open(sDeep.c_str(), "Tr", false));
+    EXPECT_FALSE(std::filesystem::exists(Path("a")));
+    EXPECT_TRUE(File().Open(sDeep.c_str(), "w"));
+    EXPECT_TRUE(std::filesystem::exists(sDeep));
+    EXPECT_EQ(Raised([&] { File oFile(Path("a/b").c_str(), "Tw"); }).substr(0, 19),
+              "could not open file");
+}
+
+struct Sharing {
+    const char* sFirst;
+    const char* sSecond;
+    bool bAllowed;
+};
+
+TEST_F(File_Test, SharingBetweenOpenFiles) {
+    const Sharing oCases[] = {
+        {"Tr", "Tr", true},   {"Tr", "Tw", false},  {"Tr", "Ta", false},  {"Tw", "Tr", false},
+        {"Tw", "Tw", false},  {"Tr", "Tws", true},  {"Tws", "Tr", true},  {"Trs", "Tw", true},
+        {"Ta+", "Tr", false}, {"Trz", "Tw", false}, {"Twz", "Tr", false}, {"Twsz", "Tr", true},
+    };
+    const std::string sPath = Path("file");
+    for (const Sharing& oCase : oCases) {
+        SCOPED_TRACE(std::string(oCase.sFirst) + " " + oCase.sSecond);
+        ToDisk(sPath, "old");
+        File oFirst(sPath.c_str(), oCase.sFirst);
+        const std::string sBefore = OnDisk(sPath);
+        File oSecond;
+        const std::string sError = Raised([&] { oSecond.Open(sPath.c_str(), oCase.sSecond); });
+        EXPECT_EQ(oSecond.IsOpen(), oCase.bAllowed);
+        if (oCase.bAllowed) continue;
+        EXPECT_NE(sError.find("errno=EACCES (Permission denied)"), std::string::npos) << sError;
+        EXPECT_EQ(OnDisk(sPath), sBefore) << "nothing emptied by an open that fails";
+        oFirst.Close();
+        EXPECT_TRUE(oSecond.Open(sPath.c_str(), oCase.sSecond));
+    }
+}
+
+TEST_F(File_Test, ShortReadsAreAskedForAgain) {
+    static std::string s_sPath;
+    s_sPath = Path("file");
+    ToDisk(s_sPath, "abc");
+    File oFile(s_sPath.c_str(), "rs");
+    char sFive[6] = {};
+    EXPECT_EQ(oFile.Read(sFive, 5, true), 3u);
+    EXPECT_TRUE(s_uSleeps.empty());
+    EXPECT_EQ(Raised([&] { oFile.Read(sFive, 5); }),
+              "unexpected end of file in \"" + s_sPath + "\"\n");
+    EXPECT_EQ(s_uSleeps, TRANSFER_WAITS);
+
+    // Somebody else goes on writing.
+    s_uSleeps.clear();
+    s_pOnSleep = [] { std::ofstream(s_sPath, std::ios::app) << s_uSleeps.size(); };
+    EXPECT_EQ(oFile.Read(sFive, 5), 5u);
+    EXPECT_STREQ(sFive, "12345");
+    EXPECT_EQ(s_uSleeps.size(), 5u);
+
+    s_pOnSleep = nullptr;
+    oFile.Seek(1);
+    Arr<char> oArr;
+    oArr.Add("<", 1);
+    EXPECT_EQ(Trail([&] { oFile.Read(oArr, 2147483648u, true); }),
+              "vok::File::Read\nvok::File::Read\n");
+    EXPECT_EQ(Content(oArr), "<");
+    EXPECT_LT(oArr.Capacity(), 0x20000u);
+    oFile.Seek(1);
+    EXPECT_EQ(oFile.Read(oArr, File::ALL, true), 7u);
+    EXPECT_EQ(Content(oArr), "<bc12345");
+}
+
+// Bytes that differ from their neighbours at every distance of a power of two.
+std::string Noise(std::size_t uSize) {
+    std::string sBytes(uSize, '\0');
+    u2_t uState = 1;
+    for (char& c : sBytes) {
+        uState = uState * 1664525 + 1013904223;
+        c = static_cast<char>(uState >> 24);
+    }
+    return sBytes;
+}
+
+TEST_F(File_Test, LargeTransfersPlainAndGzip) {
+    const std::string sBytes = Noise(0x800000 + 0x12345);  // more than one chunk
+    for (const char* sKind : {"", "z", "u"}) {
+        SCOPED_TRACE(sKind);
+        const std::string sPath = Path("large");
+        File oFile(sPath.c_str(), (std::string("w") + sKind).c_str());
+        EXPECT_EQ(oFile.Write(sBytes.data(), sBytes.size()), sBytes.size());
+        EXPECT_EQ(oFile.Tell(), static_cast<i3_t>(sBytes.size()));
+        oFile.Open(sPath.c_str(), (std::string("r") + sKind).c_str());
+        std::string sBack(sBytes.size() + 10, '\0');
+        EXPECT_EQ(oFile.Read(sBack.data(), sBack.size(), true), sBytes.size());
+        sBack.resize(sBytes.size());
+        EXPECT_TRUE(sBack == sBytes);
+        oFile.Seek(0);
+        Arr<char> oArr;
+        EXPECT_EQ(oFile.Read(oArr, File::ALL), sBytes.size());
+        EXPECT_TRUE(Content(oArr) == sBytes);
+    }
+}
+
+// "hello gzip\n", made by another program.
+constexpr char GZIP[] =
+    "1F 8B 08 00 00 00 00 00 02 FF CB 48 CD C9 C9 57 48 AF CA 2C E0 02 00 39 7C 63 56 0B 00 00 00";
+
+TEST_F(File_Test, GzipOfOthersAndDamage) {
+    const std::string sPath = Path("file.gz");
+    const std::string sGood = Bytes(GZIP);
+    const std::string sText = "hello gzip\n";
+    Arr<char> oArr;
+
+    ToDisk(sPath, sGood + sGood);  // members one after the other are one text
+    File oFile(sPath.c_str(), "rz");
+    oFile.Read(oArr, File::ALL);
+    EXPECT_EQ(Content(oArr), sText + sText);
+    oFile.Seek(6);
+    EXPECT_EQ(oFile.Tell(), 6);
+    oFile.Read(oArr, 4);
+    EXPECT_EQ(Content(oArr), "gzip");
+    EXPECT_EQ(oFile.Size(), static_cast<i3_t>(2 * sGood.size()));
+    EXPECT_NE(Raised([&] { oFile.Seek(0, File::FROM_END); }), "(nothing raised)");
+
+    ToDisk(sPath, sText);  // no gzip at all
+    oFile.Open(sPath.c_str(), "rz");
+    oFile.Read(oArr, File::ALL);
+    EXPECT_EQ(Content(oArr), sText);
+
+    std::string sBadCrc = sGood;
+    sBadCrc[sGood.size() - 8] ^= 1;
+    for (const std::string& sBad : {sBadCrc, sGood.substr(0, 20), sGood.substr(0, 26)}) {
+        ToDisk(sPath, sBad);
+        oFile.Open(sPath.c_str(), "rz");
+        EXPECT_EQ(Raised([&] { oFile.Read(oArr, File::ALL); }).substr(0, 22),
+                  "unexpected end of file");
+        // Read in pieces the error comes in the place of the end.
+        oFile.Open(sPath.c_str(), "rz");
+        EXPECT_NE(Raised([&] {
+                      char cByte;
+                      while (oFile.Read(&cByte, 1, true) == 1) {
+                      }
+                  }),
+                  "(nothing raised)");
+    }
+
+    oFile.Open(sPath.c_str(), "wz");
+    oFile.Write("one,");
+    oFile.Flush();
+    oFile.Open(sPath.c_str(), "az");
+    oFile.Write("two");
+    oFile.Open(sPath.c_str(), "rz");
+    oFile.Read(oArr, File::ALL);
+    EXPECT_EQ(Content(oArr), "one,two");
+}
+
+// A disk that is always full.
+class Full_Disk : public File_Test {
+  protected:
+    void SetUp() override {
+        if (File::Size("/dev/full") < 0) GTEST_SKIP() << "no such device";
+    }
+};
+
+constexpr char FULL[] = ": \"/dev/full\": errno=ENOSPC (No space left on device)\n";
+
+TEST_F(Full_Disk, WriteIsRepeatedThenFails) {
+    File oFile("/dev/full", "wsu");
+    EXPECT_EQ(Raised([&] { oFile.Write("abc"); }),
+              std::string("file write error after position 0, 3 bytes not written") + FULL);
+    EXPECT_EQ(s_uSleeps, TRANSFER_WAITS);
+}
+
+TEST_F(Full_Disk, CloseTellsWhatWasLost) {
+    const u3_t uOpen = File::OpenFiles();
+    File oFile("/dev/full", "ws");
+    oFile.Write("abc");
+    const std::string sLost = "bytes not written" + std::string(FULL);
+    EXPECT_EQ(Raised([&] { oFile.Flush(); }), "file write error after position 0, 3 " + sLost);
+    EXPECT_EQ(Raised([&] { oFile.Close(); }), "file write error after position 0, 3 " + sLost);
+    EXPECT_FALSE(oFile.IsOpen());
+    EXPECT_EQ(File::OpenFiles(), uOpen);
+    oFile.Close();
+
+    oFile.Open("/dev/full", "wsz");
+    oFile.Write("abc");
+    EXPECT_EQ(Raised([&] { oFile.Close(); }), "file write error after position 3, 0 " + sLost);
+    {
+        File oSilent("/dev/full", "ws");
+        oSilent.Write("abc");
+    }
+    EXPECT_EQ(File::OpenFiles(), uOpen);
+}
+
+TEST_F(File_Test, OpenFilesAreCounted) {
+    const u3_t uOpen = File::OpenFiles();
+    File oFiles[3];
+    for (unsigned u = 0; u < 3; ++u) {
+        oFiles[u].Open(Path(std::to_string(u).c_str()).c_str(), u == 2 ? "wz" : "w");
+        EXPECT_EQ(File::OpenFiles(), uOpen + u + 1);
+    }
+    EXPECT_GE(File::PeakOpenFiles(), uOpen + 3);
+    EXPECT_EQ(Raised([] { File::CheckAllClosed(); }),
+              "still " + std::to_string(uOpen + 3) + " files open\n");
+    oFiles[0].Open(Path("0").c_str(), "r");  // closes first
+    EXPECT_EQ(File::OpenFiles(), uOpen + 3);
+    const u3_t uPeak = File::PeakOpenFiles();
+    for (File& oFile : oFiles) oFile.Close();
+    EXPECT_EQ(File::OpenFiles(), uOpen);
+    EXPECT_EQ(File::PeakOpenFiles(), uPeak);
+    (void)Msg_Capture::TakeConsole();
+    File::ReportOpenFiles();
+    EXPECT_EQ(Msg_Capture::TakeConsole(),
+              std::to_string(uOpen) + " open files (peak " + std::to_string(uPeak) + ")\n|");
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,231 @@
+#include <limits>
+
+#include "tests/file/file_support.h"
+#include "vok/file/ext_buf.h"
+
+namespace vok {
+namespace {
+
+constexpr i2_t LOWEST = std::numeric_limits<i2_t>::min();
+constexpr i2_t HIGHEST = std::numeric_limits<i2_t>::max();
+
+struct Cint_Case {
+    i2_t iValue;
+    const char* sBytes;
+    i2_t iReadBack;
+};
+
+// Both ends of every length, and what five bytes lose: they keep 24 bits of the code.
+constexpr Cint_Case CINTS[] = {
+    {0, "80", 0},
+    {1, "82", 1},
+    {-1, "83", -1},
+    {63, "FE", 63},
+    {-63, "FF", -63},
+    {64, "40 80", 64},
+    {-64, "40 81", -64},
+    {8191, "7F FE", 8191},
+    {-8191, "7F FF", -8191},
+    {8192, "20 40 00", 8192},
+    {1048575, "3F FF FE", 1048575},
+    {1048576, "10 20 00 00", 1048576},
+    {-1048576, "10 20 00 01", -1048576},
+    {134217727, "1F FF FF FE", 134217727},
+    {-134217727, "1F FF FF FF", -134217727},
+    {134217728, "08 10 00 00 00", 0},
+    {-134217728, "08 10 00 00 01", 0},
+    {134217728 + 5, "08 10 00 00 0A", 5},
+    {-134217728 - 5, "08 10 00 00 0B", -5},
+    {HIGHEST, "08 FF FF FF FE", 8388607},
+    {-HIGHEST, "08 FF FF FF FF", -8388607},
+    {LOWEST, "09 00 00 00 01", 0},
+};
+
+TEST(Primitives, CintBytesAndBack) {
+    for (const Cint_Case& oCase : CINTS) {
+        SCOPED_TRACE(oCase.iValue);
+        File_Buf oBuf("w");
+        const unsigned uSize = File::DumpCint(oBuf, oCase.iValue);
+        EXPECT_EQ(Content(oBuf), Bytes(oCase.sBytes));
+        EXPECT_EQ(uSize, oBuf.Size());
+        EXPECT_EQ(File::DumpSizeCint(oCase.iValue), oBuf.Size());
+
+        oBuf.Seek(0);
+        i2_t iValue = -77;
+        EXPECT_EQ(File::LoadCint(oBuf, iValue), uSize);
+        EXPECT_EQ(iValue, oCase.iReadBack);
+        EXPECT_EQ(oBuf.Remaining(), 0u);
+    }
+}
+
+TEST(Primitives, CintFormsThatNobodyWrites) {
+    const Cint_Case oCases[] = {
+        {0, "81", 0},               // code 1: minus zero
+        {0, "40 02", 1},            // longer than it need be
+        {0, "00 00 00 00 04", 2},   // first byte without any mark
+        {0, "07 FF 00 00 05", -2},  // its low bits, and the second byte, do not count
+        {0, "0F FF 12 34 56", 0x091A2B},
+    };
+    for (const Cint_Case& oCase : oCases) {
+        const std::string sBytes = Bytes(oCase.sBytes);
+        File_Buf oBuf(sBytes.data(), sBytes.size());
+        i2_t iValue = -77;
+        EXPECT_EQ(File::LoadCint(oBuf, iValue), sBytes.size());
+        EXPECT_EQ(iValue, oCase.iReadBack) << oCase.sBytes;
+    }
+}
+
+// A stream that ends inside a number, or has no room for it, says so, through whom, and
+// leaves the value alone.
+TEST(Primitives, CintCutAnywhere) {
+    const Msg_Capture oCapture;
+    for (const Cint_Case& oCase : CINTS) {
+        const std::string sBytes = Bytes(oCase.sBytes);
+        for (std::size_t uSize = 0; uSize < sBytes.size(); ++uSize) {
+            File_Buf oIn(sBytes.data(), uSize);
+            i2_t iValue = -77;
+            EXPECT_EQ(Trail([&] { File::LoadCint(oIn, iValue); }),
+                      "vok::File_Buf::Read\nvok::File::LoadCint\n");
+            EXPECT_EQ(iValue, -77);
+
+            char sRoom[5];
+            File_ExtBuf oOut(sRoom, uSize);
+            EXPECT_EQ(Trail([&] { File::DumpCint(oOut, oCase.iValue); }),
+                      "vok::File_ExtBuf::Write\nvok::File::DumpCint\n");
+            EXPECT_EQ(oOut.Used(), uSize) << "byte by byte";
+        }
+    }
+}
+
+struct Block_Form {
+    u3_t (*pDump)(const File_Buf&, File_Stream&);
+    u3_t (*pLoad)(File_Buf&, File_Stream&);
+    u3_t (*pSkip)(File_Stream&);
+    const char* sGolden;  // "abc"
+    const char* sEmpty;
+    const char* sHuge;  // claims 2 GiB, brings 2 bytes
+    const char* sName;
+};
+
+constexpr Block_Form FORMS[] = {
+    {File::DumpBufStream32, File::LoadBufStream32, File::SkipBufStream32, "03 00 00 00 61 62 63",
+     "00 00 00 00", "00 00 00 80 61 62", "32"},
+    {File::DumpBufStream64, File::LoadBufStream64, File::SkipBufStream64,
+     "03 00 00 00 00 00 00 00 61 62 63", "00 00 00 00 00 00 00 00", "00 00 00 80 00 00 00 00 61 62",
+     "64"},
+};
+
+TEST(Primitives, BlocksAreAppended) {
+    for (const Block_Form& oForm : FORMS) {
+        SCOPED_TRACE(oForm.sName);
+        const std::string sBlock = Bytes(oForm.sGolden);
+        const File_Buf oSource("abc", 3);
+        File_Buf oStream("w");
+        EXPECT_EQ(oForm.pDump(oSource, oStream), sBlock.size());
+        EXPECT_EQ(Content(oStream), sBlock);
+        const std::string sEmpty = Bytes(oForm.sEmpty);
+        EXPECT_EQ(oForm.pDump(File_Buf(), oStream), sEmpty.size());
+        oForm.pDump(oSource, oStream);
+        EXPECT_EQ(Content(oStream), sBlock + sEmpty + sBlock);
+
+        File_Buf oTarget("w");
+        oTarget.Write("<");
+        oStream.Seek(0);
+        EXPECT_EQ(oForm.pLoad(oTarget, oStream), sBlock.size());
+        EXPECT_EQ(oForm.pLoad(oTarget, oStream), 0u);
+        EXPECT_EQ(oForm.pLoad(oTarget, oStream), sBlock.size());
+        EXPECT_EQ(Content(oTarget), "<abcabc");
+        EXPECT_EQ(oTarget.Tell(), 1);
+
+        oStream.Seek(0);
+        EXPECT_EQ(oForm.pSkip(oStream), sBlock.size());
+        EXPECT_EQ(oForm.pSkip(oStream), 0u);
+        EXPECT_EQ(oForm.pSkip(oStream), sBlock.size());
+        EXPECT_EQ(oStream.Remaining(), 0u);
+    }
+}
+
+// Counts what is asked of the heap.
+std::size_t g_uMostAsked;
+Mem::Allocator g_oHeap;
+
+TEST(Primitives, MemoryFollowsTheBytesNotTheClaim) {
+    const Msg_Capture oCapture;
+    g_uMostAsked = 0;
+    Mem::Allocator oCounting = g_oHeap = Mem::SetAllocator({});
+    oCounting.pAlloc = [](std::size_t uSize) {
+        g_uMostAsked = std::max(g_uMostAsked, uSize);
+        return g_oHeap.pAlloc(uSize);
+    };
+    oCounting.pResize = [](void* pBlock, std::size_t uOld, std::size_t uNew) {
+        g_uMostAsked = std::max(g_uMostAsked, uNew);
+        return g_oHeap.pResize(pBlock, uOld, uNew);
+    };
+    Mem::SetAllocator(oCounting);
+    for (const Block_Form& oForm : FORMS) {
+        for (const std::string& sClaim : {Bytes(oForm.sHuge), Bytes("FF FF FF FF FF FF FF FF 61"),
+                                          Bytes("FE FF FF FF FF FF FF FF 61")}) {
+            Trickle_Stream oStream(sClaim);
+            File_Buf oMemory(sClaim.data(), sClaim.size());
+            for (File_Stream* pStream :
+                 {static_cast<File_Stream*>(&oStream), static_cast<File_Stream*>(&oMemory)}) {
+                File_Buf oTarget("w");
+                oTarget.Write("kept");
+                const char* sName = pStream->Name() != nullptr ? pStream->Name() : "";
+                EXPECT_EQ(Raised([&] { oForm.pLoad(oTarget, *pStream); }),
+                          "unexpected end of file in \"" + std::string(sName) + "\"\n");
+                EXPECT_EQ(Content(oTarget), "kept");
+            }
+        }
+    }
+    Mem::SetAllocator(g_oHeap);
+    EXPECT_LT(g_uMostAsked, 0x20000u);
+}
+
+TEST(Primitives, BlockErrors) {
+    const Msg_Capture oCapture;
+    File_Buf oExternal("abc", 3);
+    File_Buf oStream("w");
+    File::DumpBufStream32(oExternal, oStream);
+    oStream.Seek(0);
+    EXPECT_EQ(Raised([&] { File::LoadBufStream32(oExternal, oStream); }),
+              "file \"*** File_Buf ***\" is not open for write\n");
+    EXPECT_EQ(Raised([&] { File::LoadBufStream32(oStream, oStream); }),
+              "assertion failed: &oBuffer != &oStream\n");
+    // Nothing is read from the source before its size is known to fit.
+    const File_Buf oTooLong("", std::size_t{1} << 31);
+    EXPECT_EQ(Raised([&] { File::DumpBufStream32(oTooLong, oStream); }),
+              "assertion failed: vok::Msg::IsInt32(x)\n");
+    // As a signed distance this length would lead backwards.
+    const std::string sBack = Bytes("F8 FF FF FF FF FF FF FF");
+    File_Buf oBack(sBack.data(), sBack.size());
+    EXPECT_EQ(Raised([&] { File::SkipBufStream64(oBack); }),
+              "unexpected end of file in \"*** File_Buf ***\"\n");
+}
+
+TEST(Primitives, EndMarkerSkipsUnknownBlocks) {
+    const Msg_Capture oCapture;
+    File_Buf oBuf("w");
+    const std::string sLong(70000, 'x');
+    File::DumpBufStream32(File_Buf("abc", 3), oBuf);
+    File::DumpBufStream32(File_Buf(sLong.data(), sLong.size()), oBuf);
+    EXPECT_EQ(File::DumpEndMarker(oBuf), 4u);
+    const u3_t uSize = oBuf.Size();
+    EXPECT_EQ(uSize, 7u + 70004u + 4u);
+    oBuf.Write("!");
+
+    oBuf.Seek(0);
+    Trickle_Stream oForward({oBuf.Data(), oBuf.Size()});
+    for (File_Stream* pStream :
+         {static_cast<File_Stream*>(&oBuf), static_cast<File_Stream*>(&oForward)}) {
+        EXPECT_EQ(File::LoadEndMarker(*pStream), uSize);
+        char cNext = 0;
+        pStream->Read(&cNext, 1);
+        EXPECT_EQ(cNext, '!');
+        EXPECT_EQ(Raised([&] { File::LoadEndMarker(*pStream); }).substr(0, 22),
+                  "unexpected end of file");
+    }
+}
+
+}  // namespace
+}  // namespace vok

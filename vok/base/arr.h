@@ -1,0 +1,169 @@
+// The growable array of the library: contiguous elements in one reference-counted block.
+#ifndef VOK_BASE_ARR_H
+#define VOK_BASE_ARR_H
+
+#include <cstring>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+#include "vok/base/mem.h"
+
+namespace vok {
+
+// Elements are plain values that may be moved as bytes. Two arrays can share one block
+// (Share); the first operation that modifies one of them makes it a copy of its own.
+// An element past the end must not be named: operator() does not check. Growth raises
+// the allocation errors of Mem and then leaves the array as it was.
+//
+// Different arrays may be used by different threads, even when they share a block.
+template <class T>
+class Arr {
+    static_assert(std::is_trivially_copyable_v<T>, "elements are moved as bytes");
+
+  public:
+    Arr() noexcept = default;
+    Arr(Arr&& oArr) noexcept
+        : m_pData(std::exchange(oArr.m_pData, nullptr)),
+          m_uSize(std::exchange(oArr.m_uSize, 0)),
+          m_uCapacity(std::exchange(oArr.m_uCapacity, 0)) {}
+    Arr& operator=(Arr&& oArr) noexcept {
+        Swap(oArr);
+        return *this;
+    }
+    Arr(const Arr&) = delete;
+    Arr& operator=(const Arr&) = delete;
+    ~Arr() { Release(); }
+
+    // Refers to the elements of oArr without copying them.
+    void Share(const Arr& oArr) noexcept {
+        if (oArr.m_pData != nullptr) Mem::AddRef(oArr.m_pData);
+        Release();
+        m_pData = oArr.m_pData;
+        m_uSize = oArr.m_uSize;
+        m_uCapacity = oArr.m_uCapacity;
+    }
+    void Swap(Arr& oArr) noexcept {
+        std::swap(m_pData, oArr.m_pData);
+        std::swap(m_uSize, oArr.m_uSize);
+        std::swap(m_uCapacity, oArr.m_uCapacity);
+    }
+
+    [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
+    [[nodiscard]] std::size_t Capacity() const noexcept { return m_uCapacity; }
+    // Other holders of the block.
+    [[nodiscard]] u3_t GetRefCnt() const noexcept {
+        return m_pData != nullptr ? Mem::GetRefCnt(m_pData) : 0;
+    }
+
+    [[nodiscard]] const T* Beg() const noexcept { return m_pData; }
+    [[nodiscard]] const T* End() const noexcept { return m_pData + m_uSize; }
+    [[nodiscard]] const T& operator()(std::size_t uNth) const noexcept { return m_pData[uNth]; }
+
+    // Writable access to elements of an array that is not shared.
+    [[nodiscard]] T* Beg() noexcept { return m_pData; }
+    [[nodiscard]] T* End() noexcept { return m_pData + m_uSize; }
+    [[nodiscard]] T& operator()(std::size_t uNth) noexcept { return m_pData[uNth]; }
+
+    // Makes the array the only owner of its elements.
+    void MakePrivate() {
+        if (GetRefCnt() != 0) Reallocate(m_uCapacity);
+    }
+
+    // Appends one element; amortised constant time.
+    void Add(const T& oElement) {
+        const T oCopy = oElement;  // it may live in this array
+        if (m_uSize == m_uCapacity || GetRefCnt() != 0) [[unlikely]] Grow(1);
+        m_pData[m_uSize++] = oCopy;
+    }
+    // Appends uCount elements; the source must not lie in this array.
+    void Add(const T* pElements, std::size_t uCount) {
+        if (uCount == 0) return;
+        std::memcpy(AddSpace(uCount), pElements, uCount * sizeof(T));
+    }
+    // Appends room for uCount elements whose values the caller writes.
+    [[nodiscard]] T* AddSpace(std::size_t uCount) {
+        if (m_uCapacity - m_uSize < uCount || GetRefCnt() != 0) Grow(uCount);
+        T* pSpace = m_pData + m_uSize;
+        m_uSize += uCount;
+        return pSpace;
+    }
+    // Inserts before position uNth, which is at most Size(); linear in what follows it.
+    void Insert(std::size_t uNth, const T& oElement) {
+        Add(oElement);
+        const T oCopy = m_pData[m_uSize - 1];
+        std::memmove(static_cast<void*>(m_pData + uNth + 1), m_pData + uNth,
+                     (m_uSize - 1 - uNth) * sizeof(T));
+        m_pData[uNth] = oCopy;
+    }
+
+    // Changes the size; new elements are zero bytes.
+    void Resize(std::size_t uSize) {
+        const std::size_t uOld = m_uSize;
+        if (uSize > uOld) {
+            std::memset(static_cast<void*>(AddSpace(uSize - uOld)), 0, (uSize - uOld) * sizeof(T));
+        } else {
+            MakePrivate();
+            m_uSize = uSize;
+        }
+    }
+    // Drops elements at the end; never fails.
+    void Truncate(std::size_t uSize) noexcept {
+        if (uSize < m_uSize) m_uSize = uSize;
+    }
+    void Reserve(std::size_t uCapacity) {
+        if (uCapacity > m_uCapacity || GetRefCnt() != 0) {
+            Reallocate(uCapacity > m_uCapacity ? uCapacity : m_uCapacity);
+        }
+    }
+    // Gives back what lies behind the last element.
+    void Trim() {
+        if (m_uSize != m_uCapacity) Reallocate(m_uSize);
+    }
+    // Empties the array and gives its block back.
+    void Clear() noexcept { Release(); }
+
+  private:
+    // Small arrays double. Large ones take the step at which moving them is a matter of
+    // page tables: 65,536 elements, or an eighth where that step would cost quadratic time.
+    [[nodiscard]] std::size_t NextCapacity() const noexcept {
+        if (m_uCapacity <= 65536) return m_uCapacity < 8 ? 8 : 2 * m_uCapacity;
+        return m_uCapacity + (m_uCapacity / 8 > 65536 ? m_uCapacity / 8 : 65536);
+    }
+    void Grow(std::size_t uCount) {
+        constexpr std::size_t uMost = std::numeric_limits<std::size_t>::max() / sizeof(T);
+        if (uCount > uMost - m_uSize) uCount = uMost - m_uSize;  // ends in the allocation error
+        const std::size_t uNeeded = m_uSize + uCount;
+        if (uNeeded <= m_uCapacity) {
+            Reallocate(m_uCapacity);  // shared: a copy of its own
+            return;
+        }
+        const std::size_t uNext = NextCapacity();
+        Reallocate(uNeeded > uNext ? uNeeded : uNext);
+    }
+    void Reallocate(std::size_t uCapacity) {
+        if (GetRefCnt() == 0) {
+            m_pData = static_cast<T*>(Mem::Resize(m_pData, uCapacity * sizeof(T)));
+        } else {
+            T* pCopy = static_cast<T*>(Mem::Create(uCapacity * sizeof(T)));
+            std::memcpy(static_cast<void*>(pCopy), m_pData, m_uSize * sizeof(T));
+            if (Mem::DropRef(m_pData)) Mem::Free(m_pData);
+            m_pData = pCopy;
+        }
+        m_uCapacity = uCapacity;
+    }
+    void Release() noexcept {
+        if (m_pData != nullptr && Mem::DropRef(m_pData)) Mem::Free(m_pData);
+        m_pData = nullptr;
+        m_uSize = 0;
+        m_uCapacity = 0;
+    }
+
+    T* m_pData = nullptr;
+    std::size_t m_uSize = 0;
+    std::size_t m_uCapacity = 0;
+};
+
+}  // namespace vok
+
+#endif  // VOK_BASE_ARR_H

@@ -1,0 +1,98 @@
+// The table of distinct texts: every text once, numbered in the order of first use.
+#ifndef VOK_BASE_HASH_H
+#define VOK_BASE_HASH_H
+
+#include <string_view>
+
+#include <tsl/robin_set.h>
+
+#include "vok/base/arr.h"
+
+namespace vok {
+
+// A text in the table. The prefix holds its first eight bytes, the first one on top and
+// zeros behind its end: comparing two prefixes as numbers compares the texts as bytes, and
+// only texts that share all eight are looked at any further.
+struct Hash_Text {
+    const char* sText;  // NUL-terminated; stays where it is as long as the table lives
+    u3_t uPrefix;
+    u2_t uLength;  // bytes without the NUL
+    u2_t uHash;
+};
+
+// Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
+// the empty text, which is always there. Lookup and insertion take constant time on average.
+// Raises the allocation errors of Mem and std::bad_alloc; the table is then unchanged.
+class Hash {
+  public:
+    static constexpr u2_t NONE = 0xFFFFFFFF;
+    // So many bytes may be read from the start of any text, however short it is.
+    static constexpr std::size_t SLACK = 16;
+
+    Hash();
+    Hash(const Hash&) = delete;
+    Hash& operator=(const Hash&) = delete;
+    ~Hash();
+
+    // The key of a text, NONE when it is not in the table.
+    [[nodiscard]] u2_t Find(std::string_view sText) const noexcept;
+    // The key of a text, added if need be; bNew tells which.
+    u2_t Insert(std::string_view sText, bool& bNew);
+
+    // Keys given, the empty text's included.
+    [[nodiscard]] std::size_t Size() const noexcept { return m_oText.Size(); }
+    [[nodiscard]] const Hash_Text& operator()(u2_t uKey) const noexcept { return m_oText(uKey); }
+    [[nodiscard]] const Hash_Text* Texts() const noexcept { return m_oText.Beg(); }
+
+    // Whether text a is below text b in byte order.
+    [[nodiscard]] bool IsLess(u2_t uA, u2_t uB) const noexcept {
+        if (uA == uB) return false;
+        const Hash_Text& oA = m_oText(uA);
+        const Hash_Text& oB = m_oText(uB);
+        if (oA.uPrefix != oB.uPrefix) return oA.uPrefix < oB.uPrefix;
+        return IsTailLess(oA, oB);
+    }
+
+    // Heap bytes held.
+    [[nodiscard]] std::size_t HeapBytes() const noexcept;
+
+  private:
+    struct Probe {
+        std::string_view sText;
+        u2_t uHash;
+    };
+    struct Hasher {
+        const Hash* pHash;
+        std::size_t operator()(u2_t uKey) const noexcept { return pHash->m_oText(uKey).uHash; }
+        std::size_t operator()(const Probe& oProbe) const noexcept { return oProbe.uHash; }
+    };
+    struct Equal {
+        using is_transparent = void;
+        const Hash* pHash;
+        bool operator()(u2_t uA, u2_t uB) const noexcept { return uA == uB; }
+        bool operator()(const Probe& oProbe, u2_t uKey) const noexcept {
+            return pHash->IsText(uKey, oProbe);
+        }
+        bool operator()(u2_t uKey, const Probe& oProbe) const noexcept {
+            return pHash->IsText(uKey, oProbe);
+        }
+    };
+
+    [[nodiscard]] bool IsText(u2_t uKey, const Probe& oProbe) const noexcept {
+        const Hash_Text& oText = m_oText(uKey);
+        return oText.uHash == oProbe.uHash && oText.uLength == oProbe.sText.size() &&
+               std::memcmp(oText.sText, oProbe.sText.data(), oProbe.sText.size()) == 0;
+    }
+    [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
+    [[nodiscard]] char* StoreText(std::string_view sText);
+
+    Arr<Hash_Text> m_oText;
+    tsl::robin_set<u2_t, Hasher, Equal> m_oIndex;
+    Arr<char*> m_oBlock;          // the blocks that hold the texts
+    std::size_t m_uBlockUsed = 0;  // of the last one
+    std::size_t m_uBlockSize = 0;
+};
+
+}  // namespace vok
+
+#endif  // VOK_BASE_HASH_H

@@ -1,0 +1,98 @@
+#include "vok/base/msg.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "vok/base/msg_channel.h"
+#include "vok/sys/sys.h"
+
+namespace vok {
+
+namespace {
+
+constexpr std::size_t ARG_COUNT = 10;
+constexpr std::size_t ERRNO_TEXT_SIZE = 256;
+
+// Cuts sText at its placeholders and gives the pieces of the message to oPut, in order.
+template <class Put>
+void Format(const char* sText, const char* const (&psArgs)[ARG_COUNT], Put&& oPut) {
+    while (const char* const pPercent = std::strchr(sText, '%')) {
+        oPut(std::string_view(sText, pPercent));
+        const char c = pPercent[1];
+        if (c == 0) return;
+        if (c == '%') oPut("%");
+        if (c >= '0' && c <= '9' && psArgs[c - '0'] != nullptr) oPut(psArgs[c - '0']);
+        sText = pPercent + 2;
+    }
+    oPut(sText);
+}
+
+template <class Put>
+void AppendSystemError(u2_t uSystemError, Put&& oPut) {
+    if (uSystemError == 0) return;
+    char sBuf[ERRNO_TEXT_SIZE];
+    oPut(uSystemError == Msg::NO_SYSTEM_ERROR_CODE ? ": " : ": errno=");
+    oPut(Msg::ErrnoText(sBuf, sizeof(sBuf), uSystemError));
+}
+
+}  // namespace
+
+int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, const char* a1,
+              const char* a2, const char* a3, const char* a4, const char* a5, const char* a6,
+              const char* a7, const char* a8, const char* a9) {
+    const char* const psArgs[ARG_COUNT] = {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9};
+    const u2_t uLastError = sys::LastError();
+    const auto FormatInto = [&](auto&& oPut) {
+        Format(sText != nullptr ? sText : "", psArgs, oPut);
+        sys::SetLastError(uLastError);  // printing may have changed it
+        AppendSystemError(uSystemError, oPut);
+        oPut("\n");
+    };
+
+    Msg_Exception oError;
+    Msg_Banner oBanner;
+    bool bNested = false;
+    {
+        const Msg_Guard oGuard(Msg_Console::Lock());
+        bNested = oGuard.IsNested();
+        if (!bNested) Msg_Console::Begin();
+        if (iMode == MODE_REPORT) {
+            FormatInto([](std::string_view sPiece) { Msg_Console::Write(sPiece); });
+            if (!bNested) Msg_Console::Flush();
+            sys::SetLastError(uLastError);
+            return 0;
+        }
+        if (!bNested && Banner()) {
+            oBanner.Format(static_cast<i3_t>(oError.Time()));
+            Msg_Console::Write(oBanner.Text());
+            Msg_Console::Flush();
+        }
+        FormatInto([&](std::string_view s) { oError.Append(s.data(), s.size()); });
+    }
+    // A writer that raises runs under the message lock and must not wait for the log's.
+    if (!bNested) Msg_LogFile::WriteMessage(oBanner.Text(), oError.what());
+    sys::SetLastError(uLastError);
+    if (iMode == MODE_RAISE) throw oError;
+    return 0;
+}
+
+void Msg::Rethrow(const char* sName, const char* sDetail) {
+    try {
+        throw;
+    } catch (Msg_Exception& oError) {
+        oError.AddWhere(sName, sDetail);
+        throw;
+    } catch (const std::exception& oError) {
+        const char* const sWhat = oError.what();
+        const bool bWhat = sWhat != nullptr && *sWhat != 0;
+        if (sDetail == nullptr) {
+            bWhat ? UnexpectedException(sName, sWhat) : UnexpectedException(sName);
+        } else {
+            bWhat ? UnexpectedExceptionWithDetail(sName, sDetail, sWhat)
+                  : UnexpectedExceptionWithDetail(sName, sDetail);
+        }
+        throw;
+    }
+}
+
+}  // namespace vok

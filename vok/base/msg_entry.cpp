@@ -1,0 +1,65 @@
+#include "vok/base/msg_entry.h"
+
+#include <cstdio>
+
+#include "vok/base/msg.h"
+#include "vok/base/utf8.h"
+#include "vok/sys/sys.h"
+
+namespace vok {
+
+namespace {
+
+constexpr std::size_t MAX_ARGS = 10;
+
+const char* InCurrentLanguage(const Msg_Text& oText) noexcept {
+    switch (Msg::LanguageIndex()) {
+        case Msg::ENGLISH: return oText.m_sEnglish;
+        case Msg::GERMAN: return oText.m_sGerman;
+        default: return "";
+    }
+}
+
+int Emit(int iMode, const Msg_Text& oText, const Msg_Entry::Args& oArgs, u2_t uSystemError) {
+    const char* ps[MAX_ARGS] = {};
+    std::size_t uNth = 0;
+    for (const Msg_Arg& oArg : oArgs) {
+        if (uNth == MAX_ARGS) break;
+        ps[uNth++] = oArg.Text();
+    }
+    return Msg::Emit(iMode, InCurrentLanguage(oText), uSystemError, ps[0], ps[1], ps[2], ps[3],
+                     ps[4], ps[5], ps[6], ps[7], ps[8], ps[9]);
+}
+
+}  // namespace
+
+Msg_Arg::Msg_Arg(u3_t uNumber) noexcept : m_sText(m_sBuf) {
+    std::snprintf(m_sBuf, sizeof(m_sBuf), "%llu", static_cast<unsigned long long>(uNumber));
+}
+
+Msg_Arg::Msg_Arg(Kind eKind, u3_t uValue) noexcept : m_sText(m_sBuf) {
+    if (eKind == Kind::Char) {
+        m_sBuf[EncodeUtf8(static_cast<u2_t>(uValue), m_sBuf)] = 0;
+        return;
+    }
+    std::snprintf(m_sBuf, sizeof(m_sBuf), "0x%016llX", static_cast<unsigned long long>(uValue));
+}
+
+void Msg_Entry::Raise(const Msg_Text& oText, const Args& oArgs, u2_t uSystemError) {
+    // Emit does not return; the throw of its result only tells the compiler so.
+    throw Emit(Msg::MODE_RAISE, oText, oArgs, sys::RuntimeErrno(uSystemError));
+}
+
+void Msg_Entry::Report(const Msg_Text& oText, const Args& oArgs) {
+    Emit(Msg::MODE_REPORT, oText, oArgs, 0);
+}
+
+void Msg_Entry::Log(const Msg_Text& oText, const Args& oArgs) {
+    Emit(Msg::MODE_LOG, oText, oArgs, 0);
+}
+
+void Msg_Entry::RaiseOrReport(bool bRaise, const Msg_Text& oText, const Args& oArgs) {
+    Emit(bRaise ? Msg::MODE_RAISE : Msg::MODE_REPORT, oText, oArgs, 0);
+}
+
+}  // namespace vok

@@ -1,0 +1,49 @@
+// UTF-8 and UTF-16 in the Unicode sense: no overlong forms, no surrogates, nothing
+// above U+10FFFF (The Unicode Standard, table 3-7).
+#ifndef VOK_BASE_UTF8_H
+#define VOK_BASE_UTF8_H
+
+#include <cstring>
+
+#include "vok/base/types.h"
+
+namespace vok {
+
+// Length in bytes, 1 to 4, of the well-formed sequence at pText, which has uSize bytes;
+// 0 when there is none.
+[[nodiscard]] unsigned Utf8SequenceLength(const char* pText, std::size_t uSize) noexcept;
+
+// The code point at pText, which moves behind it. A byte that starts no well-formed
+// sequence stands for the Latin-1 character of its value. pText must be below pEnd.
+[[nodiscard]] u2_t DecodeUtf8(const char*& pText, const char* pEnd) noexcept;
+
+// Writes uCode (a surrogate or a value above U+10FFFF as U+FFFD) to sOut, which has room
+// for 4 bytes; returns the number written.
+unsigned EncodeUtf8(u2_t uCode, char* sOut) noexcept;
+
+[[nodiscard]] bool IsUtf8(const char* pText, std::size_t uSize) noexcept;
+
+// The number of code points in a valid text.
+[[nodiscard]] std::size_t CountUtf8(const char* pText, std::size_t uSize) noexcept;
+
+// True when no byte has its high bit set; eight bytes a step.
+[[nodiscard]] inline bool IsAscii(const char* pText, std::size_t uSize) noexcept {
+    constexpr u3_t uHigh = 0x8080808080808080u;
+    u3_t uWord;
+    if (uSize < 8) {
+        uWord = 0;
+        for (std::size_t u = 0; u < uSize; ++u) uWord |= static_cast<u0_t>(pText[u]);
+        return (uWord & 0x80) == 0;
+    }
+    const char* pLast = pText + uSize - 8;
+    for (; pText < pLast; pText += 8) {
+        std::memcpy(&uWord, pText, 8);
+        if ((uWord & uHigh) != 0) return false;
+    }
+    std::memcpy(&uWord, pLast, 8);
+    return (uWord & uHigh) == 0;
+}
+
+}  // namespace vok
+
+#endif  // VOK_BASE_UTF8_H

@@ -1,0 +1,193 @@
+// Cursors: moving about, names, the user tag, appending.
+#include "vok/base/where.h"
+#include "vok/data/checks.h"
+#include "vok/data/data.h"
+#include "vok/data/store.h"
+#include "vok/data/succ_it.h"
+
+namespace vok {
+
+void Data::Clear() noexcept {
+    m_oBase.Reset();
+    m_uId = 0;
+}
+
+const Data_Node& Data::GetNode() const noexcept {
+    // What a cursor outlived by its node gets to see.
+    static constexpr Node GONE{0, Node::Zombi, 0, 0};
+    return m_uId < m_oBase->m_oNode.Size() ? m_oBase->m_oNode(m_uId) : GONE;
+}
+
+Data_Node::Type Data::GetType() const {
+    return Where("vok::Data::GetType", [&] {
+        if (!m_oBase) Msg::ObjectPointsToNothing();
+        return GetNode().GetType();
+    });
+}
+
+u2_t Data::GetNodes() const noexcept {
+    return m_oBase ? static_cast<u2_t>(m_oBase->m_oNode.Size()) : 0;
+}
+
+void Data::SetToRoot() {
+    return Where("vok::Data::SetToRoot", [&] {
+        if (!m_oBase) m_oBase = Mem::Ref<Base>::Create();
+        m_uId = 0;
+    });
+}
+
+Data Data::GetRoot() const noexcept {
+    return Data(m_oBase, 0);
+}
+
+u2_t Data::SetToNode(u2_t uId) {
+    return Where("vok::Data::SetToNode", [&] {
+        if (uId >= GetNodes()) Msg::AssertionFailed("uId < GetNodes()");
+        return m_uId = uId;
+    });
+}
+
+Data Data::GetNodeFromID(u2_t uId) const noexcept {
+    return uId < GetNodes() ? Data(m_oBase, uId) : Data();
+}
+
+void Data::SetToPred() {
+    return Where("vok::Data::SetToPred", [&] {
+        if (!m_oBase) Msg::NodeIsEmpty();
+        const u2_t uPred = GetNode().Pred();
+        if (uPred >= GetNodes()) Msg::NodeHasNoPredecessor();
+        m_uId = uPred;
+    });
+}
+
+Data Data::GetPred() const noexcept {
+    return m_oBase ? GetNodeFromID(GetNode().Pred()) : Data();
+}
+
+i2_t Data::NodeDepth() const {
+    return Where("vok::Data::NodeDepth", [&] {
+        Base& b = detail::TreeOf(m_oBase);
+        i2_t iDepth = 0;
+        for (u2_t uId = m_uId; uId != 0 && uId < b.m_oNode.Size(); uId = b.m_oNode(uId).Pred()) {
+            ++iDepth;
+        }
+        return iDepth;
+    });
+}
+
+// ---- names ------------------------------------------------------------------
+
+const char* Data::GetName() const {
+    return Where("vok::Data::GetName",
+                 [&] { return detail::NodeOf(m_oBase, m_uId).NameOf(m_uId); });
+}
+
+void Data::SetRootName(const char* sName) {
+    return Where("vok::Data::SetRootName", [&] {
+        Base& b = detail::TreeOf(m_oBase);
+        b.m_oNode(0).uKey = b.Intern(sName);
+    });
+}
+
+Data_Key Data::FindKey(const char* sName) const {
+    return Where("vok::Data::FindKey",
+                 [&] { return Data_Key{detail::TreeOf(m_oBase).FindKey(sName)}; });
+}
+
+Data_Key Data::MakeKey(const char* sName) {
+    return Where("vok::Data::MakeKey",
+                 [&] { return Data_Key{detail::TreeOf(m_oBase).Intern(sName)}; });
+}
+
+Mem::Str Data::GetUserTag() const {
+    return Where("vok::Data::GetUserTag", [&] { return detail::TreeOf(m_oBase).m_oUserTag; });
+}
+
+void Data::SetUserTag(const char* sTag) {
+    return Where("vok::Data::SetUserTag",
+                 [&] { detail::TreeOf(m_oBase).m_oUserTag = Mem::Str(sTag); });
+}
+
+// ---- appending --------------------------------------------------------------
+
+namespace {
+
+// Appends below uParent; the node array must be nobody else's.
+u2_t AppendTo(Data_Base& b, u2_t uParent, u2_t uKey) {
+    if (b.m_oNode.GetRefCnt() != 0) [[unlikely]] {
+        Msg::AssertionFailed("oNodes.GetRefCnt() == 0");
+    }
+    return b.Append(uParent, uKey);
+}
+
+u2_t AppendNamed(Data_Base& b, u2_t uParent, const char* sName) {
+    b.CheckAppend(uParent);
+    return AppendTo(b, uParent, b.Intern(sName));
+}
+
+u2_t AppendKeyed(Data_Base& b, u2_t uParent, Data_Key oKey) {
+    b.CheckAppend(uParent);
+    if (oKey.uKey >= b.m_oName.Size()) Msg::AssertionFailed("b.m_oName.ValidHndl(uHndl)");
+    return AppendTo(b, uParent, oKey.uKey);
+}
+
+}  // namespace
+
+void Data::SetToNewSucc(const char* sName) {
+    return Where("vok::Data::SetToNewSucc", [&] {
+        m_uId = AppendNamed(detail::NodeOf(m_oBase, m_uId), m_uId, sName);
+    });
+}
+
+void Data::SetToNewSucc(Data_Key oKey) {
+    return Where("vok::Data::SetToNewSucc", [&] {
+        m_uId = AppendKeyed(detail::NodeOf(m_oBase, m_uId), m_uId, oKey);
+    });
+}
+
+Data Data::CreateNewSucc(const char* sName) {
+    return Where("vok::Data::CreateNewSucc(const char*)", [&] {
+        if (!m_oBase) SetToRoot();
+        return Data(m_oBase, AppendNamed(detail::NodeOf(m_oBase, m_uId), m_uId, sName));
+    });
+}
+
+Data Data::CreateNewSucc(Data_Key oKey) {
+    return Where("vok::Data::CreateNewSucc(Data_Key)", [&] {
+        return Data(m_oBase, AppendKeyed(detail::NodeOf(m_oBase, m_uId), m_uId, oKey));
+    });
+}
+
+Data Data::CreateSucc(const char* sName, u2_t* pCreated) {
+    return Where("vok::Data::CreateSucc(const char*)", [&] {
+        if (pCreated != nullptr) *pCreated = 0;
+        Data oFound = m_oBase ? GetNthSucc(sName, 0) : Data();
+        if (oFound.IsNode()) return oFound;
+        if (!m_oBase) SetToRoot();
+        oFound = *this;
+        oFound.SetToNewSucc(sName);
+        if (pCreated != nullptr) *pCreated = 1;
+        return oFound;
+    });
+}
+
+// ---- memory -----------------------------------------------------------------
+
+std::size_t Data::HeapBytes() const noexcept {
+    if (!m_oBase) return 0;
+    const Base& b = *m_oBase;
+    std::size_t uBytes = sizeof(Base) + Mem::HEADER_SIZE + b.m_oName.HeapBytes() +
+                         b.m_oAttName.HeapBytes() + b.m_oUserTag.Size();
+    uBytes += b.m_oNode.Capacity() * sizeof(Node) + b.m_oStr.Capacity();
+    uBytes += 4 * (b.m_oSucc.Capacity() + b.m_oUnsorted.Capacity() + b.m_oAttHead.Capacity());
+    for (std::size_t u = 0; u < b.m_oAttArr.Size(); ++u) {
+        uBytes += sizeof(Data_AttArr) + b.m_oAttArr(u)->oAtt.Capacity() * sizeof(Data_Att);
+    }
+    return uBytes + b.m_oAttArr.Capacity() * sizeof(void*);
+}
+
+std::size_t Data::TextBytes() const noexcept {
+    return m_oBase ? m_oBase->m_oStr.Capacity() : 0;
+}
+
+}  // namespace vok

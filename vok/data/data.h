@@ -1,0 +1,261 @@
+// vok::Data: a cursor on one node of a shared tree.
+#ifndef VOK_DATA_DATA_H
+#define VOK_DATA_DATA_H
+
+#include <string_view>
+
+#include "vok/base/arr.h"
+#include "vok/base/limits.h"
+#include "vok/base/str.h"
+#include "vok/data/node.h"
+
+namespace vok {
+
+class Data_Base;
+class Data_NodeSet;
+class Data_SuccIt;
+struct Data_XpathStep;
+
+namespace dgraph {
+struct Access;
+}
+
+// How the last reference to a tree destroys it; found by Mem::Ref where the store is unknown.
+void Dispose(Data_Base* pBase) noexcept;
+
+// A name of one tree, looked up once and used many times. Valid as long as the tree; in
+// another tree it may mean another name, or none.
+struct Data_Key {
+    static constexpr u2_t UNKNOWN = 0xFFFFFFFF;
+    u2_t uKey = UNKNOWN;
+    [[nodiscard]] bool IsKnown() const noexcept { return uKey != UNKNOWN; }
+};
+
+// A small value: a counted reference to a tree store and the id of a node in it. Copying a
+// cursor shares the tree, never copies it; the tree lives as long as any cursor or iterator
+// refers to it. An empty cursor refers to no tree and has id 0.
+//
+// Building only appends. The order of successors (by name in byte order, then by creation)
+// is brought up to date by the first read that needs it.
+//
+// Threads: a tree and all cursors on it belong to one thread at a time. After SetAccessMode
+// several threads may read one tree through cursors of their own, until it is changed again.
+//
+// Texts are NUL-terminated UTF-8; text that is not valid UTF-8 is re-encoded (see Str). Texts
+// handed out point into the tree and stay valid until the tree is next changed.
+//
+// Errors are Msg_Exceptions; a failed operation leaves cursor and tree as they were unless
+// its description says otherwise. On an empty cursor operations that need a tree raise "node
+// is empty", getters of values "object points to nothing". A cursor whose node is gone since
+// the tree was compacted raises "try to access deleted node".
+class Data {
+  public:
+    using Node = Data_Node;
+    using Base = Data_Base;
+
+    Data() noexcept = default;
+
+    // ---- cursor -----------------------------------------------------------
+
+    // Gives up the tree: the cursor is empty.
+    void Clear() noexcept;
+    [[nodiscard]] bool IsNode() const noexcept { return static_cast<bool>(m_oBase); }
+    [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
+    // Two cursors are equal when they designate the same node of the same tree.
+    friend bool operator==(const Data& a, const Data& b) noexcept = default;
+
+    // The record of the node. The cursor must not be empty.
+    [[nodiscard]] const Node& GetNode() const noexcept;
+    // Raises "object points to nothing".
+    [[nodiscard]] Node::Type GetType() const;
+    // Nodes of the tree, removed ones included; 0 on an empty cursor.
+    [[nodiscard]] u2_t GetNodes() const noexcept;
+
+    // Moves to the root; an empty cursor gets a new tree of one unnamed, empty node.
+    void SetToRoot();
+    [[nodiscard]] Data GetRoot() const noexcept;
+    // Moves to node uId and returns it. Raises "assertion failed: uId < GetNodes()".
+    u2_t SetToNode(u2_t uId);
+    // Empty when there is no such node.
+    [[nodiscard]] Data GetNodeFromID(u2_t uId) const noexcept;
+    // Moves to the predecessor. Raises "node has no predecessor".
+    void SetToPred();
+    // Empty for the root and for nodes cut loose.
+    [[nodiscard]] Data GetPred() const noexcept;
+    // Steps from the node up to the root; linear in them.
+    [[nodiscard]] i2_t NodeDepth() const;
+
+    // ---- names ------------------------------------------------------------
+
+    // Null for an unnamed node, "Root" for an unnamed root.
+    [[nodiscard]] const char* GetName() const;
+    // Names the root, wherever the cursor stands.
+    void SetRootName(const char* sName);
+    // The key of a name if any node of the tree ever bore it, else an unknown key.
+    [[nodiscard]] Data_Key FindKey(const char* sName) const;
+    // The key of a name, which is added to the tree's names if need be.
+    Data_Key MakeKey(const char* sName);
+
+    // A free text kept with the tree.
+    [[nodiscard]] Mem::Str GetUserTag() const;
+    void SetUserTag(const char* sTag);
+
+    // ---- successors -------------------------------------------------------
+
+    // Brings the order of all successors up to date; from then on reading does not write.
+    // Linear in what was added since the last time when it came in order.
+    void SetAccessMode() const;
+
+    // Iterators over all successors, or over those of one name ("" = the unnamed ones).
+    // Empty when there are none; never an error for an unknown name.
+    [[nodiscard]] Data_SuccIt GetSuccIt() const;
+    [[nodiscard]] Data_SuccIt GetSuccIt(const char* sName) const;
+    [[nodiscard]] Data_SuccIt GetSuccIt(Data_Key oKey) const;
+    // The n-th successor, counted from 0 (removed ones keep their place); an empty cursor
+    // when there are not so many.
+    [[nodiscard]] Data GetNthSucc(u2_t uNth) const;
+    [[nodiscard]] Data GetNthSucc(const char* sName, u2_t uNth) const;
+    [[nodiscard]] Data GetNthSucc(Data_Key oKey, u2_t uNth) const;
+    // The same, but a missing successor raises "node has no successor named "%0"" or "node
+    // has not %1 successors named "%0"".
+    [[nodiscard]] Data GetCheckedSucc(const char* sName, u2_t uNth = 0) const;
+
+    // Appends an empty successor and moves to it. Constant time. Only an empty node, a tree
+    // node and a string of white space take successors: else "node "%0" with wrong data
+    // type: '%1'", or "try to access deleted node".
+    void SetToNewSucc(const char* sName);
+    void SetToNewSucc(Data_Key oKey);
+    // The same, but returns the new cursor; an empty cursor gets a tree first.
+    Data CreateNewSucc(const char* sName);
+    Data CreateNewSucc(Data_Key oKey);
+    // The first successor of that name, made if there is none; *pCreated (may be null)
+    // receives the number of nodes made. An empty cursor gets a tree first.
+    Data CreateSucc(const char* sName, u2_t* pCreated = nullptr);
+    // The successor that a path step describes. Without a position: the only one that
+    // matches name and attributes ("node is not unique" for several), or a new one. With
+    // position p: the p-th of that name; missing ones are made, all but the last as
+    // placeholders; a placeholder there is revived; another node must match ("node already
+    // exists"). Attributes of the step are set on what was made or found without position.
+    // Placeholders count against m_uSkippedSlots.
+    Data CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated = nullptr,
+                    const Limits& oLimits = {});
+    // The node at the end of a path, with every node on the way made that is missing. Raises
+    // "invalid character '%0'" for a path with "*" or "//", before anything is made.
+    Data CreateNode(const char* sPath, u2_t* pCreated = nullptr, const Limits& oLimits = {});
+
+    // ---- values -----------------------------------------------------------
+    //
+    // Setters put an empty cursor on the root of a new tree first. They raise "node "%0"
+    // with wrong data type: '%1'" on a node with successors.
+
+    // eType: Boolean, Integer or Char.
+    void SetValInt(i2_t iValue, Node::Type eType = Node::Integer);
+    void SetValBool(bool bValue);
+    // eType: Float, Double or Date (seconds since 1970-01-01 UTC).
+    void SetValDbl(double dValue, Node::Type eType = Node::Double);
+    void SetValLng(u3_t uValue);
+    // Null counts as the empty text. The text may lie in this tree.
+    void SetValStr(const char* sText);
+    void SetValStr(std::string_view sText);
+    // Raises "object points to nothing" for null with a size.
+    void SetValBin(const void* pData, u2_t uSize);
+    void SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3);
+    // A link to a node of the same tree, or to nothing for an empty cursor. The cursor must
+    // be on a tree ("object points to nothing"); a target elsewhere raises ""%0" with wrong
+    // data type" for "Root".
+    void SetValLink(const Data& oTarget);
+    // Makes the node empty; a placeholder becomes a live node again. Ignored when empty.
+    void ClearVal();
+
+    // Getters raise "node "%0" with wrong data type: '%2' expected but got '%1'" unless the
+    // node has just the expected type. Nothing is converted.
+    [[nodiscard]] i2_t GetValInt(Node::Type eType = Node::Integer) const;
+    [[nodiscard]] bool GetValBool() const;
+    [[nodiscard]] double GetValDbl(Node::Type eType = Node::Double) const;
+    [[nodiscard]] u3_t GetValLng() const;
+    [[nodiscard]] const char* GetValStr() const;
+    [[nodiscard]] std::string_view GetValText() const;  // the same with its length
+    [[nodiscard]] const void* GetValBin(u2_t& uSize) const;
+    void GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const;
+    // An empty cursor for a link to nothing.
+    [[nodiscard]] Data GetValLink() const;
+    // The string value; sDefault for an empty node or cursor.
+    [[nodiscard]] const char* GetStr(const char* sDefault) const;
+
+    // The value as text into oOut: numbers in decimal, reals with 16 significant digits, dates
+    // as "2026-11-24 18:35:56" in UTC. Empty nodes give sDefault (null: the empty string).
+    // Binary, Link, Tree and removed nodes raise the wrong-data-type error.
+    void CvtStr(Str& oOut, const char* sDefault = nullptr) const;
+    // The value as a whole number; a text as its leading 32-bit decimal number. Reals give 0,
+    // whatever they hold: stored data depends on it, use CvtDbl for their number.
+    [[nodiscard]] i3_t CvtInt(i2_t iDefault = 0) const;
+    // The value as a real; a text as its leading 32-bit whole number, without its fraction.
+    [[nodiscard]] double CvtDbl(double dDefault = 0.0) const;
+    // Copies the value of oSrc to oDst. Within a tree texts are shared, between trees they
+    // are copied; a link into another tree becomes a link to nothing.
+    static void CopyVal(const Data& oSrc, Data& oDst);
+
+    // ---- attributes -------------------------------------------------------
+
+    // Null removes the attribute. Raises "unallowed attribute "%0"" for an empty name.
+    void SetAttVal(const char* sName, const char* sValue);
+    // Null when there is no such attribute.
+    [[nodiscard]] const char* GetAttVal(const char* sName) const;
+    // Names and values of all attributes, entry i of one belonging to entry i of the other;
+    // in name order, or in the order in which names first appeared in the tree.
+    void GetAttributes(Arr<const char*>& oNames, Arr<const char*>& oValues, bool bSorted = false,
+                       bool bNamesOnly = false) const;
+    void RemoveAttributes();
+    // Gives oDst, which may be in another tree, the attributes of this node and no others.
+    void CopyAtt(Data& oDst) const;
+
+    // ---- paths ------------------------------------------------------------
+
+    // The nodes that a path selects, seen from this node, by ascending id. Raises the
+    // errors of Data_Xpath::Parse, "node has no predecessor" for a step above the root, and
+    // the limit on nodes looked at (m_uPathSteps).
+    [[nodiscard]] Data_NodeSet GetNodeSet(const char* sPath, const Limits& oLimits = {}) const;
+    // Whether the node has the attributes that a step asks for; removed nodes never have.
+    [[nodiscard]] bool Test(const Data_XpathStep& oStep) const;
+    // The path that selects just this node: "/" or "/a[0]/b[2]".
+    [[nodiscard]] Str GetPath() const;
+    // Appends sText to oOut with every byte of sSet (null: the characters of the path
+    // syntax) as backspace, decimal code, semicolon; an empty text as that of code 0.
+    static void EncodeXpath(Str& oOut, const char* sText, const char* sSet = nullptr);
+    // Undoes that in place and returns the new end, where a NUL is written if the text
+    // became shorter; pEnd null means up to the NUL.
+    static char* DecodeXpath(char* pBegin, char* pEnd = nullptr);
+
+    // ---- editing ----------------------------------------------------------
+
+    // Marks the node and everything below it as removed; it keeps its place among its
+    // siblings until Shrink, its descendants are cut loose. The cursor stays. Raises "node
+    // has no predecessor" on the root, "try to access deleted node" on a removed node.
+    void Remove();
+    // Drops removed nodes, unused texts and dead attributes; costs nothing when there are
+    // none worth it. Ids change but keep their order: this cursor follows its node (or goes
+    // to the root if that is gone), other cursors and iterators must be taken anew. Links to
+    // dropped nodes lead to nothing.
+    void Shrink();
+
+    // Heap bytes held by the tree.
+    [[nodiscard]] std::size_t HeapBytes() const noexcept;
+    // Those that hold texts and blocks.
+    [[nodiscard]] std::size_t TextBytes() const noexcept;
+
+  private:
+    friend struct dgraph::Access;
+    friend class Data_NodeIt;
+    friend class Data_NodeSet;
+    friend class Data_SuccIt;
+    friend class Data_Walk;
+
+    Data(const Mem::Ref<Base>& oBase, u2_t uId) noexcept : m_oBase(oBase), m_uId(uId) {}
+
+    Mem::Ref<Base> m_oBase;
+    u2_t m_uId = 0;
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_DATA_H

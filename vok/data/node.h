@@ -1,0 +1,79 @@
+// The record of one tree node. The whole tree is one array of these.
+#ifndef VOK_DATA_NODE_H
+#define VOK_DATA_NODE_H
+
+#include "vok/base/types.h"
+
+namespace vok {
+
+// Four 32-bit words:
+//
+//     word  bits   meaning
+//     0     0-31   name handle, 0 = unnamed
+//     1     0-3    type
+//     1     4-27   predecessor id + 1; 0 = none (the root), all ones = cut loose
+//     1     28-31  reserved, kept as they are
+//     2, 3         the payload, by type (below)
+//
+// Payload: Boolean, Integer, Char: the number in word 2. Float, Double, Date, Long: 64 bits,
+// word 2 the low half. String: offset in the text heap, bytes with the NUL. Binary: offset,
+// bytes. Quad: offset of the other three words, first word. Link: id of the target or
+// 0xFFFFFFFF. Tree: place of its successor group or 0xFFFFFFFF, number of successors.
+struct Data_Node {
+    // The codes are written to documents: do not change them. 11 and 14 are free.
+    enum Type : u2_t {
+        Empty = 0,
+        Boolean = 1,
+        Integer = 2,
+        Char = 3,
+        Float = 4,
+        Double = 5,
+        Date = 6,
+        String = 7,
+        Binary = 8,
+        Long = 9,
+        Quad = 10,
+        Link = 12,
+        Tree = 13,
+        Zombi = 15,
+    };
+
+    static constexpr u2_t NONE = 0xFFFFFFFF;       // no node, no group
+    static constexpr u2_t CUT_LOOSE = 0xFFFFFF;    // predecessor field of a removed descendant
+
+    u2_t uKey;
+    u2_t uFlags;
+    u2_t uWord2;
+    u2_t uWord3;
+
+    [[nodiscard]] Type GetType() const noexcept { return static_cast<Type>(uFlags & 0xFu); }
+    void SetType(Type eType) noexcept { uFlags = (uFlags & ~0xFu) | eType; }
+
+    [[nodiscard]] u2_t PredField() const noexcept { return uFlags >> 4 & 0xFFFFFFu; }
+    void SetPredField(u2_t uField) noexcept {
+        uFlags = (uFlags & 0xF000000Fu) | (uField & 0xFFFFFFu) << 4;
+    }
+    // Id of the predecessor; NONE for the root and for a node cut loose.
+    [[nodiscard]] u2_t Pred() const noexcept {
+        const u2_t uField = PredField();
+        return uField != CUT_LOOSE ? uField - 1 : NONE;
+    }
+
+    // Tree nodes: place of the successor group, number of successors.
+    [[nodiscard]] u2_t Start() const noexcept { return uWord2; }
+    [[nodiscard]] u2_t Size() const noexcept { return uWord3; }
+
+    [[nodiscard]] u3_t Value64() const noexcept { return u3_t{uWord3} << 32 | uWord2; }
+    void SetValue64(u3_t uValue) noexcept {
+        uWord2 = static_cast<u2_t>(uValue);
+        uWord3 = static_cast<u2_t>(uValue >> 32);
+    }
+
+    // "Empty", "Boolean", ...; "Unknown" for a code without a type.
+    [[nodiscard]] static const char* TypeName(u2_t uType) noexcept;
+};
+static_assert(sizeof(Data_Node) == 16, "the tree is an array of 16-byte records");
+
+}  // namespace vok
+
+#endif  // VOK_DATA_NODE_H

@@ -1,0 +1,157 @@
+// The order of successors: placing pending nodes in their groups, sorting, searching.
+#include <algorithm>
+
+#include "vok/data/store.h"
+
+namespace vok {
+
+namespace {
+
+// Up to here a run is found by looking at every key of a group: one or two cache lines of
+// node records, without a branch that is hard to predict.
+constexpr u2_t SCAN_UP_TO = 24;
+
+}  // namespace
+
+void Data_Base::UpdateSucc() {
+    while (m_uIndexed < m_oNode.Size()) {
+        Place(m_uIndexed);
+        ++m_uIndexed;
+    }
+    if (m_oUnsorted.Size() != 0) SortGroups();
+    if (m_uDeadSucc > 4096 && m_uDeadSucc > m_oSucc.Size() / 2) CompactGroups();
+}
+
+// Puts one node at the end of its parent's group. Nothing is changed if memory runs out.
+void Data_Base::Place(u2_t uId) {
+    const Node& oNode = m_oNode(uId);
+    const u2_t uParent = oNode.Pred();
+    if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
+    Node& oParent = m_oNode(uParent);
+    if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
+    if (oParent.Start() == NONE || (m_oSucc(oParent.Start()) & ~UNSORTED) ==
+                                       m_oSucc(oParent.Start() + 1)) {
+        GrowGroup(oParent);
+    }
+    u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
+    u2_t uSize = pGroup[0];
+    const bool bInOrder =
+        uSize == 0 || (uSize & UNSORTED) != 0 ||
+        !m_oName.IsLess(oNode.uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
+    if (!bInOrder) {
+        m_oUnsorted.Reserve(m_oUnsorted.Size() + 2 > m_oUnsorted.Capacity()
+                                ? 2 * m_oUnsorted.Capacity() + 8
+                                : 0);
+        m_oUnsorted.Add(uParent);
+        m_oUnsorted.Add(uSize);
+        uSize |= UNSORTED;
+    }
+    pGroup[GROUP_HEADER + (uSize & ~UNSORTED)] = uId;
+    pGroup[0] = uSize + 1;
+}
+
+// Gives a group room for at least one more. A first group is as large as the node already
+// has successors: exact for every tree that is built before it is read.
+void Data_Base::GrowGroup(Node& oParent) {
+    const bool bFirst = oParent.Start() == NONE;
+    const u2_t uOld = bFirst ? 0 : m_oSucc(oParent.Start() + 1);
+    const u2_t uCapacity = bFirst ? oParent.Size() : std::max(oParent.Size(), 2 * uOld);
+    const std::size_t uStart = m_oSucc.Size();
+    if (!Msg::IsInt32(static_cast<i3_t>(uStart + GROUP_HEADER + uCapacity))) {
+        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
+    }
+    u2_t* pGroup = m_oSucc.AddSpace(GROUP_HEADER + uCapacity);
+    pGroup[0] = 0;
+    if (!bFirst) {
+        const u2_t* pOld = m_oSucc.Beg() + oParent.Start();
+        std::copy_n(pOld, GROUP_HEADER + (pOld[0] & ~UNSORTED), pGroup);
+        m_uDeadSucc += GROUP_HEADER + uOld;
+    }
+    pGroup[1] = uCapacity;
+    oParent.uWord2 = static_cast<u2_t>(uStart);
+}
+
+// Sorts the groups that were appended to out of order: their new part, which is then merged
+// into the old one. Both steps are stable, so equal names keep the order of creation.
+void Data_Base::SortGroups() {
+    const auto oIsLess = [this](u2_t uA, u2_t uB) {
+        return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey);
+    };
+    for (std::size_t u = 0; u < m_oUnsorted.Size(); u += 2) {
+        const Node& oParent = m_oNode(m_oUnsorted(u));
+        // Removed in between, or compacted away: nothing to sort any more.
+        if (oParent.GetType() != Node::Tree || oParent.Start() == NONE) continue;
+        u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
+        if ((pGroup[0] & UNSORTED) == 0) continue;
+        pGroup[0] &= ~UNSORTED;
+        u2_t* pFirst = pGroup + GROUP_HEADER;
+        u2_t* pTail = pFirst + std::min(m_oUnsorted(u + 1), pGroup[0]);
+        std::stable_sort(pTail, pFirst + pGroup[0], oIsLess);
+        std::inplace_merge(pFirst, pTail, pFirst + pGroup[0], oIsLess);
+    }
+    m_oUnsorted.Truncate(0);
+}
+
+// Moves all groups together once abandoned ones fill half of the array.
+void Data_Base::CompactGroups() {
+    Arr<u2_t> oNew;
+    oNew.Reserve(m_oSucc.Size() - m_uDeadSucc);
+    for (std::size_t u = 0; u < m_oNode.Size(); ++u) {
+        Node& oNode = m_oNode(u);
+        if (oNode.GetType() != Node::Tree || oNode.Start() == NONE) continue;
+        const u2_t* pGroup = m_oSucc.Beg() + oNode.Start();
+        const u2_t uStart = static_cast<u2_t>(oNew.Size());
+        oNew.Add(pGroup, GROUP_HEADER + pGroup[1]);
+        oNode.uWord2 = uStart;
+    }
+    m_oSucc.Swap(oNew);
+    m_uDeadSucc = 0;
+}
+
+Data_Base::Run Data_Base::FindRun(const Group& oGroup, u2_t uKey) const noexcept {
+    const auto oKeyOf = [&](u2_t uNth) { return m_oNode(oGroup.pId[uNth]).uKey; };
+    if (oGroup.uSize == 0) return {};
+    u2_t uFirst = 0;
+    if (oGroup.uSize <= SCAN_UP_TO) {
+        while (uFirst < oGroup.uSize && oKeyOf(uFirst) != uKey) ++uFirst;
+        u2_t uEnd = uFirst;
+        while (uEnd < oGroup.uSize && oKeyOf(uEnd) == uKey) ++uEnd;
+        return {uFirst, uEnd - uFirst};
+    }
+    // Long groups are mostly lists of one name.
+    const bool bToEnd = oKeyOf(oGroup.uSize - 1) == uKey;
+    if (bToEnd && oKeyOf(0) == uKey) return {0, oGroup.uSize};
+
+    const auto oIsLess = [&](u2_t uId, u2_t uWanted) {
+        return m_oName.IsLess(m_oNode(uId).uKey, uWanted);
+    };
+    const auto oIsGreater = [&](u2_t uWanted, u2_t uId) {
+        return m_oName.IsLess(uWanted, m_oNode(uId).uKey);
+    };
+    const u2_t* pEnd = oGroup.pId + oGroup.uSize;
+    const u2_t* pFirst = std::lower_bound(oGroup.pId, pEnd, uKey, oIsLess);
+    if (pFirst == pEnd || m_oNode(*pFirst).uKey != uKey) return {};
+    uFirst = static_cast<u2_t>(pFirst - oGroup.pId);
+    if (bToEnd) return {uFirst, oGroup.uSize - uFirst};
+    // Most names occur once or a few times: look twice as far each time before searching.
+    u2_t uStep = 1;
+    while (uStep < static_cast<u2_t>(pEnd - pFirst) && m_oNode(pFirst[uStep]).uKey == uKey) {
+        uStep *= 2;
+    }
+    const u2_t* pLast = pFirst + std::min(uStep, static_cast<u2_t>(pEnd - pFirst));
+    pLast = std::upper_bound(pFirst + uStep / 2, pLast, uKey, oIsGreater);
+    return {uFirst, static_cast<u2_t>(pLast - pFirst)};
+}
+
+u2_t Data_Base::PositionOf(u2_t uId) {
+    const Group oGroup = SuccOf(m_oNode(uId).Pred());
+    const Run oRun = FindRun(oGroup, m_oNode(uId).uKey);
+    const u2_t* pFirst = oGroup.pId + oRun.uFirst;
+    const u2_t* pEnd = pFirst + oRun.uSize;
+    // Creation order is the order of ids unless nodes were moved.
+    const u2_t* pFound = std::lower_bound(pFirst, pEnd, uId);
+    if (pFound == pEnd || *pFound != uId) pFound = std::find(pFirst, pEnd, uId);
+    return static_cast<u2_t>(pFound - pFirst);
+}
+
+}  // namespace vok

@@ -1,0 +1,208 @@
+// Values of nodes: setters, getters, links.
+#include <bit>
+
+#include "vok/base/where.h"
+#include "vok/data/checks.h"
+#include "vok/data/data.h"
+
+namespace vok {
+
+namespace {
+
+// The node to set a value on, with its old value accounted for. eType is its new type.
+Data_Node& StartValue(Data_Base& b, u2_t uId, Data_Node::Type eType) {
+    Data_Node& oNode = b.m_oNode(uId);
+    b.DropValue(oNode);
+    oNode.SetType(eType);
+    return oNode;
+}
+
+void CheckNoTree(const Data_Base& b, u2_t uId) {
+    if (b.m_oNode(uId).GetType() == Data_Node::Tree) [[unlikely]] {
+        Msg::NodeWithWrongDataType(b.ShownName(uId), Data_Node::TypeName(Data_Node::Tree));
+    }
+}
+
+// The node to read a value of type eType from.
+const Data_Node& ReadValue(const Mem::Ref<Data_Base>& oBase, u2_t uId, Data_Node::Type eType) {
+    const Data_Base& b = detail::ValueOf(oBase, uId);
+    const Data_Node& oNode = b.m_oNode(uId);
+    if (oNode.GetType() != eType) [[unlikely]] {
+        Msg::NodeWithWrongDataTypeExpected(b.ShownName(uId), Data_Node::TypeName(oNode.GetType()),
+                                           Data_Node::TypeName(eType));
+    }
+    return oNode;
+}
+
+}  // namespace
+
+// ---- setters ----------------------------------------------------------------
+
+void Data::SetValInt(i2_t iValue, Node::Type eType) {
+    return Where("vok::Data::SetValInt", [&] {
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        if (eType < Node::Boolean || eType > Node::Char) {
+            Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
+        }
+        StartValue(b, m_uId, eType).uWord2 = static_cast<u2_t>(iValue);
+    });
+}
+
+void Data::SetValBool(bool bValue) {
+    return Where("vok::Data::SetValBool", [&] { SetValInt(bValue ? 1 : 0, Node::Boolean); });
+}
+
+void Data::SetValDbl(double dValue, Node::Type eType) {
+    return Where("vok::Data::SetValDbl", [&] {
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        if (eType < Node::Float || eType > Node::Date) {
+            Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
+        }
+        StartValue(b, m_uId, eType).SetValue64(std::bit_cast<u3_t>(dValue));
+    });
+}
+
+void Data::SetValLng(u3_t uValue) {
+    return Where("vok::Data::SetValLng", [&] {
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        StartValue(b, m_uId, Node::Long).SetValue64(uValue);
+    });
+}
+
+void Data::SetValStr(const char* sText) {
+    return SetValStr(std::string_view(sText != nullptr ? sText : ""));
+}
+
+void Data::SetValStr(std::string_view sText) {
+    return Where("vok::Data::SetValStr", [&] {
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        const Utf8_Text oText(sText);
+        const u2_t uOffset = b.AddText(oText.View());
+        Node& oNode = StartValue(b, m_uId, Node::String);
+        oNode.uWord2 = uOffset;
+        oNode.uWord3 = static_cast<u2_t>(oText.Len() + 1);
+    });
+}
+
+void Data::SetValBin(const void* pData, u2_t uSize) {
+    return Where("vok::Data::SetValBin", [&] {
+        if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        const u2_t uOffset = b.AddHeap(pData, uSize);
+        Node& oNode = StartValue(b, m_uId, Node::Binary);
+        oNode.uWord2 = uOffset;
+        oNode.uWord3 = uSize;
+    });
+}
+
+void Data::SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
+    return Where("vok::Data::SetValQuad", [&] {
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        const u2_t auRest[3] = {uW1, uW2, uW3};
+        const u2_t uOffset = b.AddHeap(auRest, sizeof(auRest));
+        Node& oNode = StartValue(b, m_uId, Node::Quad);
+        oNode.uWord2 = uOffset;
+        oNode.uWord3 = uW0;
+    });
+}
+
+void Data::SetValLink(const Data& oTarget) {
+    return Where("vok::Data::SetValLink", [&] {
+        Base& b = detail::ValueOf(m_oBase, m_uId);
+        if (oTarget.m_oBase && oTarget.m_oBase != m_oBase) Msg::WithWrongDataType("Root");
+        CheckNoTree(b, m_uId);
+        const u2_t uTarget = oTarget.m_oBase ? oTarget.m_uId : Node::NONE;
+        StartValue(b, m_uId, Node::Link).SetValue64(uTarget);
+    });
+}
+
+void Data::ClearVal() {
+    return Where("vok::Data::ClearVal", [&] {
+        if (!m_oBase) return;
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
+        StartValue(b, m_uId, Node::Empty).SetValue64(0);
+    });
+}
+
+// ---- getters ----------------------------------------------------------------
+
+i2_t Data::GetValInt(Node::Type eType) const {
+    return Where("vok::Data::GetValInt", [&] {
+        return static_cast<i2_t>(ReadValue(m_oBase, m_uId, eType).uWord2);
+    });
+}
+
+bool Data::GetValBool() const {
+    return Where("vok::Data::GetValBool", [&] { return GetValInt(Node::Boolean) != 0; });
+}
+
+double Data::GetValDbl(Node::Type eType) const {
+    return Where("vok::Data::GetValDbl", [&] {
+        return std::bit_cast<double>(ReadValue(m_oBase, m_uId, eType).Value64());
+    });
+}
+
+u3_t Data::GetValLng() const {
+    return Where("vok::Data::GetValLng",
+                 [&] { return ReadValue(m_oBase, m_uId, Node::Long).Value64(); });
+}
+
+const char* Data::GetValStr() const {
+    return Where("vok::Data::GetValStr", [&]() -> const char* {
+        return m_oBase->HeapAt(ReadValue(m_oBase, m_uId, Node::String).uWord2);
+    });
+}
+
+std::string_view Data::GetValText() const {
+    return Where("vok::Data::GetValText", [&] {
+        const Node& oNode = ReadValue(m_oBase, m_uId, Node::String);
+        return std::string_view(m_oBase->HeapAt(oNode.uWord2), oNode.uWord3 - 1);
+    });
+}
+
+const void* Data::GetValBin(u2_t& uSize) const {
+    return Where("vok::Data::GetValBin", [&]() -> const void* {
+        const Node& oNode = ReadValue(m_oBase, m_uId, Node::Binary);
+        uSize = oNode.uWord3;
+        return m_oBase->HeapAt(oNode.uWord2);
+    });
+}
+
+void Data::GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const {
+    return Where("vok::Data::GetValQuad", [&] {
+        const Node& oNode = ReadValue(m_oBase, m_uId, Node::Quad);
+        u2_t auRest[3];
+        std::memcpy(auRest, m_oBase->HeapAt(oNode.uWord2), sizeof(auRest));
+        uW0 = oNode.uWord3;
+        uW1 = auRest[0];
+        uW2 = auRest[1];
+        uW3 = auRest[2];
+    });
+}
+
+Data Data::GetValLink() const {
+    return Where("vok::Data::GetValLink", [&] {
+        return GetNodeFromID(ReadValue(m_oBase, m_uId, Node::Link).uWord2);
+    });
+}
+
+const char* Data::GetStr(const char* sDefault) const {
+    return Where("vok::Data::GetStr", [&] {
+        return m_oBase && GetNode().GetType() != Node::Empty ? GetValStr() : sDefault;
+    });
+}
+
+}  // namespace vok

@@ -1,0 +1,30 @@
+#include "vok/data/walk.h"
+
+#include "vok/base/where.h"
+#include "vok/data/checks.h"
+
+namespace vok {
+
+Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
+    Where("vok::Data_Walk::Data_Walk", [&] {
+        static_assert(GROUP_HEADER == Data_Base::GROUP_HEADER);
+        Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
+        b.UpdateSucc();
+        m_pNodes = b.m_oNode.Beg();
+        m_pSucc = b.m_oSucc.Beg();
+        m_pHeap = b.m_oStr.Beg();
+        m_uId = oFrom.m_uId;
+    });
+}
+
+bool Data_Walk::Start() noexcept {
+    m_pNode = m_pNodes + m_uId;
+    return m_pNode->GetType() != Data_Node::Zombi;
+}
+
+const char* Data_Walk::GetName() const {
+    return Where("vok::Data_Walk::GetName",
+                 [&] { return detail::NodeOf(m_oFrom.m_oBase, m_uId).NameOf(m_uId); });
+}
+
+}  // namespace vok

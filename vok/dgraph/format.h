@@ -1,0 +1,70 @@
+// Constants of the DGraph document; docs/format.md explains it. All numbers are little-endian.
+#ifndef VOK_DGRAPH_FORMAT_H
+#define VOK_DGRAPH_FORMAT_H
+
+#include <bit>
+#include <cstring>
+
+#include "vok/base/types.h"
+
+namespace vok::dgraph {
+
+//      0   9  magic, without NUL
+//      9   1  major version
+//     10   1  minor version
+//     11   1  patch version
+//     12  18  zero
+inline constexpr char MAGIC[] = "DGraphBin";
+inline constexpr std::size_t MAGIC_SIZE = 9;
+inline constexpr std::size_t HEADER_SIZE = 30;
+
+// Type codes of records. They are stored: do not change them.
+enum Code : u0_t {
+    CODE_NONE = 0,     // no value; the number of successors follows
+    CODE_INTEGER = 1,  // 4 bytes
+    CODE_FLOAT = 2,    // binary32
+    CODE_DOUBLE = 3,   // binary64
+    CODE_CHAR = 4,     // 1 byte
+    CODE_STRING = 5,   // length 4, text with NUL
+    CODE_BOOLEAN = 6,  // 1 byte
+    CODE_LINK = 7,     // length 4, name of target; length 4, its path without first slash
+    CODE_BINARY = 8,   // length 4, bytes
+    CODE_DATE = 9,     // binary64, days since 1899-12-30
+    CODE_LONG = 10,    // 8 bytes
+    CODE_QUAD = 11,    // four words
+};
+
+// Fixed-width numbers to and from bytes, whatever the order of this machine.
+template <class T>
+inline char* Store(char* p, T tValue) noexcept {
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(p, &tValue, sizeof(T));
+    } else {
+        for (std::size_t u = 0; u < sizeof(T); ++u) p[u] = static_cast<char>(tValue >> 8 * u);
+    }
+    return p + sizeof(T);
+}
+template <class T>
+[[nodiscard]] inline T Load(const char* p) noexcept {
+    T tValue = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&tValue, p, sizeof(T));
+    } else {
+        for (std::size_t u = sizeof(T); u-- > 0;) {
+            tValue = static_cast<T>(tValue << 8 | static_cast<u0_t>(p[u]));
+        }
+    }
+    return tValue;
+}
+
+// The version on a tree, "DGraphBin 1.2.0"; false for any other text.
+struct Version {
+    i3_t iMajor = 0;
+    i2_t iMinor = 0;
+    i2_t iPatch = 0;
+};
+[[nodiscard]] bool ParseVersion(const char* sTag, Version& oVersion) noexcept;
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_FORMAT_H

@@ -1,0 +1,38 @@
+// What DGraph documents and trees are refused with: an extension of the message catalog.
+// Each raises a Msg_Exception. Internal.
+#ifndef VOK_DGRAPH_MESSAGES_H
+#define VOK_DGRAPH_MESSAGES_H
+
+namespace vok::dgraph {
+
+[[noreturn]] void RaiseNoDGraph();
+[[noreturn]] void RaiseWrongVersion();
+[[noreturn]] void RaiseNoBinaryDGraph();
+
+[[noreturn]] void RaiseEmptyNodePath();
+[[noreturn]] void RaiseNegativeLength();
+[[noreturn]] void RaiseEmptyTargetName();
+[[noreturn]] void RaiseEmptyTargetPath();
+[[noreturn]] void RaiseElementExists();
+[[noreturn]] void RaiseTargetMissing();
+[[noreturn]] void RaiseTargetNotUnique();
+
+// What is wrong with a step text.
+enum class StepFault {
+    Empty,
+    BeginsWithSlash,
+    BeginsWithDot,
+    NoIndex,
+    IndexNotClosed,
+    NoAttributeSign,
+    EmptyAttributeName,
+    NoAttributeValue,
+    NoBeginningQuote,
+    NoEndQuote,
+    AttributeNotClosed,
+};
+[[noreturn]] void RaiseInvalidStep(StepFault eFault);
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_MESSAGES_H

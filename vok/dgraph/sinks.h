@@ -1,0 +1,83 @@
+// Where the writer puts its bytes. Internal.
+//
+// A sink gives room for the fixed part of a record, is told where each field in it ends, and
+// takes the parts that have a length of their own. What lies behind the last cut is dropped
+// by the next call of Space().
+#ifndef VOK_DGRAPH_SINKS_H
+#define VOK_DGRAPH_SINKS_H
+
+#include <algorithm>
+
+#include "vok/file/buf.h"
+
+namespace vok::dgraph {
+
+// Any stream: one write per field, of its exact width.
+class StreamSink {
+  public:
+    explicit StreamSink(File_Stream& oOut) noexcept : m_oOut(oOut) {}
+
+    [[nodiscard]] char* Space(std::size_t uSize) {
+        if (m_oRoom.Size() < uSize) m_oRoom.Resize(uSize);
+        m_pFrom = m_oRoom.Beg();
+        return m_oRoom.Beg();
+    }
+    void Cut(char* pEnd) {
+        m_oOut.Write(m_pFrom, static_cast<std::size_t>(pEnd - m_pFrom));
+        m_pFrom = pEnd;
+    }
+    void Payload(const void* pData, std::size_t uSize) {
+        if (uSize != 0) m_oOut.Write(pData, uSize);
+    }
+    void Finish() noexcept {}
+
+  private:
+    File_Stream& m_oOut;
+    Arr<char> m_oRoom;
+    char* m_pFrom = nullptr;
+};
+
+// A memory buffer: the bytes go straight to their place. What was written stays written when
+// an error ends the sink early.
+class BufferSink {
+  public:
+    // Text mode rewrites bytes on their way: not for this sink. A buffer that cannot be
+    // written reports that itself, through the other one.
+    [[nodiscard]] static bool Fits(File_Buf& oOut) noexcept { return oOut.IsBinaryWritable(); }
+
+    explicit BufferSink(File_Buf& oOut) noexcept : m_oOut(oOut) {}
+    BufferSink(const BufferSink&) = delete;
+    BufferSink& operator=(const BufferSink&) = delete;
+    ~BufferSink() { Finish(); }
+
+    [[nodiscard]] char* Space(std::size_t uSize) {
+        if (static_cast<std::size_t>(m_pEnd - m_p) < uSize) [[unlikely]] Grow(uSize);
+        return m_p;
+    }
+    void Cut(char* pEnd) noexcept { m_p = pEnd; }
+    void Payload(const void* pData, std::size_t uSize) {
+        char* p = Space(uSize);
+        std::memcpy(p, pData, uSize);
+        m_p = p + uSize;
+    }
+    void Finish() noexcept {
+        if (m_p != m_pBegin) m_oOut.Commit(static_cast<std::size_t>(m_p - m_pBegin));
+        m_pBegin = m_p = m_pEnd = nullptr;
+    }
+
+  private:
+    void Grow(std::size_t uSize) {
+        Finish();
+        m_pBegin = m_p = m_oOut.WriteSpace(uSize);
+        m_pEnd = m_p + std::max(uSize, m_oOut.SpaceAtHand());
+    }
+
+    File_Buf& m_oOut;
+    char* m_pBegin = nullptr;  // what lies before is committed
+    char* m_p = nullptr;
+    char* m_pEnd = nullptr;
+};
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_SINKS_H

@@ -1,0 +1,45 @@
+// The version of a tree and of a stream.
+#include <cstdio>
+
+#include "vok/base/number.h"
+#include "vok/base/where.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/format.h"
+
+namespace vok {
+
+namespace dgraph {
+
+bool ParseVersion(const char* sTag, Version& oVersion) noexcept {
+    if (std::strncmp(sTag, MAGIC, MAGIC_SIZE) != 0) return false;
+    const char* p = sTag + MAGIC_SIZE;
+    oVersion.iMajor = ParseLong(p, &p);
+    if (*p++ != '.') return false;
+    oVersion.iMinor = ParseLong(p, &p);
+    if (*p++ != '.') return false;
+    oVersion.iPatch = ParseLong(p, &p);
+    return *p == 0;
+}
+
+}  // namespace dgraph
+
+void Dgraph_SetVersion(Data& data, int iMajor, int iMinor, int iPatch) {
+    return Where("vok::Dgraph_SetVersion", [&] {
+        char sTag[128];
+        std::snprintf(sTag, sizeof(sTag), "%s %d.%d.%d", dgraph::MAGIC, iMajor, iMinor, iPatch);
+        data.SetUserTag(sTag);
+    });
+}
+
+bool Dgraph_CanLoadDGraph(File_Stream& in) {
+    return Where("vok::Dgraph_CanLoadDGraph", [&] {
+        char sHeader[dgraph::HEADER_SIZE];
+        const i3_t iPosition = in.Tell();
+        const std::size_t uRead = in.Read(sHeader, sizeof(sHeader), true);
+        in.Seek(iPosition, File_Stream::FROM_START);
+        return uRead >= dgraph::MAGIC_SIZE &&
+               std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) == 0;
+    });
+}
+
+}  // namespace vok

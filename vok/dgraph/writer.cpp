@@ -1,0 +1,309 @@
+// Writes a tree as a DGraph document of major version 1.
+#include <bit>
+#include <cstdio>
+
+#include "vok/base/date.h"
+#include "vok/base/number.h"
+#include "vok/base/where.h"
+#include "vok/data/escape.h"
+#include "vok/data/store.h"
+#include "vok/dgraph/access.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/format.h"
+#include "vok/dgraph/messages.h"
+#include "vok/dgraph/sinks.h"
+
+namespace vok {
+
+namespace dgraph {
+
+namespace {
+
+// Room for everything of a record that has no length of its own: lengths, brackets, run
+// index, type code, the largest value.
+constexpr std::size_t FIXED_ROOM = 128;
+
+template <class Sink>
+class Writer {
+  public:
+    Writer(const Data& oRoot, const Version& oVersion, Sink& oSink)
+        : b(*Access::BaseOf(oRoot)), m_oRoot(oRoot), m_iMinor(oVersion.iMinor), m_oSink(oSink) {
+        m_oPlain.Resize(b.m_oName.Size());
+    }
+
+    void Run() {
+        WriteNode(0, 0);
+        while (m_oFrame.Size() != 0) {
+            Frame& f = m_oFrame(m_oFrame.Size() - 1);
+            if (f.uPos == f.oGroup.uSize) {
+                m_oFrame.Truncate(m_oFrame.Size() - 1);
+                continue;
+            }
+            const u2_t uPos = f.uPos++;
+            const u2_t uId = f.oGroup.pId[uPos];
+            const Data_Node& oNode = b.m_oNode(uId);
+            if (oNode.uKey != f.uRunKey) {
+                f.uRunKey = oNode.uKey;
+                f.uRunStart = uPos;
+            }
+            // A removed node keeps its place in the run.
+            if (oNode.GetType() == Data_Node::Zombi) continue;
+            WriteNode(uId, uPos - f.uRunStart);
+        }
+    }
+
+  private:
+    // The successors of one open level, and the run of equal names at its position.
+    struct Frame {
+        Data_Base::Group oGroup;
+        u2_t uPos;
+        u2_t uRunKey;
+        u2_t uRunStart;
+    };
+
+    enum Plain : u0_t { Unknown, Yes, No };
+
+    // Whether a name is written as it stands.
+    [[nodiscard]] bool IsPlain(u2_t uKey) {
+        u0_t& uPlain = m_oPlain(uKey);
+        if (uPlain == Unknown) {
+            const Hash_Text& oName = b.m_oName(uKey);
+            const bool bEscaped = uKey == 0 || detail::HasReserved({oName.sText, oName.uLength});
+            uPlain = bEscaped ? No : Yes;
+        }
+        return uPlain == Yes;
+    }
+
+    void WriteNode(u2_t uId, u2_t uIndex) {
+        const Data_Node& oNode = b.m_oNode(uId);
+        // The step text, built behind the four bytes of its length.
+        if (b.HasAttributes(uId) || !IsPlain(oNode.uKey)) {
+            WriteLongStep(uId, uIndex);
+        } else {
+            const Hash_Text& oName = b.m_oName(oNode.uKey);
+            char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
+            char* p = CopyName(pStep, oName);
+            p = StoreIndex(p, uIndex);
+            Store(pStep - 4, static_cast<u2_t>(p - pStep));
+            m_oSink.Cut(pStep);
+            m_oSink.Cut(p);
+        }
+        WriteValue(uId, oNode);
+    }
+
+    // The table of names has 16 bytes to spare behind each of its blocks.
+    static char* CopyName(char* p, const Hash_Text& oName) noexcept {
+        if (oName.uLength <= Hash::SLACK) [[likely]] {
+            std::memcpy(p, oName.sText, Hash::SLACK);
+        } else {
+            std::memcpy(p, oName.sText, oName.uLength);
+        }
+        return p + oName.uLength;
+    }
+
+    static char* StoreIndex(char* p, u2_t uIndex) noexcept {
+        *p++ = '[';
+        if (uIndex < 10) {
+            *p++ = static_cast<char>('0' + uIndex);
+        } else {
+            p += FormatInteger(uIndex, p);
+        }
+        *p++ = ']';
+        return p;
+    }
+
+    // A step whose name has escapes, or with attributes.
+    void WriteLongStep(u2_t uId, u2_t uIndex) {
+        m_oStep.Truncate(0);
+        const char* sName = b.NameOf(uId);
+        detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
+        char sIndex[NUMBER_ROOM + 2];
+        m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
+        b.ListAttributes(uId, m_oAttKeys);
+        for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
+            const char* sValue = b.HeapAt(b.FindAttribute(uId, *p));
+            if (*sValue == 0) continue;
+            m_oStep.Add("[@", 2);
+            detail::AppendEncoded(m_oStep, b.m_oAttName(*p).sText, detail::RESERVED.data());
+            m_oStep.Add("=\"", 2);
+            detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
+            m_oStep.Add("\"]", 2);
+        }
+        WriteBlock(m_oStep.Beg(), m_oStep.Size());
+    }
+
+    void WriteBlock(const char* pData, std::size_t uSize) {
+        m_oSink.Cut(Store(m_oSink.Space(4), Msg::ToInt32(uSize)));
+        m_oSink.Payload(pData, uSize);
+    }
+
+    // A value with its type code; room for both is there already.
+    template <class T>
+    void WriteFixed(Code eCode, T tValue) {
+        char* p = m_oSink.Space(FIXED_ROOM);
+        *p++ = static_cast<char>(eCode);
+        m_oSink.Cut(p);
+        m_oSink.Cut(Store(p, tValue));
+    }
+
+    void WriteCode(Code eCode) {
+        char* p = m_oSink.Space(FIXED_ROOM);
+        *p++ = static_cast<char>(eCode);
+        m_oSink.Cut(p);
+    }
+
+    // The forms of older minor versions: a text where a number stands today.
+    void WriteText(Code eCode, const char* sText, std::size_t uLength) {
+        WriteCode(eCode);
+        WriteBlock(sText, uLength + 1);
+    }
+
+    void WriteValue(u2_t uId, const Data_Node& oNode) {
+        char sBuf[128];
+        switch (oNode.GetType()) {
+            case Data_Node::Empty: return WriteFixed(CODE_NONE, i2_t{0});
+            case Data_Node::Tree: return WriteTree(uId);
+            case Data_Node::Boolean:
+                return WriteFixed(CODE_BOOLEAN, static_cast<u0_t>(oNode.uWord2 != 0));
+            case Data_Node::Integer: return WriteFixed(CODE_INTEGER, oNode.uWord2);
+            case Data_Node::Char: return WriteFixed(CODE_CHAR, static_cast<u0_t>(oNode.uWord2));
+            case Data_Node::Float: {
+                const auto fValue = static_cast<float>(std::bit_cast<double>(oNode.Value64()));
+                return WriteFixed(CODE_FLOAT, std::bit_cast<u2_t>(fValue));
+            }
+            case Data_Node::Double: return WriteFixed(CODE_DOUBLE, oNode.Value64());
+            case Data_Node::Date: {
+                const double dSeconds = std::bit_cast<double>(oNode.Value64());
+                if (m_iMinor < 2) {
+                    return WriteText(CODE_STRING, sBuf, FormatDate(dSeconds, ' ', sBuf));
+                }
+                return WriteFixed(CODE_DATE, std::bit_cast<u3_t>(DaysOfSeconds(dSeconds)));
+            }
+            case Data_Node::String: {
+                char* p = m_oSink.Space(FIXED_ROOM);
+                *p++ = static_cast<char>(CODE_STRING);
+                m_oSink.Cut(p);
+                m_oSink.Cut(Store(p, oNode.uWord3));
+                return m_oSink.Payload(b.HeapAt(oNode.uWord2), oNode.uWord3);
+            }
+            case Data_Node::Binary:
+                WriteCode(CODE_BINARY);
+                return WriteBlock(b.HeapAt(oNode.uWord2), oNode.uWord3);
+            case Data_Node::Long:
+                if (m_iMinor < 3) {
+                    return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
+                }
+                return WriteFixed(CODE_LONG, oNode.Value64());
+            case Data_Node::Quad: return WriteQuad(oNode);
+            case Data_Node::Link: return WriteLink(oNode);
+            case Data_Node::Zombi: return;
+            // A type without a form: not even a number of successors.
+            default: return WriteCode(CODE_NONE);
+        }
+    }
+
+    void WriteTree(u2_t uId) {
+        const Data_Base::Group oGroup = b.SuccOf(uId);
+        u2_t uLive = oGroup.uSize;
+        if (b.m_uDead != 0) {
+            for (u2_t u = 0; u < oGroup.uSize; ++u) {
+                uLive -= b.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
+            }
+        }
+        WriteFixed(CODE_NONE, uLive);
+        // No key is this large: the first successor begins a run.
+        if (uLive != 0) m_oFrame.Add(Frame{oGroup, 0, Hash::NONE, 0});
+    }
+
+    void WriteQuad(const Data_Node& oNode) {
+        u2_t au[4] = {oNode.uWord3, 0, 0, 0};
+        std::memcpy(au + 1, b.HeapAt(oNode.uWord2), 12);
+        if (m_iMinor < 3) {
+            char sBuf[128];
+            const int iLength =
+                std::snprintf(sBuf, sizeof(sBuf), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
+            return WriteText(CODE_QUAD, sBuf, static_cast<std::size_t>(iLength));
+        }
+        char* p = m_oSink.Space(FIXED_ROOM);
+        *p++ = static_cast<char>(CODE_QUAD);
+        m_oSink.Cut(p);
+        for (const u2_t u : au) m_oSink.Cut(p = Store(p, u));
+    }
+
+    // Only a node that the document itself reaches can be linked to: below the root, every
+    // ancestor a tree node.
+    [[nodiscard]] bool IsInDocument(u2_t uId) const noexcept {
+        if (uId == 0 || uId >= b.m_oNode.Size()) return false;
+        if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
+        do {
+            uId = b.m_oNode(uId).Pred();
+            if (uId >= b.m_oNode.Size() || b.m_oNode(uId).GetType() != Data_Node::Tree) {
+                return false;
+            }
+        } while (uId != 0);
+        return true;
+    }
+
+    void WriteLink(const Data_Node& oNode) {
+        if (!IsInDocument(oNode.uWord2)) return WriteFixed(CODE_NONE, i2_t{0});
+        const Data oTarget = m_oRoot.GetNodeFromID(oNode.uWord2);
+        const Str oPath = oTarget.GetPath();
+        if (oPath.CStr()[0] != '/') Msg::AssertionFailed("sTmp[0] == '/'");
+        const char* sName = oTarget.GetName();
+        // An empty name is refused by readers; its escape means the same.
+        if (sName == nullptr) sName = "\b0;";
+        WriteCode(CODE_LINK);
+        WriteBlock(sName, std::strlen(sName));
+        WriteBlock(oPath.CStr() + 1, oPath.Len() - 1);
+    }
+
+    Data_Base& b;
+    const Data& m_oRoot;
+    const i2_t m_iMinor;
+    Sink& m_oSink;
+    Arr<Frame> m_oFrame;
+    Arr<u0_t> m_oPlain;  // by key
+    Arr<char> m_oStep;
+    Arr<u2_t> m_oAttKeys;
+};
+
+template <class Sink>
+void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
+    char* p = oSink.Space(HEADER_SIZE);
+    std::memset(p, 0, HEADER_SIZE);
+    std::memcpy(p, MAGIC, MAGIC_SIZE);
+    p[9] = static_cast<char>(oVersion.iMajor);
+    p[10] = static_cast<char>(oVersion.iMinor);
+    p[11] = static_cast<char>(oVersion.iPatch);
+    oSink.Cut(p + HEADER_SIZE);
+    oRoot.SetAccessMode();
+    Writer<Sink>(oRoot, oVersion, oSink).Run();
+    oSink.Finish();
+}
+
+}  // namespace
+
+}  // namespace dgraph
+
+void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
+    return Where("vok::Dgraph_SaveDGraph", [&] {
+        dgraph::Version oVersion;
+        if (!data.IsNode() || !dgraph::ParseVersion(data.GetUserTag().CStr(), oVersion)) {
+            dgraph::RaiseNoDGraph();
+        }
+        if (oVersion.iMajor != 1 && oVersion.iMajor != 2) dgraph::RaiseWrongVersion();
+        if (oVersion.iMajor == 2) Msg::FeatureNotYetImplemented("DGraph major version 2");
+        const Data oRoot = data.GetRoot();
+        File_Buf* pBuffer = dynamic_cast<File_Buf*>(&out);
+        if (pBuffer != nullptr && dgraph::BufferSink::Fits(*pBuffer)) {
+            dgraph::BufferSink oSink(*pBuffer);
+            dgraph::WriteDocument(oRoot, oVersion, oSink);
+        } else {
+            dgraph::StreamSink oSink(out);
+            dgraph::WriteDocument(oRoot, oVersion, oSink);
+        }
+        out.Flush();
+    });
+}
+
+}  // namespace vok

@@ -1,0 +1,226 @@
+#include "vok/sys/sys.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace vok::sys {
+
+// ---- process and threads --------------------------------------------------
+
+u2_t ProcessId() noexcept {
+    return static_cast<u2_t>(::getpid());
+}
+
+u2_t ThreadId() noexcept {
+    return static_cast<u2_t>(::syscall(SYS_gettid));
+}
+
+void SleepMs(unsigned uMilliseconds) noexcept {
+    timespec oTime{};
+    oTime.tv_sec = static_cast<time_t>(uMilliseconds / 1000);
+    oTime.tv_nsec = static_cast<long>(uMilliseconds % 1000) * 1000000L;
+    while (::nanosleep(&oTime, &oTime) != 0 && errno == EINTR) {
+    }
+}
+
+// ---- errors ---------------------------------------------------------------
+
+u2_t LastError() noexcept {
+    return static_cast<u2_t>(errno);
+}
+
+void SetLastError(u2_t uCode) noexcept {
+    errno = static_cast<int>(uCode);
+}
+
+std::size_t SystemErrorText(u2_t uCode, char* sBuf, std::size_t uSize) noexcept {
+    if (uSize == 0) return 0;
+    char sTmp[256];
+    // The GNU form: it may or may not use the buffer it is given.
+    const char* sText = ::strerror_r(static_cast<int>(uCode), sTmp, sizeof(sTmp));
+    const std::size_t uLength = ::strnlen(sText, uSize - 1);
+    std::memcpy(sBuf, sText, uLength);
+    sBuf[uLength] = 0;
+    return uLength;
+}
+
+u2_t RuntimeErrno(u2_t uCode) noexcept {
+    constexpr u2_t uLastShared = 34;   // up to ERANGE both number alike
+    constexpr u2_t uLastRuntime = 80;  // the highest number the other side has a text for
+    constexpr u2_t uOffset = 0x10000;
+    switch (uCode) {
+        case EDEADLK: return 36;
+        case ENAMETOOLONG: return 38;
+        case ENOLCK: return 39;
+        case ENOSYS: return 40;
+        case ENOTEMPTY: return 41;
+        case EILSEQ: return 42;
+        default: break;
+    }
+    return uCode > uLastShared && uCode <= uLastRuntime ? uCode + uOffset : uCode;
+}
+
+// ---- time -----------------------------------------------------------------
+
+i3_t UnixTime() noexcept {
+    return static_cast<i3_t>(::time(nullptr));
+}
+
+Calendar LocalTime(i3_t iTime) noexcept {
+    const auto oTime = static_cast<time_t>(iTime);
+    tm oTm{};
+    ::localtime_r(&oTime, &oTm);
+    return {oTm.tm_year + 1900, oTm.tm_mon + 1, oTm.tm_mday, oTm.tm_hour, oTm.tm_min, oTm.tm_sec};
+}
+
+// ---- console and debugger -------------------------------------------------
+
+void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
+    // What the program itself printed through stdio comes first.
+    std::fflush(bError ? stderr : stdout);
+    const int iDescriptor = bError ? STDERR_FILENO : STDOUT_FILENO;
+    while (uSize > 0) {
+        const ssize_t iDone = ::write(iDescriptor, pBytes, uSize);
+        if (iDone < 0 && errno == EINTR) continue;
+        if (iDone <= 0) return;
+        pBytes += iDone;
+        uSize -= static_cast<std::size_t>(iDone);
+    }
+}
+
+void DebugOutput(const char* sText) noexcept {
+    WriteConsole(true, sText, std::strlen(sText));
+}
+
+bool HasDebugger() noexcept {
+    return false;
+}
+
+// ---- files ----------------------------------------------------------------
+
+namespace {
+
+int OpenFlags(const char* sMode) noexcept {
+    const bool bBoth = std::strchr(sMode, '+') != nullptr;
+    switch (sMode[0]) {
+        case 'a': return (bBoth ? O_RDWR : O_WRONLY) | O_CREAT | O_APPEND;
+        case 'w': return (bBoth ? O_RDWR : O_WRONLY) | O_CREAT;
+        default: return bBoth ? O_RDWR : O_RDONLY;
+    }
+}
+
+// The sharing modes of Windows as advisory locks that never block. Where the file
+// system has no locks the open goes through without one.
+bool Lock(int iDescriptor, Sharing eSharing) noexcept {
+    if (eSharing == Sharing::All) return true;
+    const int iKind = eSharing == Sharing::DenyWrite ? LOCK_SH : LOCK_EX;
+    if (::flock(iDescriptor, iKind | LOCK_NB) == 0 || errno != EWOULDBLOCK) return true;
+    errno = EACCES;
+    return false;
+}
+
+}  // namespace
+
+int OpenDescriptor(const char* sPath, const char* sMode, Sharing eSharing) noexcept {
+    const int iDescriptor = ::open(sPath, OpenFlags(sMode) | O_CLOEXEC, 0666);
+    if (iDescriptor < 0) return -1;
+    struct stat oStat {};
+    bool bGood = ::fstat(iDescriptor, &oStat) == 0;
+    if (bGood && S_ISDIR(oStat.st_mode)) {
+        errno = EISDIR;
+        bGood = false;
+    }
+    // A file is emptied only once nobody else is found to hold it.
+    bGood = bGood && Lock(iDescriptor, eSharing);
+    if (bGood && sMode[0] == 'w' && S_ISREG(oStat.st_mode)) bGood = ::ftruncate(iDescriptor, 0) == 0;
+    if (bGood) return iDescriptor;
+    const int iError = errno;
+    ::close(iDescriptor);
+    errno = iError;
+    return -1;
+}
+
+void CloseDescriptor(int iDescriptor) noexcept {
+    ::close(iDescriptor);
+}
+
+std::FILE* OpenFile(const char* sPath, const char* sMode, Sharing eSharing) noexcept {
+    const int iDescriptor = OpenDescriptor(sPath, sMode, eSharing);
+    if (iDescriptor < 0) return nullptr;
+    const char sPlain[] = {sMode[0], std::strchr(sMode, '+') != nullptr ? '+' : '\0', '\0'};
+    std::FILE* pFile = ::fdopen(iDescriptor, sPlain);
+    if (pFile == nullptr) {
+        const int iError = errno;
+        ::close(iDescriptor);
+        errno = iError;
+    }
+    return pFile;
+}
+
+bool Seek(std::FILE* pFile, i3_t iOffset, int iWhence) noexcept {
+    return ::fseeko(pFile, static_cast<off_t>(iOffset), iWhence) == 0;
+}
+
+i3_t Tell(std::FILE* pFile) noexcept {
+    return static_cast<i3_t>(::ftello(pFile));
+}
+
+i3_t SizeOf(std::FILE* pFile) noexcept {
+    const i3_t iPosition = Tell(pFile);
+    if (iPosition < 0 || !Seek(pFile, 0, SEEK_END)) return -1;
+    const i3_t iSize = Tell(pFile);
+    return Seek(pFile, iPosition, SEEK_SET) ? iSize : -1;
+}
+
+i3_t SizeOf(const char* sPath) noexcept {
+    struct stat oStat {};
+    if (::stat(sPath, &oStat) != 0) return -1;
+    return static_cast<i3_t>(oStat.st_size);
+}
+
+bool MakeDirectories(const char* sPath) noexcept {
+    try {
+        std::string sDir(sPath);
+        for (std::size_t u = 1; u <= sDir.size(); ++u) {
+            if (u < sDir.size() && sDir[u] != '/') continue;
+            const char cOld = u < sDir.size() ? sDir[u] : '\0';
+            if (u < sDir.size()) sDir[u] = '\0';
+            if (::mkdir(sDir.c_str(), 0777) != 0 && errno != EEXIST) return false;
+            if (u < sDir.size()) sDir[u] = cOld;
+        }
+    } catch (const std::exception&) {
+        errno = ENOMEM;
+        return false;
+    }
+    return true;
+}
+
+// ---- memory ---------------------------------------------------------------
+
+void* AllocPages(std::size_t uSize) noexcept {
+    void* pPages = ::mmap(nullptr, uSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pPages == MAP_FAILED) return nullptr;
+    // Large arrays are written front to back: one fault per 2 MiB instead of 512.
+    ::madvise(pPages, uSize, MADV_HUGEPAGE);
+    return pPages;
+}
+
+void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept {
+    void* pMoved = ::mremap(pPages, uOldSize, uNewSize, MREMAP_MAYMOVE);
+    return pMoved == MAP_FAILED ? nullptr : pMoved;
+}
+
+void FreePages(void* pPages, std::size_t uSize) noexcept {
+    ::munmap(pPages, uSize);
+}
+
+}  // namespace vok::sys

@@ -1,0 +1,137 @@
+// The one door to the operating system. Everything else in the library is
+// written against this header; posix.cpp and win32.cpp stand behind it, and no
+// other file includes a system header.
+//
+// Texts and paths are UTF-8. Functions that can fail return false (or null) and
+// leave the reason in LastError(); none of them throws.
+#ifndef VOK_SYS_SYS_H
+#define VOK_SYS_SYS_H
+
+#include <atomic>
+#include <cstdio>
+
+#include "vok/base/types.h"
+
+#if defined(__GLIBC__)
+// Declared by <sys/single_threaded.h>; repeated here so that no system header leaks out.
+extern "C" char __libc_single_threaded;
+#endif
+
+namespace vok::sys {
+
+// ---- process and threads --------------------------------------------------
+
+[[nodiscard]] u2_t ProcessId() noexcept;
+[[nodiscard]] u2_t ThreadId() noexcept;
+void SleepMs(unsigned uMilliseconds) noexcept;
+
+// True while the process has never had a second thread. A false answer is always
+// safe; a true one lets counters skip the locked bus cycle.
+[[nodiscard]] inline bool IsSingleThreaded() noexcept {
+#if defined(__GLIBC__)
+    return __libc_single_threaded != 0;
+#else
+    return false;
+#endif
+}
+
+// ---- errors ---------------------------------------------------------------
+
+// errno on Linux, GetLastError() on Windows.
+[[nodiscard]] u2_t LastError() noexcept;
+void SetLastError(u2_t uCode) noexcept;
+
+// Writes the system's own text for uCode, NUL-terminated, and returns its length
+// without the NUL; 0 when the system has none.
+std::size_t SystemErrorText(u2_t uCode, char* sBuf, std::size_t uSize) noexcept;
+
+// uCode, a value of LastError(), as the number that the error has in the C runtime of
+// Windows, by which message texts go. Codes that runtime lacks keep clear of its numbers.
+[[nodiscard]] u2_t RuntimeErrno(u2_t uCode) noexcept;
+
+// ---- time -----------------------------------------------------------------
+
+struct Calendar {
+    int iYear;    // full, 2026
+    int iMonth;   // 1 to 12
+    int iDay;     // 1 to 31
+    int iHour;    // 0 to 23
+    int iMinute;  // 0 to 59
+    int iSecond;  // 0 to 60
+};
+
+// Whole seconds since 1970-01-01 00:00:00 UTC.
+[[nodiscard]] i3_t UnixTime() noexcept;
+// uTime in the time zone of the process.
+[[nodiscard]] Calendar LocalTime(i3_t iTime) noexcept;
+
+// ---- console and debugger -------------------------------------------------
+
+// Writes to standard output (bError false) or standard error without buffering.
+void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept;
+// Hands a text to an attached debugger; standard error where there is no such thing.
+void DebugOutput(const char* sText) noexcept;
+// Whether DebugOutput() reaches a debugger's own channel rather than standard error.
+[[nodiscard]] bool HasDebugger() noexcept;
+
+// ---- files ----------------------------------------------------------------
+
+enum class Sharing {
+    All,          // others may do what they like
+    DenyWrite,    // others may read
+    DenyReadWrite // nobody else
+};
+
+// What stands between the names of a path, and whether a file opened as text ("t") stores
+// other bytes than were written to it.
+#if defined(_WIN32)
+inline constexpr char PATH_SEPARATORS[] = "/\\";
+inline constexpr bool HAS_TEXT_FILES = true;
+#else
+inline constexpr char PATH_SEPARATORS[] = "/";
+inline constexpr bool HAS_TEXT_FILES = false;
+#endif
+
+// Opens sPath with a C mode string ("rb", "w+b", "at"; a "t" is dropped where the
+// system has no text mode). Null on failure; a file that another open excludes
+// fails with EACCES.
+[[nodiscard]] std::FILE* OpenFile(const char* sPath, const char* sMode, Sharing eSharing) noexcept;
+// The same for a raw descriptor, which the caller closes through its owner (gzdopen).
+[[nodiscard]] int OpenDescriptor(const char* sPath, const char* sMode, Sharing eSharing) noexcept;
+void CloseDescriptor(int iDescriptor) noexcept;
+
+[[nodiscard]] bool Seek(std::FILE* pFile, i3_t iOffset, int iWhence) noexcept;
+// -1 on failure.
+[[nodiscard]] i3_t Tell(std::FILE* pFile) noexcept;
+// The size of an open file, flushed or not; -1 on failure.
+[[nodiscard]] i3_t SizeOf(std::FILE* pFile) noexcept;
+// The size of a named file; -1 when there is none.
+[[nodiscard]] i3_t SizeOf(const char* sPath) noexcept;
+// Creates sPath and every missing directory above it; true when it exists afterwards.
+bool MakeDirectories(const char* sPath) noexcept;
+
+// ---- memory ---------------------------------------------------------------
+
+// Blocks so large that growing them must not copy. Sizes are rounded up to whole
+// pages by the system; fresh pages read as zero. Null when there is no memory.
+[[nodiscard]] void* AllocPages(std::size_t uSize) noexcept;
+[[nodiscard]] void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept;
+void FreePages(void* pPages, std::size_t uSize) noexcept;
+
+// ---- reference counts -----------------------------------------------------
+
+// Adds to a counter that several threads may hold. While the process has one thread a
+// plain load and store do, which saves the locked cycle of a read-modify-write.
+template <class T>
+inline T FetchAdd(std::atomic<T>& oCounter, T tDelta) noexcept {
+    if (IsSingleThreaded()) {
+        const T tOld = oCounter.load(std::memory_order_relaxed);
+        oCounter.store(static_cast<T>(tOld + tDelta), std::memory_order_relaxed);
+        return tOld;
+    }
+    return oCounter.fetch_add(tDelta, std::memory_order_acq_rel);
+}
+
+}  // namespace vok::sys
+
+#endif  // VOK_SYS_SYS_H
