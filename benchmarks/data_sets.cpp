@@ -1,5 +1,6 @@
 #include "benchmarks/data_sets.h"
 
+#include <map>
 #include <random>
 
 namespace bench {
@@ -18,25 +19,41 @@ class Maker {
         return static_cast<std::uint32_t>(m_oSet.names.size() - 1);
     }
     void Map(std::uint32_t uName, std::uint32_t uChildren) {
-        m_oSet.items.push_back({Kind::Map, uName, uChildren, 0, 0, {}});
+        Add(Kind::Map, uName).uChildren = uChildren;
     }
     void List(std::uint32_t uName, std::uint32_t uChildren) {
-        m_oSet.items.push_back({Kind::List, uName, uChildren, 0, 0, {}});
+        Add(Kind::List, uName).uChildren = uChildren;
     }
     void Integer(std::uint32_t uName, std::int32_t iValue) {
-        m_oSet.items.push_back({Kind::Integer, uName, 0, iValue, 0, {}});
+        Add(Kind::Integer, uName).iValue = iValue;
     }
-    void Double(std::uint32_t uName, double dValue) {
-        m_oSet.items.push_back({Kind::Double, uName, 0, 0, dValue, {}});
-    }
-    void Boolean(std::uint32_t uName, bool bValue) {
-        m_oSet.items.push_back({Kind::Boolean, uName, 0, bValue, 0, {}});
-    }
-    void Text(std::uint32_t uName, std::string sText) {
-        m_oSet.items.push_back({Kind::Text, uName, 0, 0, 0, std::move(sText)});
+    void Double(std::uint32_t uName, double dValue) { Add(Kind::Double, uName).dValue = dValue; }
+    void Boolean(std::uint32_t uName, bool bValue) { Add(Kind::Boolean, uName).iValue = bValue; }
+    void Text(std::uint32_t uName, const std::string& sText) {
+        Item& oItem = Add(Kind::Text, uName);
+        oItem.pText = Shared(sText);
+        oItem.uText = static_cast<std::uint32_t>(sText.size());
     }
 
   private:
+    Item& Add(Kind eKind, std::uint32_t uName) {
+        Item oItem{};
+        oItem.eKind = eKind;
+        oItem.uName = uName;
+        m_oSet.items.push_back(oItem);
+        return m_oSet.items.back();
+    }
+    // Equal texts stand once: building is to be timed, not the reading of its input.
+    const char* Shared(const std::string& sText) {
+        const auto [oFound, bNew] = m_oTexts.try_emplace(sText, nullptr);
+        if (bNew) {
+            m_oSet.texts.push_back(sText);
+            oFound->second = m_oSet.texts.back().c_str();
+        }
+        return oFound->second;
+    }
+
+    std::map<std::string, const char*> m_oTexts;
     Set& m_oSet;
 };
 

@@ -3,6 +3,7 @@
 #define BENCHMARKS_DATA_SETS_H
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -16,15 +17,19 @@ struct Item {
     Kind eKind;
     std::uint32_t uName;      // in Set::names
     std::uint32_t uChildren;  // Map, List
-    std::int32_t iValue;      // Integer, Boolean
-    double dValue;            // Double
-    std::string sText;        // Text
+    union {
+        std::int32_t iValue;  // Integer, Boolean
+        double dValue;        // Double
+        const char* pText;    // Text, in Set::texts, NUL-terminated
+    };
+    std::uint32_t uText = 0;  // its length
 };
 
 struct Set {
     const char* sName;
     std::vector<std::string> names;
     std::vector<Item> items;
+    std::deque<std::string> texts;
 
     // A way to look fields up by name: for every node at depth 1 (every map below the root,
     // or the root itself when it has none) this field is asked for.

@@ -58,14 +58,15 @@ class Msgpack {
             case Kind::Integer: oInto = object(oItem.iValue); break;
             case Kind::Double: oInto = object(oItem.dValue); break;
             case Kind::Boolean: oInto = object(oItem.iValue != 0); break;
-            case Kind::Text: oInto = Text(oItem.sText); break;
+            case Kind::Text: oInto = OwnText(oItem.pText, oItem.uText); break;
             case Kind::Map: {
                 oInto.type = msgpack::type::MAP;
                 oInto.via.map.size = oItem.uChildren;
                 oInto.via.map.ptr = Allocate<msgpack::object_kv>(oItem.uChildren);
                 for (std::uint32_t u = 0; u < oItem.uChildren; ++u) {
                     msgpack::object_kv& oPair = oInto.via.map.ptr[u];
-                    oPair.key = Text(m_oSet.names[m_oSet.items[uNext].uName]);
+                    const std::string& sName = m_oSet.names[m_oSet.items[uNext].uName];
+                    oPair.key = Text(sName.data(), sName.size());
                     Build(oPair.val, uNext);
                 }
                 break;
@@ -81,11 +82,18 @@ class Msgpack {
         }
     }
 
-    static object Text(const std::string& sText) {
+    // A text that belongs to the tree, as the other contenders keep theirs.
+    object OwnText(const char* pText, std::size_t uSize) {
+        char* pCopy = static_cast<char*>(m_oZone.allocate_no_align(uSize));
+        std::memcpy(pCopy, pText, uSize);
+        return Text(pCopy, uSize);
+    }
+
+    static object Text(const char* pText, std::size_t uSize) {
         object o;
         o.type = msgpack::type::STR;
-        o.via.str.ptr = sText.data();
-        o.via.str.size = static_cast<std::uint32_t>(sText.size());
+        o.via.str.ptr = pText;
+        o.via.str.size = static_cast<std::uint32_t>(uSize);
         return o;
     }
 

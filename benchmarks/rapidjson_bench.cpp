@@ -58,7 +58,7 @@ class Rapidjson {
             case Kind::Double: oInto.SetDouble(oItem.dValue); break;
             case Kind::Boolean: oInto.SetBool(oItem.iValue != 0); break;
             case Kind::Text:
-                oInto.SetString(rapidjson::StringRef(oItem.sText.data(), Length(oItem.sText)));
+                oInto.SetString(oItem.pText, oItem.uText, oPool);
                 break;
             case Kind::Map:
                 oInto.SetObject();

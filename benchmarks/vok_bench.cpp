@@ -14,17 +14,6 @@ using vok::Data;
 using vok::Data_Key;
 using vok::Data_Node;
 
-void SetValue(Data& oNode, const Item& oItem) {
-    switch (oItem.eKind) {
-        case Kind::Integer: return oNode.SetValInt(oItem.iValue);
-        case Kind::Double: return oNode.SetValDbl(oItem.dValue);
-        case Kind::Boolean: return oNode.SetValBool(oItem.iValue != 0);
-        case Kind::Text: return oNode.SetValStr(std::string_view(oItem.sText));
-        case Kind::Map:
-        case Kind::List: return;
-    }
-}
-
 // Builds by names, or by keys that were made once per tree.
 template <bool BY_KEY>
 class Vok {
@@ -34,32 +23,13 @@ class Vok {
     explicit Vok(const Set& oSet) : m_oSet(oSet) {
         m_oBuilt.SetToRoot();
         vok::Dgraph_SetVersion(m_oBuilt, 1, 3, 0);
-        std::vector<Data_Key> aoKeys;
+        std::vector<Data_Key> aoKeys(BY_KEY ? 0 : oSet.names.size());
         if constexpr (BY_KEY) {
             for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s.c_str()));
         }
         m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());
-        std::vector<std::uint32_t> auOpen{oSet.items[0].uChildren};
-        Data oNode = m_oBuilt;
-        for (std::size_t u = 1; u < oSet.items.size(); ++u) {
-            const Item& oItem = oSet.items[u];
-            while (auOpen.back() == 0) {
-                auOpen.pop_back();
-                oNode.SetToPred();
-            }
-            --auOpen.back();
-            if constexpr (BY_KEY) {
-                oNode.SetToNewSucc(aoKeys[oItem.uName]);
-            } else {
-                oNode.SetToNewSucc(oSet.names[oItem.uName].c_str());
-            }
-            if (oItem.eKind == Kind::Map || oItem.eKind == Kind::List) {
-                auOpen.push_back(oItem.uChildren);
-            } else {
-                SetValue(oNode, oItem);
-                oNode.SetToPred();
-            }
-        }
+        std::size_t uNext = 1;
+        Build(m_oBuilt, oSet.items[0].uChildren, uNext, aoKeys);
     }
 
     void Write() {
@@ -119,6 +89,26 @@ class Vok {
     }
 
   private:
+    void Build(Data& oNode, std::uint32_t uChildren, std::size_t& uNext,
+               const std::vector<Data_Key>& aoKeys) {
+        for (std::uint32_t u = 0; u < uChildren; ++u) {
+            const Item& oItem = m_oSet.items[uNext++];
+            const vok::Data_Name oName = BY_KEY ? vok::Data_Name(aoKeys[oItem.uName])
+                                                : vok::Data_Name(m_oSet.names[oItem.uName]);
+            switch (oItem.eKind) {
+                case Kind::Integer: oNode.AddInt(oName, oItem.iValue); break;
+                case Kind::Double: oNode.AddDbl(oName, oItem.dValue); break;
+                case Kind::Boolean: oNode.AddBool(oName, oItem.iValue != 0); break;
+                case Kind::Text: oNode.AddStr(oName, {oItem.pText, oItem.uText}); break;
+                case Kind::Map:
+                case Kind::List:
+                    oNode.SetToNewSucc(oName);
+                    Build(oNode, oItem.uChildren, uNext, aoKeys);
+                    oNode.SetToPred();
+            }
+        }
+    }
+
     const Set& m_oSet;
     Data m_oBuilt;
     vok::File_Buf m_oBuffer;

@@ -32,9 +32,19 @@ bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
     return true;
 }
 
-Data NewSuccessor(Data& oNode, StringRef oName) {
-    return oNode.CreateNewSucc(Utilities::NativeText(oName).CStr());
-}
+// A name for the native side: UTF-8 as it is, UTF-16 converted.
+class NativeName {
+  public:
+    explicit NativeName(StringRef oName)
+        : m_oText(oName.Utf8().data() != nullptr ? StringRef(nullptr) : oName),
+          m_oName(oName.Utf8().data() != nullptr ? vok::Data_Name(oName.Utf8())
+                                                 : vok::Data_Name(m_oText.CStr())) {}
+    operator vok::Data_Name() const noexcept { return m_oName; }
+
+  private:
+    Utilities::NativeText m_oText;
+    vok::Data_Name m_oName;
+};
 
 constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
 
@@ -65,50 +75,49 @@ Data& Node::Cursor() {
 
 void Node::AddValue(StringRef name, StringRef value) {
     Guarded("Failed to add Node String value", [&] {
-        Data oSucc = NewSuccessor(Cursor(), name);
-        // UTF-8 goes in as it is, without a copy in between.
         if (value.Utf8().data() != nullptr) {
-            oSucc.SetValStr(value.Utf8());
+            Cursor().AddStr(NativeName(name), value.Utf8());
         } else {
-            oSucc.SetValStr(Utilities::NativeText(value).CStr());
+            Cursor().AddStr(NativeName(name), Utilities::NativeText(value).CStr());
         }
     });
 }
 
 void Node::AddValue(StringRef name, Int32 value) {
-    Guarded("Failed to add Node int value",
-            [&] { NewSuccessor(Cursor(), name).SetValInt(value, Data_Node::Integer); });
+    Guarded("Failed to add Node int value", [&] { Cursor().AddInt(NativeName(name), value); });
 }
 
 void Node::AddValue(StringRef name, double value) {
-    Guarded("Failed to add Node double value",
-            [&] { NewSuccessor(Cursor(), name).SetValDbl(value, Data_Node::Double); });
+    Guarded("Failed to add Node double value", [&] { Cursor().AddDbl(NativeName(name), value); });
 }
 
 void Node::AddValue(StringRef name, bool value) {
-    Guarded("Failed to add Node bool value",
-            [&] { NewSuccessor(Cursor(), name).SetValInt(value ? 1 : 0, Data_Node::Boolean); });
+    Guarded("Failed to add Node bool value", [&] { Cursor().AddBool(NativeName(name), value); });
 }
 
 void Node::AddValue(StringRef name, std::span<const Byte> value) {
     Guarded("Failed to add Node byte array", [&] {
-        Data oSucc = NewSuccessor(Cursor(), name);
-        oSucc.SetValBin(value.data(), static_cast<vok::u2_t>(vok::Msg::ToInt32(value.size())));
+        const NativeName oName(name);
+        if (!vok::Msg::IsInt32(value.size())) {
+            // The successor is there, the value is not.
+            (void)Cursor().CreateNewSucc(oName);
+            (void)vok::Msg::ToInt32(value.size());
+        }
+        Cursor().AddBin(oName, value.data(), static_cast<vok::u2_t>(value.size()));
     });
 }
 
 void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {
     Guarded("Failed to add Node quad tuple", [&] {
-        Data oQuad = NewSuccessor(Cursor(), name);
+        Data oQuad = Cursor().CreateNewSucc(NativeName(name));
         const Int32 ai[] = {v1, v2, v3, v4};
-        for (int i = 0; i < 4; ++i) {
-            oQuad.CreateNewSucc(QUAD_NAMES[i]).SetValInt(ai[i], Data_Node::Integer);
-        }
+        for (int i = 0; i < 4; ++i) oQuad.AddInt(QUAD_NAMES[i], ai[i]);
     });
 }
 
 Node Node::AddSubnode(StringRef name) {
-    return Guarded("Failed to add subnode", [&] { return Node(NewSuccessor(Cursor(), name)); });
+    return Guarded("Failed to add subnode",
+                   [&] { return Node(Cursor().CreateNewSucc(NativeName(name))); });
 }
 
 // ---- reading ----------------------------------------------------------------

@@ -52,68 +52,56 @@ TEST(Magic, GoldenBytes) {
     EXPECT_EQ(oBuf.Size(), 0u);
 }
 
+// A header with the bytes from uNth on replaced, and the versions that are asked for.
 struct Checked {
-    const char* sBytes;
+    const char* sHeader;
+    std::size_t uNth;
+    const char* sChange;
     u2_t uMinLibrary;
     u2_t uMin;
     u2_t uMax;
     const char* sError;  // null: accepted
 };
 
+constexpr char WRONG_MIN[] =
+    "binary data of object \"Data\" have wrong version 2-3, expected 2-9\n";
+constexpr char WRONG_MAX[] =
+    "binary data of object \"Data\" have wrong version 2-3, expected 2-2\n";
+constexpr char WRONG_3[] = "binary data of object \"Data\" have wrong version 3-3, expected 2-9\n";
+constexpr char WRONG_0[] = "binary data of object \"Data\" have wrong version 0-3, expected 2-9\n";
+
+constexpr Checked CHECKS[] = {
+    {LONG_DATA, 0, "", 0, 0, File::NO_VERSION, nullptr},
+    {LONG_DATA, 0, "", 2, 3, 3, nullptr},
+    {LONG_DATA, 0, "", 2, 4, 9, WRONG_MIN},
+    {LONG_DATA, 0, "", 2, 0, 2, WRONG_MAX},
+    {LONG_DATA, 8, "03", 0, 0, 9, WRONG_3},
+    {LONG_DATA, 8, "00", 0, 0, 9, nullptr},
+    {LONG_DATA, 8, "00", 1, 0, 9, WRONG_0},
+    {LONG_DATA, 0, "0C", 0, 0, 9, NO_DUMP},           // another magic
+    {LONG_DATA, 4, "12 34 56 78", 0, 0, 9, NO_DUMP},  // high byte first
+    {LONG_DATA, 16, "0B", 0, 0, 9, NO_DUMP},
+    {LONG_DATA, 19, "FF", 0, 0, 9, NO_DUMP},
+    {LONG_DATA, 20, "56", 0, 0, 9, NO_DUMP},  // another prefix
+    {LONG_DATA, 27, "00", 0, 0, 9, NO_DUMP},  // "Da"
+    {LONG_DATA, 28, "62", 0, 0, 9, NO_DUMP},  // "Datb"
+    {LONG_DATA, 29, "61", 0, 0, 9, NO_DUMP},  // no NUL
+    {SHORT_DATA, 0, "", 0, 0, 0, nullptr},
+    {SHORT_DATA, 0, "", 1, 0, 9, NO_DUMP},
+    {SHORT_DATA, 0, "", 0, 1, 9, NO_DUMP},
+    {SHORT_DATA, 9, "44", 0, 0, 9, NO_DUMP},
+    {SHORT_DATA, 13, "00", 0, 0, 9, NO_DUMP},
+    {SHORT_DATA, 14, "62", 0, 0, 9, NO_DUMP},
+    {SHORT_DATA, 31, "01", 0, 0, 9, NO_DUMP},
+};
+
 TEST(Magic, Check) {
     const Msg_Capture oCapture;
-    const std::string sLong = LONG_DATA;
-    // LONG_DATA with one byte changed.
-    const auto oWith = [&](std::size_t uNth, const char* sByte) {
-        return std::string(sLong).replace(3 * uNth, 2, sByte);
-    };
-    const std::string sLibrary3 = oWith(8, "03");
-    const std::string sLibrary0 = oWith(8, "00");
-    const std::string sOtherName = oWith(28, "62");
-    const std::string sInnerNul = oWith(27, "00");
-    const std::string sNoNul = oWith(29, "61");
-    const std::string sPrefix = oWith(20, "56");
-    const std::string sBigEndian = oWith(4, "12").replace(15, 8, "34 56 78");
-    const std::string sLonger = oWith(16, "0B") + " 00";
-    const std::string sHuge = oWith(19, "FF");
-    const std::string sForeign = oWith(0, "0C");
-    const std::string sShort = SHORT_DATA;
-    const std::string sShortFull = std::string(sShort).replace(3 * 31, 2, "01");
-    const std::string sShortOther = std::string(sShort).replace(3 * 14, 2, "62");
-    const std::string sShortLess = std::string(sShort).replace(3 * 13, 2, "00");
-    const std::string sShortD = std::string(sShort).replace(3 * 9, 2, "44");
-    constexpr char WRONG_3_3[] =
-        "binary data of object \"Data\" have wrong version 3-3, expected 2-9\n";
-    const Checked oCases[] = {
-        {LONG_DATA, 0, 0, File::NO_VERSION, nullptr},
-        {LONG_DATA, 2, 3, 3, nullptr},
-        {LONG_DATA, 2, 4, 9,
-         "binary data of object \"Data\" have wrong version 2-3, expected 2-9\n"},
-        {LONG_DATA, 2, 0, 2,
-         "binary data of object \"Data\" have wrong version 2-3, expected 2-2\n"},
-        {sLibrary3.c_str(), 0, 0, 9, WRONG_3_3},
-        {sLibrary0.c_str(), 0, 0, 9, nullptr},
-        {sLibrary0.c_str(), 1, 0, 9,
-         "binary data of object \"Data\" have wrong version 0-3, expected 2-9\n"},
-        {sOtherName.c_str(), 0, 0, 9, NO_DUMP},
-        {sInnerNul.c_str(), 0, 0, 9, NO_DUMP},
-        {sNoNul.c_str(), 0, 0, 9, NO_DUMP},
-        {sPrefix.c_str(), 0, 0, 9, NO_DUMP},
-        {sBigEndian.c_str(), 0, 0, 9, NO_DUMP},
-        {sLonger.c_str(), 0, 0, 9, NO_DUMP},
-        {sHuge.c_str(), 0, 0, 9, NO_DUMP},
-        {sForeign.c_str(), 0, 0, 9, NO_DUMP},
-        {SHORT_DATA, 0, 0, 0, nullptr},
-        {SHORT_DATA, 1, 0, 9, NO_DUMP},
-        {SHORT_DATA, 0, 1, 9, NO_DUMP},
-        {sShortFull.c_str(), 0, 0, 9, NO_DUMP},
-        {sShortOther.c_str(), 0, 0, 9, NO_DUMP},
-        {sShortLess.c_str(), 0, 0, 9, NO_DUMP},
-        {sShortD.c_str(), 0, 0, 9, NO_DUMP},
-    };
-    for (const Checked& oCase : oCases) {
-        SCOPED_TRACE(oCase.sBytes);
-        const std::string sBytes = "##" + Bytes(oCase.sBytes);
+    for (const Checked& oCase : CHECKS) {
+        SCOPED_TRACE(std::to_string(oCase.uNth) + ": " + oCase.sChange);
+        const std::string sChange = Bytes(oCase.sChange);
+        const std::string sBytes =
+            "##" + Bytes(oCase.sHeader).replace(oCase.uNth, sChange.size(), sChange);
         File_Buf oBuf(sBytes.data(), sBytes.size());
         const auto oCheck = [&](bool bRaise) {
             u2_t uLibraryVersion = 0;

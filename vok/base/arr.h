@@ -37,6 +37,7 @@ class Arr {
 
     // Refers to the elements of oArr without copying them.
     void Share(const Arr& oArr) noexcept {
+        if (this == &oArr) return;
         if (oArr.m_pData != nullptr) Mem::AddRef(oArr.m_pData);
         Release();
         m_pData = oArr.m_pData;
@@ -73,9 +74,17 @@ class Arr {
     // Appends one element; amortised constant time.
     void Add(const T& oElement) {
         const T oCopy = oElement;  // it may live in this array
-        if (m_uSize == m_uCapacity || GetRefCnt() != 0) [[unlikely]] Grow(1);
+        if (m_uSize == m_uCapacity || GetRefCnt() != 0) [[unlikely]]
+            Grow(1);
         m_pData[m_uSize++] = oCopy;
     }
+    // Makes room for uCount more elements, by the steps of growth.
+    void ReserveMore(std::size_t uCount) {
+        if (m_uCapacity - m_uSize < uCount || GetRefCnt() != 0) Grow(uCount);
+    }
+    // Appends an element whose value the caller writes, to an array that is not shared and
+    // has room.
+    [[nodiscard]] T* AddSpacePrivate() noexcept { return m_pData + m_uSize++; }
     // Appends uCount elements; the source must not lie in this array.
     void Add(const T* pElements, std::size_t uCount) {
         if (uCount == 0) return;
@@ -130,9 +139,11 @@ class Arr {
         if (m_uCapacity <= 65536) return m_uCapacity < 8 ? 8 : 2 * m_uCapacity;
         return m_uCapacity + (m_uCapacity / 8 > 65536 ? m_uCapacity / 8 : 65536);
     }
+    // More than can be counted in bytes; asking for it ends in the allocation error.
+    static constexpr std::size_t TOO_MANY = std::numeric_limits<std::size_t>::max() / sizeof(T);
+
     void Grow(std::size_t uCount) {
-        constexpr std::size_t uMost = std::numeric_limits<std::size_t>::max() / sizeof(T);
-        if (uCount > uMost - m_uSize) uCount = uMost - m_uSize;  // ends in the allocation error
+        if (uCount > TOO_MANY - m_uSize) uCount = TOO_MANY - m_uSize;
         const std::size_t uNeeded = m_uSize + uCount;
         if (uNeeded <= m_uCapacity) {
             Reallocate(m_uCapacity);  // shared: a copy of its own
@@ -142,6 +153,7 @@ class Arr {
         Reallocate(uNeeded > uNext ? uNeeded : uNext);
     }
     void Reallocate(std::size_t uCapacity) {
+        if (uCapacity > TOO_MANY) uCapacity = TOO_MANY;
         if (GetRefCnt() == 0) {
             m_pData = static_cast<T*>(Mem::Resize(m_pData, uCapacity * sizeof(T)));
         } else {

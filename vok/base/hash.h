@@ -53,6 +53,12 @@ class Hash {
         return IsTailLess(oA, oB);
     }
 
+    // Whether a text is that of a key, for keys that were guessed.
+    [[nodiscard]] bool IsText(u2_t uKey, std::string_view sText) const noexcept {
+        const Hash_Text& oText = m_oText(uKey);
+        return oText.uLength == sText.size() && IsEqual(oText.sText, sText.data(), sText.size());
+    }
+
     // Heap bytes held.
     [[nodiscard]] std::size_t HeapBytes() const noexcept;
 
@@ -80,8 +86,26 @@ class Hash {
 
     [[nodiscard]] bool IsText(u2_t uKey, const Probe& oProbe) const noexcept {
         const Hash_Text& oText = m_oText(uKey);
-        return oText.uHash == oProbe.uHash && oText.uLength == oProbe.sText.size() &&
-               std::memcmp(oText.sText, oProbe.sText.data(), oProbe.sText.size()) == 0;
+        return oText.uHash == oProbe.uHash && IsText(uKey, oProbe.sText);
+    }
+    // Names are short: two loads that overlap do for up to 16 bytes.
+    [[nodiscard]] static bool IsEqual(const char* pA, const char* pB, std::size_t uSize) noexcept {
+        if (uSize > 16) return std::memcmp(pA, pB, uSize) == 0;
+        if (uSize >= 8) return IsEqualAt<u3_t>(pA, pB, uSize);
+        if (uSize >= 4) return IsEqualAt<u2_t>(pA, pB, uSize);
+        return uSize == 0 || (pA[0] == pB[0] && pA[uSize - 1] == pB[uSize - 1] &&
+                              pA[uSize / 2] == pB[uSize / 2]);
+    }
+    template <class Word>
+    [[nodiscard]] static bool IsEqualAt(const char* pA, const char* pB,
+                                        std::size_t uSize) noexcept {
+        Word aA[2];
+        Word aB[2];
+        std::memcpy(&aA[0], pA, sizeof(Word));
+        std::memcpy(&aA[1], pA + uSize - sizeof(Word), sizeof(Word));
+        std::memcpy(&aB[0], pB, sizeof(Word));
+        std::memcpy(&aB[1], pB + uSize - sizeof(Word), sizeof(Word));
+        return ((aA[0] ^ aB[0]) | (aA[1] ^ aB[1])) == 0;
     }
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
     [[nodiscard]] char* StoreText(std::string_view sText);

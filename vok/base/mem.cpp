@@ -12,7 +12,7 @@ namespace vok::Mem {
 namespace {
 
 // From here on a block is worth its own pages.
-constexpr std::size_t PAGES_FROM = std::size_t{1} << 20;
+constexpr std::size_t PAGES_FROM = std::size_t{1} << 21;
 
 void* DefaultAlloc(std::size_t uSize) {
     return uSize < PAGES_FROM ? std::malloc(uSize) : sys::AllocPages(uSize);

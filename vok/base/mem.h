@@ -34,7 +34,7 @@ struct Allocator {
     void (*pFree)(void* pBlock, std::size_t uSize);
 };
 // Returns the allocator used so far. The default takes small blocks from malloc and
-// blocks of 1 MiB and more straight from the system, so that growing them moves pages
+// blocks of 2 MiB and more straight from the system, so that growing them moves pages
 // instead of copying bytes.
 Allocator SetAllocator(const Allocator& oAllocator) noexcept;
 
@@ -81,7 +81,7 @@ inline void AddRef(void* pData) noexcept {
 [[nodiscard]] inline bool DropRef(void* pData) noexcept {
     const u3_t uOld = sys::FetchAdd<u3_t>(RefCnt(pData), ~u3_t{0});
     if (detail::g_bDebug.load(std::memory_order_relaxed)) [[unlikely]] {
-        detail::TraceDecrement(pData, uOld);
+        if (uOld != 0) detail::TraceDecrement(pData, uOld);
     }
     return uOld == 0;
 }

@@ -44,6 +44,30 @@ unsigned EncodeUtf8(u2_t uCode, char* sOut) noexcept;
     return (uWord & uHigh) == 0;
 }
 
+// True when every byte is from 1 to 127; eight bytes a step.
+[[nodiscard]] inline bool IsPlainText(const char* pText, std::size_t uSize) noexcept {
+    // A word without high bits has a NUL in it exactly when taking 1 from each byte sets one.
+    constexpr u3_t uHigh = 0x8080808080808080u;
+    constexpr u3_t uOnes = 0x0101010101010101u;
+    u3_t uWord;
+    u3_t uBad = 0;
+    if (uSize < 8) {
+        for (std::size_t u = 0; u < uSize; ++u) {
+            uWord = static_cast<u0_t>(pText[u]);
+            uBad |= uWord | (uWord - 1);
+        }
+        return (uBad & uHigh) == 0;
+    }
+    const char* pLast = pText + uSize - 8;
+    for (; pText < pLast; pText += 8) {
+        std::memcpy(&uWord, pText, 8);
+        uBad |= uWord | (uWord - uOnes);
+    }
+    std::memcpy(&uWord, pLast, 8);
+    uBad |= uWord | (uWord - uOnes);
+    return (uBad & uHigh) == 0;
+}
+
 }  // namespace vok
 
 #endif  // VOK_BASE_UTF8_H

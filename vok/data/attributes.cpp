@@ -43,9 +43,9 @@ void Data_Base::SetAttribute(u2_t uId, std::string_view sName, std::string_view 
 
     StartHeap();
     if (m_oAttHead.Size() <= uId) m_oAttHead.Resize(m_oNode.Size());
-    const u2_t uValue = sValue.empty() ? 0 : IsHeapText(sValue)
-                            ? static_cast<u2_t>(sValue.data() - m_oStr.Beg())
-                            : AddText(sValue);
+    const u2_t uValue = sValue.empty()       ? 0
+                        : IsHeapText(sValue) ? static_cast<u2_t>(sValue.data() - m_oStr.Beg())
+                                             : AddText(sValue);
     if (!bFound) {
         oAtt.Insert(uNth, Data_Att{uId, uValue, m_oAttHead(uId)});
         m_oAttHead(uId) = uName;
@@ -154,10 +154,10 @@ void Data::RemoveAttributes() {
 void Data::CopyAtt(Data& oDst) const {
     return Where("vok::Data::CopyAtt", [&] {
         if (!m_oBase || !oDst.m_oBase || *this == oDst) return;
-        oDst.RemoveAttributes();
         Arr<const char*> oNames;
         Arr<const char*> oValues;
         GetAttributes(oNames, oValues);
+        oDst.RemoveAttributes();
         // Setting values may move the heap they stand in when both nodes share a tree.
         const char* pHeap = m_oBase->m_oStr.Beg();
         for (std::size_t u = 0; u < oNames.Size(); ++u) {

@@ -1,4 +1,6 @@
 // Cursors: moving about, names, the user tag, appending.
+#include <bit>
+
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
@@ -112,49 +114,74 @@ void Data::SetUserTag(const char* sTag) {
 
 namespace {
 
-// Appends below uParent; the node array must be nobody else's.
-u2_t AppendTo(Data_Base& b, u2_t uParent, u2_t uKey) {
-    if (b.m_oNode.GetRefCnt() != 0) [[unlikely]] {
-        Msg::AssertionFailed("oNodes.GetRefCnt() == 0");
-    }
-    return b.Append(uParent, uKey);
-}
-
-u2_t AppendNamed(Data_Base& b, u2_t uParent, const char* sName) {
+// Appends a successor to the node of a cursor.
+inline u2_t AppendTo(const Mem::Ref<Data_Base>& oBase, u2_t uParent, Data_Name oName,
+                     Data_Node::Type eType = Data_Node::Empty, u3_t uValue = 0) {
+    Data_Base& b = detail::NodeOf(oBase, uParent);
     b.CheckAppend(uParent);
-    return AppendTo(b, uParent, b.Intern(sName));
-}
-
-u2_t AppendKeyed(Data_Base& b, u2_t uParent, Data_Key oKey) {
-    b.CheckAppend(uParent);
-    if (oKey.uKey >= b.m_oName.Size()) Msg::AssertionFailed("b.m_oName.ValidHndl(uHndl)");
-    return AppendTo(b, uParent, oKey.uKey);
+    return b.Append(uParent, b.KeyOf(oName), eType, uValue);
 }
 
 }  // namespace
 
-void Data::SetToNewSucc(const char* sName) {
-    return Where("vok::Data::SetToNewSucc", [&] {
-        m_uId = AppendNamed(detail::NodeOf(m_oBase, m_uId), m_uId, sName);
-    });
+void Data::SetToNewSucc(Data_Name oName) {
+    return Where("vok::Data::SetToNewSucc", [&] { m_uId = AppendTo(m_oBase, m_uId, oName); });
 }
 
-void Data::SetToNewSucc(Data_Key oKey) {
-    return Where("vok::Data::SetToNewSucc", [&] {
-        m_uId = AppendKeyed(detail::NodeOf(m_oBase, m_uId), m_uId, oKey);
-    });
-}
-
-Data Data::CreateNewSucc(const char* sName) {
+Data Data::CreateNewSucc(Data_Name oName) {
     return Where("vok::Data::CreateNewSucc(const char*)", [&] {
         if (!m_oBase) SetToRoot();
-        return Data(m_oBase, AppendNamed(detail::NodeOf(m_oBase, m_uId), m_uId, sName));
+        return Data(m_oBase, AppendTo(m_oBase, m_uId, oName));
     });
 }
 
-Data Data::CreateNewSucc(Data_Key oKey) {
-    return Where("vok::Data::CreateNewSucc(Data_Key)", [&] {
-        return Data(m_oBase, AppendKeyed(detail::NodeOf(m_oBase, m_uId), m_uId, oKey));
+u2_t Data::AddInt(Data_Name oName, i2_t iValue, Node::Type eType) {
+    return Where("vok::Data::AddInt", [&] {
+        if (eType < Node::Boolean || eType > Node::Char) {
+            Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
+        }
+        if (!m_oBase) SetToRoot();
+        return AppendTo(m_oBase, m_uId, oName, eType, static_cast<u2_t>(iValue));
+    });
+}
+
+u2_t Data::AddBool(Data_Name oName, bool bValue) {
+    return Where("vok::Data::AddBool", [&] { return AddInt(oName, bValue, Node::Boolean); });
+}
+
+u2_t Data::AddDbl(Data_Name oName, double dValue, Node::Type eType) {
+    return Where("vok::Data::AddDbl", [&] {
+        if (eType < Node::Float || eType > Node::Date) {
+            Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
+        }
+        if (!m_oBase) SetToRoot();
+        return AppendTo(m_oBase, m_uId, oName, eType, std::bit_cast<u3_t>(dValue));
+    });
+}
+
+u2_t Data::AddLng(Data_Name oName, u3_t uValue) {
+    return Where("vok::Data::AddLng", [&] {
+        if (!m_oBase) SetToRoot();
+        return AppendTo(m_oBase, m_uId, oName, Node::Long, uValue);
+    });
+}
+
+u2_t Data::AddStr(Data_Name oName, std::string_view sText) {
+    return Where("vok::Data::AddStr", [&] {
+        if (!m_oBase) SetToRoot();
+        const u2_t uId = AppendTo(m_oBase, m_uId, oName);
+        m_oBase->SetNewText(uId, sText);
+        return uId;
+    });
+}
+
+u2_t Data::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
+    return Where("vok::Data::AddBin", [&] {
+        if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
+        if (!m_oBase) SetToRoot();
+        const u2_t uId = AppendTo(m_oBase, m_uId, oName);
+        m_oBase->SetNewValue(uId, Node::Binary, m_oBase->AddHeap(pData, uSize), uSize);
+        return uId;
     });
 }
 

@@ -31,6 +31,28 @@ struct Data_Key {
     [[nodiscard]] bool IsKnown() const noexcept { return uKey != UNKNOWN; }
 };
 
+// A name as an operation takes it: a text, which ends at its first NUL (null counts as empty),
+// or a key of the tree. Not copied: a text must outlive the call.
+class Data_Name {
+  public:
+    Data_Name(const char* sName) noexcept
+        : Data_Name(std::string_view(sName != nullptr ? sName : "")) {}
+    // Texts of 4 GiB and more are refused where the name is used.
+    Data_Name(std::string_view sName) noexcept
+        : m_sName(sName.data() != nullptr ? sName.data() : ""),
+          m_uLength(static_cast<u2_t>(sName.size() < MOST ? sName.size() : MOST)) {}
+    Data_Name(Data_Key oKey) noexcept : m_uKey(oKey.uKey) {}
+
+  private:
+    friend class Data_Base;
+    static constexpr std::size_t MOST = 0xFFFFFFFF;
+
+    // 16 bytes, so that it travels in two registers.
+    const char* m_sName = nullptr;  // null: the key counts
+    u2_t m_uLength = 0;
+    u2_t m_uKey = Data_Key::UNKNOWN;
+};
+
 // A small value: a counted reference to a tree store and the id of a node in it. Copying a
 // cursor shares the tree, never copies it; the tree lives as long as any cursor or iterator
 // refers to it. An empty cursor refers to no tree and has id 0.
@@ -54,6 +76,18 @@ class Data {
     using Base = Data_Base;
 
     Data() noexcept = default;
+    Data(const Data& oData) noexcept = default;
+    // Empties oData.
+    Data(Data&& oData) noexcept
+        : m_oBase(std::move(oData.m_oBase)), m_uId(std::exchange(oData.m_uId, 0)) {}
+    Data& operator=(const Data& oData) noexcept = default;
+    // Swaps the two.
+    Data& operator=(Data&& oData) noexcept {
+        std::swap(m_oBase, oData.m_oBase);
+        std::swap(m_uId, oData.m_uId);
+        return *this;
+    }
+    ~Data() = default;
 
     // ---- cursor -----------------------------------------------------------
 
@@ -123,11 +157,18 @@ class Data {
     // Appends an empty successor and moves to it. Constant time. Only an empty node, a tree
     // node and a string of white space take successors: else "node "%0" with wrong data
     // type: '%1'", or "try to access deleted node".
-    void SetToNewSucc(const char* sName);
-    void SetToNewSucc(Data_Key oKey);
+    void SetToNewSucc(Data_Name oName);
     // The same, but returns the new cursor; an empty cursor gets a tree first.
-    Data CreateNewSucc(const char* sName);
-    Data CreateNewSucc(Data_Key oKey);
+    Data CreateNewSucc(Data_Name oName);
+    // CreateNewSucc and a setter in one step, for less than half of the time: appends a
+    // successor with a value and returns its id; the cursor stays. Errors are those of the
+    // two; where the value cannot be stored the successor stays empty.
+    u2_t AddInt(Data_Name oName, i2_t iValue, Node::Type eType = Node::Integer);
+    u2_t AddBool(Data_Name oName, bool bValue);
+    u2_t AddDbl(Data_Name oName, double dValue, Node::Type eType = Node::Double);
+    u2_t AddLng(Data_Name oName, u3_t uValue);
+    u2_t AddStr(Data_Name oName, std::string_view sText);
+    u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     // The first successor of that name, made if there is none; *pCreated (may be null)
     // receives the number of nodes made. An empty cursor gets a tree first.
     Data CreateSucc(const char* sName, u2_t* pCreated = nullptr);

@@ -14,8 +14,8 @@ namespace {
 // A step with its names looked up in the tree.
 struct Lookup {
     const Data_XpathStep& oStep;
-    u2_t uKey;            // Hash::NONE for a name that no node bears
-    Arr<u2_t> oAttKeys;   // parallel to the predicates; Hash::NONE for unknown names
+    u2_t uKey;           // Hash::NONE for a name that no node bears
+    Arr<u2_t> oAttKeys;  // parallel to the predicates; Hash::NONE for unknown names
 };
 
 // Walks a path step by step over whole sets of nodes: what a step selects is gathered for all
@@ -34,6 +34,10 @@ class Evaluator {
             Step(oPath(u), oResult);
             bDescend = oPath(u).m_bDescendant;
         }
+        // A "." behind "//" leaves the order in which nodes were come upon.
+        if (!std::is_sorted(oResult.Beg(), oResult.End())) {
+            std::sort(oResult.Beg(), oResult.End());
+        }
     }
 
   private:
@@ -51,6 +55,7 @@ class Evaluator {
     // Adds everything below the nodes of a set.
     void AddDescendants(Arr<u2_t>& oSet) {
         Arr<u2_t> oSeen;  // a bit per node
+        Count((b.m_oNode.Size() + 31) / 32);
         oSeen.Resize((b.m_oNode.Size() + 31) / 32);
         const auto oMark = [&oSeen](u2_t uId) {
             u2_t& uWord = oSeen(uId >> 5);
@@ -111,8 +116,7 @@ class Evaluator {
         }
         if (oStep.m_iIndex >= 0) {
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
-            oRun = uIndex < oRun.uSize ? Data_Base::Run{oRun.uFirst + uIndex, 1}
-                                       : Data_Base::Run{};
+            oRun = uIndex < oRun.uSize ? Data_Base::Run{oRun.uFirst + uIndex, 1} : Data_Base::Run{};
         }
         Count(u3_t{oRun.uSize} + 1);
         for (u2_t u = 0; u < oRun.uSize; ++u) {
@@ -156,8 +160,8 @@ void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, const Limits& oLi
 Data_NodeSet Data::GetNodeSet(const char* sPath, const Limits& oLimits) const {
     Data_NodeSet oSet;
     u3_t uSeen = 0;
-    Base& b = Where("vok::Data::GetNodeSet",
-                    [&]() -> Base& { return detail::NodeOf(m_oBase, m_uId); });
+    Base& b =
+        Where("vok::Data::GetNodeSet", [&]() -> Base& { return detail::NodeOf(m_oBase, m_uId); });
     detail::SelectNodes(b, m_uId, sPath, oLimits, uSeen, oSet.m_oId);
     if (oSet.Size() != 0) oSet.m_oBase = m_oBase;
     return oSet;
@@ -167,7 +171,7 @@ bool Data::Test(const Data_XpathStep& oStep) const {
     return Where("vok::Data::Test", [&] {
         if (!m_oBase || GetNode().GetType() == Node::Zombi) return false;
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
-            if (*oStep.m_oAttName(u) == 0) continue;
+            if (*oStep.m_oAttName(u) == 0 || oStep.AttVal(u) == nullptr) continue;
             const char* sValue = GetAttVal(oStep.m_oAttName(u));
             if (sValue == nullptr || std::strcmp(sValue, oStep.AttVal(u)) != 0) return false;
         }

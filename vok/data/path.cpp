@@ -13,7 +13,9 @@ Str Data::GetPath() const {
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (m_uId == 0) return Str("/");
         Arr<u2_t> oChain;
-        for (u2_t uId = m_uId; uId != 0 && uId < b.m_oNode.Size(); uId = b.m_oNode(uId).Pred()) {
+        for (u2_t uId = m_uId; uId != 0; uId = b.m_oNode(uId).Pred()) {
+            // Cut loose by a removal: no path leads here.
+            if (uId >= b.m_oNode.Size()) Msg::TryToAccessDeletedNode();
             oChain.Add(uId);
         }
         Arr<char> oPath;
@@ -55,9 +57,10 @@ Data MatchOrAppend(Data& oParent, const Data_XpathStep& oStep, u2_t& uCreated) {
 
 // With a position past the end: placeholders up to it, then the new node.
 Data AppendUpTo(Data& oParent, const Data_XpathStep& oStep, u2_t uSize, const Limits& oLimits,
-                u2_t& uCreated) {
+                u3_t& uSkipped, u2_t& uCreated) {
     const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
-    if (uIndex - uSize > oLimits.m_uSkippedSlots) {
+    uSkipped += uIndex - uSize;
+    if (uSkipped > oLimits.m_uSkippedSlots) {
         Msg::LimitExceeded("skipped slots", oLimits.m_uSkippedSlots, "Limits::m_uSkippedSlots");
     }
     for (u2_t u = uSize; u < uIndex; ++u) {
@@ -68,33 +71,44 @@ Data AppendUpTo(Data& oParent, const Data_XpathStep& oStep, u2_t uSize, const Li
     return oParent.CreateNewSucc(oStep.m_sName);
 }
 
-}  // namespace
-
-Data Data::CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated, const Limits& oLimits) {
+// The successor that a step describes. uSkipped counts placeholders from call to call: the
+// limit on them is one for a whole path.
+Data MatchOrCreate(Data& oParent, const Data_XpathStep& oStep, const Limits& oLimits,
+                   u3_t& uSkipped, u2_t& uCreated) {
     return Where("vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)", [&] {
-        u2_t uCreated = 0;
-        if (pCreated != nullptr) *pCreated = 0;
         if (oStep.m_bAnyName) Msg::InvalidCharacter('*');
-        if (!m_oBase) SetToRoot();
+        if (!oParent.IsNode()) oParent.SetToRoot();
         Data oResult;
-        const Data_SuccIt oIt = GetSuccIt(oStep.m_sName);
+        u2_t uMade = 0;
+        const u2_t uSize = oParent.GetSuccIt(oStep.m_sName).Size();
         if (oStep.m_iIndex < 0) {
-            oResult = MatchOrAppend(*this, oStep, uCreated);
-        } else if (static_cast<u2_t>(oStep.m_iIndex) >= oIt.Size()) {
-            oResult = AppendUpTo(*this, oStep, oIt.Size(), oLimits, uCreated);
+            oResult = MatchOrAppend(oParent, oStep, uMade);
+        } else if (static_cast<u2_t>(oStep.m_iIndex) >= uSize) {
+            oResult = AppendUpTo(oParent, oStep, uSize, oLimits, uSkipped, uMade);
         } else {
-            oResult = GetNthSucc(oStep.m_sName, static_cast<u2_t>(oStep.m_iIndex));
-            if (oResult.GetType() != Node::Zombi) {
+            oResult = oParent.GetNthSucc(oStep.m_sName, static_cast<u2_t>(oStep.m_iIndex));
+            if (oResult.GetType() != Data_Node::Zombi) {
                 if (!oResult.Test(oStep)) Msg::NodeAlreadyExists();
                 return oResult;
             }
             oResult.ClearVal();
-            uCreated = 1;
+            uMade = 1;
         }
         SetAttributes(oResult, oStep);
-        if (pCreated != nullptr) *pCreated = uCreated;
+        uCreated += uMade;
         return oResult;
     });
+}
+
+}  // namespace
+
+Data Data::CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated, const Limits& oLimits) {
+    u3_t uSkipped = 0;
+    u2_t uCreated = 0;
+    if (pCreated != nullptr) *pCreated = 0;
+    Data oResult = MatchOrCreate(*this, oStep, oLimits, uSkipped, uCreated);
+    if (pCreated != nullptr) *pCreated = uCreated;
+    return oResult;
 }
 
 Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) {
@@ -110,6 +124,8 @@ Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) 
         }
         if (!m_oBase) SetToRoot();
         Data oNode = oPath.IsAbsolute() ? GetRoot() : *this;
+        u3_t uSkipped = 0;
+        u2_t uCreated = 0;
         for (std::size_t u = 0; u < oPath.Size(); ++u) {
             const Data_XpathStep& oStep = oPath(u);
             if (oStep.m_eKind == Data_XpathStep::Self) continue;
@@ -117,9 +133,8 @@ Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) 
                 oNode.SetToPred();
                 continue;
             }
-            u2_t uCreated = 0;
-            oNode = oNode.CreateSucc(oStep, &uCreated, oLimits);
-            if (pCreated != nullptr) *pCreated += uCreated;
+            oNode = MatchOrCreate(oNode, oStep, oLimits, uSkipped, uCreated);
+            if (pCreated != nullptr) *pCreated = uCreated;
         }
         return oNode;
     });

@@ -55,8 +55,11 @@ class Data_Shrink {
     void Run(u2_t& uFollow) {
         NumberNodes();
         uFollow = m_oNewId(uFollow) != Data_Node::NONE ? m_oNewId(uFollow) : 0;
+        FindTexts();
+        CopyTexts();
         CopyNodes();
         CopyAttributes();
+        m_oHeap.Reserve(m_oHeap.Size() + Data_Base::HEAP_SLACK);
         Commit();
     }
 
@@ -76,10 +79,71 @@ class Data_Shrink {
         return uId < m_oNewId.Size() ? m_oNewId(uId) : Data_Node::NONE;
     }
 
+    // A stretch of the text heap that is still referred to.
+    struct Range {
+        u2_t uBegin;
+        u2_t uEnd;
+        u2_t uNew;  // where it goes
+    };
+
+    // Nodes and attributes may refer to the same text, or to the end of another one.
+    void FindTexts() {
+        b.StartHeap();
+        Keep(0, 1);
+        for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
+            const Data_Node& oNode = b.m_oNode(u);
+            switch (oNode.GetType()) {
+                case Data_Node::String:
+                case Data_Node::Binary: Keep(oNode.uWord2, oNode.uWord3); break;
+                case Data_Node::Quad: Keep(oNode.uWord2, 12); break;
+                default: break;
+            }
+        }
+        for (std::size_t uName = 0; uName < b.m_oAttArr.Size(); ++uName) {
+            const Arr<Data_Att>& oAtt = b.m_oAttArr(uName)->oAtt;
+            for (const Data_Att* p = oAtt.Beg(); p != oAtt.End(); ++p) {
+                if (NewId(p->uId) == Data_Node::NONE || p->uValue == Data_Att::NO_VALUE) continue;
+                Keep(p->uValue, std::strlen(b.HeapAt(p->uValue)) + 1);
+            }
+        }
+    }
+
+    // Mostly texts stand in the order in which they are come upon: few ranges come of it.
+    void Keep(u2_t uBegin, std::size_t uSize) {
+        if (uSize == 0) return;
+        const u2_t uEnd = static_cast<u2_t>(uBegin + uSize);
+        Range* pLast = m_oRange.Size() != 0 ? m_oRange.End() - 1 : nullptr;
+        if (pLast != nullptr && uBegin >= pLast->uBegin && uBegin <= pLast->uEnd) {
+            pLast->uEnd = std::max(pLast->uEnd, uEnd);
+            return;
+        }
+        m_oRange.Add(Range{uBegin, uEnd, 0});
+    }
+
+    void CopyTexts() {
+        std::sort(m_oRange.Beg(), m_oRange.End(),
+                  [](const Range& oA, const Range& oB) { return oA.uBegin < oB.uBegin; });
+        Arr<Range> oFound;
+        oFound.Swap(m_oRange);
+        for (const Range* p = oFound.Beg(); p != oFound.End(); ++p)
+            Keep(p->uBegin, p->uEnd - p->uBegin);
+        for (Range* p = m_oRange.Beg(); p != m_oRange.End(); ++p) {
+            p->uNew = static_cast<u2_t>(m_oHeap.Size());
+            m_oHeap.Add(b.HeapAt(p->uBegin), p->uEnd - p->uBegin);
+        }
+    }
+
+    [[nodiscard]] u2_t NewOffset(u2_t uOffset) const noexcept {
+        const Range* p = std::upper_bound(
+            m_oRange.Beg(), m_oRange.End(), uOffset,
+            [](u2_t uWanted, const Range& oRange) { return uWanted < oRange.uBegin; });
+        --p;  // the first range begins at 0
+        return p->uNew + (uOffset - p->uBegin);
+    }
+
     void CopyNodes() {
         // With removed nodes gone, parents are placed and counted anew.
         const bool bRenumbered = b.m_uDead != 0;
-        m_oHeap.Add('\0');
         for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
             if (m_oNewId(u) == Data_Node::NONE) continue;
             Data_Node oNode = b.m_oNode(u);
@@ -102,19 +166,13 @@ class Data_Shrink {
     void CopyValue(Data_Node& oNode) {
         switch (oNode.GetType()) {
             case Data_Node::String:
-                if (oNode.uWord2 != 0) oNode.uWord2 = CopyBytes(oNode.uWord2, oNode.uWord3);
+            case Data_Node::Quad: oNode.uWord2 = NewOffset(oNode.uWord2); break;
+            case Data_Node::Binary:
+                oNode.uWord2 = oNode.uWord3 != 0 ? NewOffset(oNode.uWord2) : 0;
                 break;
-            case Data_Node::Binary: oNode.uWord2 = CopyBytes(oNode.uWord2, oNode.uWord3); break;
-            case Data_Node::Quad: oNode.uWord2 = CopyBytes(oNode.uWord2, 12); break;
             case Data_Node::Link: oNode.uWord2 = NewId(oNode.uWord2); break;
             default: break;
         }
-    }
-
-    [[nodiscard]] u2_t CopyBytes(u2_t uOffset, std::size_t uSize) {
-        const u2_t uNew = static_cast<u2_t>(m_oHeap.Size());
-        m_oHeap.Add(b.HeapAt(uOffset), uSize);
-        return uNew;
     }
 
     void CopyAttributes() {
@@ -127,9 +185,7 @@ class Data_Shrink {
             for (const Data_Att* p = oOld.Beg(); p != oOld.End(); ++p) {
                 const u2_t uId = NewId(p->uId);
                 if (uId == Data_Node::NONE || p->uValue == Data_Att::NO_VALUE) continue;
-                const std::size_t uSize = std::strlen(b.HeapAt(p->uValue)) + 1;
-                const u2_t uValue = p->uValue != 0 ? CopyBytes(p->uValue, uSize) : 0;
-                m_oRecord.Add(Data_Att{uId, uValue, m_oHead(uId)});
+                m_oRecord.Add(Data_Att{uId, NewOffset(p->uValue), m_oHead(uId)});
                 m_oHead(uId) = static_cast<u2_t>(uName + 1);
             }
         }
@@ -148,7 +204,7 @@ class Data_Shrink {
         b.m_oNode.Swap(m_oNode);
         b.m_oStr.Swap(m_oHeap);
         b.m_oAttHead.Swap(m_oHead);
-        b.m_uDead = 0;
+        b.m_uDead = b.m_oNode(0).GetType() == Data_Node::Zombi;  // the root stays, dead or not
         b.m_uGarbage = 0;
         b.m_uDeadAtts = 0;
         if (!bRenumbered) return;
@@ -161,10 +217,11 @@ class Data_Shrink {
     Data_Base& b;
     Arr<u2_t> m_oNewId;  // by old id; NONE for the dropped ones
     Arr<Data_Node> m_oNode;
+    Arr<Range> m_oRange;  // ascending, apart from each other
     Arr<char> m_oHeap;
     Arr<u2_t> m_oHead;
-    Arr<Data_Att> m_oRecord;    // of all names, one after the other
-    Arr<std::size_t> m_oAtt;    // by name: its first one
+    Arr<Data_Att> m_oRecord;  // of all names, one after the other
+    Arr<std::size_t> m_oAtt;  // by name: its first one
 };
 
 void Data_Base::Shrink(u2_t& uFollow) {

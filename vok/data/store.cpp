@@ -28,14 +28,13 @@ Data_Base::~Data_Base() {
 
 // ---- names ------------------------------------------------------------------
 
-u2_t Data_Base::Intern(const char* sName) {
-    return sName != nullptr ? Intern(std::string_view(sName)) : 0;
-}
-
-u2_t Data_Base::Intern(std::string_view sName) {
+u2_t Data_Base::InternSlow(std::string_view sName) {
     bool bNew;
-    if (IsAscii(sName.data(), sName.size())) return m_oName.Insert(sName, bNew);
-    return m_oName.Insert(Utf8_Text(sName).View(), bNew);
+    const u2_t uKey = IsPlainText(sName.data(), sName.size())
+                          ? m_oName.Insert(sName, bNew)
+                          : m_oName.Insert(Utf8_Text(sName).View(), bNew);
+    m_oGuess.Note(uKey, uKey != 0, m_oName.Size());
+    return uKey;
 }
 
 u2_t Data_Base::FindKey(const char* sName) const {
@@ -55,48 +54,89 @@ void Data_Base::CheckAppendSlow(u2_t uParent) const {
     if (!bBlank) Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
 }
 
-void Data_Base::RaiseFull(u2_t uParent) const {
+// The rare part of appending: room for one more record, and a parent that becomes a tree.
+void Data_Base::PrepareAppend(u2_t uParent) {
+    // The id plus one must not look like a node cut loose.
     if (uParent >= Node::CUT_LOOSE - 1) Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
-    Msg::AssertionFailed("vok::Msg::IsInt32(x)");
-}
-
-void Data_Base::MakeTree(Node& oNode) noexcept {
-    DropValue(oNode);
-    oNode.SetType(Node::Tree);
-    oNode.uWord2 = NONE;
-    oNode.uWord3 = 1;
+    if (m_oNode.GetRefCnt() != 0) Msg::AssertionFailed("oNodes.GetRefCnt() == 0");
+    (void)Msg::ToInt32(m_oNode.Size());
+    m_oNode.ReserveMore(1);
+    Node& oParent = m_oNode(uParent);
+    if (oParent.GetType() == Node::Tree) return;
+    DropValue(oParent);
+    oParent.SetType(Node::Tree);
+    oParent.uWord2 = NONE;
+    oParent.uWord3 = 0;
 }
 
 // ---- values -----------------------------------------------------------------
 
-u2_t Data_Base::AddHeap(const void* pData, std::size_t uSize) {
+namespace {
+
+template <std::size_t SIZE>
+void CopyEnds(char* pDst, const char* pSrc, std::size_t uSize) noexcept {
+    char sHead[SIZE];
+    char sTail[SIZE];
+    std::memcpy(sHead, pSrc, SIZE);
+    std::memcpy(sTail, pSrc + uSize - SIZE, SIZE);
+    std::memcpy(pDst, sHead, SIZE);
+    std::memcpy(pDst + uSize - SIZE, sTail, SIZE);
+}
+
+// Most texts are short: two copies that overlap do for up to 32 bytes.
+void CopyBytes(char* pDst, const char* pSrc, std::size_t uSize) noexcept {
+    if (uSize > 32) {
+        std::memcpy(pDst, pSrc, uSize);
+    } else if (uSize >= 16) {
+        CopyEnds<16>(pDst, pSrc, uSize);
+    } else if (uSize >= 8) {
+        CopyEnds<8>(pDst, pSrc, uSize);
+    } else if (uSize >= 4) {
+        CopyEnds<4>(pDst, pSrc, uSize);
+    } else {
+        for (std::size_t u = 0; u < uSize; ++u) pDst[u] = pSrc[u];
+    }
+}
+
+}  // namespace
+
+char* Data_Base::HeapSpace(std::size_t uSize) {
     StartHeap();
-    const char* pSrc = static_cast<const char*>(pData);
     const std::size_t uOffset = m_oStr.Size();
-    if (uSize > 0x7FFFFFFF - uOffset || uOffset > 0x7FFFFFFF) {
+    if (uSize > 0x7FFFFFFF || uOffset > 0x7FFFFFFF - uSize) [[unlikely]] {
         Msg::AssertionFailed("vok::Msg::IsInt32(x)");
     }
+    char* pSpace = m_oStr.AddSpace(uSize + HEAP_SLACK);
+    m_oStr.Truncate(uOffset + uSize);
+    return pSpace;
+}
+
+// Copies to the end of the heap, from where it may itself have been moved by making room.
+u2_t Data_Base::AppendHeap(const char* pSrc, std::size_t uSize, std::size_t uExtra) {
     const bool bOwn = pSrc >= m_oStr.Beg() && pSrc < m_oStr.End();
     const std::size_t uFrom = bOwn ? static_cast<std::size_t>(pSrc - m_oStr.Beg()) : 0;
-    char* pDst = m_oStr.AddSpace(uSize);
-    if (uSize != 0) std::memcpy(pDst, bOwn ? m_oStr.Beg() + uFrom : pSrc, uSize);
-    return static_cast<u2_t>(uOffset);
+    char* pDst = HeapSpace(uSize + uExtra);
+    CopyBytes(pDst, bOwn ? m_oStr.Beg() + uFrom : pSrc, uSize);
+    if (uExtra != 0) pDst[uSize] = 0;
+    return static_cast<u2_t>(pDst - m_oStr.Beg());
+}
+
+u2_t Data_Base::AddHeap(const void* pData, std::size_t uSize) {
+    return AppendHeap(static_cast<const char*>(pData), uSize, 0);
 }
 
 u2_t Data_Base::AddText(std::string_view sText) {
     StartHeap();
-    if (sText.empty()) return 0;
-    const std::size_t uOffset = m_oStr.Size();
-    if (sText.size() > 0x7FFFFFFE - uOffset || uOffset > 0x7FFFFFFE) [[unlikely]] {
-        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
+    return sText.empty() ? 0 : AppendHeap(sText.data(), sText.size(), 1);
+}
+
+void Data_Base::SetNewText(u2_t uId, std::string_view sText) {
+    if (IsPlainText(sText.data(), sText.size())) [[likely]] {
+        SetNewValue(uId, Node::String, AddText(sText), static_cast<u2_t>(sText.size() + 1));
+        return;
     }
-    const char* pSrc = sText.data();
-    const bool bOwn = pSrc >= m_oStr.Beg() && pSrc < m_oStr.End();
-    const std::size_t uFrom = bOwn ? static_cast<std::size_t>(pSrc - m_oStr.Beg()) : 0;
-    char* pDst = m_oStr.AddSpace(sText.size() + 1);
-    std::memcpy(pDst, bOwn ? m_oStr.Beg() + uFrom : pSrc, sText.size());
-    pDst[sText.size()] = 0;
-    return static_cast<u2_t>(uOffset);
+    const Utf8_Text oText(sText);
+    SetNewValue(uId, Node::String, AddText(oText.View()), static_cast<u2_t>(oText.Len() + 1));
 }
 
 void Data_Base::DropValueSlow(Node& oNode) noexcept {

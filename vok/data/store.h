@@ -4,6 +4,7 @@
 #define VOK_DATA_STORE_H
 
 #include "vok/base/hash.h"
+#include "vok/base/hash_guess.h"
 #include "vok/base/msg.h"
 #include "vok/data/data.h"
 
@@ -47,9 +48,27 @@ class Data_Base {
 
     // ---- names ------------------------------------------------------------
 
-    // Key of a name; null and "" are key 0.
-    u2_t Intern(const char* sName);
-    u2_t Intern(std::string_view sName);
+    // Key of a name; "" is key 0. A name ends at its first NUL.
+    u2_t Intern(std::string_view sName) {
+        u2_t uKey = m_oGuess.First();
+        if (uKey == 0 || !m_oName.IsText(uKey, sName)) uKey = m_oGuess.Second();
+        if (uKey == 0 || !m_oName.IsText(uKey, sName)) return InternSlow(sName);
+        m_oGuess.Confirm(uKey);
+        return uKey;
+    }
+    u2_t Intern(const char* sName) {
+        return Intern(std::string_view(sName != nullptr ? sName : ""));
+    }
+    // The key behind a name or key that a caller gave.
+    u2_t KeyOf(Data_Name oName) {
+        if (oName.m_sName != nullptr) {
+            return Intern(std::string_view(oName.m_sName, oName.m_uLength));
+        }
+        if (oName.m_uKey >= m_oName.Size()) [[unlikely]] {
+            Msg::AssertionFailed("b.m_oName.ValidHndl(uHndl)");
+        }
+        return oName.m_uKey;
+    }
     [[nodiscard]] u2_t FindKey(const char* sName) const;
     // Null for key 0.
     [[nodiscard]] const char* KeyText(u2_t uKey) const noexcept {
@@ -73,21 +92,28 @@ class Data_Base {
         const u2_t uType = m_oNode(uParent).uFlags & 0xFu;
         if (uType != Node::Tree && uType != Node::Empty) [[unlikely]] CheckAppendSlow(uParent);
     }
-    // Appends an empty node below uParent, which CheckAppend has passed. Constant time.
-    u2_t Append(u2_t uParent, u2_t uKey) {
+    // Appends a node with an inline value, or an empty one, below uParent, which CheckAppend
+    // has passed, and returns its id. Constant time.
+    u2_t Append(u2_t uParent, u2_t uKey, Node::Type eType = Node::Empty, u3_t uValue = 0) {
         const std::size_t uId = m_oNode.Size();
-        if (uParent >= Node::CUT_LOOSE - 1 || uId > 0x7FFFFFFF) [[unlikely]] {
-            RaiseFull(uParent);
-        }
-        m_oNode.Add(Node{uKey, (uParent + 1) << 4, 0, 0});
-        Node& oParent = m_oNode(uParent);
-        if (oParent.GetType() == Node::Tree) {
-            ++oParent.uWord3;
-        } else {
-            MakeTree(oParent);
-        }
+        const bool bFirst = m_oNode(uParent).GetType() != Node::Tree;
+        if (bFirst || uId == m_oNode.Capacity()) [[unlikely]] PrepareAppend(uParent);
+        Node* pNode = m_oNode.AddSpacePrivate();
+        pNode->uKey = uKey;
+        pNode->uFlags = (uParent + 1) << 4 | eType;
+        pNode->SetValue64(uValue);
+        ++m_oNode(uParent).uWord3;
         return static_cast<u2_t>(uId);
     }
+    // The value of a node that Append has just made.
+    void SetNewValue(u2_t uId, Node::Type eType, u2_t uWord2, u2_t uWord3) noexcept {
+        Node& oNode = m_oNode(uId);
+        oNode.uFlags |= eType;
+        oNode.uWord2 = uWord2;
+        oNode.uWord3 = uWord3;
+    }
+
+    void SetNewText(u2_t uId, std::string_view sText);
 
     // Marks a node and everything below it as removed.
     void Remove(u2_t uId);
@@ -101,6 +127,37 @@ class Data_Base {
     }
     // Places every pending node.
     void UpdateSucc();
+    // Makes uId, which is empty and new, a tree node whose group has room for uCapacity, for
+    // a loader that knows how many successors follow.
+    void OpenTree(u2_t uId, u2_t uCapacity);
+    // Append for a loader: the node is placed at once. Nothing may be pending.
+    u2_t AppendPlaced(u2_t uParent, u2_t uKey) {
+        const u2_t uId = Append(uParent, uKey);
+        UpdateSucc();
+        return uId;
+    }
+    // Whether AppendPlain may be called: a tree node of less successors than its group has
+    // room for, and nothing pending or unsorted.
+    [[nodiscard]] bool CanPlace(u2_t uParent) const noexcept {
+        const Node& oParent = m_oNode(uParent);
+        if (oParent.GetType() != Node::Tree || oParent.Start() == NONE || !IsIndexed() ||
+            uParent >= Node::CUT_LOOSE - 1 || m_oNode.Size() > 0x7FFFFFFF) {
+            return false;
+        }
+        return m_oSucc(oParent.Start()) < m_oSucc(oParent.Start() + 1);
+    }
+    // Appends a finished record, whose predecessor is uParent, behind all others in the order
+    // of successors.
+    u2_t AppendPlain(u2_t uParent, const Node& oNode) {
+        const u2_t uId = static_cast<u2_t>(m_oNode.Size());
+        m_oNode.Add(oNode);
+        Node& oParent = m_oNode(uParent);
+        ++oParent.uWord3;
+        u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
+        pGroup[GROUP_HEADER + pGroup[0]++] = uId;
+        m_uIndexed = uId + 1;
+        return uId;
+    }
     // A view of the successors of uId, all placed; empty for a node that is no tree.
     struct Group {
         const u2_t* pId = nullptr;
@@ -127,6 +184,8 @@ class Data_Base {
 
     // Appends bytes to the text heap and returns their offset; they may lie in the heap.
     u2_t AddHeap(const void* pData, std::size_t uSize);
+    // So many bytes may be read behind the end of the heap.
+    static constexpr std::size_t HEAP_SLACK = 16;
     // Appends a text and its NUL. The text is valid UTF-8 without a NUL.
     u2_t AddText(std::string_view sText);
     [[nodiscard]] const char* HeapAt(u2_t uOffset) const noexcept { return m_oStr.Beg() + uOffset; }
@@ -154,6 +213,7 @@ class Data_Base {
     // ---- fields -----------------------------------------------------------
 
     Hash m_oName;            // node names
+    Hash_Guess m_oGuess;     // of the next name to be interned
     Arr<Node> m_oNode;       // by id; 0 is the root
     Arr<u2_t> m_oSucc;       // successor groups
     Arr<u2_t> m_oUnsorted;   // pairs: parent, length of the sorted part of its group
@@ -170,11 +230,17 @@ class Data_Base {
     u3_t m_uDeadAtts = 0;    // attribute records without value
 
   private:
+    u2_t InternSlow(std::string_view sName);
+    char* HeapSpace(std::size_t uSize);
+    u2_t AppendHeap(const char* pSrc, std::size_t uSize, std::size_t uExtra);
     void CheckAppendSlow(u2_t uParent) const;
-    [[noreturn]] void RaiseFull(u2_t uParent) const;
+    void PrepareAppend(u2_t uParent);
     void DropValueSlow(Node& oNode) noexcept;
-    void MakeTree(Node& oNode) noexcept;
+    [[nodiscard]] bool IsInOrder(const u2_t* pGroup, u2_t uSize, u2_t uKey) const noexcept {
+        return uSize == 0 || !m_oName.IsLess(uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
+    }
     void Place(u2_t uId);
+    u2_t AddGroup(u2_t uCapacity);
     void GrowGroup(Node& oParent);
     void SortGroups();
     void CompactGroups();

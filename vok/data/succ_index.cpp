@@ -35,10 +35,7 @@ void Data_Base::Place(u2_t uId) {
     }
     u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
     u2_t uSize = pGroup[0];
-    const bool bInOrder =
-        uSize == 0 || (uSize & UNSORTED) != 0 ||
-        !m_oName.IsLess(oNode.uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
-    if (!bInOrder) {
+    if ((uSize & UNSORTED) == 0 && !IsInOrder(pGroup, uSize, oNode.uKey)) {
         m_oUnsorted.Reserve(m_oUnsorted.Size() + 2 > m_oUnsorted.Capacity()
                                 ? 2 * m_oUnsorted.Capacity() + 8
                                 : 0);
@@ -50,25 +47,41 @@ void Data_Base::Place(u2_t uId) {
     pGroup[0] = uSize + 1;
 }
 
+void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
+    const u2_t uStart = AddGroup(uCapacity);
+    Node& oNode = m_oNode(uId);
+    oNode.SetType(Node::Tree);
+    oNode.uWord2 = uStart;
+    oNode.uWord3 = 0;
+}
+
+// Appends an empty group and returns its place.
+u2_t Data_Base::AddGroup(u2_t uCapacity) {
+    const std::size_t uStart = m_oSucc.Size();
+    if (!Msg::IsInt32(static_cast<i3_t>(uStart + GROUP_HEADER + uCapacity))) {
+        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
+    }
+    u2_t* pGroup = m_oSucc.AddSpace(std::size_t{GROUP_HEADER} + uCapacity);
+    pGroup[0] = 0;
+    pGroup[1] = uCapacity;
+    return static_cast<u2_t>(uStart);
+}
+
 // Gives a group room for at least one more. A first group is as large as the node already
 // has successors: exact for every tree that is built before it is read.
 void Data_Base::GrowGroup(Node& oParent) {
     const bool bFirst = oParent.Start() == NONE;
     const u2_t uOld = bFirst ? 0 : m_oSucc(oParent.Start() + 1);
     const u2_t uCapacity = bFirst ? oParent.Size() : std::max(oParent.Size(), 2 * uOld);
-    const std::size_t uStart = m_oSucc.Size();
-    if (!Msg::IsInt32(static_cast<i3_t>(uStart + GROUP_HEADER + uCapacity))) {
-        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
-    }
-    u2_t* pGroup = m_oSucc.AddSpace(GROUP_HEADER + uCapacity);
-    pGroup[0] = 0;
+    const u2_t uStart = AddGroup(uCapacity);
     if (!bFirst) {
         const u2_t* pOld = m_oSucc.Beg() + oParent.Start();
-        std::copy_n(pOld, GROUP_HEADER + (pOld[0] & ~UNSORTED), pGroup);
+        u2_t* pGroup = m_oSucc.Beg() + uStart;
+        pGroup[0] = pOld[0];
+        std::copy_n(pOld + GROUP_HEADER, pOld[0] & ~UNSORTED, pGroup + GROUP_HEADER);
         m_uDeadSucc += GROUP_HEADER + uOld;
     }
-    pGroup[1] = uCapacity;
-    oParent.uWord2 = static_cast<u2_t>(uStart);
+    oParent.uWord2 = uStart;
 }
 
 // Sorts the groups that were appended to out of order: their new part, which is then merged

@@ -40,12 +40,12 @@ const Data_Node& ReadValue(const Mem::Ref<Data_Base>& oBase, u2_t uId, Data_Node
 
 void Data::SetValInt(i2_t iValue, Node::Type eType) {
     return Where("vok::Data::SetValInt", [&] {
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
         if (eType < Node::Boolean || eType > Node::Char) {
             Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
         }
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
         StartValue(b, m_uId, eType).uWord2 = static_cast<u2_t>(iValue);
     });
 }
@@ -56,12 +56,12 @@ void Data::SetValBool(bool bValue) {
 
 void Data::SetValDbl(double dValue, Node::Type eType) {
     return Where("vok::Data::SetValDbl", [&] {
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
         if (eType < Node::Float || eType > Node::Date) {
             Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
         }
+        if (!m_oBase) SetToRoot();
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        CheckNoTree(b, m_uId);
         StartValue(b, m_uId, eType).SetValue64(std::bit_cast<u3_t>(dValue));
     });
 }
@@ -123,6 +123,7 @@ void Data::SetValLink(const Data& oTarget) {
         Base& b = detail::ValueOf(m_oBase, m_uId);
         if (oTarget.m_oBase && oTarget.m_oBase != m_oBase) Msg::WithWrongDataType("Root");
         CheckNoTree(b, m_uId);
+        if (oTarget.m_oBase) detail::NodeOf(m_oBase, oTarget.m_uId);
         const u2_t uTarget = oTarget.m_oBase ? oTarget.m_uId : Node::NONE;
         StartValue(b, m_uId, Node::Link).SetValue64(uTarget);
     });
@@ -140,9 +141,8 @@ void Data::ClearVal() {
 // ---- getters ----------------------------------------------------------------
 
 i2_t Data::GetValInt(Node::Type eType) const {
-    return Where("vok::Data::GetValInt", [&] {
-        return static_cast<i2_t>(ReadValue(m_oBase, m_uId, eType).uWord2);
-    });
+    return Where("vok::Data::GetValInt",
+                 [&] { return static_cast<i2_t>(ReadValue(m_oBase, m_uId, eType).uWord2); });
 }
 
 bool Data::GetValBool() const {
@@ -150,9 +150,8 @@ bool Data::GetValBool() const {
 }
 
 double Data::GetValDbl(Node::Type eType) const {
-    return Where("vok::Data::GetValDbl", [&] {
-        return std::bit_cast<double>(ReadValue(m_oBase, m_uId, eType).Value64());
-    });
+    return Where("vok::Data::GetValDbl",
+                 [&] { return std::bit_cast<double>(ReadValue(m_oBase, m_uId, eType).Value64()); });
 }
 
 u3_t Data::GetValLng() const {
@@ -162,7 +161,8 @@ u3_t Data::GetValLng() const {
 
 const char* Data::GetValStr() const {
     return Where("vok::Data::GetValStr", [&]() -> const char* {
-        return m_oBase->HeapAt(ReadValue(m_oBase, m_uId, Node::String).uWord2);
+        const Node& oNode = ReadValue(m_oBase, m_uId, Node::String);
+        return m_oBase->HeapAt(oNode.uWord2);
     });
 }
 
@@ -194,9 +194,8 @@ void Data::GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const {
 }
 
 Data Data::GetValLink() const {
-    return Where("vok::Data::GetValLink", [&] {
-        return GetNodeFromID(ReadValue(m_oBase, m_uId, Node::Link).uWord2);
-    });
+    return Where("vok::Data::GetValLink",
+                 [&] { return GetNodeFromID(ReadValue(m_oBase, m_uId, Node::Link).uWord2); });
 }
 
 const char* Data::GetStr(const char* sDefault) const {

@@ -2,6 +2,7 @@
 #include <bit>
 
 #include "vok/base/date.h"
+#include "vok/base/hash_guess.h"
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
@@ -20,48 +21,20 @@ namespace dgraph {
 
 namespace {
 
-// Names follow each other in patterns: what came after a name the last time is looked at
-// first the next time, which saves most records a search in the table of names.
-class NameGuess {
-  public:
-    explicit NameGuess(const Hash& oNames) noexcept : m_oNames(oNames) {}
-
-    // The key of the name at p if it is the expected one and "[" follows, else Hash::NONE.
-    // uSize bytes can be read at p.
-    [[nodiscard]] u2_t Match(const char* p, std::size_t uSize) const noexcept {
-        const u2_t uKey = m_uLast < m_oNext.Size() ? m_oNext(m_uLast) : 0;
-        if (uKey == 0) return Hash::NONE;
-        const Hash_Text& oName = m_oNames(uKey);
-        if (oName.uLength + std::size_t{8} > uSize || p[oName.uLength] != '[') return Hash::NONE;
-        const std::size_t uHead = oName.uLength < 8 ? oName.uLength : 8;
-        u3_t uPrefix = 0;
-        if constexpr (std::endian::native == std::endian::little) {
-            std::memcpy(&uPrefix, p, 8);
-            uPrefix = __builtin_bswap64(uPrefix);
-        } else {
-            std::memcpy(&uPrefix, p, 8);
-        }
-        // uHead is at least 1: the shift is below 64.
-        if ((uPrefix ^ oName.uPrefix) >> (64 - 8 * uHead) != 0) return Hash::NONE;
-        if (oName.uLength > 8 &&
-            std::memcmp(p + 8, oName.sText + 8, oName.uLength - std::size_t{8}) != 0) {
-            return Hash::NONE;
-        }
-        return uKey;
+// Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
+[[nodiscard]] bool IsNameAt(const Hash_Text& oName, const char* p, std::size_t uSize) noexcept {
+    if (oName.uLength + std::size_t{8} > uSize || p[oName.uLength] != '[') return false;
+    const std::size_t uHead = oName.uLength < 8 ? oName.uLength : 8;
+    u3_t uPrefix;
+    std::memcpy(&uPrefix, p, 8);
+    if constexpr (std::endian::native == std::endian::little) {
+        uPrefix = __builtin_bswap64(uPrefix);
     }
-    // uKey was read. Only names that are written as they stand are expected again.
-    void Note(u2_t uKey, bool bPlain) {
-        if (m_oNext.Size() < m_oNames.Size()) m_oNext.Resize(m_oNames.Size());
-        m_oNext(m_uLast) = bPlain ? uKey : 0;
-        m_uLast = uKey;
-    }
-    void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
-
-  private:
-    const Hash& m_oNames;
-    Arr<u2_t> m_oNext;  // by key; 0 = nothing expected
-    u2_t m_uLast = 0;
-};
+    // Names have a byte at least: the shift is below 64.
+    if ((uPrefix ^ oName.uPrefix) >> (64 - 8 * uHead) != 0) return false;
+    return oName.uLength <= 8 ||
+           std::memcmp(p + 8, oName.sText + 8, oName.uLength - std::size_t{8}) == 0;
+}
 
 template <class Source>
 class Reader {
@@ -70,14 +43,15 @@ class Reader {
         : m_oData(oData),
           b(*Access::BaseOf(oData)),
           m_oSource(oSource),
-          m_oLimits(oLimits),
-          m_oGuess(b.m_oName) {}
+          m_oLimits(oLimits) {}
 
     void Run() {
         m_oLevel.Reserve(32);
-        m_oLevel.Add(Level{1, NO_NAME, 0});
-        while (m_oLevel.Size() != 0 && Top().iPending != 0) {
+        m_oLevel.Add(Level{1, NO_NAME, 0, 0});
+        while (Top().iPending != 0) {
+            m_uNode = Top().uParent;
             if (!ReadRecord()) break;
+            if constexpr (Source::IN_MEMORY) ReadPlainRecords();
         }
         m_uNode = 0;
     }
@@ -103,11 +77,13 @@ class Reader {
     [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
 
   private:
-    // One open level: records still to come, and the run of equal names at its end.
+    // The successors of one open node: records still to come, the run of equal names at its
+    // end. The lowest level is that of the root itself.
     struct Level {
         i2_t iPending;
         u2_t uRunKey;
         i2_t iRunCount;
+        u2_t uParent;
     };
     struct Link {
         u2_t uId;
@@ -115,6 +91,10 @@ class Reader {
     };
 
     static constexpr u2_t NO_NAME = Hash::NONE;
+    // Length, one byte of step text at the least, type code.
+    static constexpr std::size_t SMALLEST_RECORD = 6;
+    // Expected where the bytes to come cannot be seen.
+    static constexpr u3_t UNSEEN_RECORDS = 4;
 
     [[nodiscard]] Level& Top() noexcept { return m_oLevel(m_oLevel.Size() - 1); }
 
@@ -138,11 +118,12 @@ class Reader {
 
     // Reads one record; false when the document ends.
     bool ReadRecord() {
-        if (!ReadPlainStep()) ReadStep();
+        ReadStep();
         const Code eCode = static_cast<Code>(Get<u0_t>());
-        if (eCode != CODE_NONE) ReadValue(eCode);
         --Top().iPending;
-        if (eCode == CODE_NONE) {
+        if (eCode != CODE_NONE) {
+            ReadValue(eCode);
+        } else {
             std::size_t uGot;
             const i2_t iCount = Get<i2_t>(&uGot);
             if (uGot < 4) return false;
@@ -151,40 +132,129 @@ class Reader {
                 return true;
             }
         }
-        if (m_uNode == 0) return false;
-        m_uNode = b.m_oNode(m_uNode).Pred();
-        // Close the levels that are complete; the root's own ends with the loop.
-        while (m_uNode != 0 && m_oLevel.Size() != 0 && Top().iPending == 0) {
-            m_oLevel.Truncate(m_oLevel.Size() - 1);
-            m_uNode = b.m_oNode(m_uNode).Pred();
-        }
+        if (m_oLevel.Size() == 1) return false;  // a root without successors
+        CloseLevels();
         return true;
+    }
+
+    // Closes the levels that are complete; that of the root's successors stays open.
+    void CloseLevels() noexcept {
+        while (Top().iPending == 0 && Top().uParent != 0) {
+            m_oLevel.Truncate(m_oLevel.Size() - 1);
+        }
+    }
+
+    // Reads records as long as they are like most records are: an expected name, no attributes,
+    // the next index of its run, in the order of names, a value that needs no second look.
+    // Stops in front of the first other one, which is for ReadRecord. This loop is what
+    // loading a document costs.
+    void ReadPlainRecords() {
+        constexpr std::size_t LENGTH = 4;
+        constexpr std::size_t LARGEST_VALUE = 8;
+        while (Top().iPending != 0) {
+            Level& oLevel = Top();
+            const char* p = m_oSource.Peek();
+            const std::size_t uAtHand = m_oSource.AtHand();
+            if (uAtHand < LENGTH) return;
+            const std::size_t uStep = Load<u2_t>(p);
+            p += LENGTH;
+            if (uAtHand < LENGTH + uStep + 1 + LARGEST_VALUE) return;
+            const u2_t uKey = GuessName(p, uAtHand - LENGTH);
+            if (uKey == 0) return;
+
+            // The index is the one that the run has reached.
+            const std::size_t uName = b.m_oName(uKey).uLength;
+            const bool bSameRun = uKey == oLevel.uRunKey;
+            const u2_t uIndex = bSameRun ? static_cast<u2_t>(oLevel.iRunCount) : 0;
+            if (!IsIndex(p + uName + 1, uStep - uName - 1, uIndex)) return;
+            if (!bSameRun && oLevel.uRunKey != NO_NAME && b.m_oName.IsLess(uKey, oLevel.uRunKey)) {
+                return;
+            }
+            if (b.m_oNode.Size() >= m_oLimits.m_uNodes || !b.CanPlace(oLevel.uParent)) return;
+
+            p += uStep;
+            const Code eCode = static_cast<Code>(*p++);
+            Data_Node oNode{uKey, (oLevel.uParent + 1) << 4, 0, 0};
+            std::size_t uValue = 4;
+            switch (eCode) {
+                case CODE_NONE:
+                    if (Load<i2_t>(p) <= 0) return;
+                    break;
+                case CODE_INTEGER:
+                    oNode.SetType(Data_Node::Integer);
+                    oNode.uWord2 = Load<u2_t>(p);
+                    break;
+                case CODE_DOUBLE:
+                    oNode.SetType(Data_Node::Double);
+                    oNode.SetValue64(Load<u3_t>(p));
+                    uValue = 8;
+                    break;
+                case CODE_BOOLEAN:
+                    oNode.SetType(Data_Node::Boolean);
+                    oNode.uWord2 = *p != 0;
+                    uValue = 1;
+                    break;
+                case CODE_STRING: {
+                    const std::size_t uText = Load<u2_t>(p);
+                    const std::size_t uLeft = uAtHand - LENGTH - uStep - 1 - LENGTH;
+                    if (uText == 0 || uText > uLeft || uText > m_oLimits.m_uTextBytes) return;
+                    const char* pText = p + LENGTH;
+                    if (pText[uText - 1] != 0 || !IsPlainText(pText, uText - 1)) return;
+                    oNode.SetType(Data_Node::String);
+                    oNode.uWord2 = b.AddText({pText, uText - 1});
+                    oNode.uWord3 = static_cast<u2_t>(uText);
+                    uValue = LENGTH + uText;
+                    break;
+                }
+                default: return;
+            }
+            m_uNode = b.AppendPlain(oLevel.uParent, oNode);
+            m_oGuess.Confirm(uKey);
+            oLevel.uRunKey = uKey;
+            oLevel.iRunCount = static_cast<i2_t>(uIndex + 1);
+            --oLevel.iPending;
+            m_oSource.Skip(LENGTH + uStep + 1 + uValue);
+            if (eCode == CODE_NONE) {
+                OpenLevel(Load<i2_t>(p));
+            } else {
+                CloseLevels();
+            }
+        }
+    }
+
+    // The key of the name at p if it is one of those expected, else 0.
+    [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize) const noexcept {
+        const u2_t uFirst = m_oGuess.First();
+        if (uFirst != 0 && IsNameAt(b.m_oName(uFirst), p, uSize)) return uFirst;
+        const u2_t uSecond = m_oGuess.Second();
+        return uSecond != 0 && IsNameAt(b.m_oName(uSecond), p, uSize) ? uSecond : 0;
+    }
+
+    // Whether the rest of a step text is this index in decimal and its bracket.
+    [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
+        if (uIndex < 10) [[likely]] {
+            return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
+        }
+        if (uSize > 11 || p[uSize - 1] != ']') return false;
+        while (--uSize > 0) {
+            if (static_cast<u2_t>(p[uSize - 1] - '0') != uIndex % 10) return false;
+            uIndex /= 10;
+        }
+        return uIndex == 0;
     }
 
     void OpenLevel(i2_t iCount) {
         if (m_oLevel.Size() > m_oLimits.m_uDepth) {
             Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
         }
-        m_oLevel.Add(Level{iCount, NO_NAME, 0});
-    }
-
-    // The step "name[0]" to "name[9]" of an expected name, which most records have. False
-    // when it is anything else; nothing is consumed then.
-    bool ReadPlainStep() {
-        constexpr std::size_t uLengthSize = 4;
-        if (m_oSource.AtHand() < uLengthSize + 8 || m_bFirst) return false;
-        const char* p = m_oSource.Peek();
-        const u2_t uLength = Load<u2_t>(p);
-        p += uLengthSize;
-        const u2_t uKey = m_oGuess.Match(p, m_oSource.AtHand() - uLengthSize);
-        if (uKey == Hash::NONE) return false;
-        const u2_t uName = b.m_oName(uKey).uLength;
-        const unsigned uDigit = static_cast<u0_t>(p[uName + 1]) - unsigned{'0'};
-        if (uLength != uName + 3 || uDigit > 9 || p[uName + 2] != ']') return false;
-        m_oSource.Skip(uLengthSize + uLength);
-        m_oGuess.Confirm(uKey);
-        AppendNode(uKey, static_cast<i2_t>(uDigit));
-        return true;
+        m_oLevel.Add(Level{iCount, NO_NAME, 0, m_uNode});
+        // Room for no more successors, on all levels together, than there can be records in
+        // the bytes at hand.
+        const u3_t uRecords = m_oSource.AtHand() / SMALLEST_RECORD + b.m_oNode.Size();
+        const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
+        const u3_t uRoom = std::min(iCount > 0 ? static_cast<u3_t>(iCount) : 1, uMost);
+        m_uPromised += uRoom;
+        b.OpenTree(m_uNode, static_cast<u2_t>(uRoom));
     }
 
     void ReadStep() {
@@ -193,7 +263,8 @@ class Reader {
         m_oStep.Parse(m_oSource.View(uLength));
         const u2_t uKey = b.Intern(m_oStep.Name());
         const Hash_Text& oName = b.m_oName(uKey);
-        m_oGuess.Note(uKey, uKey != 0 && !detail::HasReserved({oName.sText, oName.uLength}));
+        const bool bPlain = uKey != 0 && !detail::HasReserved({oName.sText, oName.uLength});
+        m_oGuess.Note(uKey, bPlain, b.m_oName.Size());
         if (m_bFirst) {
             b.m_oNode(0).uKey = uKey;
             m_bFirst = false;
@@ -243,16 +314,13 @@ class Reader {
         if (b.m_oNode.Size() >= m_oLimits.m_uNodes) [[unlikely]] {
             Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
         }
-        return b.Append(uParent, uKey);
+        return b.AppendPlaced(uParent, uKey);
     }
 
     // ---- values -----------------------------------------------------------
 
-    // The node of the record is new: whatever it gets replaces nothing.
     void SetValue(Data_Node::Type eType, u3_t uValue) {
-        Data_Node& oNode = b.m_oNode(m_uNode);
-        oNode.SetType(eType);
-        oNode.SetValue64(uValue);
+        b.SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue), static_cast<u2_t>(uValue >> 32));
     }
 
     void ReadValue(Code eCode) {
@@ -280,18 +348,9 @@ class Reader {
 
     void ReadText() {
         std::string_view sText = m_oSource.View(GetLength());
-        const void* pNul = sText.empty() ? nullptr : std::memchr(sText.data(), 0, sText.size());
-        if (pNul != nullptr) {
-            const char* pEnd = static_cast<const char*>(pNul);
-            sText = sText.substr(0, static_cast<std::size_t>(pEnd - sText.data()));
-        }
-        if (IsAscii(sText.data(), sText.size())) {
-            const u2_t uOffset = b.AddText(sText);
-            return SetValue(Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
-        }
-        const Utf8_Text oText(sText);
-        const u2_t uOffset = b.AddText(oText.View());
-        SetValue(Data_Node::String, u3_t{oText.Len() + 1} << 32 | uOffset);
+        // The text ends at its first NUL, which is almost always the last byte.
+        if (!sText.empty() && sText.back() == 0) sText.remove_suffix(1);
+        b.SetNewText(m_uNode, sText);
     }
 
     void ReadBlock() {
@@ -335,12 +394,13 @@ class Reader {
     Source& m_oSource;
     const Limits& m_oLimits;
     Step m_oStep;
-    NameGuess m_oGuess;
+    Hash_Guess m_oGuess;  // usable are names that documents carry as they stand
     Arr<Level> m_oLevel;
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;
-    u2_t m_uNode = 0;  // of the record being read; between records the parent of the next one
+    u2_t m_uNode = 0;  // of the record being read; its parent as long as its name is not known
     u3_t m_uSkipped = 0;
+    u3_t m_uPromised = 0;  // successors that groups have room for
     bool m_bFirst = true;
 };
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "vok/data/store.h"
 #include "vok/file/buf.h"
 
 namespace vok::dgraph {
@@ -29,6 +30,8 @@ class StreamSink {
     void Payload(const void* pData, std::size_t uSize) {
         if (uSize != 0) m_oOut.Write(pData, uSize);
     }
+    // A text of the tree's heap.
+    void HeapText(const char* pText, std::size_t uSize) { Payload(pText, uSize); }
     void Finish() noexcept {}
 
   private:
@@ -55,9 +58,18 @@ class BufferSink {
         return m_p;
     }
     void Cut(char* pEnd) noexcept { m_p = pEnd; }
-    void Payload(const void* pData, std::size_t uSize) {
+    void Payload(const char* pData, std::size_t uSize) {
         char* p = Space(uSize);
-        std::memcpy(p, pData, uSize);
+        if (uSize != 0) std::memcpy(p, pData, uSize);
+        m_p = p + uSize;
+    }
+    // Short texts of the tree go in pieces of 16 bytes, which is quicker than asking how many
+    // there are.
+    void HeapText(const char* pText, std::size_t uSize) {
+        static_assert(Data_Base::HEAP_SLACK >= 16);
+        if (uSize > 64) return Payload(pText, uSize);
+        char* p = Space(uSize + 16);
+        for (std::size_t u = 0; u < uSize; u += 16) std::memcpy(p + u, pText + u, 16);
         m_p = p + uSize;
     }
     void Finish() noexcept {

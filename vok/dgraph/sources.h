@@ -17,6 +17,7 @@ namespace vok::dgraph {
 // Any stream: one read per field.
 class StreamSource {
   public:
+    static constexpr bool IN_MEMORY = false;
     static constexpr std::size_t FIRST_BUFFER = 4096;
     static constexpr std::size_t CHUNK = 64 * 1024;
 
@@ -59,6 +60,8 @@ class StreamSource {
 // A memory buffer, read in place. Its position follows when the source ends.
 class BufferSource {
   public:
+    static constexpr bool IN_MEMORY = true;
+
     explicit BufferSource(File_Buf& oIn) noexcept
         : m_oIn(oIn), m_pBegin(oIn.Peek()), m_p(m_pBegin), m_pEnd(m_p + oIn.Remaining()) {}
     BufferSource(const BufferSource&) = delete;

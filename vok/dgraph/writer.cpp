@@ -184,7 +184,7 @@ class Writer {
                 *p++ = static_cast<char>(CODE_STRING);
                 m_oSink.Cut(p);
                 m_oSink.Cut(Store(p, oNode.uWord3));
-                return m_oSink.Payload(b.HeapAt(oNode.uWord2), oNode.uWord3);
+                return m_oSink.HeapText(b.HeapAt(oNode.uWord2), oNode.uWord3);
             }
             case Data_Node::Binary:
                 WriteCode(CODE_BINARY);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 
 // 64-bit positions in gzip files on every platform.
 #if !defined(_LARGEFILE64_SOURCE)

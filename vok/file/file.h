@@ -35,8 +35,8 @@ class File : public File_Stream {
     // of a written file reached the disk calls Close().
     ~File() override;
 
-    // Closes the file that is open, if any, then opens oPath; the directories above a file
-    // to be written are made when they are missing. An empty path does nothing at all.
+    // Closes the file that is open, if any, as Close() does, then opens oPath; the directories
+    // above a file to be written are made when they are missing. An empty path does nothing at all.
     // Returns whether oPath was opened; with bRaise a failure raises "could not open file".
     //
     // The letters of sAttributes, null meaning "r"; others are ignored:
@@ -54,7 +54,7 @@ class File : public File_Stream {
 
     // Closes the file; a closed one stays closed. When bytes that were written cannot be
     // brought to the disk, the file is closed all the same and "file write error" raised
-    // (0 bytes not written: the number is unknown).
+    // (with 0 bytes not written for a gzip file, where nobody knows the number).
     void Close();
 
     [[nodiscard]] bool IsOpen() const noexcept { return m_pHandle != nullptr; }

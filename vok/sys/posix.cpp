@@ -3,7 +3,10 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <mutex>
+#include <new>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -206,21 +209,118 @@ bool MakeDirectories(const char* sPath) noexcept {
 
 // ---- memory ---------------------------------------------------------------
 
+namespace {
+
+// Pages of this size are used where they can be: an array that is written front to back
+// then takes one fault per 2 MiB instead of 512.
+constexpr std::size_t HUGE_PAGE = std::size_t{1} << 21;
+
+[[nodiscard]] std::size_t RoundUp(std::size_t uSize) noexcept {
+    return (uSize + HUGE_PAGE - 1) & ~(HUGE_PAGE - 1);
+}
+
+// What stands in front of every block of pages.
+struct PageHeader {
+    std::size_t uMapped;  // bytes of address space, a multiple of HUGE_PAGE
+    std::size_t uUnused;  // keeps the block aligned to 16 bytes
+};
+
+// Freed blocks wait here for the next tree: clearing fresh pages costs as much as filling them.
+class PageCache {
+  public:
+    // A block of at least uMapped bytes, null when there is none: the smallest one, or the
+    // largest one for an array that goes on growing.
+    PageHeader* Take(std::size_t uMapped, bool bLargest) noexcept {
+        const std::lock_guard oLock(m_oMutex);
+        PageHeader** pBest = nullptr;
+        for (PageHeader*& p : m_apBlock) {
+            if (p == nullptr || p->uMapped < uMapped) continue;
+            if (pBest == nullptr || (p->uMapped > (*pBest)->uMapped) == bLargest) pBest = &p;
+        }
+        if (pBest == nullptr) return nullptr;
+        m_uBytes -= (*pBest)->uMapped;
+        return std::exchange(*pBest, nullptr);
+    }
+    // False when there is no room: the block stays the caller's.
+    bool Give(PageHeader* pBlock) noexcept {
+        const std::lock_guard oLock(m_oMutex);
+        if (pBlock->uMapped > MOST - m_uBytes) return false;
+        for (PageHeader*& p : m_apBlock) {
+            if (p != nullptr) continue;
+            p = pBlock;
+            m_uBytes += pBlock->uMapped;
+            return true;
+        }
+        return false;
+    }
+
+  private:
+    static constexpr std::size_t COUNT = 8;
+    static constexpr std::size_t MOST = std::size_t{64} << 20;
+
+    std::mutex m_oMutex;
+    PageHeader* m_apBlock[COUNT] = {};
+    std::size_t m_uBytes = 0;
+};
+
+constinit PageCache g_oPages;
+
+// Maps uMapped bytes, a multiple of HUGE_PAGE, so that they begin at one.
+[[nodiscard]] PageHeader* Map(std::size_t uMapped) noexcept {
+    void* pMap = ::mmap(nullptr, uMapped + HUGE_PAGE, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (pMap == MAP_FAILED) return nullptr;
+    const auto uAddress = reinterpret_cast<std::uintptr_t>(pMap);
+    const std::size_t uHead = RoundUp(uAddress) - uAddress;
+    char* pBegin = static_cast<char*>(pMap) + uHead;
+    if (uHead != 0) ::munmap(pMap, uHead);
+    if (uHead != HUGE_PAGE) ::munmap(pBegin + uMapped, HUGE_PAGE - uHead);
+    ::madvise(pBegin, uMapped, MADV_HUGEPAGE);
+    return new (pBegin) PageHeader{uMapped, 0};
+}
+
+[[nodiscard]] PageHeader* HeaderOf(void* pPages) noexcept {
+    return static_cast<PageHeader*>(pPages) - 1;
+}
+
+[[nodiscard]] std::size_t MappedFor(std::size_t uSize) noexcept {
+    return RoundUp(uSize + sizeof(PageHeader));
+}
+
+}  // namespace
+
 void* AllocPages(std::size_t uSize) noexcept {
-    void* pPages = ::mmap(nullptr, uSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (pPages == MAP_FAILED) return nullptr;
-    // Large arrays are written front to back: one fault per 2 MiB instead of 512.
-    ::madvise(pPages, uSize, MADV_HUGEPAGE);
-    return pPages;
+    PageHeader* pBlock = g_oPages.Take(MappedFor(uSize), false);
+    if (pBlock == nullptr) pBlock = Map(MappedFor(uSize));
+    return pBlock != nullptr ? pBlock + 1 : nullptr;
 }
 
 void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept {
-    void* pMoved = ::mremap(pPages, uOldSize, uNewSize, MREMAP_MAYMOVE);
-    return pMoved == MAP_FAILED ? nullptr : pMoved;
+    PageHeader* pOld = HeaderOf(pPages);
+    const std::size_t uMapped = MappedFor(uNewSize);
+    if (uMapped <= pOld->uMapped) return pPages;
+    PageHeader* pNew = g_oPages.Take(uMapped, true);
+    if (pNew != nullptr) {
+        std::memcpy(pNew + 1, pPages, uOldSize < uNewSize ? uOldSize : uNewSize);
+        FreePages(pPages, uOldSize);
+        return pNew + 1;
+    }
+    pNew = Map(uMapped);
+    if (pNew == nullptr) return nullptr;
+    // Moves page tables instead of bytes; what lies behind the old block stays mapped.
+    const std::size_t uOldMapped = pOld->uMapped;
+    if (::mremap(pOld, uOldMapped, uOldMapped, MREMAP_MAYMOVE | MREMAP_FIXED, pNew) == MAP_FAILED) {
+        ::munmap(pNew, uMapped);
+        return nullptr;
+    }
+    pNew->uMapped = uMapped;
+    return pNew + 1;
 }
 
-void FreePages(void* pPages, std::size_t uSize) noexcept {
-    ::munmap(pPages, uSize);
+void FreePages(void* pPages, std::size_t) noexcept {
+    PageHeader* pBlock = HeaderOf(pPages);
+    const std::size_t uMapped = pBlock->uMapped;
+    if (!g_oPages.Give(pBlock)) ::munmap(pBlock, uMapped);
 }
 
 }  // namespace vok::sys

@@ -112,8 +112,9 @@ bool MakeDirectories(const char* sPath) noexcept;
 
 // ---- memory ---------------------------------------------------------------
 
-// Blocks so large that growing them must not copy. Sizes are rounded up to whole
-// pages by the system; fresh pages read as zero. Null when there is no memory.
+// Blocks so large that growing them must not copy: page tables are moved instead. Their bytes
+// are not initialised. Up to 64 MiB of freed blocks are kept for the next ones. Null when
+// there is no memory.
 [[nodiscard]] void* AllocPages(std::size_t uSize) noexcept;
 [[nodiscard]] void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept;
 void FreePages(void* pPages, std::size_t uSize) noexcept;

@@ -1,0 +1,210 @@
+// Blocks, counted references and arrays.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/base/msg_capture.h"
+#include "vok/base/arr.h"
+
+namespace vok {
+namespace {
+
+// Lets uLeft blocks be made, then none.
+std::size_t g_uLeft;
+Mem::Allocator g_oBelow;
+
+class Scarce {
+  public:
+    explicit Scarce(std::size_t uLeft) {
+        g_uLeft = uLeft;
+        g_oBelow = Mem::SetAllocator(
+            {[](std::size_t uSize) { return Take() ? g_oBelow.pAlloc(uSize) : nullptr; },
+             [](void* pBlock, std::size_t uOld, std::size_t uNew) {
+                 return Take() ? g_oBelow.pResize(pBlock, uOld, uNew) : nullptr;
+             },
+             [](void* pBlock, std::size_t uSize) { g_oBelow.pFree(pBlock, uSize); }});
+    }
+    ~Scarce() { Mem::SetAllocator(g_oBelow); }
+    Scarce(const Scarce&) = delete;
+    Scarce& operator=(const Scarce&) = delete;
+
+  private:
+    static bool Take() { return g_uLeft != 0 && g_uLeft-- != 0; }
+};
+
+TEST(Mem, CountsBlocksAndOwners) {
+    const Msg_Capture oCapture;
+    const u3_t uBytes = Mem::BytesInUse();
+    const u3_t uBlocks = Mem::BlocksInUse();
+    void* pData = Mem::Create(100);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pData) % 16, 0u);
+    EXPECT_EQ(Mem::BytesInUse() - uBytes, 100u);
+    // Small, larger, pages, larger, and back: the bytes come along.
+    static_cast<char*>(pData)[99] = 'x';
+    for (const std::size_t uSize : {200, 100000, 3 << 20, 9 << 20, 2 << 20, 1000}) {
+        pData = Mem::Resize(pData, uSize);
+        EXPECT_EQ(static_cast<char*>(pData)[99], 'x');
+        EXPECT_EQ(Mem::SizeOf(pData), uSize);
+        std::memset(static_cast<char*>(pData) + 100, 0, uSize - 100);
+    }
+    EXPECT_EQ(Mem::GetRefCnt(pData), 0u);
+    EXPECT_EQ(Raised([&] { Mem::DecRef(pData); }), "try to decrement zero reference count\n");
+    Mem::AddRef(pData);
+    Mem::AddRef(pData);
+    EXPECT_EQ(Mem::GetRefCnt(pData), 2u);
+    Mem::DecRef(pData);
+    EXPECT_FALSE(Mem::DropRef(pData));
+    EXPECT_TRUE(Mem::DropRef(pData));
+    Mem::Free(pData);
+    Mem::Free(nullptr);
+    EXPECT_EQ(Mem::BytesInUse(), uBytes);
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
+TEST(Mem, FailuresSayHowMuchIsInUse) {
+    const Msg_Capture oCapture;
+    void* pData = Mem::Create(8);
+    const std::string sInUse = " bytes failed, " + std::to_string(Mem::BytesInUse()) +
+                               " bytes and " + std::to_string(Mem::BlocksInUse()) +
+                               " blocks in use\n";
+    EXPECT_EQ(Raised([] { (void)Mem::Create(SIZE_MAX); }),
+              "allocation of 18446744073709551615" + sInUse);
+    {
+        const Scarce oScarce(0);
+        EXPECT_EQ(Raised([] { (void)Mem::Create(5); }), "allocation of 5" + sInUse);
+        const std::string sError = Raised([&] { (void)Mem::Resize(pData, 50); });
+        EXPECT_TRUE(sError.starts_with("reallocation of block 0x") &&
+                    sError.ends_with(" to 50" + sInUse))
+            << sError;
+        EXPECT_EQ(Mem::SizeOf(pData), 8u);
+    }
+    Mem::Free(pData);
+}
+
+struct Witness {
+    explicit Witness(int& iLive, bool bFail = false) : m_iLive(iLive) {
+        if (bFail) throw 1;
+        ++m_iLive;
+    }
+    ~Witness() { --m_iLive; }
+    Witness(const Witness&) = delete;
+    Witness& operator=(const Witness&) = delete;
+    int& m_iLive;
+};
+
+TEST(Ref, TheLastOneDestroys) {
+    int iLive = 0;
+    const u3_t uBlocks = Mem::BlocksInUse();
+    {
+        auto oRef = Mem::Ref<Witness>::Create(iLive);
+        Mem::Ref<Witness> oCopy = oRef;
+        oCopy = std::as_const(oCopy);
+        oRef = oCopy;
+        EXPECT_TRUE(oRef == oCopy);
+        oRef.Reset();
+        EXPECT_EQ(iLive, 1);
+        oRef = std::move(oCopy);
+        EXPECT_FALSE(static_cast<bool>(oCopy));  // NOLINT(bugprone-use-after-move)
+        oRef = Mem::Ref<Witness>::Create(iLive);
+        EXPECT_EQ(iLive, 1);
+        EXPECT_THROW((void)Mem::Ref<Witness>::Create(iLive, true), int);
+    }
+    EXPECT_EQ(iLive, 0);
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
+// ---- arrays -----------------------------------------------------------------
+
+std::string Text(const Arr<char>& oArr) {
+    return {oArr.Beg(), oArr.Size()};
+}
+
+TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
+    const struct {
+        void (*pChange)(Arr<char>&);
+        const char* sResult;
+    } oRows[] = {
+        {[](Arr<char>& o) { o.Add('x'); }, "abcx"},
+        {[](Arr<char>& o) { o.Add(std::as_const(o)(0)); }, "abca"},
+        {[](Arr<char>& o) { o.Add("xy", 2); }, "abcxy"},
+        {[](Arr<char>& o) { o.Insert(0, 'x'); }, "xabc"},
+        {[](Arr<char>& o) { o.Insert(3, std::as_const(o)(1)); }, "abcb"},
+        {[](Arr<char>& o) {
+             o.Resize(2);
+             o.Add('x');
+         },
+         "abx"},
+        {[](Arr<char>& o) {
+             o.Truncate(1);
+             o.Add('x');
+         },
+         "ax"},
+        {[](Arr<char>& o) {
+             o.MakePrivate();
+             o(1) = 'x';
+         },
+         "axc"},
+        {[](Arr<char>& o) {
+             o.Reserve(1);
+             o(1) = 'x';
+         },
+         "axc"},
+        {[](Arr<char>& o) {
+             o.Trim();
+             o(1) = 'x';
+         },
+         "axc"},
+        {[](Arr<char>& o) { o.Clear(); }, ""},
+        {[](Arr<char>& o) { o.Share(o); }, "abc"},
+    };
+    const u3_t uBlocks = Mem::BlocksInUse();
+    for (const auto& oRow : oRows) {
+        Arr<char> oArr;
+        oArr.Reserve(20);
+        oArr.Add("abc", 3);
+        Arr<char> oShared;
+        oShared.Add('z');
+        oShared.Share(oArr);
+        EXPECT_EQ(std::as_const(oShared).Beg(), std::as_const(oArr).Beg());
+        oRow.pChange(oShared);
+        EXPECT_EQ(Text(oShared), oRow.sResult);
+        EXPECT_EQ(Text(oArr), "abc");
+        oRow.pChange(oArr);  // by now perhaps the only owner
+        EXPECT_EQ(Text(oArr), oRow.sResult);
+        EXPECT_EQ(Text(oShared), oRow.sResult);
+    }
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
+TEST(Arr, GrowsAndFailsWithoutLoss) {
+    const Msg_Capture oCapture;
+    Arr<u2_t> oArr;
+    std::size_t uMoves = 0;
+    for (u2_t u = 0; u < 1000000; ++u) {
+        const std::size_t uCapacity = oArr.Capacity();
+        oArr.Add(u);
+        uMoves += oArr.Capacity() != uCapacity;
+    }
+    EXPECT_LT(uMoves, 40u);
+    EXPECT_LE(oArr.Capacity(), oArr.Size() + oArr.Size() / 4);
+    for (u2_t u = 0; u < 1000000; u += 997) ASSERT_EQ(oArr(u), u);
+    oArr.Trim();
+    {
+        const Scarce oScarce(0);
+        EXPECT_THROW(oArr.Add(1), Msg_Exception);
+        EXPECT_THROW(oArr.Insert(5, 1), Msg_Exception);
+        EXPECT_THROW(oArr.Resize(2000000), Msg_Exception);
+    }
+    // Sizes that do not fit into bytes are refused like any other.
+    EXPECT_THROW(oArr.Reserve(SIZE_MAX / 4 + 2), Msg_Exception);
+    EXPECT_THROW(oArr.Resize(SIZE_MAX), Msg_Exception);
+    EXPECT_EQ(oArr.Size(), 1000000u);
+    EXPECT_EQ(oArr(5), 5u);
+    oArr.Resize(3);
+    oArr.Resize(5);
+    EXPECT_EQ(oArr(2), 2u);
+    EXPECT_EQ(oArr(3) + oArr(4), 0u);
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,134 @@
+// Strings, their UTF-16 companion, and the table of distinct texts.
+#include "vok/base/str.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vok/base/hash.h"
+
+namespace vok {
+namespace {
+
+TEST(Str, FieldsAndSharing) {
+    Str oText;
+    EXPECT_EQ(oText.Data(), nullptr);
+    EXPECT_EQ(oText.Size(), 0u);
+    oText.Add("");
+    oText.Add(static_cast<const char*>(nullptr));
+    oText.Add(Str());
+    EXPECT_EQ(oText.Data(), nullptr);
+    oText = "aä😀";
+    EXPECT_EQ(oText.Size(), 8u);
+    EXPECT_EQ(oText.Len(), 7u);
+    EXPECT_EQ(oText.Chars(), 3u);
+
+    Str oCopy = oText;
+    EXPECT_EQ(oCopy.Data(), oText.Data());
+    oCopy.Add("!");
+    EXPECT_STREQ(oCopy.CStr(), "aä😀!");
+    EXPECT_STREQ(oText.CStr(), "aä😀");
+    Str oShared;
+    oShared.Add(oText);
+    EXPECT_EQ(oShared.Data(), oText.Data());
+    oText.Clear();
+    EXPECT_EQ(oShared.Chars(), 3u);
+    oShared = std::as_const(oShared);
+    EXPECT_STREQ(oShared.CStr(), "aä😀");
+}
+
+TEST(Str, AppendsItself) {
+    Str oText("ab");
+    std::string sModel = "ab";
+    for (int i = 0; i < 10; ++i) {
+        oText.Add(oText);
+        oText.Add(oText.CStr() + sModel.size());  // its second half
+        oText.Add(oText.View().substr(1, 3));
+        sModel += sModel;
+        sModel += sModel.substr(sModel.size() / 2);
+        sModel += sModel.substr(1, 3);
+        ASSERT_EQ(oText.View(), sModel);
+        ASSERT_EQ(oText.Chars(), sModel.size());
+    }
+}
+
+TEST(Str, ForeignTextBecomesUtf8) {
+    const struct {
+        std::string_view sIn;
+        const char* sOut;
+    } oRows[] = {
+        {"\xE4", "ä"},
+        {"ä\xE4", "ää"},
+        {"\xC3", "Ã"},
+        {"\xF0\x9F\x98", "ð\u009F\u0098"},
+        {"\xF4\x90\x80\x80", "ô\u0090\u0080\u0080"},
+        {std::string_view("a\0b", 3), "a"},
+        {std::string_view("\xE4\0\xE4", 3), "ä"},
+    };
+    for (const auto& oRow : oRows) EXPECT_STREQ(Str(oRow.sIn).CStr(), oRow.sOut);
+}
+
+TEST(Str, Utf16) {
+    const struct {
+        std::u16string sIn;
+        const char* sUtf8;
+        std::u16string sBack;
+    } oRows[] = {
+        {u"", "", u""},
+        {u"aä€😀", "aä€😀", u"aä€😀"},
+        {u"\xFFFF\xE000\xD7FF", "\uFFFF\uE000\uD7FF", u"\xFFFF\xE000\xD7FF"},
+        {u"\xDBFF\xDFFF", "\U0010FFFF", u"\xDBFF\xDFFF"},
+        {u"a\xD83D", "a\uFFFD", u"a\xFFFD"},
+        {u"\xDE00\xD83D", "\uFFFD\uFFFD", u"\xFFFD\xFFFD"},
+        {u"\xD83D\xD83D\xDE00", "\uFFFD😀", u"\xFFFD\xD83D\xDE00"},
+    };
+    for (const auto& oRow : oRows) {
+        Str oText;
+        oText.Add(oRow.sIn.c_str());
+        EXPECT_STREQ(oText.CStr(), oRow.sUtf8);
+        const Str::Utf16 oBack(oText);
+        EXPECT_EQ(oBack.CStr(), oRow.sBack);
+        EXPECT_EQ(oBack.Len(), oRow.sBack.size());
+    }
+    Str oText;
+    const char16_t* sLong = u"abc\xD83D\xDE00";
+    oText.Add(sLong, sLong + 4);
+    EXPECT_EQ(oText, Str("abc\uFFFD"));
+}
+
+TEST(Hash, KeysAndOrder) {
+    std::mt19937 oRandom(1);
+    Hash oHash;
+    EXPECT_EQ(oHash.Find(""), 0u);
+    std::vector<std::string> oTexts = {""};
+    bool bNew = true;
+    EXPECT_EQ(oHash.Insert("", bNew), 0u);
+    EXPECT_FALSE(bNew);
+    // Few letters and lengths around a word: many common beginnings.
+    for (int i = 0; i < 3000; ++i) {
+        std::string sText;
+        for (auto u = oRandom() % 20; u > 0; --u) sText += "ab\xC3\xFF"[oRandom() % 4];
+        const auto oFound = std::ranges::find(oTexts, sText);
+        const auto uKnown = static_cast<u2_t>(oFound - oTexts.begin());
+        const bool bKnown = oFound != oTexts.end();
+        EXPECT_EQ(oHash.Find(sText), bKnown ? uKnown : Hash::NONE);
+        EXPECT_EQ(oHash.Insert(sText, bNew), uKnown);
+        EXPECT_EQ(bNew, !bKnown);
+        if (bNew) oTexts.push_back(sText);
+    }
+    const std::string sLong(100000, 'x');
+    const u2_t uLong = oHash.Insert(sLong, bNew);
+    EXPECT_EQ(oHash(uLong).sText, sLong);
+    ASSERT_EQ(oHash.Size(), oTexts.size() + 1);
+    for (u2_t u = 0; u < oTexts.size(); ++u) {
+        ASSERT_EQ(oHash(u).sText, oTexts[u]);
+        const u2_t uOther = static_cast<u2_t>(oRandom() % oTexts.size());
+        ASSERT_EQ(oHash.IsLess(u, uOther), oTexts[u] < oTexts[uOther]);
+    }
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,149 @@
+// UTF-8 sequences, numbers and dates as text.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <limits>
+#include <string>
+
+#include "vok/base/date.h"
+#include "vok/base/number.h"
+#include "vok/base/utf8.h"
+
+namespace vok {
+namespace {
+
+TEST(Utf8, EveryCodePoint) {
+    for (u2_t uCode = 0; uCode <= 0x110000; ++uCode) {
+        char sText[4];
+        const unsigned uLength = EncodeUtf8(uCode, sText);
+        const bool bValid = uCode <= 0x10FFFF && (uCode < 0xD800 || uCode > 0xDFFF);
+        const unsigned uExpected = !bValid           ? 3
+                                   : uCode < 0x80    ? 1
+                                   : uCode < 0x800   ? 2
+                                   : uCode < 0x10000 ? 3
+                                                     : 4;
+        ASSERT_EQ(uLength, uExpected);
+        ASSERT_EQ(Utf8SequenceLength(sText, uLength), uLength);
+        ASSERT_EQ(Utf8SequenceLength(sText, uLength - 1), 0u);
+        const char* p = sText;
+        ASSERT_EQ(DecodeUtf8(p, sText + uLength), bValid ? uCode : 0xFFFD);
+        ASSERT_EQ(p, sText + uLength);
+    }
+}
+
+// Every pair of first and second byte, against the ranges of the standard.
+TEST(Utf8, WellFormedBeginnings) {
+    for (unsigned u0 = 0x80; u0 < 0x100; ++u0) {
+        for (unsigned u1 = 0; u1 < 0x100; ++u1) {
+            const char s[4] = {static_cast<char>(u0), static_cast<char>(u1), '\x80', '\x80'};
+            const bool bTail = u1 >= 0x80 && u1 <= 0xBF;
+            unsigned uExpected = 0;
+            if (u0 >= 0xC2 && u0 <= 0xDF && bTail) uExpected = 2;
+            if (u0 >= 0xE0 && u0 <= 0xEF && bTail) uExpected = 3;
+            if (u0 >= 0xF0 && u0 <= 0xF4 && bTail) uExpected = 4;
+            if ((u0 == 0xE0 && u1 < 0xA0) || (u0 == 0xED && u1 > 0x9F)) uExpected = 0;
+            if ((u0 == 0xF0 && u1 < 0x90) || (u0 == 0xF4 && u1 > 0x8F)) uExpected = 0;
+            ASSERT_EQ(Utf8SequenceLength(s, 4), uExpected) << u0 << " " << u1;
+            ASSERT_EQ(IsUtf8(s, uExpected), true);
+            const char* p = s;
+            if (uExpected == 0) {
+                ASSERT_EQ(DecodeUtf8(p, s + 4), u0);
+            }
+        }
+    }
+}
+
+TEST(Utf8, OneByteAtEveryPlace) {
+    for (std::size_t uSize = 0; uSize < 40; ++uSize) {
+        std::string sText(uSize, 'a');
+        EXPECT_TRUE(IsAscii(sText.data(), uSize) && IsPlainText(sText.data(), uSize));
+        for (std::size_t u = 0; u < uSize; ++u) {
+            for (const int iByte : {0, 1, 0x7F, 0x80, 0x81, 0xFF}) {
+                sText[u] = static_cast<char>(iByte);
+                EXPECT_EQ(IsAscii(sText.data(), uSize), iByte < 0x80);
+                EXPECT_EQ(IsUtf8(sText.data(), uSize), iByte < 0x80);
+                EXPECT_EQ(IsPlainText(sText.data(), uSize), iByte < 0x80 && iByte != 0) << iByte;
+            }
+            sText[u] = 'a';
+        }
+    }
+}
+
+TEST(Number, Text) {
+    constexpr double LEAST = std::numeric_limits<double>::denorm_min();
+    for (const double d :
+         {0.0, -0.0, 0.1, 1e15, 1e16, 123456.789, 1.0 / 3, -2e-5, 1e-4, LEAST,
+          std::numeric_limits<double>::max(), -std::numeric_limits<double>::infinity()}) {
+        char sText[NUMBER_ROOM];
+        char sExpected[64];
+        std::snprintf(sExpected, sizeof(sExpected), "%.16g", d);
+        EXPECT_EQ(FormatReal16(d, sText), std::strlen(sExpected));
+        EXPECT_STREQ(sText, sExpected);
+    }
+    const struct {
+        const char* sText;
+        i2_t iValue;
+        int iUsed;
+    } oRows[] = {
+        {"", 0, 0},
+        {"x", 0, 0},
+        {" \t\n\v\f\r+5 ", 5, 8},
+        {"-0", 0, 2},
+        {"--1", 0, 0},
+        {"- 1", 0, 0},
+        {"0x10", 0, 1},
+        {"2147483647", 2147483647, 10},
+        {"2147483648", 2147483647, 10},
+        {"-2147483648", -2147483647 - 1, 11},
+        {"-2147483649", -2147483647 - 1, 11},
+        {"999999999999999999999999", 2147483647, 24},
+    };
+    for (const auto& oRow : oRows) {
+        const char* pEnd = nullptr;
+        EXPECT_EQ(ParseLong(oRow.sText, &pEnd), oRow.iValue) << oRow.sText;
+        EXPECT_EQ(pEnd - oRow.sText, oRow.iUsed) << oRow.sText;
+    }
+}
+
+TEST(Date, FieldsAgainstTheCalendarOfTheStandardLibrary) {
+    for (i3_t iDay = -800000; iDay < 800000; iDay += 13) {
+        const std::chrono::year_month_day o{std::chrono::sys_days{std::chrono::days{iDay}}};
+        const Date_Fields oFields = BreakDownDate(static_cast<double>(iDay) * 86400 + 86399.5);
+        ASSERT_EQ(oFields.iYear, static_cast<int>(o.year()));
+        ASSERT_EQ(oFields.iMonth, static_cast<int>(static_cast<unsigned>(o.month())));
+        ASSERT_EQ(oFields.iDay, static_cast<int>(static_cast<unsigned>(o.day())));
+        ASSERT_EQ(oFields.iHour * 3600 + oFields.iMinute * 60 + oFields.iSecond, 86399);
+    }
+}
+
+TEST(Date, TextAndDayNumbers) {
+    constexpr double INF = std::numeric_limits<double>::infinity();
+    const struct {
+        double dSeconds;
+        const char* sText;
+    } oRows[] = {
+        {0, "1970-01-01T00:00:00"},
+        {-0.001, "1969-12-31T23:59:59"},
+        {1795545356, "2026-11-24T18:35:56"},
+        {951782400, "2000-02-29T00:00:00"},
+        {-62135596801, "0000-12-31T23:59:59"},
+        {253402300800, "10000-01-01T00:00:00"},
+        {std::numeric_limits<double>::quiet_NaN(), "1970-01-01T00:00:00"},
+    };
+    char sText[128];
+    for (const auto& oRow : oRows) {
+        EXPECT_EQ(FormatDate(oRow.dSeconds, 'T', sText), std::strlen(oRow.sText));
+        EXPECT_STREQ(sText, oRow.sText);
+    }
+    for (const double d : {INF, -INF, 1e300}) EXPECT_LT(FormatDate(d, ' ', sText), 40u);
+    for (const double dSeconds : {0.0, -1.0, -86401.0, 1795545356.0, -2209161600.0, 1.0}) {
+        EXPECT_EQ(SecondsOfDays(DaysOfSeconds(dSeconds)), dSeconds);
+    }
+    EXPECT_EQ(DaysOfSeconds(0), 25569.0);
+    EXPECT_EQ(SecondsOfDays(25569.0 - 0.6 / 86400), -1.0);
+    EXPECT_EQ(SecondsOfDays(INF), INF);
+    EXPECT_TRUE(std::isnan(SecondsOfDays(std::numeric_limits<double>::quiet_NaN())));
+}
+
+}  // namespace
+}  // namespace vok

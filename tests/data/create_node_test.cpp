@@ -1,0 +1,128 @@
+// Nodes made along paths.
+#include "tests/data/data_support.h"
+#include "vok/data/xpath.h"
+
+namespace vok {
+namespace {
+
+TEST(CreateNode, MakesWhatIsMissing) {
+    Data oCursor;
+    const struct {
+        const char* sPath;
+        u2_t uCreated;
+        const char* sResult;
+    } oRows[] = {
+        {"", 0, "/"},
+        {"/", 0, "/"},
+        {"a", 1, "/a[0]"},
+        {"a", 0, "/a[0]"},
+        {"a/b/c", 2, "/a[0]/b[0]/c[0]"},
+        {"/a/./b/../d", 1, "/a[0]/d[0]"},
+        {"a[2]", 2, "/a[2]"},
+        {"a[2]", 0, "/a[2]"},
+        {"a[1]", 1, "/a[1]"},
+        {"a[1]/", 0, "/a[1]"},
+        {"x[3]/y[1]", 6, "/x[3]/y[1]"},
+        {"\b47;[0]", 1, "/\b47;[0]"},
+        {"\b0;", 1, "/\b0;[0]"},
+        {"e[@k=\"1\"]", 1, "/e[0]"},
+        {"e[@k=\"2\"]", 1, "/e[1]"},
+        {"e[@k=\"2\"]", 0, "/e[1]"},
+        {"e[1][@k=\"2\"]", 0, "/e[1]"},
+        {"e[3][@k=\"2\"][@l=\"\"]", 2, "/e[3]"},
+        {"e[@l=\"\"]", 0, "/e[3]"},
+        {"e[2][@k=\"4\"]/f", 2, "/e[2]/f[0]"},
+    };
+    for (const auto& oRow : oRows) {
+        u2_t uCreated = 99;
+        const u2_t uBefore = oCursor.GetNodes();
+        const Data oMade = oCursor.CreateNode(oRow.sPath, &uCreated);
+        EXPECT_EQ(oMade.GetPath(), Str(oRow.sResult)) << oRow.sPath;
+        EXPECT_EQ(uCreated, oRow.uCreated) << oRow.sPath;
+        EXPECT_NE(oMade.GetType(), Data_Node::Zombi);
+        // A revived placeholder is no new record.
+        EXPECT_LE(oCursor.GetNodes(), (uBefore == 0 ? 1 : uBefore) + uCreated);
+        EXPECT_EQ(oCursor.GetId(), 0u);
+    }
+    EXPECT_EQ(oCursor.GetSuccIt("x").Size(), 4u);
+    EXPECT_EQ(IdsOf(oCursor.GetSuccIt("x")).size(), 1u);
+    EXPECT_EQ(oCursor.GetNthSucc("x", 1).GetType(), Data_Node::Zombi);
+    EXPECT_STREQ(oCursor.GetNthSucc("e", 2).GetAttVal("k"), "4");
+    EXPECT_EQ(oCursor.GetNthSucc("e", 2).GetAttVal("l"), nullptr);
+}
+
+TEST(CreateNode, RefusesBeforeAnythingIsMade) {
+    Data oRoot = NewTree();
+    oRoot.CreateNewSucc("v").SetValInt(1);
+    oRoot.CreateNode("two[0]").SetAttVal("k", "1");
+    oRoot.CreateNode("two[1]").SetAttVal("k", "1");
+    const u2_t uNodes = oRoot.GetNodes();
+    const struct {
+        const char* sPath;
+        const char* sError;
+    } oRows[] = {
+        {"new/*", "invalid character '*'\n"},
+        {"new//x", "invalid character '/'\n"},
+        {"//x", "invalid character '/'\n"},
+        {"new//", "invalid character '/'\n"},
+        {"new/x[", "opening bracket '[' used without corresponding closing bracket\n"},
+        {"..", "node has no predecessor\n"},
+        {"two", "node is not unique\n"},
+        {"two[@k=\"1\"]", "node is not unique\n"},
+        {"two[1][@k=\"2\"]", "node already exists\n"},
+        {"v/x", "node \"v\" with wrong data type: 'Integer'\n"},
+        {"v/x[5]", "node \"v\" with wrong data type: 'Integer'\n"},
+        {"x[1048577]",
+         "limit \"skipped slots\" of 1048576 exceeded (raise Limits::m_uSkippedSlots)\n"},
+    };
+    for (const auto& oRow : oRows) {
+        u2_t uCreated = 99;
+        EXPECT_EQ(Raised([&] { oRoot.CreateNode(oRow.sPath, &uCreated); }), oRow.sError)
+            << oRow.sPath;
+        EXPECT_EQ(oRoot.GetNodes(), uNodes) << oRow.sPath;
+        EXPECT_EQ(uCreated, 0u);
+    }
+    Data oEmpty;
+    EXPECT_THROW(oEmpty.CreateNode("*"), Msg_Exception);
+    EXPECT_FALSE(oEmpty.IsNode());
+}
+
+// One limit for the placeholders of all steps: a path costs no more than its limit says.
+TEST(CreateNode, PlaceholdersOfAWholePathAreLimited) {
+    Limits oLimits;
+    oLimits.m_uSkippedSlots = 10;
+    const char* sError = "limit \"skipped slots\" of 10 exceeded (raise Limits::m_uSkippedSlots)\n";
+    Data oRoot = NewTree();
+    u2_t uCreated = 0;
+    oRoot.CreateNode("a[5]/b[5]", &uCreated, oLimits);
+    EXPECT_EQ(uCreated, 12u);
+    EXPECT_EQ(Raised([&] { NewTree().CreateNode("a[5]/b[5]/c[1]", nullptr, oLimits); }), sError);
+    EXPECT_EQ(Raised([&] { NewTree().CreateNode("a[11]", nullptr, oLimits); }), sError);
+    oRoot.CreateNode("a[15]", nullptr, oLimits);  // there are six already
+}
+
+TEST(CreateSucc, ByStep) {
+    Data_Xpath oPath;
+    oPath.Parse("n[2][@k=\"v\"]/*");
+    Data oEmpty;
+    u2_t uCreated = 0;
+    const Data oMade = oEmpty.CreateSucc(oPath(0), &uCreated);
+    EXPECT_EQ(uCreated, 3u);
+    EXPECT_EQ(oMade.GetId(), 3u);
+    EXPECT_STREQ(oMade.GetAttVal("k"), "v");
+    EXPECT_EQ(oEmpty.CreateSucc(oPath(0), &uCreated), oMade);
+    EXPECT_EQ(uCreated, 0u);
+    EXPECT_EQ(Raised([&] { oEmpty.CreateSucc(oPath(1)); }), "invalid character '*'\n");
+    // A removed node gives its place to the next one, without its value and its successors.
+    Data oOld = oMade;
+    oOld.CreateNewSucc("below").SetValStr("text");
+    oOld.Remove();
+    const Data oAgain = oEmpty.CreateSucc(oPath(0), &uCreated);
+    EXPECT_EQ(uCreated, 1u);
+    EXPECT_EQ(oAgain, oMade);
+    EXPECT_EQ(oAgain.GetType(), Data_Node::Empty);
+    EXPECT_EQ(oAgain.GetSuccIt().Size(), 0u);
+}
+
+}  // namespace
+}  // namespace vok

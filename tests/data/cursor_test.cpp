@@ -1,0 +1,254 @@
+// Cursors: where they stand, what they are called, what may be appended to them.
+#include "tests/data/data_support.h"
+#include "vok/data/store.h"
+
+namespace vok {
+namespace {
+
+TEST(Cursor, NewTreeHasAnUnnamedRoot) {
+    Data oEmpty;
+    EXPECT_FALSE(oEmpty.IsNode());
+    EXPECT_EQ(oEmpty.GetNodes(), 0u);
+    EXPECT_FALSE(oEmpty.GetRoot().IsNode());
+    const Data oRoot = NewTree();
+    EXPECT_EQ(oRoot.GetNodes(), 1u);
+    EXPECT_STREQ(oRoot.GetName(), "Root");
+    EXPECT_EQ(oRoot.GetType(), Data_Node::Empty);
+    EXPECT_EQ(oRoot.NodeDepth(), 0);
+    EXPECT_FALSE(oRoot.GetPred().IsNode());
+    EXPECT_EQ(oRoot.GetUserTag(), Str());
+}
+
+TEST(Cursor, MovesAboutItsTree) {
+    const Data oRoot = NewTree();
+    Data oNode = oRoot;
+    const Data oA = oNode.CreateNewSucc("a");
+    EXPECT_EQ(oNode.GetId(), 0u);
+    oNode = oA;
+    oNode.SetToNewSucc(nullptr);
+    EXPECT_EQ(oNode.GetId(), 2u);
+    EXPECT_EQ(oNode.GetName(), nullptr);
+    EXPECT_EQ(oNode.NodeDepth(), 2);
+    EXPECT_EQ(oNode.GetPred(), oA);
+    EXPECT_EQ(oNode.GetRoot(), oRoot);
+    EXPECT_EQ(oRoot.GetNodeFromID(1), oA);
+    EXPECT_NE(oNode, oA);
+    EXPECT_NE(NewTree(), oRoot);
+    EXPECT_FALSE(oRoot.GetNodeFromID(3).IsNode());
+    EXPECT_FALSE(oRoot.GetNodeFromID(Data_Node::NONE).IsNode());
+
+    EXPECT_EQ(Raised([&] { oNode.SetToNode(3); }), "assertion failed: uId < GetNodes()\n");
+    EXPECT_EQ(oNode.GetId(), 2u);
+    EXPECT_EQ(oNode.SetToNode(1), 1u);
+    oNode.SetToPred();
+    EXPECT_EQ(oNode, oRoot);
+    EXPECT_EQ(Raised([&] { oNode.SetToPred(); }), "node has no predecessor\n");
+}
+
+TEST(Cursor, RootAndTagBelongToTheTree) {
+    const Data oRoot = NewTree();
+    Data oNode = oRoot.GetNodeFromID(0).CreateNewSucc("Root");
+    for (const char* sName : {"x", "\xE4", "", "y"}) {
+        oNode.SetRootName(sName);
+        const std::string sShown = *sName == 0 ? "Root" : *sName == '\xE4' ? "ä" : sName;
+        EXPECT_EQ(oRoot.GetName(), sShown);
+        EXPECT_STREQ(oNode.GetName(), "Root");
+    }
+    oNode.SetUserTag("tag \xFC");
+    const Mem::Str oTag = oRoot.GetUserTag();
+    oNode.SetUserTag(nullptr);
+    EXPECT_EQ(oTag, Str("tag ü"));
+    EXPECT_TRUE(oRoot.GetUserTag().IsEmpty());
+}
+
+TEST(Cursor, NamesAreBroughtToUtf8) {
+    Data oRoot = NewTree();
+    oRoot.CreateNewSucc("\xFC");      // Latin-1
+    oRoot.CreateNewSucc("\xC3\xBC");  // the same letter
+    oRoot.CreateNewSucc("\xC3\xBC\xFC");
+    EXPECT_EQ(oRoot.GetSuccIt("ü").Size(), 2u);
+    EXPECT_EQ(oRoot.GetSuccIt("\xFC").Size(), 2u);
+    EXPECT_STREQ(oRoot.GetNodeFromID(3).GetName(), "üü");
+    EXPECT_EQ(oRoot.FindKey("ü").uKey, oRoot.MakeKey("\xFC").uKey);
+    EXPECT_FALSE(oRoot.FindKey("u").IsKnown());
+}
+
+TEST(Cursor, KeysNameNodes) {
+    Data oRoot = NewTree();
+    const Data_Key oKey = oRoot.MakeKey("k");
+    EXPECT_STREQ(oRoot.CreateNewSucc(oKey).GetName(), "k");
+    EXPECT_EQ(oRoot.CreateNewSucc(Data_Key{0}).GetName(), nullptr);
+    EXPECT_EQ(oRoot.GetNthSucc(oKey, 0).GetId(), 1u);
+    EXPECT_FALSE(oRoot.GetNthSucc(oKey, 1).IsNode());
+    for (const u2_t uBad : {oKey.uKey + 1, Data_Key::UNKNOWN}) {
+        EXPECT_EQ(Raised([&] { oRoot.CreateNewSucc(Data_Key{uBad}); }),
+                  "assertion failed: b.m_oName.ValidHndl(uHndl)\n");
+        EXPECT_EQ(oRoot.GetSuccIt(Data_Key{uBad}).Size(), 0u);
+    }
+    EXPECT_EQ(oRoot.GetNodes(), 3u);
+}
+
+// What an operation on a cursor without a tree answers.
+TEST(Cursor, EmptyCursors) {
+    const struct {
+        const char* sTrail;
+        void (*pCall)(Data&);
+        const char* sError = "node is empty\n";
+    } oRows[] = {
+        {"vok::Data::GetName\n", [](Data& o) { (void)o.GetName(); }},
+        {"vok::Data::NodeDepth\n", [](Data& o) { (void)o.NodeDepth(); }},
+        {"vok::Data::SetToPred\n", [](Data& o) { o.SetToPred(); }},
+        {"vok::Data::SetRootName\n", [](Data& o) { o.SetRootName("x"); }},
+        {"vok::Data::SetUserTag\n", [](Data& o) { o.SetUserTag("x"); }},
+        {"vok::Data::GetUserTag\n", [](Data& o) { (void)o.GetUserTag(); }},
+        {"vok::Data::SetAccessMode\n", [](Data& o) { o.SetAccessMode(); }},
+        {"vok::Data::SetToNewSucc\n", [](Data& o) { o.SetToNewSucc("x"); }},
+        {"vok::Data::GetPath\n", [](Data& o) { (void)o.GetPath(); }},
+        {"vok::Data::GetNodeSet\n", [](Data& o) { (void)o.GetNodeSet("x"); }},
+        {"vok::Data::SetAttVal\n", [](Data& o) { o.SetAttVal("x", "y"); }},
+        {"vok::Data::GetAttVal\n", [](Data& o) { (void)o.GetAttVal("x"); }},
+        {"vok::Data::RemoveAttributes\n", [](Data& o) { o.RemoveAttributes(); }},
+        {"vok::Data::Remove\n", [](Data& o) { o.Remove(); }},
+        {"vok::Data::Shrink\n", [](Data& o) { o.Shrink(); }},
+        {"vok::Data::GetType\n", [](Data& o) { (void)o.GetType(); }, "object points to nothing\n"},
+        {"vok::Data::GetValInt\n", [](Data& o) { (void)o.GetValInt(); },
+         "object points to nothing\n"},
+        {"vok::Data::GetValStr\n", [](Data& o) { (void)o.GetValStr(); },
+         "object points to nothing\n"},
+        {"vok::Data::SetValLink\n", [](Data& o) { o.SetValLink(Data()); },
+         "object points to nothing\n"},
+        {"vok::Data::GetCheckedSucc\n", [](Data& o) { (void)o.GetCheckedSucc("x"); },
+         "node has no successor named \"x\"\n"},
+        {"", [](Data& o) { o.ClearVal(); }, "(nothing raised)"},
+        {"", [](Data& o) { EXPECT_EQ(o.GetSuccIt().Size(), 0u); }, "(nothing raised)"},
+        {"", [](Data& o) { EXPECT_FALSE(o.GetNthSucc("x", 0).IsNode()); }, "(nothing raised)"},
+        {"", [](Data& o) { EXPECT_FALSE(o.GetPred().IsNode()); }, "(nothing raised)"},
+    };
+    for (const auto& oRow : oRows) {
+        SCOPED_TRACE(oRow.sTrail);
+        Data oEmpty;
+        EXPECT_EQ(Raised([&] { oRow.pCall(oEmpty); }), oRow.sError);
+        EXPECT_EQ(Trail([&] { oRow.pCall(oEmpty); }), oRow.sTrail);
+        EXPECT_FALSE(oEmpty.IsNode());
+    }
+    Data oNew;
+    EXPECT_EQ(oNew.CreateNewSucc("x").GetId(), 1u);
+    EXPECT_EQ(oNew.GetNodes(), 2u);
+}
+
+TEST(Cursor, WhoTakesSuccessors) {
+    Data oRoot = NewTree();
+    const struct {
+        void (*pSet)(Data&);
+        const char* sType;  // null: it takes them
+    } oRows[] = {
+        {[](Data& o) { o.SetValBool(false); }, "Boolean"},
+        {[](Data& o) { o.SetValInt(0); }, "Integer"},
+        {[](Data& o) { o.SetValInt(0, Data_Node::Char); }, "Char"},
+        {[](Data& o) { o.SetValDbl(0, Data_Node::Float); }, "Float"},
+        {[](Data& o) { o.SetValDbl(0); }, "Double"},
+        {[](Data& o) { o.SetValDbl(0, Data_Node::Date); }, "Date"},
+        {[](Data& o) { o.SetValBin("", 0); }, "Binary"},
+        {[](Data& o) { o.SetValLng(0); }, "Long"},
+        {[](Data& o) { o.SetValQuad(0, 0, 0, 0); }, "Quad"},
+        {[](Data& o) { o.SetValLink(Data()); }, "Link"},
+        {[](Data& o) { o.SetValStr(" \n\t\r\fx"); }, "String"},
+        {[](Data& o) { o.SetValStr("\v"); }, "String"},
+        {[](Data& o) { o.SetValStr("\u00A0"); }, "String"},
+        {[](Data& o) { o.SetValStr(" \n\t\r\f"); }, nullptr},
+        {[](Data& o) { o.SetValStr(""); }, nullptr},
+        {[](Data& o) { o.ClearVal(); }, nullptr},
+        {[](Data& o) { o.CreateNewSucc("first"); }, nullptr},
+    };
+    for (const auto& oRow : oRows) {
+        Data oNode = oRoot.CreateNewSucc("n");
+        oRow.pSet(oNode);
+        const u2_t uNodes = oRoot.GetNodes();
+        const Data_Node oBefore = oNode.GetNode();
+        const std::string sError = Raised([&] { oNode.CreateNewSucc("new"); });
+        if (oRow.sType == nullptr) {
+            EXPECT_EQ(sError, "(nothing raised)");
+            EXPECT_EQ(oNode.GetType(), Data_Node::Tree);
+            EXPECT_EQ(oNode.GetCheckedSucc("new").GetId(), uNodes);
+            continue;
+        }
+        EXPECT_EQ(sError, "node \"n\" with wrong data type: '" + std::string(oRow.sType) + "'\n");
+        EXPECT_EQ(oRoot.GetNodes(), uNodes);
+        EXPECT_EQ(std::memcmp(&oBefore, &oNode.GetNode(), sizeof(oBefore)), 0);
+    }
+}
+
+TEST(Cursor, CheckedAndUncheckedSuccessors) {
+    Data oRoot = NewTree();
+    u2_t uCreated = 7;
+    const Data oFirst = oRoot.CreateSucc("a", &uCreated);
+    EXPECT_EQ(uCreated, 1u);
+    oRoot.CreateNewSucc("a");
+    EXPECT_EQ(oRoot.CreateSucc("a", &uCreated), oFirst);
+    EXPECT_EQ(uCreated, 0u);
+    EXPECT_EQ(oRoot.GetCheckedSucc("a", 1).GetId(), 2u);
+    EXPECT_FALSE(oRoot.GetNthSucc("a", 2).IsNode());
+    EXPECT_FALSE(oRoot.GetNthSucc(2).IsNode());
+    EXPECT_EQ(Raised([&] { (void)oRoot.GetCheckedSucc("a", 3); }),
+              "node has not 3 successors named \"a\"\n");
+    EXPECT_EQ(Raised([&] { (void)oRoot.GetCheckedSucc("b"); }),
+              "node has no successor named \"b\"\n");
+}
+
+TEST(Cursor, ErrorsNameEveryOperationTheyPass) {
+    Data oNode = NewTree().CreateNewSucc("n");
+    oNode.SetValInt(1);
+    EXPECT_EQ(Trail([&] { oNode.CreateNewSucc("x"); }), "vok::Data::CreateNewSucc(const char*)\n");
+    EXPECT_EQ(Trail([&] { oNode.CreateSucc("x"); }),
+              "vok::Data::SetToNewSucc\nvok::Data::CreateSucc(const char*)\n");
+    EXPECT_EQ(Trail([&] { oNode.CreateNode("x"); }),
+              "vok::Data::CreateNewSucc(const char*)\n"
+              "vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)\nvok::Data::CreateNode\n");
+    EXPECT_EQ(Trail([&] { (void)oNode.GetValBool(); }),
+              "vok::Data::GetValInt\nvok::Data::GetValBool\n");
+    EXPECT_EQ(Trail([&] { (void)oNode.GetNodeSet("a["); }),
+              "vok::Data_Xpath::Step::Parse\nvok::Data_Xpath::Parse\nvok::Data::GetNodeSet\n");
+}
+
+TEST(Cursor, TheLastReferenceFreesTheTree) {
+    const u3_t uBlocks = Mem::BlocksInUse();
+    {
+        Data oNode = NewTree();
+        oNode.SetToNewSucc("a");
+        oNode.SetAttVal("x", "y");
+        oNode.SetValStr("text");
+        Data_SuccIt oIt = oNode.GetRoot().GetSuccIt();
+        Data_NodeSet oSet = oNode.GetNodeSet("/a");
+        Data oCopy = oNode;
+        Data oMoved = std::move(oNode);
+        EXPECT_FALSE(oNode.IsNode());  // NOLINT(bugprone-use-after-move): empty by contract
+        EXPECT_EQ(oNode, Data());
+        oCopy = std::as_const(oCopy);
+        oCopy.Clear();
+        EXPECT_EQ(oCopy, Data());
+        oMoved = NewTree();
+        EXPECT_STREQ(oIt.GetData().GetName(), "a");
+        oIt = Data_SuccIt();
+        EXPECT_STREQ(oSet.GetNth(0).GetValStr(), "text");
+    }
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
+// Parents have 24 bits in a record: one that does not fit must never become another one.
+TEST(Cursor, LastIdThatTakesSuccessors) {
+    constexpr u2_t LAST = Data_Node::CUT_LOOSE - 2;
+    const auto pBase = Mem::Ref<Data_Base>::Create();
+    Data_Base& b = *pBase;
+    while (b.m_oNode.Size() <= LAST + 1) b.Append(0, 0);
+    EXPECT_EQ(b.m_oNode(b.Append(LAST, 0)).Pred(), LAST);
+    const std::size_t uNodes = b.m_oNode.Size();
+    for (const u2_t uParent : {LAST + 1, LAST + 2}) {
+        EXPECT_EQ(Raised([&] { b.Append(uParent, 0); }),
+                  "assertion failed: uParent + 1 < 0xFFFFFF\n");
+    }
+    EXPECT_EQ(b.m_oNode.Size(), uNodes);
+    EXPECT_EQ(b.m_oNode(LAST + 1).GetType(), Data_Node::Empty);
+}
+
+}  // namespace
+}  // namespace vok

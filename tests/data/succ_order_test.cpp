@@ -1,0 +1,238 @@
+// The order of successors: names by their bytes, equal names by creation.
+#include <algorithm>
+#include <map>
+
+#include "tests/data/data_support.h"
+
+namespace vok {
+namespace {
+
+Texts NamesOf(const Data& oParent) {
+    Texts oNames;
+    for (Data_SuccIt oIt = oParent.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
+        const char* sName = oIt.GetData().GetName();
+        oNames.push_back(sName != nullptr ? sName : "");
+    }
+    return oNames;
+}
+
+TEST(SuccOrder, NamesSortByTheirBytes) {
+    const Texts oSorted = {"",          "A",         "AB",         "B",          "Zz",
+                           "a",         "ab",        "abcdefg",    "abcdefgh",   "abcdefgh ",
+                           "abcdefghA", "abcdefgha", "abcdefghi",  "abcdefghij", "abcdefghé",
+                           "abcdefgé",  "b",         "\u007F",     "\u0080",     "ß",
+                           "é",         "\uFFFD",    "\U00010000", "😀"};
+    for (unsigned uSeed = 1; uSeed <= 20; ++uSeed) {
+        Texts oNames = oSorted;
+        std::ranges::shuffle(oNames, std::mt19937(uSeed));
+        Data oRoot = NewTree();
+        for (const std::string& sName : oNames) oRoot.CreateNewSucc(sName.c_str());
+        EXPECT_EQ(NamesOf(oRoot), oSorted) << uSeed;
+    }
+}
+
+// Several parents grow by turns and are read in between, at random: some appends come in
+// order, some do not, some parents are not read for long.
+TEST(SuccOrder, AppendsAndReadsInTurns) {
+    const Texts oNames = {
+        "",  "a", "aa", "b",         "c",          "longer than 8", "longer than 9",
+        "é", "x", "y",  "longer th", "longer than"};
+    for (unsigned uSeed = 1; uSeed <= 30; ++uSeed) {
+        std::mt19937 oRandom(uSeed);
+        const std::size_t uNames = 1 + Below(oRandom, oNames.size());
+        const u2_t uParents = 1 + Below(oRandom, 300);
+        const u2_t uReadEvery = 1 + Below(oRandom, 40);
+        Data oRoot = NewTree();
+        std::vector<std::multimap<std::string, u2_t>> oModel(uParents + 1);
+        const auto Append = [&](u2_t uParent, const std::string& sName) {
+            const Data oNew = oRoot.GetNodeFromID(uParent).CreateNewSucc(sName.c_str());
+            oModel[uParent].emplace(sName, oNew.GetId());
+        };
+        const auto Check = [&](u2_t uParent) {
+            const Data oParent = oRoot.GetNodeFromID(uParent);
+            Ids oExpected;
+            for (const auto& [sName, uId] : oModel[uParent]) oExpected.push_back(uId);
+            ASSERT_EQ(IdsOf(oParent.GetSuccIt()), oExpected);
+            const std::string& sName = oNames[Below(oRandom, oNames.size())];
+            oExpected.clear();
+            const auto [oBeg, oEnd] = oModel[uParent].equal_range(sName);
+            for (auto o = oBeg; o != oEnd; ++o) oExpected.push_back(o->second);
+            const Data_SuccIt oIt = oParent.GetSuccIt(sName.c_str());
+            ASSERT_EQ(IdsOf(oIt), oExpected);
+            ASSERT_EQ(oIt.Size(), oExpected.size());
+            const u2_t uNth = Below(oRandom, oExpected.size() + 2);
+            const Data oNth = oParent.GetNthSucc(sName.c_str(), uNth);
+            ASSERT_EQ(oNth.IsNode(), uNth < oExpected.size());
+            if (oNth.IsNode()) {
+                ASSERT_EQ(oNth.GetId(), oExpected[uNth]);
+            }
+        };
+        for (u2_t u = 1; u <= uParents; ++u) Append(0, oNames[Below(oRandom, uNames)]);
+        for (unsigned u = 0; u < 3000; ++u) {
+            // Few parents get most of the nodes.
+            const u2_t uParent = 1 + Below(oRandom, 1 + Below(oRandom, uParents));
+            Append(uParent, oNames[Below(oRandom, uNames)]);
+            if (Below(oRandom, uReadEvery) == 0) Check(1 + Below(oRandom, uParents));
+        }
+        for (u2_t u = 0; u <= uParents; ++u) Check(u);
+    }
+}
+
+// Every place and length that the run of one name can have in a group long enough to be
+// searched rather than scanned.
+TEST(SuccOrder, RunsInLongGroups) {
+    std::mt19937 oRandom(11);
+    for (const u2_t uSize : {1u, 23u, 24u, 25u, 26u, 47u, 64u, 200u}) {
+        for (unsigned uTry = 0; uTry < 30; ++uTry) {
+            const u2_t uBefore = Below(oRandom, uSize + 1);
+            const u2_t uRun = Below(oRandom, uSize - uBefore + 1);
+            Data oRoot = NewTree();
+            for (u2_t u = 0; u < uSize; ++u) {
+                const bool bRun = u >= uBefore && u < uBefore + uRun;
+                const std::string sOther = (u < uBefore ? "a" : "z") + std::to_string(u % 7);
+                oRoot.CreateNewSucc(bRun ? "m" : sOther.c_str());
+            }
+            oRoot.MakeKey("n");
+            ASSERT_EQ(oRoot.GetSuccIt("m").Size(), uRun) << uSize << " " << uBefore;
+            ASSERT_EQ(oRoot.GetSuccIt("n").Size(), 0u);
+            if (uRun == 0) continue;
+            EXPECT_EQ(oRoot.GetNthSucc("m", uRun - 1).GetId(), uBefore + uRun);
+            EXPECT_STREQ(oRoot.GetNodeFromID(uBefore + uRun).GetPath().CStr(),
+                         ("/m[" + std::to_string(uRun - 1) + "]").c_str());
+        }
+    }
+}
+
+// ---- cost -------------------------------------------------------------------
+
+u3_t g_uRequested;
+Mem::Allocator g_oBelow;
+
+// Runs oBody and returns the bytes that all blocks asked for on the way add up to.
+template <class F>
+u3_t Requested(F&& oBody) {
+    g_uRequested = 0;
+    g_oBelow =
+        Mem::SetAllocator({[](std::size_t uSize) {
+                               g_uRequested += uSize;
+                               return g_oBelow.pAlloc(uSize);
+                           },
+                           [](void* pBlock, std::size_t uOld, std::size_t uNew) {
+                               g_uRequested += uNew;
+                               return g_oBelow.pResize(pBlock, uOld, uNew);
+                           },
+                           [](void* pBlock, std::size_t uSize) { g_oBelow.pFree(pBlock, uSize); }});
+    oBody();
+    Mem::SetAllocator(g_oBelow);
+    return g_uRequested;
+}
+
+// Reading after every append must not move groups each time: memory asked for, which counts
+// every copy, stays linear however parents and names alternate.
+TEST(SuccOrder, ReadingWhileBuildingStaysLinear) {
+    const auto Cost = [](unsigned uNodes) {
+        return Requested([&] {
+            Data oRoot = NewTree();
+            Data oA = oRoot.CreateNewSucc("a");
+            Data oB = oRoot.CreateNewSucc("b");
+            for (unsigned u = 0; u < uNodes; ++u) {
+                Data& oParent = u % 2 == 0 ? oA : oB;
+                oParent.CreateNewSucc(u % 16 == 0 ? "a" : "m");
+                ASSERT_EQ(oParent.GetSuccIt().Size(), u / 2 + 1);
+            }
+            ASSERT_EQ(oA.GetSuccIt().Size() + oB.GetSuccIt().Size(), uNodes);
+        });
+    };
+    const u3_t uSmall = Cost(2000);
+    const u3_t uLarge = Cost(16000);
+    EXPECT_LT(uLarge, 16 * uSmall);
+    EXPECT_LT(uLarge, u3_t{16000} * 200);
+}
+
+TEST(SuccOrder, AccessModeLeavesNothingToDo) {
+    std::mt19937 oRandom(3);
+    Data oRoot = NewTree();
+    Grow(oRoot, oRandom, 500, {"b", "a", "c"});
+    oRoot.SetAccessMode();
+    const u3_t uAsked = Requested([&] {
+        for (u2_t u = 0; u < oRoot.GetNodes(); ++u) {
+            const Data oNode = oRoot.GetNodeFromID(u);
+            EXPECT_EQ(oNode.GetSuccIt("a").Size() + oNode.GetSuccIt("b").Size() +
+                          oNode.GetSuccIt("c").Size(),
+                      oNode.GetSuccIt().Size());
+        }
+    });
+    EXPECT_EQ(uAsked, 0u);
+}
+
+// ---- iterators --------------------------------------------------------------
+
+TEST(SuccIt, WalksAndSkipsTheRemoved) {
+    Data oRoot = NewTree();
+    for (const char* sName : {"b", "a", "b", "a", "b"}) oRoot.CreateNewSucc(sName);
+    EXPECT_EQ(IdsOf(oRoot.GetSuccIt()), (Ids{2, 4, 1, 3, 5}));
+    oRoot.GetNodeFromID(3).Remove();
+    oRoot.GetNodeFromID(5).Remove();
+    Data_SuccIt oIt = oRoot.GetSuccIt("b");
+    EXPECT_EQ(oIt.Size(), 3u);
+    EXPECT_EQ(IdsOf(oIt), (Ids{1}));
+    oIt.SetPos(1);
+    EXPECT_EQ(oIt.GetId(), 3u);  // removed, but still in its place
+    EXPECT_EQ(oIt.GetData().GetType(), Data_Node::Zombi);
+    EXPECT_FALSE(oIt.SkipZombies());
+    EXPECT_EQ(oIt.Pos(), 3u);
+    EXPECT_FALSE(oIt.GetData().IsNode());
+    oIt.Advance();
+    EXPECT_EQ(oIt.Pos(), 3u);
+    oIt.SetPos(99);
+    EXPECT_EQ(oIt.Pos(), 3u);
+    EXPECT_EQ(oRoot.GetNthSucc("b", 2).GetType(), Data_Node::Zombi);
+    // Made before a change it answers, with whatever stands there now.
+    oRoot.CreateNewSucc("aa");
+    oRoot.SetAccessMode();
+    oIt.SetPos(0);
+    for (; oIt.Pos() < oIt.Size(); oIt.Advance()) (void)oIt.GetData();
+    oRoot.Shrink();
+    oIt.SetPos(0);
+    EXPECT_FALSE(oIt.GetData().IsNode());
+}
+
+TEST(NodeIt, ListsNodesOfOneTree) {
+    Data oRoot = NewTree();
+    for (const char* sName : {"b", "a", "b"}) oRoot.CreateNewSucc(sName);
+    oRoot.GetNodeFromID(3).Remove();
+    Data_NodeIt oList;
+    EXPECT_FALSE(oList.SkipZombies());
+    oList.Add(Data());
+    oList.Add(oRoot.GetNodeFromID(3));
+    Data_SuccIt oIt = oRoot.GetSuccIt();
+    oIt.SetPos(2);
+    oList.Add(oIt);
+    EXPECT_FALSE(oIt.GetData().IsNode());
+    oList.Add(oRoot);
+    EXPECT_EQ(Raised([&] { oList.Add(NewTree()); }), "\"Root\" with wrong data type\n");
+    EXPECT_EQ(Trail([&] { oList.Add(NewTree()); }), "vok::Data_NodeIt::Add(const Data&)\n");
+    EXPECT_EQ(oList.Size(), 4u);
+    Ids oIds;
+    for (; oList.SkipZombies(); oList.Advance()) oIds.push_back(oList.GetData().GetId());
+    EXPECT_EQ(oIds, (Ids{2, 1, 0}));
+    EXPECT_FALSE(oList.GetData().IsNode());
+    oRoot.Shrink();
+    oList.SetPos(0);
+    EXPECT_FALSE(oList.GetData().GetPred().IsNode());
+    for (; oList.SkipZombies(); oList.Advance()) EXPECT_LT(oList.GetData().GetId(), 3u);
+}
+
+TEST(NodeSet, AscendingWithoutDuplicates) {
+    Data oRoot = NewTree();
+    for (int i = 0; i < 5; ++i) oRoot.CreateNewSucc("n");
+    Data_NodeSet oSet;
+    for (const u2_t u : {3u, 1u, 3u, 5u, 0u, 5u, 1u}) oSet.Add(oRoot.GetNodeFromID(u));
+    oSet.Add(Data());
+    EXPECT_EQ(IdsOf(oSet), (Ids{0, 1, 3, 5}));
+    EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
+    EXPECT_FALSE(oSet.GetNth(4).IsNode());
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,185 @@
+// Path texts: what parses to what, what is refused with which words, escapes.
+#include "vok/data/xpath.h"
+
+#include "tests/data/data_support.h"
+
+namespace vok {
+namespace {
+
+std::string Parsed(const char* sPath) {
+    Data_Xpath oPath;
+    oPath.Parse(sPath);
+    Str oText;
+    oPath.Debug(oText);
+    return oText.CStr();
+}
+
+TEST(Xpath, Parses) {
+    const struct {
+        const char* sPath;
+        const char* sSteps;
+    } oRows[] = {
+        {"", ""},
+        {nullptr, ""},
+        {"/", "Absolute\n"},
+        {"//", "Absolute\nStopEach\n"},
+        {"a", "Name=\"a\"\n"},
+        {"a/", "Name=\"a\"\n"},
+        {"a//", "Name=\"a\" StopEach\n"},
+        {"//a//b/c", "Absolute\nStopEach\nName=\"a\" StopEach\nName=\"b\"\nName=\"c\"\n"},
+        {"a[0]", "Name=\"a\" [0]\n"},
+        {"a[1000000009]", "Name=\"a\" [1000000009]\n"},
+        {"a[*]", "Name=\"a\"\n"},
+        {"[3]", "Name=\"\" Empty [3]\n"},
+        {"*[@x=\"\"][7][@y=\"a/b]\"]/c", "Name=\"*\" [7] @x=\"\" @y=\"a/b]\"\nName=\"c\"\n"},
+        {"a[@x y=\"=\"]", "Name=\"a\" @x y=\"=\"\n"},
+        {"./../.a/...", "Name=\".\"\nName=\"..\"\nName=\".a\"\nName=\"...\"\n"},
+        {"a]b\"@=c", "Name=\"a]b\"@=c\"\n"},
+        {"\b42;", "Name=\"*\"\n"},
+        {"\xE4[@\xFC=\"\xF6\"]", "Name=\"ä\" @ü=\"ö\"\n"},
+        // Escapes are undone where they stand, without effect on what follows.
+        {"a\b0;b/c\b47;d", "Name=\"a\"\nName=\"c/d\"\n"},
+        {"a[@x\b61;=\"\b34;\b0;lost\"][@y=\"1\"]", "Name=\"a\" @x==\"\"\" @y=\"1\"\n"},
+    };
+    for (const auto& oRow : oRows) EXPECT_EQ(Parsed(oRow.sPath), oRow.sSteps);
+    Data_Xpath oPath;
+    oPath.Parse("\b42;/*/.");
+    EXPECT_FALSE(oPath(0).m_bAnyName);
+    EXPECT_TRUE(oPath(1).m_bAnyName);
+    EXPECT_EQ(oPath(2).m_eKind, Data_XpathStep::Self);
+}
+
+TEST(Xpath, Refuses) {
+    const struct {
+        const char* sPath;
+        const char* sError;
+    } oRows[] = {
+        {"///", "empty xpath not allowed"},
+        {"///a", "empty xpath not allowed"},
+        {"a///b", "empty xpath not allowed"},
+        {".[0]", "invalid character '[' after '.'"},
+        {"..[@a=\"\"]", "invalid character '[' after '.'"},
+        {"a[", "opening bracket '[' used without corresponding closing bracket"},
+        {"a[0][", "opening bracket '[' used without corresponding closing bracket"},
+        {"a[12", "opening bracket '[' used without corresponding closing bracket"},
+        {"a[*", "opening bracket '[' used without corresponding closing bracket"},
+        {"a[]", "invalid character ']' after '['"},
+        {"a[x]", "invalid character 'x' after '['"},
+        {"a[-1]", "invalid character '-' after '['"},
+        {"a[\xE4]", "invalid character 'ä' after '['"},
+        {"a[😀", "invalid character '😀' after '['"},
+        {"a[1x]", "invalid character 'x' after '1'"},
+        {"a[10ä]", "invalid character 'ä' after '0'"},
+        {"a[*x]", "invalid character 'x' after '*'"},
+        {"a[0][1]", "character '@' expected after '['"},
+        {"a[*][0]", "character '@' expected after '['"},
+        {"a[0][@x=\"1\"][*]", "character '@' expected after '['"},
+        {"a[0]b", "invalid character 'b' after ']'"},
+        {"a[0]]", "invalid character ']' after ']'"},
+        {"a[10000000000]", "integer value to big"},
+        {"a[1000000010]", "(nothing raised)"},
+        {"a[1000000011", "opening bracket '[' used without corresponding closing bracket"},
+        {"a[2000000000]", "(nothing raised)"},
+        {"a[99999999999999999999]", "integer value to big"},
+        {"a[@", "missing char '=' in string"},
+        {"a[@x]/b", "missing char '=' in string"},
+        {"a[@=\"1\"]", "empty attribute name in xpath not allowed"},
+        {"a[@x=", "character '\"' expected after '='"},
+        {"a[@x=1]", "character '\"' expected after '='"},
+        {"a[@x=\"1]", "missing char '\"' in string"},
+        {"a[@x=\"1\"", "character ']' expected after '\"'"},
+        {"a[@x=\"1\"x]", "character ']' expected after '\"'"},
+    };
+    for (const auto& oRow : oRows) {
+        std::string sError = Raised([&] { Parsed(oRow.sPath); });
+        if (sError.back() == '\n') sError.pop_back();
+        EXPECT_EQ(sError, oRow.sError) << oRow.sPath;
+    }
+    // What failed leaves nothing behind; the next path does not see it.
+    Data_Xpath oPath;
+    EXPECT_THROW(oPath.Parse("//a/b["), Msg_Exception);
+    EXPECT_EQ(oPath.Size(), 0u);
+    EXPECT_FALSE(oPath.IsAbsolute() || oPath.IsDescendantFromRoot());
+    char sNothing[] = "";
+    Data_XpathStep oStep;
+    EXPECT_EQ(Raised([&] { oStep.Parse(sNothing, sNothing); }),
+              "assertion failed: sXpath < sEnd\n");
+}
+
+// ---- escapes ----------------------------------------------------------------
+
+std::string Encoded(const char* sText, const char* sSet = nullptr) {
+    Str oText;
+    Data::EncodeXpath(oText, sText, sSet);
+    return oText.CStr();
+}
+
+std::string Decoded(std::string sText) {
+    const char* pEnd = Data::DecodeXpath(sText.data());
+    EXPECT_EQ(pEnd, sText.data() + std::strlen(sText.data()));
+    return sText.c_str();
+}
+
+TEST(Escapes, Encode) {
+    EXPECT_EQ(Encoded("a b"), "a\b32;b");
+    EXPECT_EQ(Encoded("/.[]=\"*\b"), "\b47;\b46;\b91;\b93;\b61;\b34;\b42;\b8;");
+    EXPECT_EQ(Encoded("ä@;\t#"), "ä@;\t#");
+    EXPECT_EQ(Encoded("\xE4"), "ä");
+    EXPECT_EQ(Encoded(""), "\b0;");
+    EXPECT_EQ(Encoded(nullptr), "\b0;");
+    EXPECT_EQ(Encoded("a.b", "ab"), "\b97;.\b98;");
+    EXPECT_EQ(Encoded("a.b", ""), "a.b");
+    Str oText("kept ");
+    Data::EncodeXpath(oText, ".");
+    EXPECT_EQ(oText, Str("kept \b46;"));
+}
+
+TEST(Escapes, EveryCharacterSurvives) {
+    std::string sAll;
+    for (int i = 1; i < 128; ++i) sAll += static_cast<char>(i);
+    EXPECT_EQ(Decoded(Encoded((sAll + "äß😀").c_str())), sAll + "äß😀");
+    EXPECT_EQ(Decoded(Encoded(sAll.c_str(), sAll.c_str())), sAll);
+    // A name of each one alone, beside one that resembles its escape.
+    Data oRoot = NewTree();
+    for (const char c : sAll) oRoot.CreateNewSucc(std::string(1, c).c_str());
+    for (const char* s :
+         {"", "\b", "\b46;", "46;", "*", "..", "a/b", "//", "a[0]", "[@a=\"b\"]", "ä."}) {
+        oRoot.CreateNewSucc(s).CreateNewSucc(s);
+    }
+    for (u2_t u = 0; u < oRoot.GetNodes(); ++u) {
+        const Data oNode = oRoot.GetNodeFromID(u);
+        EXPECT_EQ(IdsOf(oRoot.GetNodeSet(oNode.GetPath().CStr())), (Ids{u}))
+            << oNode.GetPath().CStr();
+        if (u == 0) continue;
+        const auto Name = [](const Data& o) { return std::string(o.GetName() ? o.GetName() : ""); };
+        EXPECT_EQ(Name(NewTree().CreateNode(oNode.GetPath().CStr())), Name(oNode));
+    }
+}
+
+TEST(Escapes, DecodeLeavesWhatIsNone) {
+    const struct {
+        const char* sIn;
+        const char* sOut;
+    } oRows[] = {
+        {"", ""},
+        {"\b", "\b"},
+        {"\b;", "\b;"},
+        {"\b46", "\b46"},
+        {"\b46x;", "\b46x;"},
+        {"\b\b46;", "\b."},
+        {"\b1114112;", "\b1114112;"},
+        {"\b99999999999999999999;", "\b99999999999999999999;"},
+        {"\b228;\b8364;\b128512;", "ä€😀"},
+        {"\b000046;", "."},
+        {"a\b0;b", "a"},
+        {"\b8;46;", "\b46;"},  // undone once, not twice
+    };
+    for (const auto& oRow : oRows) EXPECT_EQ(Decoded(oRow.sIn), oRow.sOut);
+    char sText[] = "\b46;\b47;";
+    EXPECT_EQ(Data::DecodeXpath(sText, sText + 4), sText + 1);
+    EXPECT_STREQ(sText + 4, "\b47;");
+    EXPECT_EQ(Data::DecodeXpath(nullptr), nullptr);
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,44 @@
+// Guessing the next name. Internal.
+#ifndef VOK_BASE_HASH_GUESS_H
+#define VOK_BASE_HASH_GUESS_H
+
+#include "vok/base/hash.h"
+
+namespace vok {
+
+// Names follow each other in patterns: after a name comes what came after it the last time, or
+// the same name again. Looking there first saves most names a search in the table.
+class Hash_Guess {
+  public:
+    // The two keys to try, most likely first; 0 when there is nothing to try.
+    [[nodiscard]] u2_t First() const noexcept {
+        return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast).uNext : 0;
+    }
+    [[nodiscard]] u2_t Second() const noexcept {
+        return m_uLast < m_oEntry.Size() && m_oEntry(m_uLast).bUsable ? m_uLast : 0;
+    }
+    // A guess was right.
+    void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
+    // Another name came; uKeys is the size of the table. Only usable ones are guessed.
+    void Note(u2_t uKey, bool bUsable, std::size_t uKeys) {
+        if (m_oEntry.Size() < uKeys) m_oEntry.Resize(uKeys);
+        m_oEntry(uKey).bUsable = bUsable;
+        if (uKey != m_uLast) m_oEntry(m_uLast).uNext = bUsable ? uKey : 0;
+        m_uLast = uKey;
+    }
+    [[nodiscard]] std::size_t HeapBytes() const noexcept {
+        return m_oEntry.Capacity() * sizeof(Entry);
+    }
+
+  private:
+    struct Entry {
+        u2_t uNext;  // 0: nothing known
+        bool bUsable;
+    };
+    Arr<Entry> m_oEntry;  // by key
+    u2_t m_uLast = 0;
+};
+
+}  // namespace vok
+
+#endif  // VOK_BASE_HASH_GUESS_H
