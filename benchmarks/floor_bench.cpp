@@ -73,9 +73,7 @@ char* Emit(const std::vector<Flat>& aoFlat, char* p) {
                 p += o.uText;
                 break;
             case Kind::Map:
-            case Kind::List:
-                *p++ = 0;
-                p = Put(p, o.uCount);
+            case Kind::List: *p++ = 0; p = Put(p, o.uCount);
         }
     }
     return p;
@@ -97,8 +95,8 @@ void RegisterFloor(const Set& oSet) {
         }
         Count(oState, dNodes, static_cast<double>(uSize));
     })->Unit(benchmark::kMicrosecond);
-    benchmark::RegisterBenchmark((sPrefix + "memcpy").c_str(), [&oSet, dNodes](
-                                                                   benchmark::State& oState) {
+    benchmark::RegisterBenchmark((sPrefix + "memcpy").c_str(), [&oSet,
+                                                                dNodes](benchmark::State& oState) {
         const std::vector<Flat> aoFlat = MakeFlat(oSet);
         std::vector<char> aBytes(oSet.items.size() * 128);
         const auto uSize = static_cast<std::size_t>(Emit(aoFlat, aBytes.data()) - aBytes.data());

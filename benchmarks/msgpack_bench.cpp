@@ -106,12 +106,14 @@ class Msgpack {
             case msgpack::type::STR: return o.via.str.size;
             case msgpack::type::MAP: {
                 std::uint64_t uSum = 1;
-                for (std::uint32_t u = 0; u < o.via.map.size; ++u) uSum += Sum(o.via.map.ptr[u].val);
+                for (std::uint32_t u = 0; u < o.via.map.size; ++u)
+                    uSum += Sum(o.via.map.ptr[u].val);
                 return uSum;
             }
             case msgpack::type::ARRAY: {
                 std::uint64_t uSum = 1;
-                for (std::uint32_t u = 0; u < o.via.array.size; ++u) uSum += Sum(o.via.array.ptr[u]);
+                for (std::uint32_t u = 0; u < o.via.array.size; ++u)
+                    uSum += Sum(o.via.array.ptr[u]);
                 return uSum;
             }
             default: return 0;

@@ -57,9 +57,7 @@ class Rapidjson {
             case Kind::Integer: oInto.SetInt(oItem.iValue); break;
             case Kind::Double: oInto.SetDouble(oItem.dValue); break;
             case Kind::Boolean: oInto.SetBool(oItem.iValue != 0); break;
-            case Kind::Text:
-                oInto.SetString(oItem.pText, oItem.uText, oPool);
-                break;
+            case Kind::Text: oInto.SetString(oItem.pText, oItem.uText, oPool); break;
             case Kind::Map:
                 oInto.SetObject();
                 for (std::uint32_t u = 0; u < oItem.uChildren; ++u) {

@@ -32,19 +32,16 @@ bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
     return true;
 }
 
-// A name for the native side: UTF-8 as it is, UTF-16 converted.
-class NativeName {
-  public:
-    explicit NativeName(StringRef oName)
-        : m_oText(oName.Utf8().data() != nullptr ? StringRef(nullptr) : oName),
-          m_oName(oName.Utf8().data() != nullptr ? vok::Data_Name(oName.Utf8())
-                                                 : vok::Data_Name(m_oText.CStr())) {}
-    operator vok::Data_Name() const noexcept { return m_oName; }
+// Hands oUse a name for the native side: UTF-8 as it is, UTF-16 converted.
+template <class F>
+decltype(auto) WithName(StringRef oName, F&& oUse) {
+    if (oName.Utf8().data() != nullptr) return oUse(vok::Data_Name(oName.Utf8()));
+    return oUse(vok::Data_Name(Utilities::NativeText(oName).CStr()));
+}
 
-  private:
-    Utilities::NativeText m_oText;
-    vok::Data_Name m_oName;
-};
+Data NewSuccessor(Data& oNode, StringRef oName) {
+    return WithName(oName, [&](vok::Data_Name o) { return oNode.CreateNewSucc(o); });
+}
 
 constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
 
@@ -75,49 +72,57 @@ Data& Node::Cursor() {
 
 void Node::AddValue(StringRef name, StringRef value) {
     Guarded("Failed to add Node String value", [&] {
-        if (value.Utf8().data() != nullptr) {
-            Cursor().AddStr(NativeName(name), value.Utf8());
-        } else {
-            Cursor().AddStr(NativeName(name), Utilities::NativeText(value).CStr());
-        }
+        WithName(name, [&](vok::Data_Name oName) {
+            if (value.Utf8().data() != nullptr) {
+                Cursor().AddStr(oName, value.Utf8());
+            } else {
+                Cursor().AddStr(oName, Utilities::NativeText(value).CStr());
+            }
+        });
     });
 }
 
 void Node::AddValue(StringRef name, Int32 value) {
-    Guarded("Failed to add Node int value", [&] { Cursor().AddInt(NativeName(name), value); });
+    Guarded("Failed to add Node int value", [&] {
+        WithName(name, [&](vok::Data_Name oName) { Cursor().AddInt(oName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, double value) {
-    Guarded("Failed to add Node double value", [&] { Cursor().AddDbl(NativeName(name), value); });
+    Guarded("Failed to add Node double value", [&] {
+        WithName(name, [&](vok::Data_Name oName) { Cursor().AddDbl(oName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, bool value) {
-    Guarded("Failed to add Node bool value", [&] { Cursor().AddBool(NativeName(name), value); });
+    Guarded("Failed to add Node bool value", [&] {
+        WithName(name, [&](vok::Data_Name oName) { Cursor().AddBool(oName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, std::span<const Byte> value) {
     Guarded("Failed to add Node byte array", [&] {
-        const NativeName oName(name);
-        if (!vok::Msg::IsInt32(value.size())) {
-            // The successor is there, the value is not.
-            (void)Cursor().CreateNewSucc(oName);
-            (void)vok::Msg::ToInt32(value.size());
-        }
-        Cursor().AddBin(oName, value.data(), static_cast<vok::u2_t>(value.size()));
+        WithName(name, [&](vok::Data_Name oName) {
+            if (!vok::Msg::IsInt32(value.size())) {
+                // The successor is there, the value is not.
+                Cursor().CreateNewSucc(oName);
+                (void)vok::Msg::ToInt32(value.size());
+            }
+            Cursor().AddBin(oName, value.data(), static_cast<vok::u2_t>(value.size()));
+        });
     });
 }
 
 void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {
     Guarded("Failed to add Node quad tuple", [&] {
-        Data oQuad = Cursor().CreateNewSucc(NativeName(name));
+        Data oQuad = NewSuccessor(Cursor(), name);
         const Int32 ai[] = {v1, v2, v3, v4};
         for (int i = 0; i < 4; ++i) oQuad.AddInt(QUAD_NAMES[i], ai[i]);
     });
 }
 
 Node Node::AddSubnode(StringRef name) {
-    return Guarded("Failed to add subnode",
-                   [&] { return Node(Cursor().CreateNewSucc(NativeName(name))); });
+    return Guarded("Failed to add subnode", [&] { return Node(NewSuccessor(Cursor(), name)); });
 }
 
 // ---- reading ----------------------------------------------------------------

@@ -8,6 +8,19 @@ namespace Velmar::Q7R::Serializer {
 
 namespace {
 
+constexpr char WRITE_FAILED[] = "Failed to write data to buffer";
+constexpr char READ_FAILED[] = "Failed to read data from file.";
+
+// Runs the native part of an operation; whatever it throws becomes the operation's own text.
+template <class F>
+decltype(auto) Guarded(const char* sMessage, F&& oBody) {
+    try {
+        return oBody();
+    } catch (...) {
+        throw System::ApplicationException(sMessage);
+    }
+}
+
 // The document version of this facade.
 void StampVersion(vok::Data& oRoot) {
     vok::Dgraph_SetVersion(oRoot, 1, 2, 0);
@@ -21,10 +34,10 @@ vok::Data& CursorOf(vok::Data* pData) {
 }  // namespace
 
 std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) {
-    Node root(true);
+    Node root = Guarded(WRITE_FAILED, [] { return Node(true); });
     iSerialisable.WriteValues(root);
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
-    try {
+    return Guarded(WRITE_FAILED, [&] {
         vok::File_Buf buffer("w");
         data.SetToRoot();
         StampVersion(data);
@@ -32,25 +45,21 @@ std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) 
         (void)vok::Msg::ToInt32(buffer.Size());
         const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());
         return std::vector<Byte>(pBytes, pBytes + buffer.Size());
-    } catch (...) {
-        throw System::ApplicationException("Failed to write data to buffer");
-    }
+    });
 }
 
 void Serializer::ReadFromBinaryBuffer(ISerialisable& iSerialisable,
                                       std::span<const Byte> byteArray) {
-    Node root(true);
+    Node root = Guarded(READ_FAILED, [] { return Node(true); });
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
-    try {
+    Guarded(READ_FAILED, [&] {
         vok::File_Buf buffer(byteArray.data(), byteArray.size());
         data.Clear();
         vok::Dgraph_LoadDGraph(data, buffer);
         data.SetToRoot();
         // After loading, whatever version the bytes carried.
         StampVersion(data);
-    } catch (...) {
-        throw System::ApplicationException("Failed to read data from file.");
-    }
+    });
     iSerialisable.ReadValues(root);
 }
 

@@ -41,7 +41,7 @@ TEST(Mem, CountsBlocksAndOwners) {
     EXPECT_EQ(Mem::BytesInUse() - uBytes, 100u);
     // Small, larger, pages, larger, and back: the bytes come along.
     static_cast<char*>(pData)[99] = 'x';
-    for (const std::size_t uSize : {200, 100000, 3 << 20, 9 << 20, 2 << 20, 1000}) {
+    for (const std::size_t uSize : {200u, 100000u, 3u << 20, 9u << 20, 2u << 20, 1000u}) {
         pData = Mem::Resize(pData, uSize);
         EXPECT_EQ(static_cast<char*>(pData)[99], 'x');
         EXPECT_EQ(Mem::SizeOf(pData), uSize);
@@ -129,31 +129,11 @@ TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
         {[](Arr<char>& o) { o.Add("xy", 2); }, "abcxy"},
         {[](Arr<char>& o) { o.Insert(0, 'x'); }, "xabc"},
         {[](Arr<char>& o) { o.Insert(3, std::as_const(o)(1)); }, "abcb"},
-        {[](Arr<char>& o) {
-             o.Resize(2);
-             o.Add('x');
-         },
-         "abx"},
-        {[](Arr<char>& o) {
-             o.Truncate(1);
-             o.Add('x');
-         },
-         "ax"},
-        {[](Arr<char>& o) {
-             o.MakePrivate();
-             o(1) = 'x';
-         },
-         "axc"},
-        {[](Arr<char>& o) {
-             o.Reserve(1);
-             o(1) = 'x';
-         },
-         "axc"},
-        {[](Arr<char>& o) {
-             o.Trim();
-             o(1) = 'x';
-         },
-         "axc"},
+        {[](Arr<char>& o) { (o.Resize(2), o.Add('x')); }, "abx"},
+        {[](Arr<char>& o) { (o.Truncate(1), o.Add('x')); }, "ax"},
+        {[](Arr<char>& o) { (o.MakePrivate(), o(1) = 'x'); }, "axc"},
+        {[](Arr<char>& o) { (o.Reserve(1), o(1) = 'x'); }, "axc"},
+        {[](Arr<char>& o) { (o.Trim(), o(1) = 'x'); }, "axc"},
         {[](Arr<char>& o) { o.Clear(); }, ""},
         {[](Arr<char>& o) { o.Share(o); }, "abc"},
     };

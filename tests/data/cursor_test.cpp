@@ -6,10 +6,6 @@ namespace vok {
 namespace {
 
 TEST(Cursor, NewTreeHasAnUnnamedRoot) {
-    Data oEmpty;
-    EXPECT_FALSE(oEmpty.IsNode());
-    EXPECT_EQ(oEmpty.GetNodes(), 0u);
-    EXPECT_FALSE(oEmpty.GetRoot().IsNode());
     const Data oRoot = NewTree();
     EXPECT_EQ(oRoot.GetNodes(), 1u);
     EXPECT_STREQ(oRoot.GetName(), "Root");
@@ -86,54 +82,6 @@ TEST(Cursor, KeysNameNodes) {
         EXPECT_EQ(oRoot.GetSuccIt(Data_Key{uBad}).Size(), 0u);
     }
     EXPECT_EQ(oRoot.GetNodes(), 3u);
-}
-
-// What an operation on a cursor without a tree answers.
-TEST(Cursor, EmptyCursors) {
-    const struct {
-        const char* sTrail;
-        void (*pCall)(Data&);
-        const char* sError = "node is empty\n";
-    } oRows[] = {
-        {"vok::Data::GetName\n", [](Data& o) { (void)o.GetName(); }},
-        {"vok::Data::NodeDepth\n", [](Data& o) { (void)o.NodeDepth(); }},
-        {"vok::Data::SetToPred\n", [](Data& o) { o.SetToPred(); }},
-        {"vok::Data::SetRootName\n", [](Data& o) { o.SetRootName("x"); }},
-        {"vok::Data::SetUserTag\n", [](Data& o) { o.SetUserTag("x"); }},
-        {"vok::Data::GetUserTag\n", [](Data& o) { (void)o.GetUserTag(); }},
-        {"vok::Data::SetAccessMode\n", [](Data& o) { o.SetAccessMode(); }},
-        {"vok::Data::SetToNewSucc\n", [](Data& o) { o.SetToNewSucc("x"); }},
-        {"vok::Data::GetPath\n", [](Data& o) { (void)o.GetPath(); }},
-        {"vok::Data::GetNodeSet\n", [](Data& o) { (void)o.GetNodeSet("x"); }},
-        {"vok::Data::SetAttVal\n", [](Data& o) { o.SetAttVal("x", "y"); }},
-        {"vok::Data::GetAttVal\n", [](Data& o) { (void)o.GetAttVal("x"); }},
-        {"vok::Data::RemoveAttributes\n", [](Data& o) { o.RemoveAttributes(); }},
-        {"vok::Data::Remove\n", [](Data& o) { o.Remove(); }},
-        {"vok::Data::Shrink\n", [](Data& o) { o.Shrink(); }},
-        {"vok::Data::GetType\n", [](Data& o) { (void)o.GetType(); }, "object points to nothing\n"},
-        {"vok::Data::GetValInt\n", [](Data& o) { (void)o.GetValInt(); },
-         "object points to nothing\n"},
-        {"vok::Data::GetValStr\n", [](Data& o) { (void)o.GetValStr(); },
-         "object points to nothing\n"},
-        {"vok::Data::SetValLink\n", [](Data& o) { o.SetValLink(Data()); },
-         "object points to nothing\n"},
-        {"vok::Data::GetCheckedSucc\n", [](Data& o) { (void)o.GetCheckedSucc("x"); },
-         "node has no successor named \"x\"\n"},
-        {"", [](Data& o) { o.ClearVal(); }, "(nothing raised)"},
-        {"", [](Data& o) { EXPECT_EQ(o.GetSuccIt().Size(), 0u); }, "(nothing raised)"},
-        {"", [](Data& o) { EXPECT_FALSE(o.GetNthSucc("x", 0).IsNode()); }, "(nothing raised)"},
-        {"", [](Data& o) { EXPECT_FALSE(o.GetPred().IsNode()); }, "(nothing raised)"},
-    };
-    for (const auto& oRow : oRows) {
-        SCOPED_TRACE(oRow.sTrail);
-        Data oEmpty;
-        EXPECT_EQ(Raised([&] { oRow.pCall(oEmpty); }), oRow.sError);
-        EXPECT_EQ(Trail([&] { oRow.pCall(oEmpty); }), oRow.sTrail);
-        EXPECT_FALSE(oEmpty.IsNode());
-    }
-    Data oNew;
-    EXPECT_EQ(oNew.CreateNewSucc("x").GetId(), 1u);
-    EXPECT_EQ(oNew.GetNodes(), 2u);
 }
 
 TEST(Cursor, WhoTakesSuccessors) {

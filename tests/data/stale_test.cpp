@@ -1,4 +1,4 @@
-// Cursors outlived by their node, and cursors on removed nodes: every operation answers or
+// Cursors without a tree, outlived by their node, or on removed nodes: every operation answers or
 // raises, none of them touches what is not there.
 #include "tests/data/data_support.h"
 #include "vok/data/walk.h"
@@ -7,9 +7,14 @@
 namespace vok {
 namespace {
 
+constexpr const char* FINE = "(nothing raised)";
+constexpr const char* EMPTY = "node is empty\n";
+constexpr const char* NOTHING = "object points to nothing\n";
+
 struct Operation {
     const char* sName;
     void (*pCall)(Data&);
+    const char* sOfEmpty = FINE;  // what a cursor without a tree answers
 };
 
 Data_XpathStep StepNamed(const char* sName) {
@@ -18,35 +23,53 @@ Data_XpathStep StepNamed(const char* sName) {
     return oStep;
 }
 
+// What the operations work with besides the cursor; made anew for each of them.
+struct Scratch {
+    Data oOther = NewTree();
+    Data oEmpty;
+    Data_NodeIt oList;
+    Data_NodeSet oSet;
+    Str oText;
+    Arr<const char*> oNames;
+    Arr<const char*> oValues;
+    u2_t u = 0;
+};
+Scratch g;
+
+// clang-format off: a table
 const Operation OPERATIONS[] = {
-    {"GetNode", [](Data& o) { (void)o.GetNode().GetType(); }},
-    {"GetType", [](Data& o) { (void)o.GetType(); }},
-    {"GetRoot", [](Data& o) { (void)o.GetRoot().GetType(); }},
-    {"SetToPred", [](Data& o) { o.SetToPred(); }},
+    {"GetNode", [](Data& o) { (void)(o.IsNode() && o.GetNode().GetType() != 0); }},
+    {"GetType", [](Data& o) { (void)o.GetType(); }, NOTHING},
+    {"GetRoot", [](Data& o) { (void)o.GetRoot().GetType(); }, NOTHING},
+    {"SetToPred", [](Data& o) { o.SetToPred(); }, EMPTY},
     {"GetPred", [](Data& o) { (void)o.GetPred(); }},
-    {"NodeDepth", [](Data& o) { (void)o.NodeDepth(); }},
-    {"GetName", [](Data& o) { (void)o.GetName(); }},
-    {"SetRootName", [](Data& o) { o.SetRootName("r"); }},
-    {"FindKey", [](Data& o) { (void)o.FindKey("a"); }},
-    {"MakeKey", [](Data& o) { o.MakeKey("a"); }},
-    {"UserTag", [](Data& o) { o.SetUserTag(o.GetUserTag().CStr()); }},
-    {"SetAccessMode", [](Data& o) { o.SetAccessMode(); }},
+    {"NodeDepth", [](Data& o) { (void)o.NodeDepth(); }, EMPTY},
+    {"GetName", [](Data& o) { (void)o.GetName(); }, EMPTY},
+    {"SetRootName", [](Data& o) { o.SetRootName("r"); }, EMPTY},
+    {"FindKey", [](Data& o) { (void)o.FindKey("a"); }, EMPTY},
+    {"MakeKey", [](Data& o) { o.MakeKey("a"); }, EMPTY},
+    {"UserTag", [](Data& o) { o.SetUserTag(o.GetUserTag().CStr()); }, EMPTY},
+    {"SetAccessMode", [](Data& o) { o.SetAccessMode(); }, EMPTY},
     {"GetSuccIt", [](Data& o) { (void)o.GetSuccIt(); }},
     {"GetSuccIt(name)", [](Data& o) { (void)o.GetSuccIt("a"); }},
     {"GetSuccIt(key)", [](Data& o) { (void)o.GetSuccIt(Data_Key{1}); }},
     {"GetNthSucc", [](Data& o) { (void)o.GetNthSucc(0); }},
     {"GetNthSucc(name)", [](Data& o) { (void)o.GetNthSucc("a", 0); }},
     {"GetNthSucc(key)", [](Data& o) { (void)o.GetNthSucc(Data_Key{1}, 0); }},
-    {"GetCheckedSucc", [](Data& o) { (void)o.GetCheckedSucc("a"); }},
-    {"SetToNewSucc", [](Data& o) { o.SetToNewSucc("a"); }},
-    {"SetToNewSucc(key)", [](Data& o) { o.SetToNewSucc(Data_Key{1}); }},
+    {"GetCheckedSucc", [](Data& o) { (void)o.GetCheckedSucc("a"); },
+     "node has no successor named \"a\"\n"},
+    {"SetToNewSucc", [](Data& o) { o.SetToNewSucc("a"); }, EMPTY},
+    {"SetToNewSucc(key)", [](Data& o) { o.SetToNewSucc(Data_Key{1}); }, EMPTY},
     {"CreateNewSucc", [](Data& o) { o.CreateNewSucc("a"); }},
-    {"CreateNewSucc(key)", [](Data& o) { o.CreateNewSucc(Data_Key{1}); }},
+    {"CreateNewSucc(key)", [](Data& o) { o.CreateNewSucc(Data_Key{1}); },
+     "assertion failed: b.m_oName.ValidHndl(uHndl)\n"},
     {"CreateSucc", [](Data& o) { o.CreateSucc("a"); }},
     {"CreateSucc(step)", [](Data& o) { o.CreateSucc(StepNamed("a")); }},
     {"CreateNode", [](Data& o) { o.CreateNode("a"); }},
     {"CreateNode(.)", [](Data& o) { o.CreateNode("."); }},
-    {"CreateNode(..)", [](Data& o) { o.CreateNode(".."); }},
+    {"CreateNode(..)", [](Data& o) { o.CreateNode(".."); }, "node has no predecessor\n"},
+    {"AddInt", [](Data& o) { o.AddInt("a", 1); }},
+    {"AddStr", [](Data& o) { o.AddStr("a", "x"); }},
     {"SetValInt", [](Data& o) { o.SetValInt(1); }},
     {"SetValBool", [](Data& o) { o.SetValBool(true); }},
     {"SetValDbl", [](Data& o) { o.SetValDbl(1); }},
@@ -54,85 +77,52 @@ const Operation OPERATIONS[] = {
     {"SetValStr", [](Data& o) { o.SetValStr("x"); }},
     {"SetValBin", [](Data& o) { o.SetValBin("x", 1); }},
     {"SetValQuad", [](Data& o) { o.SetValQuad(1, 2, 3, 4); }},
-    {"SetValLink", [](Data& o) { o.SetValLink(o); }},
+    {"SetValLink", [](Data& o) { o.SetValLink(o); }, NOTHING},
     {"SetValLink(to)", [](Data& o) { o.GetRoot().CreateNewSucc("l").SetValLink(o); }},
     {"ClearVal", [](Data& o) { o.ClearVal(); }},
-    {"GetValInt", [](Data& o) { (void)o.GetValInt(); }},
-    {"GetValBool", [](Data& o) { (void)o.GetValBool(); }},
-    {"GetValDbl", [](Data& o) { (void)o.GetValDbl(); }},
-    {"GetValLng", [](Data& o) { (void)o.GetValLng(); }},
-    {"GetValStr", [](Data& o) { (void)o.GetValStr(); }},
-    {"GetValText", [](Data& o) { (void)o.GetValText(); }},
-    {"GetValBin",
-     [](Data& o) {
-         u2_t u;
-         (void)o.GetValBin(u);
-     }},
-    {"GetValQuad",
-     [](Data& o) {
-         u2_t u;
-         o.GetValQuad(u, u, u, u);
-     }},
-    {"GetValLink", [](Data& o) { (void)o.GetValLink(); }},
+    {"GetValInt", [](Data& o) { (void)o.GetValInt(); }, NOTHING},
+    {"GetValBool", [](Data& o) { (void)o.GetValBool(); }, NOTHING},
+    {"GetValDbl", [](Data& o) { (void)o.GetValDbl(); }, NOTHING},
+    {"GetValLng", [](Data& o) { (void)o.GetValLng(); }, NOTHING},
+    {"GetValStr", [](Data& o) { (void)o.GetValStr(); }, NOTHING},
+    {"GetValText", [](Data& o) { (void)o.GetValText(); }, NOTHING},
+    {"GetValBin", [](Data& o) { (void)o.GetValBin(g.u); }, NOTHING},
+    {"GetValQuad", [](Data& o) { o.GetValQuad(g.u, g.u, g.u, g.u); }, NOTHING},
+    {"GetValLink", [](Data& o) { (void)o.GetValLink(); }, NOTHING},
     {"GetStr", [](Data& o) { (void)o.GetStr("x"); }},
-    {"CvtStr",
-     [](Data& o) {
-         Str oText;
-         o.CvtStr(oText);
-     }},
+    {"CvtStr", [](Data& o) { o.CvtStr(g.oText); }},
     {"CvtInt", [](Data& o) { (void)o.CvtInt(); }},
     {"CvtDbl", [](Data& o) { (void)o.CvtDbl(); }},
-    {"CopyVal(from)",
-     [](Data& o) {
-         Data oDst;
-         Data::CopyVal(o, oDst);
-     }},
-    {"CopyVal(to)",
-     [](Data& o) {
-         Data oSrc = NewTree();
-         Data::CopyVal(oSrc, o);
-     }},
-    {"SetAttVal", [](Data& o) { o.SetAttVal("x", "y"); }},
-    {"SetAttVal(null)", [](Data& o) { o.SetAttVal("x", nullptr); }},
-    {"GetAttVal", [](Data& o) { (void)o.GetAttVal("x"); }},
-    {"GetAttributes",
-     [](Data& o) {
-         Arr<const char*> a, b;
-         o.GetAttributes(a, b, true);
-     }},
-    {"RemoveAttributes", [](Data& o) { o.RemoveAttributes(); }},
-    {"CopyAtt(from)",
-     [](Data& o) {
-         Data oDst = NewTree();
-         o.CopyAtt(oDst);
-     }},
-    {"CopyAtt(to)", [](Data& o) { NewTree().CopyAtt(o); }},
-    {"GetNodeSet", [](Data& o) { (void)o.GetNodeSet(".//a"); }},
-    {"GetNodeSet(..)", [](Data& o) { (void)o.GetNodeSet(".."); }},
-    {"GetNodeSet(/)", [](Data& o) { (void)o.GetNodeSet("/a"); }},
+    {"CopyVal(from)", [](Data& o) { Data::CopyVal(o, g.oEmpty); }},
+    {"CopyVal(to)", [](Data& o) { Data::CopyVal(g.oOther, o); }},
+    {"SetAttVal", [](Data& o) { o.SetAttVal("x", "y"); }, EMPTY},
+    {"SetAttVal(null)", [](Data& o) { o.SetAttVal("x", nullptr); }, EMPTY},
+    {"GetAttVal", [](Data& o) { (void)o.GetAttVal("x"); }, EMPTY},
+    {"GetAttributes", [](Data& o) { o.GetAttributes(g.oNames, g.oValues, true); }, EMPTY},
+    {"RemoveAttributes", [](Data& o) { o.RemoveAttributes(); }, EMPTY},
+    {"CopyAtt(from)", [](Data& o) { o.CopyAtt(g.oOther); }},
+    {"CopyAtt(to)", [](Data& o) { g.oOther.CopyAtt(o); }},
+    {"GetNodeSet", [](Data& o) { (void)o.GetNodeSet(".//a"); }, EMPTY},
+    {"GetNodeSet(..)", [](Data& o) { (void)o.GetNodeSet(".."); }, EMPTY},
+    {"GetNodeSet(/)", [](Data& o) { (void)o.GetNodeSet("/a"); }, EMPTY},
     {"Test", [](Data& o) { EXPECT_FALSE(o.Test(StepNamed("a"))); }},
-    {"GetPath", [](Data& o) { (void)o.GetPath(); }},
-    {"Remove", [](Data& o) { o.Remove(); }},
-    {"Shrink", [](Data& o) { o.Shrink(); }},
+    {"GetPath", [](Data& o) { (void)o.GetPath(); }, EMPTY},
+    {"Remove", [](Data& o) { o.Remove(); }, EMPTY},
+    {"Shrink", [](Data& o) { o.Shrink(); }, EMPTY},
     {"HeapBytes", [](Data& o) { (void)o.HeapBytes(); }},
     {"Data_Walk",
      [](Data& o) {
          for (Data_Walk oWalk(o); oWalk.Next();) (void)oWalk.GetName();
-     }},
+     },
+     EMPTY},
     {"Data_NodeIt",
      [](Data& o) {
-         Data_NodeIt oIt;
-         oIt.Add(o);
-         EXPECT_FALSE(oIt.SkipZombies());
-         (void)oIt.GetData();
+         g.oList.Add(o);
+         EXPECT_FALSE(g.oList.SkipZombies());
      }},
-    {"Data_NodeSet",
-     [](Data& o) {
-         Data_NodeSet oSet;
-         oSet.Add(o);
-         (void)oSet.GetNth(0);
-     }},
+    {"Data_NodeSet", [](Data& o) { g.oSet.Add(o); }},
 };
+// clang-format on
 
 // A tree of a root, b and b/a with an attribute; n, n/a and n/a/a are removed.
 Data RemovedNode(u2_t uId) {
@@ -152,9 +142,19 @@ void ExpectSound(const Data& oRoot) {
     EXPECT_EQ(uWalked, oRoot.GetNodeSet("//*").Size() + 1);
 }
 
+TEST(Stale, WithoutATree) {
+    for (const Operation& oOperation : OPERATIONS) {
+        g = Scratch();
+        Data oEmpty;
+        EXPECT_EQ(Raised([&] { oOperation.pCall(oEmpty); }), oOperation.sOfEmpty)
+            << oOperation.sName;
+    }
+}
+
 TEST(Stale, AfterShrink) {
     for (const Operation& oOperation : OPERATIONS) {
         SCOPED_TRACE(oOperation.sName);
+        g = Scratch();
         Data oStale = RemovedNode(5);
         Data oRoot = oStale.GetRoot();
         oRoot.Shrink();
@@ -171,6 +171,7 @@ TEST(Stale, OnRemovedNodes) {
     for (const Operation& oOperation : OPERATIONS) {
         for (const u2_t uId : {3u, 4u, 5u}) {
             SCOPED_TRACE(oOperation.sName + std::to_string(uId));
+            g = Scratch();
             Data oGone = RemovedNode(uId);
             Data oRoot = oGone.GetRoot();
             ASSERT_EQ(oGone.GetType(), Data_Node::Zombi);

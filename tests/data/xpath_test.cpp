@@ -77,9 +77,7 @@ TEST(Xpath, Refuses) {
         {"a[0]b", "invalid character 'b' after ']'"},
         {"a[0]]", "invalid character ']' after ']'"},
         {"a[10000000000]", "integer value to big"},
-        {"a[1000000010]", "(nothing raised)"},
-        {"a[1000000011", "opening bracket '[' used without corresponding closing bracket"},
-        {"a[2000000000]", "(nothing raised)"},
+        {"a[1000000010]", "integer value to big"},
         {"a[99999999999999999999]", "integer value to big"},
         {"a[@", "missing char '=' in string"},
         {"a[@x]/b", "missing char '=' in string"},
@@ -116,7 +114,7 @@ std::string Encoded(const char* sText, const char* sSet = nullptr) {
 
 std::string Decoded(std::string sText) {
     const char* pEnd = Data::DecodeXpath(sText.data());
-    EXPECT_EQ(pEnd, sText.data() + std::strlen(sText.data()));
+    EXPECT_EQ(*pEnd, 0);
     return sText.c_str();
 }
 

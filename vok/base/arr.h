@@ -116,6 +116,9 @@ class Arr {
             m_uSize = uSize;
         }
     }
+    // Declares elements up to uSize, at most Capacity(), written: to an array that is not
+    // shared, by one who has put them there.
+    void SetSize(std::size_t uSize) noexcept { m_uSize = uSize; }
     // Drops elements at the end; never fails.
     void Truncate(std::size_t uSize) noexcept {
         if (uSize < m_uSize) m_uSize = uSize;

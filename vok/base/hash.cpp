@@ -1,6 +1,7 @@
 #include "vok/base/hash.h"
 
 #include <algorithm>
+#include <chrono>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -11,11 +12,20 @@ namespace vok {
 
 namespace {
 
+constexpr std::size_t FIRST_NAMES = 28;
 constexpr std::size_t FIRST_BLOCK = 256;
 constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 
-[[nodiscard]] u2_t HashOf(std::string_view sText) noexcept {
-    return static_cast<u2_t>(XXH3_64bits(sText.data(), sText.size()));
+[[nodiscard]] u2_t HashOf(std::string_view sText, u3_t uSeed) noexcept {
+    return static_cast<u2_t>(XXH3_64bits_withSeed(sText.data(), sText.size(), uSeed));
+}
+
+// Names come from outside: without a seed of its own every table could be made to search
+// through all of them by names that collide. Nothing else depends on it.
+[[nodiscard]] u3_t MakeSeed(const void* pTable) noexcept {
+    const auto uTicks =
+        static_cast<u3_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * 0x9E3779B97F4A7C15u;
 }
 
 [[nodiscard]] u3_t PrefixOf(std::string_view sText) noexcept {
@@ -28,7 +38,7 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 
 }  // namespace
 
-Hash::Hash() : m_oIndex(0, Hasher{this}, Equal{this}) {
+Hash::Hash() : m_uSeed(MakeSeed(this)), m_oIndex(0, Hasher{this}, Equal{this}) {
     static constexpr char NOTHING[SLACK] = {};
     m_oText.Add(Hash_Text{NOTHING, 0, 0, 0});
 }
@@ -39,7 +49,7 @@ Hash::~Hash() {
 
 u2_t Hash::Find(std::string_view sText) const noexcept {
     if (sText.empty()) return 0;
-    const Probe oProbe{sText, HashOf(sText)};
+    const Probe oProbe{sText, HashOf(sText, m_uSeed)};
     const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
     return oFound != m_oIndex.end() ? *oFound : NONE;
 }
@@ -47,10 +57,15 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
 u2_t Hash::Insert(std::string_view sText, bool& bNew) {
     bNew = false;
     if (sText.empty()) return 0;
-    const Probe oProbe{sText, HashOf(sText)};
+    const Probe oProbe{sText, HashOf(sText, m_uSeed)};
     const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
     if (oFound != m_oIndex.end()) return *oFound;
     if (sText.size() >= 0xFFFFFFFFu) Msg::UnexpectedIntegerValue();
+    // Most trees have a few dozen names: one step up to there.
+    if (m_oIndex.empty()) {
+        m_oIndex.reserve(FIRST_NAMES);
+        m_oText.Reserve(FIRST_NAMES);
+    }
     const u2_t uKey = static_cast<u2_t>(m_oText.Size());
     const u2_t uLength = static_cast<u2_t>(sText.size());
     m_oText.Add(Hash_Text{StoreText(sText), PrefixOf(sText), uLength, oProbe.uHash});

@@ -1,4 +1,4 @@
-// The table of distinct texts: every text once, numbered in the order of first use.
+// The table of distinct texts: every text once, numbered in the order of first use. Internal.
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H
 
@@ -110,6 +110,7 @@ class Hash {
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
     [[nodiscard]] char* StoreText(std::string_view sText);
 
+    u3_t m_uSeed;
     Arr<Hash_Text> m_oText;
     tsl::robin_set<u2_t, Hasher, Equal> m_oIndex;
     Arr<char*> m_oBlock;          // the blocks that hold the texts

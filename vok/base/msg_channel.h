@@ -1,4 +1,4 @@
-// The two ways out of the message facility: console and log. Private to it.
+// The two ways out of the message facility: console and log. Internal.
 //
 // Locks: everything printed is printed under the message lock, everything logged under
 // the log lock. A thread that holds the message lock never waits for the log lock, so

@@ -1,5 +1,5 @@
 // What the entries of the message catalog are made of. Included by the files that define
-// entries, not by those that call them.
+// entries, not by those that call them. Internal.
 #ifndef VOK_BASE_MSG_ENTRY_H
 #define VOK_BASE_MSG_ENTRY_H
 

@@ -1,4 +1,4 @@
-// The locks of the message facility.
+// The locks of the message facility. Internal.
 #ifndef VOK_BASE_MSG_LOCK_H
 #define VOK_BASE_MSG_LOCK_H
 

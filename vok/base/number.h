@@ -1,4 +1,4 @@
-// Numbers as text, never by the locale of the process.
+// Numbers as text, never by the locale of the process. Internal.
 #ifndef VOK_BASE_NUMBER_H
 #define VOK_BASE_NUMBER_H
 

@@ -169,9 +169,9 @@ u2_t Data::AddLng(Data_Name oName, u3_t uValue) {
 u2_t Data::AddStr(Data_Name oName, std::string_view sText) {
     return Where("vok::Data::AddStr", [&] {
         if (!m_oBase) SetToRoot();
-        const u2_t uId = AppendTo(m_oBase, m_uId, oName);
-        m_oBase->SetNewText(uId, sText);
-        return uId;
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        b.CheckAppend(m_uId);
+        return b.AppendText(m_uId, b.KeyOf(oName), sText);
     });
 }
 

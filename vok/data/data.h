@@ -181,7 +181,8 @@ class Data {
     Data CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated = nullptr,
                     const Limits& oLimits = {});
     // The node at the end of a path, with every node on the way made that is missing. Raises
-    // "invalid character '%0'" for a path with "*" or "//", before anything is made.
+    // "invalid character '%0'" for a path with "*" or "//", before anything is made. The
+    // placeholders of all steps together count against m_uSkippedSlots.
     Data CreateNode(const char* sPath, u2_t* pCreated = nullptr, const Limits& oLimits = {});
 
     // ---- values -----------------------------------------------------------

@@ -125,8 +125,9 @@ class Data_Shrink {
                   [](const Range& oA, const Range& oB) { return oA.uBegin < oB.uBegin; });
         Arr<Range> oFound;
         oFound.Swap(m_oRange);
-        for (const Range* p = oFound.Beg(); p != oFound.End(); ++p)
+        for (const Range* p = oFound.Beg(); p != oFound.End(); ++p) {
             Keep(p->uBegin, p->uEnd - p->uBegin);
+        }
         for (Range* p = m_oRange.Beg(); p != m_oRange.End(); ++p) {
             p->uNew = static_cast<u2_t>(m_oHeap.Size());
             m_oHeap.Add(b.HeapAt(p->uBegin), p->uEnd - p->uBegin);

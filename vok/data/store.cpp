@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "vok/base/copy.h"
 #include "vok/base/utf8.h"
 
 namespace vok {
@@ -19,6 +20,7 @@ const char* Data_Node::TypeName(u2_t uType) noexcept {
 }
 
 Data_Base::Data_Base() {
+    m_oNode.Reserve(32);
     m_oNode.Add(Node{0, 0, 0, 0});
 }
 
@@ -70,35 +72,6 @@ void Data_Base::PrepareAppend(u2_t uParent) {
 }
 
 // ---- values -----------------------------------------------------------------
-
-namespace {
-
-template <std::size_t SIZE>
-void CopyEnds(char* pDst, const char* pSrc, std::size_t uSize) noexcept {
-    char sHead[SIZE];
-    char sTail[SIZE];
-    std::memcpy(sHead, pSrc, SIZE);
-    std::memcpy(sTail, pSrc + uSize - SIZE, SIZE);
-    std::memcpy(pDst, sHead, SIZE);
-    std::memcpy(pDst + uSize - SIZE, sTail, SIZE);
-}
-
-// Most texts are short: two copies that overlap do for up to 32 bytes.
-void CopyBytes(char* pDst, const char* pSrc, std::size_t uSize) noexcept {
-    if (uSize > 32) {
-        std::memcpy(pDst, pSrc, uSize);
-    } else if (uSize >= 16) {
-        CopyEnds<16>(pDst, pSrc, uSize);
-    } else if (uSize >= 8) {
-        CopyEnds<8>(pDst, pSrc, uSize);
-    } else if (uSize >= 4) {
-        CopyEnds<4>(pDst, pSrc, uSize);
-    } else {
-        for (std::size_t u = 0; u < uSize; ++u) pDst[u] = pSrc[u];
-    }
-}
-
-}  // namespace
 
 char* Data_Base::HeapSpace(std::size_t uSize) {
     StartHeap();

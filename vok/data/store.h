@@ -3,9 +3,11 @@
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
 
+#include "vok/base/copy.h"
 #include "vok/base/hash.h"
 #include "vok/base/hash_guess.h"
 #include "vok/base/msg.h"
+#include "vok/base/utf8.h"
 #include "vok/data/data.h"
 
 namespace vok {
@@ -105,6 +107,22 @@ class Data_Base {
         ++m_oNode(uParent).uWord3;
         return static_cast<u2_t>(uId);
     }
+    // The same with a text, which ends at its first NUL.
+    u2_t AppendText(u2_t uParent, u2_t uKey, std::string_view sText) {
+        const std::size_t uOffset = m_oStr.Size();
+        const bool bRoom = m_oStr.Capacity() - uOffset > sText.size() + HEAP_SLACK &&
+                           m_oStr.Capacity() <= 0x7FFFFFFF && uOffset != 0;
+        if (bRoom && !sText.empty() && IsPlainText(sText.data(), sText.size())) [[likely]] {
+            char* pText = m_oStr.End();
+            CopyBytes(pText, sText.data(), sText.size());
+            pText[sText.size()] = 0;
+            m_oStr.SetSize(uOffset + sText.size() + 1);
+            return Append(uParent, uKey, Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
+        }
+        const u2_t uId = Append(uParent, uKey);
+        SetNewText(uId, sText);
+        return uId;
+    }
     // The value of a node that Append has just made.
     void SetNewValue(u2_t uId, Node::Type eType, u2_t uWord2, u2_t uWord3) noexcept {
         Node& oNode = m_oNode(uId);
@@ -113,6 +131,7 @@ class Data_Base {
         oNode.uWord3 = uWord3;
     }
 
+    // A text for it, which ends at its first NUL.
     void SetNewText(u2_t uId, std::string_view sText);
 
     // Marks a node and everything below it as removed.
@@ -130,10 +149,12 @@ class Data_Base {
     // Makes uId, which is empty and new, a tree node whose group has room for uCapacity, for
     // a loader that knows how many successors follow.
     void OpenTree(u2_t uId, u2_t uCapacity);
-    // Append for a loader: the node is placed at once. Nothing may be pending.
+    // Append for a loader: the node is placed at once, a long group that gets out of order is
+    // left so. Nothing may be pending.
     u2_t AppendPlaced(u2_t uParent, u2_t uKey) {
         const u2_t uId = Append(uParent, uKey);
-        UpdateSucc();
+        Place(uId);
+        m_uIndexed = uId + 1;
         return uId;
     }
     // Whether AppendPlain may be called: a tree node of less successors than its group has
@@ -249,7 +270,9 @@ class Data_Base {
     void DropText(u2_t uOffset) noexcept;
     [[nodiscard]] bool IsHeapText(std::string_view sText) const noexcept;
     void StartHeap() {
-        if (m_oStr.Size() == 0) m_oStr.Add('\0');
+        if (m_oStr.Size() != 0) return;
+        m_oStr.Reserve(1 + HEAP_SLACK);
+        m_oStr.Add('\0');
     }
 
     friend class Data_Shrink;

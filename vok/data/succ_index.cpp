@@ -11,6 +11,10 @@ namespace {
 // node records, without a branch that is hard to predict.
 constexpr u2_t SCAN_UP_TO = 24;
 
+// Up to here a successor that comes out of order is moved to its place at once; longer groups
+// are sorted as a whole when all of them are there.
+constexpr u2_t INSERT_UP_TO = 32;
+
 }  // namespace
 
 void Data_Base::UpdateSucc() {
@@ -35,19 +39,27 @@ void Data_Base::Place(u2_t uId) {
     }
     u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
     u2_t uSize = pGroup[0];
+    u2_t* pPlace = pGroup + GROUP_HEADER + (uSize & ~UNSORTED);
     if ((uSize & UNSORTED) == 0 && !IsInOrder(pGroup, uSize, oNode.uKey)) {
-        m_oUnsorted.Reserve(m_oUnsorted.Size() + 2 > m_oUnsorted.Capacity()
-                                ? 2 * m_oUnsorted.Capacity() + 8
-                                : 0);
-        m_oUnsorted.Add(uParent);
-        m_oUnsorted.Add(uSize);
-        uSize |= UNSORTED;
+        if (uSize < INSERT_UP_TO) {
+            do {
+                *pPlace = pPlace[-1];
+                --pPlace;
+            } while (pPlace > pGroup + GROUP_HEADER &&
+                     m_oName.IsLess(oNode.uKey, m_oNode(pPlace[-1]).uKey));
+        } else {
+            m_oUnsorted.ReserveMore(2);
+            m_oUnsorted.Add(uParent);
+            m_oUnsorted.Add(uSize);
+            uSize |= UNSORTED;
+        }
     }
-    pGroup[GROUP_HEADER + (uSize & ~UNSORTED)] = uId;
+    *pPlace = uId;
     pGroup[0] = uSize + 1;
 }
 
 void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
+    if (uId >= Node::CUT_LOOSE - 1) Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
     const u2_t uStart = AddGroup(uCapacity);
     Node& oNode = m_oNode(uId);
     oNode.SetType(Node::Tree);

@@ -2,9 +2,7 @@
 #ifndef VOK_DGRAPH_FORMAT_H
 #define VOK_DGRAPH_FORMAT_H
 
-#include <bit>
-#include <cstring>
-
+#include "vok/base/little_endian.h"
 #include "vok/base/types.h"
 
 namespace vok::dgraph {
@@ -34,28 +32,8 @@ enum Code : u0_t {
     CODE_QUAD = 11,    // four words
 };
 
-// Fixed-width numbers to and from bytes, whatever the order of this machine.
-template <class T>
-inline char* Store(char* p, T tValue) noexcept {
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(p, &tValue, sizeof(T));
-    } else {
-        for (std::size_t u = 0; u < sizeof(T); ++u) p[u] = static_cast<char>(tValue >> 8 * u);
-    }
-    return p + sizeof(T);
-}
-template <class T>
-[[nodiscard]] inline T Load(const char* p) noexcept {
-    T tValue = 0;
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(&tValue, p, sizeof(T));
-    } else {
-        for (std::size_t u = sizeof(T); u-- > 0;) {
-            tValue = static_cast<T>(tValue << 8 | static_cast<u0_t>(p[u]));
-        }
-    }
-    return tValue;
-}
+using le::Load;
+using le::Store;
 
 // The version on a tree, "DGraphBin 1.2.0"; false for any other text.
 struct Version {

@@ -21,6 +21,13 @@ namespace dgraph {
 
 namespace {
 
+// The bytes of names that need no second look: ASCII without the reserved ones.
+constexpr std::array<bool, 256> PLAIN_NAME = [] {
+    std::array<bool, 256> abPlain{};
+    for (std::size_t u = 1; u < 128; ++u) abPlain[u] = !detail::RESERVED[u];
+    return abPlain;
+}();
+
 // Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
 [[nodiscard]] bool IsNameAt(const Hash_Text& oName, const char* p, std::size_t uSize) noexcept {
     if (oName.uLength + std::size_t{8} > uSize || p[oName.uLength] != '[') return false;
@@ -47,8 +54,8 @@ class Reader {
 
     void Run() {
         m_oLevel.Reserve(32);
-        m_oLevel.Add(Level{1, NO_NAME, 0, 0});
-        while (Top().iPending != 0) {
+        m_oLevel.Add(Level{1, NO_NAME, 0, 0, true});
+        while (Top().uPending != 0) {
             m_uNode = Top().uParent;
             if (!ReadRecord()) break;
             if constexpr (Source::IN_MEMORY) ReadPlainRecords();
@@ -77,13 +84,15 @@ class Reader {
     [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
 
   private:
-    // The successors of one open node: records still to come, the run of equal names at its
-    // end. The lowest level is that of the root itself.
+    // The successors of one open node: records still to come (a negative number is a large
+    // one), the run of equal names at its end, whether all came in the order of names. The
+    // lowest level is that of the root itself.
     struct Level {
-        i2_t iPending;
+        u2_t uPending;
         u2_t uRunKey;
         i2_t iRunCount;
         u2_t uParent;
+        bool bInOrder;
     };
     struct Link {
         u2_t uId;
@@ -120,7 +129,7 @@ class Reader {
     bool ReadRecord() {
         ReadStep();
         const Code eCode = static_cast<Code>(Get<u0_t>());
-        --Top().iPending;
+        --Top().uPending;
         if (eCode != CODE_NONE) {
             ReadValue(eCode);
         } else {
@@ -139,7 +148,7 @@ class Reader {
 
     // Closes the levels that are complete; that of the root's successors stays open.
     void CloseLevels() noexcept {
-        while (Top().iPending == 0 && Top().uParent != 0) {
+        while (Top().uPending == 0 && Top().uParent != 0) {
             m_oLevel.Truncate(m_oLevel.Size() - 1);
         }
     }
@@ -151,7 +160,7 @@ class Reader {
     void ReadPlainRecords() {
         constexpr std::size_t LENGTH = 4;
         constexpr std::size_t LARGEST_VALUE = 8;
-        while (Top().iPending != 0) {
+        while (Top().uPending != 0) {
             Level& oLevel = Top();
             const char* p = m_oSource.Peek();
             const std::size_t uAtHand = m_oSource.AtHand();
@@ -159,17 +168,21 @@ class Reader {
             const std::size_t uStep = Load<u2_t>(p);
             p += LENGTH;
             if (uAtHand < LENGTH + uStep + 1 + LARGEST_VALUE) return;
-            const u2_t uKey = GuessName(p, uAtHand - LENGTH);
-            if (uKey == 0) return;
+            if (uStep > m_oLimits.m_uTextBytes) return;
+            u2_t uKey = GuessName(p, uAtHand - LENGTH);
+            if (uKey != 0) {
+                m_oGuess.Confirm(uKey);
+            } else {
+                uKey = ScanName(p, uStep);
+                if (uKey == 0) return;
+            }
 
             // The index is the one that the run has reached.
             const std::size_t uName = b.m_oName(uKey).uLength;
             const bool bSameRun = uKey == oLevel.uRunKey;
             const u2_t uIndex = bSameRun ? static_cast<u2_t>(oLevel.iRunCount) : 0;
             if (!IsIndex(p + uName + 1, uStep - uName - 1, uIndex)) return;
-            if (!bSameRun && oLevel.uRunKey != NO_NAME && b.m_oName.IsLess(uKey, oLevel.uRunKey)) {
-                return;
-            }
+            if (!oLevel.bInOrder || (!bSameRun && IsBehind(oLevel, uKey))) return;
             if (b.m_oNode.Size() >= m_oLimits.m_uNodes || !b.CanPlace(oLevel.uParent)) return;
 
             p += uStep;
@@ -209,10 +222,9 @@ class Reader {
                 default: return;
             }
             m_uNode = b.AppendPlain(oLevel.uParent, oNode);
-            m_oGuess.Confirm(uKey);
             oLevel.uRunKey = uKey;
             oLevel.iRunCount = static_cast<i2_t>(uIndex + 1);
-            --oLevel.iPending;
+            --oLevel.uPending;
             m_oSource.Skip(LENGTH + uStep + 1 + uValue);
             if (eCode == CODE_NONE) {
                 OpenLevel(Load<i2_t>(p));
@@ -230,6 +242,17 @@ class Reader {
         return uSecond != 0 && IsNameAt(b.m_oName(uSecond), p, uSize) ? uSecond : 0;
     }
 
+    // The key of a name that documents carry as it stands and that "[" ends, else 0.
+    [[nodiscard]] u2_t ScanName(const char* p, std::size_t uStep) {
+        std::size_t uName = 0;
+        while (uName < uStep && PLAIN_NAME[static_cast<u0_t>(p[uName])]) ++uName;
+        if (uName == 0 || uName == uStep || p[uName] != '[') return 0;
+        bool bNew;
+        const u2_t uKey = b.m_oName.Insert({p, uName}, bNew);
+        m_oGuess.Note(uKey, true, b.m_oName.Size());
+        return uKey;
+    }
+
     // Whether the rest of a step text is this index in decimal and its bracket.
     [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
         if (uIndex < 10) [[likely]] {
@@ -243,11 +266,16 @@ class Reader {
         return uIndex == 0;
     }
 
+    // Whether a name belongs before that of the last record.
+    [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {
+        return oLevel.uRunKey != NO_NAME && b.m_oName.IsLess(uKey, oLevel.uRunKey);
+    }
+
     void OpenLevel(i2_t iCount) {
         if (m_oLevel.Size() > m_oLimits.m_uDepth) {
             Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
         }
-        m_oLevel.Add(Level{iCount, NO_NAME, 0, m_uNode});
+        m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
         // Room for no more successors, on all levels together, than there can be records in
         // the bytes at hand.
         const u3_t uRecords = m_oSource.AtHand() / SMALLEST_RECORD + b.m_oNode.Size();
@@ -289,6 +317,7 @@ class Reader {
         Level& oLevel = Top();
         const bool bSameRun = oLevel.uRunKey == uKey;
         if (!bSameRun) {
+            if (IsBehind(oLevel, uKey)) oLevel.bInOrder = false;
             oLevel.uRunKey = uKey;
             oLevel.iRunCount = 0;
         }
@@ -450,7 +479,7 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
         data.SetToRoot();
         data.SetRootName("Root");
         char sHeader[dgraph::HEADER_SIZE] = {};
-        const std::size_t uRead = in.Read(sHeader, sizeof(sHeader), true);
+        const std::size_t uRead = dgraph::ReadUpTo(in, sHeader, sizeof(sHeader));
         if (pReport != nullptr) pReport->m_uOffset = uRead;
         if (uRead < dgraph::MAGIC_SIZE ||
             std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) != 0) {

@@ -16,6 +16,8 @@ namespace vok::dgraph {
 // Any stream: one write per field, of its exact width.
 class StreamSink {
   public:
+    static constexpr bool IN_MEMORY = false;
+
     explicit StreamSink(File_Stream& oOut) noexcept : m_oOut(oOut) {}
 
     [[nodiscard]] char* Space(std::size_t uSize) {
@@ -44,9 +46,14 @@ class StreamSink {
 // an error ends the sink early.
 class BufferSink {
   public:
-    // Text mode rewrites bytes on their way: not for this sink. A buffer that cannot be
+    static constexpr bool IN_MEMORY = true;
+
+    // Text mode rewrites bytes on their way, and bytes behind the position must stay as they
+    // are where this sink leaves garbage: both not for this sink. A buffer that cannot be
     // written reports that itself, through the other one.
-    [[nodiscard]] static bool Fits(File_Buf& oOut) noexcept { return oOut.IsBinaryWritable(); }
+    [[nodiscard]] static bool Fits(File_Buf& oOut) noexcept {
+        return oOut.IsBinaryWritable() && oOut.Remaining() == 0;
+    }
 
     explicit BufferSink(File_Buf& oOut) noexcept : m_oOut(oOut) {}
     BufferSink(const BufferSink&) = delete;
@@ -57,6 +64,8 @@ class BufferSink {
         if (static_cast<std::size_t>(m_pEnd - m_p) < uSize) [[unlikely]] Grow(uSize);
         return m_p;
     }
+    // The end of the room that Space gave, which may be more than was asked for.
+    [[nodiscard]] const char* SpaceEnd() const noexcept { return m_pEnd; }
     void Cut(char* pEnd) noexcept { m_p = pEnd; }
     void Payload(const char* pData, std::size_t uSize) {
         char* p = Space(uSize);

@@ -14,6 +14,18 @@
 
 namespace vok::dgraph {
 
+// Reads uSize bytes, or those that are left. A stream may give less than it is asked for, a
+// pipe for one: its end is where it gives nothing.
+inline std::size_t ReadUpTo(File_Stream& oIn, char* pTarget, std::size_t uSize) {
+    std::size_t uGot = 0;
+    while (uGot < uSize) {
+        const std::size_t uRead = oIn.Read(pTarget + uGot, uSize - uGot, true);
+        if (uRead == 0) break;
+        uGot += std::min(uRead, uSize - uGot);
+    }
+    return uGot;
+}
+
 // Any stream: one read per field.
 class StreamSource {
   public:
@@ -25,8 +37,8 @@ class StreamSource {
 
     // Copies uSize bytes to pTarget and returns how many of them were there.
     std::size_t Fetch(char* pTarget, std::size_t uSize) {
-        const std::size_t uRead = m_oIn.Read(pTarget, uSize, true);
-        std::memset(pTarget + uRead, 0, uSize - uRead);
+        std::memset(pTarget, 0, uSize);
+        const std::size_t uRead = ReadUpTo(m_oIn, pTarget, uSize);
         m_uOffset += uRead;
         return uRead;
     }
@@ -36,7 +48,7 @@ class StreamSource {
         while (uGot < uSize) {
             const std::size_t uWanted = std::min(uSize - uGot, std::max(uGot, CHUNK));
             if (m_oBuffer.Size() < uGot + uWanted) m_oBuffer.Resize(uGot + uWanted);
-            const std::size_t uRead = m_oIn.Read(m_oBuffer.Beg() + uGot, uWanted, true);
+            const std::size_t uRead = ReadUpTo(m_oIn, m_oBuffer.Beg() + uGot, uWanted);
             uGot += uRead;
             m_uOffset += uRead;
             if (uRead < uWanted) break;

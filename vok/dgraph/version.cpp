@@ -5,6 +5,7 @@
 #include "vok/base/where.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/format.h"
+#include "vok/dgraph/sources.h"
 
 namespace vok {
 
@@ -35,7 +36,7 @@ bool Dgraph_CanLoadDGraph(File_Stream& in) {
     return Where("vok::Dgraph_CanLoadDGraph", [&] {
         char sHeader[dgraph::HEADER_SIZE];
         const i3_t iPosition = in.Tell();
-        const std::size_t uRead = in.Read(sHeader, sizeof(sHeader), true);
+        const std::size_t uRead = dgraph::ReadUpTo(in, sHeader, sizeof(sHeader));
         in.Seek(iPosition, File_Stream::FROM_START);
         return uRead >= dgraph::MAGIC_SIZE &&
                std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) == 0;

@@ -34,6 +34,7 @@ class Writer {
     void Run() {
         WriteNode(0, 0);
         while (m_oFrame.Size() != 0) {
+            if constexpr (Sink::IN_MEMORY) WritePlainRecords();
             Frame& f = m_oFrame(m_oFrame.Size() - 1);
             if (f.uPos == f.oGroup.uSize) {
                 m_oFrame.Truncate(m_oFrame.Size() - 1);
@@ -63,15 +64,91 @@ class Writer {
 
     enum Plain : u0_t { Unknown, Yes, No };
 
+    static constexpr u2_t PLAIN_TYPES = 1u << Data_Node::Integer | 1u << Data_Node::Double |
+                                        1u << Data_Node::Boolean;
+    static constexpr u2_t SHORT_TEXT = 64;
+    // Room for any record with a short name and a short text, and what copying in steps of 16
+    // bytes writes behind it.
+    static constexpr std::size_t PIECE = Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
+
+    // Names longer than this go where their length is checked.
+    static constexpr u2_t LONGEST_PLAIN = 0x7FFFFF00;
+
     // Whether a name is written as it stands.
     [[nodiscard]] bool IsPlain(u2_t uKey) {
         u0_t& uPlain = m_oPlain(uKey);
         if (uPlain == Unknown) {
             const Hash_Text& oName = b.m_oName(uKey);
-            const bool bEscaped = uKey == 0 || detail::HasReserved({oName.sText, oName.uLength});
+            const bool bEscaped = uKey == 0 || oName.uLength > LONGEST_PLAIN ||
+                                  detail::HasReserved({oName.sText, oName.uLength});
             uPlain = bEscaped ? No : Yes;
         }
         return uPlain == Yes;
+    }
+
+    // Writes the records of the top level as long as they are like most records are: a name
+    // written as it stands, no attributes, one of the common values. This loop is what
+    // writing a document costs, so all it needs is at hand in locals: the bytes it stores
+    // could otherwise be taken for any of the members.
+    void WritePlainRecords() {
+        Frame& f = m_oFrame(m_oFrame.Size() - 1);
+        const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
+        const Hash_Text* const pNames = b.m_oName.Texts();
+        const char* const pHeap = std::as_const(b.m_oStr).Beg();
+        const bool bAttributes = b.m_oAttHead.Size() != 0;
+        u2_t uPos = f.uPos;
+        u2_t uRunKey = f.uRunKey;
+        u2_t uRunStart = f.uRunStart;
+        char* p = m_oSink.Space(PIECE);
+        const char* pEnd = m_oSink.SpaceEnd();
+        for (; uPos < f.oGroup.uSize; ++uPos) {
+            const u2_t uId = f.oGroup.pId[uPos];
+            const Data_Node& oNode = pNodes[uId];
+            const Data_Node::Type eType = oNode.GetType();
+            const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;
+            if ((PLAIN_TYPES >> eType & 1u) == 0 && !bShortText) break;
+            if (!IsPlain(oNode.uKey) || (bAttributes && b.HasAttributes(uId))) break;
+            const Hash_Text& oName = pNames[oNode.uKey];
+            if (oName.uLength > Hash::SLACK) break;
+            if (static_cast<std::size_t>(pEnd - p) < PIECE) {
+                m_oSink.Cut(p);
+                p = m_oSink.Space(PIECE);
+                pEnd = m_oSink.SpaceEnd();
+            }
+            if (oNode.uKey != uRunKey) {
+                uRunKey = oNode.uKey;
+                uRunStart = uPos;
+            }
+            char* const pLength = p;
+            p = StoreIndex(CopyName(p + 4, oName), uPos - uRunStart);
+            Store(pLength, static_cast<u2_t>(p - pLength - 4));
+            switch (eType) {
+                case Data_Node::Integer:
+                    *p++ = CODE_INTEGER;
+                    p = Store(p, oNode.uWord2);
+                    break;
+                case Data_Node::Double:
+                    *p++ = CODE_DOUBLE;
+                    p = Store(p, oNode.Value64());
+                    break;
+                case Data_Node::Boolean:
+                    *p++ = CODE_BOOLEAN;
+                    *p++ = oNode.uWord2 != 0;
+                    break;
+                default:
+                    *p++ = CODE_STRING;
+                    p = Store(p, oNode.uWord3);
+                    for (u2_t u = 0; u < oNode.uWord3; u += 16) {
+                        std::memcpy(p + u, pHeap + oNode.uWord2 + u, 16);
+                    }
+                    p += oNode.uWord3;
+                    break;
+            }
+        }
+        m_oSink.Cut(p);
+        f.uPos = uPos;
+        f.uRunKey = uRunKey;
+        f.uRunStart = uRunStart;
     }
 
     void WriteNode(u2_t uId, u2_t uIndex) {

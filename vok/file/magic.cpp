@@ -15,7 +15,7 @@
 
 #include "vok/base/where.h"
 #include "vok/file/file.h"
-#include "vok/file/little_endian.h"
+#include "vok/base/little_endian.h"
 
 namespace vok {
 
@@ -47,7 +47,7 @@ enum class Form { None, Long, Short };
     char sFront[FRONT_SIZE];
     if (!ReadWhole(oStream, sFront, sizeof(sFront))) return Form::None;
     if (std::memcmp(sFront, MAGIC, sizeof(MAGIC)) != 0) return Form::None;
-    switch (le::GetU2(sFront + 4)) {
+    switch (le::Load<u2_t>(sFront + 4)) {
         case ORDER_MARK: return Form::Long;
         case SHORT_MARK: return Form::Short;
         default: return Form::None;
@@ -68,7 +68,7 @@ enum class Form { None, Long, Short };
 [[nodiscard]] bool ReadLongName(File_Stream& oStream, std::size_t uWanted, Str& oName) {
     char sLength[4];
     if (!ReadWhole(oStream, sLength, sizeof(sLength))) return false;
-    const std::size_t uLength = le::GetU2(sLength);
+    const std::size_t uLength = le::Load<u2_t>(sLength);
     if (uWanted != 0 ? uLength != uWanted : uLength > MAX_READ_NAME) return false;
     if (uLength <= PREFIX.size()) return false;
     Arr<char> oField;
@@ -106,8 +106,8 @@ struct Expected {
     }
     char sVersions[8];
     if (!ReadWhole(oStream, sVersions, sizeof(sVersions))) return Verdict::NoDump;
-    uLibraryVersion = le::GetU2(sVersions);
-    uVersion = le::GetU2(sVersions + 4);
+    uLibraryVersion = le::Load<u2_t>(sVersions);
+    uVersion = le::Load<u2_t>(sVersions + 4);
     const bool bGood = uLibraryVersion >= oExpected.m_uMinLibraryVersion &&
                        uLibraryVersion <= VERSION_MAJOR && uVersion >= oExpected.m_uMinVersion &&
                        uVersion <= oExpected.m_uMaxVersion;
@@ -151,10 +151,10 @@ u3_t File::WriteMagic(File_Stream& oStream, const char* sClassName, u2_t uVersio
         const i2_t iLength = Msg::ToInt32(PREFIX.size() + sClass.size() + 1);
         char sHeader[LONG_SIZE];
         std::memcpy(sHeader, MAGIC, sizeof(MAGIC));
-        le::PutU2(sHeader + 4, ORDER_MARK);
-        le::PutU2(sHeader + 8, uLibraryVersion != NO_VERSION ? uLibraryVersion : VERSION_MAJOR);
-        le::PutU2(sHeader + 12, uVersion);
-        le::PutU2(sHeader + 16, static_cast<u2_t>(iLength));
+        le::Store<u2_t>(sHeader + 4, ORDER_MARK);
+        le::Store<u2_t>(sHeader + 8, uLibraryVersion != NO_VERSION ? uLibraryVersion : VERSION_MAJOR);
+        le::Store<u2_t>(sHeader + 12, uVersion);
+        le::Store<u2_t>(sHeader + 16, static_cast<u2_t>(iLength));
         u3_t uDone = oStream.Write(sHeader, sizeof(sHeader));
         uDone += oStream.Write(PREFIX.data(), PREFIX.size());
         uDone += oStream.Write(sClass.data(), sClass.size());

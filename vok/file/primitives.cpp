@@ -4,7 +4,7 @@
 
 #include "vok/base/where.h"
 #include "vok/file/file.h"
-#include "vok/file/little_endian.h"
+#include "vok/base/little_endian.h"
 
 namespace vok {
 
@@ -75,14 +75,14 @@ constexpr std::size_t WIDE = 8;
 
 u3_t DumpLength(File_Stream& oStream, u3_t uLength, std::size_t uWidth) {
     char sBytes[WIDE];
-    le::PutU3(sBytes, uLength);
+    le::Store<u3_t>(sBytes, uLength);
     return oStream.Write(sBytes, uWidth);
 }
 
 [[nodiscard]] u3_t LoadLength(File_Stream& oStream, std::size_t uWidth) {
     char sBytes[WIDE] = {};
     oStream.Read(sBytes, uWidth);
-    return le::GetU3(sBytes);
+    return le::Load<u3_t>(sBytes);
 }
 
 u3_t DumpBlock(const File_Buf& oBuffer, File_Stream& oStream, std::size_t uWidth) {

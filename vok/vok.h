@@ -1,0 +1,16 @@
+// The whole native library, in reading order.
+#ifndef VOK_VOK_H
+#define VOK_VOK_H
+
+#include "vok/data/data.h"
+#include "vok/data/succ_it.h"
+#include "vok/data/walk.h"
+#include "vok/data/xpath.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/file/buf.h"
+#include "vok/file/ext_buf.h"
+#include "vok/file/file.h"
+#include "vok/base/limits.h"
+#include "vok/base/msg.h"
+
+#endif  // VOK_VOK_H
