@@ -1,0 +1,235 @@
+// What loading may cost, and what it says about where it stopped.
+#include "tests/dgraph/dgraph_support.h"
+#include "tests/dgraph/mem_probe.h"
+
+namespace vok {
+
+namespace {
+
+constexpr i3_t MOST = 0x7FFFFFFF;
+
+std::string Repeat(const std::string& s, std::size_t uTimes) {
+    std::string sAll;
+    sAll.reserve(s.size() * uTimes);
+    for (std::size_t u = 0; u < uTimes; ++u) sAll += s;
+    return sAll;
+}
+
+std::string Exceeded(const char* sName, u3_t uLimit, const char* sField) {
+    return "limit \""s + sName + "\" of " + std::to_string(uLimit) +
+           " exceeded (raise Limits::" + sField + ")";
+}
+
+TEST(DgraphLimits, EachStopsTheFirstDocumentBeyondIt) {
+    struct {
+        u3_t Limits::*pLimit;
+        u3_t uLimit;
+        const char* sName;
+        const char* sField;
+        std::string sGood;
+        std::string sBad;
+    } const aCases[] = {
+        {&Limits::m_uNodes, 3, "nodes", "m_uNodes",
+         Document(2, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1))),
+         Document(3, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1)) + Leaf("a[2]", 1, I32(1)))},
+        {&Limits::m_uNodes, 3, "nodes", "m_uNodes", Document(1, Open("a[1]", 0)),
+         Document(1, Open("a[2]", 0))},
+        {&Limits::m_uDepth, 2, "depth", "m_uDepth", Document(1, Open("a[0]", 1) + Open("a[0]", 0)),
+         Document(1, Open("a[0]", 1) + Open("a[0]", 1) + Open("a[0]", 0))},
+        {&Limits::m_uDepth, 0, "depth", "m_uDepth", Document(0, ""), Document(1, Open("a[0]", 0))},
+        {&Limits::m_uSkippedSlots, 3, "skipped slots", "m_uSkippedSlots",
+         Document(2, Open("a[2]", 0) + Open("b[1]", 0)),
+         Document(2, Open("a[2]", 0) + Open("b[2]", 0))},
+        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
+         Document(2, Text("a[0]", "123456") + Text("a[1]", "123456")),
+         Document(2, Text("a[0]", "123456") + Text("a[1]", "1234567"))},
+        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
+         Document(1, Leaf("a[0]", 8, Block("1234567"))),
+         Document(1, Leaf("a[0]", 8, Block("12345678")))},
+        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
+         Document(2, Open("x23[0]", 0) + Link("y[0]", "t", "./././x")),
+         Document(2, Open("x23[0]", 0) + Link("y[0]", "t", "./././x2"))},
+        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes", Document(1, Open("1234[0]", 0)),
+         Document(1, Open("12345[0]", 0))},
+        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
+         Document(10,
+                  [] {
+                      std::string s;
+                      for (int i = 0; i < 10; ++i)
+                          s += Leaf("1234[" + std::to_string(i) + "]", 1, I32(i));
+                      return s;
+                  }()),
+         Document(11,
+                  [] {
+                      std::string s;
+                      for (int i = 0; i < 11; ++i)
+                          s += Leaf("1234[" + std::to_string(i) + "]", 1, I32(i));
+                      return s;
+                  }())},
+        {&Limits::m_uAttributes, 1, "attributes", "m_uAttributes",
+         Document(1, Open("a[0][@a=\"\"]", 0)), Document(1, Open("a[0][@a=\"\"][@a=\"\"]", 0))},
+        {&Limits::m_uPathSteps, 6, "path steps", "m_uPathSteps",
+         Document(2, Link("a[0]", "b", "b") + Open("b[0]", 0)),
+         Document(5, Link("a[0]", "b", "b") + Link("a[1]", "b", "b") + Link("a[2]", "b", "b") +
+                         Link("a[3]", "b", "b") + Open("b[0]", 0))},
+    };
+    for (const auto& o : aCases) {
+        SCOPED_TRACE(o.sName);
+        Limits oLimits;
+        oLimits.*o.pLimit = o.uLimit;
+        EXPECT_EQ(Load(o.sBad, oLimits), Exceeded(o.sName, o.uLimit, o.sField));
+        EXPECT_EQ(Load(o.sBad), Load(o.sBad, Limits::Trusted()));
+        const std::string sGood = Load(o.sGood, oLimits);
+        EXPECT_EQ(sGood, Load(o.sGood));
+        EXPECT_EQ(sGood.find("limit"), std::string::npos);
+    }
+}
+
+TEST(DgraphLimits, ReportSaysWhereLoadingStopped) {
+    struct {
+        std::string sBytes;
+        u3_t uOffset;
+        u3_t uNodes;
+        const char* sPath;
+    } const aCases[] = {
+        {"DGraph", 6, 0, ""},
+        {Header(0, 0, 3), 30, 0, ""},
+        {Header(), 30, 1, "/"},
+        {Document(0, "rest"), 46, 1, "/"},
+        // The step text of the second record, whose name is not known.
+        {Document(2, Leaf("a[0]", 1, I32(1)) + Block("b[0")), 46 + 13 + 7, 2, "/"},
+        // Inside a level: the length of a text.
+        {Document(2, Open("a[0]", 1) + Leaf("b b[0]", 5, I32(-1))), 46 + 13 + 15, 3,
+         "/a[0]/b\b32;b[0]"},
+        {Document(1, Open("a[0]", 1) + I32(-1)), 46 + 13 + 4, 2, "/a[0]"},
+        // A run index that is there already.
+        {Document(3, Open("a[0]", 1) + Open("x[0]", 0) + Open("b[3]", 0) + Open("b[1]", 0)),
+         46 + 13 + 13 + 13 + 8, 8, "/b[4]"},
+        // A link that leads nowhere, after everything was read.
+        {Document(2, Open("a[0]", 1) + Link("l[0]", "x", "x") + Open("b[0]", 0)), 46 + 13 + 19 + 13,
+         4, "/a[0]/l[0]"},
+    };
+    for (const auto& o : aCases) {
+        for (const bool bBuffer : {true, false}) {
+            File_Buf oBuf(o.sBytes.data(), o.sBytes.size());
+            Drop_Stream oStream(o.sBytes);
+            File_Stream& oIn = bBuffer ? static_cast<File_Stream&>(oBuf) : oStream;
+            Data oTree;
+            Load_Report oReport;
+            oReport.m_oPath = Str("stale");
+            oReport.m_uLine = 5;
+            const std::string sError = Raised([&] { Dgraph_LoadDGraph(oTree, oIn, {}, &oReport); });
+            SCOPED_TRACE(sError);
+            EXPECT_EQ(oReport.m_uOffset, o.uOffset);
+            EXPECT_EQ(oReport.m_uNodes, o.uNodes);
+            EXPECT_STREQ(oReport.m_oPath.CStr(), o.sPath);
+            EXPECT_EQ(oReport.m_uLine, 0u);
+        }
+    }
+}
+
+// Claims that no bytes stand behind cost no memory.
+TEST(DgraphLimits, ClaimsWithoutBytesCostNothing) {
+    const std::string sSkipped = Exceeded("skipped slots", 1 << 20, "m_uSkippedSlots");
+    const std::string sText = Exceeded("text bytes", 1 << 30, "m_uTextBytes");
+    const std::string sEnd =
+        "Dgraph_LoadDGraph: Input stream is corrupted! Empty path for node read.";
+    struct {
+        std::string sBytes;
+        std::string sOutcome;
+    } const aCases[] = {
+        {Document(1, Open("a[2000000000]", 0)), sSkipped},
+        {Document(1, Open("a[2147483647]", 0)), sSkipped},
+        {Document(2, Open("a[1048576]", 0) + Open("a[1048578]", 0)), sSkipped},
+        {Document(1, I32(MOST) + "a[0]"), sText},
+        {Document(1, I32(1 << 30) + "a[0"),
+         "Dgraph_LoadDGraph: Invalid path specification! Missing ']' after index"},
+        {Document(1, Leaf("a[0]", 5, I32(MOST) + "x")), sText},
+        {Document(1, Leaf("a[0]", 5, I32(1 << 30) + "x")), "Root(a:'x')"},
+        {Document(1, Leaf("a[0]", 8, I32(MOST) + "x")), sText},
+        {Document(1, Leaf("a[0]", 7, Block("t") + I32(1 << 30) + ".")), "Root(a->/)"},
+        {Document(MOST, ""), sEnd},
+        {Document(MOST, Repeat(Open("a[0]", MOST), 3)), sEnd},
+    };
+    for (const auto& o : aCases) {
+        SCOPED_TRACE(o.sOutcome);
+        const Mem_Probe oProbe;
+        EXPECT_EQ(Load(o.sBytes), o.sOutcome);
+        EXPECT_LT(Mem_Probe::Peak(), std::size_t{33} << 20);
+    }
+    const Mem_Probe oProbe;
+    const Data oTree = LoadTree(Document(1, Leaf("a[0]", 8, I32(1 << 30) + "x")));
+    u2_t uSize = 0;
+    (void)oTree.GetNthSucc(0).GetValBin(uSize);
+    EXPECT_LT(uSize, 1u << 20);
+}
+
+TEST(DgraphLimits, MemoryFollowsTheBytes) {
+    const auto oPeak = [](const std::string& sBytes, bool bBuffer) {
+        const Mem_Probe oProbe;
+        File_Buf oBuf(sBytes.data(), sBytes.size());
+        Drop_Stream oStream(sBytes);
+        Data oTree;
+        (void)Raised(
+            [&] { Dgraph_LoadDGraph(oTree, bBuffer ? static_cast<File_Stream&>(oBuf) : oStream); });
+        return Mem_Probe::Peak();
+    };
+    const std::string aRecords[] = {
+        Open("a[0]", MOST),      Open("a[0]", 1000),
+        Open("a[0]", -1),        Open("[0]", 2) + Open("[0]", 0),
+        Leaf("a[0]", 1, I32(1)), Open("a[0][@a=\"\"]", 1),
+    };
+    for (const std::string& s : aRecords) {
+        for (const bool bBuffer : {true, false}) {
+            const std::size_t uTimes = (std::size_t{1} << 18) / s.size();
+            const std::size_t uOnce = oPeak(Document(MOST, Repeat(s, uTimes)), bBuffer);
+            const std::size_t uFour = oPeak(Document(MOST, Repeat(s, 4 * uTimes)), bBuffer);
+            EXPECT_LT(uFour, std::size_t{24} << 20);
+            EXPECT_LT(uFour, 6 * uOnce);
+        }
+    }
+}
+
+// Out of order in a large group: nothing may be sorted record by record.
+TEST(DgraphLimits, ALargeGroupOutOfOrder) {
+    constexpr int COUNT = 150000;
+    std::string sRecords;
+    for (int i = 0; i < COUNT; ++i) sRecords += Leaf(i % 2 != 0 ? "a[0]" : "b[0]", 1, I32(i));
+    const Data oTree = LoadTree(Document(COUNT, sRecords));
+    EXPECT_EQ(oTree.GetNthSucc("a", COUNT / 2 - 1).GetValInt(), COUNT - 1);
+    EXPECT_EQ(oTree.GetNthSucc(COUNT / 2).GetValInt(), 0);
+}
+
+// A predecessor has 24 bits: what lies beyond is refused, never cut off.
+TEST(DgraphLimits, ParentsBeyondTheirRangeAreRefused) {
+    const Limits oLimits = Limits::Trusted();
+    const std::string sBytes = Document(1, Open("x[16777213]", 1) + Open("y[0]", 0));
+    File_Buf oBuf(sBytes.data(), sBytes.size());
+    Data oTree;
+    EXPECT_EQ(Raised([&] { Dgraph_LoadDGraph(oTree, oBuf, oLimits); }),
+              "assertion failed: uParent + 1 < 0xFFFFFF\n");
+}
+
+TEST(DgraphLimits, AMillionLevels) {
+    constexpr int DEPTH = 1000000;
+    Data oTree = Versioned();
+    Data oNode = oTree;
+    for (int i = 0; i < DEPTH; ++i) oNode.SetToNewSucc("n");
+    oNode.SetValInt(7);
+    const std::string sBytes = Save(oTree);
+    EXPECT_EQ(sBytes, Header() + Open("Root[0]", 1) + Repeat(Open("n[0]", 1), DEPTH - 1) +
+                          Leaf("n[0]", 1, I32(7)));
+    Data oRead = LoadTree(sBytes);
+    EXPECT_EQ(oRead.GetNodes(), DEPTH + 1u);
+    EXPECT_EQ(Save(oRead), sBytes);
+    Drop_Stream oStream(sBytes);
+    Dgraph_LoadDGraph(oRead, oStream);
+    EXPECT_EQ(Save(oRead), sBytes);
+    oRead.GetNthSucc(0).Remove();
+    oRead.Shrink();
+    EXPECT_EQ(oRead.GetNodes(), 1u);
+}
+
+}  // namespace
+
+}  // namespace vok

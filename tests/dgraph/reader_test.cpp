@@ -1,0 +1,334 @@
+// What documents are read as. Each goes through memory and through a stream that gives one
+// byte at a time, which have to agree.
+#include <limits>
+
+#include "tests/dgraph/dgraph_support.h"
+
+namespace vok {
+
+namespace {
+
+const std::string g_sBroken = "Dgraph_LoadDGraph: Input stream is corrupted! ";
+const std::string g_sPath = "Dgraph_LoadDGraph: Invalid path specification! ";
+
+TEST(DgraphReader, Values) {
+    struct {
+        std::string sRecord;
+        std::string sShown;
+    } const aCases[] = {
+        {Open("v[0]", 0), "v"},
+        {Leaf("v[0]", 1, "\xFE\xFF\xFF\xFF"), "v:-2"},
+        {Leaf("v[0]", 2, F32(0.1f)), "v:0.1000000014901161f"},
+        {Leaf("v[0]", 2, I32(0x7F800000)), "v:inff"},
+        {Leaf("v[0]", 3, F64(0.1)), "v:0.1d"},
+        {Leaf("v[0]", 4, "\xC8"), "v:'200"},
+        {Text("v[0]", "h\xC3\xA4"), "v:'h\xC3\xA4'"},
+        {Text("v[0]", "h\xE4 a text of more than one word"),
+         "v:'h\xC3\xA4 a text of more than one word'"},
+        {Leaf("v[0]", 5, Block("no NUL")), "v:'no NUL'"},
+        {Leaf("v[0]", 5, Block("first\0second\0"s)), "v:'first'"},
+        {Leaf("v[0]", 5, Block("\0\0"s)), "v:''"},
+        {Leaf("v[0]", 5, Block("")), "v:''"},
+        {Leaf("v[0]", 6, U8(0)), "v:no"},
+        {Leaf("v[0]", 6, U8(2)), "v:yes"},
+        {Leaf("v[0]", 6, U8(0x80)), "v:yes"},
+        {Leaf("v[0]", 8, Block("\0\xFF"s)), "v:#00FF"},
+        {Leaf("v[0]", 8, Block("")), "v:#"},
+        {Leaf("v[0]", 9, F64(25569.5)), "v:1970-01-01 12:00:00"},
+        {Leaf("v[0]", 9, F64(25568.999994)), "v:1969-12-31 23:59:59"},
+        {Leaf("v[0]", 10, U64(0xFFFFFFFFFFFFFFFE)), "v:18446744073709551614u"},
+        {Leaf("v[0]", 11, I32(1) + I32(2) + I32(-1) + I32(0)),
+         "v:0x0000000100000002FFFFFFFF00000000"},
+        {Leaf("v[0]", 12, ""), "v"},
+        {Leaf("v[0]", 255, ""), "v"},
+    };
+    for (const auto& o : aCases) {
+        // Twice, and in front of another record: the second one is read the fast way.
+        std::string sSecond = o.sRecord;
+        sSecond[6] = '1';
+        const std::string sDocument = Document(3, o.sRecord + sSecond + Leaf("w[0]", 1, I32(7)));
+        EXPECT_EQ(Load(sDocument), "Root(" + o.sShown + " " + o.sShown + " w:7)");
+        // A root with a value is a whole document, whatever follows.
+        std::string sRoot = o.sRecord;
+        EXPECT_EQ(Load(Header() + sRoot + "rest"), o.sShown);
+    }
+}
+
+TEST(DgraphReader, OldFormsComeBackAsTexts) {
+    EXPECT_EQ(Load(Document(2, Text("d[0]", "1970-01-01 12:00:00") + Text("l[0]", "12"), 1)),
+              "Root(d:'1970-01-01 12:00:00' l:'12')");
+}
+
+TEST(DgraphReader, VersionOfTheTree) {
+    EXPECT_STREQ(LoadTree(Header(200, 255) + Open("Root[0]", 0)).GetUserTag().CStr(),
+                 "DGraphBin 1.200.255");
+}
+
+TEST(DgraphReader, Headers) {
+    const std::string sNone = "No binary DGraph buffer!";
+    const std::string sWrong = "Binary DGraph buffer has the wrong version!";
+    struct {
+        std::string sBytes;
+        std::string sOutcome;
+    } const aCases[] = {
+        {"", sNone},
+        {"DGraphBi", sNone},
+        {"DGraphBim\1", sNone},
+        {"dGraphBin\1", sNone},
+        {"DGraphBin", sWrong},
+        {"DGraphBin" + U8(1), g_sBroken + "Empty path for node read."},
+        {Header(0, 0, 0), sWrong},
+        {Header(0, 0, 3), sWrong},
+        {Header(0, 0, 255), sWrong},
+        {Header(), g_sBroken + "Empty path for node read."},
+        {"DGraphBin\1\2\3 anything at all.." + Open("r[0]", 0), "r"},
+    };
+    for (const auto& o : aCases) EXPECT_EQ(Load(o.sBytes), o.sOutcome);
+}
+
+TEST(DgraphReader, Structure) {
+    struct {
+        std::string sBytes;
+        std::string sOutcome;
+    } const aCases[] = {
+        // Names restart their run; the order of a tree is that of names.
+        {Document(3, Open("a[0]", 0) + Open("b[0]", 0) + Open("a[0]", 0)), "Root(a a b)"},
+        {Document(3, Leaf("b[0]", 1, I32(1)) + Leaf("a[0]", 1, I32(2)) + Leaf("b[0]", 1, I32(3))),
+         "Root(a:2 b:1 b:3)"},
+        // Behind a name out of order nothing is at the end any more.
+        {Document(4, Leaf("c[0]", 1, I32(1)) + Leaf("b[0]", 1, I32(2)) + Leaf("b[1]", 1, I32(3)) +
+                         Leaf("b[2]", 1, I32(4))),
+         "Root(b:2 b:3 b:4 c:1)"},
+        // A root index is not looked at; nor is what follows the last bracket.
+        {Header() + Open("R[77]", 1) + Open("a[0]junk[", 0), "R(a)"},
+        // Levels close where their counts run out.
+        {Document(2, Open("a[0]", 1) + Open("b[0]", 1) + Leaf("c[0]", 1, I32(1)) +
+                         Leaf("d[0]", 1, I32(2))),
+         "Root(a(b(c:1)) d:2)"},
+        {Document(2, Open("a[0]", 1) + Leaf("c[0]", 255, "") + Open("a[1]", 0)), "Root(a(c) a)"},
+        // Where a count is cut off the document ends.
+        {Document(2, Open("a[0]", 0)).substr(0, 46 + 9), "Root(a)"},
+        {Document(5, Open("a[0]", 1)).substr(0, 46 + 12), "Root(a)"},
+        // No more records than announced are read.
+        {Document(1, Open("a[0]", 0) + "rest"), "Root(a)"},
+        {Document(0, Open("a[0]", 0)), "Root"},
+        // A negative count is one that no document can fill.
+        {Document(-1, Open("a[0]", 0)), g_sBroken + "Empty path for node read."},
+        {Document(std::numeric_limits<i2_t>::min(), Open("a[0]", 0) + Open("a[1]", 0)),
+         g_sBroken + "Empty path for node read."},
+        {Document(1, Open("a[0]", std::numeric_limits<i2_t>::min()) + Leaf("b[0]", 1, I32(1)) +
+                         Leaf("b[1]", 1, I32(1))),
+         g_sBroken + "Empty path for node read."},
+        // Unnamed nodes, with and without the escape.
+        {Document(2, Open("[0]", 0) + Open("\b0;[1]", 0)), "Root(? ?)"},
+        // Attributes belong to their record; the last of one name counts.
+        {Document(
+             2, Open("a[0][@k=\"\"][@\b47;=\"\b34;]\"]", 0) + Open("a[1][@k=\"1\"][@k=\"2\"]", 0)),
+         "Root(a@k=@/=\"] a@k=2)"},
+        {Document(1, Open("a[0][@\b0;=\"1\"]", 0)), "unallowed attribute \"\""},
+    };
+    for (const auto& o : aCases) EXPECT_EQ(Load(o.sBytes), o.sOutcome);
+}
+
+TEST(DgraphReader, RunIndexes) {
+    const std::string sExists = "CreateChild failed, element already exists";
+    struct {
+        Texts oSteps;
+        std::string sOutcome;
+        unsigned uNodes;  // made, with the slots that indexes used up
+    } const aCases[] = {
+        {{"x[0]", "x[2]"}, "Root(x:0 x:1)", 4},
+        {{"x[3]"}, "Root(x:0)", 5},
+        {{"b[1]", "a[1]", "b[0]"}, "Root(a:1 b:0 b:2)", 6},
+        {{"x[1]", "x[0]"}, sExists, 4},
+        {{"x[0]", "x[0]"}, sExists, 3},
+        {{"x[0]", "x[1]", "x[1]"}, sExists, 4},
+        {{"x[00]", "x[01]", "x[0000000002]"}, "Root(x:0 x:1 x:2)", 4},
+        // Indexes have 32 bits: 2^32 is 0, 2^32 - 1 is negative.
+        {{"x[4294967296]", "x[4294967297]"}, "Root(x:0 x:1)", 3},
+        {{"x[4294967294]", "x[4294967295]", "x[0]"}, "Root(x:0 x:1 x:2)", 4},
+        {{"x[8]", "x[9]", "x[10]", "x[11]", "x[012]"}, "Root(x:0 x:1 x:2 x:3 x:4)", 14},
+        {{"x[9]", "x[11]", "x[10]"}, sExists, 14},
+    };
+    for (const auto& o : aCases) {
+        std::string sRecords;
+        for (std::size_t u = 0; u < o.oSteps.size(); ++u) {
+            sRecords += Leaf(o.oSteps[u], 1, I32(static_cast<i3_t>(u)));
+        }
+        const std::string sDocument = Document(static_cast<i3_t>(o.oSteps.size()), sRecords);
+        SCOPED_TRACE(o.oSteps.back());
+        EXPECT_EQ(Load(sDocument), o.sOutcome);
+        Data oTree;
+        File_Buf oBuf(sDocument.data(), sDocument.size());
+        Load_Report oReport;
+        (void)Raised([&] { Dgraph_LoadDGraph(oTree, oBuf, {}, &oReport); });
+        EXPECT_EQ(oReport.m_uNodes, o.uNodes);
+    }
+}
+
+TEST(DgraphReader, StepTexts) {
+    struct {
+        std::string sStep;
+        std::string sOutcome;  // the node, or the end of the message
+    } const aCases[] = {
+        {"\0"s, "Empty Path not allowed"},
+        {"\0x[0]"s, "Empty Path not allowed"},
+        {"/x[0]", "Path begins with '/'"},
+        {".x[0]", "Path begins with '.'"},
+        {"x", "No index specified"},
+        {"x[", "No index specified"},
+        {"x[]", "No index specified"},
+        {"x[-1]", "No index specified"},
+        {"x[a]", "No index specified"},
+        {"x[\0000]"s, "No index specified"},
+        {"x[0", "Missing ']' after index"},
+        {"x[0 ]", "Missing ']' after index"},
+        {"x[0\0]"s, "Missing ']' after index"},
+        {"x[0][", "Attribute name must begin with '@'"},
+        {"x[0][a=\"1\"]", "Attribute name must begin with '@'"},
+        {"x[0][0]", "Attribute name must begin with '@'"},
+        {"x[0][@=\"1\"]", "Empty attribute name not allowed"},
+        {"x[0][@", "No value for attribute specified"},
+        {"x[0][@a]", "No value for attribute specified"},
+        {"x[0][@a\0=\"1\"]"s, "No value for attribute specified"},
+        {"x[0][@a=", "Missing beginning quote for attribue value"},
+        {"x[0][@a='1']", "Missing beginning quote for attribue value"},
+        {"x[0][@a=\"", "Missing end quote for attribue value"},
+        {"x[0][@a=\"1]", "Missing end quote for attribue value"},
+        {"x[0][@a=\"1\"", "Missing ']' after attribute"},
+        {"x[0][@a=\"1\" ]", "Missing ']' after attribute"},
+        {"x[0][@a=\"1\"][@b=\"2\"", "Missing ']' after attribute"},
+        {"x[0]\0[bad"s, "x"},
+        {"x[0] [bad", "x"},
+        {"x y.z[0]", "x y.z"},
+        {"x]/*[0]", "x]/*"},
+        {"x[0][@a]b=\"[]/\"]", "x@a]b=[]/"},
+        {"a\b47;b\b8;47;[0]", "a/b\b47;"},
+        {"a\b0;b[0]", "a"},
+        {"a\b228;\b8364;[0]", "a\xC3\xA4\xE2\x82\xAC"},
+        {"a\bb\b;\b12[0]", "a\bb\b;\b12"},
+        {"\xE4[0]", "\xC3\xA4"},
+    };
+    for (const auto& o : aCases) {
+        const std::string sShown = Load(Document(1, Leaf(o.sStep, 1, I32(1))));
+        const bool bGood = sShown.rfind("Root(", 0) == 0;
+        EXPECT_EQ(sShown, bGood ? "Root(" + o.sOutcome + ":1)" : g_sPath + o.sOutcome) << o.sStep;
+    }
+    EXPECT_EQ(Load(Document(1, I32(0))), g_sBroken + "Empty path for node read.");
+}
+
+TEST(DgraphReader, MessagesEndInOneLineBreakAndNameTheFunction) {
+    const std::string sBytes = Document(1, Block("x"));
+    Data oTree;
+    File_Buf oBuf(sBytes.data(), sBytes.size());
+    const auto oLoad = [&] { Dgraph_LoadDGraph(oTree, oBuf); };
+    EXPECT_EQ(Raised(oLoad), g_sPath + "No index specified\n");
+    oBuf.Seek(0);
+    EXPECT_EQ(Trail(oLoad), "vok::Dgraph_LoadDGraph\n");
+    EXPECT_EQ(Show(oTree), "Root()");  // the old tree is gone, what was read is there
+}
+
+TEST(DgraphReader, Links) {
+    const std::string sNothing = "Dgraph_LoadDGraph: referenced node points to nothing.";
+    const std::string sTwo = "Dgraph_LoadDGraph: referenced node is not unique.";
+    struct {
+        std::string sName;
+        std::string sPath;
+        std::string sOutcome;  // target or message
+    } const aCases[] = {
+        {"b", "b[0]", "/b[0]"},
+        {"name is not compared", "b[1]/c[0]", "/b[1]/c[0]"},
+        {"b", "b[1]", "/b[1]"},
+        {"a", "a[0]", "/a[0]"},
+        {"c", "/b[1]/c[0]", "/b[1]/c[0]"},
+        {"c", "//c", "/b[1]/c[0]"},
+        {"c", "b[1]/c[0]\0/d"s, "/b[1]/c[0]"},
+        {"r", ".", "/"},
+        {"e", "\b0;[0]", "/\b0;[0]"},
+        {"b", "b", sTwo},
+        {"b", "*", sTwo},
+        {"b", "b[2]", sNothing},
+        {"b", "x[0]", sNothing},
+        {"b", "x[1]", "/x[0]"},  // the slot in front of it goes away after loading
+        {"b", "b[0", "opening bracket '[' used without corresponding closing bracket"},
+        {"b", "..", "node has no predecessor"},
+        {"", "b[0]", g_sBroken + "Empty type for refferred node read."},
+        {"b", "", g_sBroken + "Empty path for refferred node read."},
+    };
+    for (const auto& o : aCases) {
+        const std::string sShown =
+            Load(Document(5, Link("a[0]", o.sName, o.sPath) + Open("b[0]", 0) + Open("b[1]", 1) +
+                                 Open("c[0]", 0) + Open("x[1]", 0) + Open("\b0;[0]", 0)));
+        const bool bGood = o.sOutcome[0] == '/';
+        EXPECT_EQ(sShown, bGood ? "Root(? a->" + o.sOutcome + " b b(c) x)" : o.sOutcome) << o.sPath;
+    }
+}
+
+TEST(DgraphReader, NegativeLengths) {
+    const std::string sNegative = g_sBroken + "Negative length read.";
+    for (const i3_t iLength : {i3_t{-1}, i3_t{std::numeric_limits<i2_t>::min()}}) {
+        const std::string aRecords[] = {
+            I32(iLength),
+            Leaf("w[0]", 5, I32(iLength)),
+            Leaf("w[0]", 8, I32(iLength)),
+            Leaf("w[0]", 7, I32(iLength)),
+            Leaf("w[0]", 7, Block("b") + I32(iLength)),
+        };
+        for (const std::string& s : aRecords) {
+            EXPECT_EQ(Load(Document(1, s)), sNegative);
+            EXPECT_EQ(Load(Document(2, Leaf("v[0]", 1, I32(1)) + s + std::string(99, 'x'))),
+                      sNegative);
+        }
+    }
+}
+
+// One record of every kind.
+std::string AllTypes() {
+    return Document(
+        13, Leaf("binary[0]", 8, Block("\1\2\3")) + Leaf("char[0]", 4, U8(200)) +
+                Leaf("date[0]", 9, F64(40000.25)) + Leaf("double[0]", 3, F64(2.5)) +
+                Open("empty[0]", 0) + Leaf("float[0]", 2, F32(1.5f)) + Leaf("int[0]", 1, I32(-5)) +
+                Link("link[0]", "x", "tree[0]/x[1]") + Leaf("long[0]", 10, U64(77)) +
+                Leaf("quad[0]", 11, I32(1) + I32(2) + I32(3) + I32(4)) +
+                Text("string[0][@a\b32;b=\"c\b46;\"]", "some text") + Open("tree[0]", 2) +
+                Text("x[0]", "y") + Leaf("x[1]", 6, U8(1)) + Leaf("yes[0]", 6, U8(1)));
+}
+
+TEST(DgraphReader, EndsAnywhere) {
+    const std::string sBytes = AllTypes();
+    ASSERT_EQ(Load(sBytes),
+              "Root(binary:#010203 char:'200 date:2009-07-06 06:00:00 double:2.5d empty float:1.5f "
+              "int:-5 link->/tree[0]/x[1] long:77u quad:0x00000001000000020000000300000004 "
+              "string@a b=c.:'some text' tree(x:'y' x:yes) yes:yes)");
+    for (std::size_t u = 0; u < sBytes.size(); ++u) {
+        SCOPED_TRACE(u);
+        EXPECT_NE(Load(std::string_view(sBytes).substr(0, u)), "");
+    }
+}
+
+TEST(DgraphReader, MissingBytesAreZero) {
+    // Long fields in front leave something stale behind to be found.
+    const std::string sBefore = Text("a[0]", std::string(64, '\x55'));
+    struct {
+        std::string sRecord;
+        std::string sShown;
+    } const aCases[] = {
+        {Leaf("v[0]", 1, "\x11"), "v:17"},
+        {Leaf("v[0]", 3, "\x01"), "v:4.940656458412465e-324d"},
+        {Leaf("v[0]", 10, ""), "v:0u"},
+        {Leaf("v[0]", 6, ""), "v:no"},
+        {Leaf("v[0]", 11, I32(1) + "\x02"), "v:0x00000001000000020000000000000000"},
+        {Leaf("v[0]", 5, I32(20) + "abc"), "v:'abc'"},
+        {Leaf("v[0]", 5, "\x14"), "v:''"},
+        {Leaf("v[0]", 8, I32(5) + "\x01\x02"), "v:#0102000000"},
+        {Block("v[0]"), "v"},
+    };
+    for (const auto& o : aCases) {
+        EXPECT_EQ(Load(Document(2, sBefore + o.sRecord)),
+                  "Root(a:'" + std::string(64, '\x55') + "' " + o.sShown + ")");
+    }
+}
+
+}  // namespace
+
+}  // namespace vok

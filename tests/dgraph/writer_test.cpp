@@ -1,0 +1,263 @@
+// What trees are written as, against documents put together by hand.
+#include <limits>
+
+#include "tests/dgraph/dgraph_support.h"
+
+namespace vok {
+
+namespace {
+
+// Sets one kind of value and says what its record looks like in each minor version.
+struct ValueCase {
+    const char* sWhat;
+    void (*pSet)(Data&);
+    std::string sNow;  // type code and value
+    std::string sOld = {};
+    int iUpTo = 0;  // the old form is written below this minor version
+};
+
+const ValueCase g_aValues[] = {
+    {"empty", [](Data&) {}, U8(0) + I32(0)},
+    {"true", [](Data& o) { o.SetValBool(true); }, U8(6) + U8(1)},
+    {"boolean from a large number", [](Data& o) { o.SetValInt(0x100, Data_Node::Boolean); },
+     U8(6) + U8(1)},
+    {"false", [](Data& o) { o.SetValBool(false); }, U8(6) + U8(0)},
+    {"integer", [](Data& o) { o.SetValInt(-2); }, U8(1) + "\xFE\xFF\xFF\xFF"s},
+    {"char keeps 8 bits", [](Data& o) { o.SetValInt(0x1C8, Data_Node::Char); }, U8(4) + "\xC8"s},
+    {"float", [](Data& o) { o.SetValDbl(1.5, Data_Node::Float); }, U8(2) + "\x00\x00\xC0\x3F"s},
+    {"float too large", [](Data& o) { o.SetValDbl(1e300, Data_Node::Float); },
+     U8(2) + "\x00\x00\x80\x7F"s},
+    {"double", [](Data& o) { o.SetValDbl(-0.0); }, U8(3) + "\0\0\0\0\0\0\0\x80"s},
+    {"date", [](Data& o) { o.SetValDbl(43200.0, Data_Node::Date); }, U8(9) + F64(25569.5),
+     U8(5) + I32(20) + "1970-01-01 12:00:00\0"s, 2},
+    {"date before the epoch", [](Data& o) { o.SetValDbl(-0.5, Data_Node::Date); },
+     U8(9) + F64(-0.5 / 86400.0 + 25569.0), U8(5) + I32(20) + "1969-12-31 23:59:59\0"s, 2},
+    {"string", [](Data& o) { o.SetValStr("a b/\xC3\xA4"); }, U8(5) + I32(7) + "a b/\xC3\xA4\0"s},
+    {"empty string", [](Data& o) { o.SetValStr(""); }, U8(5) + I32(1) + "\0"s},
+    {"Latin-1 string", [](Data& o) { o.SetValStr("\xE4"); }, U8(5) + I32(3) + "\xC3\xA4\0"s},
+    {"binary", [](Data& o) { o.SetValBin("\0\xFF", 2); }, U8(8) + I32(2) + "\0\xFF"s},
+    {"empty binary", [](Data& o) { o.SetValBin(nullptr, 0); }, U8(8) + I32(0)},
+    {"long", [](Data& o) { o.SetValLng(0xFFFFFFFFFFFFFFFE); },
+     U8(10) + "\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s, U8(5) + I32(21) + "18446744073709551614\0"s, 3},
+    {"quad", [](Data& o) { o.SetValQuad(1, 0, 4294967295, 65536); },
+     U8(11) + I32(1) + I32(0) + I32(-1) + I32(65536), U8(11) + I32(21) + "1,0,4294967295,65536\0"s,
+     3},
+};
+
+TEST(DgraphWriter, EveryValueInEveryMinorVersion) {
+    for (const ValueCase& oCase : g_aValues) {
+        for (int iMinor = 0; iMinor < 5; ++iMinor) {
+            SCOPED_TRACE(oCase.sWhat + " in 1."s + std::to_string(iMinor));
+            Data oRoot = Versioned(iMinor);
+            Data oNode = oRoot.CreateNewSucc("v");
+            oCase.pSet(oNode);
+            const std::string& sValue = iMinor < oCase.iUpTo ? oCase.sOld : oCase.sNow;
+            EXPECT_EQ(Save(oNode), Document(1, Block("v[0]") + sValue, iMinor));
+        }
+    }
+}
+
+TEST(DgraphWriter, SmallestDocument) {
+    const std::string sBytes = Save(Versioned());
+    EXPECT_EQ(sBytes.size(), 46u);
+    EXPECT_EQ(sBytes, Document(0, ""));
+    Data oNamed = Versioned();
+    oNamed.SetRootName("my root");
+    oNamed.SetValInt(1);
+    EXPECT_EQ(Save(oNamed), Header() + Leaf("my\b32;root[0]", 1, I32(1)));
+}
+
+TEST(DgraphWriter, StepTexts) {
+    struct {
+        const char* sName;
+        std::string sEncoded;
+    } const aCases[] = {
+        {"plain-name_1:x", "plain-name_1:x"},
+        {" /.[]=\"*\b", "\b32;\b47;\b46;\b91;\b93;\b61;\b34;\b42;\b8;"},
+        {"\xC3\xA4\xF0\x9F\x98\x80", "\xC3\xA4\xF0\x9F\x98\x80"},
+        {"\xE4", "\xC3\xA4"},
+        {"", "\b0;"},
+        {"sixteen-bytes-16", "sixteen-bytes-16"},
+        {"seventeen-bytes17", "seventeen-bytes17"},
+    };
+    for (const auto& o : aCases) {
+        SCOPED_TRACE(o.sName);
+        Data oRoot = Versioned();
+        Data oNode = oRoot.CreateNewSucc(o.sName);
+        EXPECT_EQ(Save(oRoot), Document(1, Open(o.sEncoded + "[0]", 0)));
+        // Attributes follow in the order in which their names first appeared; empty values
+        // are left out.
+        Data(oRoot).SetAttVal("second", "");
+        Data oOther = oRoot.CreateNewSucc("\xF4\x8F\xBF\xBF");
+        oOther.SetAttVal("first", "1");
+        oNode.SetAttVal("dt:x", o.sName);
+        oNode.SetAttVal("second", "2");
+        oNode.SetAttVal("gone", "3");
+        oNode.SetAttVal("gone", nullptr);
+        const std::string sValue = *o.sName != 0 ? "[@dt:x=\"" + o.sEncoded + "\"]" : "";
+        EXPECT_EQ(Save(oRoot), Document(2, Open(o.sEncoded + "[0][@second=\"2\"]" + sValue, 0) +
+                                               Open("\xF4\x8F\xBF\xBF[0][@first=\"1\"]", 0)));
+    }
+}
+
+TEST(DgraphWriter, RunIndexesFollowTheOrderOfNames) {
+    Data oRoot = Versioned();
+    std::string sRecords;
+    for (const char* s : {"b", "a", "b", "a"}) oRoot.AddBool(s, true);
+    EXPECT_EQ(Save(oRoot), Document(4, Leaf("a[0]", 6, U8(1)) + Leaf("a[1]", 6, U8(1)) +
+                                           Leaf("b[0]", 6, U8(1)) + Leaf("b[1]", 6, U8(1))));
+    Data oMany = Versioned();
+    for (int i = 0; i < 1234; ++i) {
+        oMany.AddInt("x", i);
+        sRecords += Leaf("x[" + std::to_string(i) + "]", 1, I32(i));
+    }
+    EXPECT_EQ(Save(oMany), Document(1234, sRecords));
+}
+
+TEST(DgraphWriter, RemovedNodesKeepTheirPlaceInTheRun) {
+    Data oRoot = Versioned();
+    Data oB0 = oRoot.CreateNewSucc("b");
+    Data oB1 = oRoot.CreateNewSucc("b");
+    Data oA = oRoot.CreateNewSucc("a");
+    oA.CreateNewSucc("below");
+    oA.Remove();
+    EXPECT_EQ(Save(oRoot), Document(2, Open("b[0]", 0) + Open("b[1]", 0)));
+    oB0.Remove();
+    EXPECT_EQ(Save(oRoot), Document(1, Open("b[1]", 0)));
+    oB1.Remove();
+    EXPECT_EQ(Save(oRoot), Document(0, ""));
+    oRoot.Shrink();
+    EXPECT_EQ(Save(oRoot), Document(0, ""));
+}
+
+TEST(DgraphWriter, Links) {
+    Data oRoot = Versioned();
+    Data oLink = oRoot.CreateNewSucc("link");
+    Data oTarget = oRoot.CreateNewSucc("t.t");
+    const auto oExpect = [&](const Data& o, const std::string& sRecord) {
+        oLink.SetValLink(o);
+        EXPECT_EQ(Save(oRoot), Document(2, sRecord + Open("t\b46;t[0]", 1) + Open("\b0;[0]", 0)));
+    };
+    const Data oUnnamed = oTarget.CreateNewSucc("");
+    oExpect(oTarget, Link("link[0]", "t.t", "t\b46;t[0]"));
+    oExpect(oLink, Link("link[0]", "link", "link[0]"));
+    oExpect(oUnnamed, Link("link[0]", "\b0;", "t\b46;t[0]/\b0;[0]"));
+    // What no document reaches is written as a node without value.
+    oExpect(oRoot, Open("link[0]", 0));
+    oExpect(Data(), Open("link[0]", 0));
+    Data oGone = oRoot.CreateNewSucc("gone");
+    const Data oDetached = oGone.CreateNewSucc("detached");
+    oGone.Remove();
+    oExpect(oGone, Open("link[0]", 0));
+    oExpect(oDetached, Open("link[0]", 0));
+    EXPECT_NE(Raised([&] { oLink.SetValLink(Versioned()); }), "(nothing raised)");
+}
+
+TEST(DgraphWriter, VersionTag) {
+    const std::string sWrong = "Binary DGraph buffer has the wrong version!\n";
+    const std::string sNone = "No DGraph!\n";
+    struct {
+        const char* sTag;
+        std::string sOutcome;  // version bytes, or the message
+    } const aCases[] = {
+        {"DGraphBin 1.2.0", "\1\2\0"s},
+        {"DGraphBin1.2.3", "\1\2\3"s},
+        {"DGraphBin +1. 2.\t300", "\1\2\x2C"s},
+        {"DGraphBin 1.-1.0", "\1\xFF\0"s},
+        {"DGraphBin 1..", "\1\0\0"s},
+        {"DGraphBin 3.0.0", sWrong},
+        {"DGraphBin 0.0.0", sWrong},
+        {"DGraphBin 257.0.0", sWrong},
+        {"DGraphBin 4294967297.0.0", sWrong},
+        {"DGraphBin..", sWrong},
+        {"DGraphBin 1.3", sNone},
+        {"DGraphBin 1.3.", "\1\3\0"s},
+        {"DGraphBin 1.3.0x", sNone},
+        {"DGraphBin 1.3.0.0", sNone},
+        {"DGraphBin 1 .3.0", sNone},
+        {"DGraphBin", sNone},
+        {"dgraphbin 1.3.0", sNone},
+        {" DGraphBin 1.3.0", sNone},
+        {"", sNone},
+        {nullptr, sNone},
+    };
+    for (const auto& o : aCases) {
+        SCOPED_TRACE(o.sTag != nullptr ? o.sTag : "(null)");
+        Data oRoot = NewTree();
+        oRoot.SetUserTag(o.sTag);
+        std::string sOutcome;
+        const std::string sError = Raised([&] { sOutcome = Save(oRoot).substr(9, 3); });
+        EXPECT_EQ(sOutcome.empty() ? sError : sOutcome, o.sOutcome);
+    }
+    EXPECT_EQ(Raised([] { (void)Save(Data()); }), sNone);
+    EXPECT_EQ(Trail([] { (void)Save(Data()); }), "vok::Dgraph_SaveDGraph\n");
+
+    Data oRoot = NewTree();
+    Dgraph_SetVersion(oRoot, 1, -2147483647 - 1, 2147483647);
+    EXPECT_STREQ(oRoot.GetUserTag().CStr(), "DGraphBin 1.-2147483648.2147483647");
+    Data oEmpty;
+    EXPECT_EQ(Raised([&] { Dgraph_SetVersion(oEmpty, 1, 2, 0); }), "node is empty\n");
+}
+
+TEST(DgraphWriter, OneWritePerField) {
+    Data oRoot = Versioned();
+    oRoot.AddStr("s", "hello");
+    Data oTree = oRoot.CreateNewSucc("t");
+    oTree.SetAttVal("k", "v");
+    oTree.CreateNewSucc("q").SetValQuad(1, 2, 3, 4);
+    oTree.AddBin("b", "xyz", 3);
+    oTree.AddInt("i", 5);
+    oRoot.CreateNewSucc("u").SetValLink(oTree);
+    Drop_Stream oOut;
+    Dgraph_SaveDGraph(oRoot, oOut);
+    std::vector<std::size_t> oWidths;
+    std::string sAll;
+    for (const std::string& s : oOut.m_oWritten) {
+        oWidths.push_back(s.size());
+        sAll += s;
+    }
+    const std::vector<std::size_t> oExpected = {
+        30, 4,  7, 1, 4,        // header, root
+        4,  4,  1, 4, 6,        // s
+        4,  12, 1, 4,           // t
+        4,  4,  1, 4, 3,        // b
+        4,  4,  1, 4,           // i
+        4,  4,  1, 4, 4, 4, 4,  // q
+        4,  4,  1, 4, 1, 4, 4,  // u
+    };
+    EXPECT_EQ(oWidths, oExpected);
+    EXPECT_EQ(oOut.m_uFlushes, 1u);
+    EXPECT_EQ(sAll, Save(oRoot));
+}
+
+// What a buffer may be besides empty.
+TEST(DgraphWriter, IntoBuffers) {
+    Data oRoot = Versioned();
+    oRoot.AddStr("line", "a\nb");
+    const std::string sBytes = Save(oRoot);
+
+    File_Buf oBuf("w");
+    oBuf.Write("before", 6);
+    Dgraph_SaveDGraph(oRoot, oBuf);
+    EXPECT_EQ(std::string(oBuf.Data(), oBuf.Size()), "before" + sBytes);
+    EXPECT_EQ(static_cast<std::size_t>(oBuf.Tell()), oBuf.Size());
+
+    oBuf.Open("w");
+    oBuf.Write(std::string(200, 'x').c_str(), 200);
+    oBuf.Seek(2);
+    Dgraph_SaveDGraph(oRoot, oBuf);
+    EXPECT_EQ(std::string(oBuf.Data(), oBuf.Size()),
+              "xx" + sBytes + std::string(198 - sBytes.size(), 'x'));
+
+    File_Buf oText("wt");
+    Dgraph_SaveDGraph(oRoot, oText);
+    EXPECT_EQ(oText.Size(), sBytes.size() + 1);  // the line break is two bytes
+
+    File_Buf oReadOnly;
+    EXPECT_NE(Raised([&] { Dgraph_SaveDGraph(oRoot, oReadOnly); }), "(nothing raised)");
+    EXPECT_EQ(oReadOnly.Size(), 0u);
+}
+
+}  // namespace
+
+}  // namespace vok

@@ -1,0 +1,138 @@
+// Objects to bytes and back.
+#include "tests/dgraph/mem_probe.h"
+#include "tests/serializer/serializer_support.h"
+
+namespace Velmar::Q7R::Serializer {
+
+namespace {
+
+using namespace std::string_literals;
+
+std::string Text(const Bytes& oBytes) {
+    return {oBytes.begin(), oBytes.end()};
+}
+Bytes ToBytes(const std::string& sText) {
+    return {sText.begin(), sText.end()};
+}
+
+const std::string g_sHeader = "DGraphBin\1\2"s + std::string(19, '\0');
+const std::string g_sReadFailed = "Failed to read data from file.";
+
+TEST(Serializer, BytesOfAnObject) {
+    EXPECT_EQ(Text(Write([](Node&) {})), g_sHeader + "\7\0\0\0Root[0]\0\0\0\0\0"s);
+    const Bytes oBytes = Write([](Node& node) {
+        node.AddValue(u"name", u"\u00E4");
+        node.AddValue("id", 258);
+        node.AddValue("on", true);
+        node.AddValue("raw", Bytes{1, 2});
+        node.AddValue("p", 1, 2, 3, 4);
+    });
+    EXPECT_EQ(Text(oBytes), g_sHeader +
+                                "\7\0\0\0Root[0]\0\5\0\0\0"
+                                "\5\0\0\0id[0]\1\2\1\0\0"
+                                "\7\0\0\0name[0]\5\3\0\0\0\xC3\xA4\0"
+                                "\5\0\0\0on[0]\6\1"
+                                "\4\0\0\0p[0]\0\4\0\0\0"
+                                "\5\0\0\0V1[0]\1\1\0\0\0"
+                                "\5\0\0\0V2[0]\1\2\0\0\0"
+                                "\5\0\0\0V3[0]\1\3\0\0\0"
+                                "\5\0\0\0V4[0]\1\4\0\0\0"
+                                "\6\0\0\0raw[0]\b\2\0\0\0\1\2"s);
+}
+
+TEST(Serializer, TheRootThatIsRead) {
+    // Written by a newer version; nodes of the tree as it was loaded, not of a fresh one.
+    const std::string sDocument = "DGraphBin\1\3\7"s + std::string(18, '\0') +
+                                  "\5\0\0\0Me[0]\0\1\0\0\0\4\0\0\0x[0]\1\5\0\0\0"s;
+    bool bCalled = false;
+    Bytes oAgain;
+    Read(ToBytes(sDocument), [&](Node& node) {
+        bCalled = true;
+        Int32 iValue = 0;
+        EXPECT_TRUE(node.TryGetValue("x", iValue));
+        EXPECT_EQ(iValue, 5);
+        // The version is that of this library, whatever the document said.
+        oAgain = Write([&](Node& other) { other = node; });
+    });
+    EXPECT_TRUE(bCalled);
+    EXPECT_EQ(Text(oAgain), g_sHeader + sDocument.substr(30));
+}
+
+TEST(Serializer, WhatCannotBeReadNeverReachesTheObject) {
+    const std::string aDocuments[] = {
+        "",
+        "DGraphBin",
+        "<xml/>",
+        g_sHeader,
+        "DGraphBin\3"s + std::string(20, '\0') + "Root",
+        g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\xFF\xFF\xFF\xFF"s,
+        g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\7\0\0\0x[99999]\1\0\0\0\0"s,
+        g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\xD\0\0\0x[2000000000]\1\0\0\0\0"s,
+    };
+    for (const std::string& s : aDocuments) {
+        bool bCalled = false;
+        EXPECT_EQ(Failure([&] { Read(ToBytes(s), [&](Node&) { bCalled = true; }); }),
+                  g_sReadFailed);
+        EXPECT_FALSE(bCalled);
+    }
+    Host oHost;
+    EXPECT_EQ(Failure([&] { Serializer().ReadFromBinaryBuffer(oHost, {}); }), g_sReadFailed);
+}
+
+TEST(Serializer, WhatWriteValuesMayDoToTheRoot) {
+    EXPECT_EQ(Failure([] { (void)Write([](Node& node) { node.Dispose(); }); }),
+              "Invalid vok::Data");
+    // Another node, anywhere in another tree: the whole of that tree is written.
+    const Bytes oBytes = Write([](Node& node) {
+        Node other;
+        Node sub = other.AddSubnode("a");
+        sub.AddValue("b", 1);
+        node = sub;
+    });
+    EXPECT_EQ(Text(oBytes), Text(Write([](Node& node) { node.AddSubnode("a").AddValue("b", 1); })));
+    EXPECT_EQ(Text(Write([](Node& node) { node = Node(); })), Text(Write([](Node&) {})));
+}
+
+TEST(Serializer, ExceptionsOfTheHostPassThrough) {
+    struct HostError {};
+    const Bytes oBytes = Write([](Node&) {});
+    EXPECT_THROW((void)Write([](Node&) { throw HostError(); }), HostError);
+    EXPECT_THROW(Read(oBytes, [](Node&) { throw HostError(); }), HostError);
+    // And so do those of nodes.
+    const auto oFail = [](Node& node) {
+        node.AddValue("x", 1);
+        double dValue;
+        node.TryGetValue("x", dValue);
+    };
+    EXPECT_EQ(Failure([&] { (void)Write(oFail); }), "Failed to get Node double value");
+    EXPECT_EQ(Failure([&] { Read(oBytes, oFail); }), "Failed to get Node double value");
+}
+
+TEST(Serializer, OutOfMemory) {
+    const vok::Mem_Probe oProbe;
+    const auto oFill = [](Node& node) {
+        node.AddSubnode("a").AddValue(u"text", u"\u00E4 text that is longer than a short one");
+    };
+    const Bytes oGood = Write(oFill);
+    const auto oSweep = [&](const std::string& sFailed, const std::function<void()>& oBody) {
+        unsigned uNth = 1;
+        for (;; ++uNth) {
+            const vok::u3_t uBlocks = vok::Mem::BlocksInUse();
+            vok::Mem_Probe::FailIn(uNth);
+            const std::string sFailure = Failure(oBody);
+            const bool bRefused = !vok::Mem_Probe::IsArmed();
+            vok::Mem_Probe::FailIn(0);
+            ASSERT_EQ(vok::Mem::BlocksInUse(), uBlocks);
+            EXPECT_EQ(sFailure, bRefused ? sFailed : "");
+            if (!bRefused) break;
+        }
+        EXPECT_GT(uNth, 5u);
+    };
+    oSweep("Failed to write data to buffer", [] { (void)Write([](Node&) {}); });
+    oSweep(g_sReadFailed, [&] { Read(oGood, [](Node&) {}); });
+    EXPECT_EQ(Write(oFill), oGood);
+}
+
+}  // namespace
+
+}  // namespace Velmar::Q7R::Serializer
