@@ -2,6 +2,7 @@
 #ifndef VOK_DATA_DATA_H
 #define VOK_DATA_DATA_H
 
+#include <string>
 #include <string_view>
 
 #include "vok/base/arr.h"
@@ -41,6 +42,7 @@ class Data_Name {
     Data_Name(std::string_view sName) noexcept
         : m_sName(sName.data() != nullptr ? sName.data() : ""),
           m_uLength(static_cast<u2_t>(sName.size() < MOST ? sName.size() : MOST)) {}
+    Data_Name(const std::string& sName) noexcept : Data_Name(std::string_view(sName)) {}
     Data_Name(Data_Key oKey) noexcept : m_uKey(oKey.uKey) {}
 
   private:

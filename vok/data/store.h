@@ -99,7 +99,9 @@ class Data_Base {
     u2_t Append(u2_t uParent, u2_t uKey, Node::Type eType = Node::Empty, u3_t uValue = 0) {
         const std::size_t uId = m_oNode.Size();
         const bool bFirst = m_oNode(uParent).GetType() != Node::Tree;
-        if (bFirst || uId == m_oNode.Capacity()) [[unlikely]] PrepareAppend(uParent);
+        if (bFirst || uId == m_oNode.Capacity() || uId > 0x7FFFFFFF) [[unlikely]] {
+            PrepareAppend(uParent);
+        }
         Node* pNode = m_oNode.AddSpacePrivate();
         pNode->uKey = uKey;
         pNode->uFlags = (uParent + 1) << 4 | eType;

@@ -442,7 +442,7 @@ class ReportOnExit {
         : m_pReport(pReport), m_oData(oData), m_oSource(oSource), m_oReader(oReader) {}
     ~ReportOnExit() {
         if (m_pReport == nullptr) return;
-        m_pReport->m_uOffset = HEADER_SIZE + m_oSource.Offset();
+        m_pReport->m_uOffset += m_oSource.Offset();  // behind the header, counted before
         m_pReport->m_uNodes = m_oData.GetNodes();
         try {
             m_pReport->m_oPath = m_oData.GetNodeFromID(m_oReader.CurrentNode()).GetPath();
