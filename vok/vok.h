@@ -2,6 +2,8 @@
 #ifndef VOK_VOK_H
 #define VOK_VOK_H
 
+#include "vok/base/limits.h"
+#include "vok/base/msg.h"
 #include "vok/data/data.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
@@ -10,7 +12,5 @@
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"
-#include "vok/base/limits.h"
-#include "vok/base/msg.h"
 
 #endif  // VOK_VOK_H

@@ -32,10 +32,9 @@ Date_Fields BreakDownDate(double dSeconds) noexcept {
 
 std::size_t FormatDate(double dSeconds, char cSeparator, char* sBuf) noexcept {
     const Date_Fields o = BreakDownDate(dSeconds);
-    const int iLength =
-        std::snprintf(sBuf, 128, "%04lld-%02d-%02d%c%02d:%02d:%02d",
-                      static_cast<long long>(o.iYear), o.iMonth, o.iDay, cSeparator, o.iHour,
-                      o.iMinute, o.iSecond);
+    const int iLength = std::snprintf(sBuf, 128, "%04lld-%02d-%02d%c%02d:%02d:%02d",
+                                      static_cast<long long>(o.iYear), o.iMonth, o.iDay, cSeparator,
+                                      o.iHour, o.iMinute, o.iSecond);
     return static_cast<std::size_t>(iLength);
 }
 

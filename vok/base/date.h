@@ -14,12 +14,12 @@ inline constexpr double SECONDS_PER_DAY = 86400.0;
 inline constexpr double UNIX_EPOCH_DAY = 25569.0;
 
 struct Date_Fields {
-    i3_t iYear;    // full; may be negative
-    int iMonth;    // 1 to 12
-    int iDay;      // 1 to 31
-    int iHour;     // 0 to 23
-    int iMinute;   // 0 to 59
-    int iSecond;   // 0 to 59
+    i3_t iYear;   // full; may be negative
+    int iMonth;   // 1 to 12
+    int iDay;     // 1 to 31
+    int iHour;    // 0 to 23
+    int iMinute;  // 0 to 59
+    int iSecond;  // 0 to 59
 };
 
 // The calendar fields of a moment, rounded down to whole seconds. Moments beyond the years

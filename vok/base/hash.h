@@ -93,8 +93,8 @@ class Hash {
         if (uSize > 16) return std::memcmp(pA, pB, uSize) == 0;
         if (uSize >= 8) return IsEqualAt<u3_t>(pA, pB, uSize);
         if (uSize >= 4) return IsEqualAt<u2_t>(pA, pB, uSize);
-        return uSize == 0 || (pA[0] == pB[0] && pA[uSize - 1] == pB[uSize - 1] &&
-                              pA[uSize / 2] == pB[uSize / 2]);
+        return uSize == 0 ||
+               (pA[0] == pB[0] && pA[uSize - 1] == pB[uSize - 1] && pA[uSize / 2] == pB[uSize / 2]);
     }
     template <class Word>
     [[nodiscard]] static bool IsEqualAt(const char* pA, const char* pB,
@@ -113,7 +113,7 @@ class Hash {
     u3_t m_uSeed;
     Arr<Hash_Text> m_oText;
     tsl::robin_set<u2_t, Hasher, Equal> m_oIndex;
-    Arr<char*> m_oBlock;          // the blocks that hold the texts
+    Arr<char*> m_oBlock;           // the blocks that hold the texts
     std::size_t m_uBlockUsed = 0;  // of the last one
     std::size_t m_uBlockSize = 0;
 };

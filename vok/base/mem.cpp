@@ -58,8 +58,8 @@ std::atomic<bool> g_bDebug{false};
 
 void TraceDecrement(const void* pData, u3_t uOld) noexcept {
     char sLine[96];
-    const auto uBlock = static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pData)) -
-                        HEADER_SIZE;
+    const auto uBlock =
+        static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pData)) - HEADER_SIZE;
     std::snprintf(sLine, sizeof(sLine), "VOK.Mem:reference_count(0x%016llX) = %llu - 1\n", uBlock,
                   static_cast<unsigned long long>(uOld));
     sys::DebugOutput(sLine);
@@ -85,10 +85,10 @@ void* Create(std::size_t uSize) {
 void* Resize(void* pData, std::size_t uNewSize) {
     if (pData == nullptr) return Create(uNewSize);
     const std::size_t uOldSize = SizeOf(pData);
-    void* pBlock = IsTooLarge(uNewSize)
-                       ? nullptr
-                       : g_oAllocator.pResize(Header(pData), HEADER_SIZE + uOldSize,
-                                              HEADER_SIZE + uNewSize);
+    void* pBlock =
+        IsTooLarge(uNewSize)
+            ? nullptr
+            : g_oAllocator.pResize(Header(pData), HEADER_SIZE + uOldSize, HEADER_SIZE + uNewSize);
     if (pBlock == nullptr) {
         Msg::ReallocationFailed(reinterpret_cast<std::uintptr_t>(pData), uNewSize, BytesInUse(),
                                 BlocksInUse());

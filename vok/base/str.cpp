@@ -131,8 +131,8 @@ void Str::Utf16::Init(const Str& oStr) {
 Utf8_Text::Utf8_Text(std::string_view sText) : m_sView(sText) {
     const void* pNul = sText.empty() ? nullptr : std::memchr(sText.data(), 0, sText.size());
     if (pNul != nullptr) {
-        m_sView = sText.substr(0, static_cast<std::size_t>(static_cast<const char*>(pNul) -
-                                                           sText.data()));
+        m_sView = sText.substr(
+            0, static_cast<std::size_t>(static_cast<const char*>(pNul) - sText.data()));
     }
     if (IsUtf8(m_sView.data(), m_sView.size())) return;
     const char* pText = m_sView.data();

@@ -58,10 +58,10 @@ class Str {
     // Appends valid UTF-8 without a NUL in it.
     void AddValid(const char* pText, std::size_t uSize);
 
-    char* m_sText = nullptr;     // inside a Mem block
-    std::size_t m_uSize = 0;     // bytes including the NUL; 0 without a block
-    std::size_t m_uCapacity = 0; // bytes of the block
-    std::size_t m_uChars = 0;    // code points
+    char* m_sText = nullptr;      // inside a Mem block
+    std::size_t m_uSize = 0;      // bytes including the NUL; 0 without a block
+    std::size_t m_uCapacity = 0;  // bytes of the block
+    std::size_t m_uChars = 0;     // code points
 };
 
 // NUL-terminated UTF-16 text for the border to hosts and to Windows.

@@ -8,20 +8,23 @@ namespace vok::detail {
 
 // The tree of a cursor. Raises "node is empty".
 inline Data_Base& TreeOf(const Mem::Ref<Data_Base>& oBase) {
-    if (!oBase) [[unlikely]] Msg::NodeIsEmpty();
+    if (!oBase) [[unlikely]]
+        Msg::NodeIsEmpty();
     return *oBase;
 }
 
 // The same, with the node still there. Raises "try to access deleted node".
 inline Data_Base& NodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
     Data_Base& b = TreeOf(oBase);
-    if (uId >= b.m_oNode.Size()) [[unlikely]] Msg::TryToAccessDeletedNode();
+    if (uId >= b.m_oNode.Size()) [[unlikely]]
+        Msg::TryToAccessDeletedNode();
     return b;
 }
 
 // The same for getters of values: an empty cursor raises "object points to nothing".
 inline Data_Base& ValueOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
-    if (!oBase) [[unlikely]] Msg::ObjectPointsToNothing();
+    if (!oBase) [[unlikely]]
+        Msg::ObjectPointsToNothing();
     return NodeOf(oBase, uId);
 }
 

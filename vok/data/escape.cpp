@@ -1,9 +1,9 @@
 // Escapes of the path syntax: backspace, decimal code, semicolon.
+#include "vok/data/escape.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/data.h"
-#include "vok/data/escape.h"
 
 namespace vok {
 
@@ -46,8 +46,8 @@ void Data::EncodeXpath(Str& oOut, const char* sText, const char* sSet) {
 char* Data::DecodeXpath(char* pBegin, char* pEnd) {
     if (pBegin == nullptr) return pBegin;
     if (pEnd == nullptr) pEnd = pBegin + std::strlen(pBegin);
-    char* pRead = static_cast<char*>(std::memchr(pBegin, '\b',
-                                                 static_cast<std::size_t>(pEnd - pBegin)));
+    char* pRead =
+        static_cast<char*>(std::memchr(pBegin, '\b', static_cast<std::size_t>(pEnd - pBegin)));
     if (pRead == nullptr) return pEnd;
     char* pWrite = pRead;
     while (pRead < pEnd) {

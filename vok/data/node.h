@@ -38,8 +38,8 @@ struct Data_Node {
         Zombi = 15,
     };
 
-    static constexpr u2_t NONE = 0xFFFFFFFF;       // no node, no group
-    static constexpr u2_t CUT_LOOSE = 0xFFFFFF;    // predecessor field of a removed descendant
+    static constexpr u2_t NONE = 0xFFFFFFFF;     // no node, no group
+    static constexpr u2_t CUT_LOOSE = 0xFFFFFF;  // predecessor field of a removed descendant
 
     u2_t uKey;
     u2_t uFlags;

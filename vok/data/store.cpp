@@ -14,8 +14,8 @@ void Dispose(Data_Base* pBase) noexcept {
 
 const char* Data_Node::TypeName(u2_t uType) noexcept {
     static constexpr const char* NAMES[16] = {
-        "Empty",  "Boolean", "Integer", "Char", "Float",   "Double", "Date", "String",
-        "Binary", "Long",    "Quad",    "Unknown", "Link", "Tree",   "Unknown", "Zombi"};
+        "Empty",  "Boolean", "Integer", "Char",    "Float", "Double", "Date",    "String",
+        "Binary", "Long",    "Quad",    "Unknown", "Link",  "Tree",   "Unknown", "Zombi"};
     return NAMES[uType & 15];
 }
 

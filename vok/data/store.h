@@ -92,7 +92,8 @@ class Data_Base {
     // Raises the error for a node that takes no successors.
     void CheckAppend(u2_t uParent) const {
         const u2_t uType = m_oNode(uParent).uFlags & 0xFu;
-        if (uType != Node::Tree && uType != Node::Empty) [[unlikely]] CheckAppendSlow(uParent);
+        if (uType != Node::Tree && uType != Node::Empty) [[unlikely]]
+            CheckAppendSlow(uParent);
     }
     // Appends a node with an inline value, or an empty one, below uParent, which CheckAppend
     // has passed, and returns its id. Constant time.
@@ -216,7 +217,8 @@ class Data_Base {
     void DropValue(Node& oNode) noexcept {
         const u2_t uType = oNode.uFlags & 0xFu;
         // String, Binary, Quad and Zombi are the ones with something to account for.
-        if ((0x8580u >> uType & 1u) != 0) [[unlikely]] DropValueSlow(oNode);
+        if ((0x8580u >> uType & 1u) != 0) [[unlikely]]
+            DropValueSlow(oNode);
     }
 
     // ---- attributes -------------------------------------------------------
@@ -235,22 +237,22 @@ class Data_Base {
 
     // ---- fields -----------------------------------------------------------
 
-    Hash m_oName;            // node names
-    Hash_Guess m_oGuess;     // of the next name to be interned
-    Arr<Node> m_oNode;       // by id; 0 is the root
-    Arr<u2_t> m_oSucc;       // successor groups
-    Arr<u2_t> m_oUnsorted;   // pairs: parent, length of the sorted part of its group
-    Hash m_oAttName;         // attribute names; key k has its records in m_oAttArr(k - 1)
+    Hash m_oName;           // node names
+    Hash_Guess m_oGuess;    // of the next name to be interned
+    Arr<Node> m_oNode;      // by id; 0 is the root
+    Arr<u2_t> m_oSucc;      // successor groups
+    Arr<u2_t> m_oUnsorted;  // pairs: parent, length of the sorted part of its group
+    Hash m_oAttName;        // attribute names; key k has its records in m_oAttArr(k - 1)
     Arr<Data_AttArr*> m_oAttArr;
-    Arr<u2_t> m_oAttHead;    // by id: key of a name it has, from where uNext leads to the others;
-                             // 0 for a node never given one. As long as it has to be.
-    Arr<char> m_oStr;        // text heap; byte 0 is the empty text
+    Arr<u2_t> m_oAttHead;  // by id: key of a name it has, from where uNext leads to the others;
+                           // 0 for a node never given one. As long as it has to be.
+    Arr<char> m_oStr;      // text heap; byte 0 is the empty text
     Mem::Str m_oUserTag;
-    u2_t m_uIndexed = 0;     // nodes below are placed in their groups
-    u2_t m_uDead = 0;        // removed nodes
-    u3_t m_uDeadSucc = 0;    // words of abandoned groups
-    u3_t m_uGarbage = 0;     // unreferenced bytes of the text heap
-    u3_t m_uDeadAtts = 0;    // attribute records without value
+    u2_t m_uIndexed = 0;   // nodes below are placed in their groups
+    u2_t m_uDead = 0;      // removed nodes
+    u3_t m_uDeadSucc = 0;  // words of abandoned groups
+    u3_t m_uGarbage = 0;   // unreferenced bytes of the text heap
+    u3_t m_uDeadAtts = 0;  // attribute records without value
 
   private:
     u2_t InternSlow(std::string_view sName);

@@ -33,8 +33,8 @@ void Data_Base::Place(u2_t uId) {
     if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
     Node& oParent = m_oNode(uParent);
     if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
-    if (oParent.Start() == NONE || (m_oSucc(oParent.Start()) & ~UNSORTED) ==
-                                       m_oSucc(oParent.Start() + 1)) {
+    if (oParent.Start() == NONE ||
+        (m_oSucc(oParent.Start()) & ~UNSORTED) == m_oSucc(oParent.Start() + 1)) {
         GrowGroup(oParent);
     }
     u2_t* pGroup = m_oSucc.Beg() + oParent.Start();

@@ -61,8 +61,7 @@ bool Data_NodeIt::SkipZombies() noexcept {
     if (!m_oBase) return false;
     for (; m_uPos < m_oId.Size(); ++m_uPos) {
         const u2_t uId = m_oId(m_uPos);
-        if (uId < m_oBase->m_oNode.Size() &&
-            m_oBase->m_oNode(uId).GetType() != Data_Node::Zombi) {
+        if (uId < m_oBase->m_oNode.Size() && m_oBase->m_oNode(uId).GetType() != Data_Node::Zombi) {
             return true;
         }
     }

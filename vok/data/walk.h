@@ -27,7 +27,8 @@ class Data_Walk {
 
     // Moves to the next node; false behind the last one.
     bool Next() {
-        if (m_pNode == nullptr) [[unlikely]] return Start();
+        if (m_pNode == nullptr) [[unlikely]]
+            return Start();
         if (m_pNode->GetType() == Data_Node::Tree && m_pNode->Size() != 0) Descend();
         for (;;) {
             while (m_pNext == m_pEnd) {
@@ -36,7 +37,8 @@ class Data_Walk {
             }
             m_uId = *m_pNext++;
             m_pNode = m_pNodes + m_uId;
-            if (m_pNode->GetType() != Data_Node::Zombi) [[likely]] return true;
+            if (m_pNode->GetType() != Data_Node::Zombi) [[likely]]
+                return true;
         }
     }
     // Leaves out what is below the current node.

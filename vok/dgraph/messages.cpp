@@ -26,9 +26,8 @@ void RaiseEmptyNodePath() {
 }
 
 void RaiseNegativeLength() {
-    Msg_Entry::Raise(
-        {"Dgraph_LoadDGraph: Input stream is corrupted! Negative length read.",
-         "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Negative Länge gelesen."});
+    Msg_Entry::Raise({"Dgraph_LoadDGraph: Input stream is corrupted! Negative length read.",
+                      "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Negative Länge gelesen."});
 }
 
 void RaiseEmptyTargetName() {
@@ -85,8 +84,8 @@ void RaiseInvalidStep(StepFault eFault) {
     } oPair;
     std::snprintf(oPair.sEnglish, sizeof(oPair.sEnglish),
                   "Dgraph_LoadDGraph: Invalid path specification! %s", oFault.m_sEnglish);
-    std::snprintf(oPair.sGerman, sizeof(oPair.sGerman), "Dgraph_LoadDGraph: Ungültige Pfadangabe! %s",
-                  oFault.m_sGerman);
+    std::snprintf(oPair.sGerman, sizeof(oPair.sGerman),
+                  "Dgraph_LoadDGraph: Ungültige Pfadangabe! %s", oFault.m_sGerman);
     Msg_Entry::Raise({oPair.sEnglish, oPair.sGerman});
 }
 

@@ -47,10 +47,7 @@ template <class Source>
 class Reader {
   public:
     Reader(Data& oData, Source& oSource, const Limits& oLimits)
-        : m_oData(oData),
-          b(*Access::BaseOf(oData)),
-          m_oSource(oSource),
-          m_oLimits(oLimits) {}
+        : m_oData(oData), b(*Access::BaseOf(oData)), m_oSource(oSource), m_oLimits(oLimits) {}
 
     void Run() {
         m_oLevel.Reserve(32);

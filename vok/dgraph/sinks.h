@@ -61,7 +61,8 @@ class BufferSink {
     ~BufferSink() { Finish(); }
 
     [[nodiscard]] char* Space(std::size_t uSize) {
-        if (static_cast<std::size_t>(m_pEnd - m_p) < uSize) [[unlikely]] Grow(uSize);
+        if (static_cast<std::size_t>(m_pEnd - m_p) < uSize) [[unlikely]]
+            Grow(uSize);
         return m_p;
     }
     // The end of the room that Space gave, which may be more than was asked for.

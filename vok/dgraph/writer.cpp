@@ -64,8 +64,8 @@ class Writer {
 
     enum Plain : u0_t { Unknown, Yes, No };
 
-    static constexpr u2_t PLAIN_TYPES = 1u << Data_Node::Integer | 1u << Data_Node::Double |
-                                        1u << Data_Node::Boolean;
+    static constexpr u2_t PLAIN_TYPES =
+        1u << Data_Node::Integer | 1u << Data_Node::Double | 1u << Data_Node::Boolean;
     static constexpr u2_t SHORT_TEXT = 64;
     // Room for any record with a short name and a short text, and what copying in steps of 16
     // bytes writes behind it.

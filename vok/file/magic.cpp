@@ -13,9 +13,9 @@
 //      4  "chr::C", class name, NUL
 #include <cstring>
 
+#include "vok/base/little_endian.h"
 #include "vok/base/where.h"
 #include "vok/file/file.h"
-#include "vok/base/little_endian.h"
 
 namespace vok {
 
@@ -152,7 +152,8 @@ u3_t File::WriteMagic(File_Stream& oStream, const char* sClassName, u2_t uVersio
         char sHeader[LONG_SIZE];
         std::memcpy(sHeader, MAGIC, sizeof(MAGIC));
         le::Store<u2_t>(sHeader + 4, ORDER_MARK);
-        le::Store<u2_t>(sHeader + 8, uLibraryVersion != NO_VERSION ? uLibraryVersion : VERSION_MAJOR);
+        le::Store<u2_t>(sHeader + 8,
+                        uLibraryVersion != NO_VERSION ? uLibraryVersion : VERSION_MAJOR);
         le::Store<u2_t>(sHeader + 12, uVersion);
         le::Store<u2_t>(sHeader + 16, static_cast<u2_t>(iLength));
         u3_t uDone = oStream.Write(sHeader, sizeof(sHeader));

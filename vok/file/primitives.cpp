@@ -2,9 +2,9 @@
 #include <cstring>
 #include <limits>
 
+#include "vok/base/little_endian.h"
 #include "vok/base/where.h"
 #include "vok/file/file.h"
-#include "vok/base/little_endian.h"
 
 namespace vok {
 

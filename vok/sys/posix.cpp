@@ -144,7 +144,8 @@ int OpenDescriptor(const char* sPath, const char* sMode, Sharing eSharing) noexc
     }
     // A file is emptied only once nobody else is found to hold it.
     bGood = bGood && Lock(iDescriptor, eSharing);
-    if (bGood && sMode[0] == 'w' && S_ISREG(oStat.st_mode)) bGood = ::ftruncate(iDescriptor, 0) == 0;
+    if (bGood && sMode[0] == 'w' && S_ISREG(oStat.st_mode))
+        bGood = ::ftruncate(iDescriptor, 0) == 0;
     if (bGood) return iDescriptor;
     const int iError = errno;
     ::close(iDescriptor);

@@ -77,9 +77,9 @@ void DebugOutput(const char* sText) noexcept;
 // ---- files ----------------------------------------------------------------
 
 enum class Sharing {
-    All,          // others may do what they like
-    DenyWrite,    // others may read
-    DenyReadWrite // nobody else
+    All,           // others may do what they like
+    DenyWrite,     // others may read
+    DenyReadWrite  // nobody else
 };
 
 // What stands between the names of a path, and whether a file opened as text ("t") stores
