@@ -1,36 +1,9 @@
-// Blocks, counted references and arrays.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/base/msg_capture.h"
+// Blocks and arrays.
+#include "tests/support.h"
 #include "vok/base/arr.h"
 
 namespace vok {
 namespace {
-
-// Lets uLeft blocks be made, then none.
-std::size_t g_uLeft;
-Mem::Allocator g_oBelow;
-
-class Scarce {
-  public:
-    explicit Scarce(std::size_t uLeft) {
-        g_uLeft = uLeft;
-        g_oBelow = Mem::SetAllocator(
-            {[](std::size_t uSize) { return Take() ? g_oBelow.pAlloc(uSize) : nullptr; },
-             [](void* pBlock, std::size_t uOld, std::size_t uNew) {
-                 return Take() ? g_oBelow.pResize(pBlock, uOld, uNew) : nullptr;
-             },
-             [](void* pBlock, std::size_t uSize) { g_oBelow.pFree(pBlock, uSize); }});
-    }
-    ~Scarce() { Mem::SetAllocator(g_oBelow); }
-    Scarce(const Scarce&) = delete;
-    Scarce& operator=(const Scarce&) = delete;
-
-  private:
-    static bool Take() { return g_uLeft != 0 && g_uLeft-- != 0; }
-};
 
 TEST(Mem, CountsBlocksAndOwners) {
     const Msg_Capture oCapture;
@@ -63,57 +36,22 @@ TEST(Mem, CountsBlocksAndOwners) {
 
 TEST(Mem, FailuresSayHowMuchIsInUse) {
     const Msg_Capture oCapture;
+    const Mem_Probe oProbe;
     void* pData = Mem::Create(8);
     const std::string sInUse = " bytes failed, " + std::to_string(Mem::BytesInUse()) +
                                " bytes and " + std::to_string(Mem::BlocksInUse()) +
                                " blocks in use\n";
     EXPECT_EQ(Raised([] { (void)Mem::Create(SIZE_MAX); }),
               "allocation of 18446744073709551615" + sInUse);
-    {
-        const Scarce oScarce(0);
-        EXPECT_EQ(Raised([] { (void)Mem::Create(5); }), "allocation of 5" + sInUse);
-        const std::string sError = Raised([&] { (void)Mem::Resize(pData, 50); });
-        EXPECT_TRUE(sError.starts_with("reallocation of block 0x") &&
-                    sError.ends_with(" to 50" + sInUse))
-            << sError;
-        EXPECT_EQ(Mem::SizeOf(pData), 8u);
-    }
+    Mem_Probe::FailIn(1);
+    EXPECT_EQ(Raised([] { (void)Mem::Create(5); }), "allocation of 5" + sInUse);
+    Mem_Probe::FailIn(1);
+    const std::string sError = Raised([&] { (void)Mem::Resize(pData, 50); });
+    EXPECT_TRUE(sError.starts_with("reallocation of block 0x")) << sError;
+    EXPECT_TRUE(sError.ends_with(" to 50" + sInUse)) << sError;
+    EXPECT_EQ(Mem::SizeOf(pData), 8u);
     Mem::Free(pData);
 }
-
-struct Witness {
-    explicit Witness(int& iLive, bool bFail = false) : m_iLive(iLive) {
-        if (bFail) throw 1;
-        ++m_iLive;
-    }
-    ~Witness() { --m_iLive; }
-    Witness(const Witness&) = delete;
-    Witness& operator=(const Witness&) = delete;
-    int& m_iLive;
-};
-
-TEST(Ref, TheLastOneDestroys) {
-    int iLive = 0;
-    const u3_t uBlocks = Mem::BlocksInUse();
-    {
-        auto oRef = Mem::Ref<Witness>::Create(iLive);
-        Mem::Ref<Witness> oCopy = oRef;
-        oCopy = std::as_const(oCopy);
-        oRef = oCopy;
-        EXPECT_TRUE(oRef == oCopy);
-        oRef.Reset();
-        EXPECT_EQ(iLive, 1);
-        oRef = std::move(oCopy);
-        EXPECT_FALSE(static_cast<bool>(oCopy));  // NOLINT(bugprone-use-after-move)
-        oRef = Mem::Ref<Witness>::Create(iLive);
-        EXPECT_EQ(iLive, 1);
-        EXPECT_THROW((void)Mem::Ref<Witness>::Create(iLive, true), int);
-    }
-    EXPECT_EQ(iLive, 0);
-    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
-}
-
-// ---- arrays -----------------------------------------------------------------
 
 std::string Text(const Arr<char>& oArr) {
     return {oArr.Beg(), oArr.Size()};
@@ -157,7 +95,7 @@ TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
 }
 
 TEST(Arr, GrowsAndFailsWithoutLoss) {
-    const Msg_Capture oCapture;
+    const Mem_Probe oProbe;
     Arr<u2_t> oArr;
     std::size_t uMoves = 0;
     for (u2_t u = 0; u < 1000000; ++u) {
@@ -169,12 +107,13 @@ TEST(Arr, GrowsAndFailsWithoutLoss) {
     EXPECT_LE(oArr.Capacity(), oArr.Size() + oArr.Size() / 4);
     for (u2_t u = 0; u < 1000000; u += 997) ASSERT_EQ(oArr(u), u);
     oArr.Trim();
-    {
-        const Scarce oScarce(0);
-        EXPECT_THROW(oArr.Add(1), Msg_Exception);
-        EXPECT_THROW(oArr.Insert(5, 1), Msg_Exception);
-        EXPECT_THROW(oArr.Resize(2000000), Msg_Exception);
-    }
+    const auto Fails = [&](auto&& oBody) {
+        Mem_Probe::FailIn(1);
+        EXPECT_THROW(oBody(), Msg_Exception);
+    };
+    Fails([&] { oArr.Add(1); });
+    Fails([&] { oArr.Insert(5, 1); });
+    Fails([&] { oArr.Resize(2000000); });
     // Sizes that do not fit into bytes are refused like any other.
     EXPECT_THROW(oArr.Reserve(SIZE_MAX / 4 + 2), Msg_Exception);
     EXPECT_THROW(oArr.Resize(SIZE_MAX), Msg_Exception);

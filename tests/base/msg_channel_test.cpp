@@ -1,49 +1,14 @@
 // Console, debugger and log file.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "tests/base/msg_capture.h"
-#include "vok/base/msg.h"
-#include "vok/sys/sys.h"
+#include "tests/support.h"
 
 namespace vok {
 namespace {
 
 namespace fs = std::filesystem;
-
-// An empty directory that is the current one for the time of a test.
-class Scratch_Dir {
-  public:
-    Scratch_Dir() : m_oOld(fs::current_path()) {
-        m_oDir = fs::temp_directory_path() / ("vok_msg_" + std::to_string(sys::ProcessId()));
-        fs::remove_all(m_oDir);
-        fs::create_directories(m_oDir);
-        fs::current_path(m_oDir);
-    }
-    ~Scratch_Dir() {
-        fs::current_path(m_oOld);
-        fs::remove_all(m_oDir);
-    }
-    Scratch_Dir(const Scratch_Dir&) = delete;
-    Scratch_Dir& operator=(const Scratch_Dir&) = delete;
-
-  private:
-    fs::path m_oOld;
-    fs::path m_oDir;
-};
-
-std::string FileText(const std::string& sPath) {
-    std::ostringstream oText;
-    oText << std::ifstream(sPath, std::ios::binary).rdbuf();
-    return oText.str();
-}
 
 std::string Ids() {
     return "<" + std::to_string(sys::ProcessId()) + "," + std::to_string(sys::ThreadId()) + "> ";
@@ -103,19 +68,14 @@ TEST(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
 }
 
 TEST(MsgConsole, DebugOutputTakesThePlaceOfTheWriter) {
+    if (sys::HasDebugger()) GTEST_SKIP();
     const Msg_Capture oCapture;
-    EXPECT_FALSE(Msg::SetDebugOutput(true));
+    Msg::SetDebugOutput(true);
     Msg::Emit(Msg::MODE_REPORT, "ä%0", 0, "€");
     EXPECT_EQ(Msg_Capture::TakeDebug(), "ä€\n");
     EXPECT_EQ(Msg_Capture::TakeConsole(), "");
     EXPECT_TRUE(Msg::SetDebugOutput(false));
-    Msg::OpenFiles(1, 1);
-    EXPECT_EQ(Msg_Capture::TakeConsole(), "1 open files (peak 1)\n|");
-}
-
-TEST(MsgConsole, WithoutDebuggerOutputIsSilentUntilAskedFor) {
-    if (sys::HasDebugger()) GTEST_SKIP();
-    const Msg_Capture oCapture;
+    // Without a debugger the default is silent until asked for.
     Msg::SetDebugSink(nullptr);
     testing::internal::CaptureStderr();
     Msg::Log("one\n", 0);
@@ -160,12 +120,12 @@ TEST(MsgLog, AppendsMessagesWithIdsAndBanner) {
     EXPECT_NE(Raised([] { Msg::NodeIsEmpty(); }), "");
     Msg::UnexpectedException("f", "g");
     Msg::OpenFiles(1, 1);  // reports are not logged
-    EXPECT_EQ(FileText("a.log"),
+    EXPECT_EQ(OnDisk("a.log"),
               "old\n" + Ids() + "node is empty\n" + Ids() + "unexpected exception in f: g\n");
     fs::remove("a.log");  // no handle is kept
     Msg::SetBanner(true);
     EXPECT_NE(Raised([] { Msg::NodeIsEmpty(); }), "");
-    EXPECT_EQ(Shape(FileText("a.log")), BannerShape() + Shape(Ids()) + "node is empty\n");
+    EXPECT_EQ(Shape(OnDisk("a.log")), BannerShape() + Shape(Ids()) + "node is empty\n");
     Msg::SetLogFile("");
     EXPECT_EQ(Msg::LogFile(), "");
     fs::remove("a.log");
@@ -191,7 +151,7 @@ TEST(MsgLog, Flags) {
         fs::remove("a.log");
         Msg::SetLogFile("a.log");
         Msg::Log("text", oRow.iFlags);
-        EXPECT_EQ(Shape(FileText("a.log")), Shape(oRow.sFile));
+        EXPECT_EQ(Shape(OnDisk("a.log")), Shape(oRow.sFile));
         EXPECT_EQ(Msg_Capture::TakeDebug(), oRow.sDebug);
     }
 }
@@ -233,7 +193,7 @@ TEST(MsgLog, SinkMayEmit) {
         Msg::NodeIsEmpty();
     });
     EXPECT_EQ(Raised([] { Msg::NodeIsNotUnique(); }), "node is not unique\n");
-    EXPECT_EQ(FileText("a.log"), Ids() + "node is not unique\n");
+    EXPECT_EQ(OnDisk("a.log"), Ids() + "node is not unique\n");
     EXPECT_EQ(Msg_Capture::TakeConsole(), "8 open files (peak 9)\n|");
 }
 
@@ -268,7 +228,7 @@ TEST(MsgThreads, EveryMessageArrivesWhole) {
         oExpected.insert("id \"" + sId + "\" not found");
         oExpected.insert("unexpected exception in f: " + sId);
     }
-    std::istringstream oLog(FileText("a.log"));
+    std::istringstream oLog(OnDisk("a.log"));
     std::multiset<std::string> oLines;
     for (std::string sLine; std::getline(oLog, sLine);) {
         EXPECT_TRUE(sLine.starts_with("<")) << sLine;

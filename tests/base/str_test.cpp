@@ -13,35 +13,9 @@
 namespace vok {
 namespace {
 
-TEST(Str, FieldsAndSharing) {
-    Str oText;
-    EXPECT_EQ(oText.Data(), nullptr);
-    EXPECT_EQ(oText.Size(), 0u);
-    oText.Add("");
-    oText.Add(static_cast<const char*>(nullptr));
-    oText.Add(Str());
-    EXPECT_EQ(oText.Data(), nullptr);
-    oText = "aä😀";
-    EXPECT_EQ(oText.Size(), 8u);
-    EXPECT_EQ(oText.Len(), 7u);
-    EXPECT_EQ(oText.Chars(), 3u);
-
-    Str oCopy = oText;
-    EXPECT_EQ(oCopy.Data(), oText.Data());
-    oCopy.Add("!");
-    EXPECT_STREQ(oCopy.CStr(), "aä😀!");
-    EXPECT_STREQ(oText.CStr(), "aä😀");
-    Str oShared;
-    oShared.Add(oText);
-    EXPECT_EQ(oShared.Data(), oText.Data());
-    oText.Clear();
-    EXPECT_EQ(oShared.Chars(), 3u);
-    oShared = std::as_const(oShared);
-    EXPECT_STREQ(oShared.CStr(), "aä😀");
-}
-
 TEST(Str, AppendsItself) {
     Str oText("ab");
+    const Str oBefore = oText;
     std::string sModel = "ab";
     for (int i = 0; i < 10; ++i) {
         oText.Add(oText);
@@ -53,6 +27,7 @@ TEST(Str, AppendsItself) {
         ASSERT_EQ(oText.View(), sModel);
         ASSERT_EQ(oText.Chars(), sModel.size());
     }
+    EXPECT_STREQ(oBefore.CStr(), "ab");
 }
 
 TEST(Str, ForeignTextBecomesUtf8) {
@@ -60,13 +35,11 @@ TEST(Str, ForeignTextBecomesUtf8) {
         std::string_view sIn;
         const char* sOut;
     } oRows[] = {
-        {"\xE4", "ä"},
-        {"ä\xE4", "ää"},
-        {"\xC3", "Ã"},
-        {"\xF0\x9F\x98", "ð\u009F\u0098"},
-        {"\xF4\x90\x80\x80", "ô\u0090\u0080\u0080"},
-        {std::string_view("a\0b", 3), "a"},
+        // clang-format off
+        {"\xE4", "ä"}, {"ä\xE4", "ää"}, {"\xC3", "Ã"}, {"\xF0\x9F\x98", "ð\u009F\u0098"},
+        {"\xF4\x90\x80\x80", "ô\u0090\u0080\u0080"}, {std::string_view("a\0b", 3), "a"},
         {std::string_view("\xE4\0\xE4", 3), "ä"},
+        // clang-format on
     };
     for (const auto& oRow : oRows) EXPECT_STREQ(Str(oRow.sIn).CStr(), oRow.sOut);
 }

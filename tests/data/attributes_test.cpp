@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <map>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 
 namespace vok {
 namespace {

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 
 namespace vok {
 namespace {

@@ -1,5 +1,5 @@
 // Nodes made along paths.
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/data/xpath.h"
 
 namespace vok {

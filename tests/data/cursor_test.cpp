@@ -1,5 +1,5 @@
 // Cursors: where they stand, what they are called, what may be appended to them.
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/data/store.h"
 
 namespace vok {

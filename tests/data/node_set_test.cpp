@@ -2,7 +2,7 @@
 #include <functional>
 #include <set>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/data/xpath.h"
 
 namespace vok {

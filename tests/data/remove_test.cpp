@@ -1,7 +1,7 @@
 // Removal and compaction against a copy of the tree taken by value.
 #include <map>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 
 namespace vok {
 namespace {

@@ -1,6 +1,6 @@
 // Cursors without a tree, outlived by their node, or on removed nodes: every operation answers or
 // raises, none of them touches what is not there.
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/data/walk.h"
 #include "vok/data/xpath.h"
 

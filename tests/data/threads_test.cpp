@@ -2,7 +2,7 @@
 #include <atomic>
 #include <thread>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/data/walk.h"
 
 namespace vok {

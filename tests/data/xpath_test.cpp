@@ -1,7 +1,7 @@
 // Path texts: what parses to what, what is refused with which words, escapes.
 #include "vok/data/xpath.h"
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 
 namespace vok {
 namespace {

@@ -6,9 +6,8 @@
 #include <bit>
 #include <memory>
 
-#include "tests/data/data_support.h"
+#include "tests/support.h"
 #include "vok/dgraph/dgraph.h"
-#include "vok/file/buf.h"
 
 namespace vok {
 
@@ -68,24 +67,24 @@ inline std::string Document(i3_t iSuccessors, const std::string& sRecords, int i
 
 inline std::string ShowValue(const Data& o) {
     switch (o.GetType()) {
-        case Data_Node::Empty: return "";
+        case Data_Node::Empty:
+        case Data_Node::Tree:
+        case Data_Node::Zombi: return "";
         case Data_Node::Boolean: return o.GetValBool() ? ":yes" : ":no";
         case Data_Node::Char: return ":'" + std::to_string(o.GetValInt(Data_Node::Char));
+        case Data_Node::String: return ":'" + std::string(o.GetValText()) + "'";
         case Data_Node::Binary: {
             u2_t uSize = 0;
             const auto* p = static_cast<const u0_t*>(o.GetValBin(uSize));
             std::string s = ":#";
-            for (u2_t u = 0; u < uSize; ++u)
-                s += "0123456789ABCDEF"[p[u] >> 4], s += "0123456789ABCDEF"[p[u] & 15];
+            for (u2_t u = 0; u < 2 * uSize; ++u)
+                s += "0123456789ABCDEF"[p[u / 2] >> (u % 2 == 0 ? 4 : 0) & 15];
             return s;
         }
-        case Data_Node::String: return ":'" + std::string(o.GetValText()) + "'";
         case Data_Node::Link: {
             const Data oTarget = o.GetValLink();
             return oTarget.IsNode() ? "->"s + oTarget.GetPath().CStr() : "->nothing";
         }
-        case Data_Node::Tree:
-        case Data_Node::Zombi: return "";
         default: {
             Str oText;
             o.CvtStr(oText);
@@ -98,10 +97,7 @@ inline std::string ShowValue(const Data& o) {
 // "Root(a:1 b@k=v:'text' c(d))": names, attributes, values and successors of a small tree.
 inline std::string Show(const Data& o) {
     std::string s = o.GetName() != nullptr ? o.GetName() : "?";
-    Arr<const char*> oNames;
-    Arr<const char*> oValues;
-    o.GetAttributes(oNames, oValues);
-    for (std::size_t u = 0; u < oNames.Size(); ++u) s += "@"s + oNames(u) + "=" + oValues(u);
+    for (const std::string& sAttribute : AttributesOf(o)) s += "@" + sAttribute;
     s += ShowValue(o);
     if (o.GetType() != Data_Node::Tree) return s;
     s += '(';
@@ -115,7 +111,7 @@ inline std::string Show(const Data& o) {
 inline std::string Save(const Data& oTree) {
     File_Buf oBuf("w");
     Dgraph_SaveDGraph(oTree, oBuf);
-    return {oBuf.Data(), oBuf.Size()};
+    return Content(oBuf);
 }
 inline Data Versioned(int iMinor = 3) {
     Data oRoot = NewTree();
@@ -123,39 +119,7 @@ inline Data Versioned(int iMinor = 3) {
     return oRoot;
 }
 
-// ---- streams ----------------------------------------------------------------
-
-// Hands out one byte at a time where it may, cannot seek, and keeps what was written apart,
-// call by call.
-class Drop_Stream : public File_Stream {
-  public:
-    explicit Drop_Stream(std::string_view sBytes = {}) : m_sBytes(sBytes) {}
-
-    std::size_t Read(Arr<char>& oBuffer, std::size_t uCount, bool bAppend) override {
-        return ReadInChunks(oBuffer, uCount, bAppend);
-    }
-    std::size_t Read(void* pTarget, std::size_t uCount, bool bAllowShort) override {
-        const std::size_t uMost = bAllowShort && uCount > 1 ? 1 : uCount;
-        const std::size_t uRead = m_sBytes.copy(static_cast<char*>(pTarget), uMost);
-        m_sBytes.remove_prefix(uRead);
-        if (!bAllowShort && uRead < uCount) Msg::UnexpectedEndOfFile(nullptr, 0);
-        return uRead;
-    }
-    std::size_t Write(const void* pSource, std::size_t uCount) override {
-        m_oWritten.emplace_back(static_cast<const char*>(pSource), uCount);
-        return uCount;
-    }
-    void Seek(i3_t iOffset, int iWhence) override { Msg::FileSeekFailed(iOffset, iWhence, 0); }
-    i3_t Tell() override { return -1; }
-    int Flush() override {
-        ++m_uFlushes;
-        return 0;
-    }
-
-    std::string_view m_sBytes;  // still to be read
-    Texts m_oWritten;
-    unsigned m_uFlushes = 0;
-};
+// ---- loading ----------------------------------------------------------------
 
 // What loading gives: the tree as text, or the message without its line break.
 inline std::string LoadFrom(File_Stream& oIn, const Limits& oLimits = {}) {

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "tests/dgraph/dgraph_support.h"
-#include "tests/dgraph/mem_probe.h"
 #include "vok/data/xpath.h"
 
 // Containers take their memory from here: what a probe refuses fails as well.
@@ -27,7 +26,6 @@ void operator delete(void* p, const std::nothrow_t&) noexcept {
 }
 
 namespace vok {
-
 namespace {
 
 // A tree with every kind of value, attributes, links, long names and a large group.
@@ -236,5 +234,4 @@ TEST(FailureSweep, Streams) {
 }
 
 }  // namespace
-
 }  // namespace vok

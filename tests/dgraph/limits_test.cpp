@@ -1,9 +1,7 @@
 // What loading may cost, and what it says about where it stopped.
 #include "tests/dgraph/dgraph_support.h"
-#include "tests/dgraph/mem_probe.h"
 
 namespace vok {
-
 namespace {
 
 constexpr i3_t MOST = 0x7FFFFFFF;
@@ -15,69 +13,61 @@ std::string Repeat(const std::string& s, std::size_t uTimes) {
     return sAll;
 }
 
-std::string Exceeded(const char* sName, u3_t uLimit, const char* sField) {
-    return "limit \""s + sName + "\" of " + std::to_string(uLimit) +
-           " exceeded (raise Limits::" + sField + ")";
+std::string Exceeded(u3_t Limits::*pLimit, u3_t uLimit) {
+    const auto Names = [&](u3_t Limits::*p, const char* sName, const char* sField) {
+        return p != pLimit ? ""
+                           : "limit \""s + sName + "\" of " + std::to_string(uLimit) +
+                                 " exceeded (raise Limits::" + sField + ")";
+    };
+    return Names(&Limits::m_uNodes, "nodes", "m_uNodes") +
+           Names(&Limits::m_uDepth, "depth", "m_uDepth") +
+           Names(&Limits::m_uSkippedSlots, "skipped slots", "m_uSkippedSlots") +
+           Names(&Limits::m_uTextBytes, "text bytes", "m_uTextBytes") +
+           Names(&Limits::m_uAttributes, "attributes", "m_uAttributes") +
+           Names(&Limits::m_uPathSteps, "path steps", "m_uPathSteps");
+}
+
+// Records of one name.
+std::string RunOf(int iCount) {
+    std::string s;
+    for (int i = 0; i < iCount; ++i) s += Leaf("1234[" + std::to_string(i) + "]", 1, I32(i));
+    return s;
 }
 
 TEST(DgraphLimits, EachStopsTheFirstDocumentBeyondIt) {
     struct {
         u3_t Limits::*pLimit;
         u3_t uLimit;
-        const char* sName;
-        const char* sField;
         std::string sGood;
         std::string sBad;
     } const aCases[] = {
-        {&Limits::m_uNodes, 3, "nodes", "m_uNodes",
-         Document(2, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1))),
+        {&Limits::m_uNodes, 3, Document(2, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1))),
          Document(3, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1)) + Leaf("a[2]", 1, I32(1)))},
-        {&Limits::m_uNodes, 3, "nodes", "m_uNodes", Document(1, Open("a[1]", 0)),
-         Document(1, Open("a[2]", 0))},
-        {&Limits::m_uDepth, 2, "depth", "m_uDepth", Document(1, Open("a[0]", 1) + Open("a[0]", 0)),
+        {&Limits::m_uNodes, 3, Document(1, Open("a[1]", 0)), Document(1, Open("a[2]", 0))},
+        {&Limits::m_uDepth, 2, Document(1, Open("a[0]", 1) + Open("a[0]", 0)),
          Document(1, Open("a[0]", 1) + Open("a[0]", 1) + Open("a[0]", 0))},
-        {&Limits::m_uDepth, 0, "depth", "m_uDepth", Document(0, ""), Document(1, Open("a[0]", 0))},
-        {&Limits::m_uSkippedSlots, 3, "skipped slots", "m_uSkippedSlots",
-         Document(2, Open("a[2]", 0) + Open("b[1]", 0)),
+        {&Limits::m_uDepth, 0, Document(0, ""), Document(1, Open("a[0]", 0))},
+        {&Limits::m_uSkippedSlots, 3, Document(2, Open("a[2]", 0) + Open("b[1]", 0)),
          Document(2, Open("a[2]", 0) + Open("b[2]", 0))},
-        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
-         Document(2, Text("a[0]", "123456") + Text("a[1]", "123456")),
+        {&Limits::m_uTextBytes, 7, Document(2, Text("a[0]", "123456") + Text("a[1]", "123456")),
          Document(2, Text("a[0]", "123456") + Text("a[1]", "1234567"))},
-        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
-         Document(1, Leaf("a[0]", 8, Block("1234567"))),
+        {&Limits::m_uTextBytes, 7, Document(1, Leaf("a[0]", 8, Block("1234567"))),
          Document(1, Leaf("a[0]", 8, Block("12345678")))},
-        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
-         Document(2, Open("x23[0]", 0) + Link("y[0]", "t", "./././x")),
+        {&Limits::m_uTextBytes, 7, Document(2, Open("x23[0]", 0) + Link("y[0]", "t", "./././x")),
          Document(2, Open("x23[0]", 0) + Link("y[0]", "t", "./././x2"))},
-        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes", Document(1, Open("1234[0]", 0)),
+        {&Limits::m_uTextBytes, 7, Document(1, Open("1234[0]", 0)),
          Document(1, Open("12345[0]", 0))},
-        {&Limits::m_uTextBytes, 7, "text bytes", "m_uTextBytes",
-         Document(10,
-                  [] {
-                      std::string s;
-                      for (int i = 0; i < 10; ++i)
-                          s += Leaf("1234[" + std::to_string(i) + "]", 1, I32(i));
-                      return s;
-                  }()),
-         Document(11,
-                  [] {
-                      std::string s;
-                      for (int i = 0; i < 11; ++i)
-                          s += Leaf("1234[" + std::to_string(i) + "]", 1, I32(i));
-                      return s;
-                  }())},
-        {&Limits::m_uAttributes, 1, "attributes", "m_uAttributes",
-         Document(1, Open("a[0][@a=\"\"]", 0)), Document(1, Open("a[0][@a=\"\"][@a=\"\"]", 0))},
-        {&Limits::m_uPathSteps, 6, "path steps", "m_uPathSteps",
-         Document(2, Link("a[0]", "b", "b") + Open("b[0]", 0)),
+        {&Limits::m_uTextBytes, 7, Document(10, RunOf(10)), Document(11, RunOf(11))},
+        {&Limits::m_uAttributes, 1, Document(1, Open("a[0][@a=\"\"]", 0)),
+         Document(1, Open("a[0][@a=\"\"][@a=\"\"]", 0))},
+        {&Limits::m_uPathSteps, 6, Document(2, Link("a[0]", "b", "b") + Open("b[0]", 0)),
          Document(5, Link("a[0]", "b", "b") + Link("a[1]", "b", "b") + Link("a[2]", "b", "b") +
                          Link("a[3]", "b", "b") + Open("b[0]", 0))},
     };
     for (const auto& o : aCases) {
-        SCOPED_TRACE(o.sName);
         Limits oLimits;
         oLimits.*o.pLimit = o.uLimit;
-        EXPECT_EQ(Load(o.sBad, oLimits), Exceeded(o.sName, o.uLimit, o.sField));
+        EXPECT_EQ(Load(o.sBad, oLimits), Exceeded(o.pLimit, o.uLimit)) << o.sBad;
         EXPECT_EQ(Load(o.sBad), Load(o.sBad, Limits::Trusted()));
         const std::string sGood = Load(o.sGood, oLimits);
         EXPECT_EQ(sGood, Load(o.sGood));
@@ -130,14 +120,11 @@ TEST(DgraphLimits, ReportSaysWhereLoadingStopped) {
 
 // Claims that no bytes stand behind cost no memory.
 TEST(DgraphLimits, ClaimsWithoutBytesCostNothing) {
-    const std::string sSkipped = Exceeded("skipped slots", 1 << 20, "m_uSkippedSlots");
-    const std::string sText = Exceeded("text bytes", 1 << 30, "m_uTextBytes");
+    const std::string sSkipped = Exceeded(&Limits::m_uSkippedSlots, 1 << 20);
+    const std::string sText = Exceeded(&Limits::m_uTextBytes, 1 << 30);
     const std::string sEnd =
         "Dgraph_LoadDGraph: Input stream is corrupted! Empty path for node read.";
-    struct {
-        std::string sBytes;
-        std::string sOutcome;
-    } const aCases[] = {
+    const Pair aCases[] = {
         {Document(1, Open("a[2000000000]", 0)), sSkipped},
         {Document(1, Open("a[2147483647]", 0)), sSkipped},
         {Document(2, Open("a[1048576]", 0) + Open("a[1048578]", 0)), sSkipped},
@@ -152,9 +139,9 @@ TEST(DgraphLimits, ClaimsWithoutBytesCostNothing) {
         {Document(MOST, Repeat(Open("a[0]", MOST), 3)), sEnd},
     };
     for (const auto& o : aCases) {
-        SCOPED_TRACE(o.sOutcome);
+        SCOPED_TRACE(o.second);
         const Mem_Probe oProbe;
-        EXPECT_EQ(Load(o.sBytes), o.sOutcome);
+        EXPECT_EQ(Load(o.first), o.second);
         EXPECT_LT(Mem_Probe::Peak(), std::size_t{33} << 20);
     }
     const Mem_Probe oProbe;
@@ -231,5 +218,4 @@ TEST(DgraphLimits, AMillionLevels) {
 }
 
 }  // namespace
-
 }  // namespace vok

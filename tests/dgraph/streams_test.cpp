@@ -7,7 +7,6 @@
 #include "vok/file/file.h"
 
 namespace vok {
-
 namespace {
 
 // A value of any kind, links aside.
@@ -154,12 +153,10 @@ TEST(DgraphStreams, CanLoad) {
         std::string sBytes;
         bool bGood;
     } const aCases[] = {
-        {"DGraphBin", true},
-        {"DGraphBin\xFF and more", true},
-        {Header(9, 9, 9), true},
-        {"DGraphBi", false},
-        {"", false},
-        {"xDGraphBin", false},
+        // clang-format off
+        {"DGraphBin", true}, {"DGraphBin\xFF and more", true}, {Header(9, 9, 9), true},
+        {"DGraphBi", false}, {"", false}, {"xDGraphBin", false},
+        // clang-format on
     };
     for (const auto& o : aCases) {
         File_Buf oBuf("w");
@@ -174,5 +171,4 @@ TEST(DgraphStreams, CanLoad) {
 }
 
 }  // namespace
-
 }  // namespace vok

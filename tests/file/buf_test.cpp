@@ -36,21 +36,16 @@ TEST(Buf, Modes) {
         const std::string sResult = oMode.sResult;
         EXPECT_EQ(oBuf.Write("ab\n"), 3u);
         EXPECT_EQ(Content(oBuf), sResult);
+        if (sResult.find('\r') != std::string::npos) {
+            EXPECT_NE(Raised([&] { (void)oBuf.WriteSpace(1); }), NOTHING_RAISED);
+            oBuf.Open("wt");
+            oBuf.Write("\na\r\nb");
+            EXPECT_EQ(Content(oBuf), "\r\na\r\r\nb");
+            continue;
+        }
         const std::size_t uLineEnd = sResult.find('\n') + 1;
         EXPECT_EQ(oBuf.Tell(), static_cast<i3_t>(uLineEnd));
         EXPECT_EQ(oBuf.Remaining(), sResult.size() - uLineEnd) << "writable is readable";
-    }
-}
-
-TEST(Buf, TextModeLineBreaks) {
-    const char* const oCases[][2] = {{"a\nb", "a\r\nb"},   {"\n", "\r\n"},         {"", ""},
-                                     {"\n\n", "\r\n\r\n"}, {"a\r\nb", "a\r\r\nb"}, {"ab", "ab"}};
-    const Msg_Capture oCapture;
-    for (const auto& oCase : oCases) {
-        File_Buf oBuf("wt");
-        oBuf.Write(oCase[0]);
-        EXPECT_EQ(Content(oBuf), oCase[1]);
-        EXPECT_NE(Raised([&] { (void)oBuf.WriteSpace(1); }), "(nothing raised)");
     }
 }
 

@@ -137,13 +137,13 @@ TEST(Magic, TruncatedAnywhere) {
 using Magic_File = File_Test;
 
 TEST_F(Magic_File, ClassOfAFile) {
-    const std::string sPath = Path("dump");
+    const std::string sPath = "dump";
     ToDisk(sPath, Bytes(LONG_DATA) + "more");
     EXPECT_EQ(File::GetFileStreamClass(sPath.c_str()), Str("Data"));
     ToDisk(sPath, "DGraphBin");
     EXPECT_TRUE(File::GetFileStreamClass(sPath.c_str()).IsEmpty());
     EXPECT_TRUE(s_uSleeps.empty()) << "a file that is too short is no reason to wait";
-    EXPECT_EQ(Trail([&] { (void)File::GetFileStreamClass(Path("missing").c_str()); }),
+    EXPECT_EQ(Trail([&] { (void)File::GetFileStreamClass("missing"); }),
               "vok::File::Open\nvok::File::GetFileStreamClass\n");
 }
 

@@ -17,62 +17,44 @@ struct Cint_Case {
 
 // Both ends of every length, and what five bytes lose: they keep 24 bits of the code.
 constexpr Cint_Case CINTS[] = {
-    {0, "80", 0},
-    {1, "82", 1},
-    {-1, "83", -1},
-    {63, "FE", 63},
-    {-63, "FF", -63},
-    {64, "40 80", 64},
-    {-64, "40 81", -64},
-    {8191, "7F FE", 8191},
-    {-8191, "7F FF", -8191},
-    {8192, "20 40 00", 8192},
-    {1048575, "3F FF FE", 1048575},
-    {1048576, "10 20 00 00", 1048576},
-    {-1048576, "10 20 00 01", -1048576},
-    {134217727, "1F FF FF FE", 134217727},
-    {-134217727, "1F FF FF FF", -134217727},
-    {134217728, "08 10 00 00 00", 0},
-    {-134217728, "08 10 00 00 01", 0},
-    {134217728 + 5, "08 10 00 00 0A", 5},
-    {-134217728 - 5, "08 10 00 00 0B", -5},
-    {HIGHEST, "08 FF FF FF FE", 8388607},
-    {-HIGHEST, "08 FF FF FF FF", -8388607},
-    {LOWEST, "09 00 00 00 01", 0},
+    // clang-format off
+    {0, "80", 0}, {1, "82", 1}, {-1, "83", -1}, {63, "FE", 63}, {-63, "FF", -63}, {64, "40 80", 64},
+    {-64, "40 81", -64}, {8191, "7F FE", 8191}, {-8191, "7F FF", -8191}, {8192, "20 40 00", 8192},
+    {1048575, "3F FF FE", 1048575}, {1048576, "10 20 00 00", 1048576},
+    {-1048576, "10 20 00 01", -1048576}, {134217727, "1F FF FF FE", 134217727},
+    {-134217727, "1F FF FF FF", -134217727}, {134217728, "08 10 00 00 00", 0},
+    {-134217728, "08 10 00 00 01", 0}, {134217728 + 5, "08 10 00 00 0A", 5},
+    {-134217728 - 5, "08 10 00 00 0B", -5}, {HIGHEST, "08 FF FF FF FE", 8388607},
+    {-HIGHEST, "08 FF FF FF FF", -8388607}, {LOWEST, "09 00 00 00 01", 0},
+    // clang-format on
+};
+
+// Minus zero; longer than it need be; a first byte without any mark; bits that do not count.
+constexpr Cint_Case FOREIGN[] = {
+    {0, "81", 0},
+    {0, "40 02", 1},
+    {0, "00 00 00 00 04", 2},
+    {0, "07 FF 00 00 05", -2},
+    {0, "0F FF 12 34 56", 0x091A2B},
 };
 
 TEST(Primitives, CintBytesAndBack) {
-    for (const Cint_Case& oCase : CINTS) {
-        SCOPED_TRACE(oCase.iValue);
-        File_Buf oBuf("w");
-        const unsigned uSize = File::DumpCint(oBuf, oCase.iValue);
-        EXPECT_EQ(Content(oBuf), Bytes(oCase.sBytes));
-        EXPECT_EQ(uSize, oBuf.Size());
-        EXPECT_EQ(File::DumpSizeCint(oCase.iValue), oBuf.Size());
-
-        oBuf.Seek(0);
-        i2_t iValue = -77;
-        EXPECT_EQ(File::LoadCint(oBuf, iValue), uSize);
-        EXPECT_EQ(iValue, oCase.iReadBack);
-        EXPECT_EQ(oBuf.Remaining(), 0u);
-    }
-}
-
-TEST(Primitives, CintFormsThatNobodyWrites) {
-    const Cint_Case oCases[] = {
-        {0, "81", 0},               // code 1: minus zero
-        {0, "40 02", 1},            // longer than it need be
-        {0, "00 00 00 00 04", 2},   // first byte without any mark
-        {0, "07 FF 00 00 05", -2},  // its low bits, and the second byte, do not count
-        {0, "0F FF 12 34 56", 0x091A2B},
-    };
-    for (const Cint_Case& oCase : oCases) {
+    const auto ExpectReads = [](const Cint_Case& oCase) {
         const std::string sBytes = Bytes(oCase.sBytes);
         File_Buf oBuf(sBytes.data(), sBytes.size());
         i2_t iValue = -77;
         EXPECT_EQ(File::LoadCint(oBuf, iValue), sBytes.size());
         EXPECT_EQ(iValue, oCase.iReadBack) << oCase.sBytes;
+    };
+    for (const Cint_Case& oCase : CINTS) {
+        File_Buf oBuf("w");
+        const unsigned uSize = File::DumpCint(oBuf, oCase.iValue);
+        EXPECT_EQ(uSize, oBuf.Size());
+        EXPECT_EQ(Content(oBuf), Bytes(oCase.sBytes));
+        EXPECT_EQ(File::DumpSizeCint(oCase.iValue), oBuf.Size());
+        ExpectReads(oCase);
     }
+    for (const Cint_Case& oCase : FOREIGN) ExpectReads(oCase);
 }
 
 // A stream that ends inside a number, or has no room for it, says so, through whom, and
@@ -145,27 +127,13 @@ TEST(Primitives, BlocksAreAppended) {
     }
 }
 
-// Counts what is asked of the heap.
-std::size_t g_uMostAsked;
-Mem::Allocator g_oHeap;
-
 TEST(Primitives, MemoryFollowsTheBytesNotTheClaim) {
     const Msg_Capture oCapture;
-    g_uMostAsked = 0;
-    Mem::Allocator oCounting = g_oHeap = Mem::SetAllocator({});
-    oCounting.pAlloc = [](std::size_t uSize) {
-        g_uMostAsked = std::max(g_uMostAsked, uSize);
-        return g_oHeap.pAlloc(uSize);
-    };
-    oCounting.pResize = [](void* pBlock, std::size_t uOld, std::size_t uNew) {
-        g_uMostAsked = std::max(g_uMostAsked, uNew);
-        return g_oHeap.pResize(pBlock, uOld, uNew);
-    };
-    Mem::SetAllocator(oCounting);
+    const Mem_Probe oProbe;
     for (const Block_Form& oForm : FORMS) {
         for (const std::string& sClaim : {Bytes(oForm.sHuge), Bytes("FF FF FF FF FF FF FF FF 61"),
                                           Bytes("FE FF FF FF FF FF FF FF 61")}) {
-            Trickle_Stream oStream(sClaim);
+            Drop_Stream oStream(sClaim, 3);
             File_Buf oMemory(sClaim.data(), sClaim.size());
             for (File_Stream* pStream :
                  {static_cast<File_Stream*>(&oStream), static_cast<File_Stream*>(&oMemory)}) {
@@ -178,8 +146,7 @@ TEST(Primitives, MemoryFollowsTheBytesNotTheClaim) {
             }
         }
     }
-    Mem::SetAllocator(g_oHeap);
-    EXPECT_LT(g_uMostAsked, 0x20000u);
+    EXPECT_LT(Mem_Probe::Peak(), 0x40000u);
 }
 
 TEST(Primitives, BlockErrors) {
@@ -215,7 +182,7 @@ TEST(Primitives, EndMarkerSkipsUnknownBlocks) {
     oBuf.Write("!");
 
     oBuf.Seek(0);
-    Trickle_Stream oForward({oBuf.Data(), oBuf.Size()});
+    Drop_Stream oForward({oBuf.Data(), oBuf.Size()}, 3);
     for (File_Stream* pStream :
          {static_cast<File_Stream*>(&oBuf), static_cast<File_Stream*>(&oForward)}) {
         EXPECT_EQ(File::LoadEndMarker(*pStream), uSize);

@@ -2,18 +2,12 @@
 #ifndef TESTS_SERIALIZER_SERIALIZER_SUPPORT_H
 #define TESTS_SERIALIZER_SERIALIZER_SUPPORT_H
 
-#include <gtest/gtest.h>
-
 #include <functional>
-#include <string>
 
 #include "serializer/serializer.h"
-#include "vok/base/msg.h"
+#include "tests/support.h"
 
 namespace Velmar::Q7R::Serializer {
-
-// Raised errors print nothing.
-inline const bool g_bQuiet = (vok::Msg::SetBanner(false), true);
 
 using Bytes = std::vector<Byte>;
 

@@ -1,9 +1,7 @@
 // Objects to bytes and back.
-#include "tests/dgraph/mem_probe.h"
 #include "tests/serializer/serializer_support.h"
 
 namespace Velmar::Q7R::Serializer {
-
 namespace {
 
 using namespace std::string_literals;
@@ -60,14 +58,12 @@ TEST(Serializer, TheRootThatIsRead) {
 
 TEST(Serializer, WhatCannotBeReadNeverReachesTheObject) {
     const std::string aDocuments[] = {
-        "",
-        "DGraphBin",
-        "<xml/>",
-        g_sHeader,
-        "DGraphBin\3"s + std::string(20, '\0') + "Root",
+        // clang-format off
+        ", ", ", g_sHeader, "s + std::string(20, '\0') + "Root",
         g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\xFF\xFF\xFF\xFF"s,
         g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\7\0\0\0x[99999]\1\0\0\0\0"s,
         g_sHeader + "\7\0\0\0Root[0]\0\1\0\0\0\xD\0\0\0x[2000000000]\1\0\0\0\0"s,
+        // clang-format on
     };
     for (const std::string& s : aDocuments) {
         bool bCalled = false;
@@ -134,5 +130,4 @@ TEST(Serializer, OutOfMemory) {
 }
 
 }  // namespace
-
 }  // namespace Velmar::Q7R::Serializer

@@ -1,0 +1,259 @@
+// What the tests of all folders share.
+#ifndef TESTS_SUPPORT_H
+#define TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "vok/base/msg.h"
+#include "vok/data/data.h"
+#include "vok/data/succ_it.h"
+#include "vok/file/buf.h"
+#include "vok/sys/sys.h"
+
+namespace vok {
+
+using Ids = std::vector<u2_t>;
+using Pair = std::pair<std::string, std::string>;  // a row of a table: what goes in, what comes out
+using Texts = std::vector<std::string>;
+
+// ---- messages ---------------------------------------------------------------
+
+// Raised errors print nothing.
+inline const bool g_bQuiet = (Msg::SetBanner(false), true);
+
+constexpr const char* NOTHING_RAISED = "(nothing raised)";
+
+// The message that oBody raises.
+template <class F>
+std::string Raised(F&& oBody) {
+    try {
+        oBody();
+    } catch (const Msg_Exception& oError) {
+        return oError.what();
+    }
+    return NOTHING_RAISED;
+}
+
+// The where-trail of the error that oBody raises.
+template <class F>
+std::string Trail(F&& oBody) {
+    try {
+        oBody();
+    } catch (const Msg_Exception& oError) {
+        return oError.where();
+    }
+    return NOTHING_RAISED;
+}
+
+// English, no banner, no log file; console and debugger output go into texts. Everything
+// is put back at the end.
+class Msg_Capture {
+  public:
+    Msg_Capture() {
+        s_sConsole.clear();
+        s_sDebug.clear();
+        Msg::SetLanguageIndex(Msg::ENGLISH);
+        m_bBanner = Msg::SetBanner(false);
+        m_oWriter = Msg::SetWriter(
+            {[](const char* pText, std::size_t uSize) { s_sConsole.append(pText, uSize); },
+             [] { s_sConsole += '|'; }});
+        m_pSink = Msg::SetDebugSink([](const char* sText) { s_sDebug += sText; });
+    }
+    ~Msg_Capture() {
+        Msg::SetLanguageIndex(Msg::ENGLISH);
+        Msg::SetBanner(m_bBanner);
+        Msg::SetWriter(m_oWriter);
+        Msg::SetDebugSink(m_pSink);
+        Msg::SetDebugOutput(false);
+        Msg::SetLogFile(nullptr);
+    }
+    Msg_Capture(const Msg_Capture&) = delete;
+    Msg_Capture& operator=(const Msg_Capture&) = delete;
+
+    // Each flush shows as "|".
+    [[nodiscard]] static std::string TakeConsole() { return std::exchange(s_sConsole, {}); }
+    [[nodiscard]] static std::string TakeDebug() { return std::exchange(s_sDebug, {}); }
+
+  private:
+    static inline std::string s_sConsole;
+    static inline std::string s_sDebug;
+    bool m_bBanner;
+    Msg::Writer m_oWriter;
+    Msg::DebugSink m_pSink;
+};
+
+// ---- memory -----------------------------------------------------------------
+
+// Counts and refuses the memory of blocks during one test. Blocks made under it end under it.
+class Mem_Probe {
+  public:
+    Mem_Probe() : m_oOld(Mem::SetAllocator({Alloc, Resize, Free})) {
+        s_uNow = s_uPeak = s_uAsked = 0;
+        s_uFailIn = 0;
+    }
+    ~Mem_Probe() { Mem::SetAllocator(m_oOld); }
+    Mem_Probe(const Mem_Probe&) = delete;
+    Mem_Probe& operator=(const Mem_Probe&) = delete;
+
+    // The most bytes in use at one time, and what all requests add up to.
+    [[nodiscard]] static std::size_t Peak() noexcept { return s_uPeak; }
+    [[nodiscard]] static std::size_t Asked() noexcept { return s_uAsked; }
+
+    // The n-th request from now on is refused, once; 0 refuses none.
+    static void FailIn(unsigned uNth) noexcept { s_uFailIn = uNth; }
+    // Counts a request; true when it is the one to be refused.
+    static bool Refuses() noexcept { return s_uFailIn != 0 && --s_uFailIn == 0; }
+    // Whether the refusal is still to come.
+    [[nodiscard]] static bool IsArmed() noexcept { return s_uFailIn != 0; }
+
+  private:
+    static void* Alloc(std::size_t uSize) { return Resize(nullptr, 0, uSize); }
+    static void* Resize(void* pBlock, std::size_t uOldSize, std::size_t uNewSize) {
+        void* pNew = Refuses() ? nullptr : std::realloc(pBlock, uNewSize);
+        if (pNew == nullptr) return nullptr;
+        s_uAsked += uNewSize;
+        s_uNow += uNewSize - uOldSize;
+        s_uPeak = s_uNow > s_uPeak ? s_uNow : s_uPeak;
+        return pNew;
+    }
+    static void Free(void* pBlock, std::size_t uSize) {
+        s_uNow -= uSize;
+        std::free(pBlock);
+    }
+
+    static inline std::size_t s_uNow, s_uPeak, s_uAsked;
+    static inline unsigned s_uFailIn = 0;
+    Mem::Allocator m_oOld;
+};
+
+// ---- files and streams ------------------------------------------------------
+
+// An empty directory that is the current one for the time of a test.
+class Scratch_Dir {
+  public:
+    Scratch_Dir() {
+        std::filesystem::remove_all(m_oDir);
+        std::filesystem::create_directories(m_oDir);
+        std::filesystem::current_path(m_oDir);
+    }
+    ~Scratch_Dir() {
+        std::filesystem::current_path(m_oOld);
+        std::filesystem::remove_all(m_oDir);
+    }
+    Scratch_Dir(const Scratch_Dir&) = delete;
+    Scratch_Dir& operator=(const Scratch_Dir&) = delete;
+
+  private:
+    std::filesystem::path m_oOld = std::filesystem::current_path();
+    std::filesystem::path m_oDir =
+        std::filesystem::temp_directory_path() / ("vok_test_" + std::to_string(sys::ProcessId()));
+};
+
+inline std::string OnDisk(const std::string& sPath) {
+    std::ifstream oIn(sPath, std::ios::binary);
+    return {std::istreambuf_iterator<char>(oIn), {}};
+}
+inline void ToDisk(const std::string& sPath, std::string_view sBytes) {
+    std::ofstream(sPath, std::ios::binary) << sBytes;
+}
+
+inline std::string Content(const File_Buf& oBuf) {
+    return {oBuf.Data() != nullptr ? oBuf.Data() : "", oBuf.Size()};
+}
+inline std::string Content(const Arr<char>& oArr) {
+    return {oArr.Beg() != nullptr ? oArr.Beg() : "", oArr.Size()};
+}
+
+// Without a name and unable to seek. Hands out few bytes at a time where it may, and keeps what
+// was written apart, call by call.
+class Drop_Stream : public File_Stream {
+  public:
+    explicit Drop_Stream(std::string_view sBytes = {}, std::size_t uMost = 1)
+        : m_sBytes(sBytes), m_uMost(uMost) {}
+
+    std::size_t Read(Arr<char>& oBuffer, std::size_t uCount, bool bAppend) override {
+        return ReadInChunks(oBuffer, uCount, bAppend);
+    }
+    std::size_t Read(void* pTarget, std::size_t uCount, bool bAllowShort) override {
+        const std::size_t uMost = bAllowShort && uCount > m_uMost ? m_uMost : uCount;
+        const std::size_t uRead = m_sBytes.copy(static_cast<char*>(pTarget), uMost);
+        m_sBytes.remove_prefix(uRead);
+        if (!bAllowShort && uRead < uCount) Msg::UnexpectedEndOfFile(nullptr, 0);
+        return uRead;
+    }
+    std::size_t Write(const void* pSource, std::size_t uCount) override {
+        m_oWritten.emplace_back(static_cast<const char*>(pSource), uCount);
+        return uCount;
+    }
+    void Seek(i3_t iOffset, int iWhence) override { Msg::FileSeekFailed(iOffset, iWhence, 0); }
+    i3_t Tell() override { return -1; }
+    int Flush() override {
+        ++m_uFlushes;
+        return 0;
+    }
+
+    std::string_view m_sBytes;  // still to be read
+    std::size_t m_uMost;
+    Texts m_oWritten;
+    unsigned m_uFlushes = 0;
+};
+
+// ---- trees ------------------------------------------------------------------
+
+inline Data NewTree() {
+    Data oRoot;
+    oRoot.SetToRoot();
+    return oRoot;
+}
+
+// The live nodes that an iterator delivers.
+inline Ids IdsOf(Data_SuccIt oIt) {
+    Ids oIds;
+    for (; oIt.SkipZombies(); oIt.Advance()) oIds.push_back(oIt.GetData().GetId());
+    return oIds;
+}
+inline Ids IdsOf(const Data_NodeSet& oSet) {
+    Ids oIds;
+    for (std::size_t u = 0; u < oSet.Size(); ++u) oIds.push_back(oSet.GetNth(u).GetId());
+    return oIds;
+}
+
+// The attributes of a node as "name=value" texts in the order they are delivered.
+inline Texts AttributesOf(const Data& oNode, bool bSorted = false) {
+    Arr<const char*> oNames;
+    Arr<const char*> oValues;
+    oNode.GetAttributes(oNames, oValues, bSorted);
+    Texts oListed;
+    for (std::size_t u = 0; u < oNames.Size(); ++u) {
+        oListed.push_back(oNames(u) + std::string("=") + oValues(u));
+    }
+    return oListed;
+}
+
+inline u2_t Below(std::mt19937& oRandom, std::size_t uEnd) {
+    return static_cast<u2_t>(oRandom() % uEnd);
+}
+
+// Appends uCount nodes below random nodes of a tree, named at random from sNames.
+inline void Grow(const Data& oRoot, std::mt19937& oRandom, unsigned uCount, const Texts& sNames) {
+    for (unsigned u = 0; u < uCount;) {
+        Data oParent = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
+        if (oParent.GetType() != Data_Node::Tree && oParent.GetType() != Data_Node::Empty) continue;
+        oParent.CreateNewSucc(sNames[Below(oRandom, sNames.size())].c_str());
+        ++u;
+    }
+}
+
+}  // namespace vok
+
+#endif  // TESTS_SUPPORT_H
