@@ -82,11 +82,13 @@ void Register(const Set& oSet) {
     });
 }
 
+void RegisterDump(const Set& oSet);
 void RegisterFacade(const Set& oSet);
 void RegisterFloor(const Set& oSet);
 void RegisterMsgpack(const Set& oSet);
 void RegisterRapidjson(const Set& oSet);
 void RegisterVok(const Set& oSet);
+void RegisterXml(const Set& oSet);
 
 }  // namespace bench
 

@@ -3,7 +3,8 @@
 //     vok_benchmarks [--table] [flags of Google Benchmark]
 //
 // With --table every benchmark runs several times in mixed order, and the best time per node of
-// each is printed as one Markdown table per data set, beside its ratio to MessagePack.
+// each is printed as one Markdown table per data set, beside its ratio to the peer to beat:
+// MessagePack, or pugixml for documents in XML.
 #include <malloc.h>
 
 #include <algorithm>
@@ -45,7 +46,8 @@ class TableReporter : public benchmark::BenchmarkReporter {
     using Row = std::map<std::string, double>;  // what -> best figure
     using Table = std::map<std::string, Row>;   // contender -> row
 
-    static constexpr const char* COLUMNS[] = {"build", "write", "read", "walk", "lookup", "heap"};
+    static constexpr const char* COLUMNS[] = {"build",  "write", "read", "walk",
+                                              "lookup", "load",  "save", "heap"};
 
     static void Note(Row& oRow, const std::string& sWhat, double dValue) {
         const auto [oFound, bNew] = oRow.try_emplace(sWhat, dValue);
@@ -53,23 +55,32 @@ class TableReporter : public benchmark::BenchmarkReporter {
     }
 
     static void PrintTable(const std::string& sSet, const Table& oTable) {
+        auto oPeer = oTable.find("msgpack");
+        if (oPeer == oTable.end()) oPeer = oTable.find("pugixml");
+        if (oPeer == oTable.end()) oPeer = oTable.begin();
+        const auto oIsShown = [&](const char* sColumn) {
+            return oPeer->second.count(sColumn) != 0;
+        };
         std::printf("\n### %s\n\n| ns per node |", sSet.c_str());
-        for (const char* sColumn : COLUMNS) std::printf(" %s |", sColumn);
-        std::printf("\n|---|");
-        for (std::size_t u = 0; u < std::size(COLUMNS); ++u) std::printf("---|");
-        std::printf("\n");
-        const auto oPeer = oTable.find("msgpack");
+        std::string sRule = "\n|---|";
+        for (const char* sColumn : COLUMNS) {
+            if (!oIsShown(sColumn)) continue;
+            std::printf(" %s |", sColumn);
+            sRule += "---|";
+        }
+        std::printf("%s\n", sRule.c_str());
         for (const auto& [sContender, oRow] : oTable) {
             if (sContender == "floor" || sContender == "facade") continue;
             std::printf("| %s |", sContender.c_str());
             for (const char* sColumn : COLUMNS) {
+                if (!oIsShown(sColumn)) continue;
                 const auto oFound = oRow.find(sColumn);
                 if (oFound == oRow.end()) {
                     std::printf(" |");
                     continue;
                 }
                 std::printf(" %.1f", oFound->second);
-                if (oPeer != oTable.end() && oPeer->first != sContender) {
+                if (oPeer->first != sContender) {
                     std::printf(" (%.2f)", oFound->second / oPeer->second.at(sColumn));
                 }
                 std::printf(" |");
@@ -101,9 +112,11 @@ int main(int argc, char** argv) {
     for (const bench::Set* pSet : {&bench::Orders(), &bench::Config(), &bench::Small()}) {
         bench::RegisterFloor(*pSet);
         bench::RegisterVok(*pSet);
+        bench::RegisterDump(*pSet);
         bench::RegisterFacade(*pSet);
         bench::RegisterMsgpack(*pSet);
         bench::RegisterRapidjson(*pSet);
+        bench::RegisterXml(*pSet);
     }
     std::vector<char*> asArgs(argv, argv + argc);
     char sRepetitions[] = "--benchmark_repetitions=10";

@@ -1,6 +1,7 @@
 #include <memory>
 
 #include "benchmarks/contender.h"
+#include "benchmarks/vok_tree.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
 #include "vok/dgraph/dgraph.h"
@@ -12,6 +13,7 @@ namespace {
 
 using vok::Data;
 using vok::Data_Key;
+using vok::Data_Name;
 using vok::Data_Node;
 
 // Builds by names, or by keys that were made once per tree.
@@ -29,7 +31,9 @@ class Vok {
         }
         m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());
         std::size_t uNext = 1;
-        Build(m_oBuilt, oSet.items[0].uChildren, uNext, aoKeys);
+        BuildTree(oSet, m_oBuilt, oSet.items[0].uChildren, uNext, [&](const Item& oItem) {
+            return BY_KEY ? Data_Name(aoKeys[oItem.uName]) : Data_Name(oSet.names[oItem.uName]);
+        });
     }
 
     void Write() {
@@ -89,26 +93,6 @@ class Vok {
     }
 
   private:
-    void Build(Data& oNode, std::uint32_t uChildren, std::size_t& uNext,
-               const std::vector<Data_Key>& aoKeys) {
-        for (std::uint32_t u = 0; u < uChildren; ++u) {
-            const Item& oItem = m_oSet.items[uNext++];
-            const vok::Data_Name oName = BY_KEY ? vok::Data_Name(aoKeys[oItem.uName])
-                                                : vok::Data_Name(m_oSet.names[oItem.uName]);
-            switch (oItem.eKind) {
-                case Kind::Integer: oNode.AddInt(oName, oItem.iValue); break;
-                case Kind::Double: oNode.AddDbl(oName, oItem.dValue); break;
-                case Kind::Boolean: oNode.AddBool(oName, oItem.iValue != 0); break;
-                case Kind::Text: oNode.AddStr(oName, {oItem.pText, oItem.uText}); break;
-                case Kind::Map:
-                case Kind::List:
-                    oNode.SetToNewSucc(oName);
-                    Build(oNode, oItem.uChildren, uNext, aoKeys);
-                    oNode.SetToPred();
-            }
-        }
-    }
-
     const Set& m_oSet;
     Data m_oBuilt;
     vok::File_Buf m_oBuffer;

@@ -1,14 +1,17 @@
 #include "serializer/serializer.h"
 
+#include "serializer/utilities.h"
 #include "vok/base/msg.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
+#include "vok/file/file.h"
 
 namespace Velmar::Q7R::Serializer {
 
 namespace {
 
 constexpr char WRITE_FAILED[] = "Failed to write data to buffer";
+constexpr char WRITE_FILE_FAILED[] = "Failed to write data to file";
 constexpr char READ_FAILED[] = "Failed to read data from file.";
 
 // Runs the native part of an operation; whatever it throws becomes the operation's own text.
@@ -32,6 +35,29 @@ vok::Data& CursorOf(vok::Data* pData) {
 }
 
 }  // namespace
+
+void Serializer::WriteToFile(ISerialisable& iSerialisable, StringRef fileName) {
+    Node root = Guarded(WRITE_FILE_FAILED, [] { return Node(true); });
+    iSerialisable.WriteValues(root);
+    const vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    Guarded(WRITE_FILE_FAILED, [&] {
+        vok::File file(Utilities::String2Str(fileName), "w");
+        data.SaveToXML(file, 1, 0);
+        file.Close();
+    });
+}
+
+void Serializer::ReadFromFile(ISerialisable& iSerialisable, StringRef fileName) {
+    Node root = Guarded(READ_FAILED, [] { return Node(true); });
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    Guarded(READ_FAILED, [&] {
+        vok::File file(Utilities::String2Str(fileName), "r");
+        data.Clear();
+        data.LoadFromXML(file, vok::Data::XML_KEEP_UNKNOWN);
+        file.Close();
+    });
+    iSerialisable.ReadValues(root);
+}
 
 std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) {
     Node root = Guarded(WRITE_FAILED, [] { return Node(true); });

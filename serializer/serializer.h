@@ -1,4 +1,4 @@
-// The library in two calls: write an object to a buffer, read it back.
+// The library in two calls: write an object to a buffer or a file, read it back.
 //
 //     struct Point : Velmar::Q7R::Serializer::ISerialisable {
 //         int x = 0;
@@ -40,6 +40,14 @@ class Serializer {
   public:
     Serializer() = default;
     virtual ~Serializer() = default;
+
+    // Writes the object to a file as XML; the directories above it are made when they are
+    // missing, a file that is there is replaced. Linear in its nodes. "Failed to write data to
+    // file", "Invalid vok::Data" when WriteValues disposed of the root.
+    void WriteToFile(ISerialisable& iSerialisable, StringRef fileName);
+    // Reads an XML file into the object; linear in its bytes. Untrusted files are safe, as
+    // below. "Failed to read data from file."; ReadValues is not called then.
+    void ReadFromFile(ISerialisable& iSerialisable, StringRef fileName);
 
     // The object as a binary DGraph document of version 1.2.0; linear in its nodes. "Failed
     // to write data to buffer", "Invalid vok::Data" when WriteValues disposed of the root.

@@ -5,12 +5,18 @@
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
 #include "vok/data/data.h"
+#include "vok/data/diff.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
 #include "vok/data/xpath.h"
+#include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/names.h"
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"
+#include "vok/zip/archive.h"
+#include "vok/zip/buf.h"
+#include "vok/zip/file.h"
 
 #endif  // VOK_VOK_H

@@ -129,5 +129,47 @@ TEST(Serializer, OutOfMemory) {
     EXPECT_EQ(Write(oFill), oGood);
 }
 
+TEST(Serializer, Files) {
+    const vok::Scratch_Dir oDir;
+    Host oHost;
+    oHost.oWrite = [](Node& node) {
+        node.AddValue("name", u"a<\u00E4]]>\r\n");
+        node.AddValue("id", -7);
+        node.AddValue("raw", Bytes{0, 255});
+        node.AddValue("p", 1, 2, 3, 4);
+    };
+    Serializer().WriteToFile(oHost, u"sub/\u00E4.xml");
+    EXPECT_EQ(vok::OnDisk("sub/\u00E4.xml"),
+              "<?xml version='1.0' encoding='UTF-8'?>\n"
+              "<Root xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">\n"
+              "\t<id dt:dt=\"i4\">-7</id>\n"
+              "\t<name><![CDATA[a<\xC3\xA4]]]]><![CDATA[>\r\n]]></name>\n"
+              "\t<p>\n\t\t<V1 dt:dt=\"i4\">1</V1>\n\t\t<V2 dt:dt=\"i4\">2</V2>\n"
+              "\t\t<V3 dt:dt=\"i4\">3</V3>\n\t\t<V4 dt:dt=\"i4\">4</V4>\n\t</p>\n"
+              "\t<raw dt:dt=\"bin.base64\"><![CDATA[AP8=]]></raw>\n</Root>\n");
+    bool bRead = false;
+    oHost.oRead = [&](Node& node) {
+        String sName;
+        Bytes oRaw;
+        bRead = node.TryGetValue("name", sName) && node.TryGetValue("raw", oRaw);
+        EXPECT_EQ(sName, String(u"a<\u00E4]]>\r\n"));
+        EXPECT_EQ(oRaw, (Bytes{0, 255}));
+    };
+    Serializer().ReadFromFile(oHost, u"sub/\u00E4.xml");
+    EXPECT_TRUE(bRead);
+
+    oHost.oRead = [](Node&) { FAIL() << "read from nothing"; };
+    vok::ToDisk("bad", "<a><b></a>");
+    for (const char* sName : {"bad", "none", ""}) {
+        EXPECT_EQ(Failure([&] { Serializer().ReadFromFile(oHost, sName); }), g_sReadFailed);
+    }
+    EXPECT_EQ(Failure([&] { Serializer().WriteToFile(oHost, nullptr); }),
+              "Failed to write data to file");
+    EXPECT_EQ(Failure([&] { Serializer().WriteToFile(oHost, "bad/below.xml"); }),
+              "Failed to write data to file");
+    oHost.oWrite = [](Node& node) { node.Dispose(); };
+    EXPECT_EQ(Failure([&] { Serializer().WriteToFile(oHost, "x"); }), "Invalid vok::Data");
+}
+
 }  // namespace
 }  // namespace Velmar::Q7R::Serializer

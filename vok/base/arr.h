@@ -78,6 +78,9 @@ class Arr {
             Grow(1);
         m_pData[m_uSize++] = oCopy;
     }
+    // For range-based loops that read.
+    [[nodiscard]] const T* begin() const noexcept { return m_pData; }
+    [[nodiscard]] const T* end() const noexcept { return m_pData + m_uSize; }
     // Makes room for uCount more elements, by the steps of growth.
     void ReserveMore(std::size_t uCount) {
         if (m_uCapacity - m_uSize < uCount || GetRefCnt() != 0) Grow(uCount);

@@ -4,6 +4,7 @@
 #define VOK_BASE_DATE_H
 
 #include <cmath>
+#include <string_view>
 
 #include "vok/base/types.h"
 
@@ -37,6 +38,10 @@ struct Date_Fields {
 // Writes "2026-11-24 18:35:56" to sBuf, which has room for 128 bytes; cSeparator stands
 // between day and hour. Returns the length.
 std::size_t FormatDate(double dSeconds, char cSeparator, char* sBuf) noexcept;
+// Reads "2026-11-24T18:35:56" (or with a blank in the middle), maybe with a fraction of the
+// second and a zone behind it ("Z", "+01:00"); without a zone it is UTC, a date alone is its
+// midnight. Blanks around it do not count. False when the text is anything else.
+[[nodiscard]] bool ParseDate(std::string_view sText, double& dSeconds) noexcept;
 
 }  // namespace vok
 

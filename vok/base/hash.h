@@ -2,6 +2,8 @@
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H
 
+#include <bit>
+#include <cstring>
 #include <string_view>
 
 #include <tsl/robin_set.h>
@@ -18,6 +20,18 @@ struct Hash_Text {
     u3_t uPrefix;
     u2_t uLength;  // bytes without the NUL
     u2_t uHash;
+
+    // Whether the text stands at p, where uSize bytes can be read. False also where the eight
+    // bytes behind it cannot be read: they are not looked at one by one.
+    [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept {
+        if (uLength + std::size_t{8} > uSize || uLength == 0) return false;
+        u3_t uHere;
+        std::memcpy(&uHere, p, 8);
+        if constexpr (std::endian::native == std::endian::little) uHere = __builtin_bswap64(uHere);
+        const unsigned uIgnored = uLength < 8 ? 64 - 8 * uLength : 0;
+        if ((uHere ^ uPrefix) >> uIgnored != 0) return false;
+        return uLength <= 8 || std::memcmp(p + 8, sText + 8, uLength - std::size_t{8}) == 0;
+    }
 };
 
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is

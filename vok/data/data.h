@@ -2,6 +2,7 @@
 #ifndef VOK_DATA_DATA_H
 #define VOK_DATA_DATA_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,7 +16,10 @@ namespace vok {
 class Data_Base;
 class Data_NodeSet;
 class Data_SuccIt;
+class File_Stream;
+struct Data_Difference;
 struct Data_XpathStep;
+class File_Stream;
 
 namespace dgraph {
 struct Access;
@@ -270,17 +274,134 @@ class Data {
     // became shorter; pEnd null means up to the NUL.
     static char* DecodeXpath(char* pBegin, char* pEnd = nullptr);
 
-    // ---- editing ----------------------------------------------------------
+    // ---- XML --------------------------------------------------------------
 
+    // What LoadFromXML does beyond XML itself; flags that can be joined with "|".
+    static constexpr u2_t XML_KEEP_UNKNOWN = 1;  // unknown references stay in the text
+    static constexpr u2_t XML_SKIP_BLANKS = 2;   // a text of blanks only is no value
+    static constexpr u2_t XML_SKIP_HTML = 4;     // the tags "br" and "meta" are left out
+    static constexpr u2_t XML_LOOSE_TAGS = 8;    // attributes without quotes, or value
+
+    // Reads the document that the stream holds from its position to its end, and returns the
+    // number of its elements. Elements become nodes, XML attributes become attributes, the
+    // text of an element without elements becomes its value, with the type that an attribute
+    // dt:dt gives. The top element becomes the root of an empty tree, else a successor of this
+    // node; the cursor ends on the root, and other cursors must be taken anew as after Shrink.
+    //
+    // Linear in the bytes read. Of a stream that is no File_Buf no more is held than the longest
+    // tag or text. Raises "no XML stream or stream is corrupted", "missing char '%0' in XML
+    // stream", "invalid character '%0' after '%1'", "unknown xml sequene "%0"", "unknown
+    // character coding: "%0"", "missing header for binary data in XML string", "node "%0" with
+    // wrong data type: '%1'" for text beside elements, the errors of limits and of the stream.
+    // A failed load leaves the nodes made so far. pReport, unless it is null, is filled in
+    // either case.
+    u2_t LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits = {},
+                     Load_Report* pReport = nullptr);
+    u2_t LoadFromXMLString(std::string_view sText, u2_t uFlags, const Limits& oLimits = {},
+                           Load_Report* pReport = nullptr);
+
+    // Writes this node and everything below it as an XML document in UTF-8; what it writes,
+    // LoadFromXML reads back into an equal tree (a link that leads out of what is written becomes
+    // an empty node). iDeclaration 0 leaves out "<?xml ...?>"; iDepth is the level that
+    // indentation starts at. Linear; raises "node is empty", "try to access deleted node" and
+    // the errors of the stream, which is not flushed.
+    void SaveToXML(File_Stream& out, i2_t iDeclaration = 1, i2_t iDepth = 0) const;
+    // The same as a text, in place of what oOut holds.
+    void SaveToXMLString(Str& oOut, i2_t iDeclaration = 1, i2_t iDepth = 0) const;
+
+    // ---- editing ----------------------------------------------------------
+    //
+    // Ids, values, attributes and cursors of nodes that are not named here stay. Iterators
+    // over the successors of a node that gains or loses one must be taken anew. Positions
+    // count the successors of one name from 0, removed ones included. A new or moved
+    // successor at a position takes the place of the one there, which moves up with those
+    // behind it; LAST, or any position past the end, appends. Nothing recurses.
+
+    static constexpr u2_t LAST = 0xFFFFFFFF;
+
+    // Appends an empty successor, as CreateNewSucc does, and returns it. Constant time.
+    Data Append(Data_Name oName);
+    // Makes an empty successor at a position and returns it; an empty cursor gets a tree
+    // first. Errors are those of SetToNewSucc. Linear in the successors of this node.
+    Data Insert(Data_Name oName, u2_t uPos = LAST);
     // Marks the node and everything below it as removed; it keeps its place among its
-    // siblings until Shrink, its descendants are cut loose. The cursor stays. Raises "node
-    // has no predecessor" on the root, "try to access deleted node" on a removed node.
+    // siblings until Shrink or Erase, its descendants are cut loose. The cursor stays.
+    // Raises "node has no predecessor" on the root, "try to access deleted node" on a
+    // removed node. Linear in what is removed.
     void Remove();
+    // The same with everything below the node, which is then empty and takes a value or
+    // successors. No places are kept. Does nothing on a node without successors, raises "try
+    // to access deleted node" on a removed one.
+    void RemoveSuccs();
+    // Gives up the place that a removed node has kept: those behind it move down, a parent
+    // without other successors is empty. The cursor stays on a removed node. Raises "node
+    // "%0" with wrong data type: '%2' expected but got '%1'" on any other node.
+    void Erase();
+    // Makes the node, with everything below it, a successor of oParent. Within a tree nothing
+    // is copied: ids, cursors and links to it stay good, and an old parent that has no other
+    // successors is empty. Into another tree it is copied as MkCopy does and removed here;
+    // this cursor then stands on the copy. Raises "node has no predecessor" on the root, "try
+    // to access deleted node" for removed nodes, "cannot link with outer structure" when
+    // oParent is the node or below it, and the errors of SetToNewSucc for oParent. Linear in
+    // both parents' successors and, between trees, in what is moved.
+    void MoveTo(const Data& oParent, u2_t uPos = LAST);
+    // Copies the node and everything below it - names, values, attributes, order - and
+    // returns the copy, a successor of oParent, which may be in any tree and also below the
+    // node itself. Removed nodes are left out. Links within what is copied lead to the
+    // copies; others keep their target within a tree and lead to nothing in another. Errors
+    // are those of MoveTo but for the root, which may be copied. Linear.
+    Data MkCopy(const Data& oParent, u2_t uPos = LAST) const;
+    // The same as a tree of its own, the copy being its root, with this tree's user tag.
+    // Returns the root.
+    [[nodiscard]] Data MkClone() const;
     // Drops removed nodes, unused texts and dead attributes; costs nothing when there are
     // none worth it. Ids change but keep their order: this cursor follows its node (or goes
     // to the root if that is gone), other cursors and iterators must be taken anew. Links to
     // dropped nodes lead to nothing.
     void Shrink();
+    // Makes the tree as new for all its cursors: an unnamed, empty root, no user tag. Keys
+    // stay valid. This cursor goes to the root, others are on it or on deleted nodes. An
+    // empty cursor gets a tree.
+    void Reset();
+    // Whether one can come back to a node by going from predecessors to successors and from
+    // links to their targets, starting here. Links to removed nodes lead nowhere. Linear in
+    // what can be reached.
+    [[nodiscard]] bool HasCycle() const;
+
+    // ---- comparison -------------------------------------------------------
+
+    // Whether two subtrees are the same in all that can be seen: names, types, values bit for
+    // bit, attributes whatever their order, successors in their order. Removed nodes do not
+    // count, and a node without live successors is an empty one. Links are the same when
+    // their targets have the same place below the compared nodes; outside of these, when they
+    // are one node or have the same path; a link to a removed node is one to nothing. Empty
+    // cursors equal each other only. Linear. Raises "try to access deleted node".
+    [[nodiscard]] static bool Equal(const Data& oA, const Data& oB);
+    // Hands every difference to oVisit, in pre-order but for links, which come last, until it
+    // returns false. Successors are compared name by name, the first with the first and so
+    // on. The trees must not be changed meanwhile. Returns the number of calls.
+    static u3_t Diff(const Data& oA, const Data& oB,
+                     const std::function<bool(const Data_Difference&)>& oVisit);
+
+    // ---- native dump ------------------------------------------------------
+
+    // Writes the whole tree, removed nodes and user tag included, in the library's own
+    // format: the fast form, a few large blocks (docs/native-dump.md). Does not flush. Raises
+    // "node is empty" and the errors of the stream, which keeps what was written by then.
+    void Dump(File_Stream& oOut) const;
+    // Replaces the cursor's tree by one that was dumped and goes to its root; ids are those
+    // of the tree that was dumped. The stream is left behind the dump. Nothing in it is
+    // trusted; a failed load leaves the cursor as it was. pReport, unless it is null, is
+    // filled in either case, without a path.
+    //
+    // Raises "binary data is not a dump of object "%0"", "binary data of object "%0" have
+    // wrong version ...", "binary data is a dump of an invalid object "%0"" for anything that
+    // does not hold together, the errors of limits and those of the stream. Linear but for
+    // texts that are out of order, which are sorted.
+    void Load(File_Stream& oIn, const Limits& oLimits = {}, Load_Report* pReport = nullptr);
+    // Whether the next bytes are the header of a dump of any version; the stream must be able
+    // to seek and stays where it is.
+    [[nodiscard]] static bool CanLoad(File_Stream& oIn);
 
     // Heap bytes held by the tree.
     [[nodiscard]] std::size_t HeapBytes() const noexcept;

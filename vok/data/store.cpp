@@ -56,19 +56,27 @@ void Data_Base::CheckAppendSlow(u2_t uParent) const {
     if (!bBlank) Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
 }
 
-// The rare part of appending: room for one more record, and a parent that becomes a tree.
-void Data_Base::PrepareAppend(u2_t uParent) {
+void Data_Base::CheckIds(u2_t uParent, std::size_t uCount) const {
     // The id plus one must not look like a node cut loose.
     if (uParent >= Node::CUT_LOOSE - 1) Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
     if (m_oNode.GetRefCnt() != 0) Msg::AssertionFailed("oNodes.GetRefCnt() == 0");
-    (void)Msg::ToInt32(m_oNode.Size());
+    if (uCount != 0) (void)Msg::ToInt32(m_oNode.Size() + uCount - 1);
+}
+
+void Data_Base::MakeTree(u2_t uId) noexcept {
+    Node& oNode = m_oNode(uId);
+    if (oNode.GetType() == Node::Tree) return;
+    DropValue(oNode);
+    oNode.SetType(Node::Tree);
+    oNode.uWord2 = NONE;
+    oNode.uWord3 = 0;
+}
+
+// The rare part of appending: room for one more record, and a parent that becomes a tree.
+void Data_Base::PrepareAppend(u2_t uParent) {
+    CheckIds(uParent, 1);
     m_oNode.ReserveMore(1);
-    Node& oParent = m_oNode(uParent);
-    if (oParent.GetType() == Node::Tree) return;
-    DropValue(oParent);
-    oParent.SetType(Node::Tree);
-    oParent.uWord2 = NONE;
-    oParent.uWord3 = 0;
+    MakeTree(uParent);
 }
 
 // ---- values -----------------------------------------------------------------

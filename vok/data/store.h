@@ -137,10 +137,40 @@ class Data_Base {
     // A text for it, which ends at its first NUL.
     void SetNewText(u2_t uId, std::string_view sText);
 
+    // Raises unless uParent can have successors and uCount more nodes can have ids.
+    void CheckIds(u2_t uParent, std::size_t uCount) const;
+    // Makes a node that CheckAppend has passed a tree node, if it is none yet.
+    void MakeTree(u2_t uId) noexcept;
+
+    // ---- editing ----------------------------------------------------------
+
+    // Makes a successor at a position among those of its name, past the end behind them.
+    u2_t Insert(u2_t uParent, u2_t uKey, u2_t uPos);
+    // Hangs a placed node below uParent, which CheckAppend has passed and which is not below
+    // it. Nothing is changed if memory runs out.
+    void Move(u2_t uId, u2_t uParent, u2_t uPos);
+    // Gives a placed node another position among those of its name; never fails.
+    void Reorder(u2_t uId, u2_t uPos) noexcept;
+    // Takes a placed node out of the successors of its parent, which is empty after the last
+    // one. Its predecessor field is left to the caller. Never fails.
+    void Unlink(u2_t uId) noexcept;
+    // Everything below a node, removed nodes included, each behind its parent.
+    void ListBelow(u2_t uId, Arr<u2_t>& oBelow);
+    // Marks what ListBelow gave as removed and cuts it loose.
+    void CutLoose(const Arr<u2_t>& oBelow) noexcept;
+    // Marks one node as removed.
+    void Kill(u2_t uId) noexcept;
     // Marks a node and everything below it as removed.
     void Remove(u2_t uId);
+    void RemoveSuccs(u2_t uId);
     // Compacts the tree; uFollow is the id of a node, and becomes its new one.
     void Shrink(u2_t& uFollow);
+    // Whether uId is uTop or below it.
+    [[nodiscard]] bool IsBelow(u2_t uId, u2_t uTop) const noexcept;
+    // Leaves an unnamed, empty root and nothing else, but keeps the numbers of names.
+    void Reset();
+    // Takes back the nodes from uFirst on, none of them placed, with their attributes.
+    void Rollback(u2_t uFirst) noexcept;
 
     // ---- successors -------------------------------------------------------
 
@@ -149,6 +179,11 @@ class Data_Base {
     }
     // Places every pending node.
     void UpdateSucc();
+    // The same without compaction of the groups: needs no memory beyond what ReservePlaces
+    // asked for.
+    void PlacePending();
+    // Room for placing uCount more nodes in uGroups new groups, and for uParent to grow by one.
+    void ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGroups);
     // Makes uId, which is empty and new, a tree node whose group has room for uCapacity, for
     // a loader that knows how many successors follow.
     void OpenTree(u2_t uId, u2_t uCapacity);
@@ -226,8 +261,12 @@ class Data_Base {
     [[nodiscard]] bool HasAttributes(u2_t uId) const noexcept {
         return uId < m_oAttHead.Size() && m_oAttHead(uId) != 0;
     }
-    // sName and sValue are valid UTF-8; sName is not empty.
+    // Key of an attribute name, with a place for its records. Names and values here and below
+    // are valid UTF-8, names are not empty.
+    u2_t InternAttribute(std::string_view sName);
     void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
+    // The same for a node that must not have it yet; false when it has.
+    bool AddAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
     void RemoveAttribute(u2_t uId, std::string_view sName);
     // Offset of the value in the heap, NO_VALUE when there is none.
     [[nodiscard]] u2_t FindAttribute(u2_t uId, u2_t uName) const noexcept;
@@ -267,9 +306,12 @@ class Data_Base {
     void Place(u2_t uId);
     u2_t AddGroup(u2_t uCapacity);
     void GrowGroup(Node& oParent);
+    void Link(u2_t uId, u2_t uParent, u2_t uPos) noexcept;
+    void AddDeadGroup(const Node& oNode) noexcept {
+        if (oNode.Start() != NONE) m_uDeadSucc += GROUP_HEADER + m_oSucc(oNode.Start() + 1);
+    }
     void SortGroups();
     void CompactGroups();
-    u2_t InternAttribute(std::string_view sName);
     [[nodiscard]] const Data_Att* FindRecord(u2_t uId, u2_t uName) const noexcept;
     void DropText(u2_t uOffset) noexcept;
     [[nodiscard]] bool IsHeapText(std::string_view sText) const noexcept;

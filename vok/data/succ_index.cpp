@@ -17,13 +17,28 @@ constexpr u2_t INSERT_UP_TO = 32;
 
 }  // namespace
 
-void Data_Base::UpdateSucc() {
+void Data_Base::PlacePending() {
     while (m_uIndexed < m_oNode.Size()) {
         Place(m_uIndexed);
         ++m_uIndexed;
     }
     if (m_oUnsorted.Size() != 0) SortGroups();
+}
+
+void Data_Base::UpdateSucc() {
+    PlacePending();
     if (m_uDeadSucc > 4096 && m_uDeadSucc > m_oSucc.Size() / 2) CompactGroups();
+}
+
+void Data_Base::ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGroups) {
+    const Node& oParent = m_oNode(uParent);
+    std::size_t uWords = uCount + GROUP_HEADER * (uGroups + 1) + 1;
+    if (oParent.GetType() == Node::Tree && oParent.Start() != NONE) {
+        uWords += 2 * std::size_t{m_oSucc(oParent.Start() + 1)};
+    }
+    (void)Msg::ToInt32(m_oSucc.Size() + uWords);
+    m_oSucc.ReserveMore(uWords);
+    m_oUnsorted.ReserveMore(2);
 }
 
 // Puts one node at the end of its parent's group. Nothing is changed if memory runs out.

@@ -14,7 +14,8 @@ void Dgraph_SetVersion(Data& data, int iMajor, int iMinor, int iPatch);
 // Writes the whole tree of data, from its root, in the version stamped on it, and flushes
 // the stream. Linear; needs memory for one entry per open level. Raises "No DGraph!" for an
 // empty cursor or a tree without version, "Binary DGraph buffer has the wrong version!", and
-// the errors of the stream, which keeps what was written by then.
+// the errors of the stream, which keeps what was written by then. Major version 2 is a header
+// and what Data::Dump writes, not flushed.
 //
 // Every field is one write of its exact width, except that streams of this library get the
 // same bytes in larger pieces.
@@ -22,7 +23,8 @@ void Dgraph_SaveDGraph(const Data& data, File_Stream& out);
 
 // Replaces data by the tree of a document; data is then on its root and the tree carries the
 // document's version. The stream is left right behind the last record. A failed load leaves
-// data on the part that was read. pReport, unless it is null, is filled in either case.
+// data on the part that was read. pReport, unless it is null, is filled in either case. Major
+// version 2 is read by Data::Load; the tree then has the user tag that was dumped with it.
 //
 // Linear in the bytes read, and in the nodes that links by "//" have to look at. Raises "No
 // binary DGraph buffer!", "Binary DGraph buffer has the wrong version!", the errors of a
@@ -35,6 +37,12 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits = {},
 // Whether the next bytes are the header of a DGraph document of any version; the stream must
 // be able to seek and stays where it is.
 [[nodiscard]] bool Dgraph_CanLoadDGraph(File_Stream& in);
+
+// Replaces data by the tree in a stream of any form: a native dump, else a DGraph document,
+// else XML, which is what everything else is taken for (Data::LoadFromXML with flag 1). Errors
+// are those of the loader that was chosen. The stream must be able to seek.
+void Dgraph_Load(Data& data, File_Stream& in, const Limits& oLimits = {},
+                 Load_Report* pReport = nullptr);
 
 }  // namespace vok
 

@@ -1,4 +1,4 @@
-// Reads DGraph documents of major version 1.
+// Reads DGraph documents; those of major version 2 are a header and a native dump.
 #include <bit>
 
 #include "vok/base/date.h"
@@ -30,17 +30,7 @@ constexpr std::array<bool, 256> PLAIN_NAME = [] {
 
 // Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
 [[nodiscard]] bool IsNameAt(const Hash_Text& oName, const char* p, std::size_t uSize) noexcept {
-    if (oName.uLength + std::size_t{8} > uSize || p[oName.uLength] != '[') return false;
-    const std::size_t uHead = oName.uLength < 8 ? oName.uLength : 8;
-    u3_t uPrefix;
-    std::memcpy(&uPrefix, p, 8);
-    if constexpr (std::endian::native == std::endian::little) {
-        uPrefix = __builtin_bswap64(uPrefix);
-    }
-    // Names have a byte at least: the shift is below 64.
-    if ((uPrefix ^ oName.uPrefix) >> (64 - 8 * uHead) != 0) return false;
-    return oName.uLength <= 8 ||
-           std::memcmp(p + 8, oName.sText + 8, oName.uLength - std::size_t{8}) == 0;
+    return oName.StandsAt(p, uSize) && p[oName.uLength] == '[';
 }
 
 template <class Source>
@@ -465,6 +455,18 @@ void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Repor
     oReader.ResolveLinks();
 }
 
+// The body of major version 2. Offsets count from the header on.
+void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
+    const u3_t uHeader = pReport != nullptr ? pReport->m_uOffset : 0;
+    try {
+        oData.Load(oIn, oLimits, pReport);
+    } catch (...) {
+        if (pReport != nullptr) pReport->m_uOffset += uHeader;
+        throw;
+    }
+    if (pReport != nullptr) pReport->m_uOffset += uHeader;
+}
+
 }  // namespace
 
 }  // namespace dgraph
@@ -482,7 +484,7 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
             std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) != 0) {
             dgraph::RaiseNoBinaryDGraph();
         }
-        if (sHeader[9] == 2) Msg::FeatureNotYetImplemented("DGraph major version 2");
+        if (sHeader[9] == 2) return dgraph::LoadDump(data, in, oLimits, pReport);
         if (sHeader[9] != 1) dgraph::RaiseWrongVersion();
         if (File_Buf* pBuffer = dynamic_cast<File_Buf*>(&in); pBuffer != nullptr) {
             dgraph::BufferSource oSource(*pBuffer);

@@ -1,4 +1,4 @@
-// Writes a tree as a DGraph document of major version 1.
+// Writes a tree as a DGraph document; of major version 2 that is a header and a native dump.
 #include <bit>
 #include <cstdio>
 
@@ -344,14 +344,18 @@ class Writer {
     Arr<u2_t> m_oAttKeys;
 };
 
-template <class Sink>
-void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
-    char* p = oSink.Space(HEADER_SIZE);
+void MakeHeader(const Version& oVersion, char* p) {
     std::memset(p, 0, HEADER_SIZE);
     std::memcpy(p, MAGIC, MAGIC_SIZE);
     p[9] = static_cast<char>(oVersion.iMajor);
     p[10] = static_cast<char>(oVersion.iMinor);
     p[11] = static_cast<char>(oVersion.iPatch);
+}
+
+template <class Sink>
+void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
+    char* p = oSink.Space(HEADER_SIZE);
+    MakeHeader(oVersion, p);
     oSink.Cut(p + HEADER_SIZE);
     oRoot.SetAccessMode();
     Writer<Sink>(oRoot, oVersion, oSink).Run();
@@ -369,7 +373,12 @@ void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
             dgraph::RaiseNoDGraph();
         }
         if (oVersion.iMajor != 1 && oVersion.iMajor != 2) dgraph::RaiseWrongVersion();
-        if (oVersion.iMajor == 2) Msg::FeatureNotYetImplemented("DGraph major version 2");
+        if (oVersion.iMajor == 2) {
+            char sHeader[dgraph::HEADER_SIZE];
+            dgraph::MakeHeader(oVersion, sHeader);
+            out.Write(sHeader, sizeof(sHeader));
+            return data.Dump(out);
+        }
         const Data oRoot = data.GetRoot();
         File_Buf* pBuffer = dynamic_cast<File_Buf*>(&out);
         if (pBuffer != nullptr && dgraph::BufferSink::Fits(*pBuffer)) {

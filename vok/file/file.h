@@ -2,6 +2,8 @@
 #ifndef VOK_FILE_FILE_H
 #define VOK_FILE_FILE_H
 
+#include <vector>
+
 #include "vok/base/str.h"
 #include "vok/file/buf.h"
 #include "vok/file/stream.h"
@@ -165,6 +167,26 @@ class File : public File_Stream {
     // there is no such header, or its name has more than 4096 bytes.
     [[nodiscard]] static Str GetFileStreamClass(const Str& oPath);
     [[nodiscard]] static Str GetBufStreamClass(const File_Buf& oBuffer);
+
+    // ---- XML tokens -------------------------------------------------------
+    // For programs that read or write XML without a tree; flags as Data::LoadFromXML has them.
+
+    // Reads up to the next cEnd, "<" or ">", which is consumed and not part of oToken. False
+    // when the stream ends before it; oToken then holds what was left. Up to a "<" it is a
+    // text, whose references are decoded: one that is unknown raises "unknown xml sequene
+    // "%0"" unless flag 1 keeps it.
+    static bool ReadXML(File_Stream& oStream, Str& oToken, char cEnd, u2_t uFlags = 0);
+    // Writes a text with "&", "<", ">", double quotes and control characters as references.
+    static u3_t WriteXML(File_Stream& oStream, std::string_view sText);
+    // Takes a start tag without its brackets apart, names and values decoded. Flag 8 lets
+    // values lack quotes and attributes values. Raises "missing char '%0' in XML stream" and
+    // "invalid character '%0' after '%1'".
+    struct XML_Attribute {
+        Str m_oName;
+        Str m_oValue;
+    };
+    static void SplitXMLToken(std::string_view sTag, Str& oName,
+                              std::vector<XML_Attribute>& oAttributes, u2_t uFlags = 0);
 
   private:
     static constexpr u2_t FLAGS_PUBLIC = 0x7F;

@@ -40,7 +40,14 @@ enum class Form { None, Long, Short };
 }
 
 [[nodiscard]] bool ReadWhole(File_Stream& oStream, char* pTarget, std::size_t uCount) {
-    return oStream.Read(pTarget, uCount, true) == uCount;
+    // A pipe may give less than it is asked for; it ends where it gives nothing.
+    while (uCount > 0) {
+        const std::size_t uRead = oStream.Read(pTarget, uCount, true);
+        if (uRead == 0) return false;
+        pTarget += uRead;
+        uCount -= uRead;
+    }
+    return true;
 }
 
 [[nodiscard]] Form ReadForm(File_Stream& oStream) {

@@ -100,6 +100,12 @@ void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
     }
 }
 
+bool IsTerminal(std::FILE* pFile) noexcept {
+    return ::isatty(::fileno(pFile)) == 1;
+}
+
+void SetBinary(std::FILE*) noexcept {}
+
 void DebugOutput(const char* sText) noexcept {
     WriteConsole(true, sText, std::strlen(sText));
 }

@@ -69,6 +69,10 @@ struct Calendar {
 
 // Writes to standard output (bError false) or standard error without buffering.
 void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept;
+// Whether a C stream leads to a terminal.
+[[nodiscard]] bool IsTerminal(std::FILE* pFile) noexcept;
+// Lets a C stream pass bytes as they are, where the system would change line breaks.
+void SetBinary(std::FILE* pFile) noexcept;
 // Hands a text to an attached debugger; standard error where there is no such thing.
 void DebugOutput(const char* sText) noexcept;
 // Whether DebugOutput() reaches a debugger's own channel rather than standard error.

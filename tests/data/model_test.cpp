@@ -1,0 +1,507 @@
+// Random editing against a plain model of a tree: a vector of children per node. What fails is
+// cut down to as few steps as still fail.
+#include <algorithm>
+#include <map>
+#include <memory>
+
+#include "tests/support.h"
+#include "vok/dgraph/dgraph.h"
+
+namespace vok {
+namespace {
+
+// One step; the numbers pick nodes, names and positions among what is there.
+struct Op {
+    unsigned uKind, a, b, c;
+};
+using Script = std::vector<Op>;
+
+struct Model_Node {
+    std::string sName, sValue;  // the value as ValueOf shows it; links apart
+    std::map<std::string, std::string> oAttributes;
+    Model_Node* pParent = nullptr;
+    std::vector<Model_Node*> oSuccs;  // removed ones that keep their place included
+    Model_Node* pTarget = nullptr;
+    bool bDead = false;
+    u2_t uId = 0;
+
+    [[nodiscard]] bool IsLink() const { return sValue == "Link"; }
+};
+
+std::string ValueOf(const Data& o) {
+    const std::string sType = Data_Node::TypeName(o.GetType());
+    u2_t uSize = 0;
+    switch (o.GetType()) {
+        case Data_Node::Binary: {
+            const void* pData = o.GetValBin(uSize);
+            return sType + std::string(static_cast<const char*>(pData), uSize);
+        }
+        case Data_Node::Empty:
+        case Data_Node::Tree: return "";
+        case Data_Node::Link:
+        case Data_Node::Zombi: return sType;
+        default: {
+            Str oText;
+            o.CvtStr(oText);
+            return sType + oText.CStr();
+        }
+    }
+}
+
+// A failure, caught where a script is run.
+struct Mismatch {
+    std::string sWhat;
+};
+template <class A, class B>
+void Same(const A& oReal, const B& oModel, const char* sWhat, u2_t uId) {
+    if (oReal == oModel) return;
+    std::ostringstream oText;
+    oText << sWhat << " of node " << uId << ": " << oReal << " instead of " << oModel;
+    throw Mismatch{oText.str()};
+}
+
+class Model {
+  public:
+    Model() { m_pRoot = Make(""); }
+
+    Model_Node* Make(const std::string& sName) {
+        m_oPool.push_back(std::make_unique<Model_Node>());
+        m_oPool.back()->sName = sName;
+        return m_oPool.back().get();
+    }
+    // Live nodes below the root and the root, in pre-order.
+    [[nodiscard]] std::vector<Model_Node*> Live() const {
+        std::vector<Model_Node*> oAll{m_pRoot};
+        Collect(m_pRoot, oAll);
+        return oAll;
+    }
+    static void Collect(Model_Node* p, std::vector<Model_Node*>& oAll) {
+        for (Model_Node* pSucc : p->oSuccs) {
+            if (pSucc->bDead) continue;
+            oAll.push_back(pSucc);
+            Collect(pSucc, oAll);
+        }
+    }
+    [[nodiscard]] std::vector<Model_Node*> Placeholders() const {
+        std::vector<Model_Node*> oAll;
+        for (const Model_Node* p : Live()) {
+            for (Model_Node* pSucc : p->oSuccs) {
+                if (pSucc->bDead) oAll.push_back(pSucc);
+            }
+        }
+        return oAll;
+    }
+
+    static void Hang(Model_Node* p, Model_Node* pParent, std::size_t uPos) {
+        auto& o = pParent->oSuccs;
+        const auto oIsLess = [](const Model_Node* x, const Model_Node* y) {
+            return x->sName < y->sName;
+        };
+        const auto [oFirst, oEnd] = std::equal_range(o.begin(), o.end(), p, oIsLess);
+        const auto uRun = static_cast<std::size_t>(oEnd - oFirst);
+        o.insert(oFirst + static_cast<std::ptrdiff_t>(std::min(uPos, uRun)), p);
+        p->pParent = pParent;
+        pParent->sValue.clear();
+    }
+    static void Unhang(Model_Node* p) {
+        std::erase(p->pParent->oSuccs, p);
+        p->pParent = nullptr;
+    }
+    static void Kill(Model_Node* p) {
+        for (Model_Node* pSucc : p->oSuccs) {
+            Kill(pSucc);
+            pSucc->pParent = nullptr;
+        }
+        p->oSuccs.clear();
+        p->sValue.clear();
+        p->pTarget = nullptr;
+        p->bDead = true;
+    }
+    [[nodiscard]] static bool IsBelow(const Model_Node* p, const Model_Node* pTop) {
+        while (p != nullptr && p != pTop) p = p->pParent;
+        return p == pTop;
+    }
+    // A copy with ids from uId on in pre-order; links that lead out are kept or lost.
+    Model_Node* Copy(const Model_Node* p, u2_t& uId, bool bKeepOuter) {
+        std::map<const Model_Node*, Model_Node*> oCopies;
+        Model_Node* pCopy = CopyNodes(p, uId, oCopies);
+        for (const auto& [pOld, pNew] : oCopies) {
+            const auto oFound = oCopies.find(pOld->pTarget);
+            pNew->pTarget = oFound != oCopies.end() ? oFound->second
+                            : bKeepOuter            ? pOld->pTarget
+                                                    : nullptr;
+        }
+        return pCopy;
+    }
+
+    // What Shrink does: ids close up in their order.
+    void DropDead() {
+        std::vector<Model_Node*> oLive = Live();
+        for (Model_Node* p : oLive) {
+            std::erase_if(p->oSuccs, [](const Model_Node* pSucc) { return pSucc->bDead; });
+            if (p->pTarget != nullptr && p->pTarget->bDead) p->pTarget = nullptr;
+        }
+        std::sort(oLive.begin(), oLive.end(),
+                  [](const Model_Node* x, const Model_Node* y) { return x->uId < y->uId; });
+        for (std::size_t u = 0; u < oLive.size(); ++u) oLive[u]->uId = static_cast<u2_t>(u);
+    }
+
+    void Compare(const Data& oRoot) const {
+        for (const Model_Node* p : Live()) {
+            const Data o = oRoot.GetNodeFromID(p->uId);
+            const std::string sName = o.GetName() != nullptr ? o.GetName() : "";
+            Same(sName, p == m_pRoot && p->sName.empty() ? "Root" : p->sName, "name", p->uId);
+            Same(ValueOf(o), p->sValue, "value", p->uId);
+            Same(o.GetType() == Data_Node::Tree, !p->oSuccs.empty(), "being a tree", p->uId);
+            Texts oExpected;
+            for (const auto& [sAtt, sText] : p->oAttributes)
+                oExpected.push_back(sAtt + "=" + sText);
+            Same(Joined(AttributesOf(o, true)), Joined(oExpected), "attributes", p->uId);
+            if (p->pParent != nullptr) {
+                Same(o.GetPred().GetId(), p->pParent->uId, "predecessor", p->uId);
+            }
+            if (p->IsLink()) Same(TargetOf(o), TargetOf(*p), "target", p->uId);
+            CompareSuccs(o, *p);
+        }
+    }
+    [[nodiscard]] bool HasLooseLinks() const {
+        return std::ranges::any_of(Live(), [this](const Model_Node* p) {
+            return p->IsLink() && (TargetOf(*p) == Data_Node::NONE || p->pTarget == m_pRoot);
+        });
+    }
+
+    Model_Node* m_pRoot;
+
+  private:
+    Model_Node* CopyNodes(const Model_Node* p, u2_t& uId,
+                          std::map<const Model_Node*, Model_Node*>& oCopies) {
+        Model_Node* pCopy = Make(p->sName);
+        oCopies[p] = pCopy;
+        pCopy->sValue = p->sValue;
+        pCopy->oAttributes = p->oAttributes;
+        pCopy->uId = uId++;
+        for (const Model_Node* pSucc : p->oSuccs) {
+            if (pSucc->bDead) continue;
+            pCopy->oSuccs.push_back(CopyNodes(pSucc, uId, oCopies));
+            pCopy->oSuccs.back()->pParent = pCopy;
+        }
+        return pCopy;
+    }
+    static void CompareSuccs(const Data& o, const Model_Node& oNode) {
+        const auto uSize = static_cast<u2_t>(oNode.oSuccs.size());
+        Same(o.GetSuccIt().Size(), uSize, "number of successors", oNode.uId);
+        u2_t uNth = 0;
+        for (u2_t u = 0; u < uSize; ++u) {
+            const Model_Node& oSucc = *oNode.oSuccs[u];
+            uNth = u != 0 && oNode.oSuccs[u - 1]->sName == oSucc.sName ? uNth + 1 : 0;
+            Same(o.GetNthSucc(u).GetId(), oSucc.uId, "a successor", oNode.uId);
+            const Data oNamed = o.GetNthSucc(oSucc.sName.c_str(), uNth);
+            Same(oNamed.GetId(), oSucc.uId, "a named successor", oNode.uId);
+            Same(oNamed.GetType() == Data_Node::Zombi, oSucc.bDead, "death", oSucc.uId);
+            const std::string sEnd = "[" + std::to_string(uNth) + "]";
+            Same(std::string(oNamed.GetPath().CStr()).ends_with(sEnd), true, "path", oSucc.uId);
+        }
+    }
+    static std::string Joined(const Texts& oTexts) {
+        std::string s;
+        for (const std::string& sText : oTexts) s += sText + ";";
+        return s;
+    }
+    static u2_t TargetOf(const Model_Node& o) {
+        return o.pTarget != nullptr && !o.pTarget->bDead ? o.pTarget->uId : Data_Node::NONE;
+    }
+    static u2_t TargetOf(const Data& o) {
+        const Data oTarget = o.GetValLink();
+        const bool bLive = oTarget.IsNode() && oTarget.GetType() != Data_Node::Zombi;
+        return bLive ? oTarget.GetId() : Data_Node::NONE;
+    }
+
+    std::vector<std::unique_ptr<Model_Node>> m_oPool;
+};
+
+// Runs a script on a tree and on its model.
+class Run {
+  public:
+    // Empty, or what went wrong.
+    static std::string Script_(const Script& oScript) {
+        try {
+            Run oRun;
+            for (std::size_t u = 0; u < oScript.size(); ++u) {
+                oRun.Step(oScript[u]);
+                if (u % 8 == 7 || u + 1 == oScript.size()) oRun.m_oModel.Compare(oRun.m_oRoot);
+            }
+        } catch (const Mismatch& o) {
+            return o.sWhat;
+        } catch (const std::exception& o) {
+            return std::string("raised ") + o.what();
+        }
+        return "";
+    }
+
+    static constexpr unsigned KINDS = 20;
+    static constexpr unsigned SHRINK = 12;
+
+  private:
+    static const char* NameFor(unsigned u) {
+        static constexpr const char* NAMES[] = {"b", "a", "", "c d", "ab", "long name of a node"};
+        return NAMES[u % std::size(NAMES)];
+    }
+    Data At(const Model_Node* p) const { return m_oRoot.GetNodeFromID(p->uId); }
+    Model_Node* Pick(unsigned u) const {
+        const auto oLive = m_oModel.Live();
+        return oLive[u % oLive.size()];
+    }
+    Model_Node* PickParent(unsigned u) const {
+        auto oLive = m_oModel.Live();
+        std::erase_if(oLive, [](const Model_Node* p) { return !p->sValue.empty(); });
+        return oLive.empty() ? nullptr : oLive[u % oLive.size()];
+    }
+    // Positions near the front, and past the end.
+    static u2_t Position(unsigned u) { return u % 5 == 4 ? Data::LAST : u % 5; }
+    [[nodiscard]] u2_t NextId() const { return m_oRoot.GetNodes(); }
+
+    void Step(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        switch (o.uKind % KINDS) {
+            case 0:
+            case 1:
+            case 2: return Insert(o, false);
+            case 3:
+            case 4: return Insert(o, true);
+            case 5:
+                if (p == m_oModel.m_pRoot) return;
+                At(p).Remove();
+                return Model::Kill(p);
+            case 6: return RemoveSuccs(o);
+            case 7:
+            case 8: return Move(o);
+            case 9: return Copy(o);
+            case 10: return Erase(o);
+            case 11: return Revive(o);
+            case SHRINK: {
+                Data oFollow = At(p);
+                oFollow.Shrink();
+                m_oModel.DropDead();
+                return Same(oFollow.GetId(), p->uId, "followed id", p->uId);
+            }
+            case 13: return ThroughDump(o);
+            case 14: return ThroughClone();
+            case 15: return FromOtherTree(o);
+            case 16: return SetAttribute(o);
+            case 17: return CopyValue(o);
+            case 18: return Reset(o);
+            default: return SetValue(o);
+        }
+    }
+
+    void Insert(const Op& o, bool bAtPosition) {
+        Model_Node* const pParent = PickParent(o.a);
+        if (pParent == nullptr) return;
+        Model_Node* const p = m_oModel.Make(NameFor(o.b));
+        p->uId = NextId();
+        const u2_t uPos = bAtPosition ? Position(o.c) : Data::LAST;
+        Data oParent = At(pParent);
+        const Data oNew =
+            bAtPosition ? oParent.Insert(NameFor(o.b), uPos) : oParent.Append(NameFor(o.b));
+        Same(oNew.GetId(), p->uId, "new id", p->uId);
+        Model::Hang(p, pParent, uPos);
+    }
+    void RemoveSuccs(const Op& o) {
+        if (o.b % 4 != 0) return;
+        Model_Node* const p = Pick(o.a);
+        At(p).RemoveSuccs();
+        const std::string sValue = p->sValue;
+        Model_Node* const pTarget = p->pTarget;
+        Model::Kill(p);
+        p->bDead = false;
+        p->sValue = sValue;
+        p->pTarget = pTarget;
+    }
+    void Move(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        Model_Node* const pParent = PickParent(o.b);
+        if (p == m_oModel.m_pRoot || pParent == nullptr) return;
+        Data oNode = At(p);
+        if (Model::IsBelow(pParent, p)) {
+            Same(Raised([&] { oNode.MoveTo(At(pParent)); }),
+                 std::string("cannot link with outer structure\n"), "move", p->uId);
+            return;
+        }
+        oNode.MoveTo(At(pParent), Position(o.c));
+        Same(oNode.GetId(), p->uId, "id after move", p->uId);
+        Model::Unhang(p);
+        Model::Hang(p, pParent, Position(o.c));
+    }
+    void Copy(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        Model_Node* const pParent = PickParent(o.b);
+        if (pParent == nullptr || m_oRoot.GetNodes() > 400) return;
+        u2_t uId = NextId();
+        Model_Node* const pCopy = m_oModel.Copy(p, uId, true);
+        const Data oCopy = At(p).MkCopy(At(pParent), Position(o.c));
+        Same(oCopy.GetId(), pCopy->uId, "id of copy", p->uId);
+        Model::Hang(pCopy, pParent, Position(o.c));
+    }
+    void FromOtherTree(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        Model_Node* const pParent = PickParent(o.b);
+        if (pParent == nullptr || m_oRoot.GetNodes() > 400) return;
+        Data oOther = NewTree();
+        oOther.CreateNewSucc("a").SetValStr("a text in front");
+        Data oMoved = At(p).MkCopy(oOther);
+        u2_t uId = NextId();
+        Model_Node* const pCopy = m_oModel.Copy(p, uId, false);
+        oMoved.MoveTo(At(pParent), Position(o.c));
+        Same(oMoved.GetId(), pCopy->uId, "id of moved", p->uId);
+        oOther.Shrink();
+        Same(oOther.GetNodes(), 2u, "nodes left behind", 0);
+        Model::Hang(pCopy, pParent, Position(o.c));
+    }
+    void Erase(const Op& o) {
+        const auto oGone = m_oModel.Placeholders();
+        if (oGone.empty()) return;
+        Model_Node* const p = oGone[o.a % oGone.size()];
+        At(p).Erase();
+        Model::Unhang(p);
+    }
+    void Revive(const Op& o) {
+        const auto oGone = m_oModel.Placeholders();
+        if (oGone.empty()) return;
+        Model_Node* const p = oGone[o.a % oGone.size()];
+        At(p).ClearVal();
+        p->bDead = false;
+    }
+    void ThroughDump(const Op& o) {
+        File_Buf oBuf("w");
+        Dgraph_SetVersion(m_oRoot, o.b % 2 == 0 ? 2 : 1, 3, 0);
+        if (o.b % 2 == 0) {
+            Dgraph_SaveDGraph(m_oRoot, oBuf);
+        } else {
+            m_oRoot.Dump(oBuf);
+        }
+        Data oLoaded;
+        File_Buf oIn(oBuf.Data(), oBuf.Size());
+        if (o.b % 2 == 0) {
+            Dgraph_LoadDGraph(oLoaded, oIn);
+        } else {
+            oLoaded.Load(oIn);
+        }
+        Same(oIn.Remaining(), 0u, "rest of dump", 0);
+        Same(Data::Equal(m_oRoot, oLoaded), true, "equality of dump", 0);
+        m_oRoot = oLoaded;
+        m_oModel.Compare(m_oRoot);
+        if (m_oModel.HasLooseLinks()) return;
+        // The document of records, which leaves placeholders out.
+        Dgraph_SetVersion(m_oRoot, 1, 3, 0);
+        oBuf.Open("w");
+        Dgraph_SaveDGraph(m_oRoot, oBuf);
+        oIn.Open(oBuf.Data(), oBuf.Size());
+        Dgraph_LoadDGraph(oLoaded, oIn);
+        Same(Data::Equal(m_oRoot, oLoaded), true, "equality of document", 0);
+    }
+    void ThroughClone() {
+        const Data oClone = m_oRoot.MkClone();
+        Same(Data::Equal(m_oRoot, oClone), true, "equality of clone", 0);
+        m_oRoot = oClone;
+        m_oModel.DropDead();
+        u2_t uId = 0;
+        for (Model_Node* p : m_oModel.Live()) p->uId = uId++;
+        Same(m_oRoot.GetNodes(), uId, "nodes of clone", 0);
+    }
+    void Reset(const Op& o) {
+        if (o.a % 16 != 0) return;
+        m_oRoot.Reset();
+        m_oModel.m_pRoot = m_oModel.Make("");
+        Same(m_oRoot.GetNodes(), 1u, "nodes after reset", 0);
+    }
+    void SetAttribute(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        const std::string sName(1, static_cast<char>('p' + o.b % 4));
+        const std::string sValue(1 + o.c % 20, static_cast<char>('a' + o.b % 26));
+        if (o.c % 5 == 0) {
+            At(p).SetAttVal(sName.c_str(), nullptr);
+            p->oAttributes.erase(sName);
+        } else {
+            At(p).SetAttVal(sName.c_str(), sValue.c_str());
+            p->oAttributes[sName] = sValue;
+        }
+    }
+    void CopyValue(const Op& o) {
+        Model_Node* const pFrom = Pick(o.a);
+        Model_Node* const pTo = Pick(o.b);
+        if (!pFrom->oSuccs.empty() || !pTo->oSuccs.empty()) return;
+        Data oTo = At(pTo);
+        Data::CopyVal(At(pFrom), oTo);
+        pTo->sValue = pFrom->sValue;
+        pTo->pTarget = pFrom->pTarget;
+    }
+    void SetValue(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        Data oNode = At(p);
+        if (!p->oSuccs.empty()) return;
+        const std::string sText(o.c % 40, static_cast<char>('a' + o.c % 26));
+        p->pTarget = nullptr;
+        switch (o.b % 10) {
+            case 0: oNode.SetValInt(static_cast<i2_t>(o.c)); break;
+            case 1: oNode.SetValBool(o.c % 2 == 0); break;
+            case 2: oNode.SetValDbl(o.c * 0.25); break;
+            case 3: oNode.SetValDbl(o.c % 100000, Data_Node::Date); break;
+            case 4: oNode.SetValLng(u3_t{o.c} << 20); break;
+            case 5: oNode.SetValStr(sText); break;
+            case 6: oNode.SetValBin(sText.data(), static_cast<u2_t>(sText.size())); break;
+            case 7: oNode.SetValQuad(o.a, o.b, o.c, 7); break;
+            case 8:
+                p->pTarget = Pick(o.c);
+                oNode.SetValLink(At(p->pTarget));
+                break;
+            default: oNode.ClearVal(); break;
+        }
+        p->sValue = ValueOf(oNode);
+    }
+
+    Data m_oRoot = NewTree();
+    Model m_oModel;
+};
+
+// Leaves out pieces, large ones first, as long as it still fails.
+Script Minimal(Script oScript) {
+    for (std::size_t uSize = oScript.size() / 2; uSize > 0; uSize /= 2) {
+        for (std::size_t u = 0; u + uSize <= oScript.size();) {
+            Script oShorter = oScript;
+            const auto oFirst = oShorter.begin() + static_cast<std::ptrdiff_t>(u);
+            oShorter.erase(oFirst, oFirst + static_cast<std::ptrdiff_t>(uSize));
+            if (Run::Script_(oShorter).empty()) {
+                u += uSize;
+            } else {
+                oScript = oShorter;
+            }
+        }
+    }
+    return oScript;
+}
+
+TEST(Model, RandomEditing) {
+    for (unsigned uSeed = 1; uSeed <= 3000; ++uSeed) {
+        std::mt19937 oRandom(uSeed);
+        Script oScript(100 + uSeed % 200);
+        for (Op& o : oScript) {
+            o = {Below(oRandom, Run::KINDS), Below(oRandom, 1 << 16), Below(oRandom, 1 << 16),
+                 Below(oRandom, 1 << 16)};
+            // Every second tree is never compacted.
+            if (uSeed % 2 == 0 && o.uKind == Run::SHRINK) o.uKind = 0;
+        }
+        const std::string sWrong = Run::Script_(oScript);
+        if (sWrong.empty()) continue;
+        std::string sSteps;
+        const Script oMinimal = Minimal(oScript);
+        for (const Op& o : oMinimal) {
+            sSteps += "{" + std::to_string(o.uKind) + "," + std::to_string(o.a) + "," +
+                      std::to_string(o.b) + "," + std::to_string(o.c) + "}, ";
+        }
+        FAIL() << "seed " << uSeed << ": " << sWrong << "\nshortest: " << sSteps << "\n"
+               << Run::Script_(oMinimal);
+    }
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,401 @@
+// Trees from XML and to XML.
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "tests/support.h"
+#include "vok/dgraph/dgraph.h"
+
+namespace vok {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr char TOP[] = "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"";
+
+Data Loaded(std::string_view sText, u2_t uFlags = 0) {
+    Data oTree;
+    oTree.LoadFromXMLString(sText, uFlags);
+    return oTree;
+}
+std::string Saved(const Data& oTree, i2_t iDeclaration = 1, i2_t iDepth = 0) {
+    Str oText;
+    oTree.SaveToXMLString(oText, iDeclaration, iDepth);
+    return oText.CStr();
+}
+// What "<R>sText</R>" is saved as, without the top element.
+std::string Trip(std::string_view sText, u2_t uFlags = 0) {
+    const std::string sSaved = Saved(Loaded("<R>" + std::string(sText) + "</R>", uFlags));
+    const std::string sStart = TOP + ">"s;
+    if (!sSaved.starts_with(sStart)) return sSaved;
+    std::string sBody = sSaved.substr(sStart.size(), sSaved.rfind("</R>") - sStart.size());
+    std::erase_if(sBody, [](char c) { return c == '\n' || c == '\t'; });
+    return sBody;
+}
+std::string Error(std::string_view sText, u2_t uFlags = 0) {
+    std::string s = Raised([&] { Loaded(sText, uFlags); });
+    while (s.ends_with('\n')) s.pop_back();
+    return s;
+}
+
+TEST(Xml, ValuesOfEveryType) {
+    const Pair aoCases[] = {
+        // Elements without a type: texts, empty ones, trees.
+        {"<a>x</a>", "<a><![CDATA[x]]></a>"},
+        {"<a/>", "<a/>"},
+        {"<a></a>", "<a/>"},
+        {"<a><![CDATA[]]></a>", "<a><![CDATA[]]></a>"},
+        {"<a> </a>", "<a><![CDATA[ ]]></a>"},
+        {"<a>x<!-- y -->z<?p?><![CDATA[<&]]>!</a>", "<a><![CDATA[xz<&!]]></a>"},
+        {"<a>&lt;&amp;&gt;&quot;&apos;&#228;&#xE4;&nbsp;</a>", "<a><![CDATA[<&>\"'ää\xC2\xA0]]></a>"},
+        {"<a><![CDATA[x]]]]><![CDATA[>y]]]]></a>", "<a><![CDATA[x]]]]><![CDATA[>y]]]]></a>"},
+        {"<b/><a/><b>1</b>", "<a/><b/><b><![CDATA[1]]></b>"},
+        {"<a>\n <b/>text behind\n</a>", "<a><b/></a>"},
+        // Numbers.
+        {"<a dt:dt='i4'>0x10</a>", "<a dt:dt=\"i4\">16</a>"},
+        {"<a dt:dt='i4'>010</a>", "<a dt:dt=\"i4\">8</a>"},
+        {"<a dt:type=\"i4\"> -7x</a>", "<a dt:dt=\"i4\">-7</a>"},
+        {"<a dt:dt=\"i4\">123456789</a>", "<a dt:dt=\"i4\">123456789</a>"},
+        {"<a dt:dt=\"i4\">-2147483648</a>", "<a dt:dt=\"i4\">-2147483648</a>"},
+        {"<a dt:dt=\"i4\">99999999999999999999</a>", "<a dt:dt=\"i4\">2147483647</a>"},
+        {"<a dt:dt=\"i4\">x</a>", "<a dt:dt=\"i4\">0</a>"},
+        {"<a dt:dt=\"i4\"/>", "<a dt:dt=\"i4\">0</a>"},
+        {"<a dt:dt=\"i8\">-1</a>", "<a dt:dt=\"i8\">18446744073709551615</a>"},
+        {"<a dt:dt=\"i8\">9223372036854775807</a>", "<a dt:dt=\"i8\">9223372036854775807</a>"},
+        {"<a dt:dt=\"boolean\">1</a>", "<a dt:dt=\"boolean\">1</a>"},
+        {"<a dt:dt=\"bool\">0x7</a>", "<a dt:dt=\"boolean\">1</a>"},
+        {"<a dt:dt=\"boolean\">true</a>", "<a dt:dt=\"boolean\">0</a>"},
+        {"<a dt:dt=\"char\">&#228;x</a>", "<a dt:dt=\"char\">ä</a>"},
+        {"<a dt:dt=\"char\">&lt;</a>", "<a dt:dt=\"char\">&lt;</a>"},
+        {"<a dt:dt=\"char\"/>", "<a dt:dt=\"char\"></a>"},
+        {"<a dt:dt=\"quad\">1,-2,4294967295</a>", "<a dt:dt=\"quad\">1,-2,-1,0</a>"},
+        // Reals.
+        {"<a dt:dt=\"r8\">1.5e3</a>", "<a dt:dt=\"r8\">1500</a>"},
+        {"<a dt:dt=\"r8\"> +.1 </a>", "<a dt:dt=\"r8\">0.1</a>"},
+        {"<a dt:dt=\"r8\">0x1p-2</a>", "<a dt:dt=\"r8\">0.25</a>"},
+        {"<a dt:dt=\"r8\">1e999</a>", "<a dt:dt=\"r8\">INF</a>"},
+        {"<a dt:dt=\"r8\">-1e-999</a>", "<a dt:dt=\"r8\">-0</a>"},
+        {"<a dt:dt=\"r8\">--1</a>", "<a dt:dt=\"r8\">0</a>"},
+        {"<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>", "<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>"},
+        {"<a dt:dt=\"r4\">0.5</a>", "<a dt:dt=\"r4\">0.5</a>"},
+        // Dates are UTC; the zone of dateTime.tz is an hour east.
+        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>", "<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>"},
+        {"<a dt:dt=\"dateTime\"> 1969-12-31T23:59:59.5Z </a>", "<a dt:dt=\"dateTime\">1969-12-31T23:59:59</a>"},
+        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56-05:30</a>", "<a dt:dt=\"dateTime\">2026-11-25T00:05:56</a>"},
+        {"<a dt:dt=\"dateTime.tz\">2026-11-24</a>", "<a dt:dt=\"dateTime\">2026-11-24T01:00:00</a>"},
+        // Blocks.
+        {"<a dt:dt=\"bin.base64\"><![CDATA[AAEC\n/w==]]></a>", "<a dt:dt=\"bin.base64\"><![CDATA[AAEC/w==]]></a>"},
+        {"<a dt:dt=\"bin.base64\"/>", "<a dt:dt=\"bin.base64\"><![CDATA[]]></a>"},
+        // A type nobody knows is an attribute like any other.
+        {"<a dt:dt=\"uuid\">x</a>", "<a _x0064_t:dt=\"uuid\"><![CDATA[x]]></a>"},
+    };
+    for (const auto& [sIn, sOut] : aoCases) {
+        EXPECT_EQ(Trip(sIn), sOut) << sIn;
+        EXPECT_EQ(Trip(sOut), sOut) << sOut;
+    }
+    const Data oDate = Loaded("<a dt:dt='dateTime'>1970-01-02T00:00:00.25+00:00</a>");
+    EXPECT_EQ(oDate.GetValDbl(Data_Node::Date), 86400.25);
+}
+
+TEST(Xml, FlagsOfTheLoader) {
+    struct {
+        u2_t uFlags;
+        const char* sIn;
+        const char* sOut;
+    } const aoCases[] = {
+        {Data::XML_KEEP_UNKNOWN, "<a>&x; & &#0; &#xD800; &</a>", "<a><![CDATA[&x; & &#0; &#xD800; &]]></a>"},
+        {Data::XML_SKIP_BLANKS, "<a> \n</a><a> x</a>", "<a/><a><![CDATA[ x]]></a>"},
+        {Data::XML_SKIP_HTML, "<a><meta x='1'>1<br>2<br/>3</br></a>", "<a><![CDATA[123]]></a>"},
+        {Data::XML_LOOSE_TAGS, "<a b c=1 d='2'/>", "<a b=\"\" c=\"1\" d=\"2\"/>"},
+    };
+    for (const auto& o : aoCases) EXPECT_EQ(Trip(o.sIn, o.uFlags), o.sOut) << o.sIn;
+    EXPECT_EQ(Error("<a>&x;</a>"), "unknown xml sequene \"&x;\"");
+    EXPECT_EQ(Error("<a b='&'/>"), "unknown xml sequene \"&\"");
+}
+
+TEST(Xml, NamesAndAttributesSurvive) {
+    const char* const asNames[] = {"a b", "1", "-", "a/b", "ä:ö", "_x0041_", "_x0041", "x_x0041_",
+                                   "_x0041 ", "_x12", "\x01", "\xF0\x9F\x98\x80", "dt:dt", "dt:x",
+                                   "xmlns:dt", "CDNodeID", "CDNodeIDREF", "CDNodeX", "br", "xml"};
+    Data oTree = NewTree();
+    oTree.SetRootName("R");
+    for (const char* s : asNames) oTree.CreateNewSucc(s).SetAttVal(s, "1 < \"2\"\t'\n\r& \x01");
+    oTree.CreateNewSucc("").SetValStr("no name");
+    const Data oTrip = Loaded(Saved(oTree));
+    ASSERT_EQ(oTrip.GetNodes(), oTree.GetNodes());
+    for (const char* s : asNames) {
+        EXPECT_STREQ(oTrip.GetCheckedSucc(s).GetAttVal(s), "1 < \"2\"\t'\n\r& \x01") << s;
+    }
+    EXPECT_STREQ(oTrip.GetNthSucc("", 0).GetValStr(), "no name");
+    EXPECT_EQ(Saved(oTrip), Saved(oTree));
+    // A line break in a value is a blank unless it is a reference.
+    EXPECT_EQ(Trip("<a b='1\n2&#10;3' c=\"'\"/>"), "<a b=\"1 2&#10;3\" c=\"'\"/>");
+}
+
+TEST(Xml, LinksAreNumbers) {
+    const Data oTree = Loaded("<R CDNodeID='ID9'><a CDNodeIDREF='ID7' CDNodeRefType='x'/>"
+                              "<b CDNodeIDREF='ID9'/><c CDNodeIDREF='ID8'/><d CDNodeID='ID7'>1</d></R>");
+    EXPECT_EQ(oTree.GetCheckedSucc("a").GetValLink(), oTree.GetCheckedSucc("d"));
+    EXPECT_EQ(oTree.GetCheckedSucc("b").GetValLink(), oTree);
+    EXPECT_EQ(oTree.GetCheckedSucc("c").GetType(), Data_Node::Empty);
+    const std::string sSaved = Saved(oTree);
+    EXPECT_EQ(sSaved, TOP + " CDNodeID=\"ID1\">\n"
+                            "\t<a CDNodeIDREF=\"ID2\" CDNodeRefType=\"link\"/>\n"
+                            "\t<b CDNodeIDREF=\"ID1\" CDNodeRefType=\"link\"/>\n"
+                            "\t<c/>\n"
+                            "\t<d CDNodeID=\"ID2\"><![CDATA[1]]></d>\n</R>\n"s);
+    EXPECT_EQ(Saved(Loaded(sSaved)), sSaved);
+    // Out of a part of a tree, and to what is gone.
+    Data oTarget = oTree.GetCheckedSucc("d");
+    EXPECT_EQ(Saved(oTree.GetCheckedSucc("a"), 0, 2),
+              "\t\t<a xmlns:dt=\"urn:schemas-microsoft-com:datatypes\" CDNodeIDREF=\"ID1\" "
+              "CDNodeRefType=\"link\"/>\n");
+    oTarget.Remove();
+    EXPECT_EQ(Loaded(Saved(oTree)).GetCheckedSucc("a").GetType(), Data_Node::Empty);
+    EXPECT_EQ(Raised([&] { Saved(oTarget); }), "try to access deleted node\n");
+    EXPECT_EQ(Raised([] { Saved(Data()); }), "node is empty\n");
+}
+
+TEST(Xml, WhereADocumentGoes) {
+    Data oTree = Loaded("<a/>");
+    EXPECT_STREQ(oTree.GetName(), "a");
+    // The root is empty still: the second document takes its place, the third goes below.
+    EXPECT_EQ(oTree.LoadFromXMLString("<b><c/></b>", 0), 2u);
+    oTree.SetToNode(1);
+    EXPECT_EQ(oTree.LoadFromXMLString("<d><e/></d>", 0), 2u);
+    EXPECT_EQ(oTree.GetId(), 0u);
+    EXPECT_EQ(Saved(oTree, 0), "<b xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">\n\t<c>\n"
+                               "\t\t<d>\n\t\t\t<e/>\n\t\t</d>\n\t</c>\n</b>\n");
+    EXPECT_EQ(Saved(NewTree(), 0), "<Root xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"/>\n");
+}
+
+TEST(Xml, CodingsOfTheInput) {
+    const auto oWide = [](std::u16string_view s, bool bBig, bool bMark) {
+        std::string sBytes;
+        std::u16string sText = bMark ? u"\uFEFF" : u"";
+        for (const char16_t c : sText.append(s)) {
+            const char ac[2] = {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+            sBytes += ac[bBig];
+            sBytes += ac[!bBig];
+        }
+        return sBytes;
+    };
+    const std::u16string sWide = u"<?xml version='1.0' encoding='UTF-16'?><a>\u00E4\u20AC\U0001F600</a>";
+    const Pair aoCases[] = {
+        {"\xEF\xBB\xBF<a>\xC3\xA4</a>", "ä"},
+        {"<?xml version='1.0' encoding=\"utf-8\"?><a>\xC3\xA4</a>", "ä"},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4\x80</a>", "ä\xC2\x80"},
+        {"<?xml version='1.0' encoding='windows-1252'?><a>\xE4\x80</a>", "ä€"},
+        {"<?xml version='1.0' encoding='US-ASCII'?><a>&#228;</a>", "ä"},
+        {"<a>\xE4\xC3\xA4</a>", "ää"},  // not UTF-8: Latin-1 byte by byte
+        {oWide(sWide, false, true), "ä€\U0001F600"},
+        {oWide(sWide, true, true), "ä€\U0001F600"},
+        {oWide(sWide, false, false), "ä€\U0001F600"},
+        {oWide(sWide, true, false), "ä€\U0001F600"},
+    };
+    for (const auto& [sIn, sOut] : aoCases) {
+        EXPECT_EQ(Loaded(sIn).GetValStr(), sOut) << sIn;
+        Drop_Stream oStream(sIn);
+        Data oTree;
+        oTree.LoadFromXML(oStream, 0);
+        EXPECT_EQ(oTree.GetValStr(), sOut) << sIn;
+    }
+    EXPECT_EQ(Error("<?xml version='1.0' encoding='EBCDIC'?><a/>"), "unknown character coding: \"EBCDIC\"");
+    EXPECT_EQ(Error("<?xml version='1.0' encoding='UTF-16'?><a/>"), "unknown character coding: \"UTF-16\"");
+    EXPECT_EQ(Error("\xFF\xFE\0\0<\0\0\0"s), "unknown character coding: \"UTF-32\"");
+}
+
+TEST(Xml, WhatSurroundsTheElements) {
+    const char* const asGood[] = {
+        "<!DOCTYPE a [<!ENTITY b '>]>'><!-- ]> --><?p ]>?><!ELEMENT a (b)>]><a/>",
+        "<!DOCTYPE a SYSTEM \"a>b\"><a/>",
+        "<?xml version='1.0'?><!-- - -- --><?p > ?>\n<a \n/>\n<!----><?p?>\n",
+        "anything<a></a \t>",
+    };
+    for (const char* s : asGood) EXPECT_EQ(Error(s), NOTHING_RAISED) << s;
+    const std::string sNone = "no XML stream or stream is corrupted";
+    const auto oMissing = [](char c) { return "missing char '"s + c + "' in XML stream"; };
+    const auto oInvalid = [](const char* s, char c) {
+        return "invalid character '"s + s + "' after '" + c + "'";
+    };
+    const Pair aoBad[] = {
+        {"", sNone}, {"text", sNone}, {"<a/>text", sNone}, {"<a/><b/>", sNone}, {"</a>", sNone},
+        {"<a></b>", sNone}, {"<a><b></a></b>", sNone}, {"<a/><!DOCTYPE a>", sNone},
+        {"<a><!x></a>", sNone}, {"<![CDATA[]]>", sNone}, {"<a/>\n<![CDATA[]]>", sNone},
+        {"<a b='1' b='2'/>", sNone},
+        {"<a>", oMissing('<')}, {"<a>x", oMissing('<')}, {"<?xml", oMissing('>')},
+        {"<!--x", oMissing('>')}, {"<!--x>", oMissing('-')}, {"<!-x-->", oMissing('-')},
+        {"<a", oMissing('>')}, {"<a b='1'", oMissing('>')}, {"<a/", oMissing('>')},
+        {"<a / >", oMissing('>')}, {"<a b/>", oMissing('=')}, {"<a b=1/>", oMissing('"')},
+        {"<a b='1><c/>", oMissing('\'')}, {"<a><![CDATA[x]]", oMissing('>')},
+        {"<a><![CDATA[x></a>", oMissing(']')},
+        {"<>", oInvalid(">", '<')}, {"< a/>", oInvalid(" ", '<')}, {"<1/>", oInvalid("1", '<')},
+        {"<a\xC3\x97/>", oInvalid("\xC3\x97", 'a')}, {"<a b='1'c='2'/>", oInvalid("c", '\'')},
+        {"<a>\0</a>"s, sNone},
+        {"<a dt:dt='bin.base64'>AA==</a>", "missing header for binary data in XML string"},
+        {"<a dt:dt='bin.base64'> <![CDATA[AA==]]></a>", "missing header for binary data in XML string"},
+        {"<a dt:dt='bin.base64'><![CDATA[A]]><![CDATA[A]]></a>", "missing header for binary data in XML string"},
+        {"<a dt:dt='bin.base64'><![CDATA[AA==]></a>", oMissing(']')},
+        {"<a dt:dt='bin.base64'><![CDATA[A]]></a>", "unknown xml sequene \"A\""},
+        {"<a dt:dt='dateTime'>yesterday</a>", "unknown xml sequene \"yesterday\""},
+        {"<a>x<b/></a>", "node \"a\" with wrong data type: 'String'"},
+        {"<a dt:dt='i4'><b/></a>", "node \"a\" with wrong data type: 'Integer'"},
+        {"<a CDNodeID='ID1' CDNodeIDREF='ID1'><b/></a>", "node \"a\" with wrong data type: 'Tree'"},
+    };
+    for (const auto& [sIn, sError] : aoBad) EXPECT_EQ(Error(sIn), sError) << sIn;
+    EXPECT_EQ(Trail([] { Loaded("<a"); }), "vok::Data::LoadFromXML\nvok::Data::LoadFromXMLString\n");
+}
+
+TEST(Xml, PlaceOfAnError) {
+    struct {
+        const char* sText;
+        u3_t uOffset;
+        u2_t uLine, uColumn;
+        const char* sPath;
+    } const aoCases[] = {
+        {"<a>\n <b/>\n <c/>\n <d></e></a>", 20, 4, 5, "/d[0]"},
+        {"<a>\n <ä>ö<b/>\n</ä></a>", 11, 2, 6, "/ä[0]"},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE4\xE4<b", 51, 2, 8, "/"},
+        {"<a><b/></a> <c/>", 12, 1, 13, "/"},
+        {"<a><b/></a>", 11, 1, 12, "/"},
+    };
+    for (const auto& o : aoCases) {
+        for (const bool bMemory : {true, false}) {
+            Load_Report oReport;
+            Data oTree;
+            Drop_Stream oStream(o.sText);
+            File_Buf oBuf(o.sText, std::strlen(o.sText));
+            File_Stream& oIn = bMemory ? static_cast<File_Stream&>(oBuf) : oStream;
+            (void)Raised([&] { oTree.LoadFromXML(oIn, 0, {}, &oReport); });
+            EXPECT_EQ(oReport.m_uOffset, o.uOffset) << o.sText;
+            EXPECT_EQ(oReport.m_uLine, o.uLine) << o.sText;
+            EXPECT_EQ(oReport.m_uColumn, o.uColumn) << o.sText;
+            EXPECT_STREQ(oReport.m_oPath.CStr(), o.sPath) << o.sText;
+            EXPECT_EQ(oReport.m_uNodes, oTree.GetNodes());
+        }
+    }
+}
+
+// A tree with all that a document can carry, deep and wide enough for several pieces.
+Data LargeTree() {
+    Data oTree = NewTree();
+    std::mt19937 oRandom(7);
+    Grow(oTree, oRandom, 3000, {"a", "bb", "list", "name with blanks", "longer_than_sixteen_bytes", ""});
+    for (u2_t u = 1; u < oTree.GetNodes(); ++u) {
+        Data o = oTree.GetNodeFromID(u);
+        if (u % 7 == 0) o.SetAttVal("k&", std::to_string(u).c_str());
+        if (o.GetType() == Data_Node::Tree) continue;
+        switch (u % 8) {
+            case 0: o.SetValInt(static_cast<i2_t>(oRandom())); break;
+            case 1: o.SetValDbl(std::bit_cast<double>(u3_t{oRandom()} << 32)); break;
+            case 2: o.SetValStr(std::string(u % 100, static_cast<char>('[' + u % 3)).c_str()); break;
+            case 3: o.SetValBool(u % 3 == 0); break;
+            case 4: o.SetValLink(oTree.GetNodeFromID(Below(oRandom, oTree.GetNodes()))); break;
+            case 5: o.SetValBin("\0\1\2\3\4\5", u % 7); break;
+            case 6: o.SetValQuad(u, ~u, 0, 7); break;
+            default: break;
+        }
+    }
+    return oTree;
+}
+
+TEST(Xml, SameThroughEveryStreamAndFormat) {
+    Data oTree = LargeTree();
+    const std::string sText = Saved(oTree);
+    // To a stream without memory, and into the middle of a buffer.
+    Drop_Stream oOut;
+    oTree.SaveToXML(oOut);
+    std::string sWritten;
+    for (const std::string& s : oOut.m_oWritten) sWritten += s;
+    EXPECT_EQ(sWritten, sText);
+    File_Buf oBuf("w");
+    oBuf.Write(std::string(sText.size() + 2, '.').c_str());
+    oBuf.Seek(1);
+    oTree.SaveToXML(oBuf);
+    EXPECT_EQ(Content(oBuf), "." + sText + ".");
+    // From a stream that gives a byte at a time.
+    Drop_Stream oIn(sText);
+    Data oSlow;
+    EXPECT_EQ(oSlow.LoadFromXML(oIn, 0), oTree.GetNodes());
+    EXPECT_EQ(Saved(oSlow), sText);
+    // Through a DGraph document, told from XML by its first bytes.
+    Dgraph_SetVersion(oTree, 1, 3, 0);
+    File_Buf oDocument("w");
+    Dgraph_SaveDGraph(oTree, oDocument);
+    for (const std::string& sBytes : {sText, Content(oDocument)}) {
+        File_Buf oEither(sBytes.data(), sBytes.size());
+        Data oLoaded = NewTree();
+        Dgraph_Load(oLoaded, oEither);
+        EXPECT_EQ(Saved(oLoaded), sText);
+    }
+    EXPECT_EQ(Trail([] {
+                  Data o;
+                  File_Buf oEmpty;
+                  Dgraph_Load(o, oEmpty);
+              }),
+              "vok::Data::LoadFromXML\nvok::Dgraph_Load\n");
+}
+
+TEST(Xml, CutOffAnywhere) {
+    const std::string sText = "<!DOCTYPE R [<!-- x -->]><R a='1'><!-- c --><b dt:dt=\"i4\">12</b>"
+                              "<?p q?><c><![CDATA[x]]>&amp;</c><d e=\"f\"><g/></d></R>";
+    for (std::size_t u = 0; u < sText.size(); ++u) {
+        const std::string sPart = sText.substr(0, u);
+        EXPECT_NE(Error(sPart), NOTHING_RAISED) << sPart;
+        Drop_Stream oIn(sPart);
+        Data oTree;
+        EXPECT_EQ(Raised([&] { oTree.LoadFromXML(oIn, 0); }), Error(sPart) + "\n") << sPart;
+        EXPECT_EQ(Raised([&] { oTree.SetAccessMode(); }), NOTHING_RAISED);
+    }
+}
+
+// Each of these would take minutes, or the machine stack, if anything but linear.
+TEST(Xml, LargeInLinearTime) {
+    constexpr u2_t COUNT = 200000;
+    std::string sDeep, sEnd, sWide = "<a ";
+    for (u2_t u = 0; u < COUNT; ++u) {
+        sDeep += "<a>";
+        sEnd += "</a>";
+        sWide += "x" + std::to_string(u) + "='1' ";
+    }
+    const Data oDeep = Loaded(sDeep + sEnd);
+    EXPECT_EQ(oDeep.GetNodes(), COUNT);
+    EXPECT_LT(Saved(oDeep).size(), std::size_t{80} * COUNT);
+    EXPECT_EQ(Loaded(Saved(oDeep)).GetNodes(), COUNT);
+    EXPECT_EQ(AttributesOf(Loaded(sWide + "/>")).size(), COUNT);
+
+    // One token after the other that does not end, byte by byte of a stream.
+    for (const char* s : {"<a b='", "<a><![CDATA[", "<!--", "<!DOCTYPE [", "<a>", "<a ", "<?"}) {
+        const std::string sOpen = s + std::string(3000000, 'x');
+        Drop_Stream oIn(sOpen, 1000);
+        Data oTree;
+        EXPECT_NE(Raised([&] { oTree.LoadFromXML(oIn, 0); }), NOTHING_RAISED);
+    }
+}
+
+TEST(Xml, LimitsHold) {
+    struct {
+        u3_t Limits::* pLimit;
+        const char* sName;
+        const char* sField;
+        const char* sGood;
+        const char* sBad;
+    } const aoCases[] = {
+        {&Limits::m_uNodes, "nodes", "m_uNodes", "<a><b/><b/></a>", "<a><b/><b/><b/></a>"},
+        {&Limits::m_uDepth, "depth", "m_uDepth", "<a><b><c/></b></a>", "<a><b><c><d/></c></b></a>"},
+        {&Limits::m_uAttributes, "attributes", "m_uAttributes", "<a b='' c='' d=''/>", "<a b='' c='' d='' e=''/>"},
+        {&Limits::m_uTextBytes, "text bytes", "m_uTextBytes", "<a>x<!---->yz</a>", "<a>x<!---->yz1</a>"},
+    };
+    for (const auto& o : aoCases) {
+        Limits oLimits;
+        oLimits.*o.pLimit = 3;
+        Data oTree;
+        EXPECT_EQ(Raised([&] { oTree.LoadFromXMLString(o.sGood, 0, oLimits); }), NOTHING_RAISED);
+        oTree.Clear();
+        EXPECT_EQ(Raised([&] { oTree.LoadFromXMLString(o.sBad, 0, oLimits); }),
+                  "limit \""s + o.sName + "\" of 3 exceeded (raise Limits::" + o.sField + ")\n");
+    }
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,115 @@
+// The wrappings of a stored tree.
+#include "vok/dgraph/container.h"
+
+#include "tests/dgraph/dgraph_support.h"
+#include "vok/file/file.h"
+#include "vok/zip/archive.h"
+#include "vok/zip/buf.h"
+
+namespace vok {
+namespace {
+
+std::string Zipped(const Texts& sMembers) {
+    Zip_Archive oZip("made.zip", "w");
+    for (const std::string& s : sMembers) {
+        oZip.OpenNewFile("m");
+        oZip.Write(s.data(), s.size());
+    }
+    oZip.Close();
+    return OnDisk("made.zip");
+}
+
+std::string Compressed(const std::string& sBytes) {
+    Arr<char> oOut;
+    oOut.Add("gone", 4);
+    DGraph_Compress(oOut, sBytes.data(), static_cast<u2_t>(sBytes.size()));
+    return Content(oOut);
+}
+
+std::string Xml(const Data& oTree) {
+    File_Buf oBuf("w");
+    oTree.SaveToXML(oBuf);
+    return Content(oBuf);
+}
+
+std::string Dump(const Data& oTree) {
+    File_Buf oBuf("w");
+    oTree.Dump(oBuf);
+    return Content(oBuf);
+}
+
+Data Sample() {
+    Data oTree = Versioned();
+    oTree.SetRootName("doc");
+    oTree.CreateNewSucc("n").SetValInt(7);
+    oTree.CreateNewSucc("text").SetValStr("abc");
+    return oTree;
+}
+
+// What a file with these bytes gives, from disk and from memory.
+std::string LoadBoth(const std::string& sBytes, const Limits& oLimits = {}) {
+    ToDisk("file", sBytes);
+    Data oFromFile = Sample();
+    std::string sFile = Raised([&] { Dgraph_LoadFromFile(oFromFile, "file", oLimits); });
+    Data oFromMemory = Sample();
+    std::string sMemory =
+        Raised([&] { Dgraph_LoadFromBuffer(oFromMemory, sBytes.data(), sBytes.size(), oLimits); });
+    EXPECT_EQ(sFile == NOTHING_RAISED, sMemory == NOTHING_RAISED) << sFile << sMemory;
+    EXPECT_EQ(File::OpenFiles(), 0u);
+    if (sFile != NOTHING_RAISED) return sFile;
+    EXPECT_EQ(Show(oFromFile), Show(oFromMemory));
+    return Show(oFromFile);
+}
+
+TEST(Container, EveryFormInEveryWrapping) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    const Data oTree = Sample();
+    const std::string sShown = Show(oTree);
+    for (const std::string& sForm : {Save(oTree), Xml(oTree), Dump(oTree)}) {
+        EXPECT_EQ(LoadBoth(sForm), sShown);
+        EXPECT_EQ(LoadBoth(Compressed(sForm)), sShown);
+        EXPECT_EQ(LoadBoth(Zipped({sForm})), sShown);
+    }
+    EXPECT_EQ(Compressed("")[0], 'x');
+}
+
+TEST(Container, RefusesWhatIsNotOneTree) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    const File::SleepMs pSleep = File::SetSleep([](unsigned) {});
+    const std::string sTree = Save(Sample());
+    const std::string sCount = "assertion failed: oGlobalInfo.number_entry == 1\n";
+    EXPECT_EQ(LoadBoth(Zipped({sTree, sTree})), sCount);
+    EXPECT_EQ(LoadBoth(Zipped({})), sCount);
+    EXPECT_EQ(LoadBoth("xml that begins with an x"), "invalid or corrupted zip buffer\n");
+    EXPECT_EQ(LoadBoth("PK"), "invalid or corrupted zip file \"file\"\n");
+    EXPECT_EQ(LoadBoth("x"), "unexpected end of file in \"*** File_Buf ***\"\n");
+    EXPECT_NE(LoadBoth("").find("XML"), std::string::npos) << "an empty file is read as it is";
+    const std::string sPacked = Compressed(sTree);
+    EXPECT_EQ(LoadBoth(sPacked.substr(0, sPacked.size() - 1)),
+              "unexpected end of file in \"*** File_Buf ***\"\n");
+    Limits oLimits;
+    oLimits.m_uInflatedBytes = sTree.size() - 1;
+    const std::string sLimit = "limit \"inflated bytes\" of " + std::to_string(sTree.size() - 1) +
+                               " exceeded (raise Limits::m_uInflatedBytes)\n";
+    EXPECT_EQ(LoadBoth(sPacked, oLimits), sLimit);
+    EXPECT_EQ(LoadBoth(Zipped({sTree}), oLimits), sLimit);
+
+    for (const char* sPath : {static_cast<const char*>(nullptr), ""}) {
+        Data oTree = Sample();
+        Dgraph_LoadFromFile(oTree, sPath);
+        EXPECT_FALSE(oTree.IsNode());
+    }
+    Data oTree = Sample();
+    EXPECT_EQ(Trail([&] { Dgraph_LoadFromFile(oTree, "none"); }),
+              "vok::File::Open\nvok::Dgraph_LoadFromFile\n");
+    EXPECT_FALSE(oTree.IsNode()) << "the old tree is gone in any case";
+    Arr<char> oOut;
+    EXPECT_EQ(Trail([&] { DGraph_Compress(oOut, nullptr, 1); }),
+              "vok::Zip_Stream::Write\nvok::DGraph_Compress\n");
+    File::SetSleep(pSleep);
+}
+
+}  // namespace
+}  // namespace vok

@@ -1,0 +1,32 @@
+// Trees from files of any form.
+#ifndef TOOLS_INPUT_H
+#define TOOLS_INPUT_H
+
+#include <stdexcept>
+#include <string>
+
+#include "vok/base/limits.h"
+#include "vok/data/data.h"
+
+namespace tools {
+
+struct Input {
+    vok::Data oTree;
+    std::string sFormat;    // "xml", "dgraph", "dump"
+    std::string sWrapping;  // "", "zlib", "gzip", "zip"
+    vok::u3_t uBytes = 0;   // as stored
+};
+
+// A file that could not be loaded, and where in it:
+//     tree.xml: byte 17, line 2, column 5, at /a[0]: no XML stream or stream is corrupted
+struct InputError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content
+// must be. Raises InputError.
+Input Load(const std::string& sPath, const std::string& sFormat = {});
+
+}  // namespace tools
+
+#endif  // TOOLS_INPUT_H

@@ -1,0 +1,145 @@
+// The program "vok": trees in files, without writing code.
+#include <cstdio>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/commands.h"
+#include "tools/output.h"
+#include "tools/text.h"
+#include "vok/base/msg.h"
+
+namespace {
+
+using namespace tools;
+
+// What every command answers with; set by the one that was chosen.
+int g_iExit = EXIT_GOOD;
+
+const char* const PATHS =
+    "PATH is a path such as /orders/order[3]/price, with * for any name, // for any depth,\n"
+    "[2] for a position and [@id=\"7\"] for an attribute.";
+
+void AddConvert(CLI::App& oApp) {
+    auto* p = oApp.add_subcommand("convert", "Convert a file to another form");
+    auto o = std::make_shared<ConvertOptions>();
+    p->add_option("IN", o->sIn, "File to read, - for standard input; any form and wrapping")
+        ->required();
+    p->add_option("OUT", o->sOut, "File to write, - for standard output")->required();
+    const CLI::IsMember oFormats({"xml", "dgraph", "dump"});
+    p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
+        ->check(oFormats);
+    p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
+        ->check(oFormats);
+    p->add_option("--dgraph-version", o->sVersion, "Version of DGraph documents")
+        ->capture_default_str();
+    auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
+    p->add_flag("--zip", o->bZip, "Write a zip archive with one member")->excludes(pCompress);
+    p->callback([o] { g_iExit = Convert(*o); });
+}
+
+void AddShow(CLI::App& oApp) {
+    auto* p = oApp.add_subcommand("show", "Show a tree, or the parts of it at a path");
+    auto o = std::make_shared<ShowOptions>();
+    p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
+    p->add_option("PATH", o->sPath, "What to show")->capture_default_str();
+    p->add_option("--depth", o->uDepth, "Levels to show below that");
+    p->add_flag("--plain", o->bPlain, "No colours, also on a terminal");
+    p->add_flag("--json", o->bJson,
+                "A JSON array of nodes: name, type, attributes, value, successors");
+    p->footer(PATHS);
+    p->callback([o] { g_iExit = o->bJson ? ShowJson(*o) : Show(*o); });
+}
+
+void AddGet(CLI::App& oApp) {
+    auto* p = oApp.add_subcommand("get", "Print the values at a path, one a line");
+    auto o = std::make_shared<GetOptions>();
+    p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
+    p->add_option("PATH", o->sPath, "Nodes whose values to print")->required();
+    p->add_flag("-0,--null", o->bNull,
+                "End values with a NUL and print them as they are; else line breaks and other "
+                "control characters are printed as \\n, \\xHH");
+    p->footer(std::string(PATHS) + "\nExit status 1 when nothing is there.");
+    p->callback([o] { g_iExit = Get(*o); });
+}
+
+void AddFileCommands(CLI::App& oApp) {
+    auto* pInfo = oApp.add_subcommand("info", "Tell the form, version and contents of a file");
+    auto sFile = std::make_shared<std::string>();
+    pInfo->add_option("FILE", *sFile, "File to read, - for standard input")->required();
+    pInfo->callback([sFile] { g_iExit = Info(*sFile); });
+
+    auto* pCheck = oApp.add_subcommand("check", "Load files and report the first fault of each");
+    auto asFile = std::make_shared<std::vector<std::string>>();
+    pCheck->add_option("FILE", *asFile, "Files to read, - for standard input")->required();
+    pCheck->footer("Exit status 1 when one of them is faulty.");
+    pCheck->callback([asFile] { g_iExit = Check(*asFile); });
+
+    auto* pDiff = oApp.add_subcommand("diff", "Compare two trees, whatever form they are in");
+    auto o = std::make_shared<DiffOptions>();
+    pDiff->add_option("A", o->sA, "File to read, - for standard input")->required();
+    pDiff->add_option("B", o->sB, "File to compare it with")->required();
+    pDiff->add_flag("-q,--quiet", o->bQuiet, "Only the exit status");
+    pDiff->footer("Exit status 0 when they are the same, 1 when they differ.");
+    pDiff->callback([o] { g_iExit = Diff(*o); });
+}
+
+void AddZip(CLI::App& oApp) {
+    auto* pZip = oApp.add_subcommand("zip", "Work with zip archives");
+    pZip->require_subcommand(1);
+    struct Options {
+        std::string sArchive;
+        std::string sFolder = ".";
+        std::vector<std::string> asFile;
+        bool bStore = false;
+    };
+    auto o = std::make_shared<Options>();
+    const auto oAdd = [&](const char* sName, const char* sWhat) {
+        auto* p = pZip->add_subcommand(sName, sWhat);
+        p->add_option("ARCHIVE", o->sArchive, "The archive")->required();
+        return p;
+    };
+    oAdd("list", "List the members")->callback([o] { g_iExit = ZipList(o->sArchive); });
+    oAdd("test", "Read every member and check its sum")->callback([o] {
+        g_iExit = ZipTest(o->sArchive);
+    });
+    auto* pExtract = oAdd("extract", "Write members as files; never outside of the folder");
+    pExtract->add_option("MEMBER", o->asFile, "Members to extract; all when none is named");
+    pExtract->add_option("-d,--directory", o->sFolder, "Where to")->capture_default_str();
+    pExtract->callback([o] { g_iExit = ZipExtract(o->sArchive, o->sFolder, o->asFile); });
+    auto* pAdd = oAdd("add", "Append files and folders; makes the archive when it is missing");
+    pAdd->add_option("FILE", o->asFile, "What to add")->required();
+    pAdd->add_flag("--store", o->bStore, "Do not compress");
+    pAdd->callback([o] { g_iExit = ZipAdd(o->sArchive, o->asFile, o->bStore); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    vok::Msg::SetBanner(false);
+    HandleInterrupts();
+    CLI::App oApp("Shows, checks and converts object trees in XML and DGraph files.", "vok");
+    oApp.require_subcommand(1);
+    oApp.set_version_flag("--version", std::to_string(vok::VERSION_MAJOR) + '.' +
+                                           std::to_string(vok::VERSION_MINOR) + '.' +
+                                           std::to_string(vok::VERSION_BUILD));
+    oApp.footer(
+        "Files may be XML, DGraph documents or native dumps, as they are, compressed (zlib, gzip)\n"
+        "or in a zip archive of one member.\n"
+        "Exit status: 0 good; 1 nothing found, different, or faulty; 2 trouble.");
+    AddConvert(oApp);
+    AddShow(oApp);
+    AddGet(oApp);
+    AddFileCommands(oApp);
+    AddZip(oApp);
+    try {
+        oApp.parse(argc, argv);
+    } catch (const CLI::ParseError& oError) {
+        return oApp.exit(oError) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
+    } catch (const std::exception& oError) {
+        std::fprintf(stderr, "vok: %s\n", Line(oError.what()).c_str());
+        return EXIT_TROUBLE;
+    }
+    if (std::fflush(stdout) != 0) return EXIT_TROUBLE;
+    return g_iExit;
+}

@@ -1,0 +1,53 @@
+#include "tools/progress.h"
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+#include "vok/sys/sys.h"
+
+namespace tools {
+
+Progress::Progress(const char* sWhat, std::uint64_t uTotal) : m_sWhat(sWhat), m_uTotal(uTotal) {
+    if (vok::sys::IsTerminal(stderr)) m_oThread = std::thread([this] { Run(); });
+}
+
+Progress::~Progress() {
+    if (!m_oThread.joinable()) return;
+    {
+        const std::lock_guard oLock(m_oMutex);
+        m_bEnd = true;
+    }
+    m_oWake.notify_one();
+    m_oThread.join();
+}
+
+void Progress::Run() {
+    using namespace std::chrono;
+    const auto oStart = steady_clock::now();
+    std::unique_lock oLock(m_oMutex);
+    bool bDrawn = false;
+    while (!m_oWake.wait_for(oLock, bDrawn ? milliseconds(100) : seconds(1),
+                             [this] { return m_bEnd; })) {
+        Draw(duration<double>(steady_clock::now() - oStart).count());
+        bDrawn = true;
+    }
+    if (bDrawn) std::fputs("\r\x1b[K", stderr);
+}
+
+void Progress::Draw(double dSeconds) const {
+    constexpr unsigned WIDTH = 30;
+    const double dDone = static_cast<double>(m_uDone.load(std::memory_order_relaxed));
+    if (m_uTotal == 0) {
+        std::fprintf(stderr, "\r\x1b[K%s %.1f s", m_sWhat, dSeconds);
+    } else {
+        const double dShare = std::min(dDone / static_cast<double>(m_uTotal), 1.0);
+        const auto uBar = static_cast<std::size_t>(dShare * WIDTH);
+        const std::string sBar = std::string(uBar, '#') + std::string(WIDTH - uBar, '.');
+        std::fprintf(stderr, "\r\x1b[K%s [%s] %3.0f %% %.0f MB", m_sWhat, sBar.c_str(),
+                     100 * dShare, dDone / 1e6);
+    }
+    std::fflush(stderr);
+}
+
+}  // namespace tools

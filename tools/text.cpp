@@ -1,0 +1,96 @@
+#include "tools/text.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "vok/base/base64.h"
+#include "vok/base/date.h"
+#include "vok/base/number.h"
+#include "vok/sys/sys.h"
+
+namespace tools {
+
+using vok::Data_Node;
+
+std::string ValueText(const vok::Data& oNode) {
+    char s[128];
+    switch (oNode.GetType()) {
+        case Data_Node::Boolean: return oNode.GetValBool() ? "true" : "false";
+        case Data_Node::Integer: return std::to_string(oNode.GetValInt());
+        case Data_Node::Char: return std::to_string(oNode.GetValInt(Data_Node::Char));
+        case Data_Node::Float:
+        case Data_Node::Double:
+            return {s, vok::FormatReal(oNode.GetValDbl(oNode.GetType()), s)};
+        case Data_Node::Date: {
+            const double dSeconds = oNode.GetValDbl(Data_Node::Date);
+            std::string sText(s, vok::FormatDate(dSeconds, 'T', s));
+            const double dFraction = dSeconds - std::floor(dSeconds);
+            if (dFraction > 0) sText += std::string(s, vok::FormatReal(dFraction, s)).substr(1);
+            return sText + 'Z';
+        }
+        case Data_Node::String: return std::string(oNode.GetValText());
+        case Data_Node::Binary: {
+            vok::u2_t uSize = 0;
+            const void* pBlock = oNode.GetValBin(uSize);
+            std::string sText(vok::Base64Size(uSize), '\0');
+            vok::EncodeBase64(pBlock, uSize, sText.data());
+            return sText;
+        }
+        case Data_Node::Long: return std::to_string(oNode.GetValLng());
+        case Data_Node::Quad: {
+            vok::u2_t au[4];
+            oNode.GetValQuad(au[0], au[1], au[2], au[3]);
+            return std::to_string(au[0]) + ',' + std::to_string(au[1]) + ',' +
+                   std::to_string(au[2]) + ',' + std::to_string(au[3]);
+        }
+        case Data_Node::Link: {
+            const vok::Data oTarget = oNode.GetValLink();
+            return oTarget.IsNode() ? oTarget.GetPath().CStr() : "";
+        }
+        default: return {};
+    }
+}
+
+std::string Line(std::string_view sMessage) {
+    return std::string(sMessage.substr(0, sMessage.find_last_not_of('\n') + 1));
+}
+
+std::string Escaped(std::string_view sText) {
+    std::string sOut;
+    sOut.reserve(sText.size());
+    for (const char c : sText) {
+        const auto uByte = static_cast<unsigned char>(c);
+        switch (c) {
+            case '\\': sOut += "\\\\"; break;
+            case '\n': sOut += "\\n"; break;
+            case '\r': sOut += "\\r"; break;
+            case '\t': sOut += "\\t"; break;
+            default:
+                if (uByte >= 0x20 && uByte != 0x7F) {
+                    sOut += c;
+                } else {
+                    constexpr char DIGITS[] = "0123456789ABCDEF";
+                    sOut += "\\x";
+                    sOut += DIGITS[uByte >> 4];
+                    sOut += DIGITS[uByte & 15];
+                }
+        }
+    }
+    return sOut;
+}
+
+Palette::Palette(bool bColoured) noexcept {
+    if (!bColoured) return;
+    sName = "\x1b[1m";
+    sType = "\x1b[2m";
+    sAttribute = "\x1b[36m";
+    sValue = "\x1b[32m";
+    sEnd = "\x1b[0m";
+}
+
+bool WantsColour() noexcept {
+    const char* sNo = std::getenv("NO_COLOR");
+    return vok::sys::IsTerminal(stdout) && (sNo == nullptr || *sNo == 0);
+}
+
+}  // namespace tools

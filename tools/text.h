@@ -1,0 +1,40 @@
+// Nodes as text for people and shells.
+#ifndef TOOLS_TEXT_H
+#define TOOLS_TEXT_H
+
+#include <cstdio>
+#include <string>
+
+#include "vok/data/data.h"
+
+namespace tools {
+
+// The value of a node: numbers in decimal (reals in the fewest digits that read back), dates as
+// "2026-11-24T18:35:56Z", blocks as Base64, links as the path of their target; empty for nodes
+// without a value.
+std::string ValueText(const vok::Data& oNode);
+
+// A message of the library without its line break.
+std::string Line(std::string_view sMessage);
+
+// With backslashes, line breaks and other control characters as \\, \n, \r, \t, \xHH.
+std::string Escaped(std::string_view sText);
+
+// Colours of a terminal, empty where there is none or NO_COLOR is set.
+struct Palette {
+    explicit Palette(bool bColoured) noexcept;
+    const char* sName = "";
+    const char* sType = "";
+    const char* sAttribute = "";
+    const char* sValue = "";
+    const char* sEnd = "";
+};
+[[nodiscard]] bool WantsColour() noexcept;
+
+inline void Print(std::string_view s) {
+    std::fwrite(s.data(), 1, s.size(), stdout);
+}
+
+}  // namespace tools
+
+#endif  // TOOLS_TEXT_H

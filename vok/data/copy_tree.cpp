@@ -1,0 +1,144 @@
+#include "vok/data/copy_tree.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace vok {
+
+Data_Copy::Data_Copy(Data_Base& oFrom, Data_Base& oTo, u2_t uTop)
+    : m_oFrom(oFrom), m_oTo(oTo), m_bSame(&oFrom == &oTo) {
+    struct Open {
+        Data_Base::Group oGroup;
+        u2_t uPos;
+        u2_t uEntry;
+    };
+    m_oFrom.UpdateSucc();
+    Arr<Open> oOpen;
+    m_bLinks = m_oFrom.m_oNode(uTop).GetType() == Data_Node::Link;
+    m_oEntry.Add(Entry{uTop, 0, 0});
+    oOpen.Add(Open{m_oFrom.SuccOf(uTop), 0, 0});
+    while (oOpen.Size() != 0) {
+        Open& oTop = oOpen(oOpen.Size() - 1);
+        if (oTop.uPos == oTop.oGroup.uSize) {
+            oOpen.Truncate(oOpen.Size() - 1);
+            continue;
+        }
+        const u2_t uId = oTop.oGroup.pId[oTop.uPos++];
+        const Data_Node::Type eType = m_oFrom.m_oNode(uId).GetType();
+        if (eType == Data_Node::Zombi) continue;
+        const u2_t uEntry = static_cast<u2_t>(m_oEntry.Size());
+        Entry& oParent = m_oEntry(oTop.uEntry);
+        m_uGroups += oParent.uSuccs++ == 0;
+        m_oEntry.Add(Entry{uId, oTop.uEntry, 0});
+        m_bLinks = m_bLinks || eType == Data_Node::Link;
+        if (eType == Data_Node::Tree) oOpen.Add(Open{m_oFrom.SuccOf(uId), 0, uEntry});
+    }
+}
+
+u2_t Data_Copy::Below(u2_t uParent, u2_t uPos) {
+    m_oTo.UpdateSucc();
+    m_oTo.CheckIds(uParent, m_oEntry.Size());
+    CopyTexts();
+    const u2_t uFirst = static_cast<u2_t>(m_oTo.m_oNode.Size());
+    try {
+        AddNodes(uFirst, uParent);
+        m_oTo.ReservePlaces(uParent, m_oEntry.Size(), m_uGroups);
+    } catch (...) {
+        m_oTo.Rollback(uFirst);
+        throw;
+    }
+    // From here on nothing fails.
+    m_oTo.MakeTree(uParent);
+    ++m_oTo.m_oNode(uParent).uWord3;
+    m_oTo.PlacePending();
+    if (uPos != Data_Node::NONE) m_oTo.Reorder(uFirst, uPos);
+    return uFirst;
+}
+
+void Data_Copy::AsRoot() {
+    CopyTexts();
+    m_oTo.m_oNode.Truncate(0);
+    AddNodes(0, Data_Node::NONE);
+}
+
+void Data_Copy::AddNodes(u2_t uFirst, u2_t uParent) {
+    if (m_bLinks) SortEntries();
+    m_oTo.m_oNode.ReserveMore(m_oEntry.Size());
+    for (std::size_t u = 0; u < m_oEntry.Size(); ++u) {
+        const Entry& oEntry = m_oEntry(u);
+        if (oEntry.uSuccs != 0) m_oTo.CheckIds(static_cast<u2_t>(uFirst + u), 0);
+        Data_Node oNode = m_oFrom.m_oNode(oEntry.uId);
+        oNode.uKey = KeyFor(oNode);
+        oNode.SetPredField((u == 0 ? uParent : uFirst + oEntry.uParent) + 1);
+        if (oNode.GetType() == Data_Node::Tree) {
+            oNode.SetType(oEntry.uSuccs != 0 ? Data_Node::Tree : Data_Node::Empty);
+            oNode.uWord2 = oEntry.uSuccs != 0 ? Data_Node::NONE : 0;
+            oNode.uWord3 = oEntry.uSuccs;
+        } else if (oNode.GetType() == Data_Node::Link) {
+            oNode.uWord2 = TargetFor(oNode.uWord2, uFirst);
+        } else if (!m_bSame) {
+            m_oRanges.Renew(oNode);
+        }
+        m_oTo.m_oNode.Add(oNode);
+    }
+    if (m_oFrom.m_oAttHead.Size() != 0) CopyAttributes(uFirst);
+}
+
+// Within a tree copies share the texts.
+void Data_Copy::CopyTexts() {
+    if (m_bSame || m_oFrom.m_oStr.Size() == 0) return;
+    Arr<u2_t> oKeys;
+    for (const Entry* p = m_oEntry.Beg(); p != m_oEntry.End(); ++p) {
+        m_oRanges.Keep(m_oFrom.m_oNode(p->uId));
+        if (!m_oFrom.HasAttributes(p->uId)) continue;
+        m_oFrom.ListAttributes(p->uId, oKeys);
+        for (const u2_t* pKey = oKeys.Beg(); pKey != oKeys.End(); ++pKey) {
+            m_oRanges.KeepText(m_oFrom, m_oFrom.FindAttribute(p->uId, *pKey));
+        }
+    }
+    m_oRanges.Copy(m_oFrom, [this](const char* pText, std::size_t uSize) {
+        return m_oTo.AddHeap(pText, uSize);
+    });
+}
+
+// Ids ascend with the entries: every record is appended to its name.
+void Data_Copy::CopyAttributes(u2_t uFirst) {
+    Arr<u2_t> oKeys;
+    for (std::size_t u = 0; u < m_oEntry.Size(); ++u) {
+        const u2_t uOld = m_oEntry(u).uId;
+        if (!m_oFrom.HasAttributes(uOld)) continue;
+        m_oFrom.ListAttributes(uOld, oKeys);
+        for (const u2_t* pKey = oKeys.Beg(); pKey != oKeys.End(); ++pKey) {
+            const Hash_Text& oName = m_oFrom.m_oAttName(*pKey);
+            u2_t uText = m_oFrom.FindAttribute(uOld, *pKey);
+            if (!m_bSame) uText = m_oRanges.NewOffset(uText);
+            // A text in the heap is referred to, not copied.
+            m_oTo.SetAttribute(static_cast<u2_t>(uFirst + u), {oName.sText, oName.uLength},
+                               m_oTo.HeapAt(uText));
+        }
+    }
+}
+
+u2_t Data_Copy::KeyFor(const Data_Node& oNode) {
+    if (m_bSame) return oNode.uKey;
+    const Hash_Text& oName = m_oFrom.m_oName(oNode.uKey);
+    return m_oTo.Intern(std::string_view(oName.sText, oName.uLength));
+}
+
+void Data_Copy::SortEntries() {
+    m_oById.Resize(m_oEntry.Size());
+    std::iota(m_oById.Beg(), m_oById.End(), u2_t{0});
+    const auto oIsLess = [this](u2_t uA, u2_t uB) { return m_oEntry(uA).uId < m_oEntry(uB).uId; };
+    if (std::is_sorted(m_oById.Beg(), m_oById.End(), oIsLess)) return;
+    std::sort(m_oById.Beg(), m_oById.End(), oIsLess);
+}
+
+u2_t Data_Copy::TargetFor(u2_t uTarget, u2_t uFirst) const noexcept {
+    const u2_t* p =
+        std::lower_bound(m_oById.Beg(), m_oById.End(), uTarget,
+                         [this](u2_t uEntry, u2_t uId) { return m_oEntry(uEntry).uId < uId; });
+    if (p != m_oById.End() && m_oEntry(*p).uId == uTarget) return uFirst + *p;
+    return m_bSame ? uTarget : Data_Node::NONE;
+}
+
+}  // namespace vok

@@ -1,0 +1,89 @@
+// Which parts of a text heap are referred to, and where they stand in a copy. Internal.
+#ifndef VOK_DATA_TEXT_RANGES_H
+#define VOK_DATA_TEXT_RANGES_H
+
+#include <algorithm>
+#include <cstring>
+
+#include "vok/data/store.h"
+
+namespace vok {
+
+// Nodes and attributes may refer to the same text, or to the end of another one: what they
+// share stays shared. First everything is named with Keep, then copied at once.
+class Data_TextRanges {
+  public:
+    Data_TextRanges() { Keep(0, 1); }
+
+    void Keep(const Data_Node& oNode) {
+        switch (oNode.GetType()) {
+            case Data_Node::String:
+            case Data_Node::Binary: return Keep(oNode.uWord2, oNode.uWord3);
+            case Data_Node::Quad: return Keep(oNode.uWord2, 12);
+            default: return;
+        }
+    }
+    void KeepText(const Data_Base& b, u2_t uOffset) {
+        Keep(uOffset, std::strlen(b.HeapAt(uOffset)) + 1);
+    }
+
+    // Copies the texts of b; oAdd takes address and size and gives the new offset.
+    template <class Add>
+    void Copy(const Data_Base& b, Add oAdd) {
+        std::sort(m_oRange.Beg(), m_oRange.End(),
+                  [](const Range& oA, const Range& oB) { return oA.uBegin < oB.uBegin; });
+        Arr<Range> oFound;
+        oFound.Swap(m_oRange);
+        for (const Range* p = oFound.Beg(); p != oFound.End(); ++p) {
+            Keep(p->uBegin, p->uEnd - p->uBegin);
+        }
+        for (Range* p = m_oRange.Beg(); p != m_oRange.End(); ++p) {
+            p->uNew = oAdd(b.HeapAt(p->uBegin), p->uEnd - p->uBegin);
+        }
+    }
+
+    // Where a kept offset went.
+    [[nodiscard]] u2_t NewOffset(u2_t uOffset) const noexcept {
+        const Range* p = std::upper_bound(
+            m_oRange.Beg(), m_oRange.End(), uOffset,
+            [](u2_t uWanted, const Range& oRange) { return uWanted < oRange.uBegin; });
+        --p;  // the first range begins at 0
+        return p->uNew + (uOffset - p->uBegin);
+    }
+    // The same for the value of a node that Keep was given.
+    void Renew(Data_Node& oNode) const noexcept {
+        switch (oNode.GetType()) {
+            case Data_Node::String:
+            case Data_Node::Quad: oNode.uWord2 = NewOffset(oNode.uWord2); break;
+            case Data_Node::Binary:
+                oNode.uWord2 = oNode.uWord3 != 0 ? NewOffset(oNode.uWord2) : 0;
+                break;
+            default: break;
+        }
+    }
+
+  private:
+    struct Range {
+        u2_t uBegin;
+        u2_t uEnd;
+        u2_t uNew;  // where it goes
+    };
+
+    // Mostly texts stand in the order in which they are come upon: few ranges come of it.
+    void Keep(u2_t uBegin, std::size_t uSize) {
+        if (uSize == 0) return;
+        const u2_t uEnd = static_cast<u2_t>(uBegin + uSize);
+        Range* pLast = m_oRange.Size() != 0 ? m_oRange.End() - 1 : nullptr;
+        if (pLast != nullptr && uBegin >= pLast->uBegin && uBegin <= pLast->uEnd) {
+            pLast->uEnd = std::max(pLast->uEnd, uEnd);
+            return;
+        }
+        m_oRange.Add(Range{uBegin, uEnd, 0});
+    }
+
+    Arr<Range> m_oRange;  // ascending and apart from each other once copied
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_TEXT_RANGES_H

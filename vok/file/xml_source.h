@@ -1,0 +1,62 @@
+// The text of an XML document as UTF-8, piece by piece. Internal.
+#ifndef VOK_FILE_XML_SOURCE_H
+#define VOK_FILE_XML_SOURCE_H
+
+#include <string_view>
+
+#include "vok/file/buf.h"
+
+namespace vok::xml {
+
+enum class Coding { Utf8, Utf16LittleEndian, Utf16BigEndian, Latin1, Windows1252 };
+
+// Reads a memory buffer in place; any other stream in pieces, so that no more is held than
+// the longest token and one piece. Documents in another coding than UTF-8 are read whole and
+// converted first.
+class Source {
+  public:
+    // Raises "unknown character coding: "%0"" for a declared coding other than UTF-8,
+    // US-ASCII, ISO-8859-1, windows-1252, and UTF-16 with or without byte-order mark.
+    explicit Source(File_Stream& oIn);
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    // A memory buffer is left behind its last byte.
+    ~Source();
+
+    // The bytes at hand.
+    [[nodiscard]] const char* Begin() const noexcept { return m_pBegin; }
+    [[nodiscard]] const char* End() const noexcept { return m_pEnd; }
+
+    // Reads more, and drops what lies before p; both pointers move along. False at the end of
+    // the stream; then nothing has changed. Reads at least as much again as it has to keep, so
+    // that who looks at a token anew after each call does so in linear time.
+    bool Fetch(const char*& p, const char*& pEnd);
+
+    // Where a byte at hand stands in the stream: bytes from where reading began, lines and
+    // characters from 1.
+    struct Place {
+        u3_t uOffset;
+        u2_t uLine;
+        u2_t uColumn;
+    };
+    [[nodiscard]] Place PlaceOf(const char* p) const noexcept;
+
+  private:
+    void DetectCoding();
+    void Convert();
+    void Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexcept;
+
+    File_Stream& m_oIn;
+    File_Buf* m_pBuffer;  // the stream, if it is one in memory
+    Coding m_eCoding = Coding::Utf8;
+    bool m_bAtEnd = false;
+    const char* m_pBegin = nullptr;
+    const char* m_pEnd = nullptr;
+    Place m_oPlace{0, 1, 1};  // of m_pBegin
+    u3_t m_uBytes = ~u3_t{0};  // of the stream, once all were converted
+    Arr<char> m_oBytes;       // what was read of another stream, or converted
+};
+
+}  // namespace vok::xml
+
+#endif  // VOK_FILE_XML_SOURCE_H

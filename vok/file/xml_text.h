@@ -1,0 +1,81 @@
+// The letters of XML: names, references, escapes. Internal.
+#ifndef VOK_FILE_XML_TEXT_H
+#define VOK_FILE_XML_TEXT_H
+
+#include <array>
+#include <string_view>
+
+#include "vok/base/arr.h"
+
+namespace vok::xml {
+
+// What a byte can be; the bits of CLASSES. A byte from 0x80 on counts as part of a name until
+// NameLength has looked at its whole character.
+enum Class : u0_t {
+    NAME_START = 1,
+    NAME = 2,
+    BLANK = 4,
+    PLAIN = 8,        // means nothing in a text or a value, and is no NUL
+    CONTROL = 16,     // has to be written as a reference to survive in a value
+};
+
+inline constexpr std::array<u0_t, 256> CLASSES = [] {
+    std::array<u0_t, 256> au{};
+    for (unsigned u = 0; u < 256; ++u) {
+        const bool bLetter = (u | 0x20) >= 'a' && (u | 0x20) <= 'z';
+        const bool bStart = bLetter || u == '_' || u == ':' || u >= 0x80;
+        if (bStart) au[u] |= NAME_START;
+        if (bStart || (u >= '0' && u <= '9') || u == '-' || u == '.') au[u] |= NAME;
+        if (u == ' ' || u == '\t' || u == '\r' || u == '\n') au[u] |= BLANK;
+        if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= PLAIN;
+        if (u < 0x20) au[u] |= CONTROL;
+    }
+    return au;
+}();
+
+[[nodiscard]] inline bool Is(char c, u0_t uClass) noexcept {
+    return (CLASSES[static_cast<u0_t>(c)] & uClass) != 0;
+}
+
+[[nodiscard]] inline bool IsBlank(std::string_view sText) noexcept {
+    for (const char c : sText) {
+        if (!Is(c, BLANK)) return false;
+    }
+    return true;
+}
+
+// Bytes of the name at the start of a text (XML 1.0, productions 4 and 4a); 0 when there is
+// none. Bytes that are no UTF-8 end it.
+[[nodiscard]] std::size_t NameLength(std::string_view sText) noexcept;
+
+// ---- references -------------------------------------------------------------
+
+// Appends a text with its references decoded: "&lt;", "&#228;", "&#xE4;", and amp, gt, quot,
+// apos, nbsp. Any other "&" stays as it stands with bKeepUnknown, else it raises "unknown xml
+// sequene "%0"".
+void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown);
+
+// Appends a text with &, <, >, the double quote and control characters as references.
+void EncodeText(Arr<char>& oOut, std::string_view sText);
+
+// ---- names ------------------------------------------------------------------
+//
+// A name that XML does not allow is written with its offending characters as _xHHHH_ (four
+// hexadecimal digits, eight above U+FFFF), an underscore that would be taken for the start of
+// such a sequence as _x005F_, and the empty name as _x0000_. That is the convention of .NET's
+// XmlConvert, which knows no empty name.
+
+// Whether decoding may change the name.
+[[nodiscard]] inline bool HasEscapes(std::string_view sName) noexcept {
+    return sName.find("_x") != std::string_view::npos;
+}
+// Appends the name that a written one stands for; it ends at a NUL in it.
+void DecodeName(Arr<char>& oOut, std::string_view sName);
+// Whether a name is written as it stands.
+[[nodiscard]] bool IsPlainName(std::string_view sName) noexcept;
+// Appends the written form of a name. bEscapeFirst: also if its first character is allowed.
+void EncodeName(Arr<char>& oOut, std::string_view sName, bool bEscapeFirst = false);
+
+}  // namespace vok::xml
+
+#endif  // VOK_FILE_XML_TEXT_H
