@@ -35,9 +35,8 @@ inline vok::Data MakeTree(const Set& oSet) {
     oTree.SetToRoot();
     oTree.SetRootName(oSet.names[oSet.items[0].uName].c_str());
     std::size_t uNext = 1;
-    BuildTree(oSet, oTree, oSet.items[0].uChildren, uNext, [&](const Item& oItem) {
-        return vok::Data_Name(oSet.names[oItem.uName]);
-    });
+    BuildTree(oSet, oTree, oSet.items[0].uChildren, uNext,
+              [&](const Item& oItem) { return vok::Data_Name(oSet.names[oItem.uName]); });
     return oTree;
 }
 

@@ -25,8 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Load_Report oReport, oOtherReport;
     File_Buf oBuf(sText.data(), sText.size());
     Foreign_Stream oStream(sText);
-    const std::string sError =
-        Raised([&] { oTree.LoadFromXML(oBuf, uFlags, oLimits, &oReport); });
+    const std::string sError = Raised([&] { oTree.LoadFromXML(oBuf, uFlags, oLimits, &oReport); });
     const std::string sOtherError =
         Raised([&] { oOther.LoadFromXML(oStream, uFlags, oLimits, &oOtherReport); });
     Check(sError == sOtherError);
@@ -57,7 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
         bExact = bExact && sFirst.find(sLossy) == std::string::npos;
     }
     const std::size_t uRootTag = sFirst.find("<", 1);
-    const std::string_view sRootTag = std::string_view(sFirst).substr(uRootTag, sFirst.find('>', uRootTag) - uRootTag);
+    const std::string_view sRootTag =
+        std::string_view(sFirst).substr(uRootTag, sFirst.find('>', uRootTag) - uRootTag);
     bExact = bExact && sRootTag.find("CDNodeID=") == std::string_view::npos;
     Check(!bExact || SaveXml(oOnce) == sFirst);
     return 0;

@@ -1,8 +1,8 @@
 // vok diff: where two trees differ.
+#include "vok/data/diff.h"
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/text.h"
-#include "vok/data/diff.h"
 
 namespace tools {
 

@@ -34,8 +34,10 @@ void ReadStandardInput(Arr<char>& oBytes) {
 
 void ReadFile(const std::string& sPath, Arr<char>& oBytes) {
     vok::File oFile(vok::Str(sPath), READ_AT_ONCE);
-    Progress oProgress("reading", static_cast<std::uint64_t>(oFile.Size()));
+    const auto uTotal = static_cast<std::size_t>(oFile.Size());
+    Progress oProgress("reading", uTotal);
     constexpr std::size_t PIECE = 4 * 1024 * 1024;
+    oBytes.Reserve(uTotal + PIECE);
     for (std::size_t uSize = 0, uRead = PIECE; uRead == PIECE;) {
         uRead = oFile.Read(oBytes.AddSpace(PIECE), PIECE, true);
         oBytes.Truncate(uSize += uRead);
@@ -50,8 +52,7 @@ void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping)
         sWrapping = "zip";
         vok::Zip_Archive oArchive;
         oArchive.Open(sBytes.data(), sBytes.size());
-        vok::Msg::Assert(oArchive.GetGlobalInfo().m_uEntries == 1,
-                         "oGlobalInfo.number_entry == 1");
+        vok::Msg::Assert(oArchive.GetGlobalInfo().m_uEntries == 1, "oGlobalInfo.number_entry == 1");
         oArchive.GoToFirstFile();
         oArchive.Uncompress(oPlain);
     } else if (sBytes.starts_with('x') || sBytes.starts_with("\x1f\x8b")) {

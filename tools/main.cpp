@@ -29,8 +29,7 @@ void AddConvert(CLI::App& oApp) {
     const CLI::IsMember oFormats({"xml", "dgraph", "dump"});
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
         ->check(oFormats);
-    p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
-        ->check(oFormats);
+    p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")->check(oFormats);
     p->add_option("--dgraph-version", o->sVersion, "Version of DGraph documents")
         ->capture_default_str();
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");

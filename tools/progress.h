@@ -20,7 +20,9 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void Add(std::uint64_t uBytes) noexcept { m_uDone.fetch_add(uBytes, std::memory_order_relaxed); }
+    void Add(std::uint64_t uBytes) noexcept {
+        m_uDone.fetch_add(uBytes, std::memory_order_relaxed);
+    }
 
   private:
     void Run();

@@ -19,8 +19,7 @@ std::string ValueText(const vok::Data& oNode) {
         case Data_Node::Integer: return std::to_string(oNode.GetValInt());
         case Data_Node::Char: return std::to_string(oNode.GetValInt(Data_Node::Char));
         case Data_Node::Float:
-        case Data_Node::Double:
-            return {s, vok::FormatReal(oNode.GetValDbl(oNode.GetType()), s)};
+        case Data_Node::Double: return {s, vok::FormatReal(oNode.GetValDbl(oNode.GetType()), s)};
         case Data_Node::Date: {
             const double dSeconds = oNode.GetValDbl(Data_Node::Date);
             std::string sText(s, vok::FormatDate(dSeconds, 'T', s));

@@ -54,9 +54,8 @@ int ZipList(const std::string& sArchive) {
     ForEach(oArchive, [&](const vok::Zip_FileInfo& o) {
         const vok::Zip_Date oDate = vok::Zip_DateFields(o.m_uDosDate);
         std::printf("%10u %10u  %04u-%02u-%02u %02u:%02u:%02u %08x  %s\n", o.m_uUncompressedSize,
-                    o.m_uCompressedSize, oDate.m_uYear, oDate.m_uMonth, oDate.m_uDay,
-                    oDate.m_uHour, oDate.m_uMinute, oDate.m_uSecond, o.m_uCrc,
-                    Escaped(o.m_oName.View()).c_str());
+                    o.m_uCompressedSize, oDate.m_uYear, oDate.m_uMonth, oDate.m_uDay, oDate.m_uHour,
+                    oDate.m_uMinute, oDate.m_uSecond, o.m_uCrc, Escaped(o.m_oName.View()).c_str());
         uPlain += o.m_uUncompressedSize;
         uPacked += o.m_uCompressedSize;
     });

@@ -11,7 +11,8 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr char TOP[] = "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"";
+constexpr char TOP[] =
+    "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"";
 
 Data Loaded(std::string_view sText, u2_t uFlags = 0) {
     Data oTree;
@@ -47,7 +48,8 @@ TEST(Xml, ValuesOfEveryType) {
         {"<a><![CDATA[]]></a>", "<a><![CDATA[]]></a>"},
         {"<a> </a>", "<a><![CDATA[ ]]></a>"},
         {"<a>x<!-- y -->z<?p?><![CDATA[<&]]>!</a>", "<a><![CDATA[xz<&!]]></a>"},
-        {"<a>&lt;&amp;&gt;&quot;&apos;&#228;&#xE4;&nbsp;</a>", "<a><![CDATA[<&>\"'ää\xC2\xA0]]></a>"},
+        {"<a>&lt;&amp;&gt;&quot;&apos;&#228;&#xE4;&nbsp;</a>",
+         "<a><![CDATA[<&>\"'ää\xC2\xA0]]></a>"},
         {"<a><![CDATA[x]]]]><![CDATA[>y]]]]></a>", "<a><![CDATA[x]]]]><![CDATA[>y]]]]></a>"},
         {"<b/><a/><b>1</b>", "<a/><b/><b><![CDATA[1]]></b>"},
         {"<a>\n <b/>text behind\n</a>", "<a><b/></a>"},
@@ -76,15 +78,21 @@ TEST(Xml, ValuesOfEveryType) {
         {"<a dt:dt=\"r8\">1e999</a>", "<a dt:dt=\"r8\">INF</a>"},
         {"<a dt:dt=\"r8\">-1e-999</a>", "<a dt:dt=\"r8\">-0</a>"},
         {"<a dt:dt=\"r8\">--1</a>", "<a dt:dt=\"r8\">0</a>"},
-        {"<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>", "<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>"},
+        {"<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>",
+         "<a dt:dt=\"r8\">-INF</a><a dt:dt=\"r8\">NaN</a>"},
         {"<a dt:dt=\"r4\">0.5</a>", "<a dt:dt=\"r4\">0.5</a>"},
         // Dates are UTC; the zone of dateTime.tz is an hour east.
-        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>", "<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>"},
-        {"<a dt:dt=\"dateTime\"> 1969-12-31T23:59:59.5Z </a>", "<a dt:dt=\"dateTime\">1969-12-31T23:59:59</a>"},
-        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56-05:30</a>", "<a dt:dt=\"dateTime\">2026-11-25T00:05:56</a>"},
-        {"<a dt:dt=\"dateTime.tz\">2026-11-24</a>", "<a dt:dt=\"dateTime\">2026-11-24T01:00:00</a>"},
+        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>",
+         "<a dt:dt=\"dateTime\">2026-11-24T18:35:56</a>"},
+        {"<a dt:dt=\"dateTime\"> 1969-12-31T23:59:59.5Z </a>",
+         "<a dt:dt=\"dateTime\">1969-12-31T23:59:59</a>"},
+        {"<a dt:dt=\"dateTime\">2026-11-24T18:35:56-05:30</a>",
+         "<a dt:dt=\"dateTime\">2026-11-25T00:05:56</a>"},
+        {"<a dt:dt=\"dateTime.tz\">2026-11-24</a>",
+         "<a dt:dt=\"dateTime\">2026-11-24T01:00:00</a>"},
         // Blocks.
-        {"<a dt:dt=\"bin.base64\"><![CDATA[AAEC\n/w==]]></a>", "<a dt:dt=\"bin.base64\"><![CDATA[AAEC/w==]]></a>"},
+        {"<a dt:dt=\"bin.base64\"><![CDATA[AAEC\n/w==]]></a>",
+         "<a dt:dt=\"bin.base64\"><![CDATA[AAEC/w==]]></a>"},
         {"<a dt:dt=\"bin.base64\"/>", "<a dt:dt=\"bin.base64\"><![CDATA[]]></a>"},
         // A type nobody knows is an attribute like any other.
         {"<a dt:dt=\"uuid\">x</a>", "<a _x0064_t:dt=\"uuid\"><![CDATA[x]]></a>"},
@@ -103,7 +111,8 @@ TEST(Xml, FlagsOfTheLoader) {
         const char* sIn;
         const char* sOut;
     } const aoCases[] = {
-        {Data::XML_KEEP_UNKNOWN, "<a>&x; & &#0; &#xD800; &</a>", "<a><![CDATA[&x; & &#0; &#xD800; &]]></a>"},
+        {Data::XML_KEEP_UNKNOWN, "<a>&x; & &#0; &#xD800; &</a>",
+         "<a><![CDATA[&x; & &#0; &#xD800; &]]></a>"},
         {Data::XML_SKIP_BLANKS, "<a> \n</a><a> x</a>", "<a/><a><![CDATA[ x]]></a>"},
         {Data::XML_SKIP_HTML, "<a><meta x='1'>1<br>2<br/>3</br></a>", "<a><![CDATA[123]]></a>"},
         {Data::XML_LOOSE_TAGS, "<a b c=1 d='2'/>", "<a b=\"\" c=\"1\" d=\"2\"/>"},
@@ -114,9 +123,11 @@ TEST(Xml, FlagsOfTheLoader) {
 }
 
 TEST(Xml, NamesAndAttributesSurvive) {
-    const char* const asNames[] = {"a b", "1", "-", "a/b", "ä:ö", "_x0041_", "_x0041", "x_x0041_",
-                                   "_x0041 ", "_x12", "\x01", "\xF0\x9F\x98\x80", "dt:dt", "dt:x",
-                                   "xmlns:dt", "CDNodeID", "CDNodeIDREF", "CDNodeX", "br", "xml"};
+    const char* const asNames[] = {"a b",         "1",       "-",        "a/b",
+                                   "ä:ö",         "_x0041_", "_x0041",   "x_x0041_",
+                                   "_x0041 ",     "_x12",    "\x01",     "\xF0\x9F\x98\x80",
+                                   "dt:dt",       "dt:x",    "xmlns:dt", "CDNodeID",
+                                   "CDNodeIDREF", "CDNodeX", "br",       "xml"};
     Data oTree = NewTree();
     oTree.SetRootName("R");
     for (const char* s : asNames) oTree.CreateNewSucc(s).SetAttVal(s, "1 < \"2\"\t'\n\r& \x01");
@@ -133,17 +144,19 @@ TEST(Xml, NamesAndAttributesSurvive) {
 }
 
 TEST(Xml, LinksAreNumbers) {
-    const Data oTree = Loaded("<R CDNodeID='ID9'><a CDNodeIDREF='ID7' CDNodeRefType='x'/>"
-                              "<b CDNodeIDREF='ID9'/><c CDNodeIDREF='ID8'/><d CDNodeID='ID7'>1</d></R>");
+    const Data oTree = Loaded(
+        "<R CDNodeID='ID9'><a CDNodeIDREF='ID7' CDNodeRefType='x'/>"
+        "<b CDNodeIDREF='ID9'/><c CDNodeIDREF='ID8'/><d CDNodeID='ID7'>1</d></R>");
     EXPECT_EQ(oTree.GetCheckedSucc("a").GetValLink(), oTree.GetCheckedSucc("d"));
     EXPECT_EQ(oTree.GetCheckedSucc("b").GetValLink(), oTree);
     EXPECT_EQ(oTree.GetCheckedSucc("c").GetType(), Data_Node::Empty);
     const std::string sSaved = Saved(oTree);
-    EXPECT_EQ(sSaved, TOP + " CDNodeID=\"ID1\">\n"
-                            "\t<a CDNodeIDREF=\"ID2\" CDNodeRefType=\"link\"/>\n"
-                            "\t<b CDNodeIDREF=\"ID1\" CDNodeRefType=\"link\"/>\n"
-                            "\t<c/>\n"
-                            "\t<d CDNodeID=\"ID2\"><![CDATA[1]]></d>\n</R>\n"s);
+    EXPECT_EQ(sSaved, TOP +
+                          " CDNodeID=\"ID1\">\n"
+                          "\t<a CDNodeIDREF=\"ID2\" CDNodeRefType=\"link\"/>\n"
+                          "\t<b CDNodeIDREF=\"ID1\" CDNodeRefType=\"link\"/>\n"
+                          "\t<c/>\n"
+                          "\t<d CDNodeID=\"ID2\"><![CDATA[1]]></d>\n</R>\n"s);
     EXPECT_EQ(Saved(Loaded(sSaved)), sSaved);
     // Out of a part of a tree, and to what is gone.
     Data oTarget = oTree.GetCheckedSucc("d");
@@ -164,8 +177,9 @@ TEST(Xml, WhereADocumentGoes) {
     oTree.SetToNode(1);
     EXPECT_EQ(oTree.LoadFromXMLString("<d><e/></d>", 0), 2u);
     EXPECT_EQ(oTree.GetId(), 0u);
-    EXPECT_EQ(Saved(oTree, 0), "<b xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">\n\t<c>\n"
-                               "\t\t<d>\n\t\t\t<e/>\n\t\t</d>\n\t</c>\n</b>\n");
+    EXPECT_EQ(Saved(oTree, 0),
+              "<b xmlns:dt=\"urn:schemas-microsoft-com:datatypes\">\n\t<c>\n"
+              "\t\t<d>\n\t\t\t<e/>\n\t\t</d>\n\t</c>\n</b>\n");
     EXPECT_EQ(Saved(NewTree(), 0), "<Root xmlns:dt=\"urn:schemas-microsoft-com:datatypes\"/>\n");
 }
 
@@ -180,7 +194,8 @@ TEST(Xml, CodingsOfTheInput) {
         }
         return sBytes;
     };
-    const std::u16string sWide = u"<?xml version='1.0' encoding='UTF-16'?><a>\u00E4\u20AC\U0001F600</a>";
+    const std::u16string sWide =
+        u"<?xml version='1.0' encoding='UTF-16'?><a>\u00E4\u20AC\U0001F600</a>";
     const Pair aoCases[] = {
         {"\xEF\xBB\xBF<a>\xC3\xA4</a>", "ä"},
         {"<?xml version='1.0' encoding=\"utf-8\"?><a>\xC3\xA4</a>", "ä"},
@@ -200,8 +215,10 @@ TEST(Xml, CodingsOfTheInput) {
         oTree.LoadFromXML(oStream, 0);
         EXPECT_EQ(oTree.GetValStr(), sOut) << sIn;
     }
-    EXPECT_EQ(Error("<?xml version='1.0' encoding='EBCDIC'?><a/>"), "unknown character coding: \"EBCDIC\"");
-    EXPECT_EQ(Error("<?xml version='1.0' encoding='UTF-16'?><a/>"), "unknown character coding: \"UTF-16\"");
+    EXPECT_EQ(Error("<?xml version='1.0' encoding='EBCDIC'?><a/>"),
+              "unknown character coding: \"EBCDIC\"");
+    EXPECT_EQ(Error("<?xml version='1.0' encoding='UTF-16'?><a/>"),
+              "unknown character coding: \"UTF-16\"");
     EXPECT_EQ(Error("\xFF\xFE\0\0<\0\0\0"s), "unknown character coding: \"UTF-32\"");
 }
 
@@ -219,22 +236,44 @@ TEST(Xml, WhatSurroundsTheElements) {
         return "invalid character '"s + s + "' after '" + c + "'";
     };
     const Pair aoBad[] = {
-        {"", sNone}, {"text", sNone}, {"<a/>text", sNone}, {"<a/><b/>", sNone}, {"</a>", sNone},
-        {"<a></b>", sNone}, {"<a><b></a></b>", sNone}, {"<a/><!DOCTYPE a>", sNone},
-        {"<a><!x></a>", sNone}, {"<![CDATA[]]>", sNone}, {"<a/>\n<![CDATA[]]>", sNone},
+        {"", sNone},
+        {"text", sNone},
+        {"<a/>text", sNone},
+        {"<a/><b/>", sNone},
+        {"</a>", sNone},
+        {"<a></b>", sNone},
+        {"<a><b></a></b>", sNone},
+        {"<a/><!DOCTYPE a>", sNone},
+        {"<a><!x></a>", sNone},
+        {"<![CDATA[]]>", sNone},
+        {"<a/>\n<![CDATA[]]>", sNone},
         {"<a b='1' b='2'/>", sNone},
-        {"<a>", oMissing('<')}, {"<a>x", oMissing('<')}, {"<?xml", oMissing('>')},
-        {"<!--x", oMissing('>')}, {"<!--x>", oMissing('-')}, {"<!-x-->", oMissing('-')},
-        {"<a", oMissing('>')}, {"<a b='1'", oMissing('>')}, {"<a/", oMissing('>')},
-        {"<a / >", oMissing('>')}, {"<a b/>", oMissing('=')}, {"<a b=1/>", oMissing('"')},
-        {"<a b='1><c/>", oMissing('\'')}, {"<a><![CDATA[x]]", oMissing('>')},
+        {"<a>", oMissing('<')},
+        {"<a>x", oMissing('<')},
+        {"<?xml", oMissing('>')},
+        {"<!--x", oMissing('>')},
+        {"<!--x>", oMissing('-')},
+        {"<!-x-->", oMissing('-')},
+        {"<a", oMissing('>')},
+        {"<a b='1'", oMissing('>')},
+        {"<a/", oMissing('>')},
+        {"<a / >", oMissing('>')},
+        {"<a b/>", oMissing('=')},
+        {"<a b=1/>", oMissing('"')},
+        {"<a b='1><c/>", oMissing('\'')},
+        {"<a><![CDATA[x]]", oMissing('>')},
         {"<a><![CDATA[x></a>", oMissing(']')},
-        {"<>", oInvalid(">", '<')}, {"< a/>", oInvalid(" ", '<')}, {"<1/>", oInvalid("1", '<')},
-        {"<a\xC3\x97/>", oInvalid("\xC3\x97", 'a')}, {"<a b='1'c='2'/>", oInvalid("c", '\'')},
+        {"<>", oInvalid(">", '<')},
+        {"< a/>", oInvalid(" ", '<')},
+        {"<1/>", oInvalid("1", '<')},
+        {"<a\xC3\x97/>", oInvalid("\xC3\x97", 'a')},
+        {"<a b='1'c='2'/>", oInvalid("c", '\'')},
         {"<a>\0</a>"s, sNone},
         {"<a dt:dt='bin.base64'>AA==</a>", "missing header for binary data in XML string"},
-        {"<a dt:dt='bin.base64'> <![CDATA[AA==]]></a>", "missing header for binary data in XML string"},
-        {"<a dt:dt='bin.base64'><![CDATA[A]]><![CDATA[A]]></a>", "missing header for binary data in XML string"},
+        {"<a dt:dt='bin.base64'> <![CDATA[AA==]]></a>",
+         "missing header for binary data in XML string"},
+        {"<a dt:dt='bin.base64'><![CDATA[A]]><![CDATA[A]]></a>",
+         "missing header for binary data in XML string"},
         {"<a dt:dt='bin.base64'><![CDATA[AA==]></a>", oMissing(']')},
         {"<a dt:dt='bin.base64'><![CDATA[A]]></a>", "unknown xml sequene \"A\""},
         {"<a dt:dt='dateTime'>yesterday</a>", "unknown xml sequene \"yesterday\""},
@@ -243,7 +282,8 @@ TEST(Xml, WhatSurroundsTheElements) {
         {"<a CDNodeID='ID1' CDNodeIDREF='ID1'><b/></a>", "node \"a\" with wrong data type: 'Tree'"},
     };
     for (const auto& [sIn, sError] : aoBad) EXPECT_EQ(Error(sIn), sError) << sIn;
-    EXPECT_EQ(Trail([] { Loaded("<a"); }), "vok::Data::LoadFromXML\nvok::Data::LoadFromXMLString\n");
+    EXPECT_EQ(Trail([] { Loaded("<a"); }),
+              "vok::Data::LoadFromXML\nvok::Data::LoadFromXMLString\n");
 }
 
 TEST(Xml, PlaceOfAnError) {
@@ -276,11 +316,35 @@ TEST(Xml, PlaceOfAnError) {
     }
 }
 
+// Tokens that end where the pieces end that a stream is read in.
+TEST(Xml, EndsOfPieces) {
+    constexpr std::size_t PIECE = 256 * 1024;
+    for (const char* s : {"<a b='", "<a>", "<a><![CDATA[", "<a/><!--", "<a/>", "<!DOCTYPE a ["}) {
+        for (const std::size_t uSize : {PIECE - 1, PIECE, PIECE + 1, 2 * PIECE}) {
+            const std::string sText = s + std::string(uSize - std::strlen(s), ' ');
+            Load_Report aoReport[2];
+            std::string asError[2];
+            for (const bool bMemory : {true, false}) {
+                Data oTree;
+                Drop_Stream oStream(sText, 100000);
+                File_Buf oBuf(sText.data(), sText.size());
+                File_Stream& oIn = bMemory ? static_cast<File_Stream&>(oBuf) : oStream;
+                asError[bMemory] =
+                    Raised([&] { oTree.LoadFromXML(oIn, 0, {}, &aoReport[bMemory]); });
+            }
+            EXPECT_EQ(asError[0], asError[1]) << s << uSize;
+            EXPECT_EQ(aoReport[0].m_uOffset, aoReport[1].m_uOffset) << s << uSize;
+            EXPECT_EQ(aoReport[0].m_uColumn, aoReport[1].m_uColumn) << s << uSize;
+        }
+    }
+}
+
 // A tree with all that a document can carry, deep and wide enough for several pieces.
 Data LargeTree() {
     Data oTree = NewTree();
     std::mt19937 oRandom(7);
-    Grow(oTree, oRandom, 3000, {"a", "bb", "list", "name with blanks", "longer_than_sixteen_bytes", ""});
+    Grow(oTree, oRandom, 3000,
+         {"a", "bb", "list", "name with blanks", "longer_than_sixteen_bytes", ""});
     for (u2_t u = 1; u < oTree.GetNodes(); ++u) {
         Data o = oTree.GetNodeFromID(u);
         if (u % 7 == 0) o.SetAttVal("k&", std::to_string(u).c_str());
@@ -288,7 +352,9 @@ Data LargeTree() {
         switch (u % 8) {
             case 0: o.SetValInt(static_cast<i2_t>(oRandom())); break;
             case 1: o.SetValDbl(std::bit_cast<double>(u3_t{oRandom()} << 32)); break;
-            case 2: o.SetValStr(std::string(u % 100, static_cast<char>('[' + u % 3)).c_str()); break;
+            case 2:
+                o.SetValStr(std::string(u % 100, static_cast<char>('[' + u % 3)).c_str());
+                break;
             case 3: o.SetValBool(u % 3 == 0); break;
             case 4: o.SetValLink(oTree.GetNodeFromID(Below(oRandom, oTree.GetNodes()))); break;
             case 5: o.SetValBin("\0\1\2\3\4\5", u % 7); break;
@@ -337,8 +403,9 @@ TEST(Xml, SameThroughEveryStreamAndFormat) {
 }
 
 TEST(Xml, CutOffAnywhere) {
-    const std::string sText = "<!DOCTYPE R [<!-- x -->]><R a='1'><!-- c --><b dt:dt=\"i4\">12</b>"
-                              "<?p q?><c><![CDATA[x]]>&amp;</c><d e=\"f\"><g/></d></R>";
+    const std::string sText =
+        "<!DOCTYPE R [<!-- x -->]><R a='1'><!-- c --><b dt:dt=\"i4\">12</b>"
+        "<?p q?><c><![CDATA[x]]>&amp;</c><d e=\"f\"><g/></d></R>";
     for (std::size_t u = 0; u < sText.size(); ++u) {
         const std::string sPart = sText.substr(0, u);
         EXPECT_NE(Error(sPart), NOTHING_RAISED) << sPart;
@@ -375,7 +442,7 @@ TEST(Xml, LargeInLinearTime) {
 
 TEST(Xml, LimitsHold) {
     struct {
-        u3_t Limits::* pLimit;
+        u3_t Limits::*pLimit;
         const char* sName;
         const char* sField;
         const char* sGood;
@@ -383,8 +450,10 @@ TEST(Xml, LimitsHold) {
     } const aoCases[] = {
         {&Limits::m_uNodes, "nodes", "m_uNodes", "<a><b/><b/></a>", "<a><b/><b/><b/></a>"},
         {&Limits::m_uDepth, "depth", "m_uDepth", "<a><b><c/></b></a>", "<a><b><c><d/></c></b></a>"},
-        {&Limits::m_uAttributes, "attributes", "m_uAttributes", "<a b='' c='' d=''/>", "<a b='' c='' d='' e=''/>"},
-        {&Limits::m_uTextBytes, "text bytes", "m_uTextBytes", "<a>x<!---->yz</a>", "<a>x<!---->yz1</a>"},
+        {&Limits::m_uAttributes, "attributes", "m_uAttributes", "<a b='' c='' d=''/>",
+         "<a b='' c='' d='' e=''/>"},
+        {&Limits::m_uTextBytes, "text bytes", "m_uTextBytes", "<a>x<!---->yz</a>",
+         "<a>x<!---->yz1</a>"},
     };
     for (const auto& o : aoCases) {
         Limits oLimits;

@@ -134,7 +134,8 @@ TEST_F(Program, Archives) {
     EXPECT_EQ(Run("zip add a.zip d two").iExit, 0) << OnDisk("err");
     EXPECT_EQ(Run("zip add a.zip in --store").iExit, 0) << OnDisk("err");
     EXPECT_NE(Run("zip list a.zip").sOut.find("5 members"), std::string::npos) << OnDisk("out");
-    EXPECT_EQ(Run("zip test a.zip").sOut, "d/: good\nd/e/: good\nd/e/one: good\ntwo: good\nin: good\n");
+    EXPECT_EQ(Run("zip test a.zip").sOut,
+              "d/: good\nd/e/: good\nd/e/one: good\ntwo: good\nin: good\n");
     EXPECT_EQ(Run("zip extract a.zip -d to").iExit, 0) << OnDisk("err");
     EXPECT_EQ(OnDisk("to/d/e/one"), OnDisk("d/e/one"));
     EXPECT_EQ(Run("zip extract a.zip -d to2 two none").iExit, 1);

@@ -31,11 +31,16 @@ struct TypeName {
     bool bZone = false;  // dates are an hour east of UTC
 };
 inline constexpr TypeName TYPES[] = {
-    {"i4", Data_Node::Integer},          {"r8", Data_Node::Double},
-    {"boolean", Data_Node::Boolean},     {"i8", Data_Node::Long},
-    {"dateTime", Data_Node::Date},       {"r4", Data_Node::Float},
-    {"char", Data_Node::Char},           {"quad", Data_Node::Quad},
-    {"bin.base64", Data_Node::Binary},   {"bool", Data_Node::Boolean},
+    {"i4", Data_Node::Integer},
+    {"r8", Data_Node::Double},
+    {"boolean", Data_Node::Boolean},
+    {"i8", Data_Node::Long},
+    {"dateTime", Data_Node::Date},
+    {"r4", Data_Node::Float},
+    {"char", Data_Node::Char},
+    {"quad", Data_Node::Quad},
+    {"bin.base64", Data_Node::Binary},
+    {"bool", Data_Node::Boolean},
     {"dateTime.tz", Data_Node::Date, true},
 };
 // Null for any other text.

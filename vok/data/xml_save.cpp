@@ -231,8 +231,7 @@ class XmlWriter {
             } else {
                 m_oRoom.Add(sName.data(), sName.size());
             }
-            WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()},
-                           b.HeapAt(b.FindAttribute(uId, uKey)));
+            WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()}, b.HeapAt(b.FindAttribute(uId, uKey)));
         }
     }
 
@@ -277,8 +276,7 @@ class XmlWriter {
             }
             case Node::Float:
             case Node::Double:
-                return WriteTyped(uId,
-                                  {s, FormatReal(std::bit_cast<double>(oNode.Value64()), s)});
+                return WriteTyped(uId, {s, FormatReal(std::bit_cast<double>(oNode.Value64()), s)});
             case Node::Date:
                 return WriteTyped(uId,
                                   {s, FormatDate(std::bit_cast<double>(oNode.Value64()), 'T', s)});
@@ -292,8 +290,7 @@ class XmlWriter {
             case Node::Binary: {
                 m_oValue.Truncate(0);
                 const std::size_t uSize = oNode.uWord3;
-                EncodeBase64(b.HeapAt(oNode.uWord2), uSize,
-                             m_oValue.AddSpace(Base64Size(uSize)));
+                EncodeBase64(b.HeapAt(oNode.uWord2), uSize, m_oValue.AddSpace(Base64Size(uSize)));
                 StartTyped(oNode.GetType());
                 WriteCdata({m_oValue.Beg(), m_oValue.Size()});
                 return WriteEndTag(uId);
@@ -371,7 +368,7 @@ class XmlWriter {
     u2_t m_uTop = 0;
     bool m_bAttributes;
     Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oPlain;  // by key
+    Arr<u0_t> m_oPlain;   // by key
     Arr<u2_t> m_oNumber;  // by id, not 0 for the target of a link; empty when there are no links
     u2_t m_uNumbers = 0;
     Arr<u2_t> m_oAttKeys;

@@ -6,6 +6,7 @@
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
+#include "vok/data/load_report.h"
 #include "vok/data/select.h"
 #include "vok/data/store.h"
 #include "vok/dgraph/access.h"
@@ -430,12 +431,7 @@ class ReportOnExit {
     ~ReportOnExit() {
         if (m_pReport == nullptr) return;
         m_pReport->m_uOffset += m_oSource.Offset();  // behind the header, counted before
-        m_pReport->m_uNodes = m_oData.GetNodes();
-        try {
-            m_pReport->m_oPath = m_oData.GetNodeFromID(m_oReader.CurrentNode()).GetPath();
-        } catch (const std::exception&) {
-            m_pReport->m_oPath.Clear();
-        }
+        vok::detail::ReportNode(*m_pReport, m_oData, m_oReader.CurrentNode());
     }
     ReportOnExit(const ReportOnExit&) = delete;
     ReportOnExit& operator=(const ReportOnExit&) = delete;

@@ -50,8 +50,8 @@ u3_t File::WriteXML(File_Stream& oStream, std::string_view sText) {
     });
 }
 
-void File::SplitXMLToken(std::string_view sTag, Str& oName,
-                         std::vector<XML_Attribute>& oAttributes, u2_t uFlags) {
+void File::SplitXMLToken(std::string_view sTag, Str& oName, std::vector<XML_Attribute>& oAttributes,
+                         u2_t uFlags) {
     return Where("vok::File::SplitXMLToken", [&] {
         Arr<char> oBytes;
         oBytes.Add('<');  // what an error in front of the name is reported after

@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t PIECE = 256 * 1024;
 
 // windows-1252 where it differs from ISO-8859-1 (WHATWG Encoding, index windows-1252).
-constexpr u1_t WINDOWS_1252[32] = {
-    0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+constexpr u1_t WINDOWS_1252[32] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
+                                   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
 
 [[nodiscard]] bool IsUtf16(Coding eCoding) noexcept {
     return eCoding == Coding::Utf16LittleEndian || eCoding == Coding::Utf16BigEndian;
@@ -198,12 +198,14 @@ void Source::Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexc
     switch (m_eCoding) {
         case Coding::Utf8: oPlace.uOffset += static_cast<u3_t>(pTo - pFrom); break;
         case Coding::Latin1:
-        case Coding::Windows1252: oPlace.uOffset += static_cast<u3_t>(oCharacters(pFrom, pTo)); break;
+        case Coding::Windows1252:
+            oPlace.uOffset += static_cast<u3_t>(oCharacters(pFrom, pTo));
+            break;
         case Coding::Utf16LittleEndian:
         case Coding::Utf16BigEndian: {
             // Characters above U+FFFF, four bytes in UTF-8, take two units.
-            const auto iLong = std::count_if(
-                pFrom, pTo, [](char c) { return static_cast<u0_t>(c) >= 0xF0; });
+            const auto iLong =
+                std::count_if(pFrom, pTo, [](char c) { return static_cast<u0_t>(c) >= 0xF0; });
             oPlace.uOffset += 2 * static_cast<u3_t>(oCharacters(pFrom, pTo) + iLong);
             break;
         }

@@ -27,8 +27,8 @@ class Source {
     [[nodiscard]] const char* Begin() const noexcept { return m_pBegin; }
     [[nodiscard]] const char* End() const noexcept { return m_pEnd; }
 
-    // Reads more, and drops what lies before p; both pointers move along. False at the end of
-    // the stream; then nothing has changed. Reads at least as much again as it has to keep, so
+    // Reads more, and drops what lies before p; both pointers move along with the bytes that are
+    // kept. False at the end of the stream. Reads at least as much again as it has to keep, so
     // that who looks at a token anew after each call does so in linear time.
     bool Fetch(const char*& p, const char*& pEnd);
 
@@ -52,9 +52,9 @@ class Source {
     bool m_bAtEnd = false;
     const char* m_pBegin = nullptr;
     const char* m_pEnd = nullptr;
-    Place m_oPlace{0, 1, 1};  // of m_pBegin
+    Place m_oPlace{0, 1, 1};   // of m_pBegin
     u3_t m_uBytes = ~u3_t{0};  // of the stream, once all were converted
-    Arr<char> m_oBytes;       // what was read of another stream, or converted
+    Arr<char> m_oBytes;        // what was read of another stream, or converted
 };
 
 }  // namespace vok::xml

@@ -17,9 +17,9 @@ struct Range {
     u2_t uLast;
 };
 constexpr Range START_RANGES[] = {
-    {0xC0, 0xD6},      {0xD8, 0xF6},      {0xF8, 0x2FF},     {0x370, 0x37D},   {0x37F, 0x1FFF},
-    {0x200C, 0x200D},  {0x2070, 0x218F},  {0x2C00, 0x2FEF},  {0x3001, 0xD7FF}, {0xF900, 0xFDCF},
-    {0xFDF0, 0xFFFD},  {0x10000, 0xEFFFF},
+    {0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
+    {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
+    {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
 };
 constexpr Range MORE_RANGES[] = {{0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
 
@@ -57,8 +57,8 @@ u2_t DecodeReference(std::string_view sText, std::size_t& uLength) noexcept {
         std::string_view sName;
         u2_t uCode;
     };
-    static constexpr Entity ENTITIES[] = {{"amp;", '&'},   {"lt;", '<'},   {"gt;", '>'},
-                                          {"quot;", '"'},  {"apos;", '\''}, {"nbsp;", 0xA0}};
+    static constexpr Entity ENTITIES[] = {{"amp;", '&'},  {"lt;", '<'},    {"gt;", '>'},
+                                          {"quot;", '"'}, {"apos;", '\''}, {"nbsp;", 0xA0}};
     for (const Entity& o : ENTITIES) {
         if (!sText.starts_with(o.sName)) continue;
         uLength = o.sName.size();

@@ -15,8 +15,8 @@ enum Class : u0_t {
     NAME_START = 1,
     NAME = 2,
     BLANK = 4,
-    PLAIN = 8,        // means nothing in a text or a value, and is no NUL
-    CONTROL = 16,     // has to be written as a reference to survive in a value
+    PLAIN = 8,     // means nothing in a text or a value, and is no NUL
+    CONTROL = 16,  // has to be written as a reference to survive in a value
 };
 
 inline constexpr std::array<u0_t, 256> CLASSES = [] {

@@ -1,0 +1,160 @@
+// What the attributes and texts of elements stand for.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+#include "vok/base/base64.h"
+#include "vok/base/date.h"
+#include "vok/base/number.h"
+#include "vok/data/xml_loader.h"
+
+namespace vok::detail {
+
+void XmlLoader::SetAttributes() {
+    const Arr<xml::Tag::Attribute>& oAttributes = m_oTag.Attributes();
+    if (oAttributes.Size() > m_oLimits.m_uAttributes) {
+        Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
+    }
+    for (const xml::Tag::Attribute& o : oAttributes) {
+        if (o.sName == xml::DT_DECLARATION) continue;
+        const bool bType = o.sName == "dt:dt" || o.sName == "dt:type";
+        if (bType && SetType(o.sValue)) continue;
+        if (o.sName == xml::NODE_ID) {
+            m_oTarget.Add(Numbered{NumberOf(o.sValue), m_uNode});
+        } else if (o.sName == xml::NODE_REFERENCE) {
+            m_oLink.Add(Numbered{NumberOf(o.sValue), m_uNode});
+        } else if (o.sName != xml::REFERENCE_TYPE) {
+            SetAttribute(o);
+        }
+    }
+}
+
+i2_t XmlLoader::NumberOf(std::string_view sValue) noexcept {
+    char s[NUMBER_ROOM] = {};
+    if (sValue.size() > 2) sValue.substr(2).copy(s, sizeof(s) - 1);
+    return ParseLong(s);
+}
+
+bool XmlLoader::SetType(std::string_view sType) {
+    Node& oNode = b.m_oNode(m_uNode);
+    if (oNode.GetType() == Node::Tree) return false;
+    const xml::TypeName* pType = xml::FindType(sType);
+    if (pType == nullptr) return false;
+    u3_t uValue = pType->bZone ? std::bit_cast<u3_t>(3600.0) : 0;
+    if (pType->eType == Node::Quad) uValue = b.AddHeap(NO_WORDS, QUAD_REST);
+    b.DropValue(oNode);
+    oNode.SetType(pType->eType);
+    oNode.SetValue64(uValue);
+    return true;
+}
+
+void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
+    m_oText.Truncate(0);
+    std::string_view sValue = o.sValue;
+    const auto oIsSpecial = [](char c) { return c == '&' || c == '\t' || c == '\n' || c == '\r'; };
+    if (std::any_of(sValue.begin(), sValue.end(), oIsSpecial)) {
+        // Line breaks that are no references are blanks (XML 1.0, 3.3.3).
+        m_oBlanked.Truncate(0);
+        m_oBlanked.Add(sValue.data(), sValue.size());
+        std::replace_if(
+            m_oBlanked.Beg(), m_oBlanked.End(), [](char c) { return xml::Is(c, xml::BLANK); }, ' ');
+        xml::DecodeText(m_oText, {m_oBlanked.Beg(), m_oBlanked.Size()}, KeepsUnknown());
+        sValue = {m_oText.Beg(), m_oText.Size()};
+    }
+    CheckNoNul(sValue);
+    const Utf8_Text oName(Decoded(o.sName, m_oNameRoom));
+    const Utf8_Text oValue(sValue);
+    if (oName.Len() == 0) Msg::UnallowedAttribute("");
+    if (!b.AddAttribute(m_uNode, oName.View(), oValue.View())) Msg::NoXmlStream();
+    m_oText.Truncate(0);
+}
+
+void XmlLoader::AddText(std::string_view sRun) {
+    const Node::Type eType = b.m_oNode(m_uNode).GetType();
+    if (eType == Node::Tree) return;
+    if (eType == Node::Binary) Msg::MissingHeaderForBinaryData();
+    CheckLength(sRun.size());
+    CheckNoNul(sRun);
+    xml::DecodeText(m_oText, sRun, KeepsUnknown());
+    m_bText = true;
+}
+
+void XmlLoader::AddCdata(std::string_view sRun) {
+    const Node::Type eType = b.m_oNode(m_uNode).GetType();
+    if (eType == Node::Tree) return;
+    if (eType == Node::Binary && m_bText) Msg::MissingHeaderForBinaryData();
+    CheckLength(sRun.size());
+    CheckNoNul(sRun);
+    m_oText.Add(sRun.data(), sRun.size());
+    m_bText = true;
+}
+
+void XmlLoader::EndTextBeforeElement() {
+    if (!m_bText) return;
+    if (!xml::IsBlank({m_oText.Beg(), m_oText.Size()})) SetText();
+    m_oText.Truncate(0);
+    m_bText = false;
+}
+
+void XmlLoader::SetText() {
+    SetValue(m_uNode, {m_oText.Beg(), m_oText.Size()});
+    m_oText.Truncate(0);
+    m_bText = false;
+}
+
+void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
+    Node& oNode = b.m_oNode(uId);
+    switch (oNode.GetType()) {
+        case Node::Boolean: oNode.uWord2 = ParseLongAnyBase(sText) != 0; break;
+        case Node::Integer: oNode.uWord2 = static_cast<u2_t>(ParseLongAnyBase(sText)); break;
+        case Node::Char: {
+            const char* p = sText.data();
+            if (!sText.empty()) oNode.uWord2 = DecodeUtf8(p, p + sText.size());
+            break;
+        }
+        case Node::Float:
+        case Node::Double: oNode.SetValue64(std::bit_cast<u3_t>(ParseReal(sText))); break;
+        case Node::Date: {
+            double dSeconds;
+            if (!ParseDate(sText, dSeconds)) RaiseUnknownText(sText);
+            dSeconds += std::bit_cast<double>(oNode.Value64());
+            oNode.SetValue64(std::bit_cast<u3_t>(dSeconds));
+            break;
+        }
+        case Node::Long: oNode.SetValue64(ParseLong64(sText)); break;
+        case Node::Quad: SetQuad(uId, sText); break;
+        case Node::Binary: SetBlock(uId, sText); break;
+        case Node::Tree: break;
+        default:
+            if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) break;
+            b.SetNewText(uId, sText);
+    }
+}
+
+void XmlLoader::RaiseUnknownText(std::string_view sText) {
+    Msg::UnknownXmlSequence(Str(sText.substr(0, 64)).CStr());
+}
+
+void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
+    std::array<u2_t, 4> auWord{};
+    for (u2_t& uWord : auWord) {
+        uWord = static_cast<u2_t>(ParseLong64(sText));
+        const std::size_t uComma = sText.find(',');
+        if (uComma == std::string_view::npos) break;
+        sText.remove_prefix(uComma + 1);
+    }
+    // SetType has made room for the words.
+    Node& oNode = b.m_oNode(uId);
+    std::memcpy(b.m_oStr.Beg() + oNode.uWord2, auWord.data() + 1, QUAD_REST);
+    oNode.uWord3 = auWord[0];
+}
+
+void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
+    m_oBlanked.Truncate(0);
+    if (!DecodeBase64(sText, m_oBlanked)) RaiseUnknownText(sText);
+    const u2_t uOffset = b.AddHeap(m_oBlanked.Beg(), m_oBlanked.Size());
+    b.m_oNode(uId).SetValue64(u3_t{m_oBlanked.Size()} << 32 | uOffset);
+}
+
+}  // namespace vok::detail
