@@ -1,7 +1,9 @@
 // Reads the package database of a Debian machine, writes all of it through the serializer to a
-// DGraph file, reads that back and compares every field.
+// DGraph file and to an XML file, reads them back and compares every field.
 #include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include <CLI/CLI.hpp>
@@ -33,14 +35,23 @@ class Stopwatch {
     std::chrono::steady_clock::time_point m_oLast = std::chrono::steady_clock::now();
 };
 
-// Written beside its place and renamed: the file is there whole or not at all.
-void Save(const std::vector<Byte>& aBytes, const std::string& sPath) {
+// Files that are being written, for the handler of Ctrl-C: what is half-written goes away.
+char g_sHalfWritten[4096];
+
+extern "C" void OnInterrupt(int) {
+    if (g_sHalfWritten[0] != 0) std::remove(g_sHalfWritten);
+    std::_Exit(130);
+}
+
+// Lets oWrite write a file beside its place, which is then renamed: the file is there whole or
+// not at all.
+template <class Write>
+void Save(const std::string& sPath, const Write& oWrite) {
     const std::string sBeside = sPath + ".part";
-    vok::File oFile;
-    oFile.Open(sBeside.c_str(), "w", true);
-    oFile.Write(aBytes.data(), aBytes.size());
-    oFile.Close();
+    std::snprintf(g_sHalfWritten, sizeof(g_sHalfWritten), "%s", sBeside.c_str());
+    oWrite(sBeside);
     std::filesystem::rename(sBeside, sPath);
+    g_sHalfWritten[0] = 0;
 }
 
 std::vector<Byte> Load(const std::string& sPath) {
@@ -99,7 +110,11 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
     Serializer oSerializer;
     const std::vector<Byte> aWritten = oSerializer.WriteToBinaryBuffer(oInventory);
     const double dWrite = oWatch.Lap();
-    Save(aWritten, sOutput);
+    Save(sOutput, [&](const std::string& sBeside) {
+        vok::File oFile(sBeside.c_str(), "w");
+        oFile.Write(aWritten.data(), aWritten.size());
+        oFile.Close();
+    });
     std::printf("wrote     %zu bytes to %s in %.1f ms, %.1f ms of them for the file\n",
                 aWritten.size(), sOutput.c_str(), dWrite, oWatch.Lap());
 
@@ -115,7 +130,17 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
     std::printf("read back %u nodes in %.1f ms, objects included\n", oTree.GetNodes(), dRead);
     ShowPaths(oTree);
 
-    if (!Compare(oInventory, oCopy)) return 1;
+    const std::string sXml = sOutput + ".xml";
+    oWatch.Lap();
+    Save(sXml, [&](const std::string& sBeside) { oSerializer.WriteToFile(oInventory, sBeside); });
+    const double dWriteXml = oWatch.Lap();
+    Inventory oFromXml;
+    oSerializer.ReadFromFile(oFromXml, sXml);
+    std::printf("as XML    %lld bytes to %s in %.1f ms, read back in %.1f ms\n",
+                static_cast<long long>(vok::File::Size(sXml.c_str())), sXml.c_str(), dWriteXml,
+                oWatch.Lap());
+
+    if (!Compare(oInventory, oCopy) || !Compare(oInventory, oFromXml)) return 1;
     std::printf("equal in every field\n");
     return 0;
 }
@@ -124,9 +149,11 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
 
 int main(int argc, char** argv) {
     vok::Msg::SetBanner(false);
+    std::signal(SIGINT, OnInterrupt);
+    std::signal(SIGTERM, OnInterrupt);
     CLI::App oApp{
-        "Writes the package database of a Debian machine to a DGraph file, reads it back "
-        "and compares every field. Exits with 1 when anything differs."};
+        "Writes the package database of a Debian machine to a DGraph file and, beside it, to an "
+        "XML file, reads them back and compares every field. Exits with 1 when anything differs."};
     std::string sStatus = "/var/lib/dpkg/status";
     std::string sOutput =
         (std::filesystem::temp_directory_path() / "package_inventory.dgraph").string();

@@ -398,6 +398,12 @@ class Run {
         oIn.Open(oBuf.Data(), oBuf.Size());
         Dgraph_LoadDGraph(oLoaded, oIn);
         Same(Data::Equal(m_oRoot, oLoaded), true, "equality of document", 0);
+        oBuf.Open("w");
+        m_oRoot.SaveToXML(oBuf);
+        oIn.Open(oBuf.Data(), oBuf.Size());
+        oLoaded.Clear();
+        oLoaded.LoadFromXML(oIn, 0);
+        Same(Data::Equal(m_oRoot, oLoaded), true, "equality of XML", 0);
     }
     void ThroughClone() {
         const Data oClone = m_oRoot.MkClone();
