@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 
 #include "tools/commands.h"
@@ -41,6 +42,44 @@ template <class Take>
 void ReadMember(vok::Zip_Archive& oArchive, const Take& oTake) {
     oArchive.OpenCurrentFile();
     ForEachPiece(oArchive, oTake);
+    oArchive.CloseCurrentFile();
+}
+
+// Files, and folders with all that is in them; never the archive itself.
+std::vector<fs::path> FilesToAdd(const std::string& sArchive,
+                                 const std::vector<std::string>& asFile) {
+    std::vector<fs::path> aoPath;
+    for (const std::string& sFile : asFile) {
+        if (!fs::exists(sFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
+        aoPath.emplace_back(sFile);
+        if (!fs::is_directory(sFile)) continue;
+        for (const auto& oEntry : fs::recursive_directory_iterator(sFile)) {
+            aoPath.push_back(oEntry.path());
+        }
+    }
+    std::erase_if(aoPath, [&](const fs::path& oPath) {
+        return fs::exists(sArchive) && fs::exists(oPath) && fs::equivalent(oPath, sArchive);
+    });
+    return aoPath;
+}
+
+void AddFile(vok::Zip_Archive& oArchive, const fs::path& oPath, bool bStore) {
+    const bool bFolder = fs::is_directory(oPath);
+    if (!bFolder && !fs::is_regular_file(oPath)) return;
+    std::string sName = oPath.lexically_normal().relative_path().generic_string();
+    while (sName.starts_with("../")) sName.erase(0, 3);
+    if (bFolder && !sName.ends_with('/')) sName += '/';
+    if (!vok::Zip_IsSafeName(sName)) return;  // "." and the like
+    vok::Zip_NewInfo oInfo;
+    const auto oTime = std::chrono::file_clock::to_sys(fs::last_write_time(oPath));
+    oInfo.m_uDosDate =
+        vok::Zip_DosDate(std::chrono::duration<double>(oTime.time_since_epoch()).count());
+    oArchive.OpenNewFile(vok::Str(sName), oInfo, {}, {}, {},
+                         bStore || bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
+    if (!bFolder) {
+        vok::File oFile(vok::Str(oPath.string()), "Tr");
+        ForEachPiece(oFile, [&](const char* p, std::size_t u) { oArchive.Write(p, u); });
+    }
     oArchive.CloseCurrentFile();
 }
 
@@ -122,37 +161,17 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
 }
 
 int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
-    std::vector<fs::path> aoPath;
-    for (const std::string& sFile : asFile) {
-        if (!fs::exists(sFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
-        aoPath.emplace_back(sFile);
-        if (!fs::is_directory(sFile)) continue;
-        for (const auto& oEntry : fs::recursive_directory_iterator(sFile)) {
-            aoPath.push_back(oEntry.path());
-        }
-    }
+    const bool bNew = !fs::exists(sArchive);
+    const std::vector<fs::path> aoPath = FilesToAdd(sArchive, asFile);
     Progress oProgress("adding");
-    vok::Zip_Archive oArchive(vok::Str(sArchive), "a");
-    for (const fs::path& oPath : aoPath) {
-        const bool bFolder = fs::is_directory(oPath);
-        if (!bFolder && !fs::is_regular_file(oPath)) continue;
-        std::string sName = oPath.lexically_normal().relative_path().generic_string();
-        while (sName.starts_with("../")) sName.erase(0, 3);
-        if (bFolder && !sName.ends_with('/')) sName += '/';
-        if (!vok::Zip_IsSafeName(sName)) continue;  // "." and the like
-        vok::Zip_NewInfo oInfo;
-        const auto oTime = std::chrono::file_clock::to_sys(fs::last_write_time(oPath));
-        const auto oSeconds = std::chrono::duration<double>(oTime.time_since_epoch());
-        oInfo.m_uDosDate = vok::Zip_DosDate(oSeconds.count());
-        oArchive.OpenNewFile(vok::Str(sName), oInfo, {}, {}, {},
-                             bStore || bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
-        if (!bFolder) {
-            vok::File oFile(vok::Str(oPath.string()), "Tr");
-            ForEachPiece(oFile, [&](const char* p, std::size_t u) { oArchive.Write(p, u); });
-        }
-        oArchive.CloseCurrentFile();
-    }
+    // A new archive is made beside its place; one that is appended to can be read as it was until
+    // it is complete.
+    std::optional<Output> oNew;
+    if (bNew) oNew.emplace(sArchive, false);
+    vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
+    for (const fs::path& oPath : aoPath) AddFile(oArchive, oPath, bStore);
     oArchive.Close();
+    if (bNew) oNew->Commit();
     return EXIT_GOOD;
 }
 
