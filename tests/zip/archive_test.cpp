@@ -51,7 +51,7 @@ TEST_F(Zip_Test, WritesTheKnownBytes) {
 TEST_F(Zip_Test, RoundTripsInPieces) {
     std::mt19937 oRandom(7);
     Members oMembers;
-    for (const std::size_t uSize : {0, 1, 65535, 65536, 65537, 196000, 262144, 700000}) {
+    for (const std::size_t uSize : {0u, 1u, 65535u, 65536u, 65537u, 196000u, 262144u, 700000u}) {
         const std::string s = std::to_string(uSize);
         oMembers.emplace_back("noise" + s, Noise(uSize, 8));
         oMembers.emplace_back("text" + s, Noise(uSize, 2));
@@ -296,7 +296,8 @@ TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
 // ---- failures -----------------------------------------------------------------
 
 TEST_F(Zip_Test, AFullDiskIsReportedOnce) {
-    for (const std::size_t uSize : {10, 900000}) {
+    if (File::Size("/dev/full") < 0) GTEST_SKIP() << "no such device";
+    for (const std::size_t uSize : {10u, 900000u}) {
         Zip_Archive oZip("/dev/full", "w");
         const std::string sBytes = Noise(uSize, 8);
         std::string sError = Raised([&] { AddMember(oZip, "n", sBytes); });

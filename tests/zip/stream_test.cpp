@@ -8,9 +8,10 @@ namespace {
 
 std::string Unzlib(const std::string& sBytes, std::size_t uSize) {
     std::string sOut(uSize + 1, 0);
-    uLongf uOut = sOut.size();
+    auto uOut = static_cast<uLongf>(sOut.size());
     EXPECT_EQ(::uncompress(reinterpret_cast<Bytef*>(sOut.data()), &uOut,
-                           reinterpret_cast<const Bytef*>(sBytes.data()), sBytes.size()),
+                           reinterpret_cast<const Bytef*>(sBytes.data()),
+                           static_cast<uLong>(sBytes.size())),
               Z_OK);
     sOut.resize(uOut);
     return sOut;
