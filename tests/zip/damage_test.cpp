@@ -139,7 +139,7 @@ TEST_F(Zip_Test, RefusesEveryTruncationAndTakesWhatLiesAround) {
     for (std::size_t u = 0; u < sSample.size(); ++u) {
         ASSERT_EQ(ReadError(sSample.substr(0, u)), INVALID) << u;
     }
-    for (const std::size_t uSize : {1, 21, 70000, 200000}) {
+    for (const std::size_t uSize : {1u, 21u, 70000u, 200000u}) {
         const std::string sJunk = Noise(uSize, 7);
         EXPECT_EQ(ReadError(sJunk), INVALID);
         EXPECT_EQ(ReadError(sJunk + sSample), NOTHING_RAISED);
@@ -189,7 +189,7 @@ TEST_F(Zip_Test, CommentsWithSignaturesAndZip64) {
     std::string sLarge = ZipBytes({{"n", "bytes"}});
     const std::size_t uEnd = sLarge.size() - 22;
     sLarge.insert(uEnd, "PK\6\7"s + std::string(16, 0));
-    for (const std::size_t uField : {0, 8, 16}) {
+    for (const std::size_t uField : {0u, 8u, 16u}) {
         std::string sHere = sLarge;
         if (uField != 0) sHere.replace(uEnd + 20 + uField, 4, ONES);
         EXPECT_EQ(ReadError(sHere),

@@ -28,7 +28,7 @@ void WriteInPieces(File_Stream& oOut, const std::string& sBytes, std::mt19937& o
 
 TEST_F(Zip_Test, StreamsAgreeWithZlib) {
     std::mt19937 oRandom(5);
-    for (const std::size_t uSize : {0, 1, 1000, 65536, 1000000}) {
+    for (const std::size_t uSize : {0u, 1u, 1000u, 65536u, 1000000u}) {
         const std::string sPlain = Noise(uSize, 3);
         File_Buf oBuf("w");
         {
@@ -92,7 +92,7 @@ TEST_F(Zip_Test, StreamsReadGzip) {
     File("z.gz", "rz").Read(oRead, File_Stream::ALL);
     EXPECT_TRUE(Content(oRead) == sPlain);
     const std::string sJoined = OnDisk("z.gz") + OnDisk("f.gz");
-    for (const std::size_t uMost : {1, 7, 1000000}) {
+    for (const std::size_t uMost : {1u, 7u, 1000000u}) {
         Drop_Stream oBelow(sJoined, uMost);
         EXPECT_EQ(Zip_Stream(oBelow).Read(oRead, File_Stream::ALL), sPlain.size() + 4);
         EXPECT_TRUE(Content(oRead) == sPlain + "file");
