@@ -159,12 +159,21 @@ class Scratch_Dir {
         std::filesystem::temp_directory_path() / ("vok_test_" + std::to_string(sys::ProcessId()));
 };
 
+// Paths are UTF-8.
+inline std::filesystem::path ToPath(const std::string& sPath) {
+    return {std::u8string(sPath.begin(), sPath.end())};
+}
 inline std::string OnDisk(const std::string& sPath) {
-    std::ifstream oIn(sPath, std::ios::binary);
+    std::ifstream oIn(ToPath(sPath), std::ios::binary);
     return {std::istreambuf_iterator<char>(oIn), {}};
 }
 inline void ToDisk(const std::string& sPath, std::string_view sBytes) {
-    std::ofstream(sPath, std::ios::binary) << sBytes;
+    std::ofstream(ToPath(sPath), std::ios::binary) << sBytes;
+}
+// What a file written as text holds, lines ending in "\n" on every system.
+inline std::string LinesOnDisk(const std::string& sPath) {
+    std::ifstream oIn(ToPath(sPath));
+    return {std::istreambuf_iterator<char>(oIn), {}};
 }
 
 inline std::string Content(const File_Buf& oBuf) {

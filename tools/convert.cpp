@@ -1,11 +1,11 @@
 // vok convert: from one form to another.
 #include <array>
-#include <filesystem>
 #include <stdexcept>
 
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/output.h"
+#include "tools/path.h"
 #include "tools/progress.h"
 #include "vok/base/msg.h"
 #include "vok/dgraph/dgraph.h"
@@ -18,7 +18,7 @@ namespace {
 
 // The form that a name asks for by its ending; empty when none does.
 std::string FormatOfName(const std::string& sName) {
-    const std::string sEnding = std::filesystem::path(sName).extension().string();
+    const std::string sEnding = ToText(ToPath(sName).extension());
     if (sEnding == ".xml") return "xml";
     if (sEnding == ".dgraph" || sEnding == ".dg") return "dgraph";
     if (sEnding == ".dump") return "dump";
@@ -46,7 +46,7 @@ void Save(vok::Data& oTree, const std::string& sFormat, const std::string& sVers
 // Writes an archive of one member, named like the archive but for its ending.
 void SaveZipped(vok::Data& oTree, const std::string& sFormat, const ConvertOptions& o) {
     if (o.sOut == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
-    const std::string sStem = std::filesystem::path(o.sOut).stem().string();
+    const std::string sStem = ToText(ToPath(o.sOut).stem());
     const std::string sMember = FormatOfName(sStem).empty() ? sStem + '.' + sFormat : sStem;
     Output oFile(o.sOut, false);
     vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");

@@ -29,7 +29,7 @@ void ReadStandardInput(Arr<char>& oBytes) {
         oBytes.Add(sPiece, uRead);
         oProgress.Add(uRead);
     }
-    if (std::ferror(stdin) != 0) vok::Msg::UnexpectedEndOfFile("-", vok::sys::LastError());
+    if (std::ferror(stdin) != 0) vok::Msg::UnexpectedEndOfFile("-", vok::sys::RuntimeError());
 }
 
 void ReadFile(const std::string& sPath, Arr<char>& oBytes) {

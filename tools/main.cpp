@@ -1,6 +1,8 @@
 // The program "vok": trees in files, without writing code.
+#include <algorithm>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -8,6 +10,7 @@
 #include "tools/output.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/sys/sys.h"
 
 namespace {
 
@@ -116,9 +119,11 @@ void AddZip(CLI::App& oApp) {
 
 int main(int argc, char** argv) {
     vok::Msg::SetBanner(false);
+    vok::sys::PrepareConsole();
     HandleInterrupts();
     CLI::App oApp("Shows, checks and converts object trees in XML and DGraph files.", "vok");
     oApp.require_subcommand(1);
+    oApp.allow_windows_style_options(false);  // paths in trees begin with "/"
     oApp.set_version_flag("--version", std::to_string(vok::VERSION_MAJOR) + '.' +
                                            std::to_string(vok::VERSION_MINOR) + '.' +
                                            std::to_string(vok::VERSION_BUILD));
@@ -132,7 +137,11 @@ int main(int argc, char** argv) {
     AddFileCommands(oApp);
     AddZip(oApp);
     try {
-        oApp.parse(argc, argv);
+        std::vector<std::string> asWord = vok::sys::Arguments(argc, argv);
+        // The parser takes them from the end, without the name of the program.
+        std::reverse(asWord.begin(), asWord.end());
+        if (!asWord.empty()) asWord.pop_back();
+        oApp.parse(asWord);
     } catch (const CLI::ParseError& oError) {
         return oApp.exit(oError) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
     } catch (const std::exception& oError) {

@@ -4,8 +4,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
+#include "tools/path.h"
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"
 
@@ -18,7 +18,7 @@ std::atomic<const char*> g_sHalfWritten{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
 extern "C" void OnInterrupt(int) {
-    if (const char* sPath = g_sHalfWritten.load()) std::remove(sPath);
+    if (const char* sPath = g_sHalfWritten.load()) vok::sys::RemoveOnInterrupt(sPath);
     std::_Exit(130);
 }
 
@@ -44,7 +44,7 @@ Output::~Output() {
         // The file goes away anyhow.
     }
     std::error_code oIgnored;
-    std::filesystem::remove(m_sBeside, oIgnored);
+    std::filesystem::remove(ToPath(m_sBeside), oIgnored);
     g_sHalfWritten.store(nullptr);
 }
 
@@ -58,12 +58,12 @@ void Output::Commit() {
         const std::size_t uSize = m_oBuffer.Size();
         const std::size_t uWritten = std::fwrite(m_oBuffer.Data(), 1, uSize, stdout);
         if (uWritten != uSize || std::fflush(stdout) != 0) {
-            vok::Msg::FileWriteError("-", uSize - uWritten, 0, vok::sys::LastError());
+            vok::Msg::FileWriteError("-", uSize - uWritten, 0, vok::sys::RuntimeError());
         }
         return;
     }
     m_oFile.Close();
-    std::filesystem::rename(m_sBeside, m_sPath);
+    std::filesystem::rename(ToPath(m_sBeside), ToPath(m_sPath));
     g_sHalfWritten.store(nullptr);
     m_sBeside.clear();
 }

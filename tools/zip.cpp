@@ -8,9 +8,11 @@
 
 #include "tools/commands.h"
 #include "tools/output.h"
+#include "tools/path.h"
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 
 namespace tools {
@@ -50,15 +52,17 @@ std::vector<fs::path> FilesToAdd(const std::string& sArchive,
                                  const std::vector<std::string>& asFile) {
     std::vector<fs::path> aoPath;
     for (const std::string& sFile : asFile) {
-        if (!fs::exists(sFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
-        aoPath.emplace_back(sFile);
-        if (!fs::is_directory(sFile)) continue;
-        for (const auto& oEntry : fs::recursive_directory_iterator(sFile)) {
+        const fs::path oFile = ToPath(sFile);
+        if (!fs::exists(oFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
+        aoPath.push_back(oFile);
+        if (!fs::is_directory(oFile)) continue;
+        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) {
             aoPath.push_back(oEntry.path());
         }
     }
+    const fs::path oArchive = ToPath(sArchive);
     std::erase_if(aoPath, [&](const fs::path& oPath) {
-        return fs::exists(sArchive) && fs::exists(oPath) && fs::equivalent(oPath, sArchive);
+        return fs::exists(oArchive) && fs::exists(oPath) && fs::equivalent(oPath, oArchive);
     });
     return aoPath;
 }
@@ -66,7 +70,7 @@ std::vector<fs::path> FilesToAdd(const std::string& sArchive,
 void AddFile(vok::Zip_Archive& oArchive, const fs::path& oPath, bool bStore) {
     const bool bFolder = fs::is_directory(oPath);
     if (!bFolder && !fs::is_regular_file(oPath)) return;
-    std::string sName = oPath.lexically_normal().relative_path().generic_string();
+    std::string sName = ToText(oPath.lexically_normal().relative_path());
     while (sName.starts_with("../")) sName.erase(0, 3);
     if (bFolder && !sName.ends_with('/')) sName += '/';
     if (!vok::Zip_IsSafeName(sName)) return;  // "." and the like
@@ -77,7 +81,7 @@ void AddFile(vok::Zip_Archive& oArchive, const fs::path& oPath, bool bStore) {
     oArchive.OpenNewFile(vok::Str(sName), oInfo, {}, {}, {},
                          bStore || bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
     if (!bFolder) {
-        vok::File oFile(vok::Str(oPath.string()), "Tr");
+        vok::File oFile(vok::Str(ToText(oPath)), "Tr");
         ForEachPiece(oFile, [&](const char* p, std::size_t u) { oArchive.Write(p, u); });
     }
     oArchive.CloseCurrentFile();
@@ -132,12 +136,12 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
         if (!asMember.empty() && !bAsked) return;
         std::erase(asMissing, sName);
         // Links that are already there must not lead out of the folder either.
-        const fs::path oPath = fs::path(sFolder) / sName;
+        const fs::path oPath = ToPath(sFolder) / ToPath(sName);
         bool bSafe = vok::Zip_IsSafeMember(o);
-        fs::path oAbove = sFolder;
-        for (const fs::path& oPart : fs::path(sName)) {
+        fs::path oAbove = ToPath(sFolder);
+        for (const fs::path& oPart : ToPath(sName)) {
             oAbove /= oPart;
-            bSafe = bSafe && !fs::is_symlink(fs::symlink_status(oAbove));
+            bSafe = bSafe && !vok::sys::IsLink(ToText(oAbove).c_str());
         }
         if (!bSafe) {
             std::fprintf(stderr, "vok: \"%s\" would leave the folder: not extracted\n",
@@ -149,7 +153,7 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
             fs::create_directories(oPath);
             return;
         }
-        Output oFile(oPath.string());
+        Output oFile(ToText(oPath));
         ReadMember(oArchive, [&](const char* p, std::size_t u) { oFile.Stream().Write(p, u); });
         oFile.Commit();
     });
@@ -161,7 +165,7 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
 }
 
 int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
-    const bool bNew = !fs::exists(sArchive);
+    const bool bNew = !fs::exists(ToPath(sArchive));
     const std::vector<fs::path> aoPath = FilesToAdd(sArchive, asFile);
     Progress oProgress("adding");
     // A new archive is made beside its place; one that is appended to can be read as it was until

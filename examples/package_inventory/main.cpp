@@ -159,6 +159,7 @@ int main(int argc, char** argv) {
         (std::filesystem::temp_directory_path() / "package_inventory.dgraph").string();
     oApp.add_option("status", sStatus, "the package database")->capture_default_str();
     oApp.add_option("-o,--output", sOutput, "the DGraph file to write")->capture_default_str();
+    oApp.allow_windows_style_options(false);  // "/" begins a path
     CLI11_PARSE(oApp, argc, argv);
     try {
         return Run(sStatus, sOutput);

@@ -107,9 +107,9 @@ TEST(Msg, SystemErrorsFollowTheMessage) {
     EXPECT_EQ(Text(Msg::NO_SYSTEM_ERROR_CODE, 0),
               "Function f failed: 0 :UNKNOWN (unknown errno -1)\n");
     EXPECT_EQ(sys::LastError(), 0u);
-    sys::SetLastError(0);
+    sys::SetRuntimeError(0);
     EXPECT_EQ(Msg::SystemError(), Msg::NO_SYSTEM_ERROR_CODE);
-    sys::SetLastError(5);
+    sys::SetRuntimeError(5);
     EXPECT_EQ(Msg::SystemError(), 5u);
     // The system's own numbers are translated to those the texts go by.
     EXPECT_EQ(Text(ENAMETOOLONG, 0), "Function f failed: errno=ENAMETOOLONG\n");

@@ -1,6 +1,4 @@
 // The program as a shell sees it: output, messages, exit status, files.
-#include <sys/wait.h>
-
 #include "tests/support.h"
 
 namespace vok {
@@ -19,13 +17,24 @@ class Program : public testing::Test {
   protected:
     static Outcome Run(const std::string& sArguments, const std::string& sIn = {}) {
         ToDisk("in", sIn);
-        const std::string sCommand = VOK_PROGRAM_PATH " "s + sArguments + " <in >out 2>err";
-        const int iStatus = std::system(sCommand.c_str());
+        const int iStatus =
+            std::system((s_sProgram + ' ' + sArguments + " <in >out 2>err").c_str());
+#ifdef WEXITSTATUS
         return {WEXITSTATUS(iStatus), OnDisk("out"), OnDisk("err")};
+#else
+        return {iStatus, OnDisk("out"), OnDisk("err")};
+#endif
     }
-    static std::string Sample(const char* sName) { return std::string(VOK_SAMPLES "/") + sName; }
+    static std::string Sample(const char* sName) {
+        return Native(VOK_SAMPLES "/"s + sName);
+    }
 
   private:
+    // A path as the shell takes it, from whatever drive and folder it is called.
+    static std::string Native(const std::string& sPath) {
+        return fs::absolute(sPath).make_preferred().string();
+    }
+    static inline const std::string s_sProgram = Native(VOK_PROGRAM_PATH);
     Scratch_Dir m_oDir;
 };
 
@@ -99,7 +108,7 @@ TEST_F(Program, FaultsHavePlaces) {
     EXPECT_EQ(Run("show bad.xml").iExit, 2);
     EXPECT_NE(OnDisk("err").find("vok: bad.xml: byte 8"), std::string::npos);
     for (const char* s : {"", "nonsense", "convert good.xml", "convert good.xml x.unknown",
-                          "get good.xml 'a['", "convert good.xml x.dgraph --dgraph-version 3.0.0",
+                          "get good.xml \"a[\"", "convert good.xml x.dgraph --dgraph-version 3.0.0",
                           "convert good.xml x.dgraph --dgraph-version one",
                           "convert good.xml none/x/y.xml/z.xml --to xml --zip --compress"}) {
         EXPECT_EQ(Run(s).iExit, 2) << s;
@@ -142,9 +151,12 @@ TEST_F(Program, Archives) {
     EXPECT_EQ(OnDisk("to2/two"), "2");
     // A link in the target folder must not lead out of it.
     fs::create_directories("to3");
-    fs::create_directory_symlink("../d", "to3/d");
-    EXPECT_EQ(Run("zip extract a.zip -d to3").iExit, 1);
-    EXPECT_NE(OnDisk("err").find("\"d/e/one\" would leave the folder"), std::string::npos);
+    std::error_code oError;
+    fs::create_directory_symlink("../d", "to3/d", oError);
+    if (!oError) {  // not everybody may make links
+        EXPECT_EQ(Run("zip extract a.zip -d to3").iExit, 1);
+        EXPECT_NE(OnDisk("err").find("\"d/e/one\" would leave the folder"), std::string::npos);
+    }
     std::string sBroken = OnDisk("a.zip");
     sBroken[sBroken.find("two") + 3] ^= 1;  // the byte of a stored member's data, or its header
     ToDisk("broken.zip", sBroken);

@@ -178,8 +178,9 @@ class Msg : public Msg_Catalog {
     // The result is sBuf, or a fixed text when that will do.
     static const char* ErrnoText(char* sBuf, std::size_t uSize, u2_t uCode) noexcept;
 
-    // What an entry that takes a system error wants after a system call failed: the
-    // thread's last error, or NO_SYSTEM_ERROR_CODE when the system gave no reason.
+    // What an entry that takes a system error wants after a call of the C runtime failed:
+    // its error number, or NO_SYSTEM_ERROR_CODE when it gave none. Then the text is the one of
+    // the thread's last system error.
     [[nodiscard]] static u2_t SystemError() noexcept;
 };
 

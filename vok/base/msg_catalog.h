@@ -10,7 +10,7 @@ namespace vok {
 // placeholders as parameters. Call them through Msg: Msg::NodeIsEmpty().
 //
 // Unless marked otherwise an entry raises a Msg_Exception. A parameter uSystemError is
-// sys::LastError() of the call that failed (Msg::SystemError()), or 0 for none; it adds
+// sys::RuntimeError() of the call that failed (Msg::SystemError()), or 0 for none; it adds
 // the system's reason to the text. uChar is a code point. Null texts print as nothing.
 class Msg_Catalog {
   public:

@@ -95,7 +95,7 @@ void WriteClipped(const char* pText, std::size_t uSize) {
 void FlushToStream() {
     const bool bError = g_iLevel.load(std::memory_order_relaxed) > 0;
     if (g_oCollection.Size() > 0) {
-        sys::WriteConsole(bError, g_oCollection.Text(), g_oCollection.Size());
+        sys::WriteToConsole(bError, g_oCollection.Text(), g_oCollection.Size());
     }
     g_oCollection.Clear();
 }

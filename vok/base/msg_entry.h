@@ -44,7 +44,7 @@ class Msg_Arg {
     char m_sBuf[128];
 };
 
-// Emits a text in the current language. uSystemError is sys::LastError() of the call
+// Emits a text in the current language. uSystemError is sys::RuntimeError() of the call
 // that failed, Msg::NO_SYSTEM_ERROR_CODE, or 0 when no system call is to blame.
 class Msg_Entry {
   public:

@@ -85,7 +85,7 @@ const char* Msg::ErrnoText(char* sBuf, std::size_t uSize, u2_t uCode) noexcept {
 }
 
 u2_t Msg::SystemError() noexcept {
-    const u2_t uCode = sys::LastError();
+    const u2_t uCode = sys::RuntimeError();
     return uCode == 0 ? NO_SYSTEM_ERROR_CODE : uCode;
 }
 

@@ -4,10 +4,6 @@
 #include <atomic>
 #include <cstdio>
 
-// 64-bit positions in gzip files on every platform.
-#if !defined(_LARGEFILE64_SOURCE)
-#define _LARGEFILE64_SOURCE 1
-#endif
 #include <zlib.h>
 
 #include "vok/base/where.h"
@@ -155,7 +151,7 @@ bool File::TryOpen(const char* sPath, const char* sMode, u2_t uFlags) noexcept {
     }
 
     if (sMode[1] == '+') {
-        sys::SetLastError(INVALID_ARGUMENT);
+        sys::SetRuntimeError(INVALID_ARGUMENT);
         return false;
     }
     const int iDescriptor = sys::OpenDescriptor(sPath, sMode, eSharing);
@@ -163,9 +159,9 @@ bool File::TryOpen(const char* sPath, const char* sMode, u2_t uFlags) noexcept {
     const char sPlainMode[] = {sMode[0], 'b', 0};
     gzFile pFile = ::gzdopen(iDescriptor, sPlainMode);
     if (pFile == nullptr) {
-        const u2_t uError = sys::LastError();
+        const u2_t uError = sys::RuntimeError();
         sys::CloseDescriptor(iDescriptor);
-        sys::SetLastError(uError);
+        sys::SetRuntimeError(uError);
         return false;
     }
     ::gzbuffer(pFile, GZIP_BUFFER);
@@ -190,13 +186,13 @@ File::Failure File::Shut() noexcept {
     const auto oNote = [&](bool bGood) {
         if (bGood || oFailure.m_bFailed) return;
         oFailure.m_bFailed = true;
-        oFailure.m_uError = sys::LastError();
+        oFailure.m_uError = sys::RuntimeError();
     };
     const bool bWritten = (m_uFlags & FLAG_WRITE) != 0;
     if ((m_uFlags & FLAG_GZIP) != 0) {
         const auto pFile = static_cast<gzFile>(m_pHandle);
-        if (bWritten) oFailure.m_iPosition = ::gztell64(pFile);
-        sys::SetLastError(0);
+        if (bWritten) oFailure.m_iPosition = m_iGzip;
+        sys::SetRuntimeError(0);
         oNote(::gzclose(pFile) == Z_OK || !bWritten);
     } else {
         const auto pFile = static_cast<std::FILE*>(m_pHandle);
@@ -204,7 +200,7 @@ File::Failure File::Shut() noexcept {
         oNote(HandOn((m_uFlags & STATE_STUCK) == 0));
         oFailure.m_uNotWritten = m_uPending;
         if (bWritten) oFailure.m_iPosition = sys::Tell(pFile);
-        sys::SetLastError(0);
+        sys::SetRuntimeError(0);
         oNote(std::fclose(pFile) == 0 || !bWritten);
     }
     m_pHandle = nullptr;
@@ -212,6 +208,7 @@ File::Failure File::Shut() noexcept {
     m_uFlags = 0;
     m_oBuffer.Clear();
     m_uNext = m_uEnd = m_uPending = 0;
+    m_iGzip = 0;
     g_uOpenFiles.fetch_sub(1);
     return oFailure;
 }

@@ -230,6 +230,7 @@ class File : public File_Stream {
     [[nodiscard]] bool HandOn(bool bRetry) noexcept;
     void Drain(std::size_t uBehind);
     [[noreturn]] void RaiseWriteError(std::size_t uNotWritten);
+    [[nodiscard]] bool SeekGzip(i3_t iOffset, int iWhence) noexcept;
 
     void* m_pHandle = nullptr;  // FILE*, or gzFile with FLAG_GZIP; null when closed
     Str m_oName;
@@ -241,6 +242,8 @@ class File : public File_Stream {
     std::size_t m_uNext = 0;
     std::size_t m_uEnd = 0;
     std::size_t m_uPending = 0;
+
+    i3_t m_iGzip = 0;  // position in what a gzip file holds
 };
 
 }  // namespace vok

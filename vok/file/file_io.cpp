@@ -4,10 +4,6 @@
 #include <cstring>
 #include <limits>
 
-// 64-bit positions in gzip files on every platform.
-#if !defined(_LARGEFILE64_SOURCE)
-#define _LARGEFILE64_SOURCE 1
-#endif
 #include <zlib.h>
 
 #include "vok/base/where.h"
@@ -20,6 +16,7 @@ namespace {
 
 constexpr std::size_t MAX_CHUNK = 0x800000;
 constexpr unsigned TRANSFER_RETRIES = 10;
+constexpr u2_t BAD_FILE = 9;  // EBADF, the same everywhere
 
 [[nodiscard]] std::FILE* Plain(void* pHandle) noexcept {
     return static_cast<std::FILE*>(pHandle);
@@ -99,12 +96,12 @@ std::size_t File::ReadMore(void* pTarget, std::size_t uCount, bool bAllowShort) 
         if (uRead < uWanted && (bAllowShort || uCount == ALL)) {
             const bool bReport = uCount == ALL || uDone + uRead == 0;
             if (!bReport || !HasError()) return uDone + uRead;
-            Msg::UnexpectedEndOfFile(Name(), sys::LastError());
+            Msg::UnexpectedEndOfFile(Name(), sys::RuntimeError());
         }
         uRead = Retry(uRead, uWanted, [&](std::size_t uHere, std::size_t uMissing) {
             return ReadPart(pBytes + uDone + uHere, uMissing);
         });
-        if (uRead < uWanted) Msg::UnexpectedEndOfFile(Name(), sys::LastError());
+        if (uRead < uWanted) Msg::UnexpectedEndOfFile(Name(), sys::RuntimeError());
         uDone += uRead;
     }
     return uDone;
@@ -132,16 +129,23 @@ std::size_t File::ReadPart(char* pTarget, std::size_t uCount) noexcept {
     return uDone;
 }
 
-// Leaves the reason of a short transfer in LastError(), 0 when it is just the end.
+// Leaves the reason of a short transfer in RuntimeError(), 0 when it is just the end.
 std::size_t File::ReadChunk(char* pTarget, std::size_t uCount) noexcept {
+    if (!Is(FLAG_READ)) {
+        sys::SetRuntimeError(BAD_FILE);  // not every runtime says so
+        return 0;
+    }
     if (!Is(FLAG_GZIP)) {
+        // Some runtimes do not look again at the end of a file that has grown.
+        if (std::feof(Plain(m_pHandle)) != 0) (void)sys::Seek(Plain(m_pHandle), 0, FROM_POSITION);
         std::clearerr(Plain(m_pHandle));
-        sys::SetLastError(0);
+        sys::SetRuntimeError(0);
         return std::fread(pTarget, 1, uCount, Plain(m_pHandle));
     }
     // The state of a gzip stream stays: what is damaged does not mend.
-    sys::SetLastError(0);
+    sys::SetRuntimeError(0);
     const int iRead = ::gzread(Gzip(m_pHandle), pTarget, static_cast<unsigned>(uCount));
+    m_iGzip += std::max(iRead, 0);
     return iRead > 0 ? static_cast<std::size_t>(iRead) : 0;
 }
 
@@ -195,15 +199,16 @@ std::size_t File::WriteMore(const void* pSource, std::size_t uCount) {
     return uDone;
 }
 
-// Leaves the reason of a short transfer in LastError().
+// Leaves the reason of a short transfer in RuntimeError().
 std::size_t File::WriteChunk(const char* pSource, std::size_t uCount) noexcept {
     if (!Is(FLAG_GZIP)) {
         std::clearerr(Plain(m_pHandle));
-        sys::SetLastError(0);
+        sys::SetRuntimeError(0);
         return std::fwrite(pSource, 1, uCount, Plain(m_pHandle));
     }
-    sys::SetLastError(0);
+    sys::SetRuntimeError(0);
     const int iDone = ::gzwrite(Gzip(m_pHandle), pSource, static_cast<unsigned>(uCount));
+    m_iGzip += std::max(iDone, 0);
     return iDone > 0 ? static_cast<std::size_t>(iDone) : 0;
 }
 
@@ -233,9 +238,8 @@ void File::Drain(std::size_t uBehind) {
 }
 
 void File::RaiseWriteError(std::size_t uNotWritten) {
-    const u2_t uError = sys::LastError();
-    const i3_t iPosition =
-        Is(FLAG_GZIP) ? ::gztell64(Gzip(m_pHandle)) : sys::Tell(Plain(m_pHandle));
+    const u2_t uError = sys::RuntimeError();
+    const i3_t iPosition = Is(FLAG_GZIP) ? m_iGzip : sys::Tell(Plain(m_pHandle));
     Msg::FileWriteError(Name(), uNotWritten, iPosition, uError);
 }
 
@@ -244,7 +248,7 @@ int File::Flush() {
         CheckOpen();
         if (!Is(FLAG_WRITE)) return 0;
         Drain(0);
-        sys::SetLastError(0);
+        sys::SetRuntimeError(0);
         const bool bGood = Is(FLAG_GZIP) ? ::gzflush(Gzip(m_pHandle), Z_SYNC_FLUSH) == Z_OK
                                          : std::fflush(Plain(m_pHandle)) == 0;
         if (!bGood) RaiseWriteError(0);
@@ -254,13 +258,39 @@ int File::Flush() {
 
 // ---- position and size ------------------------------------------------------
 
+// From the start or the current position; back only when reading. Some builds of zlib count in
+// 32 bits, so the position is ours, and the way there is made of steps that they can take.
+bool File::SeekGzip(i3_t iOffset, int iWhence) noexcept {
+    constexpr i3_t iMostStep = i3_t{1} << 30;
+    if (iWhence != FROM_START && iWhence != FROM_POSITION) return false;
+    const i3_t iFrom = iWhence == FROM_START ? 0 : m_iGzip;
+    if (iOffset < -iFrom || iOffset > std::numeric_limits<i3_t>::max() - iFrom) return false;
+    const i3_t iTarget = iFrom + iOffset;
+    if (iTarget < m_iGzip) {
+        if (::gzrewind(Gzip(m_pHandle)) != 0) return false;
+        m_iGzip = 0;
+    }
+    while (m_iGzip < iTarget) {
+        const i3_t iStep = std::min(iTarget - m_iGzip, iMostStep);
+        // The result may be a position past what zlib can count; only its errors tell. It goes
+        // there with the next transfer, so a long way needs one at each step.
+        (void)::gzseek(Gzip(m_pHandle), static_cast<z_off_t>(iStep - 1), FROM_POSITION);
+        char cByte = 0;
+        const bool bDone = Is(FLAG_WRITE) ? ::gzwrite(Gzip(m_pHandle), &cByte, 1) == 1
+                                          : ::gzread(Gzip(m_pHandle), &cByte, 1) >= 0;
+        if (!bDone) return false;
+        m_iGzip += iStep;
+    }
+    return true;
+}
+
 void File::Seek(i3_t iOffset, int iWhence) {
     return Where("vok::File::Seek", [&] {
         CheckOpen();
         if (Is(FLAG_GZIP)) {
-            sys::SetLastError(0);
-            if (::gzseek64(Gzip(m_pHandle), iOffset, iWhence) >= 0) return;
-            Msg::FileSeekFailed(iOffset, iWhence, sys::LastError());
+            sys::SetRuntimeError(0);
+            if (SeekGzip(iOffset, iWhence)) return;
+            Msg::FileSeekFailed(iOffset, iWhence, sys::RuntimeError());
         }
         const auto iAhead = static_cast<i3_t>(Ahead());
         i3_t iBelow = iOffset;  // as the stream below sees it
@@ -272,9 +302,9 @@ void File::Seek(i3_t iOffset, int iWhence) {
             iBelow -= std::min(iAhead, iOffset - std::numeric_limits<i3_t>::min());
         }
         Drain(0);
-        sys::SetLastError(0);
+        sys::SetRuntimeError(0);
         if (!sys::Seek(Plain(m_pHandle), iBelow, iWhence)) {
-            Msg::FileSeekFailed(iOffset, iWhence, sys::LastError());
+            Msg::FileSeekFailed(iOffset, iWhence, sys::RuntimeError());
         }
         m_uNext = m_uEnd = 0;
         m_uFlags &= ~(STATE_READ | STATE_WRITTEN);
@@ -284,7 +314,7 @@ void File::Seek(i3_t iOffset, int iWhence) {
 i3_t File::Tell() {
     return Where("vok::File::Tell", [&]() -> i3_t {
         CheckOpen();
-        if (Is(FLAG_GZIP)) return ::gztell64(Gzip(m_pHandle));
+        if (Is(FLAG_GZIP)) return m_iGzip;
         const i3_t iBelow = sys::Tell(Plain(m_pHandle));
         if (iBelow < 0) return -1;
         return iBelow - static_cast<i3_t>(Ahead()) + static_cast<i3_t>(m_uPending);

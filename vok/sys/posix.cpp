@@ -3,10 +3,8 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <mutex>
 #include <new>
 #include <string>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,6 +12,8 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include "vok/sys/page_cache.h"
 
 namespace vok::sys {
 
@@ -45,6 +45,14 @@ void SetLastError(u2_t uCode) noexcept {
     errno = static_cast<int>(uCode);
 }
 
+u2_t RuntimeError() noexcept {
+    return LastError();
+}
+
+void SetRuntimeError(u2_t uCode) noexcept {
+    SetLastError(uCode);
+}
+
 std::size_t SystemErrorText(u2_t uCode, char* sBuf, std::size_t uSize) noexcept {
     if (uSize == 0) return 0;
     char sTmp[256];
@@ -72,6 +80,18 @@ u2_t RuntimeErrno(u2_t uCode) noexcept {
     return uCode > uLastShared && uCode <= uLastRuntime ? uCode + uOffset : uCode;
 }
 
+// ---- program --------------------------------------------------------------
+
+std::vector<std::string> Arguments(int iCount, char** asArgument) {
+    return {asArgument, asArgument + iCount};
+}
+
+void PrepareConsole() noexcept {}
+
+void RemoveOnInterrupt(const char* sPath) noexcept {
+    ::unlink(sPath);
+}
+
 // ---- time -----------------------------------------------------------------
 
 i3_t UnixTime() noexcept {
@@ -87,7 +107,7 @@ Calendar LocalTime(i3_t iTime) noexcept {
 
 // ---- console and debugger -------------------------------------------------
 
-void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
+void WriteToConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
     // What the program itself printed through stdio comes first.
     std::fflush(bError ? stderr : stdout);
     const int iDescriptor = bError ? STDERR_FILENO : STDOUT_FILENO;
@@ -107,7 +127,7 @@ bool IsTerminal(std::FILE* pFile) noexcept {
 void SetBinary(std::FILE*) noexcept {}
 
 void DebugOutput(const char* sText) noexcept {
-    WriteConsole(true, sText, std::strlen(sText));
+    WriteToConsole(true, sText, std::strlen(sText));
 }
 
 bool HasDebugger() noexcept {
@@ -197,6 +217,11 @@ i3_t SizeOf(const char* sPath) noexcept {
     return static_cast<i3_t>(oStat.st_size);
 }
 
+bool IsLink(const char* sPath) noexcept {
+    struct stat oStat {};
+    return ::lstat(sPath, &oStat) == 0 && S_ISLNK(oStat.st_mode);
+}
+
 bool MakeDirectories(const char* sPath) noexcept {
     try {
         std::string sDir(sPath);
@@ -226,50 +251,6 @@ constexpr std::size_t HUGE_PAGE = std::size_t{1} << 21;
     return (uSize + HUGE_PAGE - 1) & ~(HUGE_PAGE - 1);
 }
 
-// What stands in front of every block of pages.
-struct PageHeader {
-    std::size_t uMapped;  // bytes of address space, a multiple of HUGE_PAGE
-    std::size_t uUnused;  // keeps the block aligned to 16 bytes
-};
-
-// Freed blocks wait here for the next tree: clearing fresh pages costs as much as filling them.
-class PageCache {
-  public:
-    // A block of at least uMapped bytes, null when there is none: the smallest one, or the
-    // largest one for an array that goes on growing.
-    PageHeader* Take(std::size_t uMapped, bool bLargest) noexcept {
-        const std::lock_guard oLock(m_oMutex);
-        PageHeader** pBest = nullptr;
-        for (PageHeader*& p : m_apBlock) {
-            if (p == nullptr || p->uMapped < uMapped) continue;
-            if (pBest == nullptr || (p->uMapped > (*pBest)->uMapped) == bLargest) pBest = &p;
-        }
-        if (pBest == nullptr) return nullptr;
-        m_uBytes -= (*pBest)->uMapped;
-        return std::exchange(*pBest, nullptr);
-    }
-    // False when there is no room: the block stays the caller's.
-    bool Give(PageHeader* pBlock) noexcept {
-        const std::lock_guard oLock(m_oMutex);
-        if (pBlock->uMapped > MOST - m_uBytes) return false;
-        for (PageHeader*& p : m_apBlock) {
-            if (p != nullptr) continue;
-            p = pBlock;
-            m_uBytes += pBlock->uMapped;
-            return true;
-        }
-        return false;
-    }
-
-  private:
-    static constexpr std::size_t COUNT = 8;
-    static constexpr std::size_t MOST = std::size_t{64} << 20;
-
-    std::mutex m_oMutex;
-    PageHeader* m_apBlock[COUNT] = {};
-    std::size_t m_uBytes = 0;
-};
-
 constinit PageCache g_oPages;
 
 // Maps uMapped bytes, a multiple of HUGE_PAGE, so that they begin at one.
@@ -283,11 +264,7 @@ constinit PageCache g_oPages;
     if (uHead != 0) ::munmap(pMap, uHead);
     if (uHead != HUGE_PAGE) ::munmap(pBegin + uMapped, HUGE_PAGE - uHead);
     ::madvise(pBegin, uMapped, MADV_HUGEPAGE);
-    return new (pBegin) PageHeader{uMapped, 0};
-}
-
-[[nodiscard]] PageHeader* HeaderOf(void* pPages) noexcept {
-    return static_cast<PageHeader*>(pPages) - 1;
+    return new (pBegin) PageHeader{uMapped, uMapped};
 }
 
 [[nodiscard]] std::size_t MappedFor(std::size_t uSize) noexcept {
@@ -320,7 +297,7 @@ void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noe
         ::munmap(pNew, uMapped);
         return nullptr;
     }
-    pNew->uMapped = uMapped;
+    *pNew = {uMapped, uMapped};
     return pNew + 1;
 }
 

@@ -2,13 +2,15 @@
 // written against this header; posix.cpp and win32.cpp stand behind it, and no
 // other file includes a system header.
 //
-// Texts and paths are UTF-8. Functions that can fail return false (or null) and
-// leave the reason in LastError(); none of them throws.
+// Texts and paths are UTF-8. Functions that can fail return false (or null); those for files
+// leave the reason in RuntimeError(), the others in LastError(). What is noexcept keeps to it.
 #ifndef VOK_SYS_SYS_H
 #define VOK_SYS_SYS_H
 
 #include <atomic>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "vok/base/types.h"
 
@@ -18,6 +20,12 @@ extern "C" char __libc_single_threaded;
 #endif
 
 namespace vok::sys {
+
+#if defined(_WIN32)
+inline constexpr bool IS_WINDOWS = true;
+#else
+inline constexpr bool IS_WINDOWS = false;
+#endif
 
 // ---- process and threads --------------------------------------------------
 
@@ -41,13 +49,30 @@ void SleepMs(unsigned uMilliseconds) noexcept;
 [[nodiscard]] u2_t LastError() noexcept;
 void SetLastError(u2_t uCode) noexcept;
 
+// The error of the C library's own calls (fread, fclose, also zlib's for files) and of the
+// functions for files below: errno everywhere.
+[[nodiscard]] u2_t RuntimeError() noexcept;
+void SetRuntimeError(u2_t uCode) noexcept;
+
 // Writes the system's own text for uCode, NUL-terminated, and returns its length
 // without the NUL; 0 when the system has none.
 std::size_t SystemErrorText(u2_t uCode, char* sBuf, std::size_t uSize) noexcept;
 
-// uCode, a value of LastError(), as the number that the error has in the C runtime of
+// uCode, a value of RuntimeError(), as the number that the error has in the C runtime of
 // Windows, by which message texts go. Codes that runtime lacks keep clear of its numbers.
 [[nodiscard]] u2_t RuntimeErrno(u2_t uCode) noexcept;
+
+// ---- program --------------------------------------------------------------
+
+// The words of the command line in UTF-8, from what main() was given or from what the system
+// knows better. Throws std::bad_alloc.
+[[nodiscard]] std::vector<std::string> Arguments(int iCount, char** asArgument);
+// Lets a terminal show UTF-8 and colours, and standard input and output pass bytes as they
+// are. A terminal is put back when the program ends through exit().
+void PrepareConsole() noexcept;
+// Removes a file that the program may still have open. For handlers of interrupts only: all
+// files may be closed afterwards, and the program must end at once.
+void RemoveOnInterrupt(const char* sPath) noexcept;
 
 // ---- time -----------------------------------------------------------------
 
@@ -68,7 +93,7 @@ struct Calendar {
 // ---- console and debugger -------------------------------------------------
 
 // Writes to standard output (bError false) or standard error without buffering.
-void WriteConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept;
+void WriteToConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept;
 // Whether a C stream leads to a terminal.
 [[nodiscard]] bool IsTerminal(std::FILE* pFile) noexcept;
 // Lets a C stream pass bytes as they are, where the system would change line breaks.
@@ -88,13 +113,8 @@ enum class Sharing {
 
 // What stands between the names of a path, and whether a file opened as text ("t") stores
 // other bytes than were written to it.
-#if defined(_WIN32)
-inline constexpr char PATH_SEPARATORS[] = "/\\";
-inline constexpr bool HAS_TEXT_FILES = true;
-#else
-inline constexpr char PATH_SEPARATORS[] = "/";
-inline constexpr bool HAS_TEXT_FILES = false;
-#endif
+inline constexpr const char* PATH_SEPARATORS = IS_WINDOWS ? "/\\" : "/";
+inline constexpr bool HAS_TEXT_FILES = IS_WINDOWS;
 
 // Opens sPath with a C mode string ("rb", "w+b", "at"; a "t" is dropped where the
 // system has no text mode). Null on failure; a file that another open excludes
@@ -111,6 +131,8 @@ void CloseDescriptor(int iDescriptor) noexcept;
 [[nodiscard]] i3_t SizeOf(std::FILE* pFile) noexcept;
 // The size of a named file; -1 when there is none.
 [[nodiscard]] i3_t SizeOf(const char* sPath) noexcept;
+// Whether sPath itself is a link to another place: a symbolic link, on Windows also a junction.
+[[nodiscard]] bool IsLink(const char* sPath) noexcept;
 // Creates sPath and every missing directory above it; true when it exists afterwards.
 bool MakeDirectories(const char* sPath) noexcept;
 
