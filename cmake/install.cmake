@@ -1,10 +1,10 @@
-# Installs the two libraries with the headers that programs include, and a package that
-# find_package(vok) finds: vok::vok and vok::serializer.
+# Installs the libraries with the headers that programs include, and a package that
+# find_package(vok) finds: vok::vok, vok::serializer and, for C, vok::serializer_c.
 include(CMakePackageConfigHelpers)
 
 set(VOK_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vok)
 
-install(TARGETS vok vok_serializer EXPORT vok-targets)
+install(TARGETS vok vok_serializer vok_serializer_c EXPORT vok-targets)
 install(EXPORT vok-targets NAMESPACE vok:: DESTINATION ${VOK_PACKAGE_DIR})
 
 # Headers marked "Internal." stay at home.

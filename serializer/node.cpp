@@ -1,5 +1,6 @@
 #include "serializer/node.h"
 
+#include "serializer/guarded.h"
 #include "serializer/utilities.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
@@ -11,16 +12,6 @@ using vok::Data;
 using vok::Data_Node;
 
 namespace {
-
-// Runs the native part of an operation; whatever it throws becomes the operation's own text.
-template <class F>
-decltype(auto) Guarded(const char* sMessage, F&& oBody) {
-    try {
-        return oBody();
-    } catch (...) {
-        throw System::ApplicationException(sMessage);
-    }
-}
 
 // The successor of a name, handed to oUse if there is one; tells whether there was.
 template <class F>
@@ -160,14 +151,21 @@ bool Node::TryGetValue(StringRef name, Int32 index, bool& value) const {
     });
 }
 
+bool Node::PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const {
+    return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+        vok::u2_t uSize = 0;
+        const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
+        (void)vok::Msg::ToInt32(uSize);
+        value = {pData, uSize};
+    });
+}
+
 bool Node::TryGetValue(StringRef name, Int32 index, std::vector<Byte>& value) const {
     return Guarded("Failed to get Node byte array", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            vok::u2_t uSize = 0;
-            const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
-            (void)vok::Msg::ToInt32(uSize);
-            value.assign(pData, pData + uSize);
-        });
+        std::span<const Byte> oBytes;
+        const bool bFound = PeekBytes(name, index, oBytes);
+        if (bFound) value.assign(oBytes.begin(), oBytes.end());
+        return bFound;
     });
 }
 

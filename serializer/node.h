@@ -101,13 +101,17 @@ class Node {
     virtual void Dispose(bool bDisposing);
 
   private:
-    friend class Serializer;
+    friend class Document;
 
     // The root of a fresh tree, stamped with the version that is written.
     explicit Node(bool isRootNode);
     explicit Node(const vok::Data& data) : m_oData(data) {}
     // The native cursor; null once the node is disposed of.
     explicit operator vok::Data*() { return m_bDisposed ? nullptr : &m_oData; }
+    explicit operator const vok::Data*() const { return m_bDisposed ? nullptr : &m_oData; }
+
+    // The bytes of a successor where they lie, until the tree is changed.
+    bool PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const;
 
     [[nodiscard]] const vok::Data& Cursor() const;
     [[nodiscard]] vok::Data& Cursor();

@@ -1,0 +1,45 @@
+// Documents saved and loaded.
+#include "serializer/document.h"
+
+#include <cstring>
+#include <memory>
+
+#include "serializer/c/internal.h"
+
+using namespace Velmar::Q7R::Serializer;
+using C::Do;
+using C::Give;
+using C::Text;
+using C::Use;
+
+vok_status vok_save_file(const vok_node* root, const vok_char* path) {
+    return Do([&] { Document::SaveToFile(Use(root), Text(path)); });
+}
+
+vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* size) {
+    return Do([&] {
+        const std::vector<Byte> oBytes = Document::SaveToBuffer(Use(root));
+        auto pCopy = Guarded(Document::WRITE_BUFFER_FAILED, [&] {
+            return std::make_unique_for_overwrite<uint8_t[]>(oBytes.size());
+        });
+        std::memcpy(pCopy.get(), oBytes.data(), oBytes.size());
+        *bytes = pCopy.release();
+        // Documents that 32 bits cannot count are refused when they are saved.
+        *size = static_cast<int32_t>(oBytes.size());
+    });
+}
+
+void vok_bytes_free(uint8_t* bytes) {
+    delete[] bytes;
+}
+
+vok_status vok_load_file(const vok_char* path, vok_node** root) {
+    return Do([&] { Give(root, Document::LoadFromFile(Text(path)), Document::READ_FAILED); });
+}
+
+vok_status vok_load_buffer(const uint8_t* bytes, int32_t size, vok_node** root) {
+    return Do([&] {
+        const std::size_t uSize = bytes != nullptr && size > 0 ? static_cast<std::size_t>(size) : 0;
+        Give(root, Document::LoadFromBuffer({bytes, uSize}), Document::READ_FAILED);
+    });
+}

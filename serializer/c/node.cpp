@@ -1,0 +1,137 @@
+// Nodes: their handles, values written to and read from them.
+#include "serializer/c/internal.h"
+#include "serializer/document.h"
+
+using namespace Velmar::Q7R::Serializer;
+using C::Call;
+using C::Do;
+using C::Give;
+using C::Text;
+using C::Use;
+
+namespace {
+constexpr char NO_NODE[] = "Failed to make a node";
+}
+
+// ---- handles ----------------------------------------------------------------
+
+vok_status vok_node_create(vok_node** node) {
+    return Do([&] { Give(node, Node(), NO_NODE); });
+}
+
+vok_status vok_root_create(vok_node** node) {
+    return Do([&] { Give(node, Document::NewRoot(NO_NODE), NO_NODE); });
+}
+
+vok_status vok_node_copy(const vok_node* node, vok_node** copy) {
+    return Do([&] { Give(copy, Use(node), NO_NODE); });
+}
+
+void vok_node_free(vok_node* node) {
+    delete node;
+}
+
+int64_t vok_node_tree_bytes(const vok_node* node) {
+    return static_cast<int64_t>(Document::TreeBytes(Use(node)));
+}
+
+// ---- writing ----------------------------------------------------------------
+
+vok_status vok_node_add_string(vok_node* node, const vok_char* name, const vok_char* value) {
+    return Do([&] { Use(node).AddValue(Text(name), Text(value)); });
+}
+
+vok_status vok_node_add_int(vok_node* node, const vok_char* name, int32_t value) {
+    return Do([&] { Use(node).AddValue(Text(name), value); });
+}
+
+vok_status vok_node_add_double(vok_node* node, const vok_char* name, double value) {
+    return Do([&] { Use(node).AddValue(Text(name), value); });
+}
+
+vok_status vok_node_add_bool(vok_node* node, const vok_char* name, int32_t value) {
+    return Do([&] { Use(node).AddValue(Text(name), value != 0); });
+}
+
+vok_status vok_node_add_bytes(vok_node* node, const vok_char* name, const uint8_t* bytes,
+                              int32_t size) {
+    return Do([&] {
+        if (size < 0) throw System::ApplicationException("Failed to add Node byte array");
+        const std::size_t uSize = bytes != nullptr ? static_cast<std::size_t>(size) : 0;
+        Use(node).AddValue(Text(name), std::span<const Byte>(bytes, uSize));
+    });
+}
+
+vok_status vok_node_add_ints(vok_node* node, const vok_char* name, int32_t v1, int32_t v2,
+                             int32_t v3, int32_t v4) {
+    return Do([&] { Use(node).AddValue(Text(name), v1, v2, v3, v4); });
+}
+
+vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vok_node** subnode) {
+    return Do([&] { Give(subnode, Use(node).AddSubnode(Text(name)), "Failed to add subnode"); });
+}
+
+// ---- reading ----------------------------------------------------------------
+
+vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
+                               const vok_char** value, int32_t* length) {
+    // Kept for the caller until the thread's next call.
+    static thread_local String t_oText;
+    return Call([&] {
+        if (!Use(node).TryGetValue(Text(name), index, t_oText)) return false;
+        *value = reinterpret_cast<const vok_char*>(t_oText.Text().c_str());
+        // UTF-16 has no more units than the text has bytes, which 32 bits can count.
+        *length = static_cast<int32_t>(t_oText.Text().size());
+        return true;
+    });
+}
+
+vok_status vok_node_get_int(const vok_node* node, const vok_char* name, int32_t index,
+                            int32_t* value) {
+    return Call([&] { return Use(node).TryGetValue(Text(name), index, *value); });
+}
+
+vok_status vok_node_get_double(const vok_node* node, const vok_char* name, int32_t index,
+                               double* value) {
+    return Call([&] { return Use(node).TryGetValue(Text(name), index, *value); });
+}
+
+vok_status vok_node_get_bool(const vok_node* node, const vok_char* name, int32_t index,
+                             int32_t* value) {
+    return Call([&] {
+        bool bValue = false;
+        if (!Use(node).TryGetValue(Text(name), index, bValue)) return false;
+        *value = bValue ? 1 : 0;
+        return true;
+    });
+}
+
+vok_status vok_node_get_bytes(const vok_node* node, const vok_char* name, int32_t index,
+                              const uint8_t** bytes, int32_t* size) {
+    return Call([&] {
+        std::span<const Byte> oBytes;
+        if (!Document::PeekBytes(Use(node), Text(name), index, oBytes)) return false;
+        *bytes = oBytes.empty() ? nullptr : oBytes.data();
+        *size = static_cast<int32_t>(oBytes.size());
+        return true;
+    });
+}
+
+vok_status vok_node_get_ints(const vok_node* node, const vok_char* name, int32_t index, int32_t* v1,
+                             int32_t* v2, int32_t* v3, int32_t* v4) {
+    return Call([&] { return Use(node).TryGetValue(Text(name), index, *v1, *v2, *v3, *v4); });
+}
+
+vok_status vok_node_get_subnode(const vok_node* node, const vok_char* name, int32_t index,
+                                vok_node** subnode) {
+    return Call([&] {
+        Node oSubnode;
+        if (!Use(node).TryGetSubnode(Text(name), index, oSubnode)) return false;
+        Give(subnode, std::move(oSubnode), "Failed to get subnode");
+        return true;
+    });
+}
+
+vok_status vok_node_count(const vok_node* node, const vok_char* name, int32_t* count) {
+    return Do([&] { *count = Use(node).GetSubnodeCount(Text(name)); });
+}

@@ -1,0 +1,171 @@
+/* The serializer for programs in C, and in every language that calls C: trees of named values,
+ * written to and read from XML files and binary DGraph documents.
+ *
+ *     vok_node* root;
+ *     vok_root_create(&root);
+ *     vok_node_add_int(root, name, 42);
+ *     if (vok_save_file(root, path) != VOK_OK) print(vok_last_error());
+ *     vok_node_free(root);
+ *
+ * Writing: make a root, add to it, save it. Reading: load a root, get from it.
+ *
+ * Texts are UTF-16 in the byte order of the machine. Texts handed in end at their first NUL, are
+ * copied where they are kept, and may be null: null is the empty text. A surrogate without its
+ * partner becomes U+FFFD.
+ *
+ * Handles are made by functions with an output vok_node** and freed by vok_node_free. A handle
+ * keeps the whole tree of its node alive. A null handle counts as a node that was given up: every
+ * operation on it fails, none crashes. Outputs must not be null.
+ *
+ * Every function with a vok_status fails by returning VOK_FAILED, with the outputs untouched and
+ * the text of vok_last_error set. What an operation had done to the tree before it failed stays
+ * done. No C++ exception leaves the library.
+ *
+ * A tree, with all handles of its nodes, is used from one thread at a time; but handles may be
+ * freed from any thread at any time. Different trees need no care.
+ */
+#ifndef VOK_SERIALIZER_H
+#define VOK_SERIALIZER_H
+
+#include <stdint.h>
+
+/* Rises when programs made for an older one would no longer run, as does the number in the shared
+ * library's name. Functions may be added without. */
+#define VOK_SERIALIZER_VERSION 1
+
+#if defined(VOK_SERIALIZER_BUILD) && defined(_WIN32)
+#define VOK_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define VOK_API __declspec(dllimport)
+#else
+#define VOK_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef uint16_t vok_char;        /* a UTF-16 code unit */
+typedef struct vok_node vok_node; /* one node of a tree */
+
+typedef int32_t vok_status; /* the values never change */
+#define VOK_OK 0
+#define VOK_NOT_FOUND 1 /* there is no such successor; the outputs are untouched */
+#define VOK_FAILED (-1)
+
+/* ---- the library -------------------------------------------------------- */
+
+/* VOK_SERIALIZER_VERSION of the library that was loaded. */
+VOK_API int32_t vok_serializer_version(void);
+
+/* The text of the last failure in this thread, valid until the next one; empty before the first.
+ * Never null. */
+VOK_API const vok_char* vok_last_error(void);
+
+/* Handles that wait for vok_node_free, and memory blocks in use, in the whole process. */
+VOK_API int64_t vok_live_nodes(void);
+VOK_API int64_t vok_live_blocks(void);
+
+/* Whether each failure below also prints a line with its time to standard output; on at first.
+ * Returns the former setting. */
+VOK_API int32_t vok_set_banner(int32_t on);
+/* The language of native error texts: 0 English (at first), 1 German. "invalid language
+ * id: %0". */
+VOK_API vok_status vok_set_language(int32_t language);
+/* A file that native errors are appended to; null or empty: none (at first). */
+VOK_API vok_status vok_set_log_file(const vok_char* path);
+
+/* ---- nodes -------------------------------------------------------------- */
+
+/* A node of no tree: the first value or subnode added gives it one. Constant time. */
+VOK_API vok_status vok_node_create(vok_node** node);
+/* The root of a new tree. Constant time. */
+VOK_API vok_status vok_root_create(vok_node** node);
+/* A second handle of the same node. Constant time. */
+VOK_API vok_status vok_node_copy(const vok_node* node, vok_node** copy);
+/* Frees a handle; the tree goes with its last one. Null is ignored. */
+VOK_API void vok_node_free(vok_node* node);
+/* Heap bytes of the tree, for hosts whose garbage collector wants to know; 0 for none. */
+VOK_API int64_t vok_node_tree_bytes(const vok_node* node);
+
+/* ---- writing ------------------------------------------------------------ */
+
+/* Each appends a successor of this name; a name may be used any number of times. Amortised
+ * constant time plus the size of the value. */
+
+/* "Failed to add Node String value". */
+VOK_API vok_status vok_node_add_string(vok_node* node, const vok_char* name, const vok_char* value);
+/* "Failed to add Node int value". */
+VOK_API vok_status vok_node_add_int(vok_node* node, const vok_char* name, int32_t value);
+/* "Failed to add Node double value". */
+VOK_API vok_status vok_node_add_double(vok_node* node, const vok_char* name, double value);
+/* Any value but 0 is true. "Failed to add Node bool value". */
+VOK_API vok_status vok_node_add_bool(vok_node* node, const vok_char* name, int32_t value);
+/* Copies size bytes; null counts as none, a size below 0 fails. "Failed to add Node byte array". */
+VOK_API vok_status vok_node_add_bytes(vok_node* node, const vok_char* name, const uint8_t* bytes,
+                                      int32_t size);
+/* A subnode with the integers "V1" to "V4". "Failed to add Node quad tuple". */
+VOK_API vok_status vok_node_add_ints(vok_node* node, const vok_char* name, int32_t v1, int32_t v2,
+                                     int32_t v3, int32_t v4);
+/* A subnode to be filled; the caller frees its handle. "Failed to add subnode". */
+VOK_API vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vok_node** subnode);
+
+/* ---- reading ------------------------------------------------------------ */
+
+/* Each gets the successor at an index from 0 among those of its name, or is VOK_NOT_FOUND when
+ * there is none. A successor with a value of another type is a failure. Logarithmic in the number
+ * of successors, but for the first read after a write, which puts the tree in order. */
+
+/* The text and its length in units; it ends in a NUL and is valid until the next call in this
+ * thread. An empty node gives the empty text. Fails with the native error and, a line each, the
+ * functions it passed. */
+VOK_API vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
+                                       const vok_char** value, int32_t* length);
+/* "Failed to get Node int value". */
+VOK_API vok_status vok_node_get_int(const vok_node* node, const vok_char* name, int32_t index,
+                                    int32_t* value);
+/* "Failed to get Node double value". */
+VOK_API vok_status vok_node_get_double(const vok_node* node, const vok_char* name, int32_t index,
+                                       double* value);
+/* 0 or 1. "Failed to get Node bool value". */
+VOK_API vok_status vok_node_get_bool(const vok_node* node, const vok_char* name, int32_t index,
+                                     int32_t* value);
+/* The bytes in the tree, valid until it is changed or its last handle freed; null when there are
+ * none. "Failed to get Node byte array". */
+VOK_API vok_status vok_node_get_bytes(const vok_node* node, const vok_char* name, int32_t index,
+                                      const uint8_t** bytes, int32_t* size);
+/* The integers "V1" to "V4". Sets each that exists, even when it is VOK_NOT_FOUND because another
+ * does not, or fails at a later one. "Failed to get Node int value". */
+VOK_API vok_status vok_node_get_ints(const vok_node* node, const vok_char* name, int32_t index,
+                                     int32_t* v1, int32_t* v2, int32_t* v3, int32_t* v4);
+/* The caller frees the handle. "Failed to get subnode". */
+VOK_API vok_status vok_node_get_subnode(const vok_node* node, const vok_char* name, int32_t index,
+                                        vok_node** subnode);
+/* The number of successors of that name. "Failed to get subnode count". */
+VOK_API vok_status vok_node_count(const vok_node* node, const vok_char* name, int32_t* count);
+
+/* ---- documents ---------------------------------------------------------- */
+
+/* All are linear in the size of the document. Saving a null handle fails with "Invalid
+ * vok::Data". */
+
+/* Writes the node and all below it as XML; directories above the file are made when they are
+ * missing, a file that is there is replaced. "Failed to write data to file". */
+VOK_API vok_status vok_save_file(const vok_node* root, const vok_char* path);
+/* The whole tree, from its root, as a DGraph document of version 1.2.0; the handle then designates
+ * the root. The caller frees the bytes with vok_bytes_free. "Failed to write data to buffer". */
+VOK_API vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* size);
+/* Null is ignored. */
+VOK_API void vok_bytes_free(uint8_t* bytes);
+
+/* The root of the tree that a document makes; the caller frees its handle. Untrusted documents are
+ * safe: what one may cost in memory is bounded. "Failed to read data from file.", both. */
+VOK_API vok_status vok_load_file(const vok_char* path, vok_node** root);
+/* Null, or a size below 1, is no document. */
+VOK_API vok_status vok_load_buffer(const uint8_t* bytes, int32_t size, vok_node** root);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VOK_SERIALIZER_H */

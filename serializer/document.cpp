@@ -1,0 +1,89 @@
+#include "serializer/document.h"
+
+#include "serializer/guarded.h"
+#include "serializer/utilities.h"
+#include "vok/base/msg.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/file/buf.h"
+#include "vok/file/file.h"
+
+namespace Velmar::Q7R::Serializer {
+
+namespace {
+
+// The document version of this facade.
+void StampVersion(vok::Data& oRoot) {
+    vok::Dgraph_SetVersion(oRoot, 1, 2, 0);
+}
+
+template <class Data>
+Data& CursorOf(Data* pData) {
+    if (pData == nullptr) throw System::ApplicationException(Document::INVALID_ROOT);
+    return *pData;
+}
+
+}  // namespace
+
+Node Document::NewRoot(const char* sFailure) {
+    return Guarded(sFailure, [] { return Node(true); });
+}
+
+void Document::SaveToFile(const Node& root, StringRef fileName) {
+    const vok::Data& data = CursorOf(static_cast<const vok::Data*>(root));
+    Guarded(WRITE_FILE_FAILED, [&] {
+        vok::File file(Utilities::String2Str(fileName), "w");
+        data.SaveToXML(file, 1, 0);
+        file.Close();
+    });
+}
+
+std::vector<Byte> Document::SaveToBuffer(Node& root) {
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    return Guarded(WRITE_BUFFER_FAILED, [&] {
+        vok::File_Buf buffer("w");
+        data.SetToRoot();
+        StampVersion(data);
+        vok::Dgraph_SaveDGraph(data, buffer);
+        (void)vok::Msg::ToInt32(buffer.Size());
+        const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());
+        return std::vector<Byte>(pBytes, pBytes + buffer.Size());
+    });
+}
+
+Node Document::LoadFromFile(StringRef fileName) {
+    Node root = NewRoot(READ_FAILED);
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    Guarded(READ_FAILED, [&] {
+        vok::File file(Utilities::String2Str(fileName), "r");
+        data.Clear();
+        data.LoadFromXML(file, vok::Data::XML_KEEP_UNKNOWN);
+        file.Close();
+    });
+    return root;
+}
+
+Node Document::LoadFromBuffer(std::span<const Byte> bytes) {
+    Node root = NewRoot(READ_FAILED);
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    Guarded(READ_FAILED, [&] {
+        vok::File_Buf buffer(bytes.data(), bytes.size());
+        data.Clear();
+        vok::Dgraph_LoadDGraph(data, buffer);
+        data.SetToRoot();
+        // After loading, whatever version the bytes carried.
+        StampVersion(data);
+    });
+    return root;
+}
+
+bool Document::PeekBytes(const Node& node, StringRef name, Int32 index,
+                         std::span<const Byte>& bytes) {
+    return Guarded("Failed to get Node byte array",
+                   [&] { return node.PeekBytes(name, index, bytes); });
+}
+
+std::size_t Document::TreeBytes(const Node& node) noexcept {
+    return node.m_oData.HeapBytes();
+}
+
+}  // namespace Velmar::Q7R::Serializer

@@ -1,0 +1,41 @@
+// The way between a root node and its stored forms, which all hosts share. Internal.
+#ifndef SERIALIZER_DOCUMENT_H
+#define SERIALIZER_DOCUMENT_H
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "serializer/node.h"
+
+namespace Velmar::Q7R::Serializer {
+
+// Failures raise System::ApplicationException with the text of the operation.
+class Document {
+  public:
+    // The root of a fresh tree. sFailure is what a failure to make it says.
+    [[nodiscard]] static Node NewRoot(const char* sFailure);
+
+    static void SaveToFile(const Node& root, StringRef fileName);
+    [[nodiscard]] static std::vector<Byte> SaveToBuffer(Node& root);
+    // The root of the tree that was loaded.
+    [[nodiscard]] static Node LoadFromFile(StringRef fileName);
+    [[nodiscard]] static Node LoadFromBuffer(std::span<const Byte> bytes);
+
+    // The bytes of a successor, inside the tree: valid until it is changed. False when there is
+    // no such successor.
+    static bool PeekBytes(const Node& node, StringRef name, Int32 index,
+                          std::span<const Byte>& bytes);
+
+    // Heap bytes of the node's tree; 0 without one.
+    [[nodiscard]] static std::size_t TreeBytes(const Node& node) noexcept;
+
+    static constexpr char INVALID_ROOT[] = "Invalid vok::Data";
+    static constexpr char WRITE_BUFFER_FAILED[] = "Failed to write data to buffer";
+    static constexpr char WRITE_FILE_FAILED[] = "Failed to write data to file";
+    static constexpr char READ_FAILED[] = "Failed to read data from file.";
+};
+
+}  // namespace Velmar::Q7R::Serializer
+
+#endif  // SERIALIZER_DOCUMENT_H

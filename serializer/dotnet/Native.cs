@@ -1,0 +1,96 @@
+using System;
+using System.Runtime.InteropServices;
+
+namespace Velmar.Q7R.Serializer
+{
+    // The C interface of the native library, function by function.
+    internal static class Native
+    {
+        private const string Library = "vok_serializer";
+        private const CallingConvention Call = CallingConvention.Cdecl;
+
+        internal const int Version = 1;
+        internal const int Ok = 0;
+        internal const int NotFound = 1;
+
+        static Native()
+        {
+            if (vok_serializer_version() != Version)
+                throw new TypeLoadException("vok_serializer: wrong version of the native library");
+        }
+
+        [DllImport(Library, CallingConvention = Call)]
+        private static extern int vok_serializer_version();
+        [DllImport(Library, CallingConvention = Call)]
+        private static extern IntPtr vok_last_error();
+
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_node_create(out IntPtr node);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_root_create(out IntPtr node);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern void vok_node_free(IntPtr node);
+
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_string(IntPtr node, string name, string value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_int(IntPtr node, string name, int value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_double(IntPtr node, string name, double value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_bool(IntPtr node, string name, int value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_bytes(IntPtr node, string name, byte[] bytes,
+                                                      int size);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_ints(IntPtr node, string name, int v1, int v2,
+                                                     int v3, int v4);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_add_subnode(IntPtr node, string name,
+                                                        out IntPtr subnode);
+
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_string(IntPtr node, string name, int index,
+                                                       out IntPtr value, out int length);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_int(IntPtr node, string name, int index,
+                                                    ref int value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_double(IntPtr node, string name, int index,
+                                                       ref double value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_bool(IntPtr node, string name, int index,
+                                                     out int value);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_bytes(IntPtr node, string name, int index,
+                                                      out IntPtr bytes, out int size);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_ints(IntPtr node, string name, int index,
+                                                     ref int v1, ref int v2, ref int v3,
+                                                     ref int v4);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_get_subnode(IntPtr node, string name, int index,
+                                                        out IntPtr subnode);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_node_count(IntPtr node, string name, out int count);
+
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_save_file(IntPtr root, string fileName);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_save_buffer(IntPtr root, out IntPtr bytes, out int size);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern void vok_bytes_free(IntPtr bytes);
+        [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
+        internal static extern int vok_load_file(string fileName, out IntPtr root);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_load_buffer(byte[] bytes, int size, out IntPtr root);
+
+        // Whether an operation found what it was asked for; raises what it failed with.
+        internal static bool Found(int status)
+        {
+            if (status == Ok) return true;
+            if (status == NotFound) return false;
+            throw new ApplicationException(Marshal.PtrToStringUni(vok_last_error()));
+        }
+    }
+}

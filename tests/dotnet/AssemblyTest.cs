@@ -1,0 +1,279 @@
+// The assembly as a host sees it. Prints what is wrong; the exit status counts it.
+using System;
+using System.Collections.Generic;
+using System.IO;
+using System.Linq;
+using System.Reflection;
+using System.Text;
+using System.Threading;
+using Velmar.Q7R.Serializer;
+
+internal sealed class Host : ISerialisable
+{
+    internal Action<Node> OnWrite = node => { };
+    internal Action<Node> OnRead = node => { };
+    public void WriteValues(Node node) { OnWrite(node); }
+    public void ReadValues(Node node) { OnRead(node); }
+}
+
+internal static class AssemblyTest
+{
+    private static int s_iWrong;
+
+    private static void Check(bool good, string what)
+    {
+        if (good) return;
+        ++s_iWrong;
+        Console.WriteLine("WRONG: " + what);
+    }
+
+    private static void Equal<T>(T actual, T expected, string what)
+    {
+        Check(EqualityComparer<T>.Default.Equals(actual, expected),
+              what + ": " + actual + " instead of " + expected);
+    }
+
+    private static string Failure(Action body)
+    {
+        try { body(); }
+        catch (ApplicationException e) { return e.Message; }
+        return "(nothing raised)";
+    }
+
+    // ---- the public surface -------------------------------------------------
+
+    private static string Show(Type type)
+    {
+        return type.IsByRef ? "out " + type.GetElementType().Name : type.Name;
+    }
+
+    private static string Show(MethodBase method)
+    {
+        string access = method.IsPublic ? "public" : method.IsFamily ? "protected" : "internal";
+        var info = method as MethodInfo;
+        string parameters = String.Join(", ", method.GetParameters().Select(p => {
+            Check(p.ParameterType.IsByRef == p.IsOut, "out of " + method + " " + p.Name);
+            return Show(p.ParameterType);
+        }));
+        return access + (method.IsStatic ? " static" : "") +
+               (method.IsVirtual && !method.IsFinal ? " virtual" : "") +
+               (info != null ? " " + info.ReturnType.Name : "") + " " + method.Name + "(" +
+               parameters + ")";
+    }
+
+    private static void SurfaceIs(Type type, params string[] expected)
+    {
+        const BindingFlags all = BindingFlags.Public | BindingFlags.NonPublic | BindingFlags.Instance |
+                                 BindingFlags.Static | BindingFlags.DeclaredOnly;
+        string[] actual = type.GetMembers(all)
+            .OfType<MethodBase>()
+            .Where(m => !m.IsPrivate)
+            .Select(Show)
+            .OrderBy(s => s, StringComparer.Ordinal)
+            .ToArray();
+        string[] sorted = expected.OrderBy(s => s, StringComparer.Ordinal).ToArray();
+        foreach (string s in actual.Except(sorted)) Check(false, type.Name + " has " + s);
+        foreach (string s in sorted.Except(actual)) Check(false, type.Name + " lacks " + s);
+    }
+
+    private static void TestSurface()
+    {
+        Assembly assembly = typeof(Node).Assembly;
+        Equal(assembly.GetName().Version.ToString(), "1.0.0.0", "version");
+        Equal(assembly.GetName().Name, "Velmar.Q7R.Serializer", "name");
+        Equal(String.Join(" ", assembly.GetExportedTypes().Select(t => t.Name).OrderBy(s => s)),
+              "ISerialisable Node Serializer", "types");
+        Check(!typeof(Node).IsSealed && typeof(Node).BaseType == typeof(object), "Node's base");
+        Equal(typeof(Node).GetInterfaces().Single(), typeof(IDisposable), "Node's interfaces");
+        Equal(typeof(Serializer).GetInterfaces().Single(), typeof(IDisposable),
+              "Serializer's interfaces");
+        var node = new List<string> {
+            "public .ctor()", "internal .ctor(Boolean)", "internal .ctor(IntPtr)",
+            "public Void Dispose()", "protected virtual Void Dispose(Boolean)",
+            "protected virtual Void Finalize()", "internal static IntPtr op_Explicit(Node)",
+            "public Node AddSubnode(String)", "public Int32 GetSubnodeCount(String)",
+            "public Boolean TryGetSubnode(String, Int32, out Node)",
+            "public Boolean TryGetSubnode(String, out Node)",
+        };
+        foreach (string s in new[] { "String", "Int32", "Double", "Boolean", "Byte[]" })
+        {
+            node.Add("public Void AddValue(String, " + s + ")");
+            node.Add("public Boolean TryGetValue(String, Int32, out " + s + ")");
+            node.Add("public Boolean TryGetValue(String, out " + s + ")");
+        }
+        const string four = "out Int32, out Int32, out Int32, out Int32)";
+        node.Add("public Void AddValue(String, Int32, Int32, Int32, Int32)");
+        node.Add("public Boolean TryGetValue(String, Int32, " + four);
+        node.Add("public Boolean TryGetValue(String, " + four);
+        SurfaceIs(typeof(Node), node.ToArray());
+        SurfaceIs(typeof(Serializer), "public .ctor()", "public Void Dispose()",
+                  "protected virtual Void Dispose(Boolean)",
+                  "public Void WriteToFile(ISerialisable, String)",
+                  "public Byte[] WriteToBinaryBuffer(ISerialisable)",
+                  "public Void ReadFromFile(ISerialisable, String)",
+                  "public Void ReadFromBinaryBuffer(ISerialisable, Byte[])");
+        SurfaceIs(typeof(ISerialisable), "public virtual Void WriteValues(Node)",
+                  "public virtual Void ReadValues(Node)");
+    }
+
+    // ---- round trips --------------------------------------------------------
+
+    private static void Fill(Node node)
+    {
+        node.AddValue("s", "a\u00E4\uD83D\uDE00<]]>\r\n");
+        node.AddValue("s", (string)null);
+        node.AddValue(null, "no name");
+        node.AddValue("i", -7);
+        node.AddValue("d", 0.1);
+        node.AddValue("b", true);
+        node.AddValue("raw", new byte[] { 0, 1, 255 });
+        node.AddValue("raw", (byte[])null);
+        node.AddValue("q", 1, 2, 3, 4);
+        using (Node sub = node.AddSubnode("sub"))
+        {
+            sub.AddValue("V1", 10);
+            sub.AddValue("V3", 30);
+        }
+    }
+
+    private static void Verify(Node node)
+    {
+        string s;
+        int a, b, c, d;
+        double real;
+        bool flag;
+        byte[] raw;
+        Node sub;
+        Check(node.TryGetValue("s", out s) && s == "a\u00E4\uD83D\uDE00<]]>\r\n", "string");
+        Check(node.TryGetValue("s", 1, out s) && s == String.Empty, "null string");
+        Check(node.TryGetValue(null, out s) && s == "no name", "no name");
+        Check(node.TryGetValue("i", out a) && a == -7, "int");
+        Check(node.TryGetValue("d", out real) && real == 0.1, "double");
+        Check(node.TryGetValue("b", out flag) && flag, "bool");
+        Check(node.TryGetValue("raw", out raw) && raw.SequenceEqual(new byte[] { 0, 1, 255 }), "bytes");
+        Check(node.TryGetValue("raw", 1, out raw) && raw.Length == 0, "no bytes");
+        Check(node.TryGetValue("q", out a, out b, out c, out d) && a + 10 * b + 100 * c + 1000 * d == 4321, "ints");
+        Equal(node.GetSubnodeCount("s"), 2, "count");
+        Equal(node.GetSubnodeCount("none"), 0, "count of none");
+        Check(node.TryGetSubnode("sub", out sub), "subnode");
+        using (sub) Check(sub.TryGetValue("V3", out a) && a == 30, "in subnode");
+        // What is not there leaves outputs alone.
+        a = 77;
+        Check(!node.TryGetValue("none", out a) && a == 77, "untouched int");
+        s = "old";
+        Check(!node.TryGetValue("s", 2, out s) && s == "old", "untouched string");
+        a = b = c = d = 5;
+        Check(!node.TryGetValue("sub", out a, out b, out c, out d), "some of four");
+        Check(a == 10 && b == 5 && c == 30 && d == 5, "the others of four");
+        // Another type.
+        Equal(Failure(() => { int i; node.TryGetValue("s", out i); }), "Failed to get Node int value", "wrong type");
+        Equal(Failure(() => { byte[] x; node.TryGetValue("i", out x); }), "Failed to get Node byte array", "wrong type");
+        string text = Failure(() => { string x; node.TryGetValue("i", out x); });
+        Check(text.StartsWith("node \"i\" with wrong data type: 'String' expected but got 'Integer'") &&
+              text.Contains("vok::Data::"), "native text: " + text);
+    }
+
+    private static void TestRoundTrips(string folder)
+    {
+        var serializer = new Serializer();
+        int calls = 0;
+        var host = new Host { OnWrite = Fill, OnRead = node => { Verify(node); ++calls; } };
+        byte[] bytes = serializer.WriteToBinaryBuffer(host);
+        serializer.ReadFromBinaryBuffer(host, bytes);
+        string file = Path.Combine(folder, "\u00E4.xml");
+        serializer.WriteToFile(host, file);
+        serializer.ReadFromFile(host, file);
+        Equal(calls, 2, "reads");
+        Check(serializer.WriteToBinaryBuffer(host).SequenceEqual(bytes), "same bytes again");
+        File.WriteAllBytes(Path.Combine(folder, "dotnet.dgraph"), bytes);
+        serializer.Dispose();
+    }
+
+    private static void TestFailures(string folder)
+    {
+        var serializer = new Serializer();
+        var host = new Host { OnRead = node => Check(false, "read from nothing") };
+        const string read = "Failed to read data from file.";
+        Equal(Failure(() => serializer.ReadFromFile(host, Path.Combine(folder, "none"))), read, "no file");
+        Equal(Failure(() => serializer.ReadFromFile(host, null)), read, "null file");
+        Equal(Failure(() => serializer.ReadFromBinaryBuffer(host, new byte[8])), read, "short buffer");
+        Equal(Failure(() => serializer.ReadFromBinaryBuffer(host, null)), read, "null buffer");
+        Equal(Failure(() => serializer.WriteToFile(host, "")), "Failed to write data to file", "empty name");
+        host.OnWrite = node => node.Dispose();
+        Equal(Failure(() => serializer.WriteToFile(host, "x")), "Invalid vok::Data", "disposed root");
+        Equal(Failure(() => serializer.WriteToBinaryBuffer(host)), "Invalid vok::Data", "disposed root");
+        host.OnWrite = node => { throw new InvalidOperationException("mine"); };
+        try { serializer.WriteToBinaryBuffer(host); Check(false, "host's exception"); }
+        catch (InvalidOperationException e) { Equal(e.Message, "mine", "host's exception"); }
+        var gone = new Node();
+        gone.AddValue("x", 1);
+        gone.Dispose();
+        gone.Dispose();
+        Equal(Failure(() => gone.AddValue("x", 1)), "Failed to add Node int value", "disposed");
+        Equal(Failure(() => gone.GetSubnodeCount("x")), "Failed to get subnode count", "disposed");
+    }
+
+    // ---- lifetime -----------------------------------------------------------
+
+    private static long ResidentBytes()
+    {
+        foreach (string line in File.ReadAllLines("/proc/self/status"))
+        {
+            if (line.StartsWith("VmRSS:")) return Int64.Parse(line.Split(new[] { ' ', '\t' }, StringSplitOptions.RemoveEmptyEntries)[1]) * 1024;
+        }
+        return 0;
+    }
+
+    private static void TestMemory(int count)
+    {
+        var serializer = new Serializer();
+        var host = new Host {
+            OnWrite = node => { node.AddValue("id", 1); node.AddValue("name", "text"); node.AddSubnode("left to the collector"); },
+            OnRead = node => { int id; Check(node.TryGetValue("id", out id), "id"); }
+        };
+        long before = 0;
+        for (int i = 0; i < count; ++i)
+        {
+            if (i == count / 10)
+            {
+                GC.Collect();
+                GC.WaitForPendingFinalizers();
+                before = ResidentBytes();
+            }
+            serializer.ReadFromBinaryBuffer(host, serializer.WriteToBinaryBuffer(host));
+        }
+        GC.Collect();
+        GC.WaitForPendingFinalizers();
+        long grown = ResidentBytes() - before;
+        Check(grown < 32L << 20, "memory has grown by " + grown + " bytes");
+    }
+
+    private static void TestThreads()
+    {
+        var threads = Enumerable.Range(0, 4).Select(n => new Thread(() => {
+            var serializer = new Serializer();
+            for (int i = 0; i < 200; ++i)
+            {
+                var host = new Host { OnWrite = Fill };
+                byte[] bytes = serializer.WriteToBinaryBuffer(host);
+                Equal(Failure(() => serializer.ReadFromBinaryBuffer(host, new byte[n])), "Failed to read data from file.", "thread's own error");
+                serializer.ReadFromBinaryBuffer(host, bytes);
+            }
+        })).ToList();
+        threads.ForEach(t => t.Start());
+        threads.ForEach(t => t.Join());
+    }
+
+    private static int Main(string[] args)
+    {
+        string folder = args.Length > 0 ? args[0] : Path.GetTempPath();
+        int count = args.Length > 1 ? Int32.Parse(args[1]) : 1000000;
+        TestSurface();
+        TestRoundTrips(folder);
+        TestFailures(folder);
+        TestThreads();
+        TestMemory(count);
+        Console.WriteLine(s_iWrong == 0 ? "good" : s_iWrong + " wrong");
+        return s_iWrong == 0 ? 0 : 1;
+    }
+}
