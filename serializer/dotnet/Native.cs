@@ -9,20 +9,23 @@ namespace Velmar.Q7R.Serializer
         private const string Library = "vok_serializer";
         private const CallingConvention Call = CallingConvention.Cdecl;
 
-        internal const int Version = 1;
-        internal const int Ok = 0;
-        internal const int NotFound = 1;
+        private const int Version = 1;
+        private const int Ok = 0;
 
         static Native()
         {
             if (vok_serializer_version() != Version)
                 throw new TypeLoadException("vok_serializer: wrong version of the native library");
+            // Every failure reaches the host as an exception, which has its own way to show it.
+            vok_set_banner(0);
         }
 
         [DllImport(Library, CallingConvention = Call)]
         private static extern int vok_serializer_version();
         [DllImport(Library, CallingConvention = Call)]
         private static extern IntPtr vok_last_error();
+        [DllImport(Library, CallingConvention = Call)]
+        private static extern int vok_set_banner(int on);
 
         [DllImport(Library, CallingConvention = Call)]
         internal static extern int vok_node_create(out IntPtr node);
@@ -30,6 +33,8 @@ namespace Velmar.Q7R.Serializer
         internal static extern int vok_root_create(out IntPtr node);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern void vok_node_free(IntPtr node);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern long vok_node_tree_bytes(IntPtr node);
 
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
         internal static extern int vok_node_add_string(IntPtr node, string name, string value);
@@ -85,11 +90,17 @@ namespace Velmar.Q7R.Serializer
         [DllImport(Library, CallingConvention = Call)]
         internal static extern int vok_load_buffer(byte[] bytes, int size, out IntPtr root);
 
-        // Whether an operation found what it was asked for; raises what it failed with.
-        internal static bool Found(int status)
+        // Whether an operation found what it was asked for; a failure raises the operation's text.
+        internal static bool Found(string failure, int status)
         {
-            if (status == Ok) return true;
-            if (status == NotFound) return false;
+            if (status >= 0) return status == Ok;
+            throw new ApplicationException(failure);
+        }
+
+        // The same, raising what the library itself says.
+        internal static bool FoundText(int status)
+        {
+            if (status >= 0) return status == Ok;
             throw new ApplicationException(Marshal.PtrToStringUni(vok_last_error()));
         }
     }

@@ -13,19 +13,23 @@ namespace Velmar.Q7R.Serializer
     /// </remarks>
     public class Node : IDisposable
     {
-        // The native handle; zero once the node is disposed of.
+        private const string NoNode = "Failed to make a node";
+
+        // The native handle; zero once the node is disposed of, which every operation fails on.
         private IntPtr m_pData;
 
         /// <summary>A node of no tree; the first value or subnode added gives it one.</summary>
         public Node()
         {
-            Native.Found(Native.vok_node_create(out m_pData));
+            Native.Found(NoNode,
+                         Native.vok_node_create(out m_pData));
         }
 
         // The root of a fresh tree, or a node of no tree.
         internal Node(bool isRootNode)
         {
-            Native.Found(isRootNode ? Native.vok_root_create(out m_pData)
+            Native.Found(NoNode,
+                         isRootNode ? Native.vok_root_create(out m_pData)
                                     : Native.vok_node_create(out m_pData));
         }
 
@@ -66,40 +70,40 @@ namespace Velmar.Q7R.Serializer
         /// <summary>Appends a text; null is written as the empty one.</summary>
         public void AddValue(string name, string value)
         {
-            Check("Failed to add Node String value");
-            Native.Found(Native.vok_node_add_string(m_pData, name, value));
+            Native.Found("Failed to add Node String value",
+                         Native.vok_node_add_string(m_pData, name, value));
             GC.KeepAlive(this);
         }
 
         /// <summary>Appends a whole number.</summary>
         public void AddValue(string name, int value)
         {
-            Check("Failed to add Node int value");
-            Native.Found(Native.vok_node_add_int(m_pData, name, value));
+            Native.Found("Failed to add Node int value",
+                         Native.vok_node_add_int(m_pData, name, value));
             GC.KeepAlive(this);
         }
 
         /// <summary>Appends a real number.</summary>
         public void AddValue(string name, double value)
         {
-            Check("Failed to add Node double value");
-            Native.Found(Native.vok_node_add_double(m_pData, name, value));
+            Native.Found("Failed to add Node double value",
+                         Native.vok_node_add_double(m_pData, name, value));
             GC.KeepAlive(this);
         }
 
         /// <summary>Appends a truth value.</summary>
         public void AddValue(string name, bool value)
         {
-            Check("Failed to add Node bool value");
-            Native.Found(Native.vok_node_add_bool(m_pData, name, value ? 1 : 0));
+            Native.Found("Failed to add Node bool value",
+                         Native.vok_node_add_bool(m_pData, name, value ? 1 : 0));
             GC.KeepAlive(this);
         }
 
         /// <summary>Appends a block of bytes; null counts as an empty one.</summary>
         public void AddValue(string name, byte[] value)
         {
-            Check("Failed to add Node byte array");
-            Native.Found(Native.vok_node_add_bytes(m_pData, name, value,
+            Native.Found("Failed to add Node byte array",
+                         Native.vok_node_add_bytes(m_pData, name, value,
                                                    value == null ? 0 : value.Length));
             GC.KeepAlive(this);
         }
@@ -107,17 +111,17 @@ namespace Velmar.Q7R.Serializer
         /// <summary>Appends four whole numbers.</summary>
         public void AddValue(string name, int v1, int v2, int v3, int v4)
         {
-            Check("Failed to add Node quad tuple");
-            Native.Found(Native.vok_node_add_ints(m_pData, name, v1, v2, v3, v4));
+            Native.Found("Failed to add Node quad tuple",
+                         Native.vok_node_add_ints(m_pData, name, v1, v2, v3, v4));
             GC.KeepAlive(this);
         }
 
         /// <summary>Appends a node to be filled by the caller.</summary>
         public Node AddSubnode(string name)
         {
-            Check("Failed to add subnode");
             IntPtr pSubnode;
-            Native.Found(Native.vok_node_add_subnode(m_pData, name, out pSubnode));
+            Native.Found("Failed to add subnode",
+                         Native.vok_node_add_subnode(m_pData, name, out pSubnode));
             GC.KeepAlive(this);
             return new Node(pSubnode);
         }
@@ -128,12 +132,11 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out string value)
         {
             Untouched<string>.Keep(out value);
-            Check(DisposedText);
             IntPtr pText;
             int iLength;
-            bool bFound =
-                Native.Found(Native.vok_node_get_string(m_pData, name, index, out pText, out iLength));
-            if (bFound) value = iLength == 0 ? String.Empty : Marshal.PtrToStringUni(pText, iLength);
+            bool bFound = Native.FoundText(
+                Native.vok_node_get_string(m_pData, name, index, out pText, out iLength));
+            if (bFound) value = Utilities.Str2String(pText, iLength);
             GC.KeepAlive(this);
             return bFound;
         }
@@ -142,8 +145,8 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out int value)
         {
             Untouched<int>.Keep(out value);
-            Check("Failed to get Node int value");
-            bool bFound = Native.Found(Native.vok_node_get_int(m_pData, name, index, ref value));
+            bool bFound = Native.Found("Failed to get Node int value",
+                Native.vok_node_get_int(m_pData, name, index, ref value));
             GC.KeepAlive(this);
             return bFound;
         }
@@ -152,8 +155,8 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out double value)
         {
             Untouched<double>.Keep(out value);
-            Check("Failed to get Node double value");
-            bool bFound = Native.Found(Native.vok_node_get_double(m_pData, name, index, ref value));
+            bool bFound = Native.Found("Failed to get Node double value",
+                Native.vok_node_get_double(m_pData, name, index, ref value));
             GC.KeepAlive(this);
             return bFound;
         }
@@ -162,9 +165,9 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out bool value)
         {
             Untouched<bool>.Keep(out value);
-            Check("Failed to get Node bool value");
             int iValue;
-            bool bFound = Native.Found(Native.vok_node_get_bool(m_pData, name, index, out iValue));
+            bool bFound = Native.Found("Failed to get Node bool value",
+                Native.vok_node_get_bool(m_pData, name, index, out iValue));
             if (bFound) value = iValue != 0;
             GC.KeepAlive(this);
             return bFound;
@@ -174,14 +177,17 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out byte[] value)
         {
             Untouched<byte[]>.Keep(out value);
-            Check("Failed to get Node byte array");
             IntPtr pBytes;
             int iSize;
-            bool bFound =
-                Native.Found(Native.vok_node_get_bytes(m_pData, name, index, out pBytes, out iSize));
+            bool bFound = Native.Found("Failed to get Node byte array",
+                Native.vok_node_get_bytes(m_pData, name, index, out pBytes, out iSize));
             if (bFound)
             {
-                value = new byte[iSize];
+                try { value = new byte[iSize]; }
+                catch (OutOfMemoryException)
+                {
+                    throw new ApplicationException("Failed to get Node byte array");
+                }
                 if (iSize > 0) Marshal.Copy(pBytes, value, 0, iSize);
             }
             GC.KeepAlive(this);
@@ -196,8 +202,7 @@ namespace Velmar.Q7R.Serializer
             Untouched<int>.Keep(out v2);
             Untouched<int>.Keep(out v3);
             Untouched<int>.Keep(out v4);
-            Check("Failed to get Node int value");
-            bool bFound = Native.Found(
+            bool bFound = Native.Found("Failed to get Node int value",
                 Native.vok_node_get_ints(m_pData, name, index, ref v1, ref v2, ref v3, ref v4));
             GC.KeepAlive(this);
             return bFound;
@@ -244,10 +249,9 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetSubnode(string name, int index, out Node node)
         {
             Untouched<Node>.Keep(out node);
-            Check("Failed to get subnode");
             IntPtr pSubnode;
-            bool bFound =
-                Native.Found(Native.vok_node_get_subnode(m_pData, name, index, out pSubnode));
+            bool bFound = Native.Found("Failed to get subnode",
+                Native.vok_node_get_subnode(m_pData, name, index, out pSubnode));
             if (bFound) node = new Node(pSubnode);
             GC.KeepAlive(this);
             return bFound;
@@ -262,18 +266,11 @@ namespace Velmar.Q7R.Serializer
         /// <summary>The number of successors of that name.</summary>
         public int GetSubnodeCount(string name)
         {
-            Check("Failed to get subnode count");
             int iCount;
-            Native.Found(Native.vok_node_count(m_pData, name, out iCount));
+            Native.Found("Failed to get subnode count",
+                         Native.vok_node_count(m_pData, name, out iCount));
             GC.KeepAlive(this);
             return iCount;
-        }
-
-        private const string DisposedText = "Failed to get Node String value";
-
-        private void Check(string failure)
-        {
-            if (m_pData == IntPtr.Zero) throw new ApplicationException(failure);
         }
     }
 }

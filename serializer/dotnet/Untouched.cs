@@ -12,7 +12,8 @@ namespace Velmar.Q7R.Serializer
 
         internal static readonly Assignment Keep = (Assignment)Delegate.CreateDelegate(
             typeof(Assignment),
-            typeof(Untouched<T>).GetMethod("Nothing", BindingFlags.NonPublic | BindingFlags.Static));
+            typeof(Untouched<T>).GetMethod("Nothing",
+                                           BindingFlags.NonPublic | BindingFlags.Static));
 
         private static void Nothing(ref T value)
         {
