@@ -464,6 +464,13 @@ TEST(Xml, LimitsHold) {
         EXPECT_EQ(Raised([&] { oTree.LoadFromXMLString(o.sBad, 0, oLimits); }),
                   "limit \""s + o.sName + "\" of 3 exceeded (raise Limits::" + o.sField + ")\n");
     }
+    // A tag is no text, however it meets the pieces of a stream.
+    Limits oShort;
+    oShort.m_uTextBytes = 3;
+    const std::string sLong = "<a" + std::string(300000, ' ') + ">xyz</a>";
+    Drop_Stream oIn(sLong, 100000);
+    Data oTree;
+    EXPECT_EQ(Raised([&] { oTree.LoadFromXML(oIn, 0, oShort); }), NOTHING_RAISED);
 }
 
 }  // namespace

@@ -19,7 +19,10 @@ u2_t XmlLoader::Run() {
         if (m_p != m_pEnd && (*m_p == '<' ? ReadTag() : ReadText())) continue;
         const std::ptrdiff_t iStopped = m_p - pToken;
         m_p = pToken;
-        if (static_cast<std::size_t>(m_pEnd - m_p) > m_oLimits.m_uTextBytes) RaiseTextLimit();
+        // Tags may be longer than texts; a token that never ends must not fill the memory.
+        if (static_cast<u3_t>(m_pEnd - m_p) > std::max(m_oLimits.m_uTextBytes, LONG_TOKEN)) {
+            RaiseTextLimit();
+        }
         if (m_oSource.Fetch(m_p, m_pEnd)) continue;
         if (m_p == m_pEnd && m_bDone) break;
         if (m_bDone && *m_p != '<' && xml::IsBlank(Rest(m_p))) break;

@@ -46,6 +46,8 @@ class XmlLoader {
         u2_t uId;
     };
 
+    // Tokens of so many bytes are read whatever the limit on texts.
+    static constexpr u3_t LONG_TOKEN = u3_t{1} << 20;
     // The words of a Quad that have no room in its record.
     static constexpr std::size_t QUAD_REST = 12;
     static constexpr char NO_WORDS[QUAD_REST] = {};

@@ -9,6 +9,7 @@
 #include "vok/data/buffer_sink.h"
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
+#include "vok/data/walk.h"
 #include "vok/data/xml_form.h"
 #include "vok/file/xml_text.h"
 
@@ -43,7 +44,16 @@ class XmlWriter {
           m_uDepth(uDepth),
           m_bAttributes(oBase.m_oAttHead.Size() != 0) {
         m_oPlain.Resize(b.m_oName.Size());
-        MarkTargets();
+    }
+
+    // Notes which nodes the links below oTop lead to: those get a number. In time with what is
+    // written: a host may save a large tree part by part.
+    void MarkTargets(const Data& oTop) {
+        if (oTop.GetId() == 0) {
+            for (const Node& oNode : b.m_oNode) MarkTarget(oNode);
+            return;
+        }
+        for (Data_Walk o(oTop); o.Next();) MarkTarget(b.m_oNode(o.GetId()));
     }
 
     void Run(u2_t uTop, bool bDeclaration) {
@@ -95,13 +105,10 @@ class XmlWriter {
         m_oStage.Clear();
     }
 
-    // Notes which nodes links lead to: those get a number.
-    void MarkTargets() {
-        for (const Node& oNode : b.m_oNode) {
-            if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) continue;
-            if (m_oNumber.Size() == 0) m_oNumber.Resize(b.m_oNode.Size());
-            m_oNumber(oNode.uWord2) = TO_COME;
-        }
+    void MarkTarget(const Node& oNode) {
+        if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) return;
+        if (m_oNumber.Size() == 0) m_oNumber.Resize(b.m_oNode.Size());
+        m_oNumber(oNode.uWord2) = TO_COME;
     }
     [[nodiscard]] bool IsTarget(u2_t uId) const noexcept {
         return uId < b.m_oNode.Size() && b.m_oNode(uId).GetType() != Node::Zombi;
@@ -384,7 +391,9 @@ void Data::SaveToXML(File_Stream& out, i2_t iDeclaration, i2_t iDepth) const {
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
         SetAccessMode();
-        XmlWriter(b, out, static_cast<u2_t>(std::max(iDepth, 0))).Run(m_uId, iDeclaration != 0);
+        XmlWriter oWriter(b, out, static_cast<u2_t>(std::max(iDepth, 0)));
+        oWriter.MarkTargets(*this);
+        oWriter.Run(m_uId, iDeclaration != 0);
     });
 }
 

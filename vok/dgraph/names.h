@@ -16,9 +16,9 @@ namespace vok {
 void Dgraph_CheckAttNam(const char* pBegin, const char* pEnd = nullptr);
 // Attribute values: all of them will do, null as well.
 void Dgraph_CheckAttVal(const char* pBegin, const char* pEnd = nullptr) noexcept;
-// Node names: not null, not empty ("Empty node type is not allowed"), not just ".", ".." or
-// "CDNodeReference" ("invalid type specification "%s""), none of / [ ] ' " ("The node type
-// contains the invalid character '%c'", in this order).
+// Node names: not null, not empty ("Empty node type is not allowed"), none of the reserved
+// ".", ".." and "CDNodeReference" as a whole (an error that quotes it), none of / [ ] ' " ("The
+// node type contains the invalid character '%c'", in this order).
 void Dgraph_CheckName(const char* pBegin, const char* pEnd = nullptr);
 // Paths: parsed as Data_Xpath does, with its errors; the name of every step, "." and ".."
 // too, must pass Dgraph_CheckName. Of the attributes that a step asks for only one is looked

@@ -276,10 +276,11 @@ bool File::SeekGzip(i3_t iOffset, int iWhence) noexcept {
         // there with the next transfer, so a long way needs one at each step.
         (void)::gzseek(Gzip(m_pHandle), static_cast<z_off_t>(iStep - 1), FROM_POSITION);
         char cByte = 0;
-        const bool bDone = Is(FLAG_WRITE) ? ::gzwrite(Gzip(m_pHandle), &cByte, 1) == 1
-                                          : ::gzread(Gzip(m_pHandle), &cByte, 1) >= 0;
-        if (!bDone) return false;
-        m_iGzip += iStep;
+        const int iDone = Is(FLAG_WRITE) ? ::gzwrite(Gzip(m_pHandle), &cByte, 1)
+                                         : ::gzread(Gzip(m_pHandle), &cByte, 1);
+        if (iDone < 0 || (iDone == 0 && Is(FLAG_WRITE))) return false;
+        // Behind the end there is nothing to go over, however far the target claims to be.
+        m_iGzip = iDone == 0 ? iTarget : m_iGzip + iStep;
     }
     return true;
 }
