@@ -82,8 +82,4 @@ bool Document::PeekBytes(const Node& node, StringRef name, Int32 index,
                    [&] { return node.PeekBytes(name, index, bytes); });
 }
 
-std::size_t Document::TreeBytes(const Node& node) noexcept {
-    return node.m_oData.HeapBytes();
-}
-
 }  // namespace Velmar::Q7R::Serializer

@@ -27,9 +27,6 @@ class Document {
     static bool PeekBytes(const Node& node, StringRef name, Int32 index,
                           std::span<const Byte>& bytes);
 
-    // Heap bytes of the node's tree; 0 without one.
-    [[nodiscard]] static std::size_t TreeBytes(const Node& node) noexcept;
-
     static constexpr char INVALID_ROOT[] = "Invalid vok::Data";
     static constexpr char WRITE_BUFFER_FAILED[] = "Failed to write data to buffer";
     static constexpr char WRITE_FILE_FAILED[] = "Failed to write data to file";

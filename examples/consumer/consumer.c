@@ -29,9 +29,10 @@ static vok_status write_point(int32_t at_x, int32_t at_y) {
 
 static vok_status read_point(int32_t* at_x, int32_t* at_y) {
     vok_node* root;
-    vok_status status = vok_load_file(path, &root);
+    vok_status status = vok_root_create(&root);
     if (status != VOK_OK) return status;
-    status = vok_node_get_int(root, x, 0, at_x);
+    status = vok_load_file(root, path);
+    if (status == VOK_OK) status = vok_node_get_int(root, x, 0, at_x);
     if (status == VOK_OK) status = vok_node_get_int(root, y, 0, at_y);
     vok_node_free(root);
     return status;

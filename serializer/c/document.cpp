@@ -8,9 +8,18 @@
 
 using namespace Velmar::Q7R::Serializer;
 using C::Do;
-using C::Give;
 using C::Text;
 using C::Use;
+
+namespace {
+
+// Where a tree that is loaded goes.
+Node& Target(vok_node* root) {
+    if (root == nullptr) throw System::ApplicationException(Document::INVALID_ROOT);
+    return root->m_oNode;
+}
+
+}  // namespace
 
 vok_status vok_save_file(const vok_node* root, const vok_char* path) {
     return Do([&] { Document::SaveToFile(Use(root), Text(path)); });
@@ -33,13 +42,17 @@ void vok_bytes_free(uint8_t* bytes) {
     delete[] bytes;
 }
 
-vok_status vok_load_file(const vok_char* path, vok_node** root) {
-    return Do([&] { Give(root, Document::LoadFromFile(Text(path)), Document::READ_FAILED); });
+vok_status vok_load_file(vok_node* root, const vok_char* path) {
+    return Do([&] {
+        Node& oRoot = Target(root);
+        oRoot = Document::LoadFromFile(Text(path));
+    });
 }
 
-vok_status vok_load_buffer(const uint8_t* bytes, int32_t size, vok_node** root) {
+vok_status vok_load_buffer(vok_node* root, const uint8_t* bytes, int32_t size) {
     return Do([&] {
+        Node& oRoot = Target(root);
         const std::size_t uSize = bytes != nullptr && size > 0 ? static_cast<std::size_t>(size) : 0;
-        Give(root, Document::LoadFromBuffer({bytes, uSize}), Document::READ_FAILED);
+        oRoot = Document::LoadFromBuffer({bytes, uSize});
     });
 }

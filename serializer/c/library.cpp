@@ -62,6 +62,10 @@ int64_t vok_live_blocks(void) {
     return static_cast<int64_t>(vok::Mem::BlocksInUse());
 }
 
+int64_t vok_live_bytes(void) {
+    return static_cast<int64_t>(vok::Mem::BytesInUse());
+}
+
 int32_t vok_set_banner(int32_t on) {
     return vok::Msg::SetBanner(on != 0) ? 1 : 0;
 }

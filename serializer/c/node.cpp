@@ -24,15 +24,14 @@ vok_status vok_root_create(vok_node** node) {
 }
 
 vok_status vok_node_copy(const vok_node* node, vok_node** copy) {
-    return Do([&] { Give(copy, Use(node), NO_NODE); });
+    return Do([&] {
+        if (node == nullptr) throw System::ApplicationException(NO_NODE);
+        Give(copy, node->m_oNode, NO_NODE);
+    });
 }
 
 void vok_node_free(vok_node* node) {
     delete node;
-}
-
-int64_t vok_node_tree_bytes(const vok_node* node) {
-    return static_cast<int64_t>(Document::TreeBytes(Use(node)));
 }
 
 // ---- writing ----------------------------------------------------------------
@@ -75,7 +74,7 @@ vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vok_node**
 
 vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
                                const vok_char** value, int32_t* length) {
-    // Kept for the caller until the thread's next call.
+    // Kept for the caller, who may hand it to other functions.
     static thread_local String t_oText;
     return Call([&] {
         if (!Use(node).TryGetValue(Text(name), index, t_oText)) return false;

@@ -7,7 +7,7 @@
  *     if (vok_save_file(root, path) != VOK_OK) print(vok_last_error());
  *     vok_node_free(root);
  *
- * Writing: make a root, add to it, save it. Reading: load a root, get from it.
+ * Writing: make a root, add to it, save it. Reading: make a root, load it, get from it.
  *
  * Texts are UTF-16 in the byte order of the machine. Texts handed in end at their first NUL, are
  * copied where they are kept, and may be null: null is the empty text. A surrogate without its
@@ -62,9 +62,11 @@ VOK_API int32_t vok_serializer_version(void);
  * Never null. */
 VOK_API const vok_char* vok_last_error(void);
 
-/* Handles that wait for vok_node_free, and memory blocks in use, in the whole process. */
+/* Handles that wait for vok_node_free, and blocks of memory in use with their bytes, in the whole
+ * process. Hosts with a garbage collector can tell from the bytes when to start it. */
 VOK_API int64_t vok_live_nodes(void);
 VOK_API int64_t vok_live_blocks(void);
+VOK_API int64_t vok_live_bytes(void);
 
 /* Whether each failure below also prints a line with its time to standard output; on at first.
  * Returns the former setting. */
@@ -81,12 +83,10 @@ VOK_API vok_status vok_set_log_file(const vok_char* path);
 VOK_API vok_status vok_node_create(vok_node** node);
 /* The root of a new tree. Constant time. */
 VOK_API vok_status vok_root_create(vok_node** node);
-/* A second handle of the same node. Constant time. */
+/* A second handle of the same node. Constant time. "Failed to make a node". */
 VOK_API vok_status vok_node_copy(const vok_node* node, vok_node** copy);
 /* Frees a handle; the tree goes with its last one. Null is ignored. */
 VOK_API void vok_node_free(vok_node* node);
-/* Heap bytes of the tree, for hosts whose garbage collector wants to know; 0 for none. */
-VOK_API int64_t vok_node_tree_bytes(const vok_node* node);
 
 /* ---- writing ------------------------------------------------------------ */
 
@@ -116,8 +116,8 @@ VOK_API vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vo
  * there is none. A successor with a value of another type is a failure. Logarithmic in the number
  * of successors, but for the first read after a write, which puts the tree in order. */
 
-/* The text and its length in units; it ends in a NUL and is valid until the next call in this
- * thread. An empty node gives the empty text. Fails with the native error and, a line each, the
+/* The text and its length in units; it ends in a NUL and is valid until this function is called in
+ * this thread again: a thread keeps the last text it got. An empty node gives the empty text. Fails with the native error and, a line each, the
  * functions it passed. */
 VOK_API vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
                                        const vok_char** value, int32_t* length);
@@ -158,11 +158,13 @@ VOK_API vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* siz
 /* Null is ignored. */
 VOK_API void vok_bytes_free(uint8_t* bytes);
 
-/* The root of the tree that a document makes; the caller frees its handle. Untrusted documents are
- * safe: what one may cost in memory is bounded. "Failed to read data from file.", both. */
-VOK_API vok_status vok_load_file(const vok_char* path, vok_node** root);
+/* Puts the tree that a document makes in the place of the one that root had, and root on its root.
+ * Other handles keep the former tree, and so does root when it fails. Untrusted documents are safe:
+ * what one may cost in memory is bounded. "Failed to read data from file.", both; a null handle:
+ * "Invalid vok::Data". */
+VOK_API vok_status vok_load_file(vok_node* root, const vok_char* path);
 /* Null, or a size below 1, is no document. */
-VOK_API vok_status vok_load_buffer(const uint8_t* bytes, int32_t size, vok_node** root);
+VOK_API vok_status vok_load_buffer(vok_node* root, const uint8_t* bytes, int32_t size);
 
 #ifdef __cplusplus
 }

@@ -12,6 +12,11 @@ namespace Velmar.Q7R.Serializer
         private const int Version = 1;
         private const int Ok = 0;
 
+        // What failures say that several operations share.
+        internal const string NoNode = "Failed to make a node";
+        internal const string BufferFailure = "Failed to write data to buffer";
+        internal const string ReadFailure = "Failed to read data from file.";
+
         static Native()
         {
             if (vok_serializer_version() != Version)
@@ -34,7 +39,7 @@ namespace Velmar.Q7R.Serializer
         [DllImport(Library, CallingConvention = Call)]
         internal static extern void vok_node_free(IntPtr node);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern long vok_node_tree_bytes(IntPtr node);
+        internal static extern long vok_live_bytes();
 
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
         internal static extern int vok_node_add_string(IntPtr node, string name, string value);
@@ -82,13 +87,13 @@ namespace Velmar.Q7R.Serializer
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
         internal static extern int vok_save_file(IntPtr root, string fileName);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_save_buffer(IntPtr root, out IntPtr bytes, out int size);
+        internal static extern int vok_save_buffer(IntPtr root, ref IntPtr bytes, out int size);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern void vok_bytes_free(IntPtr bytes);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_load_file(string fileName, out IntPtr root);
+        internal static extern int vok_load_file(IntPtr root, string fileName);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_load_buffer(byte[] bytes, int size, out IntPtr root);
+        internal static extern int vok_load_buffer(IntPtr root, byte[] bytes, int size);
 
         // Whether an operation found what it was asked for; a failure raises the operation's text.
         internal static bool Found(string failure, int status)

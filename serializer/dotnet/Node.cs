@@ -13,33 +13,32 @@ namespace Velmar.Q7R.Serializer
     /// </remarks>
     public class Node : IDisposable
     {
-        private const string NoNode = "Failed to make a node";
-
         // The native handle; zero once the node is disposed of, which every operation fails on.
         private IntPtr m_pData;
 
         /// <summary>A node of no tree; the first value or subnode added gives it one.</summary>
         public Node()
         {
-            Native.Found(NoNode,
+            Native.Found(Native.NoNode,
                          Native.vok_node_create(out m_pData));
         }
 
         // The root of a fresh tree, or a node of no tree.
         internal Node(bool isRootNode)
         {
-            Native.Found(NoNode,
+            Native.Found(Native.NoNode,
                          isRootNode ? Native.vok_root_create(out m_pData)
                                     : Native.vok_node_create(out m_pData));
         }
 
-        // Takes over a native handle.
+        // Takes over a native handle. A handle that is still to come is written straight into its
+        // owner, so that nothing can come in between and lose it.
         internal Node(IntPtr pData)
         {
             m_pData = pData;
         }
 
-        /// <summary>Gives up the tree without waiting for the collector.</summary>
+        /// <summary>Gives up the tree of a node that nobody disposed of.</summary>
         ~Node()
         {
             Dispose(false);
@@ -119,11 +118,11 @@ namespace Velmar.Q7R.Serializer
         /// <summary>Appends a node to be filled by the caller.</summary>
         public Node AddSubnode(string name)
         {
-            IntPtr pSubnode;
+            var subnode = new Node(IntPtr.Zero);
             Native.Found("Failed to add subnode",
-                         Native.vok_node_add_subnode(m_pData, name, out pSubnode));
+                         Native.vok_node_add_subnode(m_pData, name, out subnode.m_pData));
             GC.KeepAlive(this);
-            return new Node(pSubnode);
+            return subnode;
         }
 
         // A successor that is not there leaves outputs as they were: see Untouched.
@@ -249,10 +248,10 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetSubnode(string name, int index, out Node node)
         {
             Untouched<Node>.Keep(out node);
-            IntPtr pSubnode;
+            var subnode = new Node(IntPtr.Zero);
             bool bFound = Native.Found("Failed to get subnode",
-                Native.vok_node_get_subnode(m_pData, name, index, out pSubnode));
-            if (bFound) node = new Node(pSubnode);
+                Native.vok_node_get_subnode(m_pData, name, index, out subnode.m_pData));
+            if (bFound) node = subnode;
             GC.KeepAlive(this);
             return bFound;
         }

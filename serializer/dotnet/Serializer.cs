@@ -20,9 +20,6 @@ namespace Velmar.Q7R.Serializer
     /// </remarks>
     public class Serializer : IDisposable
     {
-        private const string BufferFailure = "Failed to write data to buffer";
-        private const string ReadFailure = "Failed to read data from file.";
-
         /// <summary>A serializer.</summary>
         public Serializer()
         {
@@ -33,11 +30,11 @@ namespace Velmar.Q7R.Serializer
         /// vok::Data" when WriteValues disposed of the root.</exception>
         public void WriteToFile(ISerialisable iSerialisable, string fileName)
         {
-            var root = new Root();
+            Node root = NewRoot();
             iSerialisable.WriteValues(root);
             Native.Found("Failed to write data to file",
                          Native.vok_save_file(HandleOf(root), fileName));
-            root.Weigh();
+            GC.KeepAlive(root);
         }
 
         /// <summary>The object as a binary document.</summary>
@@ -45,26 +42,26 @@ namespace Velmar.Q7R.Serializer
         /// vok::Data" when WriteValues disposed of the root.</exception>
         public byte[] WriteToBinaryBuffer(ISerialisable iSerialisable)
         {
-            var root = new Root();
+            Node root = NewRoot();
             iSerialisable.WriteValues(root);
-            IntPtr pBytes;
-            int iSize;
-            Native.Found(BufferFailure,
-                         Native.vok_save_buffer(HandleOf(root), out pBytes, out iSize));
+            IntPtr pBytes = IntPtr.Zero;
             try
             {
+                int iSize;
+                Native.Found(Native.BufferFailure,
+                             Native.vok_save_buffer(HandleOf(root), ref pBytes, out iSize));
                 byte[] byteArray = new byte[iSize];
                 Marshal.Copy(pBytes, byteArray, 0, iSize);
                 return byteArray;
             }
             catch (OutOfMemoryException)
             {
-                throw new ApplicationException(BufferFailure);
+                throw new ApplicationException(Native.BufferFailure);
             }
             finally
             {
                 Native.vok_bytes_free(pBytes);
-                root.Weigh();
+                GC.KeepAlive(root);
             }
         }
 
@@ -73,9 +70,9 @@ namespace Velmar.Q7R.Serializer
         /// ReadValues is not called then.</exception>
         public void ReadFromFile(ISerialisable iSerialisable, string fileName)
         {
-            IntPtr pRoot;
-            Native.Found(ReadFailure, Native.vok_load_file(fileName, out pRoot));
-            iSerialisable.ReadValues(new Root(pRoot));
+            Node root = NewRoot();
+            Native.Found(Native.ReadFailure, Native.vok_load_file(HandleOf(root), fileName));
+            iSerialisable.ReadValues(root);
         }
 
         /// <summary>Reads a binary document into the object.</summary>
@@ -83,10 +80,11 @@ namespace Velmar.Q7R.Serializer
         /// ReadValues is not called then.</exception>
         public void ReadFromBinaryBuffer(ISerialisable iSerialisable, byte[] byteArray)
         {
-            IntPtr pRoot;
+            Node root = NewRoot();
             int iSize = byteArray == null ? 0 : byteArray.Length;
-            Native.Found(ReadFailure, Native.vok_load_buffer(byteArray, iSize, out pRoot));
-            iSerialisable.ReadValues(new Root(pRoot));
+            Native.Found(Native.ReadFailure,
+                         Native.vok_load_buffer(HandleOf(root), byteArray, iSize));
+            iSerialisable.ReadValues(root);
         }
 
         /// <summary>There is nothing to give up.</summary>
@@ -99,6 +97,13 @@ namespace Velmar.Q7R.Serializer
         /// <summary>There is nothing to give up.</summary>
         protected virtual void Dispose(bool disposing)
         {
+        }
+
+        // The object may keep its root, so roots are left to the collector.
+        private static Node NewRoot()
+        {
+            Garbage.Bound();
+            return new Node(true);
         }
 
         private static IntPtr HandleOf(Node root)

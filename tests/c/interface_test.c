@@ -116,10 +116,12 @@ static int check_null(void) {
     FAILS(vok_node_get_bytes(NULL, U("x"), 0, &bytes, &a), "Failed to get Node byte array");
     FAILS(vok_node_get_subnode(NULL, U("x"), 0, &sub), "Failed to get subnode");
     FAILS(vok_node_count(NULL, U("x"), &a), "Failed to get subnode count");
+    FAILS(vok_node_copy(NULL, &sub), "Failed to make a node");
     CHECK(vok_save_file(NULL, U("x")) == VOK_FAILED);
+    FAILS(vok_load_file(NULL, U("x")), "Invalid vok::Data");
     FAILS(vok_save_buffer(NULL, &saved, &a), "Invalid vok::Data");
     /* Outputs are as they were. */
-    CHECK(vok_node_tree_bytes(NULL) == 0 && text == NULL && sub == NULL && bytes == NULL);
+    CHECK(text == NULL && sub == NULL && bytes == NULL);
     CHECK(saved == NULL && a == 7 && real == 7);
     return 0;
 }
@@ -137,28 +139,26 @@ int main(void) {
     if (fill(root) != 0 || check(root) != 0) return 1;
     CHECK(vok_save_buffer(root, &bytes, &size) == VOK_OK);
     CHECK(size > 30 && memcmp(bytes, "DGraphBin\1\2", 12) == 0);
-    CHECK(vok_load_buffer(bytes, size, &loaded) == VOK_OK);
+    CHECK(vok_node_create(&loaded) == VOK_OK && vok_load_buffer(loaded, bytes, size) == VOK_OK);
     if (check(loaded) != 0) return 1;
-    vok_node_free(loaded);
     CHECK(vok_save_file(root, U("interface_test.xml")) == VOK_OK);
-    CHECK(vok_load_file(U("interface_test.xml"), &loaded) == VOK_OK);
-    if (check(loaded) != 0) return 1;
+    CHECK(vok_load_file(loaded, U("interface_test.xml")) == VOK_OK);
     remove("interface_test.xml");
+    FAILS(vok_load_buffer(loaded, bytes, 8), "Failed to read data from file.");
+    CHECK(vok_load_buffer(loaded, NULL, 0) == VOK_FAILED);
+    CHECK(vok_load_file(loaded, U("does/not/exist")) == VOK_FAILED);
+    CHECK(vok_load_file(loaded, NULL) == VOK_FAILED);
+    if (check(loaded) != 0) return 1;
     vok_node_free(loaded);
 
-    loaded = NULL;
-    FAILS(vok_load_buffer(bytes, 8, &loaded), "Failed to read data from file.");
-    CHECK(vok_load_buffer(NULL, 0, &loaded) == VOK_FAILED);
-    CHECK(vok_load_file(U("does/not/exist"), &loaded) == VOK_FAILED && loaded == NULL);
-    CHECK(vok_load_file(NULL, &loaded) == VOK_FAILED);
     FAILS(vok_save_file(root, NULL), "Failed to write data to file");
     vok_bytes_free(bytes);
     vok_node_free(root);
     vok_node_free(NULL);
 
-    CHECK(vok_node_create(&root) == VOK_OK && vok_node_tree_bytes(root) == 0);
+    CHECK(vok_node_create(&root) == VOK_OK && vok_live_bytes() == 0);
     CHECK(vok_node_add_bytes(root, U("x"), NULL, -1) == VOK_FAILED);
-    CHECK(vok_node_add_int(root, U("x"), 1) == VOK_OK && vok_node_tree_bytes(root) > 0);
+    CHECK(vok_node_add_int(root, U("x"), 1) == VOK_OK && vok_live_bytes() > 0);
     /* A copy keeps the tree, and designates the same node of it. */
     CHECK(vok_node_copy(root, &loaded) == VOK_OK && vok_live_nodes() == 2);
     vok_node_free(root);

@@ -114,6 +114,12 @@ internal static class AssemblyTest
                   "public Byte[] WriteToBinaryBuffer(ISerialisable)",
                   "public Void ReadFromFile(ISerialisable, String)",
                   "public Void ReadFromBinaryBuffer(ISerialisable, Byte[])");
+        const BindingFlags all = BindingFlags.Public | BindingFlags.NonPublic | BindingFlags.Instance |
+                                 BindingFlags.Static | BindingFlags.DeclaredOnly;
+        Equal(typeof(Node).GetFields(all).Single().FieldType, typeof(IntPtr), "Node's field");
+        Equal(typeof(Serializer).GetFields(all).Length, 0, "Serializer's fields");
+        Equal(typeof(Serializer).BaseType, typeof(object), "Serializer's base");
+        Check(typeof(Node).GetMethod("op_Explicit", all).IsSpecialName, "the conversion");
         SurfaceIs(typeof(ISerialisable), "public virtual Void WriteValues(Node)",
                   "public virtual Void ReadValues(Node)");
     }
@@ -189,7 +195,6 @@ internal static class AssemblyTest
         serializer.ReadFromFile(host, file);
         Equal(calls, 2, "reads");
         Check(serializer.WriteToBinaryBuffer(host).SequenceEqual(bytes), "same bytes again");
-        File.WriteAllBytes(Path.Combine(folder, "dotnet.dgraph"), bytes);
         serializer.Dispose();
     }
 
@@ -265,6 +270,8 @@ internal static class AssemblyTest
 
     [DllImport("vok_serializer", CallingConvention = CallingConvention.Cdecl)]
     private static extern long vok_live_nodes();
+    [DllImport("vok_serializer", CallingConvention = CallingConvention.Cdecl)]
+    private static extern long vok_live_bytes();
 
     private sealed class Unfinished : Node
     {
@@ -319,11 +326,64 @@ internal static class AssemblyTest
             serializer.ReadFromBinaryBuffer(host, serializer.WriteToBinaryBuffer(new Host { OnWrite = Fill }));
         });
         // An object may keep its root, and the tree with it.
+        Equal(kept.GetType(), typeof(Node), "type of a root");
         Verify(kept);
         kept.Dispose();
         GC.Collect();
         GC.WaitForPendingFinalizers();
         Equal(vok_live_nodes() - before, 0, "native nodes left");
+    }
+
+    // A thread that is aborted loses no handle.
+    private static void TestAbort()
+    {
+        long before = vok_live_nodes();
+        InPassing(() => {
+            for (int i = 0; i < 100; ++i)
+            {
+                var thread = new Thread(() => {
+                    var root = new Node();
+                    for (Node node;;) root.AddSubnode("n").TryGetSubnode("none", out node);
+                });
+                thread.Start();
+                Thread.Sleep(1);
+                thread.Abort();
+                thread.Join();
+            }
+        });
+        Equal(vok_live_nodes() - before, 0, "native nodes of aborted threads");
+    }
+
+    // Trees that are left behind, by calls that fail as well, are collected in time; nobody waits
+    // for one that was given up.
+    private static void TestGarbage()
+    {
+        var serializer = new Serializer();
+        var block = new byte[1 << 20];
+        var host = new Host { OnWrite = node => node.AddValue("block", block) };
+        Action[] calls = {
+            () => serializer.WriteToBinaryBuffer(host),
+            () => serializer.WriteToFile(host, ""),
+            () => new Node().AddValue("block", block),
+        };
+        for (int n = 0; n < 3; ++n)
+        {
+            long most = 0;
+            for (int i = 0; i < 300; ++i)
+            {
+                Failure(calls[n]);
+                if (n == 2) serializer.WriteToBinaryBuffer(new Host { OnWrite = node => { } });
+                most = Math.Max(most, vok_live_bytes());
+            }
+            Check(most < 64L << 20, "garbage of " + most + " bytes, case " + n);
+        }
+        host.OnWrite = node => { for (int i = 0; i < 20; ++i) node.AddValue("block", block); };
+        byte[] bytes = serializer.WriteToBinaryBuffer(host);
+        host.OnRead = node => node.Dispose();
+        serializer.ReadFromBinaryBuffer(host, bytes);
+        int collections = GC.CollectionCount(GC.MaxGeneration);
+        for (int i = 0; i < 10; ++i) serializer.ReadFromBinaryBuffer(host, bytes);
+        Equal(GC.CollectionCount(GC.MaxGeneration) - collections, 0, "needless collections");
     }
 
     private static long ResidentBytes()
@@ -384,6 +444,8 @@ internal static class AssemblyTest
         TestBytes();
         TestFailures(folder);
         TestLifetime();
+        TestAbort();
+        TestGarbage();
         TestThreads();
         TestMemory(count);
         Console.WriteLine(s_iWrong == 0 ? "good" : s_iWrong + " wrong");
