@@ -44,6 +44,12 @@ class Vok {
     void Read() {
         vok::File_Buf oIn(m_oBuffer.Data(), m_oBuffer.Size());
         vok::Dgraph_LoadDGraph(m_oRead, oIn);
+        if constexpr (BY_KEY) {
+            m_aoAsked.clear();
+            for (const std::uint32_t u : m_oSet.lookups) {
+                m_aoAsked.push_back(m_oRead.FindKey(m_oSet.names[u].c_str()));
+            }
+        }
     }
 
     std::uint64_t Walk() {
@@ -61,15 +67,11 @@ class Vok {
     }
 
     std::uint64_t Lookup() {
-        std::vector<Data_Key> aoKeys;
-        for (const std::uint32_t u : m_oSet.lookups) {
-            aoKeys.push_back(m_oRead.FindKey(m_oSet.names[u].c_str()));
-        }
         std::uint64_t uSum = 0;
         const auto oAskAll = [&](const Data& oMap) {
-            for (std::size_t u = 0; u < aoKeys.size(); ++u) {
+            for (std::size_t u = 0; u < m_oSet.lookups.size(); ++u) {
                 if constexpr (BY_KEY) {
-                    uSum += oMap.GetNthSucc(aoKeys[u], 0).GetId();
+                    uSum += oMap.GetNthSucc(m_aoAsked[u], 0).GetId();
                 } else {
                     uSum += oMap.GetNthSucc(m_oSet.names[m_oSet.lookups[u]].c_str(), 0).GetId();
                 }
@@ -97,6 +99,7 @@ class Vok {
     Data m_oBuilt;
     vok::File_Buf m_oBuffer;
     Data m_oRead;
+    std::vector<Data_Key> m_aoAsked;  // keys of the names to look up
 };
 
 }  // namespace

@@ -1,18 +1,22 @@
 #include "vok/base/hash.h"
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
+#include <utility>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
+#include "vok/base/copy.h"
 #include "vok/base/msg.h"
 
 namespace vok {
 
 namespace {
 
-constexpr std::size_t FIRST_NAMES = 28;
+// Up to so many texts no index is made: two of their prefixes are in a cache line.
+constexpr std::size_t SCAN_UP_TO = 31;
 constexpr std::size_t FIRST_BLOCK = 256;
 constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 
@@ -28,60 +32,106 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
     return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * 0x9E3779B97F4A7C15u;
 }
 
+template <class Word>
+[[nodiscard]] Word BigEndianAt(const char* p) noexcept {
+    Word uWord;
+    std::memcpy(&uWord, p, sizeof(Word));
+    if constexpr (std::endian::native == std::endian::big) return uWord;
+    return sizeof(Word) == 8 ? static_cast<Word>(__builtin_bswap64(uWord))
+                             : static_cast<Word>(__builtin_bswap32(static_cast<u2_t>(uWord)));
+}
+
+// Parts that overlap agree where they do.
 [[nodiscard]] u3_t PrefixOf(std::string_view sText) noexcept {
+    const std::size_t uSize = sText.size();
+    const char* p = sText.data();
+    if (uSize >= 8) return BigEndianAt<u3_t>(p);
+    if (uSize >= 4) {
+        return u3_t{BigEndianAt<u2_t>(p)} << 32 | u3_t{BigEndianAt<u2_t>(p + uSize - 4)}
+                                                      << (64 - 8 * uSize);
+    }
     u3_t uPrefix = 0;
-    for (std::size_t u = 0; u < 8; ++u) {
-        uPrefix = uPrefix << 8 | (u < sText.size() ? static_cast<u0_t>(sText[u]) : 0u);
+    for (std::size_t u = 0; u < uSize; ++u) {
+        uPrefix |= u3_t{static_cast<u0_t>(p[u])} << (56 - 8 * u);
     }
     return uPrefix;
 }
 
 }  // namespace
 
-Hash::Hash() : m_uSeed(MakeSeed(this)), m_oIndex(0, Hasher{this}, Equal{this}) {
+Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
+
+void Hash::Start() {
     static constexpr char NOTHING[SLACK] = {};
+    if (m_oText.Size() != 0) return;
+    m_oText.Reserve(SCAN_UP_TO + 1);
     m_oText.Add(Hash_Text{NOTHING, 0, 0, 0});
 }
 
 Hash::~Hash() {
-    for (std::size_t u = 0; u < m_oBlock.Size(); ++u) Mem::Free(m_oBlock(u));
+    while (m_pBlock != nullptr) Mem::Free(std::exchange(m_pBlock, m_pBlock->pBefore));
+}
+
+u2_t Hash::Scan(const Probe& oProbe) const noexcept {
+    const u2_t uKeys = static_cast<u2_t>(m_oText.Size());
+    for (u2_t uKey = 1; uKey < uKeys; ++uKey) {
+        if (IsText(uKey, oProbe)) return uKey;
+    }
+    return NONE;
+}
+
+u2_t Hash::Find(const Probe& oProbe) const noexcept {
+    if (m_oIndex.empty()) return Scan(oProbe);
+    const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
+    return oFound != m_oIndex.end() ? *oFound : NONE;
+}
+
+Hash::Probe Hash::MakeProbe(std::string_view sText) const noexcept {
+    return {sText, PrefixOf(sText), m_oIndex.empty() ? 0 : HashOf(sText, m_uSeed)};
 }
 
 u2_t Hash::Find(std::string_view sText) const noexcept {
-    if (sText.empty()) return 0;
-    const Probe oProbe{sText, HashOf(sText, m_uSeed)};
-    const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
-    return oFound != m_oIndex.end() ? *oFound : NONE;
+    return sText.empty() ? 0 : Find(MakeProbe(sText));
 }
 
 u2_t Hash::Insert(std::string_view sText, bool& bNew) {
     bNew = false;
     if (sText.empty()) return 0;
-    const Probe oProbe{sText, HashOf(sText, m_uSeed)};
-    const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
-    if (oFound != m_oIndex.end()) return *oFound;
+    Start();
+    if (m_oText.Size() > SCAN_UP_TO && m_oIndex.empty()) MakeIndex();
+    const Probe oProbe = MakeProbe(sText);
+    const u2_t uFound = Find(oProbe);
+    if (uFound != NONE) return uFound;
     if (sText.size() >= 0xFFFFFFFFu) Msg::UnexpectedIntegerValue();
-    // Most trees have a few dozen names: one step up to there.
-    if (m_oIndex.empty()) {
-        m_oIndex.reserve(FIRST_NAMES);
-        m_oText.Reserve(FIRST_NAMES);
-    }
     const u2_t uKey = static_cast<u2_t>(m_oText.Size());
     const u2_t uLength = static_cast<u2_t>(sText.size());
-    m_oText.Add(Hash_Text{StoreText(sText), PrefixOf(sText), uLength, oProbe.uHash});
-    try {
-        m_oIndex.insert(uKey);
-    } catch (...) {
-        m_oText.Truncate(uKey);
-        throw;
+    m_oText.Add(Hash_Text{StoreText(sText), oProbe.uPrefix, uLength, oProbe.uHash});
+    if (!m_oIndex.empty()) {
+        try {
+            m_oIndex.insert(uKey);
+        } catch (...) {
+            m_oText.Truncate(uKey);
+            throw;
+        }
     }
     bNew = true;
     return uKey;
 }
 
+// Either all texts are in the index or none.
+void Hash::MakeIndex() {
+    m_uSeed = MakeSeed(this);
+    m_oIndex.reserve(2 * m_oText.Size());
+    for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
+        Hash_Text& oText = m_oText(uKey);
+        oText.uHash = HashOf({oText.sText, oText.uLength}, m_uSeed);
+        m_oIndex.insert(uKey);
+    }
+}
+
 std::size_t Hash::HeapBytes() const noexcept {
     std::size_t uBytes = m_oText.Capacity() * sizeof(Hash_Text) + m_oIndex.bucket_count() * 8;
-    for (std::size_t u = 0; u < m_oBlock.Size(); ++u) uBytes += Mem::SizeOf(m_oBlock(u));
+    for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::SizeOf(p);
     return uBytes;
 }
 
@@ -92,18 +142,17 @@ bool Hash::IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept {
 
 char* Hash::StoreText(std::string_view sText) {
     const std::size_t uSize = sText.size() + 1;
-    if (m_uBlockSize - m_uBlockUsed < uSize) {
-        const std::size_t uNext = std::clamp(2 * m_uBlockSize, FIRST_BLOCK, LARGEST_BLOCK);
-        const std::size_t uBlockSize = std::max(uSize, uNext);
-        m_oBlock.Reserve(m_oBlock.Size() + 1);
-        char* pBlock = static_cast<char*>(Mem::Create(uBlockSize + SLACK));
-        std::memset(pBlock, 0, uBlockSize + SLACK);
-        m_oBlock.Add(pBlock);
-        m_uBlockSize = uBlockSize;
+    const std::size_t uHas = m_pBlock != nullptr ? m_pBlock->uSize : 0;
+    if (uHas - m_uBlockUsed < uSize) {
+        const std::size_t uNext = std::max(uSize, std::clamp(2 * uHas, FIRST_BLOCK, LARGEST_BLOCK));
+        const std::size_t uBytes = sizeof(Block) + uNext + SLACK;
+        void* pBlock = Mem::Create(uBytes);
+        std::memset(pBlock, 0, uBytes);
+        m_pBlock = new (pBlock) Block{m_pBlock, uNext};
         m_uBlockUsed = 0;
     }
-    char* pText = m_oBlock(m_oBlock.Size() - 1) + m_uBlockUsed;
-    std::memcpy(pText, sText.data(), sText.size());
+    char* pText = m_pBlock->Bytes() + m_uBlockUsed;
+    CopyBytes(pText, sText.data(), sText.size());
     pText[sText.size()] = 0;
     m_uBlockUsed += uSize;
     return pText;

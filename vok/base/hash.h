@@ -19,7 +19,7 @@ struct Hash_Text {
     const char* sText;  // NUL-terminated; stays where it is as long as the table lives
     u3_t uPrefix;
     u2_t uLength;  // bytes without the NUL
-    u2_t uHash;
+    u2_t uHash;    // set once the table has an index
 
     // Whether the text stands at p, where uSize bytes can be read. False also where the eight
     // bytes behind it cannot be read: they are not looked at one by one.
@@ -35,7 +35,8 @@ struct Hash_Text {
 };
 
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
-// the empty text, which is always there. Lookup and insertion take constant time on average.
+// the empty text, which is always there. Lookup and insertion take constant time on average:
+// a few texts are searched one by one, more through an index.
 // Raises the allocation errors of Mem and std::bad_alloc; the table is then unchanged.
 class Hash {
   public:
@@ -43,10 +44,14 @@ class Hash {
     // So many bytes may be read from the start of any text, however short it is.
     static constexpr std::size_t SLACK = 16;
 
-    Hash();
+    Hash() noexcept;
     Hash(const Hash&) = delete;
     Hash& operator=(const Hash&) = delete;
     ~Hash();
+
+    // Makes room for the texts of most tables. Before that, or the first Insert, nothing is
+    // allocated and no Hash_Text may be asked for.
+    void Start();
 
     // The key of a text, NONE when it is not in the table.
     [[nodiscard]] u2_t Find(std::string_view sText) const noexcept;
@@ -54,7 +59,9 @@ class Hash {
     u2_t Insert(std::string_view sText, bool& bNew);
 
     // Keys given, the empty text's included.
-    [[nodiscard]] std::size_t Size() const noexcept { return m_oText.Size(); }
+    [[nodiscard]] std::size_t Size() const noexcept {
+        return m_oText.Size() != 0 ? m_oText.Size() : 1;
+    }
     [[nodiscard]] const Hash_Text& operator()(u2_t uKey) const noexcept { return m_oText(uKey); }
     [[nodiscard]] const Hash_Text* Texts() const noexcept { return m_oText.Beg(); }
 
@@ -79,6 +86,7 @@ class Hash {
   private:
     struct Probe {
         std::string_view sText;
+        u3_t uPrefix;
         u2_t uHash;
     };
     struct Hasher {
@@ -100,7 +108,9 @@ class Hash {
 
     [[nodiscard]] bool IsText(u2_t uKey, const Probe& oProbe) const noexcept {
         const Hash_Text& oText = m_oText(uKey);
-        return oText.uHash == oProbe.uHash && IsText(uKey, oProbe.sText);
+        const std::size_t uSize = oProbe.sText.size();
+        return oText.uPrefix == oProbe.uPrefix && oText.uLength == uSize &&
+               (uSize <= 8 || IsEqual(oText.sText, oProbe.sText.data(), uSize));
     }
     // Names are short: two loads that overlap do for up to 16 bytes.
     [[nodiscard]] static bool IsEqual(const char* pA, const char* pB, std::size_t uSize) noexcept {
@@ -121,15 +131,26 @@ class Hash {
         std::memcpy(&aB[1], pB + uSize - sizeof(Word), sizeof(Word));
         return ((aA[0] ^ aB[0]) | (aA[1] ^ aB[1])) == 0;
     }
+    // Texts live in blocks, behind this header.
+    struct Block {
+        Block* pBefore;
+        std::size_t uSize;  // bytes for texts
+        [[nodiscard]] char* Bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
+    };
+    using Index = tsl::robin_set<u2_t, Hasher, Equal, std::allocator<u2_t>, true>;
+
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
+    [[nodiscard]] Probe MakeProbe(std::string_view sText) const noexcept;
+    [[nodiscard]] u2_t Scan(const Probe& oProbe) const noexcept;
+    [[nodiscard]] u2_t Find(const Probe& oProbe) const noexcept;
+    void MakeIndex();
     [[nodiscard]] char* StoreText(std::string_view sText);
 
-    u3_t m_uSeed;
     Arr<Hash_Text> m_oText;
-    tsl::robin_set<u2_t, Hasher, Equal> m_oIndex;
-    Arr<char*> m_oBlock;           // the blocks that hold the texts
-    std::size_t m_uBlockUsed = 0;  // of the last one
-    std::size_t m_uBlockSize = 0;
+    u3_t m_uSeed = 0;
+    Index m_oIndex;             // empty as long as texts are searched one by one
+    Block* m_pBlock = nullptr;  // the last one
+    std::size_t m_uBlockUsed = 0;
 };
 
 }  // namespace vok

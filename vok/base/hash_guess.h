@@ -21,7 +21,10 @@ class Hash_Guess {
     void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
     // Another name came; uKeys is the size of the table. Only usable ones are guessed.
     void Note(u2_t uKey, bool bUsable, std::size_t uKeys) {
-        if (m_oEntry.Size() < uKeys) m_oEntry.Resize(uKeys);
+        if (m_oEntry.Size() < uKeys) {
+            if (m_oEntry.Capacity() == 0) m_oEntry.Reserve(FIRST_KEYS);
+            while (m_oEntry.Size() < uKeys) m_oEntry.Add(Entry{0, false});
+        }
         m_oEntry(uKey).bUsable = bUsable;
         if (uKey != m_uLast) m_oEntry(m_uLast).uNext = bUsable ? uKey : 0;
         m_uLast = uKey;
@@ -31,6 +34,7 @@ class Hash_Guess {
     }
 
   private:
+    static constexpr std::size_t FIRST_KEYS = 32;
     struct Entry {
         u2_t uNext;  // 0: nothing known
         bool bUsable;

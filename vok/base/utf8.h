@@ -52,11 +52,19 @@ unsigned EncodeUtf8(u2_t uCode, char* sOut) noexcept;
     u3_t uWord;
     u3_t uBad = 0;
     if (uSize < 8) {
-        for (std::size_t u = 0; u < uSize; ++u) {
-            uWord = static_cast<u0_t>(pText[u]);
-            uBad |= uWord | (uWord - 1);
+        // A word that is filled up with bytes of it, or with ones.
+        if (uSize >= 4) {
+            u2_t auHalf[2];
+            std::memcpy(&auHalf[0], pText, 4);
+            std::memcpy(&auHalf[1], pText + uSize - 4, 4);
+            uWord = u3_t{auHalf[0]} << 32 | auHalf[1];
+        } else {
+            uWord = uOnes;
+            for (std::size_t u = 0; u < uSize; ++u) {
+                uWord = uWord << 8 | static_cast<u0_t>(pText[u]);
+            }
         }
-        return (uBad & uHigh) == 0;
+        return ((uWord | (uWord - uOnes)) & uHigh) == 0;
     }
     const char* pLast = pText + uSize - 8;
     for (; pText < pLast; pText += 8) {

@@ -20,7 +20,8 @@ const char* Data_Node::TypeName(u2_t uType) noexcept {
 }
 
 Data_Base::Data_Base() {
-    m_oNode.Reserve(32);
+    m_oName.Start();
+    m_oNode.Reserve(FIRST_NODES);
     m_oNode.Add(Node{0, 0, 0, 0});
 }
 
@@ -41,7 +42,10 @@ u2_t Data_Base::InternSlow(std::string_view sName) {
 
 u2_t Data_Base::FindKey(const char* sName) const {
     if (sName == nullptr) return 0;
-    return m_oName.Find(Utf8_Text(sName).View());
+    const std::string_view sText(sName);
+    if (IsPlainText(sText.data(), sText.size())) [[likely]]
+        return m_oName.Find(sText);
+    return m_oName.Find(Utf8_Text(sText).View());
 }
 
 // ---- nodes ------------------------------------------------------------------

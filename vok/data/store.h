@@ -315,9 +315,13 @@ class Data_Base {
     [[nodiscard]] const Data_Att* FindRecord(u2_t uId, u2_t uName) const noexcept;
     void DropText(u2_t uOffset) noexcept;
     [[nodiscard]] bool IsHeapText(std::string_view sText) const noexcept;
+    // What small trees need grows in one step.
+    static constexpr std::size_t FIRST_HEAP = 256 - Mem::HEADER_SIZE;
+    static constexpr std::size_t FIRST_NODES = 32;
+    static constexpr std::size_t FIRST_SUCC = 64;
     void StartHeap() {
         if (m_oStr.Size() != 0) return;
-        m_oStr.Reserve(1 + HEAP_SLACK);
+        m_oStr.Reserve(FIRST_HEAP);
         m_oStr.Add('\0');
     }
 

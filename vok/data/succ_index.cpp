@@ -88,6 +88,7 @@ u2_t Data_Base::AddGroup(u2_t uCapacity) {
     if (!Msg::IsInt32(static_cast<i3_t>(uStart + GROUP_HEADER + uCapacity))) {
         Msg::AssertionFailed("vok::Msg::IsInt32(x)");
     }
+    if (m_oSucc.Capacity() == 0) m_oSucc.Reserve(FIRST_SUCC);
     u2_t* pGroup = m_oSucc.AddSpace(std::size_t{GROUP_HEADER} + uCapacity);
     pGroup[0] = 0;
     pGroup[1] = uCapacity;

@@ -1,5 +1,8 @@
 // The version of a tree and of a stream.
-#include <cstdio>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "vok/base/number.h"
 #include "vok/base/where.h"
@@ -26,8 +29,15 @@ bool ParseVersion(const char* sTag, Version& oVersion) noexcept {
 
 void Dgraph_SetVersion(Data& data, int iMajor, int iMinor, int iPatch) {
     return Where("vok::Dgraph_SetVersion", [&] {
-        char sTag[128];
-        std::snprintf(sTag, sizeof(sTag), "%s %d.%d.%d", dgraph::MAGIC, iMajor, iMinor, iPatch);
+        char sTag[64];
+        std::memcpy(sTag, dgraph::MAGIC, dgraph::MAGIC_SIZE);
+        char* p = sTag + dgraph::MAGIC_SIZE;
+        char cBefore = ' ';
+        for (const int iNumber : {iMajor, iMinor, iPatch}) {
+            *p++ = std::exchange(cBefore, '.');
+            p = std::to_chars(p, std::end(sTag), iNumber).ptr;
+        }
+        *p = 0;
         data.SetUserTag(sTag);
     });
 }
