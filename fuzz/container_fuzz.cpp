@@ -33,6 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Data oAgain;
     const bool bAgain = Load(oAgain, {oPacked.Beg(), oPacked.Size()}).empty();
     if (bPlain) Check(bAgain == bGood);
+    Data oCut;
+    Check(!Load(oCut, {oPacked.Beg(), oPacked.Size() - 1}).empty());
     if (!bGood || !oTree.IsNode()) return 0;
 
     std::string sSaved;

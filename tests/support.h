@@ -26,8 +26,6 @@ using Ids = std::vector<u2_t>;
 using Pair = std::pair<std::string, std::string>;  // a row of a table: what goes in, what comes out
 using Texts = std::vector<std::string>;
 
-// ---- messages ---------------------------------------------------------------
-
 // Raised errors print nothing.
 inline const bool g_bQuiet = (Msg::SetBanner(false), true);
 
@@ -42,6 +40,38 @@ std::string Raised(F&& oBody) {
         return oError.what();
     }
     return NOTHING_RAISED;
+}
+
+// The same without its line break, and empty when there is none.
+template <class F>
+std::string Failing(F&& oBody) {
+    std::string s = Raised(oBody);
+    if (s == NOTHING_RAISED) return "";
+    if (s.ends_with('\n')) s.pop_back();
+    return s;
+}
+
+// The limits of loading as their messages name them.
+struct Limit {
+    u3_t Limits::*pField;
+    const char* sWhat;
+    const char* sField;
+};
+inline constexpr Limit LIMIT_NODES{&Limits::m_uNodes, "nodes", "m_uNodes"};
+inline constexpr Limit LIMIT_DEPTH{&Limits::m_uDepth, "depth", "m_uDepth"};
+inline constexpr Limit LIMIT_SLOTS{&Limits::m_uSkippedSlots, "skipped slots", "m_uSkippedSlots"};
+inline constexpr Limit LIMIT_TEXT_BYTES{&Limits::m_uTextBytes, "text bytes", "m_uTextBytes"};
+inline constexpr Limit LIMIT_ATTRIBUTES{&Limits::m_uAttributes, "attributes", "m_uAttributes"};
+inline constexpr Limit LIMIT_PATH_STEPS{&Limits::m_uPathSteps, "path steps", "m_uPathSteps"};
+
+inline Limits AtMost(const Limit& o, u3_t uMost) {
+    Limits oLimits;
+    oLimits.*o.pField = uMost;
+    return oLimits;
+}
+inline std::string Exceeded(const Limit& o, u3_t uMost) {
+    return std::string("limit \"") + o.sWhat + "\" of " + std::to_string(uMost) +
+           " exceeded (raise Limits::" + o.sField + ")";
 }
 
 // The where-trail of the error that oBody raises.
@@ -78,7 +108,6 @@ class Msg_Capture {
         Msg::SetLogFile(nullptr);
     }
     Msg_Capture(const Msg_Capture&) = delete;
-    Msg_Capture& operator=(const Msg_Capture&) = delete;
 
     // Each flush shows as "|".
     [[nodiscard]] static std::string TakeConsole() { return std::exchange(s_sConsole, {}); }
@@ -92,8 +121,6 @@ class Msg_Capture {
     Msg::DebugSink m_pSink;
 };
 
-// ---- memory -----------------------------------------------------------------
-
 // Counts and refuses the memory of blocks during one test. Blocks made under it end under it.
 class Mem_Probe {
   public:
@@ -103,7 +130,6 @@ class Mem_Probe {
     }
     ~Mem_Probe() { Mem::SetAllocator(m_oOld); }
     Mem_Probe(const Mem_Probe&) = delete;
-    Mem_Probe& operator=(const Mem_Probe&) = delete;
 
     // The most bytes in use at one time, and what all requests add up to.
     [[nodiscard]] static std::size_t Peak() noexcept { return s_uPeak; }
@@ -115,6 +141,16 @@ class Mem_Probe {
     static bool Refuses() noexcept { return s_uFailIn != 0 && --s_uFailIn == 0; }
     // Whether the refusal is still to come.
     [[nodiscard]] static bool IsArmed() noexcept { return s_uFailIn != 0; }
+    // Whether the n-th request of oBody was refused, which it has to raise.
+    template <class F>
+    static bool HasRefused(unsigned uNth, F&& oBody) {
+        FailIn(uNth);
+        const std::string sRaised = Raised(oBody);
+        const bool bRefused = !IsArmed();
+        FailIn(0);
+        EXPECT_EQ(sRaised != NOTHING_RAISED, bRefused) << sRaised;
+        return bRefused;
+    }
 
   private:
     static void* Alloc(std::size_t uSize) { return Resize(nullptr, 0, uSize); }
@@ -136,8 +172,6 @@ class Mem_Probe {
     Mem::Allocator m_oOld;
 };
 
-// ---- files and streams ------------------------------------------------------
-
 // An empty directory that is the current one for the time of a test.
 class Scratch_Dir {
   public:
@@ -151,7 +185,6 @@ class Scratch_Dir {
         std::filesystem::remove_all(m_oDir);
     }
     Scratch_Dir(const Scratch_Dir&) = delete;
-    Scratch_Dir& operator=(const Scratch_Dir&) = delete;
 
   private:
     std::filesystem::path m_oOld = std::filesystem::current_path();
@@ -176,6 +209,28 @@ inline std::string LinesOnDisk(const std::string& sPath) {
     return {std::istreambuf_iterator<char>(oIn), {}};
 }
 
+// Numbers as documents and dumps hold them.
+template <class T>
+std::string Number(T tValue) {
+    std::string sBytes;
+    for (std::size_t u = 0; u < sizeof(T); ++u) {
+        sBytes += static_cast<char>(static_cast<u3_t>(tValue) >> 8 * u & 0xFF);
+    }
+    return sBytes;
+}
+inline std::string I32(i3_t iValue) {
+    return Number(static_cast<u2_t>(iValue));
+}
+inline std::string U64(u3_t uValue) {
+    return Number(uValue);
+}
+
+inline std::string Joined(const Texts& oTexts) {
+    std::string sAll;
+    for (const std::string& s : oTexts) sAll += s;
+    return sAll;
+}
+
 inline std::string Content(const File_Buf& oBuf) {
     return {oBuf.Data() != nullptr ? oBuf.Data() : "", oBuf.Size()};
 }
@@ -194,6 +249,7 @@ class Drop_Stream : public File_Stream {
         return ReadInChunks(oBuffer, uCount, bAppend);
     }
     std::size_t Read(void* pTarget, std::size_t uCount, bool bAllowShort) override {
+        if (Fails()) Msg::UnexpectedEndOfFile(nullptr, 0);
         const std::size_t uMost = bAllowShort && uCount > m_uMost ? m_uMost : uCount;
         const std::size_t uRead = m_sBytes.copy(static_cast<char*>(pTarget), uMost);
         m_sBytes.remove_prefix(uRead);
@@ -201,23 +257,25 @@ class Drop_Stream : public File_Stream {
         return uRead;
     }
     std::size_t Write(const void* pSource, std::size_t uCount) override {
+        if (Fails()) Msg::FileWriteError(nullptr, uCount, 0, 0);
         m_oWritten.emplace_back(static_cast<const char*>(pSource), uCount);
         return uCount;
     }
     void Seek(i3_t iOffset, int iWhence) override { Msg::FileSeekFailed(iOffset, iWhence, 0); }
     i3_t Tell() override { return -1; }
     int Flush() override {
+        if (Fails()) Msg::FileWriteError(nullptr, 0, 0, 0);
         ++m_uFlushes;
         return 0;
     }
+    bool Fails() noexcept { return m_uFailIn != 0 && --m_uFailIn == 0; }
 
     std::string_view m_sBytes;  // still to be read
     std::size_t m_uMost;
     Texts m_oWritten;
     unsigned m_uFlushes = 0;
+    unsigned m_uFailIn = 0;  // the n-th operation from now on fails, once; 0 lets none fail
 };
-
-// ---- trees ------------------------------------------------------------------
 
 inline Data NewTree() {
     Data oRoot;

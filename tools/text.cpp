@@ -78,6 +78,17 @@ std::string Escaped(std::string_view sText) {
     return sOut;
 }
 
+std::string Shortened(std::string_view sPath) {
+    constexpr std::size_t HALF = 200;
+    if (sPath.size() <= 2 * HALF) return std::string(sPath);
+    const auto oIsInside = [&](std::size_t u) { return (sPath[u] & 0xC0) == 0x80; };
+    std::size_t uFirst = HALF;
+    while (uFirst != 0 && oIsInside(uFirst)) --uFirst;
+    std::size_t uLast = sPath.size() - HALF;
+    while (uLast != sPath.size() && oIsInside(uLast)) ++uLast;
+    return std::string(sPath.substr(0, uFirst)) + " ... " + std::string(sPath.substr(uLast));
+}
+
 Palette::Palette(bool bColoured) noexcept {
     if (!bColoured) return;
     sName = "\x1b[1m";

@@ -20,6 +20,10 @@ std::string Line(std::string_view sMessage);
 // With backslashes, line breaks and other control characters as \\, \n, \r, \t, \xHH.
 std::string Escaped(std::string_view sText);
 
+// The first and the last bytes of a path that is too long to be read: "/a[0]/b[0 ... ]/c[0]". At
+// most 400 of them, and no half characters.
+std::string Shortened(std::string_view sPath);
+
 // Colours of a terminal, empty where there is none or NO_COLOR is set.
 struct Palette {
     explicit Palette(bool bColoured) noexcept;

@@ -21,6 +21,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Members go to the disk piece by piece and may be large, and repeat themselves as logs do.
+vok::Limits MemberLimits() {
+    vok::Limits oLimits;
+    oLimits.m_uInflatedBytes = vok::u3_t{1} << 34;
+    oLimits.m_uInflationRatio = vok::Limits::Trusted().m_uInflationRatio;
+    return oLimits;
+}
+
 // Visits the members in the order of the directory.
 void ForEach(vok::Zip_Archive& oArchive,
              const std::function<void(const vok::Zip_FileInfo&)>& oVisit) {
@@ -108,7 +116,7 @@ int ZipList(const std::string& sArchive) {
 }
 
 int ZipTest(const std::string& sArchive) {
-    vok::Zip_Archive oArchive((vok::Str(sArchive)));
+    vok::Zip_Archive oArchive(vok::Str(sArchive), "r", MemberLimits());
     Progress oProgress("testing");
     int iExit = EXIT_GOOD;
     ForEach(oArchive, [&](const vok::Zip_FileInfo& o) {
@@ -126,7 +134,7 @@ int ZipTest(const std::string& sArchive) {
 
 int ZipExtract(const std::string& sArchive, const std::string& sFolder,
                const std::vector<std::string>& asMember) {
-    vok::Zip_Archive oArchive((vok::Str(sArchive)));
+    vok::Zip_Archive oArchive(vok::Str(sArchive), "r", MemberLimits());
     Progress oProgress("extracting");
     int iExit = EXIT_GOOD;
     std::vector<std::string> asMissing = asMember;

@@ -117,8 +117,8 @@ VOK_API vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vo
  * of successors, but for the first read after a write, which puts the tree in order. */
 
 /* The text and its length in units; it ends in a NUL and is valid until this function is called in
- * this thread again: a thread keeps the last text it got. An empty node gives the empty text. Fails with the native error and, a line each, the
- * functions it passed. */
+ * this thread again: a thread keeps the last text it got. An empty node gives the empty text. Fails
+ * with the native error and, a line each, the functions it passed. */
 VOK_API vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
                                        const vok_char** value, int32_t* length);
 /* "Failed to get Node int value". */

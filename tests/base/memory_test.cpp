@@ -53,10 +53,6 @@ TEST(Mem, FailuresSayHowMuchIsInUse) {
     Mem::Free(pData);
 }
 
-std::string Text(const Arr<char>& oArr) {
-    return {oArr.Beg(), oArr.Size()};
-}
-
 TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
     const struct {
         void (*pChange)(Arr<char>&);
@@ -85,11 +81,11 @@ TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
         oShared.Share(oArr);
         EXPECT_EQ(std::as_const(oShared).Beg(), std::as_const(oArr).Beg());
         oRow.pChange(oShared);
-        EXPECT_EQ(Text(oShared), oRow.sResult);
-        EXPECT_EQ(Text(oArr), "abc");
+        EXPECT_EQ(Content(oShared), oRow.sResult);
+        EXPECT_EQ(Content(oArr), "abc");
         oRow.pChange(oArr);  // by now perhaps the only owner
-        EXPECT_EQ(Text(oArr), oRow.sResult);
-        EXPECT_EQ(Text(oShared), oRow.sResult);
+        EXPECT_EQ(Content(oArr), oRow.sResult);
+        EXPECT_EQ(Content(oShared), oRow.sResult);
     }
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
 }

@@ -11,28 +11,30 @@ namespace vok {
 namespace {
 
 TEST(Msg, Format) {
-    const char* const oRows[][2] = {
-        // clang-format off
-        {"", "\n"}, {"plain", "plain\n"}, {"%0 and %1", "A and B\n"}, {"%1%0%1", "BAB\n"},
+    const std::pair<const char*, std::string> ROWS[] = {
+        {"", "\n"},
+        {nullptr, "\n"},
+        {"plain", "plain\n"},
+        {"%0 and %1", "A and B\n"},
+        {"%1%0%1", "BAB\n"},
         {"%9|%5", "J|\n"},  // 5 is null
-        {"100%% of %0", "100% of A\n"}, {"%%0", "%0\n"}, {"a%xb%-c", "abc\n"}, {"tail%", "tail\n"},
-        {"%", "\n"}, {nullptr, "\n"},
-        // clang-format on
+        {"100%% of %0", "100% of A\n"},
+        {"%%0", "%0\n"},
+        {"a%xb%-c", "abc\n"},
+        {"tail%", "tail\n"},
     };
     const Msg_Capture oCapture;
-    for (const auto& oRow : oRows) {
-        SCOPED_TRACE(oRow[0] != nullptr ? oRow[0] : "(null)");
-        const auto Emit = [&](int iMode) {
-            return Msg::Emit(iMode, oRow[0], 0, "A", "B", "C", "D", "E", nullptr, "G", "H", "I",
-                             "J");
+    for (const auto& [sText, sMessage] : ROWS) {
+        const auto Emit = [sText](int iMode) {
+            return Msg::Emit(iMode, sText, 0, "A", "B", "C", "D", "E", nullptr, "G", "H", "I", "J");
         };
-        EXPECT_EQ(Raised([&] { Emit(Msg::MODE_RAISE); }), oRow[1]);
+        EXPECT_EQ(Raised([&] { Emit(Msg::MODE_RAISE); }), sMessage);
         (void)Msg_Capture::TakeDebug();
         EXPECT_EQ(Emit(Msg::MODE_LOG), 0);
-        EXPECT_EQ(Msg_Capture::TakeDebug(), oRow[1]);
+        EXPECT_EQ(Msg_Capture::TakeDebug(), sMessage);
         EXPECT_EQ(Msg_Capture::TakeConsole(), "");
         EXPECT_EQ(Emit(Msg::MODE_REPORT), 0);
-        EXPECT_EQ(Msg_Capture::TakeConsole(), std::string(oRow[1]) + "|");
+        EXPECT_EQ(Msg_Capture::TakeConsole(), sMessage + "|");
         EXPECT_EQ(Msg_Capture::TakeDebug(), "");
     }
 }
@@ -121,44 +123,38 @@ TEST(Msg, SystemErrorsFollowTheMessage) {
 }
 
 TEST(Msg, ArgumentsArePrintedByKind) {
-    const Msg_Capture oCapture;
-    EXPECT_EQ(Raised([] { Msg::InvalidCharacterAfter(0xE4, 0x1F600); }),
-              "invalid character 'ä' after '😀'\n");
-    EXPECT_EQ(Raised([] { Msg::InvalidCharacter(0xD800); }), "invalid character '\uFFFD'\n");
-    EXPECT_EQ(Raised([] { Msg::ReallocationFailed(0xBEEF, UINT64_MAX, 0, 1); }),
-              "reallocation of block 0x000000000000BEEF to 18446744073709551615 bytes failed, 0 "
-              "bytes and 1 blocks in use\n");
-    // Signed counts print as unsigned ones.
-    EXPECT_EQ(Raised([] { Msg::FileSeekFailed(-1, 2, 0); }),
-              "file seek to position 18446744073709551615 in mode 2 failed\n");
-    EXPECT_EQ(Raised([] { Msg::BinaryDataWrongVersion("Str", 7, 3); }),
-              "binary data of object \"Str\" have wrong version 7, expected 3\n");
-    EXPECT_EQ(Raised([] { Msg::LimitExceeded("nodes", 7, "Limits::m_uNodes"); }),
-              "limit \"nodes\" of 7 exceeded (raise Limits::m_uNodes)\n");
-    EXPECT_EQ(Raised([] { Msg::IdNotFound(nullptr); }), "id \"\" not found\n");
+    const std::pair<void (*)(), const char*> ROWS[] = {
+        {[] { Msg::InvalidCharacterAfter(0xE4, 0x1F600); }, "invalid character 'ä' after '😀'\n"},
+        {[] { Msg::InvalidCharacter(0xD800); }, "invalid character '\uFFFD'\n"},
+        {[] { Msg::BlockDamaged(0xBEEF, UINT64_MAX); },
+         "block 0x000000000000BEEF with size 18446744073709551615 damaged\n"},
+        // Signed counts print as unsigned ones.
+        {[] { Msg::FileSeekFailed(-1, 2, 0); },
+         "file seek to position 18446744073709551615 in mode 2 failed\n"},
+        {[] { Msg::IdNotFound(nullptr); }, "id \"\" not found\n"},
+    };
+    for (const auto& [pRaise, sMessage] : ROWS) EXPECT_EQ(Raised(pRaise), sMessage);
 }
 
 TEST(Msg, Languages) {
     const Msg_Capture oCapture;
-    const struct {
-        const char* sName;
-        u2_t uIndex;
-    } oRows[] = {{"english", 0}, {"GERMAN", 1},  {"EN", 0},
-                 {"Deutsch", 1}, {"english", 0}, {"de", 1}};
-    for (const auto& oRow : oRows) {
-        Msg::SetLanguage(oRow.sName);
-        EXPECT_EQ(Msg::LanguageIndex(), oRow.uIndex) << oRow.sName;
+    const std::pair<const char*, u2_t> ROWS[] = {
+        {"english", Msg::ENGLISH}, {"GERMAN", Msg::GERMAN},   {"EN", Msg::ENGLISH},
+        {"Deutsch", Msg::GERMAN},  {"english", Msg::ENGLISH}, {"de", Msg::GERMAN}};
+    for (const auto& [sName, uIndex] : ROWS) {
+        Msg::SetLanguage(sName);
+        EXPECT_EQ(Msg::LanguageIndex(), uIndex) << sName;
     }
     Msg::SetLanguageId(1031);
     EXPECT_EQ(Msg::LanguageIndex(), Msg::ENGLISH);
     EXPECT_EQ(Msg::LanguageId(), 1031u);
-    for (const char* sBad : {"fr", "", "e", "english "}) {
-        EXPECT_EQ(Raised([&] { Msg::SetLanguage(sBad); }),
-                  "invalid language: \"" + std::string(sBad) + "\"\n");
+    for (const std::string sBad : {"fr", "", "e", "english "}) {
+        EXPECT_EQ(Failing([&] { Msg::SetLanguage(sBad.c_str()); }),
+                  "invalid language: \"" + sBad + "\"");
     }
-    EXPECT_EQ(Raised([] { Msg::SetLanguage(nullptr); }), "invalid language: \"\"\n");
-    EXPECT_EQ(Raised([] { Msg::SetLanguageId(1); }), "invalid language code: 1\n");
-    EXPECT_EQ(Raised([] { Msg::SetLanguageIndex(2); }), "invalid language id: 2\n");
+    EXPECT_EQ(Failing([] { Msg::SetLanguage(nullptr); }), "invalid language: \"\"");
+    EXPECT_EQ(Failing([] { Msg::SetLanguageId(1); }), "invalid language code: 1");
+    EXPECT_EQ(Failing([] { Msg::SetLanguageIndex(2); }), "invalid language id: 2");
     EXPECT_EQ(Msg::LanguageIndex(), Msg::ENGLISH);
 
     Msg::SetLanguageId(1033);
@@ -173,71 +169,63 @@ TEST(Msg, Languages) {
         EXPECT_STREQ(Msg::LanguageCode(uRow), "de");
     }
     EXPECT_EQ(Msg::LanguageId(2), 0u);
-    EXPECT_EQ(Msg::LanguageNativeName(2), nullptr);
-    EXPECT_EQ(Msg::LanguageEnglishName(2), nullptr);
-    EXPECT_EQ(Msg::LanguageCode(UINT32_MAX), nullptr);
+    for (const char* s :
+         {Msg::LanguageNativeName(2), Msg::LanguageEnglishName(2), Msg::LanguageCode(UINT32_MAX)}) {
+        EXPECT_EQ(s, nullptr);
+    }
 }
 
 TEST(Msg, RangeChecks) {
-    const Msg_Capture oCapture;
     EXPECT_EQ(Msg::ToInt32(i3_t{INT32_MIN}), INT32_MIN);
     EXPECT_EQ(Msg::ToInt32(u3_t{INT32_MAX}), INT32_MAX);
-    constexpr const char* sFailed = "assertion failed: vok::Msg::IsInt32(x)\n";
-    EXPECT_EQ(Raised([] { Msg::ToInt32(i3_t{INT32_MAX} + 1); }), sFailed);
-    EXPECT_EQ(Raised([] { Msg::ToInt32(i3_t{INT32_MIN} - 1); }), sFailed);
-    EXPECT_EQ(Raised([] { Msg::ToInt32(UINT64_MAX); }), sFailed);
+    constexpr const char* FAILED = "assertion failed: vok::Msg::IsInt32(x)";
+    EXPECT_EQ(Failing([] { Msg::ToInt32(i3_t{INT32_MAX} + 1); }), FAILED);
+    EXPECT_EQ(Failing([] { Msg::ToInt32(i3_t{INT32_MIN} - 1); }), FAILED);
+    EXPECT_EQ(Failing([] { Msg::ToInt32(UINT64_MAX); }), FAILED);
     EXPECT_TRUE(Msg::IsInt16(u2_t{32767}));
     EXPECT_FALSE(Msg::IsInt16(u2_t{32768}));
     EXPECT_FALSE(Msg::IsInt16(static_cast<u2_t>(-1)));
     EXPECT_EQ(Msg::ToU2(UINT32_MAX), UINT32_MAX);
-    EXPECT_EQ(Raised([] { Msg::ToU2(u3_t{1} << 32); }), "unexpected integer value >= 2^32\n");
-    EXPECT_EQ(Raised([] { Msg::Assert(false, "a < b"); }), "assertion failed: a < b\n");
+    EXPECT_EQ(Failing([] { Msg::ToU2(u3_t{1} << 32); }), "unexpected integer value >= 2^32");
+    EXPECT_EQ(Failing([] { Msg::Assert(false, "a < b"); }), "assertion failed: a < b");
 }
 
-// ---- the where-trail --------------------------------------------------------
-
-struct Refused : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
+// What leaves three nested functions the innermost of which runs oBody.
 template <class F>
-int Outer(F&& oBody) {
-    return Where("vok::Outer", [&] {
-        return Where("vok::Middle", "a.xml", [&] { return Where("vok::Inner", oBody); });
-    });
+std::exception_ptr Leaving(F&& oBody) {
+    try {
+        Where("vok::Outer", [&] {
+            return Where("vok::Middle", "a.xml", [&] { return Where("vok::Inner", oBody); });
+        });
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
 }
 
 TEST(Where, CollectsNamesInnermostFirst) {
-    const Msg_Capture oCapture;
-    try {
-        Outer([]() -> int { Msg::NodeIsEmpty(); });
-        FAIL();
-    } catch (const std::exception& oError) {
-        EXPECT_STREQ(oError.what(), "node is empty\n");
-        const auto& oMsg = dynamic_cast<const Msg_Exception&>(oError);
-        EXPECT_STREQ(oMsg.where(), "vok::Inner\nvok::Middle(a.xml)\nvok::Outer\n");
-        EXPECT_NEAR(oMsg.Time(), static_cast<double>(sys::UnixTime()), 5);
-    }
+    const auto oThrown = Leaving([] { Msg::NodeIsEmpty(); });
+    EXPECT_EQ(Trail([&] { std::rethrow_exception(oThrown); }),
+              "vok::Inner\nvok::Middle(a.xml)\nvok::Outer\n");
+    EXPECT_EQ(Raised([&] { std::rethrow_exception(oThrown); }), "node is empty\n");
+    EXPECT_NEAR(Msg_Exception().Time(), static_cast<double>(sys::UnixTime()), 5);
 }
 
 TEST(Where, LogsOtherExceptionsAndPassesTheSameObject) {
+    struct Refused : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+    const std::pair<Refused, std::string> ROWS[] = {{Refused("bad %0 luck"), ": bad %0 luck\n"},
+                                                    {Refused(""), "\n"}};
     const Msg_Capture oCapture;
-    try {
-        Outer([]() -> int { throw Refused("bad %0 luck"); });
-        FAIL();
-    } catch (const Refused& oError) {
-        EXPECT_STREQ(oError.what(), "bad %0 luck");
+    for (const auto& [oRefused, sEnd] : ROWS) {
+        const auto oThrown = Leaving([&] { throw oRefused; });
+        EXPECT_THROW(std::rethrow_exception(oThrown), Refused);
+        EXPECT_EQ(Msg_Capture::TakeDebug(), "unexpected exception in vok::Inner" + sEnd +
+                                                "unexpected exception in vok::Middle(a.xml)" +
+                                                sEnd + "unexpected exception in vok::Outer" + sEnd);
     }
-    EXPECT_EQ(Msg_Capture::TakeDebug(),
-              "unexpected exception in vok::Inner: bad %0 luck\n"
-              "unexpected exception in vok::Middle(a.xml): bad %0 luck\n"
-              "unexpected exception in vok::Outer: bad %0 luck\n");
-    EXPECT_THROW(Outer([]() -> int { throw Refused(""); }), Refused);
-    EXPECT_EQ(Msg_Capture::TakeDebug(),
-              "unexpected exception in vok::Inner\n"
-              "unexpected exception in vok::Middle(a.xml)\n"
-              "unexpected exception in vok::Outer\n");
-    EXPECT_THROW(Outer([]() -> int { throw 7; }), int);
+    EXPECT_THROW(std::rethrow_exception(Leaving([] { throw 7; })), int);
     EXPECT_EQ(Msg_Capture::TakeDebug(), "");
 }
 

@@ -14,9 +14,7 @@ namespace {
 Texts Differences(const Data& oA, const Data& oB, unsigned uMost = 1000) {
     Texts oFound;
     const u3_t uCount = Data::Diff(oA, oB, [&](const Data_Difference& o) {
-        std::string s = Data_Difference::WhatName(o.m_eWhat);
-        s += ' ';
-        s += o.m_sPath;
+        std::string s = Data_Difference::WhatName(o.m_eWhat) + std::string(" ") + o.m_sPath;
         if (o.m_sAttribute != nullptr) s += std::string("@") + o.m_sAttribute;
         EXPECT_EQ(o.m_oA.IsNode(), o.m_eWhat != Data_Difference::OnlyInB);
         EXPECT_EQ(o.m_oB.IsNode(), o.m_eWhat != Data_Difference::OnlyInA);
@@ -39,12 +37,8 @@ Data Sample() {
 }
 
 TEST(Diff, FindsWhatWasChanged) {
-    struct Case {
-        std::function<void(Data&)> oChange;
-        Texts oFound;
-    };
     const auto At = [](Data& o, const char* sPath) { return o.GetNodeSet(sPath).GetNth(0); };
-    const Case CASES[] = {
+    const std::pair<std::function<void(Data&)>, Texts> CASES[] = {
         {[](Data&) {}, {}},
         {[](Data& o) { o.SetRootName("other"); }, {"name /"}},
         {[&](Data& o) { At(o, "z").SetValStr("y"); }, {"value /z[0]"}},
@@ -69,12 +63,12 @@ TEST(Diff, FindsWhatWasChanged) {
         {[](Data& o) { o.CreateNewSucc("q").Remove(), o.Shrink(); }, {}},
     };
     const Data oBefore = Sample();
-    for (const Case& oCase : CASES) {
+    for (const auto& [oChange, oFound] : CASES) {
         Data oAfter = Sample();
-        oCase.oChange(oAfter);
-        EXPECT_EQ(Differences(oBefore, oAfter), oCase.oFound);
-        EXPECT_EQ(Differences(oAfter, oBefore).size(), oCase.oFound.size());
-        EXPECT_EQ(Differences(oBefore, oAfter, 1).size(), oCase.oFound.empty() ? 0u : 1u);
+        oChange(oAfter);
+        EXPECT_EQ(Differences(oBefore, oAfter), oFound);
+        EXPECT_EQ(Differences(oAfter, oBefore).size(), oFound.size());
+        EXPECT_EQ(Differences(oBefore, oAfter, 1).size(), oFound.empty() ? 0u : 1u);
         EXPECT_EQ(Differences(oAfter, oAfter.MkClone()), Texts());
     }
 }
@@ -133,14 +127,9 @@ TEST(Diff, CountsOnFromTheLastDifference) {
     Data oA = NewTree(), oB = NewTree();
     const Data_Key oKeyA = oA.MakeKey("i"), oKeyB = oB.MakeKey("i");
     for (i2_t i = 0; i < 200000; ++i) oA.AddInt(oKeyA, i), oB.AddInt(oKeyB, i + 1);
-    std::string sLast;
-    EXPECT_EQ(Data::Diff(oA, oB,
-                         [&](const Data_Difference& o) {
-                             sLast = o.m_sPath;
-                             return true;
-                         }),
-              200000u);
-    EXPECT_EQ(sLast, "/i[199999]");
+    const Texts oFound = Differences(oA, oB, 1000000);
+    EXPECT_EQ(oFound.size(), 200000u);
+    EXPECT_EQ(oFound.back(), "value /i[199999]");
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // Evaluation of paths: a table on one tree, and a naive evaluator on random ones.
-#include <functional>
 #include <set>
 
 #include "tests/support.h"
@@ -17,31 +16,21 @@ std::string Selected(const Data& oFrom, const char* sPath) {
     return sAll;
 }
 
-class Paths : public ::testing::Test {
-  protected:
-    //  0 /   1 a   2 a   3 a   4 a/b   5 a/b   6 a[2]/b   7 a/b[1]/a   8 a/b[1]/c   9 b(removed)
-    //  10 b   11 b/d (removed)   12 unnamed   13 a/b[1]/c/b
-    void SetUp() override {
-        for (const char* sName : {"a", "a", "a"}) oRoot.CreateNewSucc(sName);
-        Data oA = oRoot.GetNodeFromID(1);
-        oA.CreateNewSucc("b").SetAttVal("x", "1");
-        Data oB = oA.CreateNewSucc("b");
-        oB.SetAttVal("x", "1");
-        oB.SetAttVal("y", "");
-        oRoot.GetNodeFromID(3).CreateNewSucc("b").SetAttVal("x", "2");
-        oB.CreateNewSucc("a");
-        Data oC = oB.CreateNewSucc("c");
-        Data oGone = oRoot.CreateNewSucc("b");
-        Data oLast = oRoot.CreateNewSucc("b");
-        oLast.CreateNewSucc("d").Remove();
-        oRoot.CreateNewSucc("");
-        oC.CreateNewSucc("b");
-        oGone.Remove();
-    }
+//  0 /   1 a   2 a   3 a   4 a/b   5 a/b   6 a[2]/b   7 a/b[1]/a   8 a/b[1]/c   9 b (removed)
+//  10 b   11 b/d (removed)   12 unnamed   13 a/b[1]/c/b
+Data Sample() {
     Data oRoot = NewTree();
-};
+    for (const char* sPath : {"a[0]", "a[1]", "a[2]", "a[0]/b[0][@x=\"1\"]",
+                              "a[0]/b[1][@x=\"1\"][@y=\"\"]", "a[2]/b[@x=\"2\"]", "a[0]/b[1]/a",
+                              "a[0]/b[1]/c", "b[1]", "b[1]/d", "\b0;", "a[0]/b[1]/c/b"}) {
+        oRoot.CreateNode(sPath);
+    }
+    oRoot.GetNodeFromID(11).Remove();
+    return oRoot;
+}
 
-TEST_F(Paths, Select) {
+// What random paths below do not have.
+TEST(NodeSet, Selects) {
     constexpr const char* ALL =
         "/ /a[0] /a[1] /a[2] /a[0]/b[0] /a[0]/b[1] /a[2]/b[0] /a[0]/b[1]/a[0] /a[0]/b[1]/c[0] "
         "/b[1] /\b0;[0] /a[0]/b[1]/c[0]/b[0] ";
@@ -51,84 +40,46 @@ TEST_F(Paths, Select) {
         const char* sSelected;
     } oRows[] = {
         {5, "", "/a[0]/b[1] "},
-        {5, ".", "/a[0]/b[1] "},
         {5, "/", "/ "},
         {5, "//", "/ "},
-        {5, "..", "/a[0] "},
-        {5, "../..", "/ "},
-        {5, "./.././../.", "/ "},
-        {5, "../b", "/a[0]/b[0] /a[0]/b[1] "},
-        {5, "b", ""},
         {5, "/a", "/a[0] /a[1] /a[2] "},
-        {5, "/a/", "/a[0] /a[1] /a[2] "},
         {5, "/a//", "/a[0] /a[1] /a[2] "},
-        {0, "a[1]", "/a[1] "},
-        {0, "a[3]", ""},
         {0, "a[1000000009]", ""},
         {0, "a[*]", "/a[0] /a[1] /a[2] "},
-        {0, "*", "/a[0] /a[1] /a[2] /b[1] /\b0;[0] "},
-        {0, "./*", "/a[0] /a[1] /a[2] /b[1] /\b0;[0] "},
         {0, "*[0]", "/\b0;[0] "},
-        {0, "*[3]", "/a[2] "},
-        {0, "b", "/b[1] "},
         {0, "b[0]", ""},  // removed, but it keeps its place
         {0, "b[1]", "/b[1] "},
         {0, "b/d", ""},
         {0, "\b0;", "/\b0;[0] "},
         {0, "[0]", "/\b0;[0] "},
-        {0, "nobody", ""},
-        {0, "a/b", "/a[0]/b[0] /a[0]/b[1] /a[2]/b[0] "},
-        {0, "a[0]/b[1]", "/a[0]/b[1] "},
-        {0, "a/b[0]", "/a[0]/b[0] /a[2]/b[0] "},
-        {0, "a/*[1]", "/a[0]/b[1] "},
-        {4, "//b", "/a[0]/b[0] /a[0]/b[1] /a[2]/b[0] /b[1] /a[0]/b[1]/c[0]/b[0] "},
-        {0, "a//b", "/a[0]/b[0] /a[0]/b[1] /a[2]/b[0] /a[0]/b[1]/c[0]/b[0] "},
-        {0, "//b//b", "/a[0]/b[1]/c[0]/b[0] "},
-        {0, "//a[0]", "/a[0] /a[0]/b[1]/a[0] "},
-        {5, ".//a", "/a[0]/b[1]/a[0] "},
-        {5, ".//*", "/a[0]/b[1]/a[0] /a[0]/b[1]/c[0] /a[0]/b[1]/c[0]/b[0] "},
         {5, "//.", ALL},  // in the order of ids, whatever the way to them
         {0, ".//./.", ALL},
-        {0, "a/b/..", "/a[0] /a[2] "},
-        {0, "//c/../a", "/a[0]/b[1]/a[0] "},
-        {0, "//*[@x=\"1\"]", "/a[0]/b[0] /a[0]/b[1] "},
         {0, "//*[@x=\"1\"][@y=\"\"]", "/a[0]/b[1] "},
         {0, "//*[@y=\"\"]", "/a[0]/b[1] "},
         {0, "//*[@z=\"\"]", ""},
         {0, "a/b[1][@x=\"1\"]", "/a[0]/b[1] "},
-        {0, "a/b[@x=\"1\"][0]", "/a[0]/b[0] "},
-        {0, "a/b[0][@x=\"1\"]/nobody", ""},
+        {9, ".", ""},  // from a removed node nothing but the root is to be seen
+        {9, "/a[0]", "/a[0] "},
+        {0, "nobody/../..", ""},
     };
+    const Data oRoot = Sample();
     for (const auto& oRow : oRows) {
         EXPECT_EQ(Selected(oRoot.GetNodeFromID(oRow.uFrom), oRow.sPath), oRow.sSelected)
             << oRow.uFrom << " " << oRow.sPath;
     }
-    // From a removed node nothing but the root is to be seen.
-    EXPECT_EQ(Selected(oRoot.GetNodeFromID(9), "."), "");
-    EXPECT_EQ(Selected(oRoot.GetNodeFromID(9), "/a[0]"), "/a[0] ");
-}
-
-TEST_F(Paths, Fail) {
-    for (const char* sPath : {"..", "/..", "a/../..", "//..", ".//.."}) {
-        EXPECT_EQ(Raised([&] { (void)oRoot.GetNodeSet(sPath); }), "node has no predecessor\n");
-    }
-    EXPECT_EQ(Selected(oRoot, "nobody/../.."), "");
-    EXPECT_EQ(Raised([&] { (void)oRoot.GetNodeSet("a[x]"); }), "invalid character 'x' after '['\n");
-    Limits oLimits;
-    oLimits.m_uPathSteps = 45;
+    const Limits oLimits = AtMost(LIMIT_PATH_STEPS, 45);
     EXPECT_EQ(oRoot.GetNodeSet("//b", oLimits).Size(), 5u);
-    EXPECT_EQ(Raised([&] { (void)oRoot.GetNodeSet("//*//*//*", oLimits); }),
-              "limit \"path steps\" of 45 exceeded (raise Limits::m_uPathSteps)\n");
-    oLimits = Limits::Trusted();
-    EXPECT_EQ(oRoot.GetNodeSet("//*//*//*", oLimits).Size(), 3u);
+    EXPECT_EQ(Failing([&] { (void)oRoot.GetNodeSet("//*//*//*", oLimits); }),
+              Exceeded(LIMIT_PATH_STEPS, 45));
+    EXPECT_EQ(oRoot.GetNodeSet("//*//*//*", Limits::Trusted()).Size(), 3u);
 }
 
-TEST_F(Paths, TestOfAStep) {
+TEST(NodeSet, TestOfAStep) {
+    const Data oRoot = Sample();
     Data_Xpath oPath;
     oPath.Parse("name[7][@x=\"1\"][@y=\"\"]");
     EXPECT_TRUE(oRoot.GetNodeFromID(5).Test(oPath(0)));  // name and position are not its matter
     EXPECT_FALSE(oRoot.GetNodeFromID(4).Test(oPath(0)));
-    EXPECT_FALSE(Data().Test(oPath(0)));
     Data_XpathStep oStep;
     EXPECT_TRUE(oRoot.Test(oStep));
     EXPECT_FALSE(oRoot.GetNodeFromID(9).Test(oStep));
@@ -137,53 +88,41 @@ TEST_F(Paths, TestOfAStep) {
     EXPECT_TRUE(oRoot.Test(oStep));
 }
 
-// ---- against a naive evaluator ----------------------------------------------
-
-// Follows every way that a path allows, one after the other.
-class Naive {
-  public:
-    Naive(const Data& oFrom, const char* sPath) {
-        m_oPath.Parse(sPath);
-        Visit(m_oPath.IsAbsolute() ? oFrom.GetRoot() : oFrom, 0, m_oPath.IsDescendantFromRoot());
-    }
-    [[nodiscard]] Ids Result() const { return {m_oIds.begin(), m_oIds.end()}; }
-
-  private:
-    void Visit(Data oNode, std::size_t uStep, bool bDescend) {
-        if (oNode.GetType() == Data_Node::Zombi) return;
-        if (uStep == m_oPath.Size()) {
-            m_oIds.insert(oNode.GetId());
-            return;
+// The naive way to follow a path, in trees whose nodes come behind their predecessors.
+Ids Naive(const Data& oFrom, const char* sPath) {
+    Data_Xpath oPath;
+    oPath.Parse(sPath);
+    const Data oRoot = oFrom.GetRoot();
+    const auto At = [&](u2_t uId) { return oRoot.GetNodeFromID(uId); };
+    std::set<u2_t> oSet = {oPath.IsAbsolute() ? 0 : oFrom.GetId()};
+    std::erase_if(oSet, [&](u2_t uId) { return At(uId).GetType() == Data_Node::Zombi; });
+    bool bDescend = oPath.IsDescendantFromRoot();
+    for (std::size_t uStep = 0; uStep < oPath.Size(); ++uStep) {
+        const Data_XpathStep& oStep = oPath(uStep);
+        for (u2_t uId = 1; bDescend && uId < oRoot.GetNodes(); ++uId) {
+            const bool bLive = At(uId).GetType() != Data_Node::Zombi;
+            if (bLive && oSet.contains(At(uId).GetPred().GetId())) oSet.insert(uId);
         }
-        const bool bTree = oNode.GetType() == Data_Node::Tree;
-        if (bDescend && bTree)
-            ForEach(oNode.GetSuccIt(), [&](const Data& o) { Visit(o, uStep, true); });
-        const Data_XpathStep& oStep = m_oPath(uStep);
-        const auto Go = [&](const Data& o) { Visit(o, uStep + 1, oStep.m_bDescendant); };
-        if (oStep.m_eKind == Data_XpathStep::Self) return Go(oNode);
-        if (oStep.m_eKind == Data_XpathStep::Parent) {
-            oNode.SetToPred();
-            return Go(oNode);
+        std::set<u2_t> oNext;
+        for (const u2_t uId : oSet) {
+            Data oNode = At(uId);
+            if (oStep.m_eKind == Data_XpathStep::Parent) oNode.SetToPred();
+            if (oStep.m_eKind != Data_XpathStep::Named) {
+                oNext.insert(oNode.GetId());
+                continue;
+            }
+            auto oIt = oStep.m_bAnyName ? oNode.GetSuccIt() : oNode.GetSuccIt(oStep.m_sName);
+            for (; oIt.Pos() < oIt.Size(); oIt.Advance()) {
+                const bool bHere =
+                    oStep.m_iIndex < 0 || oIt.Pos() == static_cast<u2_t>(oStep.m_iIndex);
+                if (bHere && oIt.GetData().Test(oStep)) oNext.insert(oIt.GetId());
+            }
         }
-        if (!bTree) return;
-        ForEach(oStep.m_bAnyName ? oNode.GetSuccIt() : oNode.GetSuccIt(oStep.m_sName),
-                [&](const Data& o) {
-                    if (oStep.m_iIndex >= 0 && m_uPos != static_cast<u2_t>(oStep.m_iIndex)) return;
-                    if (o.Test(oStep)) Go(o);
-                });
+        oSet = oNext;
+        bDescend = oStep.m_bDescendant;
     }
-    template <class F>
-    void ForEach(Data_SuccIt oIt, F&& oBody) {
-        for (; oIt.Pos() < oIt.Size(); oIt.Advance()) {
-            m_uPos = oIt.Pos();
-            oBody(oIt.GetData());
-        }
-    }
-
-    Data_Xpath m_oPath;
-    std::set<u2_t> m_oIds;
-    u2_t m_uPos = 0;
-};
+    return {oSet.begin(), oSet.end()};
+}
 
 std::string RandomPath(std::mt19937& oRandom) {
     static const char* const STEPS[] = {
@@ -216,8 +155,7 @@ TEST(NodeSet, SameAsTheNaiveWay) {
             const Data oFrom = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
             Ids oExpected;
             Ids oGot;
-            const std::string sExpected =
-                Raised([&] { oExpected = Naive(oFrom, sPath.c_str()).Result(); });
+            const std::string sExpected = Raised([&] { oExpected = Naive(oFrom, sPath.c_str()); });
             const std::string sGot = Raised([&] { oGot = IdsOf(oFrom.GetNodeSet(sPath.c_str())); });
             ASSERT_EQ(sGot, sExpected) << uSeed << " " << sPath;
             ASSERT_EQ(oGot, oExpected) << uSeed << " " << sPath;

@@ -13,16 +13,10 @@ u3_t Read(Data oRoot, unsigned uSeed) {
     u3_t uSum = 0;
     std::mt19937 oRandom(uSeed);
     for (Data_Walk oWalk(oRoot); oWalk.Next();) uSum += oWalk.GetId() * (oWalk.GetDepth() + 1);
-    std::vector<Data> oStack = {oRoot};
-    while (!oStack.empty()) {
-        const Data oNode = oStack.back();
-        oStack.pop_back();
-        const char* sMark = oNode.GetAttVal("mark");
-        uSum += sMark != nullptr ? std::strlen(sMark) : 0;
-        for (auto oIt = oNode.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
-            oStack.push_back(oIt.GetData());
-        }
-        uSum += oNode.GetSuccIt("b").Size();
+    for (u2_t u = 0; u < oRoot.GetNodes(); ++u) {
+        const Data oNode = oRoot.GetNodeFromID(u);
+        uSum += AttributesOf(oNode).size() + oNode.GetSuccIt("b").Size();
+        for (const u2_t uSucc : IdsOf(oNode.GetSuccIt())) uSum += uSucc;
     }
     for (unsigned u = 0; u < 20; ++u) {
         const Data oNode = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
@@ -35,6 +29,14 @@ u3_t Read(Data oRoot, unsigned uSeed) {
     return uSum + oRoot.GetNodeSet("//a/b").Size() + oTag.Len();
 }
 
+// Runs oBody on eight threads at a time, which it gets the numbers of.
+template <class F>
+void OnThreads(const F& oBody) {
+    std::vector<std::thread> oThreads;
+    for (unsigned u = 0; u < 8; ++u) oThreads.emplace_back(oBody, u);
+    for (std::thread& oThread : oThreads) oThread.join();
+}
+
 TEST(Threads, ReadOneTree) {
     std::mt19937 oRandom(1);
     Data oRoot = NewTree();
@@ -43,35 +45,23 @@ TEST(Threads, ReadOneTree) {
     for (u2_t u = 0; u < oRoot.GetNodes(); u += 3) oRoot.GetNodeFromID(u).SetAttVal("mark", "xy");
     oRoot.SetAccessMode();
     std::atomic<u3_t> uSum{0};
-    {
-        std::vector<std::thread> oThreads;
-        for (unsigned u = 0; u < 8; ++u) {
-            oThreads.emplace_back([&, u, oCopy = oRoot] { uSum += Read(oCopy, u); });
-        }
-        for (std::thread& oThread : oThreads) oThread.join();
-    }
+    OnThreads([&uSum, oRoot](unsigned u) { uSum += Read(oRoot, u); });
     EXPECT_EQ(uSum, 8 * Read(oRoot, 1));
 }
 
 // Threads that own trees of their own share nothing but the allocator and the messages.
 TEST(Threads, BuildTreesOfTheirOwn) {
     const u3_t uBlocks = Mem::BlocksInUse();
-    {
-        std::vector<std::thread> oThreads;
-        for (unsigned u = 0; u < 8; ++u) {
-            oThreads.emplace_back([u] {
-                std::mt19937 oRandom(u);
-                Data oRoot = NewTree();
-                for (int i = 0; i < 20; ++i) {
-                    Grow(oRoot, oRandom, 100, {"b", "a"});
-                    oRoot.GetNodeFromID(1).Remove();
-                    oRoot.Shrink();
-                    oRoot.CreateNewSucc("a");
-                }
-            });
+    OnThreads([](unsigned u) {
+        std::mt19937 oRandom(u);
+        Data oRoot = NewTree();
+        for (int i = 0; i < 20; ++i) {
+            Grow(oRoot, oRandom, 100, {"b", "a"});
+            oRoot.GetNodeFromID(1).Remove();
+            oRoot.Shrink();
+            oRoot.CreateNewSucc("a");
         }
-        for (std::thread& oThread : oThreads) oThread.join();
-    }
+    });
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
 }
 

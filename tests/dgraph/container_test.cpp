@@ -86,9 +86,19 @@ TEST(Container, RefusesWhatIsNotOneTree) {
     EXPECT_EQ(LoadBoth("PK"), "invalid or corrupted zip file \"file\"\n");
     EXPECT_EQ(LoadBoth("x"), "unexpected end of file in \"*** File_Buf ***\"\n");
     EXPECT_NE(LoadBoth("").find("XML"), std::string::npos) << "an empty file is read as it is";
-    const std::string sPacked = Compressed(sTree);
-    EXPECT_EQ(LoadBoth(sPacked.substr(0, sPacked.size() - 1)),
-              "unexpected end of file in \"*** File_Buf ***\"\n");
+    // The checksum is read also where a piece of the stream ends in front of it.
+    Data oEven = Sample();
+    oEven.GetCheckedSucc("text").SetValStr(std::string(65536 + 3 - sTree.size(), 'x').c_str());
+    std::string sPacked;
+    for (const std::string& s : {Save(oEven), sTree}) {
+        sPacked = Compressed(s);
+        for (std::size_t uCut = 1; uCut <= 6; ++uCut) {
+            EXPECT_EQ(LoadBoth(sPacked.substr(0, sPacked.size() - uCut)),
+                      "unexpected end of file in \"*** File_Buf ***\"\n");
+        }
+        EXPECT_EQ(LoadBoth(sPacked.substr(0, sPacked.size() - 1) + '!'),
+                  "invalid or corrupted zip buffer\n");
+    }
     Limits oLimits;
     oLimits.m_uInflatedBytes = sTree.size() - 1;
     const std::string sLimit = "limit \"inflated bytes\" of " + std::to_string(sTree.size() - 1) +

@@ -9,31 +9,27 @@ namespace {
 constexpr char NOT_WRITABLE[] = "file \"*** File_Buf ***\" is not open for write\n";
 constexpr char AT_END[] = "unexpected end of file in \"*** File_Buf ***\"\n";
 
-struct Mode {
-    const char* sMode;
-    const char* sResult;  // "12345" after "ab\n" was written in that mode; null: refused
-};
-
 TEST(Buf, Modes) {
     const Msg_Capture oCapture;
-    const Mode oModes[] = {
+    // What "12345" is after "ab\n" was written in that mode; null: refused.
+    const std::pair<const char*, const char*> oModes[] = {
         {nullptr, nullptr}, {"r", nullptr},         {"", nullptr},   {"rt", nullptr},
         {"r+", "ab\n45"},   {"+", "ab\n45"},        {"w", "ab\n"},   {"w+", "ab\n"},
         {"wb", "ab\n"},     {"wt", "ab\r\n"},       {"wtb", "ab\n"}, {"r+t", "ab\r\n5"},
         {"a", "12345ab\n"}, {"a+t", "12345ab\r\n"}, {"?w", "ab\n"},
     };
-    for (const Mode& oMode : oModes) {
-        SCOPED_TRACE(oMode.sMode != nullptr ? oMode.sMode : "(null)");
+    for (const auto& [sMode, sWritten] : oModes) {
+        SCOPED_TRACE(sMode != nullptr ? sMode : "(null)");
         File_Buf oBuf("w");
         oBuf.Write("12345");
-        oBuf.Open(oMode.sMode);
-        if (oMode.sResult == nullptr) {
+        oBuf.Open(sMode);
+        if (sWritten == nullptr) {
             EXPECT_EQ(Raised([&] { oBuf.Write("ab\n"); }), NOT_WRITABLE);
             EXPECT_EQ(Raised([&] { (void)oBuf.WriteSpace(1); }), NOT_WRITABLE);
             EXPECT_EQ(Content(oBuf), "12345");
             continue;
         }
-        const std::string sResult = oMode.sResult;
+        const std::string sResult = sWritten;
         EXPECT_EQ(oBuf.Write("ab\n"), 3u);
         EXPECT_EQ(Content(oBuf), sResult);
         if (sResult.find('\r') != std::string::npos) {
@@ -49,49 +45,43 @@ TEST(Buf, Modes) {
     }
 }
 
-struct Seek_Case {
-    i3_t iOffset;
-    int iWhence;
-    i3_t iPosition;  // -1: refused
-};
-
 TEST(Buf, SeekAndShortReads) {
     const Msg_Capture oCapture;
     constexpr i3_t iMost = std::numeric_limits<i3_t>::max();
-    const Seek_Case oCases[] = {
+    // Offset, whence, position; -1: refused.
+    const std::tuple<i3_t, int, i3_t> oCases[] = {
         {3, 0, 3},         {0, 0, 0},      {-1, 0, -1},         {-1, 1, 1},  {1, 1, 3},
         {-3, 1, -1},       {0, 2, 5},      {-5, 2, 0},          {-6, 2, -1}, {9, 0, 9},
         {iMost, 0, iMost}, {iMost, 1, -1}, {-iMost - 1, 2, -1}, {0, 3, -1},  {0, -1, -1},
     };
-    for (const Seek_Case& oCase : oCases) {
-        SCOPED_TRACE(std::to_string(oCase.iOffset) + "/" + std::to_string(oCase.iWhence));
+    for (const auto& [iTo, iFrom, iPosition] : oCases) {
+        SCOPED_TRACE(std::to_string(iTo) + "/" + std::to_string(iFrom));
         File_Buf oBuf("01234", 5);
         oBuf.Seek(2);
-        const std::string sError = Raised([&] { oBuf.Seek(oCase.iOffset, oCase.iWhence); });
-        if (oCase.iPosition < 0) {
-            EXPECT_EQ(sError, "file seek to position " +
-                                  std::to_string(static_cast<u3_t>(oCase.iOffset)) + " in mode " +
-                                  std::to_string(static_cast<u3_t>(oCase.iWhence)) + " failed\n");
+        const std::string sError = Raised([&, i = iTo, j = iFrom] { oBuf.Seek(i, j); });
+        if (iPosition < 0) {
+            EXPECT_EQ(sError, "file seek to position " + std::to_string(static_cast<u3_t>(iTo)) +
+                                  " in mode " + std::to_string(static_cast<u3_t>(iFrom)) +
+                                  " failed\n");
             EXPECT_EQ(oBuf.Tell(), 2);
             continue;
         }
-        EXPECT_EQ(oBuf.Tell(), oCase.iPosition);
-        const std::size_t uLeft =
-            oCase.iPosition < 5 ? static_cast<std::size_t>(5 - oCase.iPosition) : 0;
+        EXPECT_EQ(oBuf.Tell(), iPosition);
+        const std::size_t uLeft = iPosition < 5 ? static_cast<std::size_t>(5 - iPosition) : 0;
         EXPECT_EQ(oBuf.Remaining(), uLeft);
         char sTarget[8];
         EXPECT_EQ(oBuf.Read(sTarget, 8, true), uLeft);
-        oBuf.Seek(oCase.iPosition);
+        oBuf.Seek(iPosition);
         EXPECT_EQ(Raised([&] { oBuf.Read(sTarget, 8); }), AT_END);
-        oBuf.Seek(oCase.iPosition);
+        oBuf.Seek(iPosition);
         EXPECT_EQ(oBuf.Read(sTarget, File_Stream::ALL), uLeft);
 
         Arr<char> oArr;
         oArr.Add("<", 1);
-        oBuf.Seek(oCase.iPosition);
+        oBuf.Seek(iPosition);
         EXPECT_EQ(Raised([&] { oBuf.Read(oArr, 8, true); }), AT_END);
         EXPECT_EQ(Content(oArr), "<");
-        oBuf.Seek(oCase.iPosition);
+        oBuf.Seek(iPosition);
         EXPECT_EQ(oBuf.Read(oArr, File_Stream::ALL, true), uLeft);
         EXPECT_EQ(oArr.Size(), 1 + uLeft);
         oBuf.Seek(0);

@@ -106,30 +106,25 @@ TEST_F(File_Test, ClosedFile) {
     EXPECT_TRUE(oFile.IsOpen());
 }
 
-struct Attempts {
-    const char* sAttributes;
-    std::size_t uRetries;
-};
-
 TEST_F(File_Test, OpeningIsRepeated) {
-    const Attempts oCases[] = {
+    const std::pair<const char*, std::size_t> oCases[] = {
         {"r", 4},  {nullptr, 4}, {"Tr", 0}, {"TRr", 1}, {"TrRR", 2},
         {"rR", 8}, {"rRR", 16},  {"rT", 4}, {"TTr", 0}, {"TrRRRRRRRRRRRRRRRRRR", 4096},
     };
     const std::string sPath = "missing";
-    for (const Attempts& oCase : oCases) {
-        SCOPED_TRACE(oCase.sAttributes != nullptr ? oCase.sAttributes : "(null)");
+    for (const auto& [sAttributes, uRetries] : oCases) {
+        const std::string sLetters = sAttributes != nullptr ? sAttributes : "r";
+        SCOPED_TRACE(sLetters);
         s_uSleeps.clear();
         const u3_t uOpen = File::OpenFiles();
         File oFile;
-        const std::string sLetters = oCase.sAttributes != nullptr ? oCase.sAttributes : "r";
-        EXPECT_EQ(Raised([&] { oFile.Open(sPath.c_str(), oCase.sAttributes); }),
+        EXPECT_EQ(Raised([&, s = sAttributes] { oFile.Open(sPath.c_str(), s); }),
                   "could not open file \"" + sPath + "\" with attributes \"" + sLetters + "\", " +
                       std::to_string(uOpen) +
                       " files open: errno=ENOENT (No such file or directory)\n");
         EXPECT_FALSE(oFile.IsOpen());
         EXPECT_EQ(File::OpenFiles(), uOpen);
-        ASSERT_EQ(s_uSleeps.size(), oCase.uRetries);
+        ASSERT_EQ(s_uSleeps.size(), uRetries);
         for (std::size_t u = 0; u < s_uSleeps.size(); ++u) EXPECT_EQ(s_uSleeps[u], 5 + 10 * u);
     }
 
@@ -157,16 +152,10 @@ TEST_F(File_Test, DirectoriesAreMadeForWriting) {
     EXPECT_EQ(Raised([&] { File oFile("a/b", "Tw"); }).substr(0, 19), "could not open file");
 }
 
-struct Sharing {
-    const char* sFirst;
-    const char* sSecond;
-    bool bAllowed;
-};
-
 TEST_F(File_Test, SharingBetweenOpenFiles) {
     // Whether one who asks for nothing gets past one who denies.
     constexpr bool bFree = !sys::IS_WINDOWS;
-    const Sharing oCases[] = {
+    const std::tuple<const char*, const char*, bool> oCases[] = {
         // clang-format off
         {"Tr", "Tr", true},    {"Tr", "Tw", false},  {"Tr", "Ta", false},  {"Tw", "Tr", false},
         {"Tw", "Tw", false},   {"Ta+", "Tr", false}, {"Trz", "Tw", false}, {"Twz", "Tr", false},
@@ -175,19 +164,19 @@ TEST_F(File_Test, SharingBetweenOpenFiles) {
         // clang-format on
     };
     const std::string sPath = "file";
-    for (const Sharing& oCase : oCases) {
-        SCOPED_TRACE(std::string(oCase.sFirst) + " " + oCase.sSecond);
+    for (const auto& [sFirst, sSecond, bAllowed] : oCases) {
+        SCOPED_TRACE(std::string(sFirst) + " " + sSecond);
         ToDisk(sPath, "old");
-        File oFirst(sPath.c_str(), oCase.sFirst);
+        File oFirst(sPath.c_str(), sFirst);
         const std::string sBefore = OnDisk(sPath);
         File oSecond;
-        const std::string sError = Raised([&] { oSecond.Open(sPath.c_str(), oCase.sSecond); });
-        EXPECT_EQ(oSecond.IsOpen(), oCase.bAllowed);
-        if (oCase.bAllowed) continue;
+        const std::string sError = Raised([&, s = sSecond] { oSecond.Open(sPath.c_str(), s); });
+        EXPECT_EQ(oSecond.IsOpen(), bAllowed);
+        if (bAllowed) continue;
         EXPECT_NE(sError.find("errno=EACCES (Permission denied)"), std::string::npos) << sError;
         EXPECT_EQ(OnDisk(sPath), sBefore) << "nothing emptied by an open that fails";
         oFirst.Close();
-        EXPECT_TRUE(oSecond.Open(sPath.c_str(), oCase.sSecond));
+        EXPECT_TRUE(oSecond.Open(sPath.c_str(), sSecond));
     }
 }
 

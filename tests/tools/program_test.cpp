@@ -94,7 +94,10 @@ TEST_F(Program, FaultsHavePlaces) {
     ToDisk("good.xml", g_sTree);
     ToDisk("bad.xml", "<a>\n <b></c></a>");
     ToDisk("bad.dgraph", "DGraphBin\1\3\0"s + std::string(18, '\0') + "\1\0\0\0x"s);
-    const Outcome o = Run("check good.xml bad.xml bad.dgraph none " + Sample("page.html"));
+    std::string sDeep;
+    for (unsigned u = 0; u < 1000; ++u) sDeep += "<ä>";
+    ToDisk("deep.xml", sDeep);
+    const Outcome o = Run("check good.xml bad.xml bad.dgraph none deep.xml " + Sample("page.html"));
     EXPECT_EQ(o.iExit, 1);
     EXPECT_EQ(o.sOut.substr(0, o.sOut.find("none:")),
               "good.xml: good (xml, 10 nodes)\n"
@@ -105,6 +108,7 @@ TEST_F(Program, FaultsHavePlaces) {
                           "data type: 'String'\n"),
               std::string::npos)
         << o.sOut;
+    EXPECT_NE(o.sOut.find("/ä[0]/ ... 0]/ä[0]/"), std::string::npos) << o.sOut;
     EXPECT_EQ(Run("show bad.xml").iExit, 2);
     EXPECT_NE(OnDisk("err").find("vok: bad.xml: byte 8"), std::string::npos);
     for (const char* s : {"", "nonsense", "convert good.xml", "convert good.xml x.unknown",
@@ -161,6 +165,13 @@ TEST_F(Program, Archives) {
     sBroken[sBroken.find("two") + 3] ^= 1;  // the byte of a stored member's data, or its header
     ToDisk("broken.zip", sBroken);
     EXPECT_NE(Run("zip test broken.zip").iExit, 0);
+    // No limit stands in the way of a large member, real or not.
+    for (const std::size_t u : {sBroken.find("d/e/one") - 8, sBroken.rfind("d/e/one") - 22}) {
+        sBroken.replace(u, 4, "\xFE\xFF\xFF\xFF");
+    }
+    ToDisk("broken.zip", sBroken);
+    EXPECT_NE(Run("zip test broken.zip").sOut.find("has another size"), std::string::npos)
+        << OnDisk("out");
 }
 
 }  // namespace

@@ -47,9 +47,7 @@ TEST_F(Zip_Test, StreamsAgreeWithZlib) {
         Zip_Stream oPacker(oDrop, "w");
         WriteInPieces(oPacker, sPlain, oRandom);
         oPacker.Close();
-        std::string sWritten;
-        for (const std::string& s : oDrop.m_oWritten) sWritten += s;
-        EXPECT_TRUE(Unzlib(sWritten, uSize) == sPlain);
+        EXPECT_TRUE(Unzlib(Joined(oDrop.m_oWritten), uSize) == sPlain);
         EXPECT_EQ(oDrop.m_uFlushes, 1u);
         Drop_Stream oForeign(sPacked, 100);
         Arr<char> oRead;

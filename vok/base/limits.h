@@ -24,10 +24,14 @@ struct Limits {
     u3_t m_uTextBytes = u3_t{1} << 30;
     // Attributes of one node: each costs a search among those before it.
     u3_t m_uAttributes = u3_t{1} << 20;
-    // Bytes that compressed input may inflate to, and how many a byte of input may give;
-    // deflate reaches 1032 at most, nested archives multiply it.
-    u3_t m_uInflatedBytes = u3_t{1} << 34;
-    u3_t m_uInflationRatio = 1100;
+    // Bytes that one compressed stream or member may inflate to: all of them are held in memory
+    // while a tree is loaded, and the texts of a tree share 2 GiB.
+    u3_t m_uInflatedBytes = u3_t{1} << 31;
+    // How many of these a byte of input may give, on average, once there are more than
+    // FREE_INFLATION. Deflate reaches 1032. Trees whose nodes differ give less than 100, but one
+    // that is little but repetition gives up to 400, which does no harm as long as it is small.
+    u3_t m_uInflationRatio = 200;
+    static constexpr u3_t FREE_INFLATION = u3_t{1} << 28;
     // Members of a zip archive.
     u3_t m_uZipEntries = u3_t{1} << 20;
     // Nodes looked at by one path evaluation: each "//" may look at the whole tree again.

@@ -82,7 +82,7 @@ bool XmlLoader::ReadTag() {
     if (m_pEnd - m_p < 2) return false;
     m_bBegun = true;
     switch (m_p[1]) {
-        case '?': return SkipPast("?>", 2);
+        case '?': return SkipInstruction();
         case '!': return ReadDeclaration();
         case '/': return ReadEndTag();
         default: return ReadStartTag();
@@ -94,6 +94,12 @@ bool XmlLoader::SkipPast(std::string_view sEnd, std::size_t uSkip) {
     if (uEnd == std::string_view::npos) return false;
     m_p += uEnd + sEnd.size();
     return true;
+}
+
+bool XmlLoader::SkipInstruction() {
+    const std::size_t uLength = xml::InstructionLength(Rest(m_p), m_oSource.IsAtEnd());
+    m_p += uLength;
+    return uLength != 0;
 }
 
 bool XmlLoader::ReadDeclaration() {
@@ -179,9 +185,14 @@ bool XmlLoader::ReadEndTag() {
 
 bool XmlLoader::ReadStartTag() {
     const char* const pToken = m_p++;
-    if (!m_oTag.Parse(m_p, m_pEnd, Has(Data::XML_LOOSE_TAGS))) return false;
+    if (!m_oTag.ParseName(m_p, m_pEnd)) return false;
+    const bool bSkipped = IsSkipped(m_oTag.Name());
+    if (!(bSkipped ? xml::Tag::Skip(m_p, m_pEnd)
+                   : m_oTag.ParseRest(m_p, m_pEnd, Has(Data::XML_LOOSE_TAGS)))) {
+        return false;
+    }
     const char* pBehind = std::exchange(m_p, pToken);  // where errors below are reported
-    if (!IsSkipped(m_oTag.Name())) {
+    if (!bSkipped) {
         if (m_bDone) Msg::NoXmlStream();
         OpenElement();
         if (m_oTag.IsEmpty()) CloseElement();

@@ -74,6 +74,7 @@ class XmlLoader {
 
     // Moves behind the next sEnd, which begins uSkip bytes from here at the earliest.
     bool SkipPast(std::string_view sEnd, std::size_t uSkip);
+    bool SkipInstruction();
     bool ReadDeclaration();
 
     // Quotes, comments and brackets may hold a ">" that does not end the declaration. What it
@@ -147,6 +148,11 @@ class XmlLoader {
 
     // ---- the fast way -----------------------------------------------------
 
+    // Whether what "<" and c begin may be no element: blanks in front of it belong to a text.
+    [[nodiscard]] bool IsMarkup(char c) const noexcept {
+        return c == '!' || c == '?' || (Has(Data::XML_SKIP_HTML) && (c == 'b' || c == 'm'));
+    }
+
     // Reads elements as long as they are like most elements are: an expected name, no attributes
     // but the type, a plain text or number, its own end tag behind it. Stops in front of the
     // first other token, which is for the ways above. This loop is what loading XML costs.
@@ -169,7 +175,7 @@ class XmlLoader {
     xml::Tag m_oTag;
     Arr<char> m_oText;  // of the current element
     Arr<char> m_oNameRoom;
-    Arr<char> m_oBlanked;
+    Arr<char> m_oBlock;
     Arr<Numbered> m_oTarget;
     Arr<Numbered> m_oLink;
 };

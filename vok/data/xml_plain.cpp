@@ -74,6 +74,7 @@ void XmlLoader::ReadPlainElements() {
             const std::size_t uRoom = static_cast<std::size_t>(pEnd - p) - 2;
             if ((eParent != Node::Tree && m_p != p) || m_uDepth == 1) return;
             if (!oName.StandsAt(p + 2, uRoom) || p[2 + oName.uLength] != '>') return;
+            if (IsSkipped({oName.sText, oName.uLength})) return;
             p += 2 + oName.uLength + 1;
             m_uNode = b.m_oNode(uParent).Pred();
             --m_uDepth;
@@ -120,6 +121,7 @@ void XmlLoader::ReadPlainElements() {
                 } while (!StartsWith(pStop++, xml::CDATA_END));
                 const std::string_view sText = Between(pText, pStop - 1);
                 p = pStop - 1 + xml::CDATA_END.size();
+                if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return;
                 if (!EndsHere(oName, p, pEnd) || !AddPlainText(oNode, sText)) return;
             } else {
                 const char* pText = p;
@@ -127,7 +129,7 @@ void XmlLoader::ReadPlainElements() {
                 if (pEnd - p < ROOM) return;
                 const bool bEnd = p[1] == '/';
                 const std::string_view sText = Between(pText, p);
-                if (!bEnd && (p[1] == '!' || !xml::IsBlank(sText))) return;
+                if (!bEnd && (IsMarkup(p[1]) || !xml::IsBlank(sText))) return;
                 if (bEnd && !EndsHere(oName, p, pEnd)) return;
                 if (bEnd && !sText.empty()) {
                     if (sText.find('&') != std::string_view::npos) return;

@@ -54,19 +54,14 @@ void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
     std::string_view sValue = o.sValue;
     const auto oIsSpecial = [](char c) { return c == '&' || c == '\t' || c == '\n' || c == '\r'; };
     if (std::any_of(sValue.begin(), sValue.end(), oIsSpecial)) {
-        // Line breaks that are no references are blanks (XML 1.0, 3.3.3).
-        m_oBlanked.Truncate(0);
-        m_oBlanked.Add(sValue.data(), sValue.size());
-        std::replace_if(
-            m_oBlanked.Beg(), m_oBlanked.End(), [](char c) { return xml::Is(c, xml::BLANK); }, ' ');
-        xml::DecodeText(m_oText, {m_oBlanked.Beg(), m_oBlanked.Size()}, KeepsUnknown());
+        xml::DecodeValue(m_oText, sValue, KeepsUnknown());
         sValue = {m_oText.Beg(), m_oText.Size()};
     }
     CheckNoNul(sValue);
     const Utf8_Text oName(Decoded(o.sName, m_oNameRoom));
     const Utf8_Text oValue(sValue);
     if (oName.Len() == 0) Msg::UnallowedAttribute("");
-    if (!b.AddAttribute(m_uNode, oName.View(), oValue.View())) Msg::NoXmlStream();
+    b.SetAttribute(m_uNode, oName.View(), oValue.View());
     m_oText.Truncate(0);
 }
 
@@ -151,10 +146,10 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
-    m_oBlanked.Truncate(0);
-    if (!DecodeBase64(sText, m_oBlanked)) RaiseUnknownText(sText);
-    const u2_t uOffset = b.AddHeap(m_oBlanked.Beg(), m_oBlanked.Size());
-    b.m_oNode(uId).SetValue64(u3_t{m_oBlanked.Size()} << 32 | uOffset);
+    m_oBlock.Truncate(0);
+    if (!DecodeBase64(sText, m_oBlock)) RaiseUnknownText(sText);
+    const u2_t uOffset = b.AddHeap(m_oBlock.Beg(), m_oBlock.Size());
+    b.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
 }
 
 }  // namespace vok::detail

@@ -11,6 +11,8 @@ namespace {
 
 // So many bytes are looked at; a document's header has as many.
 constexpr std::size_t SNIFFED = 30;
+// Bytes behind a document are passed over in pieces of this size.
+constexpr std::size_t SKIPPED = 4096;
 
 enum class Wrapping { None, Zlib, Zip };
 
@@ -32,6 +34,12 @@ struct Loader {
         Zip_Buf oBuf;
         oBuf.Open(pBytes, uSize, m_oLimits);
         From(oBuf);
+        // A document may end before the stream does: whether that is sound shows at its end only.
+        // Limits bound the bytes there as well.
+        Arr<char> oRest;
+        oRest.Resize(SKIPPED);
+        while (oBuf.Read(oRest.Beg(), SKIPPED, true) != 0) {
+        }
         oBuf.Close();
     }
 

@@ -11,10 +11,12 @@ namespace vok {
 //     "x"       a zlib stream, whatever follows: decompressed in memory
 //     "PK"      a zip archive with exactly one member, decompressed in memory
 //     others    the tree as it is, read from the file
-// A null or empty path leaves data without a tree. oLimits also bounds what comes out of a
-// wrapping; places in pReport, unless it is null, are those inside of it. Linear.
-// Raises "could not open file", "oGlobalInfo.number_entry == 1" for an archive with no or several
-// members, the errors of Zip_Archive and Zip_Buf, and those of Dgraph_Load.
+// What is wrapped is read to its end, so that a wrapping which is cut, or whose checksum differs,
+// is an error also where the tree in it was complete. A null or empty path leaves data without a
+// tree. oLimits also bounds what comes out of a wrapping; places in pReport, unless it is null, are
+// those inside of it. Linear. Raises "could not open file", "oGlobalInfo.number_entry == 1" for an
+// archive with no or several members, the errors of Zip_Archive and Zip_Buf, and those of
+// Dgraph_Load.
 void Dgraph_LoadFromFile(Data& data, const char* sPath, const Limits& oLimits = {},
                          Load_Report* pReport = nullptr);
 

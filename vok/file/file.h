@@ -176,11 +176,12 @@ class File : public File_Stream {
     // text, whose references are decoded: one that is unknown raises "unknown xml sequene
     // "%0"" unless flag 1 keeps it.
     static bool ReadXML(File_Stream& oStream, Str& oToken, char cEnd, u2_t uFlags = 0);
-    // Writes a text with "&", "<", ">", double quotes and control characters as references.
+    // Writes a text with "&", "<", ">", quotes, apostrophes, no-break spaces and control characters
+    // as references.
     static u3_t WriteXML(File_Stream& oStream, std::string_view sText);
-    // Takes a start tag without its brackets apart, names and values decoded. Flag 8 lets
-    // values lack quotes and attributes values. Raises "missing char '%0' in XML stream" and
-    // "invalid character '%0' after '%1'".
+    // Takes a start tag without its brackets apart, names and values decoded; a tab or line break
+    // in a value is a blank. Flag 8 lets values lack quotes and attributes values. Raises "missing
+    // char '%0' in XML stream" and "invalid character '%0' after '%1'".
     struct XML_Attribute {
         Str m_oName;
         Str m_oValue;

@@ -18,6 +18,12 @@ Str DecodedText(std::string_view sText, u2_t uFlags) {
     return Str(std::string_view(oText.Beg(), oText.Size()));
 }
 
+Str DecodedValue(std::string_view sValue, u2_t uFlags) {
+    Arr<char> oText;
+    xml::DecodeValue(oText, sValue, (uFlags & KEEP_UNKNOWN) != 0);
+    return Str(std::string_view(oText.Beg(), oText.Size()));
+}
+
 Str DecodedName(std::string_view sName) {
     Arr<char> oName;
     xml::DecodeName(oName, sName);
@@ -45,7 +51,7 @@ bool File::ReadXML(File_Stream& oStream, Str& oToken, char cEnd, u2_t uFlags) {
 u3_t File::WriteXML(File_Stream& oStream, std::string_view sText) {
     return Where("vok::File::WriteXML", [&]() -> u3_t {
         Arr<char> oText;
-        xml::EncodeText(oText, sText);
+        xml::EncodeText(oText, sText, true);
         return oText.Size() != 0 ? oStream.Write(oText.Beg(), oText.Size()) : 0;
     });
 }
@@ -66,7 +72,7 @@ void File::SplitXMLToken(std::string_view sTag, Str& oName, std::vector<XML_Attr
         oName = DecodedName(oTag.Name());
         oAttributes.clear();
         for (const xml::Tag::Attribute& o : oTag.Attributes()) {
-            oAttributes.push_back({DecodedName(o.sName), DecodedText(o.sValue, uFlags)});
+            oAttributes.push_back({DecodedName(o.sName), DecodedValue(o.sValue, uFlags)});
         }
     });
 }

@@ -6,6 +6,7 @@
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
 #include "vok/base/utf8.h"
+#include "vok/file/xml_text.h"
 
 namespace vok::xml {
 
@@ -49,8 +50,10 @@ void ConvertUtf16(std::string_view s, bool bBigEndian, Arr<char>& oOut) {
 
 // The value of the declaration's encoding, empty when there is none.
 [[nodiscard]] std::string_view DeclaredCoding(std::string_view s) noexcept {
-    if (!s.starts_with("<?xml")) return {};
-    s = s.substr(0, s.find("?>"));
+    constexpr std::string_view START = "<?xml";
+    if (!s.starts_with(START) || s.size() == START.size() || !Is(s[START.size()], BLANK)) return {};
+    const std::size_t uLength = InstructionLength(s, true);
+    s = s.substr(0, uLength != 0 ? uLength : s.size());
     constexpr std::string_view NAME = "encoding";
     const std::size_t uName = s.find(NAME);
     if (uName == std::string_view::npos) return {};
@@ -172,7 +175,7 @@ bool Source::Fetch(const char*& p, const char*& pEnd) {
     m_oBytes.SetSize(uKept + uGot);
     m_pBegin = p = m_oBytes.Beg();
     m_pEnd = pEnd = m_oBytes.End();
-    return uGot != 0;
+    return true;
 }
 
 Source::Place Source::PlaceOf(const char* p) const noexcept {

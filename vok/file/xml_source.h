@@ -28,9 +28,11 @@ class Source {
     [[nodiscard]] const char* End() const noexcept { return m_pEnd; }
 
     // Reads more, and drops what lies before p; both pointers move along with the bytes that are
-    // kept. False at the end of the stream. Reads at least as much again as it has to keep, so
-    // that who looks at a token anew after each call does so in linear time.
+    // kept. False, and nothing is changed, at the end of the stream. Reads at least as much again
+    // as it has to keep, so that who looks at a token anew after each call does so in linear time.
     bool Fetch(const char*& p, const char*& pEnd);
+    // Whether it is known that no more than the bytes at hand will come. Then Fetch returns false.
+    [[nodiscard]] bool IsAtEnd() const noexcept { return m_bAtEnd; }
 
     // Where a byte at hand stands in the stream: bytes from where reading began, lines and
     // characters from 1.

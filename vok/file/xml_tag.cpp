@@ -36,10 +36,29 @@ void RaiseInvalidCharacter(const char* p, const char* pEnd) {
     Msg::InvalidCharacterAfter(uCode, uBefore);
 }
 
-bool Tag::Parse(const char*& p, const char* pEnd, bool bLoose) {
+bool Tag::ParseName(const char*& p, const char* pEnd) {
     m_oAttribute.Truncate(0);
     m_bEmpty = false;
-    if (!TakeName(p, pEnd, m_sName)) return false;
+    return TakeName(p, pEnd, m_sName);
+}
+
+bool Tag::Skip(const char*& p, const char* pEnd) noexcept {
+    for (; p != pEnd; ++p) {
+        if (*p == '>') {
+            ++p;
+            return true;
+        }
+        if (*p != '"' && *p != '\'') continue;
+        // A quote that is not closed before the next tag is none.
+        const char* pClose = p + 1;
+        while (pClose != pEnd && *pClose != *p && *pClose != '<') ++pClose;
+        if (pClose == pEnd) return false;
+        if (*pClose == *p) p = pClose;
+    }
+    return false;
+}
+
+bool Tag::ParseRest(const char*& p, const char* pEnd, bool bLoose) {
     for (;;) {
         const char* pBefore = p;
         if (!SkipBlanks(p, pEnd)) return false;

@@ -20,7 +20,15 @@ class Tag {
     // when the text ends inside it. bLoose: values may lack their quotes, attributes their
     // values. Raises "missing char '%0' in XML stream" and "invalid character '%0' after
     // '%1'", with p at the place. Linear.
-    bool Parse(const char*& p, const char* pEnd, bool bLoose);
+    bool Parse(const char*& p, const char* pEnd, bool bLoose) {
+        return ParseName(p, pEnd) && ParseRest(p, pEnd, bLoose);
+    }
+    // The same in two steps.
+    bool ParseName(const char*& p, const char* pEnd);
+    bool ParseRest(const char*& p, const char* pEnd, bool bLoose);
+    // Moves p from behind the name behind the ">", whatever stands between them; false when the
+    // text ends before. A ">" in quotes does not count.
+    [[nodiscard]] static bool Skip(const char*& p, const char* pEnd) noexcept;
 
     [[nodiscard]] std::string_view Name() const noexcept { return m_sName; }
     [[nodiscard]] const Arr<Attribute>& Attributes() const noexcept { return m_oAttribute; }

@@ -131,12 +131,40 @@ std::size_t NameLength(std::string_view sText) noexcept {
     return static_cast<std::size_t>(p - sText.data());
 }
 
+std::size_t InstructionLength(std::string_view sText, bool bAll) noexcept {
+    constexpr std::string_view END = "?>";
+    constexpr std::size_t START = 2;
+    const std::size_t uNext = sText.find('<', START);
+    const std::string_view sHere = sText.substr(0, uNext);
+    if (const std::size_t uEnd = sHere.find(END, START); uEnd != std::string_view::npos) {
+        return uEnd + END.size();
+    }
+    if (uNext == std::string_view::npos && !bAll) return 0;
+    if (const std::size_t uEnd = sHere.find('>', START); uEnd != std::string_view::npos) {
+        return uEnd + 1;
+    }
+    // One with a tag in it.
+    const std::size_t uEnd = sText.find(END, START);
+    return uEnd != std::string_view::npos ? uEnd + END.size() : 0;
+}
+
 // ---- references -------------------------------------------------------------
 
-void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown) {
+namespace {
+
+// A run between two references of a value.
+void AddBlanked(Arr<char>& oOut, std::string_view sRun) {
+    for (std::size_t u = 0; u < sRun.size(); ++u) {
+        if (sRun[u] == '\r' && sRun.substr(u + 1).starts_with('\n')) continue;
+        oOut.Add(Is(sRun[u], BLANK) ? ' ' : sRun[u]);
+    }
+}
+
+template <class AddRun>
+void Decode(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown, const AddRun& oAddRun) {
     while (!sText.empty()) {
         const std::size_t uPlain = std::min(sText.find('&'), sText.size());
-        oOut.Add(sText.data(), uPlain);
+        oAddRun(sText.substr(0, uPlain));
         sText.remove_prefix(uPlain);
         if (sText.empty()) break;
         std::size_t uLength = 0;
@@ -153,16 +181,34 @@ void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown) {
     }
 }
 
-void EncodeText(Arr<char>& oOut, std::string_view sText) {
+}  // namespace
+
+void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown) {
+    Decode(oOut, sText, bKeepUnknown, [&](std::string_view s) { oOut.Add(s.data(), s.size()); });
+}
+
+void DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown) {
+    Decode(oOut, sValue, bKeepUnknown, [&](std::string_view s) { AddBlanked(oOut, s); });
+}
+
+void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll) {
+    constexpr std::string_view NO_BREAK_SPACE = "\xC2\xA0";
     const auto oAdd = [&](std::string_view s) { oOut.Add(s.data(), s.size()); };
     std::size_t uFrom = 0;
     for (std::size_t u = 0; u < sText.size(); ++u) {
         const char c = sText[u];
-        if (Is(c, PLAIN) && !Is(c, CONTROL) && c != 0x7F) continue;
-        if (c == '\'') continue;
+        const bool bSpace = bAll && sText.substr(u).starts_with(NO_BREAK_SPACE);
+        if (Is(c, PLAIN) && !Is(c, CONTROL) && c != 0x7F && !bSpace) continue;
+        if (c == '\'' && !bAll) continue;
         oAdd(sText.substr(uFrom, u - uFrom));
         uFrom = u + 1;
+        if (bSpace) {
+            oAdd("&#160;");
+            uFrom = ++u + 1;
+            continue;
+        }
         switch (c) {
+            case '\'': oAdd("&apos;"); break;
             case '&': oAdd("&amp;"); break;
             case '<': oAdd("&lt;"); break;
             case '>': oAdd("&gt;"); break;

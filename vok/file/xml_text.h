@@ -48,15 +48,24 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
 // none. Bytes that are no UTF-8 end it.
 [[nodiscard]] std::size_t NameLength(std::string_view sText) noexcept;
 
+// Bytes of the processing instruction, or XML declaration, at the start of a text. It ends with
+// "?>"; with a mere ">" like any other tag if there is one, and no "?>", in front of the next "<".
+// 0 when it does not end, or when it takes more bytes to tell. bAll: there are no more.
+[[nodiscard]] std::size_t InstructionLength(std::string_view sText, bool bAll) noexcept;
+
 // ---- references -------------------------------------------------------------
 
 // Appends a text with its references decoded: "&lt;", "&#228;", "&#xE4;", and amp, gt, quot,
 // apos, nbsp. Any other "&" stays as it stands with bKeepUnknown, else it raises "unknown xml
 // sequene "%0"".
 void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown);
+// The same for a value of an attribute: tabs and line breaks that are no references are blanks,
+// "\r\n" is one (XML 1.0, 2.11 and 3.3.3).
+void DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown);
 
-// Appends a text with &, <, >, the double quote and control characters as references.
-void EncodeText(Arr<char>& oOut, std::string_view sText);
+// Appends a text with &, <, >, the double quote and control characters as references; with bAll
+// also the apostrophe and the no-break space, which need it nowhere in what a Data writes.
+void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll = false);
 
 // ---- names ------------------------------------------------------------------
 //

@@ -112,8 +112,9 @@ class Zip_Archive final : public File_Stream {
     // byte 255. The extra fields for its two headers are written as they are. The level is that of
     // zlib, 0 to 9, or its default.
     // Raises "size_filename == tmp", "size_comment == tmp" for more than 65,535 bytes, assertion
-    // failures for an empty name, extra fields of that size, another level, and the errors of
-    // other methods and of archives beyond 4 GiB. Nothing is changed then.
+    // failures for an empty name, extra fields of that size, another level, and the error of other
+    // methods; nothing is changed then, and an open member stays open. Raises also the errors of
+    // CloseCurrentFile, and that of archives beyond 4 GiB with the open member closed.
     void OpenNewFile(const Str& oName, const Zip_NewInfo& oInfo = {},
                      std::string_view sLocalExtra = {}, std::string_view sCentralExtra = {},
                      const Str& oComment = {}, u2_t uMethod = ZIP_DEFLATED,

@@ -237,6 +237,7 @@ void Unpacker::CheckLimits() {
         Msg::LimitExceeded("inflated bytes", m_oLimits.m_uInflatedBytes,
                            "Limits::m_uInflatedBytes");
     }
+    if (m_uOut <= Limits::FREE_INFLATION) return;
     if (m_uOut / std::max<u3_t>(m_oLimits.m_uInflationRatio, 1) > BytesIn()) {
         Msg::LimitExceeded("inflation ratio", m_oLimits.m_uInflationRatio,
                            "Limits::m_uInflationRatio");

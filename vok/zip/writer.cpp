@@ -73,6 +73,12 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
     Msg::Assert(iLevel >= Packer::DEFAULT_LEVEL && iLevel <= Packer::MAX_LEVEL,
                 "level >= -1 && level <= 9");
     if (uMethod != ZIP_STORED && uMethod != ZIP_DEFLATED) m_oBlame.Method(oName, uMethod);
+    Arr<char> oStored;
+    AddCp437(oStored, oName);
+    Msg::Assert(oStored.Size() <= 0xFFFF, "size_filename == tmp");
+    Arr<char> oStoredComment;
+    AddCp437(oStoredComment, oComment);
+    Msg::Assert(oStoredComment.Size() <= 0xFFFF, "size_comment == tmp");
     if (m_bOpen) CloseMember();
     Change([&] { HandOnFull(); });
 
@@ -83,7 +89,8 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
         const std::size_t uOut = m_oOut.Size();
         m_uHeader = uHeader;
         try {
-            AddHeaders(oName, oInfo, sLocalExtra, sCentralExtra, oComment,
+            AddHeaders({oStored.Beg(), oStored.Size()}, oInfo, sLocalExtra, sCentralExtra,
+                       {oStoredComment.Beg(), oStoredComment.Size()},
                        uMethod == ZIP_DEFLATED ? LevelFlags(iLevel) : u1_t{0}, uMethod);
             m_oPacker.Open(*this, uMethod == ZIP_STORED ? Format::Stored : Format::Raw, iLevel);
         } catch (...) {
@@ -100,31 +107,23 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
     });
 }
 
-void Writer::AddHeaders(const Str& oName, const Zip_NewInfo& oInfo, std::string_view sLocalExtra,
-                        std::string_view sCentralExtra, const Str& oComment, u1_t uFlags,
-                        u2_t uMethod) {
-    Arr<char> oStored;
-    AddCp437(oStored, oName);
-    const auto tmp = static_cast<u1_t>(oStored.Size());
-    Msg::Assert(oStored.Size() == tmp, "size_filename == tmp");
-    Arr<char> oStoredComment;
-    AddCp437(oStoredComment, oComment);
-    const auto uCommentSize = static_cast<u1_t>(oStoredComment.Size());
-    Msg::Assert(oStoredComment.Size() == uCommentSize, "size_comment == tmp");
-
+void Writer::AddHeaders(std::string_view sName, const Zip_NewInfo& oInfo,
+                        std::string_view sLocalExtra, std::string_view sCentralExtra,
+                        std::string_view sComment, u1_t uFlags, u2_t uMethod) {
+    const auto uNameSize = static_cast<u1_t>(sName.size());
     AddNumbers(m_oDirectory, CENTRAL_SIGNATURE, u1_t{0}, VERSION_NEEDED, uFlags,
-               static_cast<u1_t>(uMethod), oInfo.m_uDosDate, u2_t{0}, u2_t{0}, u2_t{0}, tmp,
-               static_cast<u1_t>(sCentralExtra.size()), uCommentSize, u1_t{0},
+               static_cast<u1_t>(uMethod), oInfo.m_uDosDate, u2_t{0}, u2_t{0}, u2_t{0}, uNameSize,
+               static_cast<u1_t>(sCentralExtra.size()), static_cast<u1_t>(sComment.size()), u1_t{0},
                static_cast<u1_t>(oInfo.m_uInternalAttributes), oInfo.m_uExternalAttributes,
                static_cast<u2_t>(m_uHeader - m_uPrefix));
-    m_oDirectory.Add(oStored.Beg(), oStored.Size());
+    m_oDirectory.Add(sName.data(), sName.size());
     m_oDirectory.Add(sCentralExtra.data(), sCentralExtra.size());
-    m_oDirectory.Add(oStoredComment.Beg(), oStoredComment.Size());
+    m_oDirectory.Add(sComment.data(), sComment.size());
 
     AddNumbers(m_oOut, LOCAL_SIGNATURE, VERSION_NEEDED, uFlags, static_cast<u1_t>(uMethod),
-               oInfo.m_uDosDate, u2_t{0}, u2_t{0}, u2_t{0}, tmp,
+               oInfo.m_uDosDate, u2_t{0}, u2_t{0}, u2_t{0}, uNameSize,
                static_cast<u1_t>(sLocalExtra.size()));
-    m_oOut.Add(oStored.Beg(), oStored.Size());
+    m_oOut.Add(sName.data(), sName.size());
     m_oOut.Add(sLocalExtra.data(), sLocalExtra.size());
 }
 

@@ -54,8 +54,10 @@ class Writer final : Sink {
     void Change(F&& oBody);
     void CheckMember() const;
     void CheckSize(u3_t uMore) const;
-    void AddHeaders(const Str& oName, const Zip_NewInfo& oInfo, std::string_view sLocalExtra,
-                    std::string_view sCentralExtra, const Str& oComment, u1_t uFlags, u2_t uMethod);
+    // Name and comment as they are stored.
+    void AddHeaders(std::string_view sName, const Zip_NewInfo& oInfo, std::string_view sLocalExtra,
+                    std::string_view sCentralExtra, std::string_view sComment, u1_t uFlags,
+                    u2_t uMethod);
     void EndMember();
     void SetFlag(u1_t uFlag);
     void HandOn();
