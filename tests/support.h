@@ -295,6 +295,13 @@ inline Ids IdsOf(const Data_NodeSet& oSet) {
     return oIds;
 }
 
+// The bytes of a binary node.
+inline std::string BlockOf(const Data& o) {
+    u2_t uSize = 0;
+    const void* pData = o.GetValBin(uSize);
+    return {static_cast<const char*>(pData), uSize};
+}
+
 // The attributes of a node as "name=value" texts in the order they are delivered.
 inline Texts AttributesOf(const Data& oNode, bool bSorted = false) {
     Arr<const char*> oNames;

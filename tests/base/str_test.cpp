@@ -30,20 +30,6 @@ TEST(Str, AppendsItself) {
     EXPECT_STREQ(oBefore.CStr(), "ab");
 }
 
-TEST(Str, ForeignTextBecomesUtf8) {
-    const struct {
-        std::string_view sIn;
-        const char* sOut;
-    } oRows[] = {
-        // clang-format off
-        {"\xE4", "ä"}, {"ä\xE4", "ää"}, {"\xC3", "Ã"}, {"\xF0\x9F\x98", "ð\u009F\u0098"},
-        {"\xF4\x90\x80\x80", "ô\u0090\u0080\u0080"}, {std::string_view("a\0b", 3), "a"},
-        {std::string_view("\xE4\0\xE4", 3), "ä"},
-        // clang-format on
-    };
-    for (const auto& oRow : oRows) EXPECT_STREQ(Str(oRow.sIn).CStr(), oRow.sOut);
-}
-
 TEST(Str, Utf16) {
     const struct {
         std::u16string sIn;
@@ -80,9 +66,9 @@ TEST(Hash, KeysAndOrder) {
     bool bNew = true;
     EXPECT_EQ(oHash.Insert("", bNew), 0u);
     EXPECT_FALSE(bNew);
-    // Few letters and lengths around a word: many common beginnings.
+    // Few letters and lengths around a word: many common beginnings, of a whole word as well.
     for (int i = 0; i < 3000; ++i) {
-        std::string sText;
+        std::string sText = i % 2 == 0 ? "" : "the same";
         for (auto u = oRandom() % 20; u > 0; --u) sText += "ab\xC3\xFF"[oRandom() % 4];
         const auto oFound = std::ranges::find(oTexts, sText);
         const auto uKnown = static_cast<u2_t>(oFound - oTexts.begin());

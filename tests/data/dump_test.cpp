@@ -1,4 +1,5 @@
-// The native dump: its bytes, what it keeps, and what is refused.
+// The native dump: its bytes, what it keeps, and what is refused. What else can be done with a
+// tree that was not refused is for the fuzz target dump.
 #include <functional>
 
 #include "tests/data/kinds.h"
@@ -67,25 +68,6 @@ std::string Load(std::string_view sBytes, Data& oTree, const Limits& oLimits = {
     return Failing([&] { oTree.Load(oBuf, oLimits, pReport); });
 }
 
-// Everything that trusts the arrays of a tree.
-void Exercise(Data oTree) {
-    (void)oTree.HasCycle();
-    EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
-    Dgraph_SetVersion(oTree, 1, 3, 0);
-    File_Buf oBuf("w");
-    Dgraph_SaveDGraph(oTree, oBuf);
-    for (u2_t u = 0; u < oTree.GetNodes() && u < 10; ++u) {
-        Data oNode = oTree.GetNodeFromID(u);
-        (void)Raised([&] { oNode.SetAttVal("k", "w"); });
-        (void)Raised([&] { oNode.Insert("b", 0).MoveTo(oTree, 1); });
-        (void)Raised([&] { oNode.ClearVal(); });
-        if (u % 3 == 2) (void)Raised([&] { oNode.Remove(); });
-    }
-    oTree.Shrink();
-    EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
-    oTree.RemoveSuccs();
-}
-
 // All types, attributes, placeholders, what was moved, texts that are shared.
 Data Rich() {
     Data oRoot = NewTree();
@@ -151,7 +133,6 @@ TEST(Dump, KeepsEverything) {
     for (const Data& o : {oFirst, oSecond}) {
         EXPECT_TRUE(Data::Equal(oRich, o));
         EXPECT_EQ(Dump(o), sBytes);
-        Exercise(o);
     }
     Data oTagged = oRich.MkClone(), oLoaded;
     Dgraph_SetVersion(oTagged, 2, 5, 7);
@@ -166,11 +147,9 @@ TEST(Dump, KeepsEverything) {
 }
 
 TEST(Dump, CanLoadLooksOnly) {
-    const std::string sMagic = Parts().sMagic;
-    const std::string sOther = std::string(sMagic).replace(25, 4, "Test");
-    const std::string sLater = std::string(sMagic).replace(12, 1, "\x63");
-    for (const auto& [sBytes, bCan] : {std::pair(sMagic, true), std::pair(sLater, true),
-                                       std::pair(sOther, false), std::pair("abc"s, false)}) {
+    const std::string sOther = Parts().sMagic.replace(25, 4, "Test");
+    for (const auto& [sBytes, bCan] :
+         {std::pair(Parts().sMagic, true), std::pair("abc"s, false), std::pair(sOther, false)}) {
         const std::string sAll = "abc" + sBytes;
         File_Buf oBuf(sAll.data(), sAll.size());
         oBuf.Seek(3);
@@ -189,7 +168,7 @@ TEST(Dump, Refuses) {
         const Data oBefore = oTree;
         EXPECT_EQ(Load(o.All(), oTree), sMessage) << "case " << sCase;
         EXPECT_EQ(oTree == oBefore, !sMessage.empty());
-        if (sMessage.empty()) Exercise(oTree);
+        EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
     };
 
     // One word after the other, and the values that it may have or not.
@@ -279,6 +258,12 @@ TEST(Dump, Refuses) {
          },
          true},  // inside a text
         {[](Parts& o) { o.sHeap = "\0\xC3\xBC\0v\0"s, o.oAttributes[2] = 2; }, false},
+        {[](Parts& o) {
+             o.sHeap = "\0\xC3\xBC\0v\0"s, o.oAttributes.assign({2, 1, 1, 2, 2});
+         },
+         false},
+        {[](Parts& o) { o.sHeap.append(6, '\0'), o.oNodes[5] = Flags(1, Quad); }, false},
+        {[](Parts& o) { o.sHeap.append(7, '\0'), o.oNodes[5] = Flags(1, Quad); }, true},
         // b[0] becomes its own predecessor, or it and a third b each other's.
         {[](Parts& o) {
              o.oNodes[3] = 2, o.oNodes[5] = Flags(2, Tree), o.oNodes[6] = 4, o.oNodes[7] = 1;
@@ -338,21 +323,19 @@ TEST(Dump, MemoryFollowsTheBytes) {
 // Every byte changed in some ways, every length: refused, or a tree as good as any.
 TEST(Dump, SurvivesEveryChange) {
     const std::string sBytes = Dump(Rich());
-    unsigned uLoaded = 0;
+    Data oTree;
     for (std::size_t u = 0; u < sBytes.size(); ++u) {
         const auto uOld = static_cast<u0_t>(sBytes[u]);
         for (const unsigned uNew : {0u, 1u, 255u, uOld ^ 1u, uOld ^ 128u, uOld + 1u, uOld + 16u}) {
             std::string sChanged = sBytes;
             sChanged[u] = static_cast<char>(uNew);
-            Data oTree;
             if (!Load(sChanged, oTree).empty()) continue;
-            ++uLoaded;
-            Exercise(oTree);
+            EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
+            oTree.RemoveSuccs();
+            oTree.Shrink();
         }
-        Data oTree;
         EXPECT_NE(Load(sBytes.substr(0, u), oTree), "");
     }
-    EXPECT_GT(uLoaded, 500u);
 }
 
 TEST(Dump, MemoryRunsOut) {

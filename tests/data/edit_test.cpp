@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "tests/support.h"
+#include "vok/dgraph/dgraph.h"
 
 namespace vok {
 namespace {
@@ -94,10 +95,12 @@ TEST(Edit, MemoryRunsOut) {
         [](Sample& o, Data&) { o.oRoot.Insert("b", 0); },
         [](Sample& o, Data&) { o.oA.Insert("new name", 0); },
         [](Sample& o, Data&) { o.oC.MoveTo(o.oA); },
+        [](Sample& o, Data&) { o.oB.MoveTo(o.oRoot, 1); },  // this one needs none
         [](Sample& o, Data&) { (void)o.oB2.MkCopy(o.oA, 0); },
         [](Sample& o, Data&) { (void)o.oRoot.MkCopy(o.oB2); },
         [](Sample& o, Data&) { (void)o.oRoot.MkClone(); },
         [](Sample& o, Data& oOther) { o.oB2.MoveTo(oOther); },
+        [](Sample& o, Data&) { o.oB2.Remove(); },
         [](Sample& o, Data&) { o.oRoot.RemoveSuccs(); },
         [](Sample& o, Data&) { o.oRoot.Shrink(); },
         [](Sample& o, Data&) { o.oRoot.Reset(); },
@@ -160,17 +163,20 @@ TEST(Edit, AMillionLevels) {
     EXPECT_EQ(oNode.GetPath().Len(), std::size_t{LEVELS} * 5);
     EXPECT_EQ(oRoot.GetNodeSet("//n[@x=\"bottom\"]").GetNth(0), oNode);
     EXPECT_EQ(oRoot.GetNodeSet("n//n/..//n").Size(), std::size_t{LEVELS - 1});
-    oNode.SetValLink(oRoot);
+    oNode.SetValLink(oRoot.GetNthSucc(0));
     const Data oClone = oRoot.MkClone();
     EXPECT_TRUE(Data::Equal(oRoot, oClone));
     EXPECT_TRUE(oClone.HasCycle());
-    File_Buf oBuf("w");
-    oClone.Dump(oBuf);
-    Data oLoaded;
-    oBuf.Seek(0);
-    oLoaded.Load(oBuf);
-    EXPECT_TRUE(Data::Equal(oRoot, oLoaded));
-    oLoaded.GetNthSucc(0).MoveTo(oRoot);
+    for (const int iMajor : {1, 2}) {
+        Dgraph_SetVersion(oRoot, iMajor, 3, 0);
+        File_Buf oBuf("w");
+        Dgraph_SaveDGraph(oRoot, oBuf);
+        oBuf.Seek(0);
+        Data oLoaded;
+        Dgraph_LoadDGraph(oLoaded, oBuf);
+        EXPECT_TRUE(Data::Equal(oRoot, oLoaded));
+    }
+    oClone.GetNthSucc(0).MoveTo(oRoot);
     EXPECT_EQ(oRoot.GetNodes(), 2u * LEVELS + 1);
     oRoot.GetNthSucc(0).GetNthSucc(0).Remove();
     EXPECT_EQ(oNode.GetType(), Data_Node::Zombi);

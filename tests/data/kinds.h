@@ -32,11 +32,7 @@ inline const Kind KINDS[] = {
     {Data_Node::String, [](Data& o) { o.SetValStr("text"); },
      [](const Data& o) { return o.GetValText() == "text" && o.GetValStr()[4] == 0; }},
     {Data_Node::Binary, [](Data& o) { o.SetValBin("\0\xFF\0", 3); },
-     [](const Data& o) {
-         u2_t uSize = 0;
-         const void* pData = o.GetValBin(uSize);
-         return uSize == 3 && std::memcmp(pData, "\0\xFF\0", 3) == 0;
-     }},
+     [](const Data& o) { return BlockOf(o) == std::string("\0\xFF\0", 3); }},
     {Data_Node::Long, [](Data& o) { o.SetValLng(~u3_t{0}); },
      [](const Data& o) { return o.GetValLng() == ~u3_t{0}; }},
     {Data_Node::Quad, [](Data& o) { o.SetValQuad(1, 0x80000000, 3, 0xFFFFFFFF); },

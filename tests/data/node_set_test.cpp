@@ -170,7 +170,9 @@ TEST(NodeSet, SameAsTheNaiveWay) {
 TEST(GetPath, LeadsToTheNodeAndNowhereElse) {
     std::mt19937 oRandom(5);
     Data oRoot = NewTree();
-    Grow(oRoot, oRandom, 400, {"a", "b.c", "", "ä/ö", "*"});
+    Texts oNames = {"", "aa", "ä/ö", "..", "//", "\b46;", "46;", "a[0]", "[@a=\"b\"]"};
+    for (char c = 1; c > 0; ++c) oNames.emplace_back(1, c);
+    Grow(oRoot, oRandom, 600, oNames);
     for (u2_t u = 0; u < oRoot.GetNodes(); ++u) {
         const Str oPath = oRoot.GetNodeFromID(u).GetPath();
         ASSERT_EQ(IdsOf(oRoot.GetNodeFromID(7).GetNodeSet(oPath.CStr())), (Ids{u}));

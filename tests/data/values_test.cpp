@@ -41,13 +41,13 @@ TEST(Values, Refusals) {
     EXPECT_NE(Failing([&] { oNode.SetValDbl(1, Data_Node::Integer); }), "");
     EXPECT_EQ(Failing([&] { oNode.SetValBin(nullptr, 1); }), "object points to nothing");
     EXPECT_NE(Failing([&] { oNode.AddInt("n", 1, Data_Node::Tree); }), "");
-    EXPECT_NE(Failing([&] { oNode.AddDbl("n", 1, Data_Node::Empty); }), "");
+    for (const auto eType : {Data_Node::Integer, Data_Node::String}) {
+        EXPECT_NE(Failing([&] { oNode.AddDbl("n", 1, eType); }), "");
+    }
     EXPECT_EQ(Failing([&] { oNode.AddBin("n", nullptr, 1); }), "object points to nothing");
     EXPECT_FALSE(oNode.IsNode());
     oNode.SetValBin(nullptr, 0);
-    u2_t uSize = 9;
-    (void)oNode.GetValBin(uSize);
-    EXPECT_EQ(uSize, 0u);
+    EXPECT_EQ(BlockOf(oNode), "");
     EXPECT_NE(Failing([&] { oNode.AddStr(oNode.FindKey("unknown"), ""); }), "");
     EXPECT_EQ(oNode.GetNodes(), 1u);
 }
@@ -58,6 +58,7 @@ TEST(Values, Texts) {
         {"plain", "plain"},
         {"Grüße 😀", "Grüße 😀"},
         {"\xE4\xC3\xA4", "ää"},  // Latin-1 beside UTF-8
+        {"\xF0\x9F\x98", "ð\u009F\u0098"},
         {{"cut\0off", 7}, "cut"},
         {{}, ""},
     };
@@ -86,9 +87,9 @@ TEST(Values, TextsThatStandInTheTreeItself) {
     }
     u2_t uSize = 0;
     oNode.SetValBin(oNode.GetValStr(), 1000);
-    const std::string sBlock(static_cast<const char*>(oNode.GetValBin(uSize)), 1000);
+    const std::string sBlock = BlockOf(oNode);
     for (int i = 0; i < 200; ++i) oNode.SetValBin(oNode.GetValBin(uSize), 1000);
-    EXPECT_EQ(std::string(static_cast<const char*>(oNode.GetValBin(uSize)), 1000), sBlock);
+    EXPECT_EQ(BlockOf(oNode), sBlock);
 }
 
 TEST(Values, Links) {
@@ -112,20 +113,17 @@ TEST(Values, Links) {
 
 TEST(Values, NodesMadeWithTheirValue) {
     Data oRoot;
-    const u2_t auIds[] = {oRoot.AddBool("n", true),
-                          oRoot.AddInt("n", std::numeric_limits<i2_t>::min()),
-                          oRoot.AddInt("n", -1, Data_Node::Char),
-                          oRoot.AddDbl("n", 0.1, Data_Node::Float),
-                          oRoot.AddDbl("n", std::bit_cast<double>(0x7FF8DEADBEEF0001)),
-                          oRoot.AddDbl("n", -0.0, Data_Node::Date),
-                          oRoot.AddStr("n", "text"),
-                          oRoot.AddBin("n", "\0\xFF\0", 3),
-                          oRoot.AddLng("n", ~u3_t{0})};
-    for (std::size_t u = 0; u < std::size(auIds); ++u) {
-        EXPECT_EQ(auIds[u], u + 1);
-        EXPECT_TRUE(KINDS[u].pGet(oRoot.GetNodeFromID(auIds[u])));
-    }
-    EXPECT_EQ(oRoot.GetSuccIt("n").Size(), std::size(auIds));
+    const Ids oIds = {oRoot.AddBool("n", true),
+                      oRoot.AddInt("n", std::numeric_limits<i2_t>::min()),
+                      oRoot.AddInt("n", -1, Data_Node::Char),
+                      oRoot.AddDbl("n", 0.1, Data_Node::Float),
+                      oRoot.AddDbl("n", std::bit_cast<double>(0x7FF8DEADBEEF0001)),
+                      oRoot.AddDbl("n", -0.0, Data_Node::Date),
+                      oRoot.AddStr("n", "text"),
+                      oRoot.AddBin("n", "\0\xFF\0", 3),
+                      oRoot.AddLng("n", ~u3_t{0})};
+    EXPECT_EQ(IdsOf(oRoot.GetSuccIt("n")), oIds);
+    for (const u2_t u : oIds) EXPECT_TRUE(KINDS[u - 1].pGet(oRoot.GetNodeFromID(u)));
 }
 
 TEST(Values, GetStr) {
@@ -151,6 +149,7 @@ TEST(Values, AsAWalkGivesThem) {
     }
     Texts oSeen;
     for (Data_Walk o(oRoot); o.Next();) {
+        EXPECT_EQ(o.GetName(), o.GetData().GetName());
         if (o.GetType() == Data_Node::String) oSeen.emplace_back(o.Text());
         if (o.GetType() == Data_Node::Binary) oSeen.emplace_back(o.Block());
         if (o.GetType() == Data_Node::Quad) oSeen.push_back(std::to_string(o.QuadWord(3)));

@@ -178,7 +178,7 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
 
 TEST(Xml, TheFastWayGivesTheSame) {
     unsigned uGood = 0;
-    for (u2_t uSeed = 0; uSeed < 10000; ++uSeed) {
+    for (u2_t uSeed = 0; uSeed < 5000; ++uSeed) {
         const auto oOutcome = [&](const char* sBlank, const std::string& sBehind) {
             std::mt19937 oRandom(uSeed);
             const std::string sText = "<R>" + RandomElement(oRandom, sBlank) + "</R>" + sBehind;
@@ -190,7 +190,7 @@ TEST(Xml, TheFastWayGivesTheSame) {
         EXPECT_EQ(oOutcome(" ", ""), sFast) << uSeed;
         uGood += sFast.ends_with("</R>\n");
     }
-    EXPECT_GT(uGood, 3000u);
+    EXPECT_GT(uGood, 1500u);
 }
 
 TEST(Xml, TokensWithoutATree) {

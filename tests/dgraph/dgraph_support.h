@@ -67,11 +67,10 @@ inline std::string ShowValue(const Data& o) {
         case Data_Node::Char: return ":'" + std::to_string(o.GetValInt(Data_Node::Char));
         case Data_Node::String: return ":'" + std::string(o.GetValText()) + "'";
         case Data_Node::Binary: {
-            u2_t uSize = 0;
-            const auto* p = static_cast<const u0_t*>(o.GetValBin(uSize));
             std::string s = ":#";
-            for (u2_t u = 0; u < 2 * uSize; ++u)
-                s += "0123456789ABCDEF"[p[u / 2] >> (u % 2 == 0 ? 4 : 0) & 15];
+            for (const char c : BlockOf(o)) {
+                for (const int iShift : {4, 0}) s += "0123456789ABCDEF"[c >> iShift & 15];
+            }
             return s;
         }
         case Data_Node::Link: {

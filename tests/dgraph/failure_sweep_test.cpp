@@ -92,17 +92,6 @@ const Case g_aCases[] = {
          o.sResult = std::to_string(uAll);
      }},
     {"make nodes along a path", [](State& o) { (void)o.oTree.CreateNode("new[2]/list/x[0]/y"); }},
-    {"remove",
-     [](State& o) {
-         Data oList = o.oTree.GetNthSucc("list", 0);
-         if (oList.GetType() != Data_Node::Zombi) oList.Remove();
-     }},
-    {"shrink",
-     [](State& o) {
-         Data oPart = o.oTree.GetNthSucc("part", 0);
-         if (oPart.IsNode() && oPart.GetType() != Data_Node::Zombi) oPart.Remove();
-         o.oTree.Shrink();
-     }},
 };
 
 void Prepare(State& oState) {

@@ -1,7 +1,5 @@
 // Documents in streams; that memory and other streams agree is for every test that loads, and
 // for random trees, damaged ones too, the fuzz targets dgraph and roundtrip.
-#include <cstdio>
-
 #include "tests/dgraph/dgraph_support.h"
 #include "vok/file/file.h"
 
@@ -9,19 +7,14 @@ namespace vok {
 namespace {
 
 TEST(DgraphStreams, Files) {
-    const std::string sPath = testing::TempDir() + "vok_dgraph_streams_test.dgraph";
+    const Scratch_Dir oDir;
     const Data oTree = LoadTree(AllTypes());
-    File oFile(sPath.c_str(), "w");
+    File oFile("a.dgraph", "w");
     Dgraph_SaveDGraph(oTree, oFile);
-    oFile.Open(sPath.c_str(), "r");
-    Arr<char> oBytes;
-    oFile.Read(oBytes, File_Stream::ALL);
-    EXPECT_EQ(std::string(oBytes.Beg(), oBytes.Size()), Save(oTree));
-    oFile.Seek(0);
+    oFile.Open("a.dgraph", "r");
+    EXPECT_EQ(OnDisk("a.dgraph"), Save(oTree));
     EXPECT_TRUE(Dgraph_CanLoadDGraph(oFile));
-    EXPECT_EQ(LoadFrom(oFile), Load(Save(oTree)));
-    oFile.Close();
-    std::remove(sPath.c_str());
+    EXPECT_EQ(LoadFrom(oFile), Show(oTree));
 }
 
 TEST(DgraphStreams, DocumentsFollowEachOther) {
@@ -41,21 +34,19 @@ TEST(DgraphStreams, DocumentsFollowEachOther) {
 }
 
 TEST(DgraphStreams, CanLoad) {
-    struct {
-        std::string sBytes;
-        bool bGood;
-    } const aCases[] = {
-        // clang-format off
-        {"DGraphBin", true}, {"DGraphBin\xFF and more", true}, {Header(9, 9, 9), true},
-        {"DGraphBi", false}, {"", false}, {"xDGraphBin", false},
-        // clang-format on
+    const std::pair<std::string, bool> aCases[] = {
+        {"DGraphBin", true},
+        {"DGraphBin\xFF and more", true},
+        {Header(9, 9, 9), true},
+        {"DGraphBi", false},
+        {"", false},
+        {"xDGraphBin", false},
     };
-    for (const auto& o : aCases) {
-        File_Buf oBuf("w");
-        oBuf.Write("12", 2);
-        oBuf.Write(o.sBytes.data(), o.sBytes.size());
+    for (const auto& [sBytes, bGood] : aCases) {
+        const std::string sAll = "12" + sBytes;
+        File_Buf oBuf(sAll.data(), sAll.size());
         oBuf.Seek(2);
-        EXPECT_EQ(Dgraph_CanLoadDGraph(oBuf), o.bGood) << o.sBytes;
+        EXPECT_EQ(Dgraph_CanLoadDGraph(oBuf), bGood) << sBytes;
         EXPECT_EQ(oBuf.Tell(), 2);
     }
     Drop_Stream oStream("DGraphBin");
