@@ -207,7 +207,7 @@ class Model {
 };
 
 // A tree and its model, which take the same steps.
-class Run {
+class Editing {
   public:
     static constexpr unsigned KINDS = 20;
     static constexpr unsigned SHRINK = 12;
@@ -451,16 +451,16 @@ TEST(Model, RandomEditing) {
     for (unsigned uSeed = 1; uSeed <= SEEDS; ++uSeed) {
         std::mt19937 oRandom(uSeed);
         const unsigned uSteps = 100 + uSeed % 200;
-        Run oRun;
+        Editing oEditing;
         unsigned uStep = 1;
         try {
             for (; uStep <= uSteps; ++uStep) {
-                Op o = {Below(oRandom, Run::KINDS), Below(oRandom, 1 << 16),
+                Op o = {Below(oRandom, Editing::KINDS), Below(oRandom, 1 << 16),
                         Below(oRandom, 1 << 16), Below(oRandom, 1 << 16)};
                 // Every second tree is never compacted.
-                if (uSeed % 2 == 0 && o.uKind == Run::SHRINK) o.uKind = 0;
-                oRun.Step(o);
-                if (uStep % 8 == 0 || uStep == uSteps) oRun.Compare();
+                if (uSeed % 2 == 0 && o.uKind == Editing::SHRINK) o.uKind = 0;
+                oEditing.Step(o);
+                if (uStep % 8 == 0 || uStep == uSteps) oEditing.Compare();
             }
         } catch (const std::exception& oError) {
             FAIL() << "seed " << uSeed << ", step " << uStep << ": " << oError.what();
