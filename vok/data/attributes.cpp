@@ -56,13 +56,6 @@ void Data_Base::SetAttribute(u2_t uId, std::string_view sName, std::string_view 
     oAtt(uNth).uValue = uValue;
 }
 
-bool Data_Base::AddAttribute(u2_t uId, std::string_view sName, std::string_view sValue) {
-    const bool bHasIt =
-        HasAttributes(uId) && FindAttribute(uId, m_oAttName.Find(sName)) != Data_Att::NO_VALUE;
-    if (!bHasIt) SetAttribute(uId, sName, sValue);
-    return !bHasIt;
-}
-
 void Data_Base::RemoveAttribute(u2_t uId, std::string_view sName) {
     const u2_t uName = m_oAttName.Find(sName);
     const Data_Att* pFound = FindRecord(uId, uName);

@@ -265,8 +265,6 @@ class Data_Base {
     // are valid UTF-8, names are not empty.
     u2_t InternAttribute(std::string_view sName);
     void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
-    // The same for a node that must not have it yet; false when it has.
-    bool AddAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
     void RemoveAttribute(u2_t uId, std::string_view sName);
     // Offset of the value in the heap, NO_VALUE when there is none.
     [[nodiscard]] u2_t FindAttribute(u2_t uId, u2_t uName) const noexcept;
