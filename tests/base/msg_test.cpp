@@ -25,8 +25,8 @@ TEST(Msg, Format) {
     };
     const Msg_Capture oCapture;
     for (const auto& [sText, sMessage] : ROWS) {
-        const auto Emit = [sText](int iMode) {
-            return Msg::Emit(iMode, sText, 0, "A", "B", "C", "D", "E", nullptr, "G", "H", "I", "J");
+        const auto Emit = [s = sText](int iMode) {
+            return Msg::Emit(iMode, s, 0, "A", "B", "C", "D", "E", nullptr, "G", "H", "I", "J");
         };
         EXPECT_EQ(Raised([&] { Emit(Msg::MODE_RAISE); }), sMessage);
         (void)Msg_Capture::TakeDebug();
@@ -213,7 +213,7 @@ TEST(Where, LogsOtherExceptionsAndPassesTheSameObject) {
                                                     {Refused(""), "\n"}};
     const Msg_Capture oCapture;
     for (const auto& [oRefused, sEnd] : ROWS) {
-        const auto oThrown = Leaving([&] { throw oRefused; });
+        const auto oThrown = Leaving([&o = oRefused] { throw o; });
         EXPECT_THROW(std::rethrow_exception(oThrown), Refused);
         EXPECT_EQ(Msg_Capture::TakeDebug(), "unexpected exception in vok::Inner" + sEnd +
                                                 "unexpected exception in vok::Middle(a.xml)" +

@@ -68,7 +68,7 @@ TEST(CreateNode, RefusesBeforeAnythingIsMade) {
     };
     for (const auto& [sPath, sError] : ROWS) {
         u2_t uCreated = 99;
-        EXPECT_EQ(Failing([&] { oRoot.CreateNode(sPath, &uCreated); }), sError) << sPath;
+        EXPECT_EQ(Failing([&, s = sPath] { oRoot.CreateNode(s, &uCreated); }), sError) << sPath;
         EXPECT_EQ(oRoot.GetNodes(), uNodes) << sPath;
         EXPECT_EQ(uCreated, 0u);
     }

@@ -47,7 +47,7 @@ TEST(Edit, Refuses) {
     };
     for (const auto& [oBody, sMessage] : CASES) {
         Sample o;
-        EXPECT_EQ(Failing([&] { oBody(o); }), sMessage);
+        EXPECT_EQ(Failing([&o, &f = oBody] { f(o); }), sMessage);
         EXPECT_EQ(IdsOf(o.oRoot.GetNodeSet("//*")), (Ids{1, 2, 3, 4}));
         EXPECT_STREQ(o.oC.GetPath().CStr(), "/b[1]/c[0]");
     }

@@ -145,7 +145,7 @@ TEST(DgraphLimits, MemoryFollowsTheBytes) {
         const std::size_t uTimes = (std::size_t{1} << 18) / s.size();
         const auto oOnce = oPeaks(Document(MOST, Repeat(s, uTimes)));
         const auto oFour = oPeaks(Document(MOST, Repeat(s, 4 * uTimes)));
-        for (const std::size_t u : {0, 1}) {
+        for (const std::size_t u : {0u, 1u}) {
             EXPECT_LT(oFour[u], std::size_t{24} << 20);
             EXPECT_LT(oFour[u], 6 * oOnce[u]);
         }
