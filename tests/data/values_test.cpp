@@ -149,7 +149,7 @@ TEST(Values, AsAWalkGivesThem) {
     }
     Texts oSeen;
     for (Data_Walk o(oRoot); o.Next();) {
-        EXPECT_EQ(o.GetName(), o.GetData().GetName());
+        EXPECT_STREQ(o.GetName(), o.GetData().GetName());
         if (o.GetType() == Data_Node::String) oSeen.emplace_back(o.Text());
         if (o.GetType() == Data_Node::Binary) oSeen.emplace_back(o.Block());
         if (o.GetType() == Data_Node::Quad) oSeen.push_back(std::to_string(o.QuadWord(3)));

@@ -334,26 +334,6 @@ internal static class AssemblyTest
         Equal(vok_live_nodes() - before, 0, "native nodes left");
     }
 
-    // A thread that is aborted loses no handle.
-    private static void TestAbort()
-    {
-        long before = vok_live_nodes();
-        InPassing(() => {
-            for (int i = 0; i < 100; ++i)
-            {
-                var thread = new Thread(() => {
-                    var root = new Node();
-                    for (Node node;;) root.AddSubnode("n").TryGetSubnode("none", out node);
-                });
-                thread.Start();
-                Thread.Sleep(1);
-                thread.Abort();
-                thread.Join();
-            }
-        });
-        Equal(vok_live_nodes() - before, 0, "native nodes of aborted threads");
-    }
-
     // Trees that are left behind, by calls that fail as well, are collected in time; nobody waits
     // for one that was given up.
     private static void TestGarbage()
@@ -444,7 +424,6 @@ internal static class AssemblyTest
         TestBytes();
         TestFailures(folder);
         TestLifetime();
-        TestAbort();
         TestGarbage();
         TestThreads();
         TestMemory(count);
