@@ -32,15 +32,6 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
     return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * 0x9E3779B97F4A7C15u;
 }
 
-template <class Word>
-[[nodiscard]] Word BigEndianAt(const char* p) noexcept {
-    Word uWord;
-    std::memcpy(&uWord, p, sizeof(Word));
-    if constexpr (std::endian::native == std::endian::big) return uWord;
-    return sizeof(Word) == 8 ? static_cast<Word>(__builtin_bswap64(uWord))
-                             : static_cast<Word>(__builtin_bswap32(static_cast<u2_t>(uWord)));
-}
-
 // Parts that overlap agree where they do.
 [[nodiscard]] u3_t PrefixOf(std::string_view sText) noexcept {
     const std::size_t uSize = sText.size();
@@ -136,8 +127,12 @@ std::size_t Hash::HeapBytes() const noexcept {
 }
 
 bool Hash::IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept {
-    // Equal prefixes of different texts: both have eight bytes at least.
-    return std::strcmp(oA.sText + 8, oB.sText + 8) < 0;
+    // Texts that differ do so at the end of the shorter one at the latest.
+    for (std::size_t u = 8;; u += 8) {
+        const u3_t uA = BigEndianAt<u3_t>(oA.sText + u);
+        const u3_t uB = BigEndianAt<u3_t>(oB.sText + u);
+        if (uA != uB) return uA < uB;
+    }
 }
 
 char* Hash::StoreText(std::string_view sText) {

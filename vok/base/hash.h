@@ -2,13 +2,12 @@
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H
 
-#include <bit>
-#include <cstring>
 #include <string_view>
 
 #include <tsl/robin_set.h>
 
 #include "vok/base/arr.h"
+#include "vok/base/compare.h"
 
 namespace vok {
 
@@ -25,12 +24,9 @@ struct Hash_Text {
     // bytes behind it cannot be read: they are not looked at one by one.
     [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept {
         if (uLength + std::size_t{8} > uSize || uLength == 0) return false;
-        u3_t uHere;
-        std::memcpy(&uHere, p, 8);
-        if constexpr (std::endian::native == std::endian::little) uHere = __builtin_bswap64(uHere);
         const unsigned uIgnored = uLength < 8 ? 64 - 8 * uLength : 0;
-        if ((uHere ^ uPrefix) >> uIgnored != 0) return false;
-        return uLength <= 8 || std::memcmp(p + 8, sText + 8, uLength - std::size_t{8}) == 0;
+        if ((BigEndianAt<u3_t>(p) ^ uPrefix) >> uIgnored != 0) return false;
+        return uLength <= 8 || IsTailEqual(p, sText, uLength);
     }
 };
 
@@ -41,7 +37,7 @@ struct Hash_Text {
 class Hash {
   public:
     static constexpr u2_t NONE = 0xFFFFFFFF;
-    // So many bytes may be read from the start of any text, however short it is.
+    // So many bytes may be read from any byte of a text on, its NUL included.
     static constexpr std::size_t SLACK = 16;
 
     Hash() noexcept;
@@ -77,7 +73,8 @@ class Hash {
     // Whether a text is that of a key, for keys that were guessed.
     [[nodiscard]] bool IsText(u2_t uKey, std::string_view sText) const noexcept {
         const Hash_Text& oText = m_oText(uKey);
-        return oText.uLength == sText.size() && IsEqual(oText.sText, sText.data(), sText.size());
+        return oText.uLength == sText.size() &&
+               IsEqualText(oText.sText, sText.data(), sText.size());
     }
 
     // Heap bytes held.
@@ -110,26 +107,7 @@ class Hash {
         const Hash_Text& oText = m_oText(uKey);
         const std::size_t uSize = oProbe.sText.size();
         return oText.uPrefix == oProbe.uPrefix && oText.uLength == uSize &&
-               (uSize <= 8 || IsEqual(oText.sText, oProbe.sText.data(), uSize));
-    }
-    // Names are short: two loads that overlap do for up to 16 bytes.
-    [[nodiscard]] static bool IsEqual(const char* pA, const char* pB, std::size_t uSize) noexcept {
-        if (uSize > 16) return std::memcmp(pA, pB, uSize) == 0;
-        if (uSize >= 8) return IsEqualAt<u3_t>(pA, pB, uSize);
-        if (uSize >= 4) return IsEqualAt<u2_t>(pA, pB, uSize);
-        return uSize == 0 ||
-               (pA[0] == pB[0] && pA[uSize - 1] == pB[uSize - 1] && pA[uSize / 2] == pB[uSize / 2]);
-    }
-    template <class Word>
-    [[nodiscard]] static bool IsEqualAt(const char* pA, const char* pB,
-                                        std::size_t uSize) noexcept {
-        Word aA[2];
-        Word aB[2];
-        std::memcpy(&aA[0], pA, sizeof(Word));
-        std::memcpy(&aA[1], pA + uSize - sizeof(Word), sizeof(Word));
-        std::memcpy(&aB[0], pB, sizeof(Word));
-        std::memcpy(&aB[1], pB + uSize - sizeof(Word), sizeof(Word));
-        return ((aA[0] ^ aB[0]) | (aA[1] ^ aB[1])) == 0;
+               (uSize <= 8 || IsTailEqual(oText.sText, oProbe.sText.data(), uSize));
     }
     // Texts live in blocks, behind this header.
     struct Block {

@@ -100,7 +100,9 @@ void XmlLoader::ReadPlainElements() {
             if (sName.empty() || !xml::Is(*pName, xml::NAME_START)) return;
             if (p == pEnd || xml::Is(*p, xml::NAME) || xml::HasEscapes(sName)) return;
             if (IsSkipped(sName)) return;
-            uKey = InternName(sName);
+            bool bNew;
+            uKey = b.m_oName.Insert(sName, bNew);
+            m_oGuess.Note(uKey, true, b.m_oName.Size());
         }
         const Hash_Text& oName = b.m_oName(uKey);
         p = pName + oName.uLength;

@@ -76,7 +76,10 @@ void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll = false);
 
 // Whether decoding may change the name.
 [[nodiscard]] inline bool HasEscapes(std::string_view sName) noexcept {
-    return sName.find("_x") != std::string_view::npos;
+    for (std::size_t u = 1; u < sName.size(); ++u) {
+        if (sName[u] == 'x' && sName[u - 1] == '_') return true;
+    }
+    return false;
 }
 // Appends the name that a written one stands for; it ends at a NUL in it.
 void DecodeName(Arr<char>& oOut, std::string_view sName);
