@@ -15,8 +15,6 @@ namespace vok {
 
 namespace {
 
-// Up to so many texts no index is made: two of their prefixes are in a cache line.
-constexpr std::size_t SCAN_UP_TO = 31;
 constexpr std::size_t FIRST_BLOCK = 256;
 constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 
@@ -48,6 +46,15 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
     return uPrefix;
 }
 
+// Where the search among few texts begins: the length, the first and the last eight bytes tell
+// most names apart.
+[[nodiscard]] u2_t SlotOf(std::string_view sText, u3_t uPrefix) noexcept {
+    const std::size_t uSize = sText.size();
+    u3_t uMixed = uPrefix ^ uSize;
+    if (uSize > 8) uMixed ^= std::rotl(BigEndianAt<u3_t>(sText.data() + uSize - 8), 29);
+    return static_cast<u2_t>(uMixed * 0x9E3779B97F4A7C15u >> 32);
+}
+
 }  // namespace
 
 Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
@@ -55,7 +62,7 @@ Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
 void Hash::Start() {
     static constexpr char NOTHING[SLACK] = {};
     if (m_oText.Size() != 0) return;
-    m_oText.Reserve(SCAN_UP_TO + 1);
+    m_oText.Reserve(FEW + 1);
     m_oText.Add(Hash_Text{NOTHING, 0, 0, 0});
 }
 
@@ -63,22 +70,24 @@ Hash::~Hash() {
     while (m_pBlock != nullptr) Mem::Free(std::exchange(m_pBlock, m_pBlock->pBefore));
 }
 
-u2_t Hash::Scan(const Probe& oProbe) const noexcept {
-    const u2_t uKeys = static_cast<u2_t>(m_oText.Size());
-    for (u2_t uKey = 1; uKey < uKeys; ++uKey) {
+// At most half of the slots are taken: every search ends.
+u2_t Hash::FindFew(const Probe& oProbe) const noexcept {
+    for (u2_t uSlot = oProbe.uHash;; ++uSlot) {
+        const u2_t uKey = m_auSlot[uSlot % SLOTS];
+        if (uKey == 0) return NONE;
         if (IsText(uKey, oProbe)) return uKey;
     }
-    return NONE;
 }
 
 u2_t Hash::Find(const Probe& oProbe) const noexcept {
-    if (m_oIndex.empty()) return Scan(oProbe);
+    if (m_oIndex.empty()) return FindFew(oProbe);
     const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
     return oFound != m_oIndex.end() ? *oFound : NONE;
 }
 
 Hash::Probe Hash::MakeProbe(std::string_view sText) const noexcept {
-    return {sText, PrefixOf(sText), m_oIndex.empty() ? 0 : HashOf(sText, m_uSeed)};
+    const u3_t uPrefix = PrefixOf(sText);
+    return {sText, uPrefix, m_oIndex.empty() ? SlotOf(sText, uPrefix) : HashOf(sText, m_uSeed)};
 }
 
 u2_t Hash::Find(std::string_view sText) const noexcept {
@@ -89,7 +98,7 @@ u2_t Hash::Insert(std::string_view sText, bool& bNew) {
     bNew = false;
     if (sText.empty()) return 0;
     Start();
-    if (m_oText.Size() > SCAN_UP_TO && m_oIndex.empty()) MakeIndex();
+    if (m_oText.Size() > FEW && m_oIndex.empty()) MakeIndex();
     const Probe oProbe = MakeProbe(sText);
     const u2_t uFound = Find(oProbe);
     if (uFound != NONE) return uFound;
@@ -97,7 +106,9 @@ u2_t Hash::Insert(std::string_view sText, bool& bNew) {
     const u2_t uKey = static_cast<u2_t>(m_oText.Size());
     const u2_t uLength = static_cast<u2_t>(sText.size());
     m_oText.Add(Hash_Text{StoreText(sText), oProbe.uPrefix, uLength, oProbe.uHash});
-    if (!m_oIndex.empty()) {
+    if (m_oIndex.empty()) {
+        AddFew(uKey, oProbe.uHash);
+    } else {
         try {
             m_oIndex.insert(uKey);
         } catch (...) {
@@ -107,6 +118,11 @@ u2_t Hash::Insert(std::string_view sText, bool& bNew) {
     }
     bNew = true;
     return uKey;
+}
+
+void Hash::AddFew(u2_t uKey, u2_t uSlot) noexcept {
+    while (m_auSlot[uSlot % SLOTS] != 0) ++uSlot;
+    m_auSlot[uSlot % SLOTS] = static_cast<u0_t>(uKey);
 }
 
 // Either all texts are in the index or none.

@@ -32,7 +32,7 @@ struct Hash_Text {
 
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
 // the empty text, which is always there. Lookup and insertion take constant time on average:
-// a few texts are searched one by one, more through an index.
+// a few texts are found through a small table in place, more through an index of their own.
 // Raises the allocation errors of Mem and std::bad_alloc; the table is then unchanged.
 class Hash {
   public:
@@ -119,14 +119,19 @@ class Hash {
 
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
     [[nodiscard]] Probe MakeProbe(std::string_view sText) const noexcept;
-    [[nodiscard]] u2_t Scan(const Probe& oProbe) const noexcept;
+    [[nodiscard]] u2_t FindFew(const Probe& oProbe) const noexcept;
+    void AddFew(u2_t uKey, u2_t uSlot) noexcept;
     [[nodiscard]] u2_t Find(const Probe& oProbe) const noexcept;
     void MakeIndex();
     [[nodiscard]] char* StoreText(std::string_view sText);
 
+    static constexpr std::size_t FEW = 31;  // texts that do without an index
+    static constexpr std::size_t SLOTS = 64;
+
     Arr<Hash_Text> m_oText;
+    u0_t m_auSlot[SLOTS] = {};  // keys of few texts by hash, open addressing; 0 is free
     u3_t m_uSeed = 0;
-    Index m_oIndex;             // empty as long as texts are searched one by one
+    Index m_oIndex;             // empty as long as texts are few
     Block* m_pBlock = nullptr;  // the last one
     std::size_t m_uBlockUsed = 0;
 };
