@@ -13,6 +13,9 @@ namespace vok {
 
 using namespace std::string_literals;
 
+// What the messages about a faulty step text begin with.
+inline const std::string BAD_STEP = "Dgraph_LoadDGraph: Invalid path specification! ";
+
 inline std::string U8(int iValue) {
     return std::string(1, static_cast<char>(iValue));
 }

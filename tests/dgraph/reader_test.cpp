@@ -8,7 +8,6 @@ namespace vok {
 namespace {
 
 const std::string g_sBroken = "Dgraph_LoadDGraph: Input stream is corrupted! ";
-const std::string g_sPath = "Dgraph_LoadDGraph: Invalid path specification! ";
 
 TEST(DgraphReader, Values) {
     struct {
@@ -185,7 +184,7 @@ TEST(DgraphReader, StepTexts) {
     for (const auto& o : aCases) {
         const std::string sShown = Load(Document(1, Leaf(o.first, 1, I32(1))));
         const bool bGood = sShown.rfind("Root(", 0) == 0;
-        EXPECT_EQ(sShown, bGood ? "Root(" + o.second + ":1)" : g_sPath + o.second) << o.first;
+        EXPECT_EQ(sShown, bGood ? "Root(" + o.second + ":1)" : BAD_STEP + o.second) << o.first;
     }
     EXPECT_EQ(Load(Document(1, I32(0))), g_sBroken + "Empty path for node read.");
 }
@@ -195,7 +194,7 @@ TEST(DgraphReader, MessagesEndInOneLineBreakAndNameTheFunction) {
     Data oTree;
     File_Buf oBuf(sBytes.data(), sBytes.size());
     const auto oLoad = [&] { Dgraph_LoadDGraph(oTree, oBuf); };
-    EXPECT_EQ(Raised(oLoad), g_sPath + "No index specified\n");
+    EXPECT_EQ(Raised(oLoad), BAD_STEP + "No index specified\n");
     oBuf.Seek(0);
     EXPECT_EQ(Trail(oLoad), "vok::Dgraph_LoadDGraph\n");
     EXPECT_EQ(Show(oTree), "Root()");  // the old tree is gone, what was read is there

@@ -17,6 +17,8 @@ namespace {
 
 constexpr std::size_t FIRST_BLOCK = 256;
 constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
+// 2^64 over the golden ratio: multiplying by it spreads what differs (Knuth, volume 3, 6.4).
+constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
 
 [[nodiscard]] u2_t HashOf(std::string_view sText, u3_t uSeed) noexcept {
     return static_cast<u2_t>(XXH3_64bits_withSeed(sText.data(), sText.size(), uSeed));
@@ -27,7 +29,7 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 [[nodiscard]] u3_t MakeSeed(const void* pTable) noexcept {
     const auto uTicks =
         static_cast<u3_t>(std::chrono::steady_clock::now().time_since_epoch().count());
-    return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * 0x9E3779B97F4A7C15u;
+    return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * FACTOR;
 }
 
 // Parts that overlap agree where they do.
@@ -46,15 +48,6 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
     return uPrefix;
 }
 
-// Where the search among few texts begins: the length, the first and the last eight bytes tell
-// most names apart.
-[[nodiscard]] u2_t SlotOf(std::string_view sText, u3_t uPrefix) noexcept {
-    const std::size_t uSize = sText.size();
-    u3_t uMixed = uPrefix ^ uSize;
-    if (uSize > 8) uMixed ^= std::rotl(BigEndianAt<u3_t>(sText.data() + uSize - 8), 29);
-    return static_cast<u2_t>(uMixed * 0x9E3779B97F4A7C15u >> 32);
-}
-
 }  // namespace
 
 Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
@@ -68,6 +61,15 @@ void Hash::Start() {
 
 Hash::~Hash() {
     while (m_pBlock != nullptr) Mem::Free(std::exchange(m_pBlock, m_pBlock->pBefore));
+}
+
+// Where the search among few texts begins: the length, the first and the last eight bytes tell
+// most names apart. All of them reach the top bits of the product.
+u2_t Hash::SlotOf(std::string_view sText, u3_t uPrefix) noexcept {
+    const std::size_t uSize = sText.size();
+    u3_t uMixed = uPrefix ^ uSize;
+    if (uSize > 8) uMixed ^= std::rotl(BigEndianAt<u3_t>(sText.data() + uSize - 8), 29);
+    return static_cast<u2_t>(uMixed * FACTOR >> (64 - SLOT_BITS));
 }
 
 // At most half of the slots are taken: every search ends.
@@ -94,8 +96,7 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
     return sText.empty() ? 0 : Find(MakeProbe(sText));
 }
 
-u2_t Hash::Insert(std::string_view sText, bool& bNew) {
-    bNew = false;
+u2_t Hash::Insert(std::string_view sText) {
     if (sText.empty()) return 0;
     Start();
     if (m_oText.Size() > FEW && m_oIndex.empty()) MakeIndex();
@@ -116,7 +117,6 @@ u2_t Hash::Insert(std::string_view sText, bool& bNew) {
             throw;
         }
     }
-    bNew = true;
     return uKey;
 }
 

@@ -51,8 +51,8 @@ class Hash {
 
     // The key of a text, NONE when it is not in the table.
     [[nodiscard]] u2_t Find(std::string_view sText) const noexcept;
-    // The key of a text, added if need be; bNew tells which.
-    u2_t Insert(std::string_view sText, bool& bNew);
+    // The key of a text, added if need be: a new one is the Size() of before.
+    u2_t Insert(std::string_view sText);
 
     // Keys given, the empty text's included.
     [[nodiscard]] std::size_t Size() const noexcept {
@@ -119,6 +119,7 @@ class Hash {
 
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
     [[nodiscard]] Probe MakeProbe(std::string_view sText) const noexcept;
+    [[nodiscard]] static u2_t SlotOf(std::string_view sText, u3_t uPrefix) noexcept;
     [[nodiscard]] u2_t FindFew(const Probe& oProbe) const noexcept;
     void AddFew(u2_t uKey, u2_t uSlot) noexcept;
     [[nodiscard]] u2_t Find(const Probe& oProbe) const noexcept;
@@ -126,7 +127,8 @@ class Hash {
     [[nodiscard]] char* StoreText(std::string_view sText);
 
     static constexpr std::size_t FEW = 31;  // texts that do without an index
-    static constexpr std::size_t SLOTS = 64;
+    static constexpr unsigned SLOT_BITS = 6;
+    static constexpr std::size_t SLOTS = 1 << SLOT_BITS;
 
     Arr<Hash_Text> m_oText;
     u0_t m_auSlot[SLOTS] = {};  // keys of few texts by hash, open addressing; 0 is free

@@ -20,8 +20,7 @@ namespace {
 
 u2_t Data_Base::InternAttribute(std::string_view sName) {
     m_oAttArr.Reserve(m_oAttArr.Size() == m_oAttArr.Capacity() ? 2 * m_oAttArr.Size() + 4 : 0);
-    bool bNew;
-    const u2_t uName = m_oAttName.Insert(sName, bNew);
+    const u2_t uName = m_oAttName.Insert(sName);
     // Also after an earlier attempt that ran out of memory right here.
     if (uName > m_oAttArr.Size()) {
         void* pData = Mem::Create(sizeof(Data_AttArr));

@@ -32,10 +32,9 @@ Data_Base::~Data_Base() {
 // ---- names ------------------------------------------------------------------
 
 u2_t Data_Base::InternSlow(std::string_view sName) {
-    bool bNew;
     const u2_t uKey = IsPlainText(sName.data(), sName.size())
-                          ? m_oName.Insert(sName, bNew)
-                          : m_oName.Insert(Utf8_Text(sName).View(), bNew);
+                          ? m_oName.Insert(sName)
+                          : m_oName.Insert(Utf8_Text(sName).View());
     m_oGuess.Note(uKey, uKey != 0, m_oName.Size());
     return uKey;
 }

@@ -100,8 +100,7 @@ void XmlLoader::ReadPlainElements() {
             if (sName.empty() || !xml::Is(*pName, xml::NAME_START)) return;
             if (p == pEnd || xml::Is(*p, xml::NAME) || xml::HasEscapes(sName)) return;
             if (IsSkipped(sName)) return;
-            bool bNew;
-            uKey = b.m_oName.Insert(sName, bNew);
+            uKey = b.m_oName.Insert(sName);
             m_oGuess.Note(uKey, true, b.m_oName.Size());
         }
         const Hash_Text& oName = b.m_oName(uKey);

@@ -235,8 +235,7 @@ class Reader {
         std::size_t uName = 0;
         while (uName < uStep && PLAIN_NAME[static_cast<u0_t>(p[uName])]) ++uName;
         if (uName == 0 || uName == uStep || p[uName] != '[') return 0;
-        bool bNew;
-        const u2_t uKey = b.m_oName.Insert({p, uName}, bNew);
+        const u2_t uKey = b.m_oName.Insert({p, uName});
         m_oGuess.Note(uKey, true, b.m_oName.Size());
         return uKey;
     }

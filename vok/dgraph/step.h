@@ -17,8 +17,8 @@ class Step {
         const char* sValue;
     };
 
-    // Parses a step text, which ends at its first NUL. Linear. Raises the "Invalid path
-    // specification!" messages.
+    // Parses a step text, which ends at its first NUL. Linear. Raises the first fault of the text
+    // through RaiseInvalidStep.
     void Parse(std::string_view sText);
 
     [[nodiscard]] const char* Name() const noexcept { return m_oText.Beg(); }

@@ -74,7 +74,8 @@ void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll = false);
 // such a sequence as _x005F_, and the empty name as _x0000_. That is the convention of .NET's
 // XmlConvert, which knows no empty name.
 
-// Whether decoding may change the name.
+// Whether decoding may change the name. Names are short and may be full of underscores, for
+// each of which a search of the standard library would be a call.
 [[nodiscard]] inline bool HasEscapes(std::string_view sName) noexcept {
     for (std::size_t u = 1; u < sName.size(); ++u) {
         if (sName[u] == 'x' && sName[u - 1] == '_') return true;

@@ -189,9 +189,8 @@ u2_t Directory::Locate(std::string_view sName) {
         Arr<u2_t> oFirst;
         oFirst.Add(Count());  // of the empty name
         for (u2_t u = 0; u < Count(); ++u) {
-            bool bNew = false;
-            const u2_t uKey = pNames->Insert(Name(u).View(), bNew);
-            if (bNew) {
+            const u2_t uKey = pNames->Insert(Name(u).View());
+            if (uKey == oFirst.Size()) {
                 oFirst.Add(u);
             } else if (uKey == 0 && oFirst(0) == Count()) {
                 oFirst(0) = u;
