@@ -8,7 +8,7 @@ namespace tools {
 
 int Get(const GetOptions& o) {
     const Input oIn = Load(o.sFile);
-    const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.sPath.c_str());
+    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     for (std::size_t u = 0; u < oFound.Size(); ++u) {
         const std::string sValue = ValueText(oFound.GetNth(u));
         Print(o.bNull ? sValue + '\0' : Escaped(sValue) + '\n');

@@ -5,6 +5,7 @@
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/data/succ_it.h"
 #include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/file.h"
@@ -108,6 +109,17 @@ void LoadInto(Input& o, const std::string& sPath, const std::string& sFormat,
 }
 
 }  // namespace
+
+vok::Data_NodeSet Input::Find(const std::string& sPath) const {
+    vok::Data_NodeSet oFound = oTree.GetNodeSet(sPath.c_str());
+    if (oFound.Size() == 0) {
+        const char* sTop = oTree.GetName();
+        std::fprintf(stderr, "vok: no node at \"%s\"; \"/\" is the node \"%s\"\n",
+                     Escaped(Shortened(sPath)).c_str(),
+                     Escaped(Shortened(sTop != nullptr ? sTop : "")).c_str());
+    }
+    return oFound;
+}
 
 Input Load(const std::string& sPath, const std::string& sFormat) {
     Input o;

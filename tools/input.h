@@ -15,6 +15,9 @@ struct Input {
     std::string sFormat;    // "xml", "dgraph", "dump"
     std::string sWrapping;  // "", "zlib", "gzip", "zip"
     vok::u3_t uBytes = 0;   // as stored
+
+    // The nodes at a path. Where there are none, standard error says so.
+    [[nodiscard]] vok::Data_NodeSet Find(const std::string& sPath) const;
 };
 
 // A file that could not be loaded, and where in it:

@@ -20,8 +20,8 @@ using namespace tools;
 int g_iExit = EXIT_GOOD;
 
 const char* const PATHS =
-    "PATH is a path such as /orders/order[3]/price, with * for any name, // for any depth,\n"
-    "[2] for a position and [@id=\"7\"] for an attribute.";
+    "PATH is a path such as /order[3]/price, with * for any name, // for any depth, [2] for a\n"
+    "position and [@id=\"7\"] for an attribute. \"/\" is the top node; its name is no step.";
 
 void AddConvert(CLI::App& oApp) {
     auto* p = oApp.add_subcommand("convert", "Convert a file to another form");

@@ -95,7 +95,7 @@ class Lines {
 
 int Show(const ShowOptions& o) {
     const Input oIn = Load(o.sFile);
-    const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.sPath.c_str());
+    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     Lines oLines(!o.bPlain && WantsColour());
     for (std::size_t u = 0; u < oFound.Size(); ++u) oLines.Show(oFound.GetNth(u), o.uDepth);
     return oFound.Size() != 0 ? EXIT_GOOD : EXIT_NEGATIVE;

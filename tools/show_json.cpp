@@ -96,7 +96,7 @@ void WriteTree(Writer& oOut, const Data& oFrom, std::optional<unsigned> uMostDep
 
 int ShowJson(const ShowOptions& o) {
     const Input oIn = Load(o.sFile);
-    const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.sPath.c_str());
+    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     char sBuffer[65536];
     rapidjson::FileWriteStream oStream(stdout, sBuffer, sizeof(sBuffer));
     Writer oOut(oStream);

@@ -82,7 +82,8 @@ TEST_F(Program, ShowGetInfo) {
     EXPECT_EQ(Run("get - /t", g_sTree).sOut, "one\\ntwo\n");
     EXPECT_EQ(Run("get - /t -0", g_sTree).sOut, "one\ntwo\0"s);
     EXPECT_EQ(Run("get - /nothing", g_sTree).iExit, 1);
-    EXPECT_EQ(Run("show - /nothing", g_sTree).iExit, 1);
+    EXPECT_EQ(Run("show - /R/list", g_sTree).iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: no node at \"/R/list\"; \"/\" is the node \"R\"\n");
     const std::string sInfo = Run("info -", g_sTree).sOut;
     for (const char* s : {"format      xml\n", "nodes       10\n", "names       8\n",
                           "depth       3\n", "attributes  1\n", "  Tree      2\n"}) {
