@@ -30,6 +30,7 @@ using Texts = std::vector<std::string>;
 inline const bool g_bQuiet = (Msg::SetBanner(false), true);
 
 constexpr const char* NOTHING_RAISED = "(nothing raised)";
+constexpr const char* DELETED = "try to access deleted node\n";
 
 // The message that oBody raises.
 template <class F>

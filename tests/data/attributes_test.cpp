@@ -57,6 +57,24 @@ TEST(Attributes, TextsAreNotStoredTwice) {
     EXPECT_EQ(AttributesOf(oNode), (Texts{"a=other", "b=value", "c=ue", "d=xyz"}));
 }
 
+// What a refused allocation leaves behind must not be in the way of other names.
+TEST(Attributes, MemoryRunsOut) {
+    for (unsigned uNth = 1;; ++uNth) {
+        const Mem_Probe oProbe;
+        Data oNode = NewTree();
+        const auto oSet = [&] {
+            for (const char* s : {"a", "b", "c", "d", "e", "f", "g", "h", "i"})
+                oNode.SetAttVal(s, "1");
+        };
+        if (!Mem_Probe::HasRefused(uNth, oSet)) break;
+        oNode.SetAttVal("other", "2");
+        oNode.SetAttVal("another", "3");
+        oSet();
+        EXPECT_EQ(AttributesOf(oNode, true).size(), 11u);
+        EXPECT_STREQ(oNode.GetAttVal("another"), "3");
+    }
+}
+
 TEST(Attributes, Copies) {
     Data oSrc = NewTree();
     oSrc.SetAttVal("a", "1");

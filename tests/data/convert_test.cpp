@@ -45,6 +45,15 @@ TEST(Convert, EveryType) {
         EXPECT_EQ(oNode.CvtInt(-7), oRow.iInt);
         EXPECT_EQ(oNode.CvtDbl(NONE), oRow.dDbl);
     }
+    // What the text replaces may be the default.
+    Str oSelf("dflt");
+    NewTree().CvtStr(oSelf, oSelf.CStr() + 1);
+    EXPECT_STREQ(oSelf.CStr(), "flt");
+    for (const auto& [sText, iNumber] :
+         {std::pair{" -12x", -12}, {"4294967296", 2147483647}, {"x", 0}}) {
+        EXPECT_EQ(Data::StrToInt(sText), iNumber);
+    }
+    EXPECT_EQ(Data::StrToInt(nullptr), 0);
     // Without a tree as without a value.
     for (const Data& o : {Data(), NewTree()}) {
         Str oText("rubbish");
@@ -93,6 +102,9 @@ TEST(CopyVal, WithinATreeAndBetweenTrees) {
             for (Data* pDst : {&oSame, &oOther}) {
                 Data::CopyVal(oSrc, *pDst);
                 EXPECT_EQ(pDst->GetType(), eType);
+                if (eType == Data_Node::Empty) continue;
+                EXPECT_EQ(Raised([&] { Data::CopyVal(oRoot, *pDst); }), DELETED);
+                pDst->ClearVal();
             }
             oSrc.ClearVal();
         }

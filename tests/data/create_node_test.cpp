@@ -77,6 +77,91 @@ TEST(CreateNode, RefusesBeforeAnythingIsMade) {
     EXPECT_FALSE(oEmpty.IsNode());
 }
 
+// A path that fails on its way leaves the tree as it was, to the byte of its dump, wherever its
+// nodes had been placed by then.
+TEST(CreateNode, TakesBackWhatItMade) {
+    const char* const PATHS[] = {
+        "new/../v/x",
+        "new[3][@k=\"1\"]/deep/../../v/x",
+        "blank/below/../../v/x",
+        "p[0][@k=\"2\"][@new=\"3\"]/below/../../v/x",  // revives a placeholder
+        "p[1]/../many[9]/../v/x",
+        "big00/../a_first/../z_last/../v/x",
+        "big/in/../../two",
+        "a[1][@=\"1\"]",
+    };
+    const auto oDump = [](const Data& o) {
+        File_Buf oBuf("w");
+        o.Dump(oBuf);
+        return Content(oBuf);
+    };
+    for (const char* sPath : PATHS) {
+        for (const bool bRead : {false, true}) {
+            Data oRoot = NewTree();
+            oRoot.CreateNewSucc("v").SetValInt(1);
+            oRoot.CreateNewSucc("blank").SetValStr(" \n");
+            oRoot.CreateNewSucc("two"), oRoot.CreateNewSucc("two");
+            Data oPlace = oRoot.CreateNewSucc("p");
+            oPlace.SetAttVal("k", "1");
+            oPlace.Remove();
+            oRoot.CreateNewSucc("p").SetAttVal("k", "1");
+            for (int i = 60; i-- > 0;) oRoot.CreateNewSucc("big" + std::to_string(i));
+            for (const char* s : {"k", "new"}) oRoot.SetAttVal(s, "x"), oRoot.SetAttVal(s, nullptr);
+            for (const char* s = sPath; *s != 0; ++s)
+                oRoot.MakeKey(std::string(s, strcspn(s, "/[")).c_str());
+            if (bRead) oRoot.SetAccessMode();
+            const Data oBefore = oRoot.MkClone();
+            const std::string sBefore = oDump(oRoot);
+            u2_t uCreated = 9;
+            EXPECT_NE(Failing([&] { oRoot.CreateNode(sPath, &uCreated); }), "") << sPath;
+            EXPECT_EQ(uCreated, 0u);
+            EXPECT_TRUE(Data::Equal(oBefore, oRoot)) << sPath;
+            EXPECT_EQ(oDump(oRoot), sBefore) << sPath;
+        }
+    }
+    // Without memory at any point.
+    for (unsigned uNth = 1;; ++uNth) {
+        const Mem_Probe oProbe;
+        Data oRoot = NewTree();
+        for (int i = 40; i-- > 0;) oRoot.CreateNewSucc("a" + std::to_string(i % 35));
+        const Data oBefore = oRoot.MkClone();
+        const auto oMake = [&] {
+            oRoot.CreateNode("a20/b[3][@k=\"v\"][@l=\"w\"]/../c/d[@m=\"x\"]");
+        };
+        if (!Mem_Probe::HasRefused(uNth, oMake)) break;
+        EXPECT_TRUE(Data::Equal(oBefore, oRoot));
+        oMake();
+    }
+    Data oNone;
+    EXPECT_NE(Failing([&] { oNone.CreateNode("a/../.."); }), "");
+    EXPECT_FALSE(oNone.IsNode());
+    // Looking for a match is work.
+    Data oMany = NewTree();
+    for (int i = 0; i < 1000; ++i) oMany.CreateNewSucc("a").SetAttVal("k", "v");
+    const std::string sLong = [] {
+        std::string s;
+        for (int i = 0; i < 50000; ++i) s += "a[@k=\"w\"][0]/../";
+        return s;
+    }();
+    EXPECT_NE(Failing([&] { oMany.CreateNode(sLong.c_str()); }), "");
+    EXPECT_EQ(
+        Failing([&] { oMany.CreateNode("a[@k=\"w\"]", nullptr, AtMost(LIMIT_PATH_STEPS, 100)); }),
+        Exceeded(LIMIT_PATH_STEPS, 100));
+    EXPECT_EQ(oMany.GetNodes(), 1001u);
+}
+
+// Far more steps than a path has room for at first.
+TEST(CreateNode, LongPaths) {
+    Data oRoot = NewTree();
+    std::string sPath;
+    for (int i = 0; i < 500; ++i)
+        sPath += "/n" + std::to_string(i) + "[@a=\"" + std::to_string(i) + "\"]";
+    const Data oLast = oRoot.CreateNode(sPath.c_str());
+    EXPECT_EQ(oLast.NodeDepth(), 500);
+    EXPECT_EQ(IdsOf(oRoot.GetNodeSet(sPath.c_str())), (Ids{oLast.GetId()}));
+    EXPECT_STREQ(oRoot.GetNodeFromID(41).GetAttVal("a"), "40");
+}
+
 // One limit for the placeholders of all steps: a path costs no more than its limit says.
 TEST(CreateNode, PlaceholdersOfAWholePathAreLimited) {
     const Limits oLimits = AtMost(LIMIT_SLOTS, 10);

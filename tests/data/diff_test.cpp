@@ -113,6 +113,14 @@ TEST(Diff, SubtreesAndCursors) {
     EXPECT_EQ(Differences(oX, oOther.GetNthSucc("x", 1)), Texts());
     oOther.Insert("out", 0);
     EXPECT_EQ(Differences(oX, oOther.GetNthSucc("x", 1)), (Texts{"value /out[0]"}));
+    // An unnamed root against its copy, and as it comes back from a document.
+    Data oAside = NewTree();
+    EXPECT_EQ(Differences(oRoot, oRoot.MkCopy(oAside)), Texts());
+    oOther = oRoot.MkClone();
+    oOther.SetRootName("Root");
+    EXPECT_EQ(Differences(oRoot, oOther), Texts());
+    oOther.SetRootName("");
+    EXPECT_EQ(Differences(oRoot, oOther), Texts());
     oOut.Remove();
     EXPECT_EQ(Differences(oX, oX.MkClone()), Texts());  // both lead to nothing
     const Data oNone;

@@ -338,13 +338,14 @@ class Editing {
     }
     // The tree as it comes back from a form it was saved in.
     template <class Save, class Load>
-    [[nodiscard]] Data Again(const char* sForm, Save&& oSave, Load&& oLoad) const {
+    [[nodiscard]] Data Again(const char* sForm, Save&& oSave, Load&& oLoad,
+                             const char* sBehind = "") const {
         File_Buf oBuf("w");
         oSave(oBuf);
         File_Buf oIn(oBuf.Data(), oBuf.Size());
         Data oLoaded;
         oLoad(oLoaded, oIn);
-        Same(oIn.Remaining(), 0u, sForm, 0);
+        Same(std::string_view(oIn.Peek(), oIn.Remaining()), std::string_view(sBehind), sForm, 0);
         Same(Data::Equal(m_oRoot, oLoaded), true, sForm, 0);
         return oLoaded;
     }
@@ -366,7 +367,7 @@ class Editing {
         (void)Again("a document", SaveDGraph, LoadDGraph);
         (void)Again(
             "XML", [&](File_Buf& oOut) { m_oRoot.SaveToXML(oOut); },
-            [](Data& oTree, File_Buf& oIn) { oTree.LoadFromXML(oIn, 0); });
+            [](Data& oTree, File_Buf& oIn) { oTree.LoadFromXML(oIn, 0); }, "\n");
     }
     void ThroughClone() {
         const Data oClone = m_oRoot.MkClone();

@@ -68,6 +68,49 @@ TEST(Shrink, DropsWasteWhenItIsWorthIt) {
     EXPECT_EQ(oRoot.GetValStr(), pBefore);  // nothing to do, nothing moved
 }
 
+// Names that nobody bears any more go as well, once they are the greater part of many.
+TEST(Shrink, DropsNames) {
+    Data oRoot = NewTree();
+    Data oKept = oRoot.CreateNewSucc("kept");
+    oKept.SetAttVal("kept", "1");
+    const auto oFill = [&] {
+        for (int i = 0; i < 3000; ++i) {
+            Data o = oRoot.CreateNewSucc("name" + std::to_string(i));
+            if (i > 0) o.SetAttVal(("attribute" + std::to_string(i)).c_str(), "1");
+        }
+        for (auto oIt = oRoot.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
+            Data o = oIt.GetData();
+            if (*o.GetName() == 'n') o.Remove();
+        }
+    };
+    oFill();
+    const std::size_t uBefore = oRoot.HeapBytes();
+    oRoot.Shrink();
+    EXPECT_FALSE(oRoot.FindKey("name7").IsKnown());
+    EXPECT_TRUE(oRoot.FindKey("kept").IsKnown());
+    oFill();  // the names of attributes go when those of nodes stay
+    for (int i = 0; i < 3000; ++i) oRoot.CreateNewSucc("name" + std::to_string(i));
+    oRoot.Shrink();
+    EXPECT_TRUE(oRoot.FindKey("name7").IsKnown());
+    oRoot.RemoveSuccs();
+    Data oNew = oRoot.CreateNewSucc("kept");
+    for (const char* s : {"kept", "attribute7", "x"}) oNew.SetAttVal(s, "2");
+    oRoot.Shrink();
+    oRoot.Shrink();
+    EXPECT_LT(oRoot.HeapBytes(), uBefore / 10);
+    EXPECT_EQ(AttributesOf(oRoot.GetNthSucc("kept", 0), true),
+              (Texts{"attribute7=2", "kept=2", "x=2"}));
+    // A tree that was emptied, and no memory for what is to take their place.
+    oFill();
+    oRoot.Reset();
+    for (unsigned uNth = 1; Mem_Probe().HasRefused(uNth, [&] { oRoot.Shrink(); }); ++uNth) {
+        ASSERT_TRUE(oRoot.FindKey("name7").IsKnown());
+    }
+    EXPECT_FALSE(oRoot.FindKey("name7").IsKnown());
+    for (int i = 0; i < 100; ++i) oRoot.CreateNewSucc("n" + std::to_string(i));
+    EXPECT_STREQ(oRoot.GetCheckedSucc("n77").GetName(), "n77");
+}
+
 // A copied value can make the root itself a removed node: it stays, and can be revived.
 TEST(Shrink, KeepsARemovedRoot) {
     Data oGone = NewTree().CreateNewSucc("n");
@@ -76,6 +119,7 @@ TEST(Shrink, KeepsARemovedRoot) {
     Data::CopyVal(oGone, oRoot);
     EXPECT_EQ(oRoot.GetType(), Data_Node::Zombi);
     oRoot.Shrink();
+    oRoot.ClearVal();
     oRoot.SetValInt(1);
     oRoot.Shrink();
     EXPECT_EQ(oRoot.GetNodes(), 1u);

@@ -9,11 +9,10 @@ TEST(Values, EveryTypeAgainstEveryGetter) {
     const std::string sWrong = "node \"n\" with wrong data type: '";
     for (const Kind& oKind : KINDS) {
         const std::string sGot = Data_Node::TypeName(oKind.eType);
-        // Whatever stood there before, a Zombi included.
+        // Whatever stood there before.
         for (const Kind& oBefore : KINDS) {
             Data oNode = NewTree().CreateNewSucc("n");
             oBefore.pSet(oNode);
-            if (oBefore.eType == oKind.eType) oNode.Remove();
             oKind.pSet(oNode);
             EXPECT_EQ(oNode.GetType(), oKind.eType);
             EXPECT_TRUE(oKind.pGet(oNode)) << oKind.eType << " after " << oBefore.eType;
@@ -22,11 +21,18 @@ TEST(Values, EveryTypeAgainstEveryGetter) {
                       sWrong + Data_Node::TypeName(oBefore.eType) + "' expected but got '" + sGot +
                           "'\n");
         }
-        Data oTree = NewTree().CreateNewSucc("n");
-        oTree.CreateNewSucc("below");
+        Data oTree = NewTree().CreateNewSucc("n"), oLoose = oTree.CreateNewSucc("below");
         EXPECT_EQ(Raised([&] { oKind.pSet(oTree); }), WrongType("Tree"));
         EXPECT_EQ(Raised([&] { oTree.ClearVal(); }), WrongType("Tree"));
         EXPECT_EQ(IdsOf(oTree.GetSuccIt()), (Ids{2}));
+        // Removed: nothing but ClearVal brings a node back, and that in its place only.
+        oTree.Remove();
+        for (Data* p : {&oTree, &oLoose}) EXPECT_EQ(Raised([&] { oKind.pSet(*p); }), DELETED);
+        EXPECT_EQ(Raised([&] { oTree.SetAttVal("a", "v"); }), DELETED);
+        EXPECT_EQ(Raised([&] { oLoose.ClearVal(); }), DELETED);
+        oTree.ClearVal();
+        oKind.pSet(oTree);
+        EXPECT_TRUE(oKind.pGet(oTree));
         Data oNone;
         if (oKind.eType == Data_Node::Link) continue;
         oKind.pSet(oNone);  // makes a tree
@@ -37,8 +43,14 @@ TEST(Values, EveryTypeAgainstEveryGetter) {
 
 TEST(Values, Refusals) {
     Data oNode;
-    EXPECT_NE(Failing([&] { oNode.SetValInt(1, Data_Node::Double); }), "");
-    EXPECT_NE(Failing([&] { oNode.SetValDbl(1, Data_Node::Integer); }), "");
+    const std::string sInt = "assertion failed: eType >= Node::Boolean && eType <= Node::Char";
+    const std::string sDbl = "assertion failed: eType >= Node::Float && eType <= Node::Date";
+    Data oText = NewTree();
+    oText.SetValStr("the heap");
+    EXPECT_EQ(Failing([&] { oNode.SetValInt(1, Data_Node::Double); }), sInt);
+    EXPECT_EQ(Failing([&] { oNode.SetValDbl(1, Data_Node::Integer); }), sDbl);
+    EXPECT_EQ(Failing([&] { (void)oText.GetValInt(Data_Node::String); }), sInt);
+    EXPECT_EQ(Failing([&] { (void)oText.GetValDbl(Data_Node::String); }), sDbl);
     EXPECT_EQ(Failing([&] { oNode.SetValBin(nullptr, 1); }), "object points to nothing");
     EXPECT_NE(Failing([&] { oNode.AddInt("n", 1, Data_Node::Tree); }), "");
     for (const auto eType : {Data_Node::Integer, Data_Node::String}) {
@@ -50,6 +62,8 @@ TEST(Values, Refusals) {
     EXPECT_EQ(BlockOf(oNode), "");
     EXPECT_NE(Failing([&] { oNode.AddStr(oNode.FindKey("unknown"), ""); }), "");
     EXPECT_EQ(oNode.GetNodes(), 1u);
+    Data oRoot = NewTree();
+    EXPECT_EQ(oRoot.GetNodeFromID(oRoot.AddStr("n", nullptr)).GetValText(), "");
 }
 
 TEST(Values, Texts) {

@@ -248,6 +248,13 @@ TEST(Xml, LinksAreNumbers) {
                           "\t<c/>\n"
                           "\t<d CDNodeID=\"ID2\"><![CDATA[1]]></d>\n</R>\n"s);
     EXPECT_EQ(Saved(Loaded(sSaved)), sSaved);
+    // Numbers have 64 bits, a larger one is nobody's; of two targets the first counts.
+    const Data oLarge = Loaded(
+        "<R><a CDNodeIDREF='ID4294967298'/><b CDNodeIDREF='ID99999999999999999999'/>"
+        "<c CDNodeID='ID2147483647'/><d CDNodeID='ID4294967298'/><e CDNodeID='ID4294967298'/>"
+        "<f CDNodeID='ID88888888888888888888'/></R>");
+    EXPECT_EQ(oLarge.GetCheckedSucc("a").GetValLink(), oLarge.GetCheckedSucc("d"));
+    EXPECT_EQ(oLarge.GetCheckedSucc("b").GetType(), Data_Node::Empty);
     // Out of a part of a tree, and to what is gone.
     Data oTarget = oTree.GetCheckedSucc("d");
     EXPECT_EQ(Saved(oTree.GetCheckedSucc("a"), 0, 2),
@@ -322,6 +329,8 @@ TEST(Xml, WhatSurroundsTheElements) {
         "<?xml version='1.0'?><!-- - -- --><?p > ?>\n<a \n/>\n<!----><?p?>\n",
         "anything<a></a \t>",
         "<?p x>\n<?p '<b>' ?>\n<a><?p x > ?></a><?p>",
+        "<a/>text",  // the document ends with its top element
+        "<a/></a>",
     };
     for (const char* s : asGood) EXPECT_EQ(Error(s), "") << s;
     const std::string sNone = "no XML stream or stream is corrupted";
@@ -332,15 +341,11 @@ TEST(Xml, WhatSurroundsTheElements) {
     const Pair aoBad[] = {
         {"", sNone},
         {"text", sNone},
-        {"<a/>text", sNone},
-        {"<a/><b/>", sNone},
         {"</a>", sNone},
         {"<a></b>", sNone},
         {"<a><b></a></b>", sNone},
-        {"<a/><!DOCTYPE a>", sNone},
         {"<a><!x></a>", sNone},
         {"<![CDATA[]]>", sNone},
-        {"<a/>\n<![CDATA[]]>", sNone},
         {"<a>", oMissing('<')},
         {"<a>x", oMissing('<')},
         {"<?xml", oMissing('>')},
@@ -389,7 +394,7 @@ TEST(Xml, PlaceOfAnError) {
         {"<a>\n <b/>\n <c/>\n <d></e></a>", 20, 4, 5, "/d[0]"},
         {"<a>\n <ä>ö<b/>\n</ä></a>", 11, 2, 6, "/ä[0]"},
         {"<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE4\xE4<b", 51, 2, 8, "/"},
-        {"<a><b/></a> <c/>", 12, 1, 13, "/"},
+        {"<a><b/></a> <c/>", 11, 1, 12, "/"},
         {"<a><b/></a>", 11, 1, 12, "/"},
     };
     for (const auto& o : aoCases) {
@@ -404,6 +409,83 @@ TEST(Xml, PlaceOfAnError) {
             EXPECT_EQ(oReport.m_uNodes, oTree.GetNodes());
         }
     }
+}
+
+// What of a document does not get into the tree, or stands behind it.
+TEST(Xml, ReportOfWhatIsLost) {
+    struct {
+        const char* sText;
+        u3_t uTexts, uReferences, uReordered, uComments, uInstructions, uLeft;
+    } const aoCases[] = {
+        {"<?xml version='1.0'?><a><b>1</b><c/></a>", 0, 0, 0, 0, 0, 0},
+        {"<a><b/>one<b/> \n<b/><![CDATA[two]]></a>", 2, 0, 0, 0, 0, 0},
+        {"<a x='&y;'>&auml;&amp;</a>", 0, 2, 0, 0, 0, 0},
+        {"<a><c/><b/><c/><a/><d/></a>", 0, 0, 2, 0, 0, 0},
+        {"<a><b/><b/><b><z/><y/></b></a>", 0, 0, 1, 0, 0, 0},
+        {"<!DOCTYPE a><?p?><!--1--><a><!--2--><?xmlx?></a><!--3-->", 0, 0, 0, 2, 3, 8},
+        {"<a/>\n<a/>", 0, 0, 0, 0, 0, 5},
+    };
+    for (const auto& o : aoCases) {
+        SCOPED_TRACE(o.sText);
+        for (const std::size_t uMost : {0u, 1u, 1000u}) {
+            Load_Report r;
+            Data oTree;
+            Drop_Stream oStream(o.sText, uMost);
+            File_Buf oBuf(o.sText, std::strlen(o.sText));
+            oTree.LoadFromXML(uMost == 0 ? static_cast<File_Stream&>(oBuf) : oStream, 1, {}, &r);
+            EXPECT_EQ(r.m_uDroppedTexts, o.uTexts);
+            EXPECT_EQ(r.m_uKeptReferences, o.uReferences);
+            EXPECT_EQ(r.m_uReordered, o.uReordered);
+            EXPECT_EQ(r.m_uComments, o.uComments);
+            EXPECT_EQ(r.m_uInstructions, o.uInstructions);
+            EXPECT_EQ(r.m_uBytesLeft, o.uLeft);
+            EXPECT_EQ(r.IsComplete(), o.uLeft == 0);
+            EXPECT_EQ(oBuf.Remaining(), uMost == 0 ? o.uLeft : std::strlen(o.sText));
+        }
+    }
+    // A file is left behind the document, in every coding.
+    const Scratch_Dir oDir;
+    for (const std::string& sEach :
+         {"<a>\xC3\xA4</a>"s, "<?xml version='1' encoding='windows-1252'?><a>\x80</a>"s,
+          "\xFF\xFE<\0a\0>\0\x3D\xD8\x00\xDE<\0/\0a\0>\0"s}) {
+        ToDisk("f", sEach + sEach + "rest");
+        File oFile("f", "r");
+        Data oFirst, oSecond;
+        Load_Report r;
+        oFirst.LoadFromXML(oFile, 0, {}, &r);
+        EXPECT_EQ(r.m_uBytesLeft, sEach.size() + 4);
+        EXPECT_EQ(r.m_uOffset, sEach.size());
+        oSecond.LoadFromXML(oFile, 0);
+        EXPECT_TRUE(Data::Equal(oFirst, oSecond));
+        char s[4];
+        EXPECT_EQ(oFile.Read(s, 4), 4u);
+        EXPECT_EQ(std::string(s, 4), "rest");
+    }
+}
+
+// Whatever is saved to a stream, no more than a piece of it is held.
+TEST(Xml, SavingHoldsOnePiece) {
+    struct Counting : Drop_Stream {
+        std::size_t Write(const void* pSource, std::size_t uCount) override {
+            (void)pSource;
+            uBytes += uCount;
+            return uCount;
+        }
+        std::size_t uBytes = 0;
+    };
+    Data oRoot = NewTree();
+    const std::string sLong(5'000'000, '<');
+    oRoot.CreateNewSucc("text").SetValStr(sLong);
+    oRoot.CreateNewSucc("block").SetValBin(sLong.data(), 5'000'000);
+    oRoot.SetAttVal("attribute", sLong.c_str());
+    Data oMany = oRoot.CreateNewSucc("x");
+    for (int i = 0; i < 100'000; ++i) oMany.AddStr("n", "a short text");
+    oRoot.SetAccessMode();
+    const Mem_Probe oProbe;
+    Counting oOut;
+    oRoot.SaveToXML(oOut);
+    EXPECT_LT(Mem_Probe::Peak(), std::size_t{1} << 20);
+    EXPECT_EQ(oOut.uBytes, Saved(oRoot).size());
 }
 
 // Tokens that end where the pieces end that a stream is read in.
@@ -527,8 +609,14 @@ TEST(Xml, LimitsHold) {
         {LIMIT_DEPTH, "<a><b><c/></b></a>", "<a><b><c><d/></c></b></a>"},
         {LIMIT_ATTRIBUTES, "<a b='' c='' d=''/>", "<a b='' c='' d='' e=''/>"},
         {LIMIT_TEXT_BYTES, "<a>x<!---->yz</a>", "<a>x<!---->yz1</a>"},
+        {LIMIT_TEXT_BYTES, "<a><![CDATA[xyz]]></a>", "<a><![CDATA[xyz1]]></a>"},
+        {LIMIT_TEXT_BYTES, "<a b='&lt;yz'/>", "<a b='wxyz'/>"},
     };
     for (const auto& o : aoCases) {
+        // What was there before does not count.
+        Data oFull = NewTree();
+        for (int i = 0; i < 9; ++i) oFull.SetToNewSucc("x");
+        EXPECT_EQ(ErrorFrom(0, o.sGood, oFull, nullptr, AtMost(o.oLimit, 3)), "");
         Data oTree;
         EXPECT_EQ(ErrorFrom(0, o.sGood, oTree, nullptr, AtMost(o.oLimit, 3)), "");
         oTree.Clear();

@@ -27,9 +27,9 @@ TEST(DgraphLimits, EachStopsTheFirstDocumentBeyondIt) {
         {LIMIT_NODES, 3, Document(2, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1))),
          Document(3, Open("a[0]", 0) + Leaf("a[1]", 1, I32(1)) + Leaf("a[2]", 1, I32(1)))},
         {LIMIT_NODES, 3, Document(1, Open("a[1]", 0)), Document(1, Open("a[2]", 0))},
-        {LIMIT_DEPTH, 2, Document(1, Open("a[0]", 1) + Open("a[0]", 0)),
+        {LIMIT_DEPTH, 3, Document(1, Open("a[0]", 1) + Open("a[0]", 0)),
          Document(1, Open("a[0]", 1) + Open("a[0]", 1) + Open("a[0]", 0))},
-        {LIMIT_DEPTH, 0, Document(0, ""), Document(1, Open("a[0]", 0))},
+        {LIMIT_DEPTH, 1, Document(0, ""), Document(1, Open("a[0]", 0))},
         {LIMIT_SLOTS, 3, Document(2, Open("a[2]", 0) + Open("b[1]", 0)),
          Document(2, Open("a[2]", 0) + Open("b[2]", 0))},
         {LIMIT_TEXT_BYTES, 7, Document(2, Text("a[0]", "123456") + Text("a[1]", "123456")),
@@ -91,6 +91,43 @@ TEST(DgraphLimits, ReportSaysWhereLoadingStopped) {
             EXPECT_EQ(oReport.m_uNodes, o.uNodes);
             EXPECT_STREQ(oReport.m_oPath.CStr(), o.sPath);
             EXPECT_EQ(oReport.m_uLine, 0u);
+        });
+    }
+}
+
+// A document that is cut short may load all the same: the report tells, and what lacks.
+TEST(DgraphLimits, ReportSaysWhetherTheDocumentWasComplete) {
+    const std::string sWhole = AllTypes();
+    for (std::size_t uSize = 0; uSize <= sWhole.size() + 3; ++uSize) {
+        const std::string sBytes = (sWhole + "xyz").substr(0, uSize);
+        FromBoth(sBytes, [&](File_Stream& oIn) {
+            Data oTree;
+            Load_Report r;
+            const bool bLoaded =
+                Raised([&] { Dgraph_LoadDGraph(oTree, oIn, {}, &r); }) == NOTHING_RAISED;
+            const bool bMemory = dynamic_cast<File_Buf*>(&oIn) != nullptr;
+            EXPECT_EQ(bLoaded && r.m_uMissingBytes + r.m_uMissingNodes == 0,
+                      uSize >= sWhole.size());
+            EXPECT_EQ(r.m_uBytesLeft, bMemory && uSize > sWhole.size() ? uSize - sWhole.size() : 0);
+        });
+    }
+    struct {
+        std::string sBytes;
+        u3_t uBytes, uNodes;
+    } const aCases[] = {
+        {Document(2, Open("a[0]", 3).substr(0, 10)), 3, 1},
+        {Document(1, Leaf("a[0]", 5, Block("abc").substr(0, 5))), 2, 0},
+        {Document(1, Leaf("a[0]", 11, "12345")), 11, 0},
+        {Document(1, ""), 4, 1},
+    };
+    for (const auto& o : aCases) {
+        FromBoth(o.sBytes, [&](File_Stream& oIn) {
+            Data oTree;
+            Load_Report r;
+            (void)Raised([&] { Dgraph_LoadDGraph(oTree, oIn, {}, &r); });
+            EXPECT_EQ(r.m_uMissingBytes, o.uBytes);
+            EXPECT_EQ(r.m_uMissingNodes, o.uNodes);
+            EXPECT_FALSE(r.IsComplete());
         });
     }
 }

@@ -211,20 +211,20 @@ TEST_F(Zip_Test, BombsAreLimited) {
     EXPECT_EQ(ReadError(sZip, AtMost(BYTES, 19'999'999)), Exceeded(BYTES, 19'999'999) + "\n");
     EXPECT_EQ(ReadError(sZip), NOTHING_RAISED);
 
-    // Streams joined end to end count as one, and their ratio from 256 MiB on.
+    // Streams joined end to end count as one, and their ratio from 64 MiB on.
     Zip_Buf oBuf;
     oBuf.Open("wz");
     oBuf.Write(std::string(20'000'000, 0).data(), 20'000'000);
     oBuf.Close();
-    const std::string sPacked = Joined(Texts(14, Content(oBuf.GetBuffer())));
+    const std::string sPacked = Joined(Texts(5, Content(oBuf.GetBuffer())));
     const auto oPast = [&](i3_t iTo, const Limits& oLimits) {
         oBuf.Open(sPacked.data(), sPacked.size(), oLimits);
         EXPECT_EQ(Failing([&] { oBuf.Seek(iTo); }), "");
         return Failing([&] { oBuf.Seek(iTo + 19'000'000); });
     };
     EXPECT_EQ(oPast(1'000'000, AtMost(BYTES, 19'999'999)), Exceeded(BYTES, 19'999'999));
-    EXPECT_EQ(oPast(260'000'000, {}), Exceeded(RATIO, 200));
-    EXPECT_EQ(oPast(260'000'000, AtMost(RATIO, 1100)), "");
+    EXPECT_EQ(oPast(60'000'000, {}), Exceeded(RATIO, 200));
+    EXPECT_EQ(oPast(60'000'000, AtMost(RATIO, 1100)), "");
 
     // A member that claims 4 GiB: memory follows what is there.
     std::string sLie = ZipBytes({{"n", Noise(1000, 8)}});

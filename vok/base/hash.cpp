@@ -136,8 +136,34 @@ void Hash::MakeIndex() {
     }
 }
 
+void Hash::SwapTexts(Hash& oHash) noexcept {
+    m_oText.Swap(oHash.m_oText);
+    std::swap(m_auSlot, oHash.m_auSlot);
+    std::swap(m_uSeed, oHash.m_uSeed);
+    std::swap(m_pBlock, oHash.m_pBlock);
+    std::swap(m_uBlockUsed, oHash.m_uBlockUsed);
+}
+
+void Hash::Replace(Hash& oNew) {
+    SwapTexts(oNew);
+    // An index finds its texts through its table: it cannot be handed over, only made here.
+    Index oIndex(0, Hasher{this}, Equal{this});
+    try {
+        if (!oNew.m_oIndex.empty()) {
+            oIndex.reserve(m_oText.Size());
+            for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) oIndex.insert(uKey);
+        }
+    } catch (...) {
+        SwapTexts(oNew);
+        throw;
+    }
+    m_oIndex.swap(oIndex);
+}
+
 std::size_t Hash::HeapBytes() const noexcept {
-    std::size_t uBytes = m_oText.Capacity() * sizeof(Hash_Text) + m_oIndex.bucket_count() * 8;
+    // A bucket holds a key, its hash, and how far it is from its place.
+    constexpr std::size_t BUCKET = 12;
+    std::size_t uBytes = m_oText.Capacity() * sizeof(Hash_Text) + m_oIndex.bucket_count() * BUCKET;
     for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::SizeOf(p);
     return uBytes;
 }

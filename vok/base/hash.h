@@ -54,6 +54,10 @@ class Hash {
     // The key of a text, added if need be: a new one is the Size() of before.
     u2_t Insert(std::string_view sText);
 
+    // Takes the texts of oNew in place of its own, and gives these to it. Nothing is changed if
+    // memory runs out. oNew is fit to be destroyed only.
+    void Replace(Hash& oNew);
+
     // Keys given, the empty text's included.
     [[nodiscard]] std::size_t Size() const noexcept {
         return m_oText.Size() != 0 ? m_oText.Size() : 1;
@@ -124,6 +128,7 @@ class Hash {
     void AddFew(u2_t uKey, u2_t uSlot) noexcept;
     [[nodiscard]] u2_t Find(const Probe& oProbe) const noexcept;
     void MakeIndex();
+    void SwapTexts(Hash& oHash) noexcept;
     [[nodiscard]] char* StoreText(std::string_view sText);
 
     static constexpr std::size_t FEW = 31;  // texts that do without an index

@@ -9,9 +9,29 @@ namespace vok {
 
 namespace {
 
-[[nodiscard]] const Data_Att* FindAtt(const Arr<Data_Att>& oAtt, u2_t uId) noexcept {
-    return std::lower_bound(oAtt.Beg(), oAtt.End(), uId,
-                            [](const Data_Att& a, u2_t u) { return a.uId < u; });
+[[nodiscard]] bool IsBefore(const Data_Att& oA, const Data_Att& oB) noexcept {
+    return oA.uId < oB.uId;
+}
+
+// The first record of a run whose node is not below uId.
+[[nodiscard]] const Data_Att* Search(const Data_Att* pBegin, const Data_Att* pEnd,
+                                     u2_t uId) noexcept {
+    return std::lower_bound(pBegin, pEnd, uId, [](const Data_Att& a, u2_t u) { return a.uId < u; });
+}
+
+// The record of a node, null when there is none.
+[[nodiscard]] const Data_Att* FindAtt(const Data_AttArr& o, u2_t uId) noexcept {
+    const Arr<Data_Att>& oAtt = o.oAtt;
+    const u2_t uSize = static_cast<u2_t>(oAtt.Size());
+    const runs::Starts* pRuns = o.oRuns.Size() != 0 ? o.oRuns.Beg() : nullptr;
+    const u2_t uRuns = pRuns != nullptr ? pRuns->uCount : 1;
+    for (u2_t u = 0; u < uRuns; ++u) {
+        const u2_t uFrom = pRuns != nullptr ? pRuns->auStart[u] : 0;
+        const Data_Att* pEnd = oAtt.Beg() + (pRuns != nullptr ? pRuns->End(u, uSize) : uSize);
+        const Data_Att* pFound = Search(oAtt.Beg() + uFrom, pEnd, uId);
+        if (pFound != pEnd && pFound->uId == uId) return pFound;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -19,10 +39,10 @@ namespace {
 // ---- store ------------------------------------------------------------------
 
 u2_t Data_Base::InternAttribute(std::string_view sName) {
-    m_oAttArr.Reserve(m_oAttArr.Size() == m_oAttArr.Capacity() ? 2 * m_oAttArr.Size() + 4 : 0);
     const u2_t uName = m_oAttName.Insert(sName);
-    // Also after an earlier attempt that ran out of memory right here.
-    if (uName > m_oAttArr.Size()) {
+    // Also those of earlier attempts that ran out of memory right here.
+    while (uName > m_oAttArr.Size()) {
+        m_oAttArr.ReserveMore(1);
         void* pData = Mem::Create(sizeof(Data_AttArr));
         m_oAttArr.Add(new (pData) Data_AttArr);
     }
@@ -31,13 +51,13 @@ u2_t Data_Base::InternAttribute(std::string_view sName) {
 
 void Data_Base::SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue) {
     const u2_t uName = InternAttribute(sName);
-    Arr<Data_Att>& oAtt = m_oAttArr(uName - 1)->oAtt;
+    Data_AttArr& oArr = *m_oAttArr(uName - 1);
+    Arr<Data_Att>& oAtt = oArr.oAtt;
     // Loaders and copies come in the order of ids: no search for them.
-    const bool bLast = oAtt.Size() == 0 || oAtt(oAtt.Size() - 1).uId < uId;
-    const std::size_t uNth =
-        bLast ? oAtt.Size() : static_cast<std::size_t>(FindAtt(oAtt, uId) - oAtt.Beg());
-    const bool bFound = uNth < oAtt.Size() && oAtt(uNth).uId == uId;
-    const u2_t uOld = bFound ? oAtt(uNth).uValue : Data_Att::NO_VALUE;
+    const bool bLast =
+        oAtt.Size() == 0 || (oArr.oRuns.Size() == 0 && oAtt(oAtt.Size() - 1).uId < uId);
+    const Data_Att* pFound = bLast ? nullptr : FindAtt(oArr, uId);
+    const u2_t uOld = pFound != nullptr ? pFound->uValue : Data_Att::NO_VALUE;
     if (uOld != Data_Att::NO_VALUE && sValue == HeapAt(uOld)) return;
 
     StartHeap();
@@ -45,14 +65,37 @@ void Data_Base::SetAttribute(u2_t uId, std::string_view sName, std::string_view 
     const u2_t uValue = sValue.empty()       ? 0
                         : IsHeapText(sValue) ? static_cast<u2_t>(sValue.data() - m_oStr.Beg())
                                              : AddText(sValue);
-    if (!bFound) {
-        oAtt.Insert(uNth, Data_Att{uId, uValue, m_oAttHead(uId)});
+    if (pFound == nullptr) {
+        AddRecord(oArr, Data_Att{uId, uValue, m_oAttHead(uId)});
         m_oAttHead(uId) = uName;
         return;
     }
     m_uDeadAtts -= uOld == Data_Att::NO_VALUE;
     DropText(uOld);
-    oAtt(uNth).uValue = uValue;
+    oAtt(static_cast<std::size_t>(pFound - oAtt.Beg())).uValue = uValue;
+}
+
+// Behind all others, where it begins a run unless it belongs there.
+void Data_Base::AddRecord(Data_AttArr& o, const Data_Att& oNew) {
+    Arr<Data_Att>& oAtt = o.oAtt;
+    const u2_t uSize = static_cast<u2_t>(oAtt.Size());
+    oAtt.ReserveMore(1);
+    const bool bInOrder = uSize == 0 || oAtt(uSize - 1).uId < oNew.uId;
+    if (!bInOrder && o.oRuns.Size() == 0) o.oRuns.Add(runs::Starts{1, {0}});
+    oAtt.Add(oNew);
+    if (o.oRuns.Size() == 0) return;
+    runs::Starts& oRuns = o.oRuns(0);
+    // The last run took it; it may be long enough now to be merged.
+    const u2_t uBegin = bInOrder ? oRuns.auStart[--oRuns.uCount] : uSize;
+    m_uMoved += runs::Add(oRuns, oAtt.Beg(), uBegin, uSize + 1, IsBefore);
+    if (oRuns.uCount == 1) o.oRuns.Clear();
+}
+
+void Data_Base::SettleAttributes(Data_AttArr& o) noexcept {
+    if (o.oRuns.Size() == 0) return;
+    m_uMoved +=
+        runs::MergeAll(o.oRuns(0), o.oAtt.Beg(), static_cast<u2_t>(o.oAtt.Size()), IsBefore);
+    o.oRuns.Clear();
 }
 
 void Data_Base::RemoveAttribute(u2_t uId, std::string_view sName) {
@@ -65,11 +108,19 @@ void Data_Base::RemoveAttribute(u2_t uId, std::string_view sName) {
     ++m_uDeadAtts;
 }
 
+// Gives an attribute the value back that it had, which may be none.
+void Data_Base::RestoreValue(u2_t uId, u2_t uName, u2_t uValue) noexcept {
+    const Data_Att* pFound = FindRecord(uId, uName);
+    if (pFound == nullptr || pFound->uValue == uValue) return;
+    Arr<Data_Att>& oAtt = m_oAttArr(uName - 1)->oAtt;
+    m_uDeadAtts -= pFound->uValue == Data_Att::NO_VALUE;
+    m_uDeadAtts += uValue == Data_Att::NO_VALUE;
+    oAtt(static_cast<std::size_t>(pFound - oAtt.Beg())).uValue = uValue;
+}
+
 const Data_Att* Data_Base::FindRecord(u2_t uId, u2_t uName) const noexcept {
     if (uName == 0 || uName > m_oAttArr.Size()) return nullptr;
-    Arr<Data_Att>& oAtt = m_oAttArr(uName - 1)->oAtt;
-    const Data_Att* pAtt = FindAtt(oAtt, uId);
-    return pAtt != oAtt.End() && pAtt->uId == uId ? pAtt : nullptr;
+    return FindAtt(*m_oAttArr(uName - 1), uId);
 }
 
 u2_t Data_Base::FindAttribute(u2_t uId, u2_t uName) const noexcept {
@@ -103,6 +154,7 @@ bool Data_Base::IsHeapText(std::string_view sText) const noexcept {
 void Data::SetAttVal(const char* sName, const char* sValue) {
     return Where("vok::Data::SetAttVal", [&] {
         Base& b = detail::NodeOf(m_oBase, m_uId);
+        if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
         const Utf8_Text oName(sName);
         if (oName.Len() == 0) Msg::UnallowedAttribute("");
         if (sValue == nullptr) return b.RemoveAttribute(m_uId, oName.View());

@@ -28,6 +28,16 @@ inline Data_Base& ValueOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
     return NodeOf(oBase, uId);
 }
 
+// Whether a type is one of those that an operation on numbers, or on reals, is for.
+inline void CheckIntType(Data_Node::Type eType) {
+    if (eType < Data_Node::Boolean || eType > Data_Node::Char) [[unlikely]]
+        Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
+}
+inline void CheckDblType(Data_Node::Type eType) {
+    if (eType < Data_Node::Float || eType > Data_Node::Date) [[unlikely]]
+        Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
+}
+
 }  // namespace vok::detail
 
 #endif  // VOK_DATA_CHECKS_H

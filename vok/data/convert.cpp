@@ -20,9 +20,8 @@ namespace {
 
 void Data::CvtStr(Str& oOut, const char* sDefault) const {
     return Where("vok::Data::CvtStr", [&] {
-        oOut.Clear();
         if (!m_oBase) {
-            oOut.Add(sDefault);
+            oOut = Str(sDefault);  // which may be a text of oOut itself
             return;
         }
         const Base& b = detail::NodeOf(m_oBase, m_uId);
@@ -35,7 +34,7 @@ void Data::CvtStr(Str& oOut, const char* sDefault) const {
             case Node::Float:
             case Node::Double: FormatReal16(std::bit_cast<double>(oNode.Value64()), sBuf); break;
             case Node::Date: FormatDate(std::bit_cast<double>(oNode.Value64()), ' ', sBuf); break;
-            case Node::String: oOut.Add(b.HeapAt(oNode.uWord2)); return;
+            case Node::String: oOut = Str(b.HeapAt(oNode.uWord2)); return;
             case Node::Long: FormatInteger(oNode.Value64(), sBuf); break;
             case Node::Quad: {
                 u2_t u0, u1, u2, u3;
@@ -48,10 +47,14 @@ void Data::CvtStr(Str& oOut, const char* sDefault) const {
             case Node::Tree:
             case Node::Zombi: RaiseWrongType(b, m_uId);
             case Node::Empty:
-            default: oOut.Add(sDefault); return;
+            default: oOut = Str(sDefault); return;
         }
-        oOut.Add(sBuf);
+        oOut = Str(sBuf);
     });
+}
+
+i2_t Data::StrToInt(const char* sText) noexcept {
+    return sText != nullptr ? ParseLong(sText) : 0;
 }
 
 i3_t Data::CvtInt(i2_t iDefault) const {
@@ -114,6 +117,7 @@ void Data::CopyVal(const Data& oSrc, Data& oDst) {
         Base& oDstBase = detail::NodeOf(oDst.m_oBase, oDst.m_uId);
         // The fixed name is what this error always said.
         if (oDstBase.m_oNode(oDst.m_uId).GetType() == Node::Tree) Msg::WithWrongDataType("Root");
+        if (oDstBase.m_oNode(oDst.m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
         if (!oSrc.m_oBase) return;
         const Base& oSrcBase = detail::NodeOf(oSrc.m_oBase, oSrc.m_uId);
         const Node oValue = oSrcBase.m_oNode(oSrc.m_uId);

@@ -55,9 +55,9 @@ Data Data::GetNodeFromID(u2_t uId) const noexcept {
 
 void Data::SetToPred() {
     return Where("vok::Data::SetToPred", [&] {
-        if (!m_oBase) Msg::NodeIsEmpty();
-        const u2_t uPred = GetNode().Pred();
-        if (uPred >= GetNodes()) Msg::NodeHasNoPredecessor();
+        const Base& b = detail::NodeOf(m_oBase, m_uId);
+        const u2_t uPred = b.m_oNode(m_uId).Pred();
+        if (uPred >= b.m_oNode.Size()) Msg::NodeHasNoPredecessor();
         m_uId = uPred;
     });
 }
@@ -68,7 +68,7 @@ Data Data::GetPred() const noexcept {
 
 i2_t Data::NodeDepth() const {
     return Where("vok::Data::NodeDepth", [&] {
-        Base& b = detail::TreeOf(m_oBase);
+        const Base& b = detail::NodeOf(m_oBase, m_uId);
         i2_t iDepth = 0;
         for (u2_t uId = m_uId; uId != 0 && uId < b.m_oNode.Size(); uId = b.m_oNode(uId).Pred()) {
             ++iDepth;
@@ -137,9 +137,7 @@ Data Data::CreateNewSucc(Data_Name oName) {
 
 u2_t Data::AddInt(Data_Name oName, i2_t iValue, Node::Type eType) {
     return Where("vok::Data::AddInt", [&] {
-        if (eType < Node::Boolean || eType > Node::Char) {
-            Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
-        }
+        detail::CheckIntType(eType);
         if (!m_oBase) SetToRoot();
         return AppendTo(m_oBase, m_uId, oName, eType, static_cast<u2_t>(iValue));
     });
@@ -151,9 +149,7 @@ u2_t Data::AddBool(Data_Name oName, bool bValue) {
 
 u2_t Data::AddDbl(Data_Name oName, double dValue, Node::Type eType) {
     return Where("vok::Data::AddDbl", [&] {
-        if (eType < Node::Float || eType > Node::Date) {
-            Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
-        }
+        detail::CheckDblType(eType);
         if (!m_oBase) SetToRoot();
         return AppendTo(m_oBase, m_uId, oName, eType, std::bit_cast<u3_t>(dValue));
     });
@@ -173,6 +169,10 @@ u2_t Data::AddStr(Data_Name oName, std::string_view sText) {
         b.CheckAppend(m_uId);
         return b.AppendText(m_uId, b.KeyOf(oName), sText);
     });
+}
+
+u2_t Data::AddStr(Data_Name oName, const char* sText) {
+    return AddStr(oName, std::string_view(sText != nullptr ? sText : ""));
 }
 
 u2_t Data::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
@@ -201,16 +201,7 @@ Data Data::CreateSucc(const char* sName, u2_t* pCreated) {
 // ---- memory -----------------------------------------------------------------
 
 std::size_t Data::HeapBytes() const noexcept {
-    if (!m_oBase) return 0;
-    const Base& b = *m_oBase;
-    std::size_t uBytes = sizeof(Base) + Mem::HEADER_SIZE + b.m_oName.HeapBytes() +
-                         b.m_oAttName.HeapBytes() + b.m_oUserTag.Size();
-    uBytes += b.m_oNode.Capacity() * sizeof(Node) + b.m_oStr.Capacity();
-    uBytes += 4 * (b.m_oSucc.Capacity() + b.m_oUnsorted.Capacity() + b.m_oAttHead.Capacity());
-    for (std::size_t u = 0; u < b.m_oAttArr.Size(); ++u) {
-        uBytes += sizeof(Data_AttArr) + b.m_oAttArr(u)->oAtt.Capacity() * sizeof(Data_Att);
-    }
-    return uBytes + b.m_oAttArr.Capacity() * sizeof(void*);
+    return m_oBase ? m_oBase->HeapBytes() : 0;
 }
 
 std::size_t Data::TextBytes() const noexcept {

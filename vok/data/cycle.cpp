@@ -2,6 +2,7 @@
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
+#include "vok/data/id_map.h"
 
 namespace vok {
 
@@ -11,9 +12,8 @@ namespace {
 // still being looked at: coming back to an open one closes a loop.
 class CycleSearch {
   public:
-    explicit CycleSearch(Data_Base& oBase) : b(oBase) {
+    explicit CycleSearch(Data_Base& oBase) : b(oBase), m_oState(oBase.m_oNode.Size()) {
         b.UpdateSucc();
-        m_oState.Resize(b.m_oNode.Size());
     }
 
     [[nodiscard]] bool Run(u2_t uId) {
@@ -29,8 +29,9 @@ class CycleSearch {
             if (uNext >= b.m_oNode.Size() || b.m_oNode(uNext).GetType() == Data_Node::Zombi) {
                 continue;
             }
-            if (m_oState(uNext) == OPEN) return true;
-            if (m_oState(uNext) == UNSEEN) Enter(uNext);
+            const State eState = m_oState.Find(uNext);
+            if (eState == OPEN) return true;
+            if (eState == UNSEEN) Enter(uNext);
         }
         return false;
     }
@@ -55,7 +56,7 @@ class CycleSearch {
     }
 
     Data_Base& b;
-    Arr<State> m_oState;  // by id
+    Data_IdMap<State> m_oState;
     Arr<Open> m_oOpen;
 };
 

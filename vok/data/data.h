@@ -28,8 +28,8 @@ struct Access;
 // How the last reference to a tree destroys it; found by Mem::Ref where the store is unknown.
 void Dispose(Data_Base* pBase) noexcept;
 
-// A name of one tree, looked up once and used many times. Valid as long as the tree; in
-// another tree it may mean another name, or none.
+// A name of one tree, looked up once and used many times. Valid until Data::Shrink, or as long as
+// the tree; in another tree it may mean another name, or none.
 struct Data_Key {
     static constexpr u2_t UNKNOWN = 0xFFFFFFFF;
     u2_t uKey = UNKNOWN;
@@ -156,8 +156,12 @@ class Data {
     [[nodiscard]] Data GetNthSucc(u2_t uNth) const;
     [[nodiscard]] Data GetNthSucc(const char* sName, u2_t uNth) const;
     [[nodiscard]] Data GetNthSucc(Data_Key oKey, u2_t uNth) const;
-    // The same, but a missing successor raises "node has no successor named "%0"" or "node
-    // has not %1 successors named "%0"".
+    // How many successors of one name there are, removed ones included. Like GetNthSucc this takes
+    // log n, also in turns with CreateNewSucc, where an iterator would put all in order.
+    [[nodiscard]] u2_t GetSuccCount(const char* sName) const;
+    [[nodiscard]] u2_t GetSuccCount(Data_Key oKey) const;
+    // The same as GetNthSucc, but a missing successor raises "node has no successor named "%0"" or
+    // "node has not %1 successors named "%0"".
     [[nodiscard]] Data GetCheckedSucc(const char* sName, u2_t uNth = 0) const;
 
     // Appends an empty successor and moves to it. Constant time. Only an empty node, a tree
@@ -174,6 +178,7 @@ class Data {
     u2_t AddDbl(Data_Name oName, double dValue, Node::Type eType = Node::Double);
     u2_t AddLng(Data_Name oName, u3_t uValue);
     u2_t AddStr(Data_Name oName, std::string_view sText);
+    u2_t AddStr(Data_Name oName, const char* sText);  // null counts as the empty text
     u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     // The first successor of that name, made if there is none; *pCreated (may be null)
     // receives the number of nodes made. An empty cursor gets a tree first.
@@ -183,18 +188,21 @@ class Data {
     // position p: the p-th of that name; missing ones are made, all but the last as
     // placeholders; a placeholder there is revived; another node must match ("node already
     // exists"). Attributes of the step are set on what was made or found without position.
-    // Placeholders count against m_uSkippedSlots.
+    // Placeholders count against m_uSkippedSlots, looking for a match is linear in the successors
+    // of that name and counts as work. When it fails nothing was made.
     Data CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated = nullptr,
                     const Limits& oLimits = {});
     // The node at the end of a path, with every node on the way made that is missing. Raises
-    // "invalid character '%0'" for a path with "*" or "//", before anything is made. The
-    // placeholders of all steps together count against m_uSkippedSlots.
+    // "invalid character '%0'" for a path with "*" or "//", before anything is made; any other
+    // failure on the way takes back what was made. The placeholders of all steps together count
+    // against m_uSkippedSlots, their work like that of GetNodeSet.
     Data CreateNode(const char* sPath, u2_t* pCreated = nullptr, const Limits& oLimits = {});
 
     // ---- values -----------------------------------------------------------
     //
     // Setters put an empty cursor on the root of a new tree first. They raise "node "%0"
-    // with wrong data type: '%1'" on a node with successors.
+    // with wrong data type: '%1'" on a node with successors, "try to access deleted node" on
+    // a removed one, and "assertion failed: %0" for a type that is not among theirs.
 
     // eType: Boolean, Integer or Char.
     void SetValInt(i2_t iValue, Node::Type eType = Node::Integer);
@@ -212,11 +220,14 @@ class Data {
     // be on a tree ("object points to nothing"); a target elsewhere raises ""%0" with wrong
     // data type" for "Root".
     void SetValLink(const Data& oTarget);
-    // Makes the node empty; a placeholder becomes a live node again. Ignored when empty.
+    // Makes the node empty; a placeholder becomes a live node again, a node cut loose does
+    // not: "try to access deleted node". Ignored when empty.
     void ClearVal();
 
     // Getters raise "node "%0" with wrong data type: '%2' expected but got '%1'" unless the
-    // node has just the expected type. Nothing is converted.
+    // node has just the expected type, and "assertion failed: %0" when that is none of theirs
+    // (GetValInt reads Boolean, Integer and Char, GetValDbl Float, Double and Date). Nothing is
+    // converted.
     [[nodiscard]] i2_t GetValInt(Node::Type eType = Node::Integer) const;
     [[nodiscard]] bool GetValBool() const;
     [[nodiscard]] double GetValDbl(Node::Type eType = Node::Double) const;
@@ -230,10 +241,13 @@ class Data {
     // The string value; sDefault for an empty node or cursor.
     [[nodiscard]] const char* GetStr(const char* sDefault) const;
 
-    // The value as text into oOut: numbers in decimal, reals with 16 significant digits, dates
-    // as "2026-11-24 18:35:56" in UTC. Empty nodes give sDefault (null: the empty string).
-    // Binary, Link, Tree and removed nodes raise the wrong-data-type error.
+    // The value as text in place of what oOut holds: numbers in decimal, reals with 16 significant
+    // digits, dates as "2026-11-24 18:35:56" in UTC. Empty nodes give sDefault (null: the empty
+    // string). Binary, Link, Tree and removed nodes raise the wrong-data-type error.
     void CvtStr(Str& oOut, const char* sDefault = nullptr) const;
+    // The decimal number that a text starts with, after blanks and a sign: 0 when there is
+    // none or the text is null, clamped to 32 bits. This is how CvtInt and CvtDbl read texts.
+    [[nodiscard]] static i2_t StrToInt(const char* sText) noexcept;
     // The value as a whole number; a text as its leading 32-bit decimal number. Reals give 0,
     // whatever they hold: stored data depends on it, use CvtDbl for their number.
     [[nodiscard]] i3_t CvtInt(i2_t iDefault = 0) const;
@@ -245,7 +259,8 @@ class Data {
 
     // ---- attributes -------------------------------------------------------
 
-    // Null removes the attribute. Raises "unallowed attribute "%0"" for an empty name.
+    // Null removes the attribute. Raises "unallowed attribute "%0"" for an empty name, "try to
+    // access deleted node" on a removed node.
     void SetAttVal(const char* sName, const char* sValue);
     // Null when there is no such attribute.
     [[nodiscard]] const char* GetAttVal(const char* sName) const;
@@ -260,8 +275,9 @@ class Data {
     // ---- paths ------------------------------------------------------------
 
     // The nodes that a path selects, seen from this node, by ascending id. Raises the
-    // errors of Data_Xpath::Parse, "node has no predecessor" for a step above the root, and
-    // the limit on nodes looked at (m_uPathSteps).
+    // errors of Data_Xpath::Parse, "node has no predecessor" for a step above the root, and the
+    // limits on nodes looked at (m_uPathSteps) and on work, whose input are the path and the
+    // records of the tree. Every step looks at each node once at most.
     [[nodiscard]] Data_NodeSet GetNodeSet(const char* sPath, const Limits& oLimits = {}) const;
     // Whether the node has the attributes that a step asks for; removed nodes never have.
     [[nodiscard]] bool Test(const Data_XpathStep& oStep) const;
@@ -282,8 +298,10 @@ class Data {
     static constexpr u2_t XML_SKIP_HTML = 4;     // the tags "br" and "meta" are left out
     static constexpr u2_t XML_LOOSE_TAGS = 8;    // attributes without quotes, or value
 
-    // Reads the document that the stream holds from its position to its end, and returns the
-    // number of its elements. Elements become nodes, XML attributes become attributes, the
+    // Reads the document that the stream holds at its position, and returns the number of its
+    // elements. It ends with its top element: what stands behind is not read, and a stream that
+    // can seek is left there, so that documents may follow each other.
+    // Elements become nodes, XML attributes become attributes, the
     // text of an element without elements becomes its value, with the type that an attribute
     // dt:dt gives. The top element becomes the root of an empty tree, else a successor of this
     // node; the cursor ends on the root, and other cursors must be taken anew as after Shrink.
@@ -354,9 +372,10 @@ class Data {
     // The same as a tree of its own, the copy being its root, with this tree's user tag.
     // Returns the root.
     [[nodiscard]] Data MkClone() const;
-    // Drops removed nodes, unused texts and dead attributes; costs nothing when there are
-    // none worth it. Ids change but keep their order: this cursor follows its node (or goes
-    // to the root if that is gone), other cursors and iterators must be taken anew. Links to
+    // Drops removed nodes, unused texts and dead attributes, and names where most of more than a
+    // thousand are no longer borne; costs nothing when there are none worth it. A Data_Key must
+    // be taken anew after that. Ids change but keep their order: this cursor follows its node (or
+    // goes to the root if that is gone), other cursors and iterators must be taken anew. Links to
     // dropped nodes lead to nothing.
     void Shrink();
     // Makes the tree as new for all its cursors: an unnamed, empty root, no user tag. Keys

@@ -7,6 +7,7 @@
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/escape.h"
+#include "vok/data/id_map.h"
 
 namespace vok {
 
@@ -23,7 +24,11 @@ using Visit = std::function<bool(const Data_Difference&)>;
 // One of the two subtrees.
 class Side {
   public:
-    Side(Data_Base& oBase, u2_t uTop) : b(oBase), m_uTop(uTop) { b.UpdateSucc(); }
+    Side(Data_Base& oBase, u2_t uTop) : b(oBase), m_oPlace(oBase.m_oNode.Size()) {
+        b.UpdateSucc();
+        m_oPlace(0) = OUTSIDE;
+        m_oPlace(uTop) = INSIDE;
+    }
 
     [[nodiscard]] const Data_Node& Node(u2_t uId) const noexcept { return b.m_oNode(uId); }
     [[nodiscard]] bool IsLive(u2_t uId) const noexcept {
@@ -56,14 +61,10 @@ class Side {
     }
     // Every node on the way up is looked at once for all targets.
     [[nodiscard]] Place PlaceOf(u2_t uId) {
-        if (m_oPlace.Size() == 0) {
-            m_oPlace.Resize(b.m_oNode.Size());
-            m_oPlace(0) = OUTSIDE;
-            m_oPlace(m_uTop) = INSIDE;
-        }
+        const std::size_t uNodes = b.m_oNode.Size();
         u2_t uUp = uId;
-        while (uUp < m_oPlace.Size() && m_oPlace(uUp) == UNKNOWN) uUp = b.m_oNode(uUp).Pred();
-        const Place ePlace = uUp < m_oPlace.Size() ? m_oPlace(uUp) : DETACHED;
+        while (uUp < uNodes && m_oPlace.Find(uUp) == UNKNOWN) uUp = b.m_oNode(uUp).Pred();
+        const Place ePlace = uUp < uNodes ? m_oPlace.Find(uUp) : DETACHED;
         for (u2_t u = uId; u != uUp; u = b.m_oNode(u).Pred()) m_oPlace(u) = ePlace;
         return ePlace;
     }
@@ -71,8 +72,7 @@ class Side {
     Data_Base& b;
 
   private:
-    u2_t m_uTop;
-    Arr<Place> m_oPlace;  // by id, once it is asked for
+    Data_IdMap<Place> m_oPlace;
 };
 
 class Comparison {
@@ -84,15 +84,16 @@ class Comparison {
           a(oBaseA, oA.GetId()),
           b(oBaseB, oB.GetId()),
           m_bSameTree(&oBaseA == &oBaseB),
-          m_pVisit(pVisit) {
-        m_oKeyOfA.Resize(oBaseA.m_oName.Size());
-    }
+          m_pVisit(pVisit),
+          m_oKeyOfA(oBaseA.m_oName.Size()) {}
 
     // The number of differences found.
     u3_t Run() {
         const u2_t uA = m_oCursorA.GetId();
         const u2_t uB = m_oCursorB.GetId();
-        if (std::string_view(a.b.ShownName(uA)) != b.b.ShownName(uB)) {
+        // The name that an unnamed root goes by is as good as none.
+        if (a.Name(a.Node(uA).uKey) != b.Name(b.Node(uB).uKey) &&
+            std::string_view(a.b.ShownName(uA)) != b.b.ShownName(uB)) {
             Report(Data_Difference::Name, uA, uB);
         }
         if (!m_bStopped) ComparePair(uA, uB);
@@ -321,8 +322,8 @@ class Comparison {
     Side a;
     Side b;
     const bool m_bSameTree;
-    const Visit* m_pVisit;  // null: the first difference will do
-    Arr<u2_t> m_oKeyOfA;    // by key of A: that of B
+    const Visit* m_pVisit;       // null: the first difference will do
+    Data_IdMap<u2_t> m_oKeyOfA;  // by key of A: that of B
     Arr<Frame> m_oFrame;
     Arr<IdPair> m_oPair;  // what was compared
     Arr<IdPair> m_oLink;

@@ -84,6 +84,7 @@ class Writer {
             m_oAttribute.Add(0);
             // A name that was met by an attempt without memory has no records yet.
             if (u > b.m_oAttArr.Size()) continue;
+            b.SettleAttributes(*b.m_oAttArr(u - 1));
             const Arr<Data_Att>& oAtt = b.m_oAttArr(u - 1)->oAtt;
             for (const Data_Att* p = oAtt.Beg(); p != oAtt.End(); ++p) {
                 if (p->uValue == Data_Att::NO_VALUE) continue;

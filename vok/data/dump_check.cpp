@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "vok/data/link_bytes.h"
+
 namespace vok::dump {
+
+using detail::LinkBytes;
 
 void Checker::Run(const Arr<u2_t>& oAttributes) {
     if (b.m_oStr.Size() != 0 && b.m_oStr(0) != 0) throw Fault{Fault::HEAP, 0};
@@ -10,9 +14,13 @@ void Checker::Run(const Arr<u2_t>& oAttributes) {
     if (m_bUpward || b.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
     CheckAttributes(oAttributes);
     CheckLateTexts();
+    CheckShared();
     b.m_uIndexed = static_cast<u2_t>(b.m_oNode.Size());
     b.m_uGarbage = b.m_oStr.Size() - std::min<u3_t>(m_uReferred, b.m_oStr.Size());
 }
+
+// A node record takes 16 bytes of a dump.
+constexpr u3_t SHORT_NAME = 256;
 
 // ---- nodes and groups ---------------------------------------------------------
 
@@ -160,7 +168,7 @@ void Checker::CheckLevels() {
         }
         if (uUp < uNodes && oLevel(uUp) == ON_THE_WAY) FailNode(uId);
         u2_t uLevel = (uUp < uNodes ? oLevel(uUp) : 0) + uSteps;
-        if (uLevel > m_oLimits.m_uDepth + 1 && m_oLimits.m_uDepth < uNodes) {
+        if (uLevel > m_oLimits.m_uDepth) {
             Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
         }
         for (u2_t u = uId; u != uUp && u < uNodes; u = b.m_oNode(u).Pred()) oLevel(u) = uLevel--;
@@ -212,10 +220,26 @@ void Checker::CheckLateTexts() {
             if (uEnd == 0) throw Fault{Fault::HEAP, p->uBegin};
             continue;
         }
+        m_uShared += uEnd - p->uBegin;
         const bool bSameEnd = p->uSize == TO_NUL || u3_t{p->uBegin} + p->uSize == uEnd;
         const bool bInsideCharacter = (static_cast<u0_t>(*b.HeapAt(p->uBegin)) & 0xC0u) == 0x80u;
         if (!bSameEnd || bInsideCharacter) throw Fault{Fault::HEAP, p->uBegin};
     }
+}
+
+// Nodes may share texts and names, which every form but the dump writes out for each of them, and
+// links the nodes that they lead to.
+void Checker::CheckShared() const {
+    u3_t uBytes = m_uReferred + m_uShared + LinkBytes(b);
+    u3_t uLongest = 0;
+    for (u2_t uKey = 0; uKey < b.m_oName.Size(); ++uKey) {
+        uLongest = std::max<u3_t>(uLongest, b.m_oName(uKey).uLength);
+    }
+    // Mostly the sum is below any bound without being made.
+    if (uLongest > SHORT_NAME) {
+        for (const Data_Node& o : b.m_oNode) uBytes += b.m_oName(o.uKey).uLength;
+    }
+    (void)m_oWork.CheckMemory(uBytes);
 }
 
 // ---- attributes ---------------------------------------------------------------

@@ -2,6 +2,7 @@
 #ifndef VOK_DATA_DUMP_CHECK_H
 #define VOK_DATA_DUMP_CHECK_H
 
+#include "vok/base/work.h"
 #include "vok/data/store.h"
 
 namespace vok::dump {
@@ -18,7 +19,8 @@ struct Fault {
 // errors of limits. Linear but for texts that are out of order, which are sorted.
 class Checker {
   public:
-    Checker(Data_Base& oBase, const Limits& oLimits) : b(oBase), m_oLimits(oLimits) {}
+    Checker(Data_Base& oBase, const Limits& oLimits, const Work& oWork)
+        : b(oBase), m_oLimits(oLimits), m_oWork(oWork) {}
 
     // Nodes, groups and texts, then the attributes: those of all names from the words of their
     // block.
@@ -56,9 +58,11 @@ class Checker {
     // The end of a valid text with its NUL, 0 when there is none.
     [[nodiscard]] std::size_t EndOfText(u2_t uBegin, u2_t uSize) const;
     void CheckLateTexts();
+    void CheckShared() const;
 
     Data_Base& b;
     const Limits& m_oLimits;
+    const Work& m_oWork;
     std::size_t m_uNextGroup = 0;  // word at which the next group begins
     u3_t m_uHung = 0;              // nodes that name a predecessor
     u3_t m_uInGroups = 0;
@@ -69,6 +73,7 @@ class Checker {
     // byte is looked at twice at the most, however many texts share it.
     std::size_t m_uChecked = 0;
     u3_t m_uReferred = 0;  // bytes of the heap that are in use
+    u3_t m_uShared = 0;    // bytes of texts that others have part in
     Arr<Text> m_oLate;
 };
 

@@ -6,6 +6,7 @@
 #include "vok/data/dump_check.h"
 #include "vok/file/buf.h"
 #include "vok/file/file.h"
+#include "vok/file/rest.h"
 
 namespace vok {
 
@@ -16,7 +17,11 @@ namespace {
 class Reader {
   public:
     Reader(File_Stream& oIn, const Limits& oLimits)
-        : m_oIn(oIn), m_oLimits(oLimits), m_oBase(Mem::Ref<Data_Base>::Create()), b(*m_oBase) {}
+        : m_oIn(oIn),
+          m_oLimits(oLimits),
+          m_oWork(oLimits),
+          m_oBase(Mem::Ref<Data_Base>::Create()),
+          b(*m_oBase) {}
 
     Mem::Ref<Data_Base> Run() {
         u2_t uLibraryVersion = 0;
@@ -39,7 +44,8 @@ class Reader {
             TurnWords(oAttributes.Beg(), oAttributes.Size());
         }
         try {
-            Checker(b, m_oLimits).Run(oAttributes);
+            m_oWork.SetInput(m_uAt);
+            Checker(b, m_oLimits, m_oWork).Run(oAttributes);
         } catch (const Fault& oFault) {
             Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
         }
@@ -54,6 +60,7 @@ class Reader {
   private:
     // Places in the heap and in the groups are signed 32-bit numbers elsewhere.
     static constexpr u3_t MAX_WORDS = 0x7FFFFFFF;
+    static constexpr std::size_t NAMES_BETWEEN_CHECKS = 4096;
     static constexpr std::size_t FIRST_CHUNK = 64 * 1024;
 
     [[noreturn]] void Fail(u3_t uOffset) {
@@ -124,12 +131,16 @@ class Reader {
                 b.Intern(sLeft.substr(0, uLength));
             }
             if (oTable.Size() == uKeys) Fail(uOffset);
+            // Names cost more than their bytes, which may have been inflated from few.
+            const bool bLook = m_oWork.IsMetered() && uKeys % NAMES_BETWEEN_CHECKS == 0;
+            if (bLook) (void)m_oWork.CheckMemory(b.HeapBytes());
             sLeft.remove_prefix(uLength + 1);
         }
     }
 
     File_Stream& m_oIn;
     const Limits& m_oLimits;
+    Work m_oWork;
     const Mem::Ref<Data_Base> m_oBase;
     Data_Base& b;
     u3_t m_uAt = 0;
@@ -156,6 +167,7 @@ void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
             throw;
         }
         oReport();
+        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
     });
 }
 

@@ -52,6 +52,7 @@ void Data_Base::Link(u2_t uId, u2_t uParent, u2_t uPos) noexcept {
             return m_oName.IsLess(m_oNode(uOther).uKey, uKey);
         });
     }
+    m_uMoved += static_cast<u3_t>(pEnd - pPlace);
     std::copy_backward(pPlace, pEnd, pEnd + 1);
     *pPlace = uId;
     ++pGroup[0];
@@ -64,9 +65,19 @@ void Data_Base::Unlink(u2_t uId) noexcept {
     u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
     u2_t* pFirst = pGroup + GROUP_HEADER;
     u2_t* pEnd = pFirst + pGroup[0];
-    u2_t* pPlace = pFirst + FindRun({pFirst, pGroup[0]}, m_oNode(uId).uKey).uFirst;
-    pPlace = std::find(pPlace, pEnd, uId);
-    std::copy(pPlace + 1, pEnd, pPlace);
+    u2_t* pPlace = PlaceOf(uId);
+    if (pPlace - pFirst < pEnd - pPlace) {
+        // The shorter side moves up, and the group begins a word later.
+        m_uMoved += static_cast<u3_t>(pPlace - pFirst);
+        std::copy_backward(pGroup, pPlace, pPlace + 1);
+        ++pGroup;
+        --pGroup[1];
+        ++oParent.uWord2;
+        ++m_uDeadSucc;
+    } else {
+        m_uMoved += static_cast<u3_t>(pEnd - pPlace);
+        std::copy(pPlace + 1, pEnd, pPlace);
+    }
     --pGroup[0];
     if (--oParent.uWord3 != 0) return;
     AddDeadGroup(oParent);
@@ -79,7 +90,7 @@ void Data_Base::Reorder(u2_t uId, u2_t uPos) noexcept {
     u2_t* pFirst = m_oSucc.Beg() + oParent.Start() + GROUP_HEADER;
     const Run oRun = FindRun({pFirst, oParent.Size()}, m_oNode(uId).uKey);
     pFirst += oRun.uFirst;
-    u2_t* pOld = std::find(pFirst, pFirst + oRun.uSize, uId);
+    u2_t* pOld = PlaceOf(uId);
     u2_t* pNew = pFirst + std::min(uPos, oRun.uSize - 1);
     if (pOld < pNew) {
         std::rotate(pOld, pOld + 1, pNew + 1);
@@ -147,7 +158,10 @@ void Data_Base::Reset() {
     m_oNode.Swap(oNode);
     m_oSucc.Clear();
     m_oUnsorted.Clear();
-    for (std::size_t u = 0; u < m_oAttArr.Size(); ++u) m_oAttArr(u)->oAtt.Clear();
+    for (Data_AttArr* p : m_oAttArr) {
+        p->oAtt.Clear();
+        p->oRuns.Clear();
+    }
     m_oAttHead.Clear();
     m_oStr.Clear();
     m_oUserTag.Clear();
@@ -161,10 +175,13 @@ void Data_Base::Reset() {
 void Data_Base::Rollback(u2_t uFirst) noexcept {
     m_oNode.Truncate(uFirst);
     m_oAttHead.Truncate(uFirst);
-    for (std::size_t u = 0; u < m_oAttArr.Size(); ++u) {
-        Arr<Data_Att>& oAtt = m_oAttArr(u)->oAtt;
+    for (Data_AttArr* p : m_oAttArr) {
+        SettleAttributes(*p);
+        Arr<Data_Att>& oAtt = p->oAtt;
         std::size_t uSize = oAtt.Size();
-        while (uSize != 0 && oAtt(uSize - 1).uId >= uFirst) --uSize;
+        while (uSize != 0 && oAtt(uSize - 1).uId >= uFirst) {
+            m_uDeadAtts -= oAtt(--uSize).uValue == Data_Att::NO_VALUE;
+        }
         oAtt.Truncate(uSize);
     }
 }

@@ -1,8 +1,11 @@
 // Evaluation of paths.
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
+#include "vok/data/id_map.h"
 #include "vok/data/select.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/xpath.h"
@@ -16,6 +19,7 @@ struct Lookup {
     const Data_XpathStep& oStep;
     u2_t uKey;           // Hash::NONE for a name that no node bears
     Arr<u2_t> oAttKeys;  // parallel to the predicates; Hash::NONE for unknown names
+    Arr<u3_t> oAttWork;  // units that one test of each takes
 };
 
 // Walks a path step by step over whole sets of nodes: what a step selects is gathered for all
@@ -23,8 +27,7 @@ struct Lookup {
 // step however many ways lead to it, and nothing recurses.
 class Evaluator {
   public:
-    Evaluator(Data_Base& oBase, const Limits& oLimits, u3_t& uSeen)
-        : b(oBase), m_oLimits(oLimits), m_uSeen(uSeen) {}
+    Evaluator(Data_Base& oBase, Work& oWork) : b(oBase), m_oWork(oWork) {}
 
     void Run(u2_t uStart, const Data_Xpath& oPath, Arr<u2_t>& oResult) {
         if (IsLive(uStart)) oResult.Add(uStart);
@@ -45,29 +48,16 @@ class Evaluator {
         return b.m_oNode(uId).GetType() != Data_Node::Zombi;
     }
 
-    void Count(u3_t uNodes) {
-        m_uSeen += uNodes;
-        if (m_uSeen > m_oLimits.m_uPathSteps) {
-            Msg::LimitExceeded("path steps", m_oLimits.m_uPathSteps, "Limits::m_uPathSteps");
-        }
-    }
-
     // Adds everything below the nodes of a set.
     void AddDescendants(Arr<u2_t>& oSet) {
-        Arr<u2_t> oSeen;  // a bit per node
-        Count((b.m_oNode.Size() + 31) / 32);
-        oSeen.Resize((b.m_oNode.Size() + 31) / 32);
-        const auto oMark = [&oSeen](u2_t uId) {
-            u2_t& uWord = oSeen(uId >> 5);
-            const u2_t uBit = u2_t{1} << (uId & 31);
-            const bool bNew = (uWord & uBit) == 0;
-            uWord |= uBit;
-            return bNew;
-        };
+        Data_IdMap<bool> oSeen(b.m_oNode.Size());
+        // What hangs below one node is met once in any case.
+        const bool bMark = oSet.Size() > 1;
+        const auto oMark = [&](u2_t uId) { return !bMark || !std::exchange(oSeen(uId), true); };
         for (std::size_t u = 0; u < oSet.Size(); ++u) oMark(oSet(u));
         for (std::size_t u = 0; u < oSet.Size(); ++u) {
             const Data_Base::Group oGroup = b.SuccOf(oSet(u));
-            Count(oGroup.uSize);
+            m_oWork.Look(oGroup.uSize);
             for (u2_t uNth = 0; uNth < oGroup.uSize; ++uNth) {
                 const u2_t uId = oGroup.pId[uNth];
                 if (IsLive(uId) && oMark(uId)) oSet.Add(uId);
@@ -79,6 +69,7 @@ class Evaluator {
         if (oStep.m_eKind == Data_XpathStep::Self) return;
         Arr<u2_t> oNext;
         const Lookup oLookup = LookUp(oStep);
+        m_oWork.Charge(1);
         for (std::size_t u = 0; u < oSet.Size(); ++u) {
             if (oStep.m_eKind == Data_XpathStep::Parent) {
                 AddPred(oSet(u), oNext);
@@ -86,25 +77,29 @@ class Evaluator {
                 AddSuccessors(oSet(u), oLookup, oNext);
             }
         }
-        std::sort(oNext.Beg(), oNext.End());
+        m_oWork.Charge(oNext.Size());
+        if (!std::is_sorted(oNext.Beg(), oNext.End())) std::sort(oNext.Beg(), oNext.End());
         oNext.Truncate(
             static_cast<std::size_t>(std::unique(oNext.Beg(), oNext.End()) - oNext.Beg()));
         oSet.Swap(oNext);
     }
 
     [[nodiscard]] Lookup LookUp(const Data_XpathStep& oStep) const {
-        Lookup oLookup{oStep, oStep.m_bAnyName ? Hash::NONE : b.m_oName.Find(oStep.m_sName), {}};
+        const u2_t uKey = oStep.m_bAnyName ? Hash::NONE : b.m_oName.Find(oStep.m_sName);
+        Lookup oLookup{oStep, uKey, {}, {}};
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
             oLookup.oAttKeys.Add(b.m_oAttName.Find(oStep.m_oAttName(u)));
+            oLookup.oAttWork.Add(FIND_ATTRIBUTE + Work::OfText(std::strlen(oStep.AttVal(u))));
         }
         return oLookup;
     }
 
     void AddPred(u2_t uId, Arr<u2_t>& oNext) {
-        Count(1);
+        m_oWork.Look(1);
         const u2_t uPred = b.m_oNode(uId).Pred();
         if (uPred >= b.m_oNode.Size()) Msg::NodeHasNoPredecessor();
-        oNext.Add(uPred);
+        // Siblings stand side by side.
+        if (oNext.Size() == 0 || oNext(oNext.Size() - 1) != uPred) oNext.Add(uPred);
     }
 
     void AddSuccessors(u2_t uId, const Lookup& oLookup, Arr<u2_t>& oNext) {
@@ -118,16 +113,17 @@ class Evaluator {
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
             oRun = uIndex < oRun.uSize ? Data_Base::Run{oRun.uFirst + uIndex, 1} : Data_Base::Run{};
         }
-        Count(u3_t{oRun.uSize} + 1);
+        m_oWork.Look(u3_t{oRun.uSize} + 1);
         for (u2_t u = 0; u < oRun.uSize; ++u) {
             const u2_t uSucc = oGroup.pId[oRun.uFirst + u];
             if (IsLive(uSucc) && HasAttributes(uSucc, oLookup)) oNext.Add(uSucc);
         }
     }
 
-    [[nodiscard]] bool HasAttributes(u2_t uId, const Lookup& oLookup) const {
+    [[nodiscard]] bool HasAttributes(u2_t uId, const Lookup& oLookup) {
         for (std::size_t u = 0; u < oLookup.oAttKeys.Size(); ++u) {
             if (*oLookup.oStep.m_oAttName(u) == 0) continue;
+            m_oWork.Charge(oLookup.oAttWork(u));
             if (!b.HasAttributes(uId)) return false;
             const u2_t uValue = b.FindAttribute(uId, oLookup.oAttKeys(u));
             if (uValue == Data_Att::NO_VALUE) return false;
@@ -136,22 +132,23 @@ class Evaluator {
         return true;
     }
 
+    // Units of work for a search among the nodes of one attribute name.
+    static constexpr u3_t FIND_ATTRIBUTE = 8;
+
     Data_Base& b;
-    const Limits& m_oLimits;
-    u3_t& m_uSeen;
+    Work& m_oWork;
 };
 
 }  // namespace
 
 namespace detail {
 
-void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, const Limits& oLimits, u3_t& uSeen,
-                 Arr<u2_t>& oResult) {
+void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, Work& oWork, Arr<u2_t>& oResult) {
     return Where("vok::Data::GetNodeSet", [&] {
         Data_Xpath oPath;
         oPath.Parse(sPath);
         oResult.Resize(0);
-        Evaluator(b, oLimits, uSeen).Run(oPath.IsAbsolute() ? 0 : uStart, oPath, oResult);
+        Evaluator(b, oWork).Run(oPath.IsAbsolute() ? 0 : uStart, oPath, oResult);
     });
 }
 
@@ -159,10 +156,11 @@ void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, const Limits& oLi
 
 Data_NodeSet Data::GetNodeSet(const char* sPath, const Limits& oLimits) const {
     Data_NodeSet oSet;
-    u3_t uSeen = 0;
     Base& b =
         Where("vok::Data::GetNodeSet", [&]() -> Base& { return detail::NodeOf(m_oBase, m_uId); });
-    detail::SelectNodes(b, m_uId, sPath, oLimits, uSeen, oSet.m_oId);
+    const std::size_t uPath = sPath != nullptr ? std::strlen(sPath) : 0;
+    Work oWork(oLimits, uPath + b.m_oNode.Size() * sizeof(Node));
+    detail::SelectNodes(b, m_uId, sPath, oWork, oSet.m_oId);
     if (oSet.Size() != 0) oSet.m_oBase = m_oBase;
     return oSet;
 }

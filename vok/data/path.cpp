@@ -1,9 +1,12 @@
 // Paths of nodes, and nodes made along paths.
+#include <cstring>
+
 #include "vok/base/number.h"
 #include "vok/base/where.h"
+#include "vok/base/work.h"
 #include "vok/data/checks.h"
 #include "vok/data/escape.h"
-#include "vok/data/succ_it.h"
+#include "vok/data/undo.h"
 #include "vok/data/xpath.h"
 
 namespace vok {
@@ -34,81 +37,147 @@ Str Data::GetPath() const {
 
 namespace {
 
-// Sets the attributes of a step on a node.
-void SetAttributes(Data& oNode, const Data_XpathStep& oStep) {
-    for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
-        if (oStep.AttVal(u) != nullptr) oNode.SetAttVal(oStep.m_oAttName(u), oStep.AttVal(u));
-    }
-}
+// Makes the nodes that a path describes, and takes them back when that fails on the way.
+class PathMaker {
+  public:
+    PathMaker(Data_Base& oBase, const Limits& oLimits, std::size_t uPath)
+        : b(oBase),
+          m_oLimits(oLimits),
+          m_oWork(oLimits, uPath + oBase.m_oNode.Size() * sizeof(Data_Node)),
+          m_oUndo(oBase) {}
 
-// Without position: the one successor that matches, or a new one.
-Data MatchOrAppend(Data& oParent, const Data_XpathStep& oStep, u2_t& uCreated) {
-    Data oResult;
-    for (Data_SuccIt oIt = oParent.GetSuccIt(oStep.m_sName); oIt.SkipZombies(); oIt.Advance()) {
-        const Data oSucc = oIt.GetData();
-        if (!oSucc.Test(oStep)) continue;
-        if (oResult.IsNode()) Msg::NodeIsNotUnique();
-        oResult = oSucc;
-    }
-    if (oResult.IsNode()) return oResult;
-    uCreated = 1;
-    return oParent.CreateNewSucc(oStep.m_sName);
-}
+    [[nodiscard]] u2_t Created() const noexcept { return m_uCreated; }
+    void TakeBack() noexcept { m_oUndo.TakeBack(); }
 
-// With a position past the end: placeholders up to it, then the new node.
-Data AppendUpTo(Data& oParent, const Data_XpathStep& oStep, u2_t uSize, const Limits& oLimits,
-                u3_t& uSkipped, u2_t& uCreated) {
-    const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
-    uSkipped += uIndex - uSize;
-    if (uSkipped > oLimits.m_uSkippedSlots) {
-        Msg::LimitExceeded("skipped slots", oLimits.m_uSkippedSlots, "Limits::m_uSkippedSlots");
+    // The successor of uParent that a step describes.
+    u2_t MatchOrCreate(u2_t uParent, const Data_XpathStep& oStep) {
+        return Where("vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)", [&] {
+            if (oStep.m_bAnyName) Msg::InvalidCharacter('*');
+            m_oWork.Look(1);
+            if (oStep.m_iIndex < 0) return MatchOrAppend(uParent, oStep);
+            const u2_t uKey = b.Intern(oStep.m_sName);
+            const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
+            const u2_t uFound = b.FindNamed(uParent, uKey, uIndex);
+            if (uFound == Data_Node::NONE) return AppendUpTo(uParent, uKey, oStep);
+            if (b.m_oNode(uFound).GetType() == Data_Node::Zombi) return Revive(uFound, oStep);
+            if (!Matches(uFound, oStep)) Msg::NodeAlreadyExists();
+            return uFound;
+        });
     }
-    for (u2_t u = uSize; u < uIndex; ++u) {
-        oParent.CreateNewSucc(oStep.m_sName).Remove();
-        ++uCreated;
-    }
-    ++uCreated;
-    return oParent.CreateNewSucc(oStep.m_sName);
-}
 
-// The successor that a step describes. uSkipped counts placeholders from call to call: the
-// limit on them is one for a whole path.
-Data MatchOrCreate(Data& oParent, const Data_XpathStep& oStep, const Limits& oLimits,
-                   u3_t& uSkipped, u2_t& uCreated) {
-    return Where("vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)", [&] {
-        if (oStep.m_bAnyName) Msg::InvalidCharacter('*');
-        if (!oParent.IsNode()) oParent.SetToRoot();
-        Data oResult;
-        u2_t uMade = 0;
-        const u2_t uSize = oParent.GetSuccIt(oStep.m_sName).Size();
-        if (oStep.m_iIndex < 0) {
-            oResult = MatchOrAppend(oParent, oStep, uMade);
-        } else if (static_cast<u2_t>(oStep.m_iIndex) >= uSize) {
-            oResult = AppendUpTo(oParent, oStep, uSize, oLimits, uSkipped, uMade);
-        } else {
-            oResult = oParent.GetNthSucc(oStep.m_sName, static_cast<u2_t>(oStep.m_iIndex));
-            if (oResult.GetType() != Data_Node::Zombi) {
-                if (!oResult.Test(oStep)) Msg::NodeAlreadyExists();
-                return oResult;
+    u2_t PredOf(u2_t uId) {
+        m_oWork.Look(1);
+        const u2_t uPred = b.m_oNode(uId).Pred();
+        if (uPred >= b.m_oNode.Size()) Msg::NodeHasNoPredecessor();
+        return uPred;
+    }
+
+  private:
+    // Without position: the one successor that matches, or a new one.
+    u2_t MatchOrAppend(u2_t uParent, const Data_XpathStep& oStep) {
+        const u2_t uKey = b.Intern(oStep.m_sName);
+        u2_t uFound = Data_Node::NONE;
+        b.VisitNamed(uParent, uKey, [&](const Data_Base::Group& oGroup) {
+            m_oWork.Look(oGroup.uSize);
+            for (u2_t u = 0; u < oGroup.uSize; ++u) {
+                if (!Matches(oGroup.pId[u], oStep)) continue;
+                if (uFound != Data_Node::NONE) Msg::NodeIsNotUnique();
+                uFound = oGroup.pId[u];
             }
-            oResult.ClearVal();
-            uMade = 1;
+            return true;
+        });
+        // One that was found has the attributes already.
+        if (uFound != Data_Node::NONE) return uFound;
+        return WithAttributes(Append(uParent, uKey), oStep);
+    }
+
+    // With a position past the end: placeholders up to it, then the new node.
+    u2_t AppendUpTo(u2_t uParent, u2_t uKey, const Data_XpathStep& oStep) {
+        const u2_t uMissing = static_cast<u2_t>(oStep.m_iIndex) - b.CountNamed(uParent, uKey);
+        m_uSkipped += uMissing;
+        if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
+            Msg::LimitExceeded("skipped slots", m_oLimits.m_uSkippedSlots,
+                               "Limits::m_uSkippedSlots");
         }
-        SetAttributes(oResult, oStep);
-        uCreated += uMade;
-        return oResult;
-    });
-}
+        for (u2_t u = 0; u < uMissing; ++u) b.Kill(Append(uParent, uKey));
+        return WithAttributes(Append(uParent, uKey), oStep);
+    }
+
+    u2_t Append(u2_t uParent, u2_t uKey) {
+        return Where("vok::Data::CreateNewSucc(const char*)", [&] {
+            b.CheckAppend(uParent);
+            m_oUndo.Keep(uParent);
+            const u2_t uId = b.Append(uParent, uKey);
+            ++m_uCreated;
+            return uId;
+        });
+    }
+
+    u2_t Revive(u2_t uId, const Data_XpathStep& oStep) {
+        m_oUndo.Keep(uId);
+        Data_Node& oNode = b.m_oNode(uId);
+        b.DropValue(oNode);
+        oNode.SetType(Data_Node::Empty);
+        oNode.SetValue64(0);
+        ++m_uCreated;
+        return WithAttributes(uId, oStep);
+    }
+
+    u2_t WithAttributes(u2_t uId, const Data_XpathStep& oStep) {
+        for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
+            if (oStep.AttVal(u) == nullptr) continue;
+            const Utf8_Text oName(oStep.m_oAttName(u));
+            if (oName.Len() == 0) Msg::UnallowedAttribute("");
+            const Utf8_Text oValue(oStep.AttVal(u));
+            m_oUndo.KeepAttribute(uId, oName.View());
+            b.SetAttribute(uId, oName.View(), oValue.View());
+        }
+        return uId;
+    }
+
+    // Whether a node that is not removed has the attributes of a step.
+    [[nodiscard]] bool Matches(u2_t uId, const Data_XpathStep& oStep) {
+        if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
+        for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
+            const char* sName = oStep.m_oAttName(u);
+            const char* sValue = oStep.AttVal(u);
+            if (*sName == 0 || sValue == nullptr) continue;
+            if (!b.HasAttributes(uId)) return false;
+            m_oWork.Charge(1);
+            const u2_t uValue = b.FindAttribute(uId, b.m_oAttName.Find(Utf8_Text(sName).View()));
+            if (uValue == Data_Att::NO_VALUE || std::strcmp(b.HeapAt(uValue), sValue) != 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    Data_Base& b;
+    const Limits& m_oLimits;
+    Work m_oWork;
+    Data_Undo m_oUndo;
+    u3_t m_uSkipped = 0;  // placeholders of all steps: they have one limit
+    u2_t m_uCreated = 0;
+};
 
 }  // namespace
 
 Data Data::CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated, const Limits& oLimits) {
-    u3_t uSkipped = 0;
-    u2_t uCreated = 0;
     if (pCreated != nullptr) *pCreated = 0;
-    Data oResult = MatchOrCreate(*this, oStep, oLimits, uSkipped, uCreated);
-    if (pCreated != nullptr) *pCreated = uCreated;
-    return oResult;
+    const bool bNew = !m_oBase;
+    if (bNew) SetToRoot();
+    PathMaker oMaker(Where("vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)",
+                           [&]() -> Base& { return detail::NodeOf(m_oBase, m_uId); }),
+                     oLimits, 0);
+    try {
+        const u2_t uId = oMaker.MatchOrCreate(m_uId, oStep);
+        if (pCreated != nullptr) *pCreated = oMaker.Created();
+        return Data(m_oBase, uId);
+    } catch (...) {
+        oMaker.TakeBack();
+        if (bNew) Clear();
+        throw;
+    }
 }
 
 Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) {
@@ -122,21 +191,25 @@ Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) 
             if (oPath(u).m_bAnyName) Msg::InvalidCharacter('*');
             if (oPath(u).m_bDescendant) Msg::InvalidCharacter('/');
         }
-        if (!m_oBase) SetToRoot();
-        Data oNode = oPath.IsAbsolute() ? GetRoot() : *this;
-        u3_t uSkipped = 0;
-        u2_t uCreated = 0;
-        for (std::size_t u = 0; u < oPath.Size(); ++u) {
-            const Data_XpathStep& oStep = oPath(u);
-            if (oStep.m_eKind == Data_XpathStep::Self) continue;
-            if (oStep.m_eKind == Data_XpathStep::Parent) {
-                oNode.SetToPred();
-                continue;
+        const bool bNew = !m_oBase;
+        if (bNew) SetToRoot();
+        PathMaker oMaker(detail::NodeOf(m_oBase, m_uId), oLimits,
+                         sPath != nullptr ? std::strlen(sPath) : 0);
+        try {
+            u2_t uId = oPath.IsAbsolute() ? 0 : m_uId;
+            for (std::size_t u = 0; u < oPath.Size(); ++u) {
+                const Data_XpathStep& oStep = oPath(u);
+                if (oStep.m_eKind == Data_XpathStep::Self) continue;
+                uId = oStep.m_eKind == Data_XpathStep::Parent ? oMaker.PredOf(uId)
+                                                              : oMaker.MatchOrCreate(uId, oStep);
             }
-            oNode = MatchOrCreate(oNode, oStep, oLimits, uSkipped, uCreated);
-            if (pCreated != nullptr) *pCreated = uCreated;
+            if (pCreated != nullptr) *pCreated = oMaker.Created();
+            return Data(m_oBase, uId);
+        } catch (...) {
+            oMaker.TakeBack();
+            if (bNew) Clear();
+            throw;
         }
-        return oNode;
     });
 }
 

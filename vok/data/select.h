@@ -2,15 +2,15 @@
 #ifndef VOK_DATA_SELECT_H
 #define VOK_DATA_SELECT_H
 
+#include "vok/base/work.h"
 #include "vok/data/store.h"
 
 namespace vok::detail {
 
 // The ids of the nodes that a path selects, seen from uStart, ascending and without
-// duplicates. uSeen counts the nodes looked at from call to call: the limit on them is one
-// for all. Errors are those of Data::GetNodeSet.
-void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, const Limits& oLimits, u3_t& uSeen,
-                 Arr<u2_t>& oResult);
+// duplicates. What it looks at is charged to oWork, for all paths of one operation together.
+// Errors are those of Data::GetNodeSet.
+void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, Work& oWork, Arr<u2_t>& oResult);
 
 }  // namespace vok::detail
 

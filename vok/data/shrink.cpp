@@ -1,4 +1,7 @@
 // Compacting the tree.
+#include <algorithm>
+#include <utility>
+
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
@@ -14,6 +17,8 @@ class Data_Shrink {
     void Run(u2_t& uFollow) {
         if (b.m_uDead != 0) b.UpdateSucc();
         NumberNodes();
+        NumberNames();
+        NumberAttributes();
         uFollow = m_oNewId(uFollow) != Data_Node::NONE ? m_oNewId(uFollow) : 0;
         FindTexts();
         m_oRanges.Copy(b, [this](const char* pText, std::size_t uSize) {
@@ -39,6 +44,55 @@ class Data_Shrink {
         m_oNode.Reserve(uNext);
     }
 
+    // Names that no node bears any more are dropped once they are the greater part of many.
+    void NumberNames() {
+        Arr<u2_t> oKey;
+        oKey.Resize(b.m_oName.Size());
+        u2_t uUsed = 1;
+        const auto oUse = [&](u2_t uKey) { uUsed += uKey != 0 && !std::exchange(oKey(uKey), 1u); };
+        for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
+            if (m_oNewId(u) != Data_Node::NONE) oUse(b.m_oNode(u).uKey);
+        }
+        if (!IsWorthIt(b.m_oName.Size(), uUsed)) return;
+        m_oName.Start();
+        for (u2_t uKey = 1; uKey < oKey.Size(); ++uKey) {
+            if (oKey(uKey) != 0) oKey(uKey) = m_oName.Insert(TextOf(b.m_oName, uKey));
+        }
+        m_oNewKey.Swap(oKey);
+    }
+
+    // The same for the names of attributes, in a compaction that keeps all of the others.
+    void NumberAttributes() {
+        Arr<u2_t> oKey;
+        oKey.Resize(b.m_oAttArr.Size() + 1);
+        u2_t uUsed = 0;
+        for (u2_t uKey = 1; uKey < oKey.Size(); ++uKey) {
+            b.SettleAttributes(*b.m_oAttArr(uKey - 1));
+            const Arr<Data_Att>& oAtt = b.m_oAttArr(uKey - 1)->oAtt;
+            const bool bUsed = std::any_of(oAtt.Beg(), oAtt.End(), [&](const Data_Att& o) {
+                return o.uValue != Data_Att::NO_VALUE && NewId(o.uId) != Data_Node::NONE;
+            });
+            oKey(uKey) = bUsed;
+            uUsed += bUsed;
+        }
+        const bool bDrop = m_oNewKey.Size() == 0 && IsWorthIt(b.m_oAttName.Size(), uUsed);
+        for (u2_t uKey = 1; uKey < oKey.Size(); ++uKey) {
+            if (!bDrop) {
+                oKey(uKey) = uKey;
+            } else if (oKey(uKey) != 0) {
+                oKey(uKey) = m_oAttName.Insert(TextOf(b.m_oAttName, uKey));
+            }
+        }
+        m_oNewAtt.Swap(oKey);
+        m_bDropAtts = bDrop;
+    }
+    [[nodiscard]] static bool IsWorthIt(std::size_t uNames, std::size_t uUsed) noexcept {
+        return uNames > Data_Base::MANY_NAMES && 2 * uUsed < uNames;
+    }
+    [[nodiscard]] static std::string_view TextOf(const Hash& oNames, u2_t uKey) noexcept {
+        return {oNames(uKey).sText, oNames(uKey).uLength};
+    }
+
     [[nodiscard]] u2_t NewId(u2_t uId) const noexcept {
         return uId < m_oNewId.Size() ? m_oNewId(uId) : Data_Node::NONE;
     }
@@ -60,6 +114,7 @@ class Data_Shrink {
         for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
             if (m_oNewId(u) == Data_Node::NONE) continue;
             Data_Node oNode = b.m_oNode(u);
+            if (m_oNewKey.Size() != 0) oNode.uKey = m_oNewKey(oNode.uKey);
             oNode.SetPredField(NewId(oNode.Pred()) + 1);
             m_oRanges.Renew(oNode);
             if (oNode.GetType() == Data_Node::Link) oNode.uWord2 = NewId(oNode.uWord2);
@@ -93,18 +148,23 @@ class Data_Shrink {
         m_oHead.Resize(m_oNode.Size());
         m_oAtt.Reserve(b.m_oAttArr.Size());
         for (std::size_t uName = 0; uName < b.m_oAttArr.Size(); ++uName) {
+            const u2_t uKey = m_oNewAtt(uName + 1);
             const Arr<Data_Att>& oOld = b.m_oAttArr(uName)->oAtt;
             m_oAtt.Add(m_oRecord.Size());
             for (const Data_Att* p = oOld.Beg(); p != oOld.End(); ++p) {
                 const u2_t uId = NewId(p->uId);
                 if (uId == Data_Node::NONE || p->uValue == Data_Att::NO_VALUE) continue;
                 m_oRecord.Add(Data_Att{uId, m_oRanges.NewOffset(p->uValue), m_oHead(uId)});
-                m_oHead(uId) = static_cast<u2_t>(uName + 1);
+                m_oHead(uId) = uKey;
             }
         }
     }
 
     void Commit() {
+        // One of the two at the most, since it may fail.
+        if (m_bDropAtts) b.m_oAttName.Replace(m_oAttName);
+        if (m_oNewKey.Size() != 0) b.m_oName.Replace(m_oName);
+        if (m_oNewKey.Size() != 0) b.m_oGuess = Hash_Guess();
         // The attribute arrays only get shorter: nothing here needs memory any more.
         for (std::size_t uName = 0; uName < m_oAtt.Size(); ++uName) {
             Arr<Data_Att>& oAtt = b.m_oAttArr(uName)->oAtt;
@@ -113,6 +173,7 @@ class Data_Shrink {
             std::copy(m_oRecord.Beg() + m_oAtt(uName), m_oRecord.Beg() + uEnd, oAtt.Beg());
             oAtt.Truncate(uEnd - m_oAtt(uName));
         }
+        if (m_bDropAtts) DropAttributes();
         const bool bRenumbered = b.m_uDead != 0;
         b.m_oNode.Swap(m_oNode);
         b.m_oStr.Swap(m_oHeap);
@@ -126,8 +187,27 @@ class Data_Shrink {
         b.m_uDeadSucc = 0;
     }
 
+    // The arrays of names that were dropped.
+    void DropAttributes() noexcept {
+        std::size_t uKept = 0;
+        for (std::size_t u = 0; u < b.m_oAttArr.Size(); ++u) {
+            Data_AttArr* const p = b.m_oAttArr(u);
+            if (m_oNewAtt(u + 1) != 0) {
+                b.m_oAttArr(uKept++) = p;
+            } else {
+                Mem::Dispose(p);
+            }
+        }
+        b.m_oAttArr.Truncate(uKept);
+    }
+
     Data_Base& b;
-    Arr<u2_t> m_oNewId;  // by old id; NONE for the dropped ones
+    Arr<u2_t> m_oNewId;   // by old id; NONE for the dropped ones
+    Arr<u2_t> m_oNewKey;  // by old key of a name; empty when all are kept
+    Arr<u2_t> m_oNewAtt;  // by old key of an attribute name; 0 for the dropped ones
+    bool m_bDropAtts = false;
+    Hash m_oName;
+    Hash m_oAttName;
     Arr<Data_Node> m_oNode;
     Arr<u2_t> m_oSucc;
     Data_TextRanges m_oRanges;
@@ -141,7 +221,9 @@ void Data_Base::Shrink(u2_t& uFollow) {
     // Without removed nodes it must be worth it: when a quarter of the heap is waste.
     const u3_t uWaste = m_uGarbage + m_uDeadAtts * sizeof(Data_Att);
     const bool bWaste = uWaste > 64 * 1024 && uWaste > m_oStr.Size() / 4;
-    if (m_uDead == 0 && !bWaste) return;
+    // More names than nodes can bear: those of a tree that was emptied.
+    const bool bNames = m_oName.Size() > MANY_NAMES && m_oName.Size() > 2 * m_oNode.Size();
+    if (m_uDead == 0 && !bWaste && !bNames) return;
     Data_Shrink(*this).Run(uFollow);
 }
 

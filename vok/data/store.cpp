@@ -29,6 +29,19 @@ Data_Base::~Data_Base() {
     for (std::size_t u = 0; u < m_oAttArr.Size(); ++u) Mem::Dispose(m_oAttArr(u));
 }
 
+std::size_t Data_Base::HeapBytes() const noexcept {
+    std::size_t uBytes = sizeof(Data_Base) + Mem::HEADER_SIZE + m_oName.HeapBytes() +
+                         m_oGuess.HeapBytes() + m_oAttName.HeapBytes() + m_oUserTag.Size();
+    uBytes += m_oNode.Capacity() * sizeof(Node) + m_oStr.Capacity();
+    uBytes += 4 * (m_oSucc.Capacity() + m_oAttHead.Capacity());
+    uBytes += m_oUnsorted.Capacity() * sizeof(Data_Unsorted);
+    for (const Data_AttArr* p : m_oAttArr) {
+        uBytes += sizeof(Data_AttArr) + p->oAtt.Capacity() * sizeof(Data_Att) +
+                  p->oRuns.Capacity() * sizeof(runs::Starts);
+    }
+    return uBytes + m_oAttArr.Capacity() * sizeof(void*);
+}
+
 // ---- names ------------------------------------------------------------------
 
 u2_t Data_Base::InternSlow(std::string_view sName) {

@@ -9,6 +9,7 @@
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"
 #include "vok/data/data.h"
+#include "vok/data/runs.h"
 
 namespace vok {
 
@@ -20,15 +21,25 @@ struct Data_Att {
     u2_t uNext;   // key of another attribute name of the node, 0 at the end
 };
 
-// The attributes of one name, by ascending node id.
+// The attributes of one name, by ascending node id; in runs once they came in another order.
 struct Data_AttArr {
     Arr<Data_Att> oAtt;
+    Arr<runs::Starts> oRuns;  // one, or none where oAtt is a single run
+};
+
+// A successor group that is not in order as a whole.
+struct Data_Unsorted {
+    u2_t uParent;        // NONE once it is
+    u2_t uPlaced;        // successors in their place
+    u2_t uKnown;         // those of them that stand in runs; the others follow as they came
+    runs::Starts oRuns;  // by name
 };
 
 // All successors stand in one array of words, in groups:
 //
 //     word 0   how many successors are in their place; differs from the node's count while
-//              some are still to be placed. The top bit is set while the group is unsorted.
+//              some are still to be placed. With the top bit the group is not sorted: the other
+//              bits are the index of its entry in m_oUnsorted, which has the count.
 //     word 1   capacity of the group in successors
 //     words 2- their ids: by name in byte order, equal names by creation
 //
@@ -43,10 +54,19 @@ class Data_Base {
     static constexpr u2_t GROUP_HEADER = 2;
     static constexpr u2_t UNSORTED = 0x80000000;
 
+    // Successors in their place in the group at uStart.
+    [[nodiscard]] u2_t PlacedIn(u2_t uStart) const noexcept {
+        const u2_t uHeader = m_oSucc(uStart);
+        return (uHeader & UNSORTED) == 0 ? uHeader : m_oUnsorted(uHeader & ~UNSORTED).uPlaced;
+    }
+
     Data_Base();
     ~Data_Base();
     Data_Base(const Data_Base&) = delete;
     Data_Base& operator=(const Data_Base&) = delete;
+
+    // Heap bytes held. Linear in attribute names.
+    [[nodiscard]] std::size_t HeapBytes() const noexcept;
 
     // ---- names ------------------------------------------------------------
 
@@ -163,6 +183,8 @@ class Data_Base {
     // Marks a node and everything below it as removed.
     void Remove(u2_t uId);
     void RemoveSuccs(u2_t uId);
+    // So many names are kept whether they are used or not.
+    static constexpr std::size_t MANY_NAMES = 1024;
     // Compacts the tree; uFollow is the id of a node, and becomes its new one.
     void Shrink(u2_t& uFollow);
     // Whether uId is uTop or below it.
@@ -236,6 +258,27 @@ class Data_Base {
         u2_t uSize = 0;
     };
     [[nodiscard]] Run FindRun(const Group& oGroup, u2_t uKey) const noexcept;
+    // The successors of one name, removed ones included: how many, and the n-th (NONE behind the
+    // last). Unlike SuccOf these do not have to put a large group in order that was appended to in
+    // between: a sequence of appending and asking takes n log n in all.
+    [[nodiscard]] u2_t CountNamed(u2_t uId, u2_t uKey);
+    [[nodiscard]] u2_t FindNamed(u2_t uId, u2_t uKey, u2_t uNth);
+    // Hands them to oVisit, group by group in their order, until it returns false.
+    template <class Visit>
+    void VisitNamed(u2_t uId, u2_t uKey, const Visit& oVisit) {
+        const Node& oNode = m_oNode(uId);
+        if (oNode.GetType() != Node::Tree || oNode.Size() == 0) return;
+        const bool bInOrder = oNode.Start() != NONE && m_oSucc(oNode.Start()) == oNode.Size();
+        const Data_Unsorted* p = bInOrder ? nullptr : UnsortedOf(uId);
+        const u2_t* pFirst = m_oSucc.Beg() + oNode.Start() + GROUP_HEADER;
+        const u2_t uRuns = p != nullptr ? p->oRuns.uCount : 1;
+        for (u2_t u = 0; u < uRuns; ++u) {
+            const u2_t uFrom = p != nullptr ? p->oRuns.auStart[u] : 0;
+            const u2_t uEnd = p != nullptr ? p->oRuns.End(u, p->uPlaced) : oNode.Size();
+            const Run oRun = FindRun({pFirst + uFrom, uEnd - uFrom}, uKey);
+            if (oRun.uSize != 0 && !oVisit(Group{pFirst + uFrom + oRun.uFirst, oRun.uSize})) return;
+        }
+    }
     // Position of a node among the successors of its parent that share its name.
     [[nodiscard]] u2_t PositionOf(u2_t uId);
 
@@ -266,6 +309,8 @@ class Data_Base {
     u2_t InternAttribute(std::string_view sName);
     void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
     void RemoveAttribute(u2_t uId, std::string_view sName);
+    // Puts the records of a name in order as a whole: one run.
+    void SettleAttributes(Data_AttArr& o) noexcept;
     // Offset of the value in the heap, NO_VALUE when there is none.
     [[nodiscard]] u2_t FindAttribute(u2_t uId, u2_t uName) const noexcept;
     // Keys of the attribute names of a node in the order in which they first appeared in
@@ -274,12 +319,12 @@ class Data_Base {
 
     // ---- fields -----------------------------------------------------------
 
-    Hash m_oName;           // node names
-    Hash_Guess m_oGuess;    // of the next name to be interned
-    Arr<Node> m_oNode;      // by id; 0 is the root
-    Arr<u2_t> m_oSucc;      // successor groups
-    Arr<u2_t> m_oUnsorted;  // pairs: parent, length of the sorted part of its group
-    Hash m_oAttName;        // attribute names; key k has its records in m_oAttArr(k - 1)
+    Hash m_oName;         // node names
+    Hash_Guess m_oGuess;  // of the next name to be interned
+    Arr<Node> m_oNode;    // by id; 0 is the root
+    Arr<u2_t> m_oSucc;    // successor groups
+    Arr<Data_Unsorted> m_oUnsorted;
+    Hash m_oAttName;  // attribute names; key k has its records in m_oAttArr(k - 1)
     Arr<Data_AttArr*> m_oAttArr;
     Arr<u2_t> m_oAttHead;  // by id: key of a name it has, from where uNext leads to the others;
                            // 0 for a node never given one. As long as it has to be.
@@ -290,6 +335,7 @@ class Data_Base {
     u3_t m_uDeadSucc = 0;  // words of abandoned groups
     u3_t m_uGarbage = 0;   // unreferenced bytes of the text heap
     u3_t m_uDeadAtts = 0;  // attribute records without value
+    u3_t m_uMoved = 0;     // elements that keeping order has moved so far, for tests
 
   private:
     u2_t InternSlow(std::string_view sName);
@@ -302,6 +348,12 @@ class Data_Base {
         return uSize == 0 || !m_oName.IsLess(uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
     }
     void Place(u2_t uId);
+    void Unsort(u2_t uParent, u2_t& uHeader);
+    void SortGroup(Data_Unsorted& o);
+    const Data_Unsorted* UnsortedOf(u2_t uId);
+    [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;
+    void AddRecord(Data_AttArr& o, const Data_Att& oNew);
+    void RestoreValue(u2_t uId, u2_t uName, u2_t uValue) noexcept;
     u2_t AddGroup(u2_t uCapacity);
     void GrowGroup(Node& oParent);
     void Link(u2_t uId, u2_t uParent, u2_t uPos) noexcept;
@@ -324,6 +376,7 @@ class Data_Base {
     }
 
     friend class Data_Shrink;
+    friend class Data_Undo;
 };
 
 }  // namespace vok

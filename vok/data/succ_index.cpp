@@ -38,7 +38,7 @@ void Data_Base::ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGro
     }
     (void)Msg::ToInt32(m_oSucc.Size() + uWords);
     m_oSucc.ReserveMore(uWords);
-    m_oUnsorted.ReserveMore(2);
+    m_oUnsorted.ReserveMore(1);
 }
 
 // Puts one node at the end of its parent's group. Nothing is changed if memory runs out.
@@ -48,14 +48,13 @@ void Data_Base::Place(u2_t uId) {
     if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
     Node& oParent = m_oNode(uParent);
     if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
-    if (oParent.Start() == NONE ||
-        (m_oSucc(oParent.Start()) & ~UNSORTED) == m_oSucc(oParent.Start() + 1)) {
+    if (oParent.Start() == NONE || PlacedIn(oParent.Start()) == m_oSucc(oParent.Start() + 1)) {
         GrowGroup(oParent);
     }
     u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
-    u2_t uSize = pGroup[0];
-    u2_t* pPlace = pGroup + GROUP_HEADER + (uSize & ~UNSORTED);
-    if ((uSize & UNSORTED) == 0 && !IsInOrder(pGroup, uSize, oNode.uKey)) {
+    const u2_t uSize = PlacedIn(oParent.Start());
+    u2_t* pPlace = pGroup + GROUP_HEADER + uSize;
+    if ((pGroup[0] & UNSORTED) == 0 && !IsInOrder(pGroup, uSize, oNode.uKey)) {
         if (uSize < INSERT_UP_TO) {
             do {
                 *pPlace = pPlace[-1];
@@ -63,14 +62,23 @@ void Data_Base::Place(u2_t uId) {
             } while (pPlace > pGroup + GROUP_HEADER &&
                      m_oName.IsLess(oNode.uKey, m_oNode(pPlace[-1]).uKey));
         } else {
-            m_oUnsorted.ReserveMore(2);
-            m_oUnsorted.Add(uParent);
-            m_oUnsorted.Add(uSize);
-            uSize |= UNSORTED;
+            Unsort(uParent, pGroup[0]);
         }
     }
     *pPlace = uId;
-    pGroup[0] = uSize + 1;
+    if ((pGroup[0] & UNSORTED) != 0) {
+        ++m_oUnsorted(pGroup[0] & ~UNSORTED).uPlaced;
+    } else {
+        ++pGroup[0];
+    }
+}
+
+// Makes a group one that is not in order: what is there is its first run.
+void Data_Base::Unsort(u2_t uParent, u2_t& uHeader) {
+    m_oUnsorted.ReserveMore(1);
+    const u2_t uEntry = static_cast<u2_t>(m_oUnsorted.Size());
+    m_oUnsorted.Add(Data_Unsorted{uParent, uHeader, uHeader, {1, {0}}});
+    uHeader = UNSORTED | uEntry;
 }
 
 void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
@@ -106,31 +114,84 @@ void Data_Base::GrowGroup(Node& oParent) {
         const u2_t* pOld = m_oSucc.Beg() + oParent.Start();
         u2_t* pGroup = m_oSucc.Beg() + uStart;
         pGroup[0] = pOld[0];
-        std::copy_n(pOld + GROUP_HEADER, pOld[0] & ~UNSORTED, pGroup + GROUP_HEADER);
+        std::copy_n(pOld + GROUP_HEADER, PlacedIn(oParent.Start()), pGroup + GROUP_HEADER);
+        m_uMoved += uOld;
         m_uDeadSucc += GROUP_HEADER + uOld;
     }
     oParent.uWord2 = uStart;
 }
 
-// Sorts the groups that were appended to out of order: their new part, which is then merged
-// into the old one. Both steps are stable, so equal names keep the order of creation.
+// Sorts the groups that were appended to out of order.
 void Data_Base::SortGroups() {
+    for (Data_Unsorted* p = m_oUnsorted.Beg(); p != m_oUnsorted.End(); ++p) {
+        if (p->uParent != NONE) SortGroup(*p);
+    }
+    m_oUnsorted.Truncate(0);
+}
+
+// What came last is sorted and joins the runs, then all of them are merged. Each step is stable, so
+// equal names keep the order of creation.
+void Data_Base::SortGroup(Data_Unsorted& o) {
+    const Node* pParent = o.uParent < m_oNode.Size() ? &m_oNode(o.uParent) : nullptr;
+    const u2_t uEntry = static_cast<u2_t>(&o - m_oUnsorted.Beg());
+    o.uParent = NONE;
+    // Removed in between, or taken back: nothing to sort any more.
+    if (pParent == nullptr || pParent->GetType() != Node::Tree || pParent->Start() == NONE) return;
+    u2_t* pGroup = m_oSucc.Beg() + pParent->Start();
+    if (pGroup[0] != (UNSORTED | uEntry)) return;
     const auto oIsLess = [this](u2_t uA, u2_t uB) {
         return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey);
     };
-    for (std::size_t u = 0; u < m_oUnsorted.Size(); u += 2) {
-        const Node& oParent = m_oNode(m_oUnsorted(u));
-        // Removed in between, or compacted away: nothing to sort any more.
-        if (oParent.GetType() != Node::Tree || oParent.Start() == NONE) continue;
-        u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
-        if ((pGroup[0] & UNSORTED) == 0) continue;
-        pGroup[0] &= ~UNSORTED;
-        u2_t* pFirst = pGroup + GROUP_HEADER;
-        u2_t* pTail = pFirst + std::min(m_oUnsorted(u + 1), pGroup[0]);
-        std::stable_sort(pTail, pFirst + pGroup[0], oIsLess);
-        std::inplace_merge(pFirst, pTail, pFirst + pGroup[0], oIsLess);
+    u2_t* pFirst = pGroup + GROUP_HEADER;
+    std::stable_sort(pFirst + o.uKnown, pFirst + o.uPlaced, oIsLess);
+    o.oRuns.auStart[o.oRuns.uCount++] = o.uKnown;
+    m_uMoved += runs::MergeAll(o.oRuns, pFirst, o.uPlaced, oIsLess);
+    pGroup[0] = o.uPlaced;
+}
+
+// The entry of the group of uId, with all of its successors in runs; null for a group in order.
+const Data_Unsorted* Data_Base::UnsortedOf(u2_t uId) {
+    while (m_uIndexed < m_oNode.Size()) {
+        Place(m_uIndexed);
+        ++m_uIndexed;
     }
-    m_oUnsorted.Truncate(0);
+    u2_t* pGroup = m_oSucc.Beg() + m_oNode(uId).Start();
+    if ((pGroup[0] & UNSORTED) == 0) return nullptr;
+    Data_Unsorted& o = m_oUnsorted(pGroup[0] & ~UNSORTED);
+    if (o.uKnown == o.uPlaced) return &o;
+    const auto oIsLess = [this](u2_t uA, u2_t uB) {
+        return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey);
+    };
+    u2_t* pFirst = pGroup + GROUP_HEADER;
+    std::stable_sort(pFirst + o.uKnown, pFirst + o.uPlaced, oIsLess);
+    m_uMoved += runs::Add(o.oRuns, pFirst, o.uKnown, o.uPlaced, oIsLess);
+    o.uKnown = o.uPlaced;
+    if (o.oRuns.uCount > 1) return &o;
+    // In order after all.
+    pGroup[0] = o.uPlaced;
+    o.uParent = NONE;
+    if (&o == m_oUnsorted.End() - 1) m_oUnsorted.Truncate(m_oUnsorted.Size() - 1);
+    return nullptr;
+}
+
+u2_t Data_Base::CountNamed(u2_t uId, u2_t uKey) {
+    u2_t uCount = 0;
+    VisitNamed(uId, uKey, [&](const Group& o) {
+        uCount += o.uSize;
+        return true;
+    });
+    return uCount;
+}
+
+u2_t Data_Base::FindNamed(u2_t uId, u2_t uKey, u2_t uNth) {
+    u2_t uFound = NONE;
+    VisitNamed(uId, uKey, [&](const Group& o) {
+        if (uNth < o.uSize) uFound = o.pId[uNth];
+        const bool bMore = uNth >= o.uSize;
+        uNth -= std::min(uNth, o.uSize);
+        return bMore;
+    });
+    return uFound;
 }
 
 // Moves all groups together once abandoned ones fill half of the array.
@@ -184,15 +245,23 @@ Data_Base::Run Data_Base::FindRun(const Group& oGroup, u2_t uKey) const noexcept
     return {uFirst, static_cast<u2_t>(pLast - pFirst)};
 }
 
+// The place of a node in its group, which is in order.
+u2_t* Data_Base::PlaceOf(u2_t uId) noexcept {
+    const Node& oParent = m_oNode(m_oNode(uId).Pred());
+    u2_t* pFirst = m_oSucc.Beg() + oParent.Start() + GROUP_HEADER;
+    const Run oRun = FindRun({pFirst, m_oSucc(oParent.Start())}, m_oNode(uId).uKey);
+    pFirst += oRun.uFirst;
+    u2_t* pEnd = pFirst + oRun.uSize;
+    // Creation order is the order of ids unless nodes were moved or inserted.
+    u2_t* pFound = std::lower_bound(pFirst, pEnd, uId);
+    if (pFound != pEnd && *pFound == uId) return pFound;
+    return std::find(pFirst, pEnd, uId);
+}
+
 u2_t Data_Base::PositionOf(u2_t uId) {
     const Group oGroup = SuccOf(m_oNode(uId).Pred());
     const Run oRun = FindRun(oGroup, m_oNode(uId).uKey);
-    const u2_t* pFirst = oGroup.pId + oRun.uFirst;
-    const u2_t* pEnd = pFirst + oRun.uSize;
-    // Creation order is the order of ids unless nodes were moved.
-    const u2_t* pFound = std::lower_bound(pFirst, pEnd, uId);
-    if (pFound == pEnd || *pFound != uId) pFound = std::find(pFirst, pEnd, uId);
-    return static_cast<u2_t>(pFound - pFirst);
+    return static_cast<u2_t>(PlaceOf(uId) - (oGroup.pId + oRun.uFirst));
 }
 
 }  // namespace vok

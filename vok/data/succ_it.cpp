@@ -21,7 +21,7 @@ u2_t Data_SuccIt::GetId() const noexcept {
     }
     const u2_t* pGroup = b.m_oSucc.Beg() + oParent.Start();
     const u3_t uNth = u3_t{m_uStart} + m_uPos;
-    if (uNth >= (pGroup[0] & ~Data_Base::UNSORTED)) return Data_Node::NONE;
+    if (uNth >= b.PlacedIn(oParent.Start())) return Data_Node::NONE;
     return pGroup[Data_Base::GROUP_HEADER + uNth];
 }
 
@@ -78,21 +78,39 @@ void Data_NodeSet::Add(const Data& oNode) {
     return Where("vok::Data_NodeSet::Add", [&] {
         if (!oNode.m_oBase) return;
         if (m_oBase && m_oBase != oNode.m_oBase) Msg::WithWrongDataType("Root");
-        const u2_t* pBeg = std::as_const(m_oId).Beg();
-        const u2_t* pEnd = pBeg + m_oId.Size();
+        const u2_t uId = oNode.m_uId;
+        const u2_t* pBeg = std::as_const(m_oId).Beg() + m_uGap;
+        const u2_t* pEnd = pBeg + Size();
         const u2_t* pFound = pEnd;
-        if (pBeg != pEnd && pEnd[-1] >= oNode.m_uId) {
-            pFound = std::lower_bound(pBeg, pEnd, oNode.m_uId);
-        }
-        if (pFound == pEnd || *pFound != oNode.m_uId) {
-            m_oId.Insert(static_cast<std::size_t>(pFound - pBeg), oNode.m_uId);
+        if (pBeg != pEnd && pEnd[-1] >= uId) pFound = std::lower_bound(pBeg, pEnd, uId);
+        const std::size_t uNth = static_cast<std::size_t>(pFound - pBeg);
+        if (pFound != pEnd && *pFound == uId) return;
+        if (2 * uNth >= Size()) {
+            m_oId.Insert(m_uGap + uNth, uId);
+        } else {
+            if (m_uGap == 0) WidenGap();
+            --m_uGap;
+            u2_t* p = m_oId.Beg() + m_uGap;
+            std::copy(p + 1, p + 1 + uNth, p);
+            p[uNth] = uId;
         }
         m_oBase = oNode.m_oBase;
     });
 }
 
+// Room in front for as many as there are.
+void Data_NodeSet::WidenGap() {
+    constexpr std::size_t FIRST_GAP = 8;
+    const std::size_t uGap = m_oId.Size() + FIRST_GAP;
+    Arr<u2_t> oWide;
+    oWide.Resize(uGap);
+    oWide.Add(m_oId.Beg(), m_oId.Size());
+    m_oId.Swap(oWide);
+    m_uGap = uGap;
+}
+
 Data Data_NodeSet::GetNth(std::size_t uNth) const noexcept {
-    return uNth < m_oId.Size() ? Data(m_oBase, m_oId(uNth)) : Data();
+    return uNth < Size() ? Data(m_oBase, m_oId(m_uGap + uNth)) : Data();
 }
 
 // ---- Data -------------------------------------------------------------------
@@ -157,9 +175,21 @@ Data Data::GetNthSucc(Data_Key oKey, u2_t uNth) const {
         if (!m_oBase) return Data();
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (oKey.uKey >= b.m_oName.Size()) return Data();
-        const Base::Group oGroup = b.SuccOf(m_uId);
-        const Base::Run oRun = b.FindRun(oGroup, oKey.uKey);
-        return uNth < oRun.uSize ? Data(m_oBase, oGroup.pId[oRun.uFirst + uNth]) : Data();
+        const u2_t uFound = b.FindNamed(m_uId, oKey.uKey, uNth);
+        return uFound != Node::NONE ? Data(m_oBase, uFound) : Data();
+    });
+}
+
+u2_t Data::GetSuccCount(const char* sName) const {
+    return Where("vok::Data::GetSuccCount",
+                 [&] { return m_oBase ? GetSuccCount(Data_Key{m_oBase->FindKey(sName)}) : 0; });
+}
+
+u2_t Data::GetSuccCount(Data_Key oKey) const {
+    return Where("vok::Data::GetSuccCount", [&]() -> u2_t {
+        if (!m_oBase) return 0;
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        return oKey.uKey < b.m_oName.Size() ? b.CountNamed(m_uId, oKey.uKey) : 0;
     });
 }
 

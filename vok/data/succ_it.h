@@ -77,18 +77,22 @@ class Data_NodeSet {
     Data_NodeSet() noexcept = default;
 
     // Adds a node; an empty cursor adds nothing. The first one fixes the tree: a node of
-    // another raises ""Root" with wrong data type". Constant time for ascending ids.
+    // another raises ""Root" with wrong data type". Constant time, amortised, for ascending and for
+    // descending ids; else linear in the nodes on one side of the new one, the lesser.
     void Add(const Data& oNode);
 
-    [[nodiscard]] std::size_t Size() const noexcept { return m_oId.Size(); }
+    [[nodiscard]] std::size_t Size() const noexcept { return m_oId.Size() - m_uGap; }
     // Cursor on the n-th node; empty when there are not so many.
     [[nodiscard]] Data GetNth(std::size_t uNth) const noexcept;
 
   private:
     friend class Data;
 
+    void WidenGap();
+
     Mem::Ref<Data_Base> m_oBase;
     Arr<u2_t> m_oId;
+    std::size_t m_uGap = 0;  // places in front that are free
 };
 
 }  // namespace vok

@@ -17,10 +17,20 @@ Data_Node& StartValue(Data_Base& b, u2_t uId, Data_Node::Type eType) {
     return oNode;
 }
 
-void CheckNoTree(const Data_Base& b, u2_t uId) {
-    if (b.m_oNode(uId).GetType() == Data_Node::Tree) [[unlikely]] {
-        Msg::NodeWithWrongDataType(b.ShownName(uId), Data_Node::TypeName(Data_Node::Tree));
-    }
+[[noreturn]] void RaiseTree(const Data_Base& b, u2_t uId) {
+    Msg::NodeWithWrongDataType(b.ShownName(uId), Data_Node::TypeName(Data_Node::Tree));
+}
+
+// The tree of a cursor, which is empty no more, with its node one that takes a value.
+Data_Base& SettableOf(Data& oData, const Mem::Ref<Data_Base>& oBase) {
+    if (!oBase) oData.SetToRoot();
+    Data_Base& b = detail::NodeOf(oBase, oData.GetId());
+    const Data_Node::Type eType = b.m_oNode(oData.GetId()).GetType();
+    if (eType == Data_Node::Tree) [[unlikely]]
+        RaiseTree(b, oData.GetId());
+    if (eType == Data_Node::Zombi) [[unlikely]]
+        Msg::TryToAccessDeletedNode();
+    return b;
 }
 
 // The node to read a value of type eType from.
@@ -40,12 +50,8 @@ const Data_Node& ReadValue(const Mem::Ref<Data_Base>& oBase, u2_t uId, Data_Node
 
 void Data::SetValInt(i2_t iValue, Node::Type eType) {
     return Where("vok::Data::SetValInt", [&] {
-        if (eType < Node::Boolean || eType > Node::Char) {
-            Msg::AssertionFailed("eType >= Node::Boolean && eType <= Node::Char");
-        }
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        detail::CheckIntType(eType);
+        Base& b = SettableOf(*this, m_oBase);
         StartValue(b, m_uId, eType).uWord2 = static_cast<u2_t>(iValue);
     });
 }
@@ -56,21 +62,15 @@ void Data::SetValBool(bool bValue) {
 
 void Data::SetValDbl(double dValue, Node::Type eType) {
     return Where("vok::Data::SetValDbl", [&] {
-        if (eType < Node::Float || eType > Node::Date) {
-            Msg::AssertionFailed("eType >= Node::Float && eType <= Node::Date");
-        }
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        detail::CheckDblType(eType);
+        Base& b = SettableOf(*this, m_oBase);
         StartValue(b, m_uId, eType).SetValue64(std::bit_cast<u3_t>(dValue));
     });
 }
 
 void Data::SetValLng(u3_t uValue) {
     return Where("vok::Data::SetValLng", [&] {
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        Base& b = SettableOf(*this, m_oBase);
         StartValue(b, m_uId, Node::Long).SetValue64(uValue);
     });
 }
@@ -81,9 +81,7 @@ void Data::SetValStr(const char* sText) {
 
 void Data::SetValStr(std::string_view sText) {
     return Where("vok::Data::SetValStr", [&] {
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        Base& b = SettableOf(*this, m_oBase);
         const Utf8_Text oText(sText);
         const u2_t uOffset = b.AddText(oText.View());
         Node& oNode = StartValue(b, m_uId, Node::String);
@@ -95,9 +93,7 @@ void Data::SetValStr(std::string_view sText) {
 void Data::SetValBin(const void* pData, u2_t uSize) {
     return Where("vok::Data::SetValBin", [&] {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        Base& b = SettableOf(*this, m_oBase);
         const u2_t uOffset = b.AddHeap(pData, uSize);
         Node& oNode = StartValue(b, m_uId, Node::Binary);
         oNode.uWord2 = uOffset;
@@ -107,9 +103,7 @@ void Data::SetValBin(const void* pData, u2_t uSize) {
 
 void Data::SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
     return Where("vok::Data::SetValQuad", [&] {
-        if (!m_oBase) SetToRoot();
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        Base& b = SettableOf(*this, m_oBase);
         const u2_t auRest[3] = {uW1, uW2, uW3};
         const u2_t uOffset = b.AddHeap(auRest, sizeof(auRest));
         Node& oNode = StartValue(b, m_uId, Node::Quad);
@@ -120,9 +114,9 @@ void Data::SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
 
 void Data::SetValLink(const Data& oTarget) {
     return Where("vok::Data::SetValLink", [&] {
-        Base& b = detail::ValueOf(m_oBase, m_uId);
+        detail::ValueOf(m_oBase, m_uId);
         if (oTarget.m_oBase && oTarget.m_oBase != m_oBase) Msg::WithWrongDataType("Root");
-        CheckNoTree(b, m_uId);
+        Base& b = SettableOf(*this, m_oBase);
         if (oTarget.m_oBase) detail::NodeOf(m_oBase, oTarget.m_uId);
         const u2_t uTarget = oTarget.m_oBase ? oTarget.m_uId : Node::NONE;
         StartValue(b, m_uId, Node::Link).SetValue64(uTarget);
@@ -133,7 +127,10 @@ void Data::ClearVal() {
     return Where("vok::Data::ClearVal", [&] {
         if (!m_oBase) return;
         Base& b = detail::NodeOf(m_oBase, m_uId);
-        CheckNoTree(b, m_uId);
+        const Node& oNode = b.m_oNode(m_uId);
+        if (oNode.GetType() == Node::Tree) RaiseTree(b, m_uId);
+        // A placeholder has a place to come back to, a node cut loose has none.
+        if (oNode.PredField() == Node::CUT_LOOSE) Msg::TryToAccessDeletedNode();
         StartValue(b, m_uId, Node::Empty).SetValue64(0);
     });
 }
@@ -141,8 +138,10 @@ void Data::ClearVal() {
 // ---- getters ----------------------------------------------------------------
 
 i2_t Data::GetValInt(Node::Type eType) const {
-    return Where("vok::Data::GetValInt",
-                 [&] { return static_cast<i2_t>(ReadValue(m_oBase, m_uId, eType).uWord2); });
+    return Where("vok::Data::GetValInt", [&] {
+        detail::CheckIntType(eType);
+        return static_cast<i2_t>(ReadValue(m_oBase, m_uId, eType).uWord2);
+    });
 }
 
 bool Data::GetValBool() const {
@@ -150,8 +149,10 @@ bool Data::GetValBool() const {
 }
 
 double Data::GetValDbl(Node::Type eType) const {
-    return Where("vok::Data::GetValDbl",
-                 [&] { return std::bit_cast<double>(ReadValue(m_oBase, m_uId, eType).Value64()); });
+    return Where("vok::Data::GetValDbl", [&] {
+        detail::CheckDblType(eType);
+        return std::bit_cast<double>(ReadValue(m_oBase, m_uId, eType).Value64());
+    });
 }
 
 u3_t Data::GetValLng() const {

@@ -4,8 +4,10 @@
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
+#include "vok/data/link_bytes.h"
 #include "vok/data/load_report.h"
 #include "vok/data/xml_loader.h"
+#include "vok/file/rest.h"
 
 namespace vok {
 
@@ -13,7 +15,7 @@ namespace detail {
 
 u2_t XmlLoader::Run() {
     b.UpdateSucc();
-    for (;;) {
+    while (!m_bDone) {
         if (m_uDepth != 0) ReadPlainElements();
         const char* const pToken = m_p;
         if (m_p != m_pEnd && (*m_p == '<' ? ReadTag() : ReadText())) continue;
@@ -23,9 +25,9 @@ u2_t XmlLoader::Run() {
         if (static_cast<u3_t>(m_pEnd - m_p) > std::max(m_oLimits.m_uTextBytes, LONG_TOKEN)) {
             RaiseTextLimit();
         }
+        // The source makes room for as much again as it keeps.
+        if (m_oWork.IsMetered()) CheckMemory(static_cast<u3_t>(m_pEnd - m_p));
         if (m_oSource.Fetch(m_p, m_pEnd)) continue;
-        if (m_p == m_pEnd && m_bDone) break;
-        if (m_bDone && *m_p != '<' && xml::IsBlank(Rest(m_p))) break;
         // Fetching has moved what there was.
         const char* const pMoved = std::exchange(m_p, m_p + iStopped);
         RaiseEndInToken(pMoved);
@@ -34,12 +36,12 @@ u2_t XmlLoader::Run() {
 }
 
 void XmlLoader::ResolveLinks() {
-    const auto oIsLess = [](const Numbered& x, const Numbered& y) { return x.iNumber < y.iNumber; };
+    const auto oIsLess = [](const Numbered& x, const Numbered& y) { return x.uNumber < y.uNumber; };
     std::stable_sort(m_oTarget.Beg(), m_oTarget.End(), oIsLess);
     for (const Numbered& oLink : m_oLink) {
         const Numbered* pTarget =
             std::lower_bound(m_oTarget.Beg(), m_oTarget.End(), oLink, oIsLess);
-        if (pTarget == m_oTarget.End() || pTarget->iNumber != oLink.iNumber) continue;
+        if (pTarget == m_oTarget.End() || pTarget->uNumber != oLink.uNumber) continue;
         m_uNode = oLink.uId;
         Node& oNode = b.m_oNode(m_uNode);
         if (oNode.GetType() == Node::Tree) {
@@ -50,11 +52,35 @@ void XmlLoader::ResolveLinks() {
         oNode.uWord2 = pTarget->uId;
     }
     m_uNode = 0;
+    if (m_oLink.Size() == 0) return;
+    m_oWork.SetInput(m_oSource.OffsetOf(m_p));
+    (void)m_oWork.CheckMemory(LinkBytes(b));
+}
+
+void XmlLoader::AddTo(Load_Report& oReport) {
+    oReport = m_oFound;
+    oReport.m_uWork = m_oWork.Done();
+    if (m_bDone && b.IsIndexed()) oReport.m_uReordered = CountReordered();
+}
+
+// Successors stand by name, and those of one name in the order of their elements: of any two that
+// have changed places the one that came later has the higher id and stands in front.
+u3_t XmlLoader::CountReordered() {
+    u3_t uCount = 0;
+    for (u2_t uId = 0; uId < b.m_oNode.Size(); ++uId) {
+        const Data_Base::Group oGroup = b.SuccOf(uId);
+        u2_t uLowest = Node::NONE;
+        for (u2_t u = oGroup.uSize; u-- > 0;) {
+            if (oGroup.pId[u] > uLowest && oGroup.pId[u] >= m_uFirst) ++uCount;
+            uLowest = std::min(uLowest, oGroup.pId[u]);
+        }
+    }
+    return uCount;
 }
 
 void XmlLoader::RaiseEndInToken(const char* pToken) const {
     if (pToken == m_pEnd || *pToken != '<') {
-        if (!m_bBegun || m_bDone) Msg::NoXmlStream();
+        if (!m_bBegun) Msg::NoXmlStream();
         Msg::MissingCharInXmlStream('<');
     }
     const std::string_view sToken = Rest(pToken);
@@ -69,12 +95,7 @@ bool XmlLoader::ReadText() {
     if (pFound == nullptr) return false;
     const char* pBegin = std::exchange(m_p, static_cast<const char*>(pFound));
     const std::string_view sRun = Between(pBegin, m_p);
-    if (m_uDepth != 0) {
-        AddText(sRun);
-    } else if (m_bDone && !xml::IsBlank(sRun)) {
-        m_p = pBegin;
-        Msg::NoXmlStream();
-    }
+    if (m_uDepth != 0) AddText(sRun);
     return true;
 }
 
@@ -98,8 +119,13 @@ bool XmlLoader::SkipPast(std::string_view sEnd, std::size_t uSkip) {
 
 bool XmlLoader::SkipInstruction() {
     const std::size_t uLength = xml::InstructionLength(Rest(m_p), m_oSource.IsAtEnd());
+    if (uLength == 0) return false;
+    constexpr std::string_view DECLARATION = "<?xml";
+    const std::string_view sStart = Rest(m_p).substr(0, DECLARATION.size() + 1);
+    const bool bDeclaration = sStart.starts_with(DECLARATION) && xml::Is(sStart.back(), xml::BLANK);
+    m_oFound.m_uInstructions += !bDeclaration;
     m_p += uLength;
-    return uLength != 0;
+    return true;
 }
 
 bool XmlLoader::ReadDeclaration() {
@@ -110,7 +136,9 @@ bool XmlLoader::ReadDeclaration() {
             m_p += 3;
             Msg::MissingCharInXmlStream('-');
         }
-        return SkipPast("-->", 4);
+        const bool bSkipped = SkipPast("-->", 4);
+        m_oFound.m_uComments += bSkipped;
+        return bSkipped;
     }
     constexpr std::string_view DOCTYPE = "<!DOCTYPE";
     for (const std::string_view sStart : {xml::CDATA, DOCTYPE}) {
@@ -139,6 +167,7 @@ bool XmlLoader::SkipDoctype() {
                 break;
             case '>':
                 if (uBrackets != 0) break;
+                ++m_oFound.m_uInstructions;
                 m_p = p + 1;
                 return true;
             default: break;
@@ -193,7 +222,6 @@ bool XmlLoader::ReadStartTag() {
     }
     const char* pBehind = std::exchange(m_p, pToken);  // where errors below are reported
     if (!bSkipped) {
-        if (m_bDone) Msg::NoXmlStream();
         OpenElement();
         if (m_oTag.IsEmpty()) CloseElement();
     }
@@ -217,10 +245,26 @@ void XmlLoader::OpenElement() {
     SetAttributes();
 }
 
-void XmlLoader::CheckLimits() const {
-    if (b.m_oNode.Size() >= m_oLimits.m_uNodes) [[unlikely]] {
+void XmlLoader::CheckMemory(u3_t uMore) {
+    if (b.m_oNode.Size() - m_uFirst >= m_oLimits.m_uNodes) [[unlikely]] {
         Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
     }
+    m_uAttributes = 0;
+    const u3_t uMost = m_oLimits.m_uNodes + std::min(m_uFirst, ~u3_t{0} - m_oLimits.m_uNodes);
+    m_uMostNodes = uMost;
+    if (!m_oWork.IsMetered()) return;
+    // Elements get their places in groups at the end.
+    const u3_t uPending = (b.m_oNode.Size() - b.m_uIndexed) * 2 * sizeof(u2_t);
+    const u3_t uHeld = b.HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() + uMore +
+                       m_oTarget.Capacity() * sizeof(Numbered) +
+                       m_oLink.Capacity() * sizeof(Numbered);
+    const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
+    m_uMostNodes = std::min(uMost, b.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+}
+
+void XmlLoader::CheckLimits() {
+    if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+        CheckMemory();
     if (m_uDepth >= m_oLimits.m_uDepth) [[unlikely]] {
         Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
     }
@@ -243,11 +287,12 @@ namespace {
 class ReportOnExit {
   public:
     ReportOnExit(Load_Report* pReport, const Data& oData, const xml::Source& oSource,
-                 const detail::XmlLoader& oLoader) noexcept
+                 detail::XmlLoader& oLoader) noexcept
         : m_pReport(pReport), m_oData(oData), m_oSource(oSource), m_oLoader(oLoader) {}
     ~ReportOnExit() {
         if (m_pReport == nullptr) return;
         const xml::Source::Place oPlace = m_oSource.PlaceOf(m_oLoader.Position());
+        m_oLoader.AddTo(*m_pReport);
         m_pReport->m_uOffset = oPlace.uOffset;
         m_pReport->m_uLine = oPlace.uLine;
         m_pReport->m_uColumn = oPlace.uColumn;
@@ -260,7 +305,7 @@ class ReportOnExit {
     Load_Report* m_pReport;
     const Data& m_oData;
     const xml::Source& m_oSource;
-    const detail::XmlLoader& m_oLoader;
+    detail::XmlLoader& m_oLoader;
 };
 
 }  // namespace
@@ -277,8 +322,10 @@ u2_t Data::LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits, Load
             const ReportOnExit oReport(pReport, *this, oSource, oLoader);
             uElements = oLoader.Run();
             oLoader.ResolveLinks();
+            SetAccessMode();
         }
-        SetAccessMode();
+        const u3_t uLeft = oSource.Leave(oLoader.Position());
+        if (pReport != nullptr) pReport->m_uBytesLeft = std::max(uLeft, BytesLeft(in));
         Shrink();
         SetToRoot();
         return uElements;

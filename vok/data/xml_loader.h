@@ -6,6 +6,7 @@
 #define VOK_DATA_XML_LOADER_H
 
 #include "vok/base/hash_guess.h"
+#include "vok/base/work.h"
 #include "vok/data/store.h"
 #include "vok/data/xml_form.h"
 #include "vok/file/xml_source.h"
@@ -26,9 +27,13 @@ class XmlLoader {
           m_oSource(oSource),
           m_uFlags(uFlags),
           m_oLimits(oLimits),
+          m_oWork(oLimits),
           m_p(oSource.Begin()),
           m_pEnd(oSource.End()),
-          m_uNode(uNode) {}
+          m_uNode(uNode),
+          m_uFirst(oBase.m_oNode(0).GetType() == Node::Empty ? 0 : oBase.m_oNode.Size()) {
+        CheckMemory();
+    }
 
     // Reads the document and returns the number of elements.
     u2_t Run();
@@ -36,16 +41,22 @@ class XmlLoader {
     // Sets the links, once all elements are there.
     void ResolveLinks();
 
+    // Says what of the document the tree does not hold; its order must be up to date.
+    void AddTo(Load_Report& oReport);
+
     // Where reading stands: the next byte, the innermost open element.
     [[nodiscard]] const char* Position() const noexcept { return m_p; }
     [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
 
   private:
     struct Numbered {
-        i2_t iNumber;
+        u3_t uNumber;
         u2_t uId;
     };
 
+    // Memory that an element with a new name takes at most, arrays that grow included.
+    static constexpr u3_t MOST_PER_NODE = 512;
+    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
     // Tokens of so many bytes are read whatever the limit on texts.
     static constexpr u3_t LONG_TOKEN = u3_t{1} << 20;
     // The words of a Quad that have no room in its record.
@@ -109,12 +120,17 @@ class XmlLoader {
     }
 
     void OpenElement();
-    void CheckLimits() const;
+    void CheckLimits();
+    // Raises the error of the limit on nodes. Where a small input can become a large tree, looks
+    // at its memory, and at uMore bytes that will be asked for, and says at how many nodes that is
+    // worth doing again.
+    void CheckMemory(u3_t uMore = 0);
+    [[nodiscard]] u3_t CountReordered();
     void CloseElement();
     void SetAttributes();
 
-    // The number in "ID17".
-    [[nodiscard]] static i2_t NumberOf(std::string_view sValue) noexcept;
+    static constexpr u3_t TOO_LARGE = ~u3_t{0};  // what a number is clamped to
+    void AddNumbered(Arr<Numbered>& oArr, std::string_view sValue) const;
 
     // Gives the node the type that a text stands for and no value yet; false for another text.
     bool SetType(std::string_view sType);
@@ -143,6 +159,7 @@ class XmlLoader {
     void SetText();
     void SetValue(u2_t uId, std::string_view sText);
     [[noreturn]] static void RaiseUnknownText(std::string_view sText);
+    [[nodiscard]] static bool ParseNoDate(std::string_view sText, double& dSeconds) noexcept;
     void SetQuad(u2_t uId, std::string_view sText);
     void SetBlock(u2_t uId, std::string_view sText);
 
@@ -163,10 +180,14 @@ class XmlLoader {
     xml::Source& m_oSource;
     const u2_t m_uFlags;
     const Limits& m_oLimits;
+    Work m_oWork;
     const char* m_p;
     const char* m_pEnd;
-    u2_t m_uNode;       // the innermost open element, or where the document goes
-    u3_t m_uDepth = 0;  // open elements
+    u2_t m_uNode;            // the innermost open element, or where the document goes
+    const u3_t m_uFirst;     // nodes that were there before: they do not count
+    u3_t m_uMostNodes = 0;   // nodes there may be before CheckMemory is asked
+    u3_t m_uAttributes = 0;  // since it was asked
+    u3_t m_uDepth = 0;       // open elements
     u2_t m_uElements = 0;
     bool m_bBegun = false;  // a tag of any kind was there
     bool m_bDone = false;   // the top element is closed
@@ -178,6 +199,7 @@ class XmlLoader {
     Arr<char> m_oBlock;
     Arr<Numbered> m_oTarget;
     Arr<Numbered> m_oLink;
+    Load_Report m_oFound;  // what was met on the way
 };
 
 }  // namespace vok::detail

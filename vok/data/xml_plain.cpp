@@ -81,7 +81,7 @@ void XmlLoader::ReadPlainElements() {
             continue;
         }
         if (eParent != Node::Tree && eParent != Node::Empty) return;
-        if (b.m_oNode.Size() >= m_oLimits.m_uNodes || m_uDepth >= m_oLimits.m_uDepth) return;
+        if (b.m_oNode.Size() >= m_uMostNodes || m_uDepth >= m_oLimits.m_uDepth) return;
 
         // The name.
         const char* pName = ++p;

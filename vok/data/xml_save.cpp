@@ -1,16 +1,19 @@
 // Writes a tree as an XML document.
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/base/where.h"
-#include "vok/data/buffer_sink.h"
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
+#include "vok/data/id_map.h"
 #include "vok/data/walk.h"
 #include "vok/data/xml_form.h"
+#include "vok/file/sinks.h"
 #include "vok/file/xml_text.h"
 
 namespace vok {
@@ -32,24 +35,22 @@ char* Store(char* p, std::string_view s) noexcept {
     return p + s.size();
 }
 
+template <class Sink>
 class XmlWriter {
   public:
-    XmlWriter(Data_Base& oBase, File_Stream& oOut, u2_t uDepth)
+    XmlWriter(Data_Base& oBase, Sink& oSink, u2_t uDepth)
         : b(oBase),
-          m_oOut(oOut),
-          m_pBuffer(dynamic_cast<File_Buf*>(&oOut)),
-          m_bStaged(m_pBuffer == nullptr || !detail::BufferSink::Fits(*m_pBuffer)),
-          m_oStage("w"),
-          m_oSink(m_bStaged ? m_oStage : *m_pBuffer),
+          m_oSink(oSink),
           m_uDepth(uDepth),
-          m_bAttributes(oBase.m_oAttHead.Size() != 0) {
-        m_oPlain.Resize(b.m_oName.Size());
-    }
+          m_bAttributes(oBase.m_oAttHead.Size() != 0),
+          m_oPlain(oBase.m_oName.Size()),
+          m_oNumber(oBase.m_oNode.Size()) {}
 
     // Notes which nodes the links below oTop lead to: those get a number. In time with what is
     // written: a host may save a large tree part by part.
     void MarkTargets(const Data& oTop) {
         if (oTop.GetId() == 0) {
+            m_oPlain.Spread();
             for (const Node& oNode : b.m_oNode) MarkTarget(oNode);
             return;
         }
@@ -62,7 +63,6 @@ class XmlWriter {
         WriteElement(uTop);
         while (m_oFrame.Size() != 0) {
             WritePlainElements();
-            HandOn(PIECE);
             Frame& f = m_oFrame(m_oFrame.Size() - 1);
             if (f.pNext == f.pEnd) {
                 const u2_t uId = f.uId;
@@ -76,7 +76,6 @@ class XmlWriter {
             if (b.m_oNode(uId).GetType() != Node::Zombi) WriteElement(uId);
         }
         m_oSink.Finish();
-        HandOn(1);
     }
 
   private:
@@ -90,25 +89,18 @@ class XmlWriter {
 
     static constexpr u2_t TO_COME = 0xFFFFFFFF;
 
-    // What is collected for a stream before it is written.
-    static constexpr std::size_t PIECE = 256 * 1024;
+    // Long values are converted in pieces; base64 takes three bytes at a time.
+    static constexpr std::size_t PIECE = 3 << 14;
     static constexpr u2_t PLAIN_TYPES = 1u << Node::Integer | 1u << Node::Double |
                                         1u << Node::Boolean | 1u << Node::String |
                                         1u << Node::Empty;
     static constexpr u2_t SHORT_TEXT = 64;
     static constexpr std::size_t PLAIN_ROOM = 2 * Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
 
-    void HandOn(std::size_t uAtLeast) {
-        if (!m_bStaged || m_oStage.Size() < uAtLeast) return;
-        m_oSink.Finish();
-        m_oOut.Write(m_oStage.Data(), m_oStage.Size());
-        m_oStage.Clear();
-    }
-
     void MarkTarget(const Node& oNode) {
         if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) return;
-        if (m_oNumber.Size() == 0) m_oNumber.Resize(b.m_oNode.Size());
         m_oNumber(oNode.uWord2) = TO_COME;
+        m_bNumbers = true;
     }
     [[nodiscard]] bool IsTarget(u2_t uId) const noexcept {
         return uId < b.m_oNode.Size() && b.m_oNode(uId).GetType() != Node::Zombi;
@@ -153,7 +145,6 @@ class XmlWriter {
             if (oName.uLength > Hash::SLACK) break;
             if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {
                 m_oSink.Cut(p);
-                if (m_bStaged && m_oStage.Size() >= PIECE) break;
                 p = m_oSink.Space(PLAIN_ROOM);
                 pEnd = m_oSink.SpaceEnd();
             }
@@ -246,14 +237,18 @@ class XmlWriter {
         Add(" ");
         Add(sName);
         Add("=\"");
-        m_oAttValue.Truncate(0);
-        xml::EncodeText(m_oAttValue, sValue);
-        Add({m_oAttValue.Beg(), m_oAttValue.Size()});
+        while (!sValue.empty()) {
+            const std::string_view sPiece = sValue.substr(0, PIECE);
+            m_oAttValue.Truncate(0);
+            xml::EncodeText(m_oAttValue, sPiece);
+            Add({m_oAttValue.Beg(), m_oAttValue.Size()});
+            sValue.remove_prefix(sPiece.size());
+        }
         Add("\"");
     }
 
     [[nodiscard]] bool IsNumbered(u2_t uId) const noexcept {
-        return m_oNumber.Size() != 0 && m_oNumber(uId) != 0;
+        return m_bNumbers && m_oNumber.Find(uId) != 0;
     }
 
     // Numbers count up in the order in which the document names them: equal trees give equal
@@ -284,9 +279,11 @@ class XmlWriter {
             case Node::Float:
             case Node::Double:
                 return WriteTyped(uId, {s, FormatReal(std::bit_cast<double>(oNode.Value64()), s)});
-            case Node::Date:
-                return WriteTyped(uId,
-                                  {s, FormatDate(std::bit_cast<double>(oNode.Value64()), 'T', s)});
+            case Node::Date: {
+                const double dSeconds = std::bit_cast<double>(oNode.Value64());
+                return WriteTyped(uId, {s, std::isfinite(dSeconds) ? FormatDate(dSeconds, 'T', s)
+                                                                   : FormatReal(dSeconds, s)});
+            }
             case Node::Long: return WriteTyped(uId, {s, FormatInteger(oNode.Value64(), s)});
             case Node::Quad: return WriteQuad(uId);
             case Node::String: {
@@ -295,11 +292,16 @@ class XmlWriter {
                 return WriteEndTag(uId);
             }
             case Node::Binary: {
-                m_oValue.Truncate(0);
-                const std::size_t uSize = oNode.uWord3;
-                EncodeBase64(b.HeapAt(oNode.uWord2), uSize, m_oValue.AddSpace(Base64Size(uSize)));
                 StartTyped(oNode.GetType());
-                WriteCdata({m_oValue.Beg(), m_oValue.Size()});
+                Add(xml::CDATA);
+                for (std::size_t u = 0; u < oNode.uWord3; u += PIECE) {
+                    const std::size_t uSize = std::min(oNode.uWord3 - u, PIECE);
+                    m_oValue.Truncate(0);
+                    EncodeBase64(b.HeapAt(oNode.uWord2) + u, uSize,
+                                 m_oValue.AddSpace(Base64Size(uSize)));
+                    Add({m_oValue.Beg(), m_oValue.Size()});
+                }
+                Add(xml::CDATA_END);
                 return WriteEndTag(uId);
             }
             case Node::Link:
@@ -366,22 +368,19 @@ class XmlWriter {
     }
 
     Data_Base& b;
-    File_Stream& m_oOut;
-    File_Buf* m_pBuffer;  // the stream, if it is one in memory
-    bool m_bStaged;       // bytes go through m_oStage
-    File_Buf m_oStage;
-    detail::BufferSink m_oSink;
+    Sink& m_oSink;
     u2_t m_uDepth;
     u2_t m_uTop = 0;
     bool m_bAttributes;
     Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oPlain;   // by key
-    Arr<u2_t> m_oNumber;  // by id, not 0 for the target of a link; empty when there are no links
+    Data_IdMap<u0_t> m_oPlain;   // by key
+    Data_IdMap<u2_t> m_oNumber;  // by id, not 0 for the target of a link
+    bool m_bNumbers = false;     // there are any
     u2_t m_uNumbers = 0;
     Arr<u2_t> m_oAttKeys;
     Arr<char> m_oRoom;  // a written name
     Arr<char> m_oAttValue;
-    Arr<char> m_oValue;
+    Arr<char> m_oValue;  // a piece of a value
 };
 
 }  // namespace
@@ -391,9 +390,14 @@ void Data::SaveToXML(File_Stream& out, i2_t iDeclaration, i2_t iDepth) const {
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
         SetAccessMode();
-        XmlWriter oWriter(b, out, static_cast<u2_t>(std::max(iDepth, 0)));
-        oWriter.MarkTargets(*this);
-        oWriter.Run(m_uId, iDeclaration != 0);
+        const auto oWriteTo = [&](auto&& oSink) {
+            XmlWriter oWriter(b, oSink, static_cast<u2_t>(std::max(iDepth, 0)));
+            oWriter.MarkTargets(*this);
+            oWriter.Run(m_uId, iDeclaration != 0);
+        };
+        File_Buf* pBuffer = dynamic_cast<File_Buf*>(&out);
+        if (pBuffer != nullptr && BufferSink::Fits(*pBuffer)) return oWriteTo(BufferSink(*pBuffer));
+        oWriteTo(PieceSink(out));
     });
 }
 

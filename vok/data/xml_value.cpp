@@ -16,24 +16,28 @@ void XmlLoader::SetAttributes() {
     if (oAttributes.Size() > m_oLimits.m_uAttributes) {
         Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
     }
+    // They cost memory like nodes.
+    if (m_oWork.IsMetered() && (m_uAttributes += oAttributes.Size()) >= NODES_BETWEEN_CHECKS) {
+        CheckMemory();
+    }
     for (const xml::Tag::Attribute& o : oAttributes) {
         if (o.sName == xml::DT_DECLARATION) continue;
         const bool bType = o.sName == "dt:dt" || o.sName == "dt:type";
         if (bType && SetType(o.sValue)) continue;
         if (o.sName == xml::NODE_ID) {
-            m_oTarget.Add(Numbered{NumberOf(o.sValue), m_uNode});
+            AddNumbered(m_oTarget, o.sValue);
         } else if (o.sName == xml::NODE_REFERENCE) {
-            m_oLink.Add(Numbered{NumberOf(o.sValue), m_uNode});
+            AddNumbered(m_oLink, o.sValue);
         } else if (o.sName != xml::REFERENCE_TYPE) {
             SetAttribute(o);
         }
     }
 }
 
-i2_t XmlLoader::NumberOf(std::string_view sValue) noexcept {
-    char s[NUMBER_ROOM] = {};
-    if (sValue.size() > 2) sValue.substr(2).copy(s, sizeof(s) - 1);
-    return ParseLong(s);
+// Notes the number in "ID17" for the current node. One beyond 64 bits is nobody's.
+void XmlLoader::AddNumbered(Arr<Numbered>& oArr, std::string_view sValue) const {
+    const u3_t uNumber = sValue.size() > 2 ? ParseLong64(sValue.substr(2)) : 0;
+    if (uNumber != TOO_LARGE) oArr.Add(Numbered{uNumber, m_uNode});
 }
 
 bool XmlLoader::SetType(std::string_view sType) {
@@ -54,10 +58,11 @@ void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
     std::string_view sValue = o.sValue;
     const auto oIsSpecial = [](char c) { return c == '&' || c == '\t' || c == '\n' || c == '\r'; };
     if (std::any_of(sValue.begin(), sValue.end(), oIsSpecial)) {
-        xml::DecodeValue(m_oText, sValue, KeepsUnknown());
+        m_oFound.m_uKeptReferences += xml::DecodeValue(m_oText, sValue, KeepsUnknown());
         sValue = {m_oText.Beg(), m_oText.Size()};
     }
     CheckNoNul(sValue);
+    if (sValue.size() > m_oLimits.m_uTextBytes) RaiseTextLimit();
     const Utf8_Text oName(Decoded(o.sName, m_oNameRoom));
     const Utf8_Text oValue(sValue);
     if (oName.Len() == 0) Msg::UnallowedAttribute("");
@@ -67,17 +72,23 @@ void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
 
 void XmlLoader::AddText(std::string_view sRun) {
     const Node::Type eType = b.m_oNode(m_uNode).GetType();
-    if (eType == Node::Tree) return;
+    if (eType == Node::Tree) {
+        m_oFound.m_uDroppedTexts += !xml::IsBlank(sRun);
+        return;
+    }
     if (eType == Node::Binary) Msg::MissingHeaderForBinaryData();
     CheckLength(sRun.size());
     CheckNoNul(sRun);
-    xml::DecodeText(m_oText, sRun, KeepsUnknown());
+    m_oFound.m_uKeptReferences += xml::DecodeText(m_oText, sRun, KeepsUnknown());
     m_bText = true;
 }
 
 void XmlLoader::AddCdata(std::string_view sRun) {
     const Node::Type eType = b.m_oNode(m_uNode).GetType();
-    if (eType == Node::Tree) return;
+    if (eType == Node::Tree) {
+        m_oFound.m_uDroppedTexts += !xml::IsBlank(sRun);
+        return;
+    }
     if (eType == Node::Binary && m_bText) Msg::MissingHeaderForBinaryData();
     CheckLength(sRun.size());
     CheckNoNul(sRun);
@@ -112,7 +123,9 @@ void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
         case Node::Double: oNode.SetValue64(std::bit_cast<u3_t>(ParseReal(sText))); break;
         case Node::Date: {
             double dSeconds;
-            if (!ParseDate(sText, dSeconds)) RaiseUnknownText(sText);
+            if (!ParseDate(sText, dSeconds) && !ParseNoDate(sText, dSeconds)) {
+                RaiseUnknownText(sText);
+            }
             dSeconds += std::bit_cast<double>(oNode.Value64());
             oNode.SetValue64(std::bit_cast<u3_t>(dSeconds));
             break;
@@ -125,6 +138,16 @@ void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
             if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) break;
             b.SetNewText(uId, sText);
     }
+}
+
+// What FormatReal gives for the numbers that are no moment.
+bool XmlLoader::ParseNoDate(std::string_view sText, double& dSeconds) noexcept {
+    for (const std::string_view s : {"INF", "-INF", "NaN"}) {
+        if (sText != s) continue;
+        dSeconds = ParseReal(sText);
+        return true;
+    }
+    return false;
 }
 
 void XmlLoader::RaiseUnknownText(std::string_view sText) {

@@ -6,6 +6,7 @@
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
+#include "vok/data/link_bytes.h"
 #include "vok/data/load_report.h"
 #include "vok/data/select.h"
 #include "vok/data/store.h"
@@ -15,6 +16,7 @@
 #include "vok/dgraph/messages.h"
 #include "vok/dgraph/sources.h"
 #include "vok/dgraph/step.h"
+#include "vok/file/rest.h"
 
 namespace vok {
 
@@ -38,7 +40,14 @@ template <class Source>
 class Reader {
   public:
     Reader(Data& oData, Source& oSource, const Limits& oLimits)
-        : m_oData(oData), b(*Access::BaseOf(oData)), m_oSource(oSource), m_oLimits(oLimits) {}
+        : m_oData(oData),
+          b(*Access::BaseOf(oData)),
+          m_oSource(oSource),
+          m_oLimits(oLimits),
+          m_oWork(oLimits),
+          m_uMostNodes(oLimits.m_uNodes) {
+        if (m_oWork.IsMetered()) CheckMemory();
+    }
 
     void Run() {
         m_oLevel.Reserve(32);
@@ -55,21 +64,28 @@ class Reader {
     void ResolveLinks() {
         m_oData.SetToRoot();
         m_oData.SetAccessMode();
+        m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
         Arr<u2_t> oFound;
-        u3_t uSeen = 0;
         for (std::size_t u = 0; u < m_oLink.Size(); ++u) {
             m_uNode = m_oLink(u).uId;
             const char* sPath = m_oPaths.Beg() + m_oLink(u).uPath;
-            detail::SelectNodes(b, 0, sPath, m_oLimits, uSeen, oFound);
+            detail::SelectNodes(b, 0, sPath, m_oWork, oFound);
             if (oFound.Size() == 0) RaiseTargetMissing();
             if (oFound.Size() > 1) RaiseTargetNotUnique();
             b.m_oNode(m_uNode).uWord2 = oFound(0);
         }
         m_uNode = 0;
+        if (m_oLink.Size() != 0) (void)m_oWork.CheckMemory(detail::LinkBytes(b));
     }
 
     // The node of the record being read.
     [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
+    // What the document did not have, and what its links took.
+    void AddTo(Load_Report& oReport) const noexcept {
+        oReport.m_uMissingBytes = m_oSource.Missing();
+        for (const Level& o : m_oLevel) oReport.m_uMissingNodes += o.uPending;
+        oReport.m_uWork = m_oWork.Done();
+    }
 
   private:
     // The successors of one open node: records still to come (a negative number is a large
@@ -92,6 +108,12 @@ class Reader {
     static constexpr std::size_t SMALLEST_RECORD = 6;
     // Expected where the bytes to come cannot be seen.
     static constexpr u3_t UNSEEN_RECORDS = 4;
+    // Memory that a node with a new name takes at most, arrays that grow included.
+    static constexpr u3_t MOST_PER_NODE = 512;
+    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
+    static constexpr u3_t BYTES_BETWEEN_CHECKS = u3_t{1} << 20;
+    // A text is held by the source and by the tree.
+    static constexpr u3_t COPIES = 2;
 
     [[nodiscard]] Level& Top() noexcept { return m_oLevel(m_oLevel.Size() - 1); }
 
@@ -110,6 +132,7 @@ class Reader {
         if (static_cast<u3_t>(iLength) > m_oLimits.m_uTextBytes) {
             Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
         }
+        if (m_oWork.IsMetered()) NoteBytes(static_cast<u3_t>(iLength));
         return static_cast<std::size_t>(iLength);
     }
 
@@ -171,7 +194,7 @@ class Reader {
             const u2_t uIndex = bSameRun ? static_cast<u2_t>(oLevel.iRunCount) : 0;
             if (!IsIndex(p + uName + 1, uStep - uName - 1, uIndex)) return;
             if (!oLevel.bInOrder || (!bSameRun && IsBehind(oLevel, uKey))) return;
-            if (b.m_oNode.Size() >= m_oLimits.m_uNodes || !b.CanPlace(oLevel.uParent)) return;
+            if (b.m_oNode.Size() >= m_uMostNodes || !b.CanPlace(oLevel.uParent)) return;
 
             p += uStep;
             const Code eCode = static_cast<Code>(*p++);
@@ -259,7 +282,7 @@ class Reader {
     }
 
     void OpenLevel(i2_t iCount) {
-        if (m_oLevel.Size() > m_oLimits.m_uDepth) {
+        if (m_oLevel.Size() >= m_oLimits.m_uDepth) {
             Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
         }
         m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
@@ -295,6 +318,7 @@ class Reader {
         for (std::size_t u = 0; u < oAttributes.Size(); ++u) {
             m_oData.SetAttVal(oAttributes(u).sName, oAttributes(u).sValue);
         }
+        if (m_oWork.IsMetered()) NoteBytes(oAttributes.Size() * MOST_PER_NODE);
     }
 
     // Appends the node of a record, behind placeholders for the run indexes that it skips.
@@ -320,6 +344,8 @@ class Reader {
             Msg::LimitExceeded("skipped slots", m_oLimits.m_uSkippedSlots,
                                "Limits::m_uSkippedSlots");
         }
+        m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
+        m_oWork.Charge(static_cast<u3_t>(iSlots));
         for (; iSlots > 0; --iSlots) {
             b.Remove(m_uNode);
             m_uNode = AppendCounted(uParent, uKey);
@@ -327,10 +353,30 @@ class Reader {
     }
 
     u2_t AppendCounted(u2_t uParent, u2_t uKey) {
-        if (b.m_oNode.Size() >= m_oLimits.m_uNodes) [[unlikely]] {
+        if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+            CheckMemory();
+        return b.AppendPlaced(uParent, uKey);
+    }
+
+    // Bytes that the next fields may cost: they are looked at together.
+    void NoteBytes(u3_t uBytes) {
+        m_uNoted += uBytes;
+        if (m_uNoted >= BYTES_BETWEEN_CHECKS) CheckMemory();
+    }
+
+    // Raises the error of the limit on nodes. Where a small input can become a large tree, looks
+    // at its memory, and says at how many nodes that is worth doing again.
+    void CheckMemory() {
+        if (b.m_oNode.Size() >= m_oLimits.m_uNodes) {
             Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
         }
-        return b.AppendPlaced(uParent, uKey);
+        const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
+                           m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +
+                           COPIES * m_uNoted;
+        m_uNoted = 0;
+        const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
+        m_uMostNodes =
+            std::min(m_oLimits.m_uNodes, b.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
     }
 
     // ---- values -----------------------------------------------------------
@@ -409,6 +455,9 @@ class Reader {
     Data_Base& b;
     Source& m_oSource;
     const Limits& m_oLimits;
+    Work m_oWork;
+    u3_t m_uMostNodes;  // nodes there may be before CheckMemory is asked
+    u3_t m_uNoted = 0;  // bytes since it was asked
     Step m_oStep;
     Hash_Guess m_oGuess;  // usable are names that documents carry as they stand
     Arr<Level> m_oLevel;
@@ -430,6 +479,7 @@ class ReportOnExit {
     ~ReportOnExit() {
         if (m_pReport == nullptr) return;
         m_pReport->m_uOffset += m_oSource.Offset();  // behind the header, counted before
+        m_oReader.AddTo(*m_pReport);
         vok::detail::ReportNode(*m_pReport, m_oData, m_oReader.CurrentNode());
     }
     ReportOnExit(const ReportOnExit&) = delete;
@@ -488,6 +538,7 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
             dgraph::StreamSource oSource(in);
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
         }
+        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(in);
         Dgraph_SetVersion(data, 1, static_cast<u0_t>(sHeader[10]), static_cast<u0_t>(sHeader[11]));
         data.Shrink();
     });

@@ -1,16 +1,12 @@
-// Where the writer puts its bytes. Internal.
-//
-// A sink gives room for the fixed part of a record, is told where each field in it ends, and
-// takes the parts that have a length of their own. What lies behind the last cut is dropped
-// by the next call of Space().
+// Where the writer puts its bytes when it must write field by field. Internal.
 #ifndef VOK_DGRAPH_SINKS_H
 #define VOK_DGRAPH_SINKS_H
 
-#include "vok/data/buffer_sink.h"
+#include "vok/file/sinks.h"
 
 namespace vok::dgraph {
 
-// Any stream: one write per field, of its exact width.
+// Any stream: one write per field, of its exact width. Cut is called behind every field.
 class StreamSink {
   public:
     static constexpr bool IN_MEMORY = false;
@@ -38,8 +34,6 @@ class StreamSink {
     Arr<char> m_oRoom;
     char* m_pFrom = nullptr;
 };
-
-using detail::BufferSink;
 
 }  // namespace vok::dgraph
 

@@ -1,8 +1,8 @@
 // Where the reader gets its bytes from. Internal.
 //
 // Both sources deliver what is left and no more: Fetch fills up what is missing with zeros,
-// View gives a shorter text. Neither asks for memory that the bytes of the stream do not
-// justify.
+// View gives a shorter text; Missing counts what was. Neither asks for memory that the bytes of
+// the stream do not justify.
 #ifndef VOK_DGRAPH_SOURCES_H
 #define VOK_DGRAPH_SOURCES_H
 
@@ -40,6 +40,7 @@ class StreamSource {
         std::memset(pTarget, 0, uSize);
         const std::size_t uRead = ReadUpTo(m_oIn, pTarget, uSize);
         m_uOffset += uRead;
+        m_uMissing += uSize - uRead;
         return uRead;
     }
     // The next uSize bytes, or those that are left; valid until the next call.
@@ -53,10 +54,14 @@ class StreamSource {
             m_uOffset += uRead;
             if (uRead < uWanted) break;
         }
+        m_uMissing += uSize - uGot;
         return {m_oBuffer.Beg(), uGot};
     }
-    // Bytes consumed so far.
+    // Bytes consumed so far, and bytes that were asked for and not there.
     [[nodiscard]] u3_t Offset() const noexcept { return m_uOffset; }
+    [[nodiscard]] u3_t Missing() const noexcept { return m_uMissing; }
+    // Bytes of memory held.
+    [[nodiscard]] std::size_t Held() const noexcept { return m_oBuffer.Capacity(); }
 
     // What can be looked at without consuming it: nothing.
     [[nodiscard]] const char* Peek() const noexcept { return nullptr; }
@@ -67,6 +72,7 @@ class StreamSource {
     File_Stream& m_oIn;
     Arr<char> m_oBuffer;
     u3_t m_uOffset = 0;
+    u3_t m_uMissing = 0;
 };
 
 // A memory buffer, read in place. Its position follows when the source ends.
@@ -85,14 +91,18 @@ class BufferSource {
         if (uGot != 0) std::memcpy(pTarget, m_p, uGot);
         if (uGot != uSize) std::memset(pTarget + uGot, 0, uSize - uGot);
         m_p += uGot;
+        m_uMissing += uSize - uGot;
         return uGot;
     }
     [[nodiscard]] std::string_view View(std::size_t uSize) noexcept {
         const std::string_view sView(m_p, std::min(uSize, AtHand()));
         m_p += sView.size();
+        m_uMissing += uSize - sView.size();
         return sView;
     }
     [[nodiscard]] u3_t Offset() const noexcept { return static_cast<u3_t>(m_p - m_pBegin); }
+    [[nodiscard]] u3_t Missing() const noexcept { return m_uMissing; }
+    [[nodiscard]] static std::size_t Held() noexcept { return 0; }
 
     [[nodiscard]] const char* Peek() const noexcept { return m_p; }
     [[nodiscard]] std::size_t AtHand() const noexcept {
@@ -105,6 +115,7 @@ class BufferSource {
     const char* const m_pBegin;
     const char* m_p;
     const char* const m_pEnd;
+    u3_t m_uMissing = 0;
 };
 
 }  // namespace vok::dgraph

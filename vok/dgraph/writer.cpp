@@ -23,6 +23,8 @@ namespace {
 // index, type code, the largest value.
 constexpr std::size_t FIXED_ROOM = 128;
 
+static_assert(Data_Base::HEAP_SLACK >= BufferSink::SLACK);
+
 template <class Sink>
 class Writer {
   public:
@@ -381,8 +383,8 @@ void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
         }
         const Data oRoot = data.GetRoot();
         File_Buf* pBuffer = dynamic_cast<File_Buf*>(&out);
-        if (pBuffer != nullptr && dgraph::BufferSink::Fits(*pBuffer)) {
-            dgraph::BufferSink oSink(*pBuffer);
+        if (pBuffer != nullptr && BufferSink::Fits(*pBuffer)) {
+            BufferSink oSink(*pBuffer);
             dgraph::WriteDocument(oRoot, oVersion, oSink);
         } else {
             dgraph::StreamSink oSink(out);

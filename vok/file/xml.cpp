@@ -14,13 +14,13 @@ constexpr u2_t LOOSE_TAGS = 8;
 
 Str DecodedText(std::string_view sText, u2_t uFlags) {
     Arr<char> oText;
-    xml::DecodeText(oText, sText, (uFlags & KEEP_UNKNOWN) != 0);
+    (void)xml::DecodeText(oText, sText, (uFlags & KEEP_UNKNOWN) != 0);
     return Str(std::string_view(oText.Beg(), oText.Size()));
 }
 
 Str DecodedValue(std::string_view sValue, u2_t uFlags) {
     Arr<char> oText;
-    xml::DecodeValue(oText, sValue, (uFlags & KEEP_UNKNOWN) != 0);
+    (void)xml::DecodeValue(oText, sValue, (uFlags & KEEP_UNKNOWN) != 0);
     return Str(std::string_view(oText.Beg(), oText.Size()));
 }
 

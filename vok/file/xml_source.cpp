@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
@@ -91,6 +92,22 @@ Source::~Source() {
     if (m_pBuffer != nullptr) m_pBuffer->Skip(m_pBuffer->Remaining());
 }
 
+u3_t Source::Leave(const char* p) {
+    const u3_t uOffset = OffsetOf(p);
+    if (m_pBuffer != nullptr) {
+        File_Buf& oBuffer = *std::exchange(m_pBuffer, nullptr);
+        oBuffer.Skip(static_cast<std::size_t>(uOffset));
+        return oBuffer.Remaining();
+    }
+    const u3_t uLeft = m_uRead - uOffset;
+    if (uLeft == 0 || !m_oIn.CanSeek(File_Stream::FROM_POSITION)) return uLeft;
+    // A pipe does not know where it is.
+    if (m_oIn.Tell() >= static_cast<i3_t>(uLeft)) {
+        m_oIn.Seek(-static_cast<i3_t>(uLeft), File_Stream::FROM_POSITION);
+    }
+    return uLeft;
+}
+
 void Source::DetectCoding() {
     const auto oStartsWith = [&](std::string_view s) {
         return static_cast<std::size_t>(m_pEnd - m_pBegin) >= s.size() &&
@@ -172,6 +189,7 @@ bool Source::Fetch(const char*& p, const char*& pEnd) {
         uGot += std::min(uRead, uWanted - uGot);
     }
     m_bAtEnd = uGot < uWanted;
+    m_uRead += uGot;
     m_oBytes.SetSize(uKept + uGot);
     m_pBegin = p = m_oBytes.Beg();
     m_pEnd = pEnd = m_oBytes.End();
@@ -184,6 +202,11 @@ Source::Place Source::PlaceOf(const char* p) const noexcept {
     // Half a unit at the end of UTF-16 was converted like a whole one.
     oPlace.uOffset = std::min(oPlace.uOffset, m_uBytes);
     return oPlace;
+}
+
+u3_t Source::OffsetOf(const char* p) const noexcept {
+    if (m_eCoding != Coding::Utf8) return PlaceOf(p).uOffset;
+    return m_oPlace.uOffset + static_cast<u3_t>(p - m_pBegin);
 }
 
 // Moves a place over a text.

@@ -20,8 +20,13 @@ class Source {
     explicit Source(File_Stream& oIn);
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
-    // A memory buffer is left behind its last byte.
+    // Unless Leave was called a memory buffer is left behind its last byte, others where reading
+    // has got to.
     ~Source();
+
+    // Ends reading: leaves the stream right behind p, if it can seek, so that others may read on.
+    // Returns how many of the bytes that were read already stand behind p.
+    u3_t Leave(const char* p);
 
     // The bytes at hand.
     [[nodiscard]] const char* Begin() const noexcept { return m_pBegin; }
@@ -42,6 +47,10 @@ class Source {
         u2_t uColumn;
     };
     [[nodiscard]] Place PlaceOf(const char* p) const noexcept;
+    // The offset alone: constant time for UTF-8.
+    [[nodiscard]] u3_t OffsetOf(const char* p) const noexcept;
+    // Bytes of memory held.
+    [[nodiscard]] std::size_t Held() const noexcept { return m_oBytes.Capacity(); }
 
   private:
     void DetectCoding();
@@ -55,6 +64,7 @@ class Source {
     const char* m_pBegin = nullptr;
     const char* m_pEnd = nullptr;
     Place m_oPlace{0, 1, 1};   // of m_pBegin
+    u3_t m_uRead = 0;          // bytes read of a stream that is no memory buffer
     u3_t m_uBytes = ~u3_t{0};  // of the stream, once all were converted
     Arr<char> m_oBytes;        // what was read of another stream, or converted
 };

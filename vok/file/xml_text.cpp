@@ -161,7 +161,9 @@ void AddBlanked(Arr<char>& oOut, std::string_view sRun) {
 }
 
 template <class AddRun>
-void Decode(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown, const AddRun& oAddRun) {
+std::size_t Decode(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown,
+                   const AddRun& oAddRun) {
+    std::size_t uKept = 0;
     while (!sText.empty()) {
         const std::size_t uPlain = std::min(sText.find('&'), sText.size());
         oAddRun(sText.substr(0, uPlain));
@@ -174,21 +176,24 @@ void Decode(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown, const Ad
         } else if (bKeepUnknown) {
             oOut.Add('&');
             uLength = 0;
+            ++uKept;
         } else {
             RaiseUnknown(sText);
         }
         sText.remove_prefix(uLength + 1);
     }
+    return uKept;
 }
 
 }  // namespace
 
-void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown) {
-    Decode(oOut, sText, bKeepUnknown, [&](std::string_view s) { oOut.Add(s.data(), s.size()); });
+std::size_t DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown) {
+    return Decode(oOut, sText, bKeepUnknown,
+                  [&](std::string_view s) { oOut.Add(s.data(), s.size()); });
 }
 
-void DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown) {
-    Decode(oOut, sValue, bKeepUnknown, [&](std::string_view s) { AddBlanked(oOut, s); });
+std::size_t DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown) {
+    return Decode(oOut, sValue, bKeepUnknown, [&](std::string_view s) { AddBlanked(oOut, s); });
 }
 
 void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll) {

@@ -57,11 +57,11 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
 
 // Appends a text with its references decoded: "&lt;", "&#228;", "&#xE4;", and amp, gt, quot,
 // apos, nbsp. Any other "&" stays as it stands with bKeepUnknown, else it raises "unknown xml
-// sequene "%0"".
-void DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown);
+// sequene "%0"". Returns how many stayed.
+std::size_t DecodeText(Arr<char>& oOut, std::string_view sText, bool bKeepUnknown);
 // The same for a value of an attribute: tabs and line breaks that are no references are blanks,
 // "\r\n" is one (XML 1.0, 2.11 and 3.3.3).
-void DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown);
+std::size_t DecodeValue(Arr<char>& oOut, std::string_view sValue, bool bKeepUnknown);
 
 // Appends a text with &, <, >, the double quote and control characters as references; with bAll
 // also the apostrophe and the no-break space, which need it nowhere in what a Data writes.

@@ -1,0 +1,23 @@
+// What stands behind the position of a stream. Internal.
+#ifndef VOK_FILE_REST_H
+#define VOK_FILE_REST_H
+
+#include "vok/file/buf.h"
+#include "vok/file/file.h"
+
+namespace vok {
+
+// How many bytes a memory buffer or a plain file still has; 0 for streams that do not tell, as
+// pipes and compressed ones.
+[[nodiscard]] inline u3_t BytesLeft(File_Stream& oIn) {
+    if (const File_Buf* pBuffer = dynamic_cast<File_Buf*>(&oIn)) return pBuffer->Remaining();
+    File* pFile = dynamic_cast<File*>(&oIn);
+    if (pFile == nullptr || (pFile->Flags() & File::FLAG_GZIP) != 0) return 0;
+    const i3_t iAt = pFile->Tell();
+    const i3_t iSize = iAt >= 0 ? pFile->Size() : -1;
+    return iSize > iAt ? static_cast<u3_t>(iSize - iAt) : 0;
+}
+
+}  // namespace vok
+
+#endif  // VOK_FILE_REST_H
