@@ -263,6 +263,11 @@ TEST(Dump, Refuses) {
          false},
         {[](Parts& o) { o.sHeap.append(6, '\0'), o.oNodes[5] = Flags(1, Quad); }, false},
         {[](Parts& o) { o.sHeap.append(7, '\0'), o.oNodes[5] = Flags(1, Quad); }, true},
+        // b[1] names a predecessor that does not have it.
+        {[](Parts& o) {
+             o.oNodes[3] = 2, o.oGroups = Words{2, 2, 2, 1};
+         },
+         false},
         // b[0] becomes its own predecessor, or it and a third b each other's.
         {[](Parts& o) {
              o.oNodes[3] = 2, o.oNodes[5] = Flags(2, Tree), o.oNodes[6] = 4, o.oNodes[7] = 1;

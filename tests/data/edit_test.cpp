@@ -117,6 +117,11 @@ TEST(Edit, MemoryRunsOut) {
             EXPECT_EQ(o.oRoot.GetNodes(), uNodes);
             EXPECT_TRUE(Data::Equal(oBefore, o.oRoot));
             EXPECT_EQ(oOther.GetNodes(), 1u);
+            // Attributes of what was taken back are not there for the next node of its id.
+            Data oNew = o.oRoot.CreateNewSucc("zzz");
+            for (const char* s : {"k", "l"}) oNew.SetAttVal(s, "new");
+            EXPECT_EQ(AttributesOf(oNew, true), (Texts{"k=new", "l=new"}));
+            oNew.Remove(), oNew.Erase();
             oStep(o, oOther);  // what failed can be done again
         }
     }

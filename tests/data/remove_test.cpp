@@ -1,5 +1,8 @@
 // Removal and compaction beyond what the model test reaches.
+#include <functional>
+
 #include "tests/support.h"
+#include "vok/dgraph/access.h"
 
 namespace vok {
 namespace {
@@ -66,6 +69,40 @@ TEST(Shrink, DropsWasteWhenItIsWorthIt) {
     const char* pBefore = oRoot.GetValStr();
     oRoot.Shrink();
     EXPECT_EQ(oRoot.GetValStr(), pBefore);  // nothing to do, nothing moved
+
+    // Everything that leaves something behind counts, once a quarter of the heap is waste.
+    const std::string sLong(70'000, 'x');
+    const auto SetLong = [&](Data& o) { o.SetValStr(sLong.c_str()); };
+    const std::function<void(Data&)> WASTES[] = {
+        [&](Data& o) { SetLong(o), o.SetValStr(""); },
+        [&](Data& o) { SetLong(o), o.ClearVal(); },
+        [&](Data& o) { o.SetValBin(sLong.data(), 70'000), o.SetValInt(1); },
+        [&](Data& o) {
+            for (u2_t u = 0; u < 7000; ++u) o.SetValQuad(u, u, u, u);
+        },
+        [&](Data& o) { o.SetAttVal("a", sLong.c_str()), o.SetAttVal("a", nullptr); },
+        [&](Data& o) { o.SetAttVal("a", sLong.c_str()), o.SetAttVal("a", ""); },
+        [&](Data& o) { o.SetValStr((std::string(70'000, ' ')).c_str()), o.CreateNewSucc("below"); },
+    };
+    for (const auto& oWaste : WASTES) {
+        for (const std::size_t uKept : {0u, 300'000u}) {
+            Data oTree = NewTree();
+            oTree.SetAttVal("kept", std::string(uKept, 'k').c_str());
+            Data oNode = oTree.CreateNewSucc("n");
+            oWaste(oNode);
+            const std::size_t uHeap = dgraph::Access::BaseOf(oTree)->m_oStr.Size();
+            oTree.Shrink();
+            const bool bShrunk = dgraph::Access::BaseOf(oTree)->m_oStr.Size() < uHeap;
+            EXPECT_EQ(bShrunk, uKept == 0);
+        }
+    }
+    // So do attributes without a value, whose records stay.
+    Data oTree = NewTree();
+    for (int i = 0; i < 6000; ++i) oTree.CreateNewSucc("n").SetAttVal("a", "");
+    for (u2_t u = 1; u <= 6000; ++u) oTree.GetNodeFromID(u).SetAttVal("a", nullptr);
+    const std::size_t uHeld = oTree.HeapBytes();
+    oTree.Shrink();
+    EXPECT_LT(oTree.HeapBytes(), uHeld);
 }
 
 // Names that nobody bears any more go as well, once they are the greater part of many.

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "tests/support.h"
+#include "vok/dgraph/access.h"
 
 namespace vok {
 namespace {
@@ -135,6 +136,30 @@ TEST(SuccIt, WalksAndSkipsTheRemoved) {
     oRoot.Shrink();
     oIt.SetPos(0);
     EXPECT_LT(oIt.GetData().GetId(), oRoot.GetNodes());
+    // Nor does it deliver what has lost its place.
+    oIt = oRoot.GetSuccIt();
+    oIt.SetPos(oIt.Size() - 1);
+    Data oLast = oRoot.GetNthSucc(oIt.Size() - 1);
+    oLast.Remove(), oLast.Erase();
+    EXPECT_EQ(oIt.GetId(), Data_Node::NONE);
+    EXPECT_FALSE(oIt.SkipZombies());
+}
+
+// Groups that were abandoned do not pile up.
+TEST(SuccOrder, GroupsAreCompacted) {
+    Data oRoot = NewTree();
+    Data oKept = oRoot.CreateNewSucc("kept"), oOther = oRoot.CreateNewSucc("other");
+    oKept.CreateNewSucc("b"), oKept.CreateNewSucc("a");
+    for (int iRound = 0; iRound < 50; ++iRound) {
+        for (int i = 0; i < 1000; ++i) oOther.CreateNewSucc("n");
+        EXPECT_EQ(oOther.GetSuccIt().Size(), 1000u);
+        oOther.RemoveSuccs();
+    }
+    oOther.CreateNewSucc("x");
+    EXPECT_EQ(oOther.GetSuccIt().Size(), 1u);
+    EXPECT_LT(dgraph::Access::BaseOf(oRoot)->m_oSucc.Size(), 12'000u);
+    EXPECT_STREQ(oKept.GetNthSucc(0).GetName(), "a");
+    EXPECT_STREQ(oKept.GetNthSucc(1).GetName(), "b");
 }
 
 TEST(NodeIt, ListsNodesOfOneTree) {

@@ -1,6 +1,9 @@
 // Values of nodes: every type against every getter, texts that stand in the tree, links.
+#include <functional>
+
 #include "tests/data/kinds.h"
 #include "vok/data/walk.h"
+#include "vok/dgraph/access.h"
 
 namespace vok {
 namespace {
@@ -169,7 +172,57 @@ TEST(Values, AsAWalkGivesThem) {
         if (o.GetType() == Data_Node::Quad) oSeen.push_back(std::to_string(o.QuadWord(3)));
     }
     EXPECT_EQ(oSeen, (Texts{"text", {"\0\xFF\0", 3}, "4294967295"}));
+    // What is below a node can be left out.
+    for (Data o : {oRoot.GetNodeFromID(oRoot.AddInt("m", 1)), oRoot.CreateNewSucc("tree")}) {
+        if (o.GetType() == Data_Node::Empty) o.CreateNewSucc("below").CreateNewSucc("further");
+    }
+    oRoot.CreateNewSucc("z");
+    std::string sNames;
+    for (Data_Walk o(oRoot); o.Next();) {
+        sNames += o.GetName()[0];
+        if (std::string_view(o.GetName()) == "tree" || o.GetType() == Data_Node::Integer)
+            o.SkipSuccessors();
+        EXPECT_TRUE(o.GetType() != Data_Node::Link || o.LinkId() == 0);
+        EXPECT_TRUE(o.GetType() != Data_Node::Long || o.Lng() == ~u3_t{0});
+    }
+    EXPECT_EQ(sNames, "Rmnnnnnnnnnnntz");
 }
+
+#ifndef _WIN32
+// Texts and blocks share 2 GiB: what does not fit is refused before anything is changed.
+TEST(Values, TheHeapHasALimit) {
+    Data oRoot = NewTree();
+    oRoot.CreateNewSucc("s").SetValStr("text");
+    oRoot.CreateNewSucc("q").SetValQuad(1, 2, 3, 4);
+    oRoot.SetAttVal("a", "value");
+    Arr<char>& oHeap = dgraph::Access::BaseOf(oRoot)->m_oStr;
+    const std::size_t uSize = oHeap.Size();
+    oHeap.Reserve((std::size_t{1} << 31) + 4096);  // which costs no memory before it is used
+    Data oOther = NewTree();
+    oOther.SetValStr("a text that is longer");
+    const std::function<void()> STEPS[] = {
+        [&] { oRoot.AddStr("n", "a text that is longer"); },
+        [&] { oRoot.AddBin("n", "a block that is longer", 22); },
+        [&] { oRoot.GetNthSucc("s", 0).SetValStr("a text that is longer"); },
+        [&] { oRoot.GetNthSucc("s", 0).SetValBin("a block that is longer", 22); },
+        [&] { oRoot.GetNthSucc("q", 0).SetValQuad(5, 6, 7, 8); },
+        [&] { oRoot.SetAttVal("a", "a text that is longer"); },
+        [&] { (void)oOther.MkCopy(oRoot); },
+        [&] { oRoot.CreateNode("x/y[@k=\"a text that is longer\"]"); },
+    };
+    for (const auto& oStep : STEPS) {
+        oHeap.SetSize(0x7FFFFFF8);
+        EXPECT_EQ(Failing(oStep), "assertion failed: vok::Msg::IsInt32(x)");
+        oHeap.SetSize(uSize);
+        EXPECT_STREQ(oRoot.GetNthSucc("s", 0).GetValStr(), "text");
+        EXPECT_STREQ(oRoot.GetAttVal("a"), "value");
+        u2_t auWord[4];
+        oRoot.GetNthSucc("q", 0).GetValQuad(auWord[0], auWord[1], auWord[2], auWord[3]);
+        EXPECT_EQ(auWord[3], 4u);
+        EXPECT_FALSE(oRoot.GetNthSucc("x", 0).IsNode());
+    }
+}
+#endif
 
 }  // namespace
 }  // namespace vok

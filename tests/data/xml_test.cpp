@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "tests/support.h"
+#include "vok/base/utf8.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/file.h"
 
@@ -233,6 +234,31 @@ TEST(Xml, NamesAndAttributesSurvive) {
     EXPECT_EQ(Saved(oTrip), Saved(oTree));
 }
 
+// XML 1.0, fifth edition, productions 4 and 4a, at the ends of their ranges.
+TEST(Xml, CharactersOfNames) {
+    constexpr u2_t START[] = {0x5F,   0xC0,   0xD6,    0xD8,   0xF6,   0xF8,   0x2FF,
+                              0x370,  0x37D,  0x37F,   0x1FFF, 0x200C, 0x200D, 0x2070,
+                              0x218F, 0x2C00, 0x2FEF,  0x3001, 0xD7FF, 0xF900, 0xFDCF,
+                              0xFDF0, 0xFFFD, 0x10000, 0xEFFFF};
+    constexpr u2_t MORE[] = {0x2D, 0x2E, 0x39, 0xB7, 0x300, 0x36F, 0x203F, 0x2040};
+    constexpr u2_t NONE[] = {0x2C,   0x2F,   0x40,   0x60,   0xB6,   0xB8,   0xBF,
+                             0xD7,   0xF7,   0x37E,  0x2000, 0x200B, 0x200E, 0x203E,
+                             0x2041, 0x206F, 0x2190, 0x2BFF, 0x2FF0, 0x3000, 0xE000,
+                             0xF8FF, 0xFDD0, 0xFDEF, 0xFFFE, 0xFFFF, 0xF0000};
+    const auto oKept = [](u2_t uCode, const char* sBefore) {
+        char s[4];
+        const std::string sName = sBefore + std::string(s, EncodeUtf8(uCode, s));
+        Data oTree = NewTree();
+        oTree.CreateNewSucc(sName);
+        const std::string sSaved = Saved(oTree, 0);
+        EXPECT_TRUE(Data::Equal(oTree, Loaded(sSaved))) << uCode;
+        return sSaved.find("<" + sName + "/>") != std::string::npos;
+    };
+    for (const u2_t u : START) EXPECT_TRUE(oKept(u, "") && oKept(u, "a")) << u;
+    for (const u2_t u : MORE) EXPECT_TRUE(!oKept(u, "") && oKept(u, "a")) << u;
+    for (const u2_t u : NONE) EXPECT_TRUE(!oKept(u, "") && !oKept(u, "a")) << u;
+}
+
 TEST(Xml, LinksAreNumbers) {
     const Data oTree = Loaded(
         "<R CDNodeID='ID9'><a CDNodeIDREF='ID7' CDNodeRefType='x'/>"
@@ -315,6 +341,12 @@ TEST(Xml, CodingsOfTheInput) {
         EXPECT_EQ(ErrorFrom(1, sIn, oTree), "");
         EXPECT_EQ(oTree.GetValStr(), sOut) << sIn;
     }
+    // The bytes in which windows-1252 is not ISO-8859-1.
+    std::string sHigh;
+    for (int i = 0x80; i < 0xA0; ++i) sHigh += static_cast<char>(i);
+    EXPECT_STREQ(
+        Loaded("<?xml version='1.0' encoding='windows-1252'?><a>" + sHigh + "</a>").GetValStr(),
+        "€\u0081‚ƒ„…†‡ˆ‰Š‹Œ\u008DŽ\u008F\u0090‘’“”•–—˜™š›œ\u009DžŸ");
     EXPECT_EQ(Error("<?xml version='1.0' encoding='EBCDIC'?><a/>"),
               "unknown character coding: \"EBCDIC\"");
     EXPECT_EQ(Error("<?xml version='1.0' encoding='UTF-16'?><a/>"),
@@ -386,7 +418,7 @@ TEST(Xml, WhatSurroundsTheElements) {
 
 TEST(Xml, PlaceOfAnError) {
     struct {
-        const char* sText;
+        std::string sText;
         u3_t uOffset;
         u2_t uLine, uColumn;
         const char* sPath;
@@ -396,6 +428,8 @@ TEST(Xml, PlaceOfAnError) {
         {"<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\xE4\xE4<b", 51, 2, 8, "/"},
         {"<a><b/></a> <c/>", 11, 1, 12, "/"},
         {"<a><b/></a>", 11, 1, 12, "/"},
+        {"\xFF\xFE<\0a\0>\0\n\0\x3D\xD8\x00\xDE\xE4\0<\0b\0=\0"s, 20, 2, 5, "/"},
+        {"\xFE\xFF\0<\0a\0>\0\n\xD8\x3D\xDE\x00\0\xE4\0<\0b\0=\0"s, 20, 2, 5, "/"},
     };
     for (const auto& o : aoCases) {
         for (const std::size_t uMost : {0u, 1u}) {
