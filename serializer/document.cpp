@@ -53,10 +53,11 @@ std::vector<Byte> Document::SaveToBuffer(Node& root) {
 Node Document::LoadFromFile(StringRef fileName) {
     Node root = NewRoot(READ_FAILED);
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
-    Guarded(READ_FAILED, [&] {
+    vok::Load_Report report;
+    Guarded(READ_FAILED, report, [&] {
         vok::File file(Utilities::String2Str(fileName), "r");
         data.Clear();
-        data.LoadFromXML(file, vok::Data::XML_KEEP_UNKNOWN);
+        data.LoadFromXML(file, vok::Data::XML_KEEP_UNKNOWN, {}, &report);
         file.Close();
     });
     return root;
@@ -65,10 +66,11 @@ Node Document::LoadFromFile(StringRef fileName) {
 Node Document::LoadFromBuffer(std::span<const Byte> bytes) {
     Node root = NewRoot(READ_FAILED);
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
-    Guarded(READ_FAILED, [&] {
+    vok::Load_Report report;
+    Guarded(READ_FAILED, report, [&] {
         vok::File_Buf buffer(bytes.data(), bytes.size());
         data.Clear();
-        vok::Dgraph_LoadDGraph(data, buffer);
+        vok::Dgraph_LoadDGraph(data, buffer, {}, &report);
         data.SetToRoot();
         // After loading, whatever version the bytes carried.
         StampVersion(data);
@@ -80,6 +82,10 @@ bool Document::PeekBytes(const Node& node, StringRef name, Int32 index,
                          std::span<const Byte>& bytes) {
     return Guarded("Failed to get Node byte array",
                    [&] { return node.PeekBytes(name, index, bytes); });
+}
+
+bool Document::PeekText(const Node& node, StringRef name, Int32 index, std::string_view& text) {
+    return node.PeekText(name, index, text);
 }
 
 }  // namespace Velmar::Q7R::Serializer

@@ -27,6 +27,10 @@ class Document {
     static bool PeekBytes(const Node& node, StringRef name, Int32 index,
                           std::span<const Byte>& bytes);
 
+    // The same for a text, UTF-8; an empty node has the empty one. Fails with the native message
+    // and its trail.
+    static bool PeekText(const Node& node, StringRef name, Int32 index, std::string_view& text);
+
     static constexpr char INVALID_ROOT[] = "Invalid vok::Data";
     static constexpr char WRITE_BUFFER_FAILED[] = "Failed to write data to buffer";
     static constexpr char WRITE_FILE_FAILED[] = "Failed to write data to file";

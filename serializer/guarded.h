@@ -3,16 +3,30 @@
 #define SERIALIZER_GUARDED_H
 
 #include "serializer/exception.h"
+#include "vok/base/limits.h"
 
 namespace Velmar::Q7R::Serializer {
 
-// Runs the native part of an operation; whatever it throws becomes the operation's own text.
+// Runs the native part of an operation; whatever it throws is nested in the operation's own text.
 template <class F>
 decltype(auto) Guarded(const char* sMessage, F&& oBody) {
     try {
         return oBody();
     } catch (...) {
         throw System::ApplicationException(sMessage);
+    }
+}
+
+// The same for reading a document: oReport tells the place.
+template <class F>
+decltype(auto) Guarded(const char* sMessage, const vok::Load_Report& oReport, F&& oBody) {
+    try {
+        return oBody();
+    } catch (...) {
+        System::ApplicationException::Place oPlace{oReport.m_uOffset, oReport.m_uLine,
+                                                   oReport.m_uColumn};
+        oReport.m_oPath.View().copy(oPlace.sPath, sizeof(oPlace.sPath) - 1);
+        throw System::ApplicationException(sMessage, oPlace);
     }
 }
 

@@ -115,16 +115,24 @@ Node Node::AddSubnode(StringRef name) {
 
 // ---- reading ----------------------------------------------------------------
 
-bool Node::TryGetValue(StringRef name, Int32 index, String& value) const {
+bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const {
     try {
         return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            value = Utilities::Str2String(vok::Str(oSucc.GetStr(nullptr)));
+            const char* sText = oSucc.GetStr(nullptr);
+            value = sText != nullptr ? sText : "";
         });
     } catch (const vok::Msg_Exception& e) {
-        throw System::ApplicationException(std::string(e.what()) + e.where());
+        throw System::ApplicationException(e.what(), e.where());
     } catch (...) {
         throw System::ApplicationException("Failed to get Node String value");
     }
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, String& value) const {
+    std::string_view sText;
+    if (!PeekText(name, index, sText)) return false;
+    Guarded("Failed to get Node String value", [&] { value = Utilities::Utf8ToString(sText); });
+    return true;
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, Int32& value) const {
@@ -197,7 +205,7 @@ bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
 Int32 Node::GetSubnodeCount(StringRef name) const {
     return Guarded("Failed to get subnode count", [&] {
         const Utilities::NativeText oName(name);
-        return static_cast<Int32>(Cursor().GetSuccIt(oName.CStr()).Size());
+        return static_cast<Int32>(Cursor().GetSuccCount(oName.CStr()));
     });
 }
 

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "serializer/exception.h"
@@ -11,6 +13,13 @@
 #include "vok/data/data.h"
 
 namespace Velmar::Q7R::Serializer {
+
+// A pointer that is no text: L"wide", for one, which is UTF-16 on some systems only.
+template <class T>
+concept ForeignPointer = (std::is_pointer_v<T> || std::is_member_pointer_v<T>)&&!std::is_same_v<
+                             std::remove_cv_t<std::remove_pointer_t<T>>, char> &&
+                         !std::is_same_v<std::remove_cv_t<std::remove_pointer_t<T>>, char8_t> &&
+                         !std::is_same_v<std::remove_cv_t<std::remove_pointer_t<T>>, char16_t>;
 
 using Byte = std::uint8_t;
 using Int32 = std::int32_t;
@@ -43,7 +52,11 @@ class Node {
     void AddValue(StringRef name, StringRef value);
     // A literal is a text, not a bool.
     void AddValue(StringRef name, const char* value) { AddValue(name, StringRef(value)); }
+    void AddValue(StringRef name, const char8_t* value) { AddValue(name, StringRef(value)); }
     void AddValue(StringRef name, const char16_t* value) { AddValue(name, StringRef(value)); }
+    // Nor is any other pointer one.
+    template <ForeignPointer T>
+    void AddValue(StringRef name, T value) = delete;
     // "Failed to add Node int value".
     void AddValue(StringRef name, Int32 value);
     // "Failed to add Node double value".
@@ -110,8 +123,10 @@ class Node {
     explicit operator vok::Data*() { return m_bDisposed ? nullptr : &m_oData; }
     explicit operator const vok::Data*() const { return m_bDisposed ? nullptr : &m_oData; }
 
-    // The bytes of a successor where they lie, until the tree is changed.
+    // The bytes of a successor where they lie, until the tree is changed; its text likewise, with
+    // the failures of reading it.
     bool PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const;
+    bool PeekText(StringRef name, Int32 index, std::string_view& value) const;
 
     [[nodiscard]] const vok::Data& Cursor() const;
     [[nodiscard]] vok::Data& Cursor();

@@ -50,6 +50,9 @@ class StringRef {
     StringRef(const char* sText) noexcept {
         if (sText != nullptr) m_sUtf8 = sText;
     }
+    StringRef(const char8_t* sText) noexcept : StringRef(reinterpret_cast<const char*>(sText)) {}
+    StringRef(std::u8string_view sText) noexcept
+        : m_sUtf8(reinterpret_cast<const char*>(sText.data()), sText.size()) {}
     StringRef(std::string_view sText) noexcept : m_sUtf8(sText) {}
     StringRef(const std::string& sText) noexcept : m_sUtf8(sText) {}
 

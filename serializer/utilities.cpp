@@ -1,6 +1,9 @@
 #include "serializer/utilities.h"
 
 #include <cstring>
+#include <utility>
+
+#include "vok/base/utf8.h"
 
 namespace Velmar::Q7R::Serializer {
 
@@ -46,6 +49,32 @@ String Str2String(const vok::Str& string) {
     if (string.IsEmpty()) return String::Empty();
     const vok::Str::Utf16 oUtf16(string);
     return String(std::u16string(oUtf16.CStr(), oUtf16.Len()));
+}
+
+std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept {
+    const char* p = sText.data();
+    const char* const pEnd = p + sText.size();
+    char16_t* pTo = pOut;
+    while (p != pEnd) {
+        if (static_cast<unsigned char>(*p) < 0x80) {
+            *pTo++ = static_cast<char16_t>(*p++);
+            continue;
+        }
+        const vok::u2_t uCode = vok::DecodeUtf8(p, pEnd);
+        if (uCode < 0x10000) {
+            *pTo++ = static_cast<char16_t>(uCode);
+        } else {
+            *pTo++ = static_cast<char16_t>(0xD7C0 + (uCode >> 10));
+            *pTo++ = static_cast<char16_t>(0xDC00 + (uCode & 0x3FF));
+        }
+    }
+    return static_cast<std::size_t>(pTo - pOut);
+}
+
+String Utf8ToString(std::string_view sText) {
+    std::u16string sUtf16(sText.size(), u'\0');
+    sUtf16.resize(Utf8ToUtf16(sText, sUtf16.data()));
+    return String(std::move(sUtf16));
 }
 
 NativeText::NativeText(StringRef string) : m_sText(m_sShort) {

@@ -12,6 +12,11 @@ namespace Velmar::Q7R::Serializer::Utilities {
 // A string without text gives String::Empty().
 [[nodiscard]] String Str2String(const vok::Str& string);
 
+// The same for text inside a tree. Linear, with one allocation.
+[[nodiscard]] String Utf8ToString(std::string_view sText);
+// Writes valid UTF-8 as UTF-16 to pOut, which has room for a unit for each byte; returns how many.
+std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept;
+
 // A host text as NUL-terminated UTF-8 for the duration of a call, without a heap block when
 // it is short.
 class NativeText {

@@ -232,6 +232,14 @@ inline std::string Joined(const Texts& oTexts) {
     return sAll;
 }
 
+// Bytes that deflate to about so many bits each, the same ones every time.
+inline std::string Noise(std::size_t uSize, unsigned uBits, unsigned uSeed = 1) {
+    std::mt19937 oRandom(uSeed);
+    std::string s(uSize, 0);
+    for (char& c : s) c = static_cast<char>(oRandom() & ((1u << uBits) - 1));
+    return s;
+}
+
 inline std::string Content(const File_Buf& oBuf) {
     return {oBuf.Data() != nullptr ? oBuf.Data() : "", oBuf.Size()};
 }

@@ -10,6 +10,7 @@
 #include "serializer/c/vok_serializer.h"
 #include "serializer/guarded.h"
 #include "serializer/node.h"
+#include "vok/sys/sys.h"
 
 // Counts what lives of it.
 struct vok_node {
@@ -46,18 +47,19 @@ inline void Give(vok_node** ppNode, Node oNode, const char* sFailure) {
     return StringRef(reinterpret_cast<const char16_t*>(sText));
 }
 
-// Keeps a failure's text, UTF-8, for vok_last_error; cut to what there is room for.
-void SetLastError(const char* sText) noexcept;
+// Keeps a failure for vok_last_error and vok_last_error_detail; cut to what there is room for.
+void SetLastError(const std::exception& oFailure) noexcept;
 
 // The border that no exception crosses. The body tells whether it found what it looked for.
 template <class F>
 vok_status Call(F&& oBody) noexcept {
+    const vok::sys::NoCancel oNoCancel;
     try {
         return oBody() ? VOK_OK : VOK_NOT_FOUND;
     } catch (const std::exception& e) {
-        SetLastError(e.what());
+        SetLastError(e);
     } catch (...) {
-        SetLastError("unknown failure");
+        SetLastError(System::ApplicationException("unknown failure"));
     }
     return VOK_FAILED;
 }

@@ -5,16 +5,83 @@
 #include "serializer/utilities.h"
 #include "vok/base/mem.h"
 #include "vok/base/msg.h"
+#include "vok/base/number.h"
 #include "vok/base/utf8.h"
 
 namespace Velmar::Q7R::Serializer::C {
 
 namespace {
 
+// A text for the host, UTF-16, built from pieces. Plain memory: it costs a thread nothing to start
+// with, nothing has to end with it.
+template <std::size_t UNITS>
+struct HostText {
+    vok_char aUnits[UNITS];
+    std::size_t uUsed;
+
+    void Clear() noexcept { aUnits[uUsed = 0] = 0; }
+    void Add(const char* sText) noexcept {
+        const char* const pEnd = sText + std::strlen(sText);
+        // Room for a pair of surrogates and the NUL.
+        while (sText != pEnd && uUsed + 3 <= UNITS) {
+            const vok::u2_t uCode = vok::DecodeUtf8(sText, pEnd);
+            if (uCode < 0x10000) {
+                aUnits[uUsed++] = static_cast<vok_char>(uCode);
+            } else {
+                aUnits[uUsed++] = static_cast<vok_char>(0xD7C0 + (uCode >> 10));
+                aUnits[uUsed++] = static_cast<vok_char>(0xDC00 + (uCode & 0x3FF));
+            }
+        }
+        aUnits[uUsed] = 0;
+    }
+    void AddNumber(const char* sBefore, std::uint64_t uNumber) noexcept {
+        char s[vok::NUMBER_ROOM];
+        vok::FormatInteger(uNumber, s);
+        Add(sBefore);
+        Add(s);
+    }
+};
+
 // A message and its trail have at most 1,023 bytes each, and UTF-16 never more units than UTF-8
-// bytes. Plain memory: it costs a thread nothing to start with, nothing has to end with it.
-constexpr std::size_t ERROR_UNITS = 2048;
-thread_local vok_char t_aLastError[ERROR_UNITS];
+// bytes.
+thread_local HostText<2048> t_oLastError;
+thread_local HostText<2816> t_oDetail;
+
+void AddPlace(const System::ApplicationException::Place& o) noexcept {
+    if (o.uOffset == 0 && o.uLine == 0) return;
+    t_oDetail.AddNumber("at byte ", o.uOffset);
+    if (o.uLine != 0) {
+        t_oDetail.AddNumber(", line ", o.uLine);
+        t_oDetail.AddNumber(", column ", o.uColumn);
+    }
+    if (o.sPath[0] != 0) t_oDetail.Add(", in ");
+    t_oDetail.Add(o.sPath);
+    t_oDetail.Add("\n");
+}
+
+// What the facade nested in its own failure.
+void SetDetail(const System::ApplicationException& oFailure) noexcept {
+    const char* sTrail = "";
+    try {
+        if (oFailure.nested_ptr() == nullptr) return;
+        oFailure.rethrow_nested();
+    } catch (const vok::Msg_Exception& e) {
+        t_oDetail.Add(e.what());
+        AddPlace(oFailure.GetPlace());
+        t_oDetail.Add(e.where());
+    } catch (const std::exception& e) {
+        t_oDetail.Add(e.what());
+        t_oDetail.Add("\n");
+        AddPlace(oFailure.GetPlace());
+    } catch (...) {
+        sTrail = "unknown failure\n";
+    }
+    t_oDetail.Add(sTrail);
+}
+
+// The banner is for programs with a console of their own; a host of this library sees every
+// failure as a result.
+const bool g_bQuiet = (vok::Msg::SetBanner(false), true);
 
 }  // namespace
 
@@ -26,20 +93,11 @@ const Node& Disposed() noexcept {
     return s_oGone;
 }
 
-void SetLastError(const char* sText) noexcept {
-    const char* const pEnd = sText + std::strlen(sText);
-    std::size_t uUnits = 0;
-    // Room for a pair of surrogates and the NUL.
-    while (sText != pEnd && uUnits + 3 <= ERROR_UNITS) {
-        const vok::u2_t uCode = vok::DecodeUtf8(sText, pEnd);
-        if (uCode < 0x10000) {
-            t_aLastError[uUnits++] = static_cast<vok_char>(uCode);
-        } else {
-            t_aLastError[uUnits++] = static_cast<vok_char>(0xD7C0 + (uCode >> 10));
-            t_aLastError[uUnits++] = static_cast<vok_char>(0xDC00 + (uCode & 0x3FF));
-        }
-    }
-    t_aLastError[uUnits] = 0;
+void SetLastError(const std::exception& oFailure) noexcept {
+    t_oLastError.Clear();
+    t_oLastError.Add(oFailure.what());
+    t_oDetail.Clear();
+    if (const auto* p = dynamic_cast<const System::ApplicationException*>(&oFailure)) SetDetail(*p);
 }
 
 }  // namespace Velmar::Q7R::Serializer::C
@@ -51,7 +109,11 @@ int32_t vok_serializer_version(void) {
 }
 
 const vok_char* vok_last_error(void) {
-    return C::t_aLastError;
+    return C::t_oLastError.aUnits;
+}
+
+const vok_char* vok_last_error_detail(void) {
+    return C::t_oDetail.aUnits;
 }
 
 int64_t vok_live_nodes(void) {

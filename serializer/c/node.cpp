@@ -1,6 +1,7 @@
 // Nodes: their handles, values written to and read from them.
 #include "serializer/c/internal.h"
 #include "serializer/document.h"
+#include "serializer/utilities.h"
 
 using namespace Velmar::Q7R::Serializer;
 using C::Call;
@@ -11,7 +12,8 @@ using C::Use;
 
 namespace {
 constexpr char NO_NODE[] = "Failed to make a node";
-}
+constexpr char NO_TEXT[] = "Failed to get Node String value";
+}  // namespace
 
 // ---- handles ----------------------------------------------------------------
 
@@ -74,13 +76,18 @@ vok_status vok_node_add_subnode(vok_node* node, const vok_char* name, vok_node**
 
 vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32_t index,
                                const vok_char** value, int32_t* length) {
-    // Kept for the caller, who may hand it to other functions.
-    static thread_local String t_oText;
     return Call([&] {
-        if (!Use(node).TryGetValue(Text(name), index, t_oText)) return false;
-        *value = reinterpret_cast<const vok_char*>(t_oText.Text().c_str());
-        // UTF-16 has no more units than the text has bytes, which 32 bits can count.
-        *length = static_cast<int32_t>(t_oText.Text().size());
+        std::string_view sText;
+        if (!Document::PeekText(Use(node), Text(name), index, sText)) return false;
+        // Kept for the caller, who may hand it to other functions. UTF-16 has no more units than
+        // the text has bytes, which 32 bits can count.
+        auto* pUnits =
+            static_cast<char16_t*>(vok::sys::ThreadBlock((sText.size() + 1) * sizeof(char16_t)));
+        if (pUnits == nullptr) throw System::ApplicationException(NO_TEXT);
+        const std::size_t uUnits = Utilities::Utf8ToUtf16(sText, pUnits);
+        pUnits[uUnits] = 0;
+        *value = reinterpret_cast<const vok_char*>(pUnits);
+        *length = static_cast<int32_t>(uUnits);
         return true;
     });
 }

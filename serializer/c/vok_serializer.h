@@ -61,6 +61,10 @@ VOK_API int32_t vok_serializer_version(void);
 /* The text of the last failure in this thread, valid until the next one; empty before the first.
  * Never null. */
 VOK_API const vok_char* vok_last_error(void);
+/* The reason of that failure, in lines: the native error; where in a document it was found ("at byte
+ * 17, line 2, column 5, in /a[0]"), when one was being read; the functions it passed, innermost
+ * first. Empty when the text of the failure says it all. Valid as long. Never null. */
+VOK_API const vok_char* vok_last_error_detail(void);
 
 /* Handles that wait for vok_node_free, and blocks of memory in use with their bytes, in the whole
  * process. Hosts with a garbage collector can tell from the bytes when to start it. */
@@ -68,8 +72,8 @@ VOK_API int64_t vok_live_nodes(void);
 VOK_API int64_t vok_live_blocks(void);
 VOK_API int64_t vok_live_bytes(void);
 
-/* Whether each failure below also prints a line with its time to standard output; on at first.
- * Returns the former setting. */
+/* Whether each failure below also prints a line with its time to standard output; off from when the
+ * library is loaded. For the whole process. Returns the former setting. */
 VOK_API int32_t vok_set_banner(int32_t on);
 /* The language of native error texts: 0 English (at first), 1 German. "invalid language
  * id: %0". */

@@ -31,16 +31,28 @@ namespace Velmar.Q7R.Serializer
             }
         }
 
-        // Gives the finalizers, which may be slower than those who make garbage, time to catch up;
-        // but no more than that: they may wait for a lock of this very thread.
+        // Roots are young, and nobody but a host that keeps one holds them: the youngest generation
+        // is mostly enough, which costs a small part of a whole collection.
         private static void Collect(long iBefore)
         {
+            GC.Collect(0);
+            if (WaitForFinalizers(iBefore)) return;
             GC.Collect();
+            WaitForFinalizers(iBefore);
+        }
+
+        // Gives the finalizers, which may be slower than those who make garbage, time to catch up;
+        // but no more than that: they may wait for a lock of this very thread. True when half of
+        // the memory came free.
+        private static bool WaitForFinalizers(long iBefore)
+        {
             Stopwatch clock = Stopwatch.StartNew();
-            while (Native.vok_live_bytes() > iBefore / 2 && clock.ElapsedMilliseconds < Patience)
+            while (Native.vok_live_bytes() > iBefore / 2)
             {
+                if (clock.ElapsedMilliseconds >= Patience) return false;
                 Thread.Sleep(1);
             }
+            return true;
         }
 
         private static long LimitAbove(long iBytes)

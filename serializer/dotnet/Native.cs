@@ -21,8 +21,6 @@ namespace Velmar.Q7R.Serializer
         {
             if (vok_serializer_version() != Version)
                 throw new TypeLoadException("vok_serializer: wrong version of the native library");
-            // Every failure reaches the host as an exception, which has its own way to show it.
-            vok_set_banner(0);
         }
 
         [DllImport(Library, CallingConvention = Call)]
@@ -30,7 +28,7 @@ namespace Velmar.Q7R.Serializer
         [DllImport(Library, CallingConvention = Call)]
         private static extern IntPtr vok_last_error();
         [DllImport(Library, CallingConvention = Call)]
-        private static extern int vok_set_banner(int on);
+        private static extern IntPtr vok_last_error_detail();
 
         [DllImport(Library, CallingConvention = Call)]
         internal static extern int vok_node_create(out IntPtr node);
@@ -99,14 +97,21 @@ namespace Velmar.Q7R.Serializer
         internal static bool Found(string failure, int status)
         {
             if (status >= 0) return status == Ok;
-            throw new ApplicationException(failure);
+            throw new ApplicationException(failure, Reason());
         }
 
         // The same, raising what the library itself says.
         internal static bool FoundText(int status)
         {
             if (status >= 0) return status == Ok;
-            throw new ApplicationException(Marshal.PtrToStringUni(vok_last_error()));
+            throw new ApplicationException(Marshal.PtrToStringUni(vok_last_error()), Reason());
+        }
+
+        // The native error behind the last failure; null when there is none.
+        private static Exception Reason()
+        {
+            string detail = Marshal.PtrToStringUni(vok_last_error_detail());
+            return string.IsNullOrEmpty(detail) ? null : new Exception(detail);
         }
     }
 }

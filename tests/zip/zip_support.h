@@ -15,14 +15,6 @@ using namespace std::string_literals;
 
 using Members = std::vector<std::pair<std::string, std::string>>;  // names and bytes, in order
 
-// Bytes that deflate to about so many bits each, the same ones every time.
-inline std::string Noise(std::size_t uSize, unsigned uBits, unsigned uSeed = 1) {
-    std::mt19937 oRandom(uSeed);
-    std::string s(uSize, 0);
-    for (char& c : s) c = static_cast<char>(oRandom() & ((1u << uBits) - 1));
-    return s;
-}
-
 inline void AddMember(Zip_Archive& oZip, const std::string& sName, const std::string& sBytes,
                       u2_t uMethod = ZIP_DEFLATED) {
     oZip.OpenNewFile(sName.c_str(), {}, {}, {}, {}, uMethod);

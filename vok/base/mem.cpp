@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "vok/base/msg.h"
+#include "vok/base/msg_channel.h"
 
 namespace vok::Mem {
 
@@ -62,7 +63,7 @@ void TraceDecrement(const void* pData, u3_t uOld) noexcept {
         static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pData)) - HEADER_SIZE;
     std::snprintf(sLine, sizeof(sLine), "VOK.Mem:reference_count(0x%016llX) = %llu - 1\n", uBlock,
                   static_cast<unsigned long long>(uOld));
-    sys::DebugOutput(sLine);
+    Msg_Debug::Trace(sLine);
 }
 
 }  // namespace detail

@@ -32,7 +32,7 @@ void AppendSystemError(u2_t uSystemError, Put&& oPut) {
     if (uSystemError == 0) return;
     char sBuf[ERRNO_TEXT_SIZE];
     oPut(uSystemError == Msg::NO_SYSTEM_ERROR_CODE ? ": " : ": errno=");
-    oPut(Msg::ErrnoText(sBuf, sizeof(sBuf), uSystemError));
+    oPut(Msg::ErrnoText(sBuf, sizeof(sBuf), sys::RuntimeErrno(uSystemError)));
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 // The two ways out of the message facility: console and log. Internal.
 //
 // Locks: everything printed is printed under the message lock, everything logged under
-// the log lock. A thread that holds the message lock never waits for the log lock, so
-// that a message may be emitted from inside a log write (by a debug sink).
+// the log lock. The log lock comes first: inside a log write a message may be emitted (by a
+// debug sink). The other way round, where a writer or a sink logs while a message is being
+// printed, the log lock is waited for as long as a write takes, but not for ever: two threads
+// could otherwise wait for each other.
 #ifndef VOK_BASE_MSG_CHANNEL_H
 #define VOK_BASE_MSG_CHANNEL_H
 
@@ -47,8 +49,10 @@ class Msg_LogFile {
 
 class Msg_Debug {
   public:
-    // Hands a text to the debug sink.
+    // Hands a text to the debug sink; without one to the debugger, if there is any.
     static void Write(const char* sText) noexcept;
+    // The same for a text that was asked for: without a sink it goes out in any case.
+    static void Trace(const char* sText) noexcept;
 };
 
 }  // namespace vok

@@ -169,14 +169,27 @@ void Msg_Console::Flush() noexcept {
     if (oWriter.pFlush != nullptr) CallOut([&] { oWriter.pFlush(); });
 }
 
-void Msg_Debug::Write(const char* sText) noexcept {
-    if (const Msg::DebugSink pSink = g_pDebugSink.load(std::memory_order_acquire)) {
-        try {
-            pSink(sText);
-        } catch (...) {  // its errors are not ours to report
-        }
-        return;
+namespace {
+
+// False when there is no sink.
+bool GiveToSink(const char* sText) noexcept {
+    const Msg::DebugSink pSink = g_pDebugSink.load(std::memory_order_acquire);
+    if (pSink == nullptr) return false;
+    try {
+        pSink(sText);
+    } catch (...) {  // its errors are not ours to report
     }
+    return true;
+}
+
+}  // namespace
+
+void Msg_Debug::Trace(const char* sText) noexcept {
+    if (!GiveToSink(sText)) sys::DebugOutput(sText);
+}
+
+void Msg_Debug::Write(const char* sText) noexcept {
+    if (GiveToSink(sText)) return;
     if (sys::HasDebugger() || g_bDebugOutput.load(std::memory_order_relaxed)) {
         sys::DebugOutput(sText);
     }

@@ -47,7 +47,7 @@ Msg_Arg::Msg_Arg(Kind eKind, u3_t uValue) noexcept : m_sText(m_sBuf) {
 
 void Msg_Entry::Raise(const Msg_Text& oText, const Args& oArgs, u2_t uSystemError) {
     // Emit does not return; the throw of its result only tells the compiler so.
-    throw Emit(Msg::MODE_RAISE, oText, oArgs, sys::RuntimeErrno(uSystemError));
+    throw Emit(Msg::MODE_RAISE, oText, oArgs, uSystemError);
 }
 
 void Msg_Entry::Report(const Msg_Text& oText, const Args& oArgs) {

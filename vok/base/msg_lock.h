@@ -19,8 +19,16 @@ class Msg_Lock {
 
     void Enter() noexcept {
         while (m_uHeld.exchange(1, std::memory_order_acquire) != 0) sys::SleepMs(1);
-        m_uProcess.store(sys::ProcessId(), std::memory_order_relaxed);
-        m_uThread.store(sys::ThreadId(), std::memory_order_relaxed);
+        NoteHolder();
+    }
+    // The same, but gives up after so many milliseconds; false then.
+    bool TryEnter(unsigned uMilliseconds) noexcept {
+        while (m_uHeld.exchange(1, std::memory_order_acquire) != 0) {
+            if (uMilliseconds-- == 0) return false;
+            sys::SleepMs(1);
+        }
+        NoteHolder();
+        return true;
     }
 
     void Leave() noexcept {
@@ -38,6 +46,11 @@ class Msg_Lock {
     }
 
   private:
+    void NoteHolder() noexcept {
+        m_uProcess.store(sys::ProcessId(), std::memory_order_relaxed);
+        m_uThread.store(sys::ThreadId(), std::memory_order_relaxed);
+    }
+
     std::atomic<u2_t> m_uHeld{0};
     std::atomic<u2_t> m_uProcess{0};
     std::atomic<u2_t> m_uThread{0};
@@ -49,18 +62,26 @@ class Msg_Guard {
     explicit Msg_Guard(Msg_Lock& oLock) noexcept : m_oLock(oLock), m_bNested(oLock.IsMine()) {
         if (!m_bNested) m_oLock.Enter();
     }
+    // Waits no longer than that.
+    Msg_Guard(Msg_Lock& oLock, unsigned uMilliseconds) noexcept
+        : m_oLock(oLock), m_bNested(oLock.IsMine()) {
+        if (!m_bNested) m_bHeld = m_oLock.TryEnter(uMilliseconds);
+    }
     ~Msg_Guard() {
-        if (!m_bNested) m_oLock.Leave();
+        if (!m_bNested && m_bHeld) m_oLock.Leave();
     }
     Msg_Guard(const Msg_Guard&) = delete;
     Msg_Guard& operator=(const Msg_Guard&) = delete;
 
     // True when the thread came here from inside the lock.
     [[nodiscard]] bool IsNested() const noexcept { return m_bNested; }
+    // False when waiting took too long.
+    [[nodiscard]] bool IsHeld() const noexcept { return m_bHeld; }
 
   private:
     Msg_Lock& m_oLock;
     const bool m_bNested;
+    bool m_bHeld = true;
 };
 
 }  // namespace vok

@@ -77,14 +77,39 @@ void Write(const char* sText, int iFlags) noexcept {
     std::fclose(pFile);
 }
 
-// Switches the log off when the library is unloaded.
-struct AtShutdown {
-    AtShutdown() = default;
-    AtShutdown(const AtShutdown&) = delete;
-    AtShutdown& operator=(const AtShutdown&) = delete;
-    ~AtShutdown() { Msg::SetLogFile(nullptr); }
+// As long as a write takes, also on a slow disk.
+constexpr unsigned PATIENCE_MS = 500;
+
+// A child of fork has one thread: locks that others held would never be given back. They are
+// taken around it in their order, unless the thread that forks is inside of one itself.
+bool g_bLogTaken = false;
+bool g_bMessageTaken = false;
+void BeforeFork() {
+    Msg_Lock& oMessage = Msg_Console::Lock();
+    const bool bLog = !g_oLock.IsMine() && !oMessage.IsMine();
+    if (bLog) g_oLock.Enter();
+    g_bLogTaken = bLog;
+    g_bMessageTaken = !oMessage.IsMine();
+    if (g_bMessageTaken) oMessage.Enter();
+}
+void AfterFork() {
+    if (g_bMessageTaken) Msg_Console::Lock().Leave();
+    if (g_bLogTaken) g_oLock.Leave();
+}
+
+// Switches the log off when the library is unloaded, unless a thread that is gone, or that waits
+// for this one, is in the middle of a write.
+struct Library {
+    Library() { sys::OnFork(BeforeFork, AfterFork); }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() {
+        constexpr unsigned LAST_WAIT_MS = 50;
+        const Msg_Guard oGuard(g_oLock, LAST_WAIT_MS);
+        if (oGuard.IsHeld()) g_sPath[0] = 0;
+    }
 };
-const AtShutdown g_oAtShutdown;
+const Library g_oLibrary;
 
 }  // namespace
 
@@ -96,9 +121,14 @@ void Msg_LogFile::WriteMessage(const char* sBanner, const char* sText) noexcept 
 }
 
 void Msg::Log(const char* sText, int iFlags) noexcept {
+    if (sText == nullptr) return;
+    if (Msg_Console::Lock().IsMine()) {
+        const Msg_Guard oGuard(g_oLock, PATIENCE_MS);
+        if (oGuard.IsHeld() && !oGuard.IsNested()) Write(sText, iFlags);
+        return;
+    }
     const Msg_Guard oGuard(g_oLock);
-    if (oGuard.IsNested() || sText == nullptr) return;
-    Write(sText, iFlags);
+    if (!oGuard.IsNested()) Write(sText, iFlags);
 }
 
 void Msg::SetLogFile(const char* sPath) noexcept {

@@ -68,10 +68,6 @@ std::size_t File_Buf::Read(Arr<char>& oBuffer, std::size_t uCount, bool bAppend)
         Msg::Assert(&oBuffer != &m_oBuffer, "&oBuffer != &m_oBuffer");
         if (!bAppend) oBuffer.Truncate(0);
         const std::size_t uDone = std::min(uCount, Remaining());
-        if (uDone < uCount && uCount != ALL) {
-            Skip(uDone);
-            Msg::UnexpectedEndOfFile(BUF_NAME, 0);
-        }
         oBuffer.Add(Peek(), uDone);
         Skip(uDone);
         return uDone;

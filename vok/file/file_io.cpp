@@ -300,7 +300,9 @@ void File::Seek(i3_t iOffset, int iWhence) {
                 m_uNext += static_cast<std::size_t>(iOffset);
                 return;
             }
-            iBelow -= std::min(iAhead, iOffset - std::numeric_limits<i3_t>::min());
+            // A way back that is too long for a number leads nowhere in any case.
+            const bool bFits = iOffset >= std::numeric_limits<i3_t>::min() + iAhead;
+            if (bFits) iBelow -= iAhead;
         }
         Drain(0);
         sys::SetRuntimeError(0);

@@ -98,7 +98,13 @@ u3_t LoadBlock(File_Buf& oBuffer, File_Stream& oStream, std::size_t uWidth) {
     if (oBuffer.IsExternal()) Msg::FileIsNotOpenForWrite(oBuffer.Name());
     // A count of "all that remains" is no length that a block can have.
     if (uLength >= File_Stream::ALL) Msg::UnexpectedEndOfFile(oStream.Name(), 0);
-    return uWidth + oStream.Read(oBuffer.GetBuffer(), static_cast<std::size_t>(uLength), true);
+    Arr<char>& oTarget = oBuffer.GetBuffer();
+    const std::size_t uBefore = oTarget.Size();
+    if (oStream.Read(oTarget, static_cast<std::size_t>(uLength), true) < uLength) {
+        oTarget.Truncate(uBefore);
+        Msg::UnexpectedEndOfFile(oStream.Name(), 0);
+    }
+    return uWidth + uLength;
 }
 
 // Forward only: as a signed number a length could turn the stream back, for ever.

@@ -31,21 +31,17 @@ const char* File_Stream::Name() const {
 
 std::size_t File_Stream::ReadInChunks(Arr<char>& oBuffer, std::size_t uCount, bool bAppend) {
     if (!bAppend) oBuffer.Truncate(0);
-    const bool bAll = uCount == ALL;
     Tail oTail{oBuffer, oBuffer.Size()};
     std::size_t uChunk = FIRST_CHUNK;
     std::size_t uDone = 0;
     while (uDone < uCount) {
         const std::size_t uWanted = std::min(uChunk, uCount - uDone);
-        const std::size_t uRead = Read(oBuffer.AddSpace(uWanted), uWanted, bAll);
+        const std::size_t uRead = Read(oBuffer.AddSpace(uWanted), uWanted, true);
         uDone += uRead;
-        if (uRead < uWanted) {
-            if (!bAll) Msg::UnexpectedEndOfFile(Name(), 0);
-            // Where short reads are not the end, the one that brings nothing is.
-            if (uRead == 0) break;
-            oBuffer.Truncate(oTail.m_uGood + uDone);
-        }
-        uChunk = std::min(2 * uChunk, LAST_CHUNK);
+        // Where short reads are not the end, the one that brings nothing is.
+        if (uRead == 0) break;
+        oBuffer.Truncate(oTail.m_uGood + uDone);
+        if (uRead == uWanted) uChunk = std::min(2 * uChunk, LAST_CHUNK);
     }
     oTail.m_uGood += uDone;
     return uDone;

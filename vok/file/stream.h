@@ -23,11 +23,11 @@ class File_Stream {
 
     virtual ~File_Stream() = default;
 
-    // Reads uCount bytes, or all that remain, into oBuffer: behind what it holds with
-    // bAppend, in place of it without. Returns the number of bytes read. Memory follows
-    // the bytes that are there, never the count that is asked for. Fewer than uCount
-    // bytes raise "unexpected end of file"; the buffer is then as long as it was before
-    // (empty without bAppend).
+    // Reads up to uCount bytes, or all that remain, into oBuffer: behind what it holds with
+    // bAppend, in place of it without. Returns the number of bytes read; who needs all of
+    // uCount compares. Memory follows the bytes that are there, never the count that is asked
+    // for. When an error is raised the buffer is as long as it was before (empty without
+    // bAppend).
     virtual std::size_t Read(Arr<char>& oBuffer, std::size_t uCount, bool bAppend = false) = 0;
 
     // Reads up to uCount bytes, or all that remain, to pTarget, which has room for them.

@@ -26,7 +26,7 @@ class PageCache {
     // A block of at least uMapped bytes, null when there is none: the smallest one, or the
     // largest one for an array that goes on growing.
     PageHeader* Take(std::size_t uMapped, bool bLargest) noexcept {
-        const Guard oGuard(m_oTaken);
+        const Guard oGuard(*this);
         PageHeader** pBest = nullptr;
         for (PageHeader*& p : m_apBlock) {
             if (p == nullptr || p->uMapped < uMapped) continue;
@@ -38,7 +38,7 @@ class PageCache {
     }
     // False when there is no room: the block stays the caller's.
     bool Give(PageHeader* pBlock) noexcept {
-        const Guard oGuard(m_oTaken);
+        const Guard oGuard(*this);
         if (pBlock->uMapped > MOST - m_uBytes) return false;
         for (PageHeader*& p : m_apBlock) {
             if (p != nullptr) continue;
@@ -49,6 +49,15 @@ class PageCache {
         return false;
     }
 
+    // Around a fork: the child must not find it taken by a thread that it does not have.
+    void Lock() noexcept {
+        while (m_oTaken.test_and_set(std::memory_order_acquire)) m_oTaken.wait(true);
+    }
+    void Unlock() noexcept {
+        m_oTaken.clear(std::memory_order_release);
+        m_oTaken.notify_one();
+    }
+
   private:
     static constexpr std::size_t COUNT = 8;
     static constexpr std::size_t MOST = std::size_t{64} << 20;
@@ -57,18 +66,13 @@ class PageCache {
     // a mutex is that on some systems.
     class Guard {
       public:
-        explicit Guard(std::atomic_flag& oTaken) noexcept : m_oTaken(oTaken) {
-            while (m_oTaken.test_and_set(std::memory_order_acquire)) m_oTaken.wait(true);
-        }
-        ~Guard() {
-            m_oTaken.clear(std::memory_order_release);
-            m_oTaken.notify_one();
-        }
+        explicit Guard(PageCache& oCache) noexcept : m_oCache(oCache) { oCache.Lock(); }
+        ~Guard() { m_oCache.Unlock(); }
         Guard(const Guard&) = delete;
         Guard& operator=(const Guard&) = delete;
 
       private:
-        std::atomic_flag& m_oTaken;
+        PageCache& m_oCache;
     };
 
     std::atomic_flag m_oTaken;

@@ -1,12 +1,15 @@
 #include "vok/sys/sys.h"
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <new>
 #include <string>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -33,6 +36,61 @@ void SleepMs(unsigned uMilliseconds) noexcept {
     oTime.tv_nsec = static_cast<long>(uMilliseconds % 1000) * 1000000L;
     while (::nanosleep(&oTime, &oTime) != 0 && errno == EINTR) {
     }
+}
+
+void OnFork(void (*pBefore)(), void (*pAfter)()) noexcept {
+    (void)::pthread_atfork(pBefore, pAfter, pAfter);
+}
+
+NoCancel::NoCancel() noexcept {
+    (void)::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_iBefore);
+}
+
+NoCancel::~NoCancel() {
+    (void)::pthread_setcancelstate(m_iBefore, nullptr);
+}
+
+namespace {
+
+// A thread_local object with a destructor would end the process where there is no memory to
+// register it; a key says so.
+class ThreadBlocks {
+  public:
+    ThreadBlocks() noexcept { m_bGood = ::pthread_key_create(&m_oKey, std::free) == 0; }
+    ~ThreadBlocks() {
+        if (m_bGood) (void)::pthread_key_delete(m_oKey);
+    }
+    ThreadBlocks(const ThreadBlocks&) = delete;
+    ThreadBlocks& operator=(const ThreadBlocks&) = delete;
+
+    [[nodiscard]] void* Get(std::size_t uSize) noexcept {
+        if (!m_bGood) return nullptr;
+        Block* const pOld = static_cast<Block*>(::pthread_getspecific(m_oKey));
+        if (pOld != nullptr && pOld->uSize >= uSize) return pOld + 1;
+        auto* const pNew = static_cast<Block*>(std::malloc(sizeof(Block) + uSize));
+        if (pNew == nullptr) return nullptr;
+        pNew->uSize = uSize;
+        if (::pthread_setspecific(m_oKey, pNew) != 0) {
+            std::free(pNew);
+            return nullptr;
+        }
+        std::free(pOld);
+        return pNew + 1;
+    }
+
+  private:
+    struct alignas(std::max_align_t) Block {
+        std::size_t uSize;
+    };
+    pthread_key_t m_oKey{};
+    bool m_bGood = false;
+};
+ThreadBlocks g_oThreadBlocks;
+
+}  // namespace
+
+void* ThreadBlock(std::size_t uSize) noexcept {
+    return g_oThreadBlocks.Get(uSize);
 }
 
 // ---- errors ---------------------------------------------------------------
@@ -68,6 +126,7 @@ u2_t RuntimeErrno(u2_t uCode) noexcept {
     constexpr u2_t uLastShared = 34;   // up to ERANGE both number alike
     constexpr u2_t uLastRuntime = 80;  // the highest number the other side has a text for
     constexpr u2_t uOffset = 0x10000;
+    constexpr u2_t uNobodys = 41;  // no error of this system: it can only be meant as it is
     switch (uCode) {
         case EDEADLK: return 36;
         case ENAMETOOLONG: return 38;
@@ -77,7 +136,8 @@ u2_t RuntimeErrno(u2_t uCode) noexcept {
         case EILSEQ: return 42;
         default: break;
     }
-    return uCode > uLastShared && uCode <= uLastRuntime ? uCode + uOffset : uCode;
+    const bool bForeign = uCode > uLastShared && uCode <= uLastRuntime && uCode != uNobodys;
+    return bForeign ? uCode + uOffset : uCode;
 }
 
 // ---- program --------------------------------------------------------------
@@ -107,10 +167,24 @@ Calendar LocalTime(i3_t iTime) noexcept {
 
 // ---- console and debugger -------------------------------------------------
 
+namespace {
+
+// The streams that the process started with; a program may have put others in their place.
+std::FILE* const g_pStdout = stdout;
+std::FILE* const g_pStderr = stderr;
+
+}  // namespace
+
 void WriteToConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
-    // What the program itself printed through stdio comes first.
-    std::fflush(bError ? stderr : stdout);
+    std::FILE* const pFile = bError ? stderr : stdout;
     const int iDescriptor = bError ? STDERR_FILENO : STDOUT_FILENO;
+    if (pFile != (bError ? g_pStderr : g_pStdout) || ::fileno(pFile) != iDescriptor) {
+        (void)std::fwrite(pBytes, 1, uSize, pFile);
+        std::fflush(pFile);
+        return;
+    }
+    // What the program itself printed through stdio comes first.
+    std::fflush(pFile);
     while (uSize > 0) {
         const ssize_t iDone = ::write(iDescriptor, pBytes, uSize);
         if (iDone < 0 && errno == EINTR) continue;
@@ -252,6 +326,13 @@ constexpr std::size_t HUGE_PAGE = std::size_t{1} << 21;
 }
 
 constinit PageCache g_oPages;
+
+struct PagesOverFork {
+    PagesOverFork() noexcept {
+        OnFork([] { g_oPages.Lock(); }, [] { g_oPages.Unlock(); });
+    }
+};
+const PagesOverFork g_oPagesOverFork;
 
 // Maps uMapped bytes, a multiple of HUGE_PAGE, so that they begin at one.
 [[nodiscard]] PageHeader* Map(std::size_t uMapped) noexcept {

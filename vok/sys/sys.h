@@ -43,6 +43,27 @@ void SleepMs(unsigned uMilliseconds) noexcept;
 #endif
 }
 
+// Calls pBefore in the thread that forks the process, and pAfter afterwards in it and in the child.
+// Does nothing where processes do not fork.
+void OnFork(void (*pBefore)(), void (*pAfter)()) noexcept;
+
+// Puts off a request to end the calling thread as long as this lives: it would otherwise unwind
+// code that lets nothing pass.
+class NoCancel {
+  public:
+    NoCancel() noexcept;
+    ~NoCancel();
+    NoCancel(const NoCancel&) = delete;
+    NoCancel& operator=(const NoCancel&) = delete;
+
+  private:
+    int m_iBefore = 0;
+};
+
+// Memory of the calling thread, at least uSize bytes: one block that grows and is freed when the
+// thread ends. Null when there is none to be had; what was there is then kept.
+[[nodiscard]] void* ThreadBlock(std::size_t uSize) noexcept;
+
 // ---- errors ---------------------------------------------------------------
 
 // errno on Linux, GetLastError() on Windows.

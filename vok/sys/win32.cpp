@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -71,6 +72,53 @@ u2_t ThreadId() noexcept {
 
 void SleepMs(unsigned uMilliseconds) noexcept {
     ::Sleep(uMilliseconds);
+}
+
+void OnFork(void (*)(), void (*)()) noexcept {}
+
+NoCancel::NoCancel() noexcept = default;
+NoCancel::~NoCancel() = default;
+
+namespace {
+
+void WINAPI FreeBlock(void* p) {
+    std::free(p);
+}
+
+// One slot for all threads; each frees its block when it ends.
+struct ThreadBlocks {
+    ThreadBlocks() noexcept : uSlot(::FlsAlloc(FreeBlock)) {}
+    ~ThreadBlocks() {
+        if (uSlot != FLS_OUT_OF_INDEXES) ::FlsFree(uSlot);
+    }
+    ThreadBlocks(const ThreadBlocks&) = delete;
+    ThreadBlocks& operator=(const ThreadBlocks&) = delete;
+    const DWORD uSlot;
+};
+const ThreadBlocks g_oThreadBlocks;
+
+struct alignas(std::max_align_t) ThreadBlockHeader {
+    std::size_t uSize;
+};
+
+}  // namespace
+
+void* ThreadBlock(std::size_t uSize) noexcept {
+    if (g_oThreadBlocks.uSlot == FLS_OUT_OF_INDEXES) return nullptr;
+    const DWORD uLastError = ::GetLastError();
+    auto* const pOld = static_cast<ThreadBlockHeader*>(::FlsGetValue(g_oThreadBlocks.uSlot));
+    ::SetLastError(uLastError);
+    if (pOld != nullptr && pOld->uSize >= uSize) return pOld + 1;
+    auto* const pNew =
+        static_cast<ThreadBlockHeader*>(std::malloc(sizeof(ThreadBlockHeader) + uSize));
+    if (pNew == nullptr) return nullptr;
+    pNew->uSize = uSize;
+    if (::FlsSetValue(g_oThreadBlocks.uSlot, pNew) == 0) {
+        std::free(pNew);
+        return nullptr;
+    }
+    std::free(pOld);
+    return pNew + 1;
 }
 
 // ---- errors ---------------------------------------------------------------
@@ -193,10 +241,15 @@ Calendar LocalTime(i3_t iTime) noexcept {
 // ---- console and debugger -------------------------------------------------
 
 void WriteToConsole(bool bError, const char* pBytes, std::size_t uSize) noexcept {
-    // What the program itself printed through stdio comes first.
     std::FILE* const pFile = bError ? stderr : stdout;
-    std::fflush(pFile);
     const int iDescriptor = ::_fileno(pFile);
+    if (iDescriptor > 2) {  // another file in the place of the process's own
+        (void)std::fwrite(pBytes, 1, uSize, pFile);
+        std::fflush(pFile);
+        return;
+    }
+    // What the program itself printed through stdio comes first.
+    std::fflush(pFile);
     if (iDescriptor < 0) return;           // a program without a console
     constexpr std::size_t uMost = 0x4000;  // a console takes no more at a time
     while (uSize > 0) {
