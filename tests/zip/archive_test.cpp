@@ -192,12 +192,62 @@ TEST_F(Zip_Test, ManyMembers) {
 
 TEST_F(Zip_Test, NamesAndSafety) {
     Zip_Archive oZip("x.zip", "w");
-    AddMember(oZip, "\xC3\xBC\xE2\x82\xAC\xE2\x96\x88", "");  // u umlaut, euro sign, full block
+    // How a name and a comment are stored: in the code page while that can hold them, else in
+    // Unicode.
+    struct Stored {
+        const char* sName;
+        const char* sComment;
+        u2_t uFlags;
+        std::string sStoredName;
+        std::string sExtra;  // of the central header, the CRC-32 left out
+    };
+    const Stored oStored[] = {
+        {"\xC3\xBC\xE2\x96\x88", "\xC3\x9F", 0, "\x81\xDB", ""},
+        {"\xC3\xBC\xE2\x82\xAC", "\xC3\x9F", 0x800, "\xC3\xBC\xE2\x82\xAC",
+         "\x75\x70\x0A\0\1\xC3\xBC\xE2\x82\xAC"s},
+        {"\xC3\xBC\xE2\x82\xAE", "", 0x800, "\xC3\xBC\xE2\x82\xAE",
+         "\x75\x70\x0A\0\1\xC3\xBC\xE2\x82\xAE"s},
+        {"plain", "\xE2\x82\xAC", 0, "plain", "\x75\x63\x08\0\1\xE2\x82\xAC"s},
+    };
+    for (const Stored& o : oStored) {
+        oZip.OpenNewFile(o.sName, {}, {}, {}, o.sComment, ZIP_STORED);
+        oZip.Write("x");
+    }
     oZip.Close("\xC3\x9F");
-    EXPECT_NE(OnDisk("x.zip").find("\x81\xFF\xDB"), std::string::npos);
+    const std::string sZip = OnDisk("x.zip");
     oZip.Open("x.zip");
-    EXPECT_EQ(oZip.GetCurrentFileInfo().m_oName, Str("\xC3\xBC\xC2\xA0\xE2\x96\x88"));
+    for (const Stored& o : oStored) {
+        SCOPED_TRACE(o.sName);
+        ASSERT_TRUE(oZip.LocateFile(o.sName)) << "no two of them are one";
+        const Zip_FileInfo oInfo = oZip.GetCurrentFileInfo();
+        EXPECT_EQ(oInfo.m_oComment.View(), o.sComment);
+        EXPECT_EQ(oInfo.m_uFlags, o.uFlags);
+        EXPECT_EQ(sZip.substr(oInfo.m_uOffset + 30, o.sStoredName.size()), o.sStoredName);
+        std::string sExtra(oInfo.m_sExtra);
+        if (!sExtra.empty()) sExtra.erase(5, 4);
+        EXPECT_EQ(sExtra, o.sExtra);
+    }
     EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F"));
+    oZip.Open(sZip.data(), sZip.size());
+    EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F")) << "in memory as well";
+    // A field that belongs to another name does not count: the maker's program did not know it.
+    std::string sRenamed = sZip;
+    const std::size_t uFlags = sRenamed.find("PK\1\2", sRenamed.find("PK\1\2") + 1) + 9;
+    sRenamed[uFlags] = 0;
+    oZip.Open(sRenamed.data(), sRenamed.size());
+    EXPECT_TRUE(oZip.LocateFile(oStored[1].sName)) << "by the field alone";
+    sRenamed[uFlags + 37] = 'n';
+    oZip.Open(sRenamed.data(), sRenamed.size());
+    EXPECT_FALSE(oZip.LocateFile(oStored[1].sName));
+    // Unix makers store both in UTF-8 and say nothing.
+    std::string sUnix = ZipBytes({{"unix", ""}});
+    const std::size_t uCentral = sUnix.find("PK\1\2");
+    sUnix[uCentral + 5] = 3;
+    sUnix[uCentral + 32] = 2;
+    sUnix.insert(uCentral + 50, "\xC3\x9F");
+    sUnix[sUnix.size() - 10] = static_cast<char>(sUnix[sUnix.size() - 10] + 2);
+    oZip.Open(sUnix.data(), sUnix.size());
+    EXPECT_EQ(oZip.GetCurrentFileInfo().m_oComment, Str("\xC3\x9F"));
 
     const std::pair<std::string_view, bool> oNames[] = {
         {"a", true},       {"a/b/", true},      {"a\\b", true},     {"./a", true},   {"..a", true},
@@ -216,6 +266,15 @@ TEST_F(Zip_Test, NamesAndSafety) {
         oInfo.m_oName = "a";
         oInfo.m_uExternalAttributes = uAttributes;
         EXPECT_EQ(Zip_IsSafeMember(oInfo), bSafe) << std::hex << uAttributes;
+    }
+    // Times to the second where the field for them is there, else those of the date.
+    for (const double dSeconds : {0.0, -1.0, 1732471023.0, 2147483647.0, 2147483648.0}) {
+        const std::string sField = Zip_TimeField(dSeconds);
+        Zip_FileInfo oInfo;
+        oInfo.m_uDosDate = 0x59788F21;
+        oInfo.m_sExtra = sField;
+        EXPECT_EQ(Zip_Seconds(oInfo), sField.empty() ? 1732471022.0 : dSeconds);
+        EXPECT_EQ(sField.empty(), dSeconds > 2147483647.0);
     }
     EXPECT_EQ(Zip_DosDate(0), ZIP_DOS_EPOCH);
     EXPECT_EQ(Zip_DosDate(1732471023.5), 0x59788F21u);
@@ -256,6 +315,11 @@ TEST_F(Zip_Test, Appends) {
         EXPECT_EQ(ReadZip("x.zip"), oAll);
         const std::string sNew = OnDisk("x.zip");
         EXPECT_EQ(sNew.substr(0, sOld.size()), sOld);
+        {
+            Zip_Archive oZip("x.zip");
+            ASSERT_TRUE(oZip.LocateFile("a.txt"));
+            EXPECT_EQ(CurrentBytes(oZip), oNew[1].second) << "the newer one of two";
+        }
         Zip_Archive("x.zip", "a").Close();
         EXPECT_EQ(OnDisk("x.zip"), sNew) << "nothing added, nothing written";
         Zip_Archive("x.zip", "a").Close("other");
@@ -273,8 +337,27 @@ TEST_F(Zip_Test, Appends) {
 // Wherever an append is interrupted, the archive is what it was; and can be appended to again.
 TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
     const std::string sNested = ZipBytes({{"inner", "i"}}, "PK\5\6 inner");
+    // Whoever takes a part of a comment for the end would not see what is appended.
+    ToDisk("x.zip", sNested);
+    const std::string sRefused =
+        "feature not supported: \"a zip archive's comment with an end record in it\"\n";
+    EXPECT_EQ(Raised([] { WriteZip("x.zip", {{"n", ""}}, "a"); }), sRefused);
+    EXPECT_EQ(OnDisk("x.zip"), sNested);
+    const std::string sTwo = ZipBytes(TWO);
+    ToDisk("x.zip", sTwo);
+    EXPECT_EQ(Raised([] { WriteZip("x.zip", {{"n", ""}}, "a", "PK\5\6"); }), sRefused);
+    EXPECT_EQ(OnDisk("x.zip"), sTwo) << "cut back";
+    EXPECT_THROW(
+        {
+            Zip_Archive oZip("x.zip", "a");
+            AddMember(oZip, "n", Noise(900000, 8), ZIP_STORED);
+            EXPECT_GT(File::Size("x.zip"), i3_t(sTwo.size()));
+            Msg::NodeIsEmpty();
+        },
+        Msg_Exception);
+    EXPECT_EQ(OnDisk("x.zip"), sTwo) << "cut back";
     for (const char* sStub : {"", "stub"}) {
-        const std::string sOld = sStub + ZipBytes(TWO, "PK\5\6 is no end record");
+        const std::string sOld = sStub + ZipBytes(TWO, "PK 5 6");
         for (const bool bLarge : {false, true}) {
             ToDisk("x.zip", sOld);
             Members oNew = {{"nested.zip", sNested}, {"empty", ""}};
@@ -285,6 +368,7 @@ TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
                 Zip_Archive oZip;
                 oZip.Open(sNew.data(), uCut);
                 ASSERT_EQ(oZip.GetGlobalInfo().m_uEntries, 2u) << uCut;
+                ASSERT_EQ(oZip.GetGlobalInfo().m_uBehind, uCut - sOld.size());
                 if (uCut % 8 == 0) {
                     ASSERT_EQ(ReadAll(oZip), TWO) << uCut;
                 }

@@ -42,7 +42,8 @@ TEST_F(Zip_Test, OthersTakeOurArchives) {
                               {"folder/", ""},
                               {"folder/large", Noise(700000, 8)},
                               {"folder/zeros", std::string(3000000, 0)},
-                              {"\xC3\xBC.txt", "umlaut"}};
+                              {"\xC3\xBC.txt", "umlaut"},
+                              {"\xE2\x82\xAC.txt", "euro sign"}};
     struct Form {
         const char* sWhat;
         const char* sMode;

@@ -226,16 +226,20 @@ bool CreateNew(const char* sPath) noexcept {
 }
 
 bool MayWrite(const char* sPath) noexcept {
-    return ::access(sPath, W_OK) == 0;
+    // Whoever may do anything is still told by a mode that lets nobody write.
+    struct stat oStat {};
+    if (::stat(sPath, &oStat) != 0 || ::access(sPath, W_OK) != 0) return false;
+    return (oStat.st_mode & 0222) != 0;
 }
 
 void CopyMode(const char* sFrom, const char* sTo) noexcept {
     struct stat oStat {};
     if (::stat(sFrom, &oStat) == 0) {
-        // Giving a file away takes its special bits, so the mode comes behind.
-        if (::chown(sTo, oStat.st_uid, oStat.st_gid) != 0)
-            (void)::chown(sTo, uid_t(-1), oStat.st_gid);
-        (void)::chmod(sTo, oStat.st_mode & 07777);
+        // Giving a file away takes its special bits, so the mode comes behind. Without the owner
+        // they would mean something else.
+        const bool bGiven = ::chown(sTo, oStat.st_uid, oStat.st_gid) == 0;
+        if (!bGiven && ::chown(sTo, uid_t(-1), oStat.st_gid) != 0) oStat.st_mode &= ~mode_t{070};
+        (void)::chmod(sTo, oStat.st_mode & (bGiven ? 07777 : 0777));
         return;
     }
     const mode_t uMask = ::umask(0);

@@ -15,18 +15,18 @@ struct Zip_Archive::State {
     File m_oFile;  // closed when the archive is in memory
     std::optional<zip::Reader> m_oReader;
     std::optional<zip::Writer> m_oWriter;
-    u3_t m_uOldSize = 0;  // of an archive that is appended to
+    Str m_oOldPath;       // of an archive that is appended to
+    u3_t m_uOldSize = 0;  // of the same
 
     // Nothing but the old archive remains of an append that failed.
     void CutBack() noexcept {
         if (m_uOldSize == 0) return;
-        const Str oPath = m_oFile.Name();
         try {
             m_oFile.Close();
         } catch (const std::exception&) {
             // What could not be written is not wanted any more.
         }
-        (void)sys::TruncateFile(oPath.CStr(), static_cast<i3_t>(m_uOldSize));
+        (void)sys::TruncateFile(m_oOldPath.CStr(), static_cast<i3_t>(m_uOldSize));
     }
 };
 
@@ -137,6 +137,7 @@ void Zip_Archive::OpenForAppending(const Str& oPath, const Limits& oLimits) {
     auto pState = std::make_unique<State>();
     pState->m_oFile.Open(oPath, "ab");
     if (static_cast<u3_t>(pState->m_oFile.Size()) != oBase.m_uSize) oBlame.Changed();
+    pState->m_oOldPath = oPath;
     pState->m_uOldSize = oBase.m_uSize;
     pState->m_oWriter.emplace(pState->m_oFile, std::move(oBlame), std::move(oBase), false);
     m_pState = std::move(pState);

@@ -1,8 +1,11 @@
 #include "vok/zip/info.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 
 #include "vok/base/date.h"
+#include "vok/zip/records.h"
 
 namespace vok {
 
@@ -36,6 +39,33 @@ u2_t Zip_DosDate(double dSeconds) noexcept {
     return static_cast<u2_t>(o.iYear - FIRST_YEAR) << 25 | static_cast<u2_t>(o.iMonth) << 21 |
            static_cast<u2_t>(o.iDay) << 16 | static_cast<u2_t>(o.iHour) << 11 |
            static_cast<u2_t>(o.iMinute) << 5 | static_cast<u2_t>(o.iSecond) / 2;
+}
+
+// Flag 1 says that the first time, the only one here, is that of modification.
+std::string Zip_TimeField(double dSeconds) {
+    const double dWhole = std::floor(dSeconds);
+    if (!(dWhole >= -2147483648.0 && dWhole <= 2147483647.0)) return {};
+    constexpr u1_t uSize = 5;
+    std::string sField(4 + uSize, '\1');
+    char* p = le::Store(sField.data(), zip::EXTRA_TIME);
+    (void)le::Store(le::Store(p, uSize) + 1, static_cast<i2_t>(dWhole));
+    return sField;
+}
+
+double Zip_Seconds(const Zip_FileInfo& oInfo) noexcept {
+    std::string_view sField;
+    if (zip::FindExtra(oInfo.m_sExtra, zip::EXTRA_TIME, sField) && sField.size() >= 5 &&
+        (sField[0] & 1) != 0) {
+        return le::Load<i2_t>(sField.data() + 1);
+    }
+    const Zip_Date o = Zip_DateFields(oInfo.m_uDosDate);
+    // What is no date counts on from the nearest month.
+    const auto oMonth = std::chrono::year(static_cast<int>(o.m_uYear)) /
+                        std::chrono::month(std::clamp(o.m_uMonth, 1u, 12u));
+    const std::chrono::sys_days oFirst(oMonth / 1);
+    const auto dDay = static_cast<double>(oFirst.time_since_epoch().count());
+    return SECONDS_PER_DAY * (dDay + o.m_uDay - 1) + 3600 * o.m_uHour + 60 * o.m_uMinute +
+           o.m_uSecond;
 }
 
 bool Zip_IsSafeName(std::string_view sName) noexcept {

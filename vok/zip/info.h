@@ -2,6 +2,8 @@
 #ifndef VOK_ZIP_INFO_H
 #define VOK_ZIP_INFO_H
 
+#include <string>
+
 #include "vok/base/str.h"
 
 namespace vok {
@@ -63,6 +65,11 @@ struct Zip_Date {
 // The other way for seconds since 1970 UTC: rounded down to even seconds, clamped to the years
 // 1980 to 2107.
 [[nodiscard]] u2_t Zip_DosDate(double dSeconds) noexcept;
+// The extra field that holds a time of modification, in seconds since 1970 UTC, to the second;
+// empty beyond 1901 to 2038. For both headers of a member.
+[[nodiscard]] std::string Zip_TimeField(double dSeconds);
+// The time of modification: that of the extra field, else the DOS date taken as UTC.
+[[nodiscard]] double Zip_Seconds(const Zip_FileInfo& oInfo) noexcept;
 
 // Whether a file of this name, made below some folder, lies below that folder on every system:
 // neither empty nor absolute, no "..", no drive letter, no control characters. A backslash counts

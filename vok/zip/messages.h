@@ -48,8 +48,8 @@ class Blame {
     bool m_bMemory;
 };
 
-// Refuses the comment of an archive that is to be written if readers could take a part of it for
-// the end of the archive: "feature not supported".
+// Refuses the comment of an archive that is appended to if readers could take a part of it for the
+// end of the archive: "feature not supported".
 void CheckComment(std::string_view sComment);
 
 // Decompressing a bare stream failed: "unexpected end of file" or "invalid or corrupted zip file",

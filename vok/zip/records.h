@@ -44,6 +44,8 @@ inline constexpr u1_t EXTRA_ZIP64 = 0x0001;
 inline constexpr u1_t EXTRA_UNICODE_NAME = 0x7075;
 // The same for the comment.
 inline constexpr u1_t EXTRA_UNICODE_COMMENT = 0x6375;
+// Flags, then the times that they announce: 4 bytes each, in seconds since 1970 UTC.
+inline constexpr u1_t EXTRA_TIME = 0x5455;
 
 // Where the sizes of a local header begin: CRC-32, compressed size, uncompressed size.
 inline constexpr std::size_t LOCAL_FLAGS = 6;

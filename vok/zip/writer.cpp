@@ -54,7 +54,8 @@ Writer::Writer(File& oFile, Blame&& oBlame, Base&& oBase, bool bPatch)
       m_oDirectory(std::move(oBase.m_oDirectory)),
       m_oComment(std::move(oBase.m_oComment)),
       m_uEntries(oBase.m_uEntries),
-      m_bNew(oBase.m_uSize == 0),
+      m_bAppends(oBase.m_uSize != 0),
+      m_bNew(!m_bAppends),
       m_uWritten(oBase.m_uSize) {
     m_oOut.Reserve(CHUNK);
 }
@@ -207,7 +208,7 @@ void Writer::Finish(const Str* pComment) {
     if (pComment != nullptr) {
         Arr<char> oComment;
         AddCp437(oComment, *pComment);
-        CheckComment({oComment.Beg(), oComment.Size()});
+        if (m_bAppends) CheckComment({oComment.Beg(), oComment.Size()});
         const std::string_view sOld(m_oComment.Beg(), m_oComment.Size());
         if (sOld != std::string_view(oComment.Beg(), oComment.Size())) m_bNew = true;
         m_oComment.Swap(oComment);

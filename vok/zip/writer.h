@@ -79,7 +79,8 @@ class Writer final : Sink {
     Arr<char> m_oDirectory;
     Arr<char> m_oComment;
     u3_t m_uEntries;
-    bool m_bNew = false;     // something is to be written
+    const bool m_bAppends;   // something is in front of the first new member
+    bool m_bNew;             // something is to be written
     bool m_bBroken = false;  // something was not written
 
     Arr<char> m_oOut;  // bytes that follow what is in the file
