@@ -25,17 +25,17 @@ Exit CheckOne(const std::string& sFile) {
     try {
         const Input oIn = Load(sFile);
         if (const std::string sFault = FaultOf(oIn); !sFault.empty()) {
-            Print(sFile + ": " + sFault + '\n');
+            Print(Visible(sFile) + ": " + sFault + '\n');
             return EXIT_NEGATIVE;
         }
-        Print(sFile + ": good (" + oIn.sFormat + ", " + std::to_string(oIn.oTree.GetNodes()) +
-              " nodes)\n");
+        Print(Visible(sFile) + ": good (" + oIn.sFormat + ", " +
+              std::to_string(oIn.oTree.GetNodes()) + " nodes)\n");
         for (const std::string& sLost : LostByReading(oIn)) {
-            std::fprintf(stderr, "vok: %s: not kept: %s\n", sFile.c_str(), sLost.c_str());
+            std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sFile).c_str(), sLost.c_str());
         }
         return EXIT_GOOD;
     } catch (const InputError& oError) {
-        Print(std::string(oError.what()) + '\n');
+        Print(Visible(oError.what()) + '\n');
         return oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE;
     }
 }

@@ -11,6 +11,7 @@
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/zip/archive.h"
@@ -84,7 +85,7 @@ void TellLosses(const Input& oIn, const ConvertOptions& o, const std::string& sF
     if (r.m_uMissingBytes + r.m_uMissingNodes != 0) asLost.push_back("the end: it was cut short");
     if (!oIn.sBehind.empty()) asLost.push_back(oIn.sBehind);
     for (const std::string& s : asLost) {
-        std::fprintf(stderr, "vok: %s: not kept: %s\n", o.sIn.c_str(), s.c_str());
+        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(o.sIn).c_str(), s.c_str());
     }
     if (o.bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
 }

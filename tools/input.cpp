@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "tools/limits.h"
+#include "tools/output.h"
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -132,13 +133,15 @@ void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
     o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, o.sFormat);
 }
 
+}  // namespace
+
 // There is no other mark of it: the text is the library's own, in English.
-bool IsNoMemory(std::string_view sMessage) {
+bool IsNoMemory(const std::exception& oError) {
+    if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) return true;
+    const std::string_view sMessage(oError.what());
     return sMessage.starts_with("allocation of") || sMessage.starts_with("reallocation of") ||
            sMessage.starts_with("unexpected error during reallocation");
 }
-
-}  // namespace
 
 vok::Data_NodeSet Input::Find(const std::string& sPath) const {
     vok::Data_NodeSet oFound = oTree.GetNodeSet(sPath.c_str());
@@ -170,12 +173,13 @@ Input Load(const std::string& sPath, const std::string& sFormat) {
         Arr<char> oPlain;
         Unwrap(oStored, oPlain, o.sWrapping, oLimits);
         if (!o.sWrapping.empty()) oLimits.m_uInputBytes = oStored.Size();
-        Parse(o, o.sWrapping.empty() ? oStored : oPlain, sFormat, oLimits);
+        const Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
+        AllowPrinting(oBytes.Size());
+        Parse(o, oBytes, sFormat, oLimits);
     } catch (const std::exception& oError) {
         const std::string sWhat = Line(oError.what());
-        const bool bTrouble =
-            IsNoMemory(sWhat) || dynamic_cast<const std::bad_alloc*>(&oError) != nullptr;
-        throw InputError(sPath + ": " + PlaceText(o.oReport) + InOptions(sWhat), bTrouble);
+        throw InputError(sPath + ": " + PlaceText(o.oReport) + InOptions(sWhat),
+                         IsNoMemory(oError));
     }
     return o;
 }

@@ -31,6 +31,9 @@ struct InputError : std::runtime_error {
     bool m_bTrouble;
 };
 
+// Whether the failure is that there was not enough memory.
+bool IsNoMemory(const std::exception& oError);
+
 // Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content
 // must be. Raises InputError.
 Input Load(const std::string& sPath, const std::string& sFormat = {});

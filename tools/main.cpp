@@ -1,6 +1,8 @@
 // The program "vok": trees in files, without writing code.
 #include <algorithm>
 #include <cstdio>
+#include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -123,9 +125,31 @@ void AddZip(CLI::App& oApp) {
     pAdd->callback([o] { g_iExit = ZipAdd(o->sArchive, o->asFile, o->bStore); });
 }
 
-}  // namespace
+// What is wrong comes from the command line or from files: nothing in it may play with a terminal.
+int Fail(const std::exception& oError) {
+    if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) {
+        std::fputs("vok: not enough memory\n", stderr);
+        return EXIT_TROUBLE;
+    }
+    std::fprintf(stderr, "vok: %s\n", Visible(InOptions(Line(oError.what()))).c_str());
+    return EXIT_TROUBLE;
+}
 
-int main(int argc, char** argv) {
+// Help, the version, or what is wrong with the command line.
+int ExitOf(const CLI::App& oApp, const CLI::ParseError& oError) {
+    std::ostringstream oOut;
+    std::ostringstream oErr;
+    const int iExit = oApp.exit(oError, oOut, oErr);
+    std::istringstream oLines(oErr.str());
+    for (std::string sLine; std::getline(oLines, sLine);) {
+        std::fprintf(stderr, "%s\n", Visible(sLine).c_str());
+    }
+    Print(oOut.str());
+    FinishPrinting();
+    return iExit == 0 ? EXIT_GOOD : EXIT_TROUBLE;
+}
+
+int Run(int argc, char** argv) {
     vok::Msg::SetBanner(false);
     vok::sys::PrepareConsole();
     HandleSignals();
@@ -162,10 +186,21 @@ int main(int argc, char** argv) {
         oApp.parse(asWord);
         FinishPrinting();
     } catch (const CLI::ParseError& oError) {
-        return oApp.exit(oError) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
-    } catch (const std::exception& oError) {
-        std::fprintf(stderr, "vok: %s\n", InOptions(Line(oError.what())).c_str());
-        return EXIT_TROUBLE;
+        return ExitOf(oApp, oError);
     }
     return g_iExit;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& oError) {
+        try {
+            return Fail(oError);
+        } catch (const std::exception&) {
+            return Fail(std::bad_alloc());
+        }
+    }
 }

@@ -19,9 +19,15 @@ namespace fs = std::filesystem;
 // The file to be removed when the program is interrupted; null when there is none.
 std::atomic<const char*> g_sHalfWritten{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free);
+// The file to be cut back then, and to which size.
+std::atomic<const char*> g_sAppended{nullptr};
+std::atomic<vok::i3_t> g_iSizeBefore{0};
 
 extern "C" void OnSignal(int iSignal) {
     if (const char* sPath = g_sHalfWritten.load()) vok::sys::RemoveOnInterrupt(sPath);
+    if (const char* sPath = g_sAppended.load()) {
+        (void)vok::sys::TruncateFile(sPath, g_iSizeBefore.load());
+    }
     std::_Exit(128 + iSignal);
 }
 
@@ -44,7 +50,11 @@ void HandleSignals() {
 
 Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     if (sPath == "-") return;
-    const fs::path oPath = Followed(ToPath(sPath));
+    fs::path oPath = Followed(ToPath(sPath));
+    // Some links lead to what has no path, such as the pipe that is the standard output.
+    std::error_code oNone;
+    const bool bStrange = fs::exists(ToPath(sPath)) && !fs::equivalent(ToPath(sPath), oPath, oNone);
+    if (bStrange) oPath = ToPath(sPath);
     const fs::path oFolder = oPath.parent_path();
     if (!oFolder.empty() && !fs::is_directory(oFolder)) {
         throw std::invalid_argument("there is no folder \"" + ToText(oFolder) + "\"");
@@ -55,7 +65,7 @@ Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     if (fs::exists(oThere) && !vok::sys::MayWrite(m_sPath.c_str())) {
         throw std::invalid_argument("\"" + sPath + "\" may not be written");
     }
-    if (fs::exists(oThere) && !fs::is_regular_file(oThere)) {
+    if (bStrange || (fs::exists(oThere) && !fs::is_regular_file(oThere))) {
         if (!bOpen) throw std::invalid_argument("\"" + sPath + "\" is no regular file");
         m_oFile.Open(vok::Str(m_sPath), "Tws");
         return;
@@ -64,9 +74,7 @@ Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     try {
         if (bOpen) m_oFile.Open(vok::Str(m_sBeside), "Tw");
     } catch (...) {
-        std::error_code oIgnored;
-        fs::remove(ToPath(m_sBeside), oIgnored);
-        g_sHalfWritten.store(nullptr);
+        RemoveBeside();
         throw;
     }
 }
@@ -78,13 +86,24 @@ void Output::MakeBeside() {
         const fs::path oName = ToPath(".vok-" + std::to_string(vok::sys::ProcessId()) + '-' +
                                       std::to_string(s_uNames++));
         m_sBeside = ToText(ToPath(m_sPath).parent_path() / oName);
-        if (vok::sys::CreateNew(m_sBeside.c_str())) break;
+        g_sHalfWritten.store(m_sBeside.c_str());  // in front: a signal may come at any time
+        if (vok::sys::CreateNew(m_sBeside.c_str())) return;
         const vok::u2_t uError = vok::sys::RuntimeError();
+        g_sHalfWritten.store(nullptr);
         if (fs::exists(fs::symlink_status(ToPath(m_sBeside)))) continue;
         m_sBeside.clear();
         vok::Msg::CouldNotOpenFile(m_sPath.c_str(), "w", vok::File::OpenFiles(), uError);
     }
-    g_sHalfWritten.store(m_sBeside.c_str());
+}
+
+void Output::RemoveBeside() noexcept {
+    std::error_code oIgnored;
+    try {
+        fs::remove(ToPath(m_sBeside), oIgnored);
+    } catch (const std::exception&) {
+        vok::sys::RemoveOnInterrupt(m_sBeside.c_str());  // no memory for a path
+    }
+    g_sHalfWritten.store(nullptr);
 }
 
 Output::~Output() {
@@ -94,47 +113,78 @@ Output::~Output() {
     } catch (const std::exception&) {
         // The file goes away anyhow.
     }
-    std::error_code oIgnored;
-    fs::remove(ToPath(m_sBeside), oIgnored);
-    g_sHalfWritten.store(nullptr);
+    RemoveBeside();
 }
+
+namespace {
+
+// Bytes that may still be printed.
+vok::u3_t g_uAllowed = ~vok::u3_t{0};
+
+[[noreturn]] void RaiseUnprinted(std::size_t uBytes) {
+    vok::Msg::FileWriteError("standard output", uBytes, 0, vok::sys::RuntimeError());
+}
+
+void Put(std::string_view s) {
+    const std::size_t uWritten = s.empty() ? 0 : std::fwrite(s.data(), 1, s.size(), stdout);
+    if (uWritten != s.size()) RaiseUnprinted(s.size() - uWritten);
+}
+
+}  // namespace
 
 vok::File_Stream& Output::Stream() noexcept {
     return m_sPath == "-" ? static_cast<vok::File_Stream&>(m_oBuffer) : m_oFile;
 }
 
-void Output::Commit() {
+void Output::Commit(bool bDurable) {
     if (m_sPath == "-") {
         vok::sys::SetBinary(stdout);
-        Print({m_oBuffer.Data(), m_oBuffer.Size()});
+        Put({m_oBuffer.Data(), m_oBuffer.Size()});
         return FinishPrinting();
     }
     m_oFile.Close();
     if (m_sBeside.empty()) return;
     vok::sys::CopyMode(m_sPath.c_str(), m_sBeside.c_str());
     // On the disk before it takes the place of what was there, and its new name after that.
-    if (!vok::sys::SyncFile(m_sBeside.c_str())) {
+    if (bDurable && !vok::sys::SyncFile(m_sBeside.c_str())) {
         vok::Msg::FileWriteError(m_sPath.c_str(), 0, 0, vok::sys::RuntimeError());
     }
-    fs::rename(ToPath(m_sBeside), ToPath(m_sPath));
+    const std::string sFolder = ToText(ToPath(m_sPath).parent_path());
+    std::error_code oError;
+    fs::rename(ToPath(m_sBeside), ToPath(m_sPath), oError);
+    if (oError) {
+        throw std::runtime_error("could not write \"" + m_sPath + "\": " + oError.message());
+    }
     g_sHalfWritten.store(nullptr);
     m_sBeside.clear();
-    (void)vok::sys::SyncFile(ToText(ToPath(m_sPath).parent_path()).c_str());
+    if (bDurable) (void)vok::sys::SyncFile(sFolder.c_str());
+}
+
+Appending::Appending(const std::string& sPath) : m_sPath(sPath) {
+    g_iSizeBefore.store(vok::File::Size(vok::Str(sPath)));
+    g_sAppended.store(m_sPath.c_str());
+}
+
+Appending::~Appending() {
+    g_sAppended.store(nullptr);
 }
 
 // ---- standard output --------------------------------------------------------
 
-namespace {
-
-[[noreturn]] void RaiseUnprinted(std::size_t uBytes) {
-    vok::Msg::FileWriteError("standard output", uBytes, 0, vok::sys::RuntimeError());
+void Print(std::string_view s) {
+    if (s.size() > g_uAllowed) {
+        throw std::length_error(
+            "the rest is left out: it would be much longer than what it was read from");
+    }
+    Put(s);
+    g_uAllowed -= s.size();
 }
 
-}  // namespace
-
-void Print(std::string_view s) {
-    const std::size_t uWritten = s.empty() ? 0 : std::fwrite(s.data(), 1, s.size(), stdout);
-    if (uWritten != s.size()) RaiseUnprinted(s.size() - uWritten);
+void AllowPrinting(vok::u3_t uInputBytes) noexcept {
+    constexpr vok::u3_t FREE = vok::u3_t{64} << 20;
+    constexpr vok::u3_t PER_BYTE = 200;
+    if (g_uAllowed == ~vok::u3_t{0}) g_uAllowed = 0;
+    g_uAllowed += FREE + PER_BYTE * uInputBytes;
 }
 
 void FinishPrinting() {

@@ -31,10 +31,12 @@ class Output {
 
     [[nodiscard]] vok::File_Stream& Stream() noexcept;
     [[nodiscard]] const std::string& Beside() const noexcept { return m_sBeside; }
-    void Commit();
+    // bDurable: only once the bytes are on the disk. Many small files are slow that way.
+    void Commit(bool bDurable = true);
 
   private:
     void MakeBeside();
+    void RemoveBeside() noexcept;
 
     std::string m_sPath;    // with links followed
     std::string m_sBeside;  // empty where the file itself is written
@@ -42,8 +44,25 @@ class Output {
     vok::File_Buf m_oBuffer{"w"};  // for standard output
 };
 
-// Writes to standard output. Raises "file write error" once something did not get there.
+// For the time that a file is appended to: a signal cuts it back to the size that it has now.
+class Appending {
+  public:
+    explicit Appending(const std::string& sPath);
+    ~Appending();
+    Appending(const Appending&) = delete;
+    Appending& operator=(const Appending&) = delete;
+
+  private:
+    std::string m_sPath;
+};
+
+// Writes to standard output. Raises "file write error" once something did not get there, and
+// std::length_error for more than AllowPrinting() has allowed.
 void Print(std::string_view s);
+// What is printed about input that was made to be small and to give much - links with long paths,
+// the parts of parts of a deep tree - stays in proportion to its bytes: 200 for each, and 64 MiB.
+// Nothing is bounded before the first call; each one allows more.
+void AllowPrinting(vok::u3_t uInputBytes) noexcept;
 // For the end of the program: the same for what is still on its way.
 void FinishPrinting();
 

@@ -1,11 +1,11 @@
 // vok show --json: a tree for other programs.
 #include <cmath>
 
-#include <rapidjson/filewritestream.h>
 #include <rapidjson/prettywriter.h>
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
@@ -16,7 +16,25 @@ namespace {
 
 using vok::Data;
 using vok::Data_Node;
-using Writer = rapidjson::PrettyWriter<rapidjson::FileWriteStream>;
+
+// What the writer of JSON writes to: the standard output.
+class Printer {
+  public:
+    using Ch = char;
+    void Put(char c) {
+        m_sPiece += c;
+        if (m_sPiece.size() == PIECE) Flush();
+    }
+    void Flush() {
+        Print(m_sPiece);
+        m_sPiece.clear();
+    }
+
+  private:
+    static constexpr std::size_t PIECE = 65536;
+    std::string m_sPiece;
+};
+using Writer = rapidjson::PrettyWriter<Printer>;
 
 void WriteText(Writer& oOut, std::string_view s) {
     oOut.String(s.data(), static_cast<rapidjson::SizeType>(s.size()));
@@ -107,8 +125,7 @@ bool IsDeep(const vok::Data_NodeSet& oFound) {
 int ShowJson(const ShowOptions& o) {
     const Input oIn = Load(o.sFile);
     const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
-    char sBuffer[65536];
-    rapidjson::FileWriteStream oStream(stdout, sBuffer, sizeof(sBuffer));
+    Printer oStream;
     Writer oOut(oStream);
     // Lines of a deep tree would be longer than all that is in them.
     oOut.SetIndent(' ', IsDeep(oFound) ? 0 : 1);

@@ -81,9 +81,7 @@ void AddHex(std::string& sOut, char cKind, unsigned uDigits, vok::u2_t uCode) {
     while (uDigits-- > 0) sOut += DIGITS[uCode >> 4 * uDigits & 15];
 }
 
-}  // namespace
-
-std::string Escaped(std::string_view sText) {
+std::string Escape(std::string_view sText, bool bBackslashes) {
     std::string sOut;
     sOut.reserve(sText.size());
     const char* p = sText.data();
@@ -95,7 +93,7 @@ std::string Escaped(std::string_view sText) {
         const vok::u2_t uCode = uLength > 1 ? vok::DecodeUtf8(p, pEnd) : uByte;
         p = pFrom + (uLength > 1 ? uLength : 1);
         switch (uCode) {
-            case '\\': sOut += "\\\\"; continue;
+            case '\\': sOut += bBackslashes ? "\\\\" : "\\"; continue;
             case '\n': sOut += "\\n"; continue;
             case '\r': sOut += "\\r"; continue;
             case '\t': sOut += "\\t"; continue;
@@ -111,6 +109,16 @@ std::string Escaped(std::string_view sText) {
         }
     }
     return sOut;
+}
+
+}  // namespace
+
+std::string Escaped(std::string_view sText) {
+    return Escape(sText, true);
+}
+
+std::string Visible(std::string_view sText) {
+    return Escape(sText, false);
 }
 
 std::string Shortened(std::string_view sPath) {

@@ -21,6 +21,8 @@ std::string Line(std::string_view sMessage);
 // could make a terminal do or show something else - control characters, directions of writing, tags
 // that nobody sees - as \xHH, \uHHHH, \UHHHHHHHH.
 std::string Escaped(std::string_view sText);
+// The same for messages, whose backslashes - in paths, say - stay as they are.
+std::string Visible(std::string_view sText);
 
 // The first and the last bytes of a path that is too long to be read: "/a[0]/b[0 ... ]/c[0]". At
 // most 400 of them, and no half characters.

@@ -15,10 +15,11 @@ struct Outcome {
 
 class Program : public testing::Test {
   protected:
-    static Outcome Run(const std::string& sArguments, const std::string& sIn = {}) {
+    static Outcome Run(const std::string& sArguments, const std::string& sIn = {},
+                       const std::string& sBefore = {}) {
         ToDisk("in", sIn);
         const int iStatus =
-            std::system((s_sProgram + ' ' + sArguments + " <in >out 2>err").c_str());
+            std::system((sBefore + s_sProgram + ' ' + sArguments + " <in >out 2>err").c_str());
 #ifdef WEXITSTATUS
         return {WEXITSTATUS(iStatus), OnDisk("out"), OnDisk("err")};
 #else
@@ -27,6 +28,20 @@ class Program : public testing::Test {
     }
     static std::string Sample(const char* sName) {
         return Native(VOK_SAMPLES "/"s + sName);
+    }
+
+    // Whether a shell line ends well; "vok" in it is the program.
+    static int Shell(const std::string& sLine) {
+        return std::system(("vok() { " + s_sProgram + " \"$@\"; }; " + sLine).c_str());
+    }
+    // What the program leaves beside its files when it should not.
+    static std::string LeftBehind() {
+        std::string sNames;
+        for (const auto& oEntry : fs::recursive_directory_iterator(".")) {
+            const std::string sName = oEntry.path().filename().string();
+            if (sName.starts_with(".vok-")) sNames += sName + ' ';
+        }
+        return sNames;
     }
 
   private:
@@ -99,7 +114,7 @@ TEST_F(Program, FaultsHavePlaces) {
     for (unsigned u = 0; u < 1000; ++u) sDeep += "<ä>";
     ToDisk("deep.xml", sDeep);
     const Outcome o = Run("check good.xml bad.xml bad.dgraph none deep.xml " + Sample("page.html"));
-    EXPECT_EQ(o.iExit, 1);
+    EXPECT_EQ(o.iExit, 2) << "one is not there";
     EXPECT_EQ(o.sOut.substr(0, o.sOut.find("none:")),
               "good.xml: good (xml, 10 nodes)\n"
               "bad.xml: byte 8, line 2, column 5, at /b[0]: no XML stream or stream is corrupted\n"
@@ -150,6 +165,9 @@ TEST_F(Program, Archives) {
     EXPECT_NE(Run("zip list a.zip").sOut.find("5 members"), std::string::npos) << OnDisk("out");
     EXPECT_EQ(Run("zip test a.zip").sOut,
               "d/: good\nd/e/: good\nd/e/one: good\ntwo: good\nin: good\n");
+    EXPECT_EQ(Run("zip add a.zip two two ./two").iExit, 0);
+    EXPECT_NE(LinesOnDisk("err").find("\"two\" was in the archive already"), std::string::npos);
+    EXPECT_NE(Run("zip list a.zip").sOut.find("6 members"), std::string::npos) << "once";
     EXPECT_EQ(Run("zip extract a.zip -d to").iExit, 0) << OnDisk("err");
     EXPECT_EQ(OnDisk("to/d/e/one"), OnDisk("d/e/one"));
     EXPECT_EQ(Run("zip extract a.zip -d to2 two none").iExit, 1);
@@ -163,9 +181,21 @@ TEST_F(Program, Archives) {
         EXPECT_NE(OnDisk("err").find("\"d/e/one\" would leave the folder"), std::string::npos);
     }
     std::string sBroken = OnDisk("a.zip");
-    sBroken[sBroken.find("two") + 3] ^= 1;  // the byte of a stored member's data, or its header
+    sBroken[sBroken.find("two") + 12] ^= 1;  // behind the field for the time: data
     ToDisk("broken.zip", sBroken);
-    EXPECT_NE(Run("zip test broken.zip").iExit, 0);
+    EXPECT_EQ(Run("zip test broken.zip").iExit, 1);
+    // What is bad does not stand in the way of the rest.
+    EXPECT_EQ(Run("zip extract broken.zip -d to4").iExit, 1);
+    EXPECT_EQ(OnDisk("to4/in") + OnDisk("to4/d/e/one"), OnDisk("d/e/one"));
+    ToDisk("behind.zip", OnDisk("a.zip") + "PK\3\4 cut off");
+    EXPECT_EQ(Run("zip test behind.zip").iExit, 1);
+    EXPECT_NE(LinesOnDisk("out").find("12 bytes behind the archive"), std::string::npos);
+    EXPECT_EQ(Run("zip test in").iExit, 1) << "no archive";
+    EXPECT_EQ(Run("zip test none.zip").iExit, 2);
+    EXPECT_EQ(Run("zip test a.zip --limit inflated=150000").iExit, 0);
+    EXPECT_EQ(Run("zip add a.zip d/e/one").iExit, 0);
+    EXPECT_EQ(Run("zip test a.zip --limit inflated=150000").iExit, 2) << "all together";
+    EXPECT_NE(LinesOnDisk("err").find("raise it with --limit inflated"), std::string::npos);
     // No limit stands in the way of a large member, real or not.
     for (const std::size_t u : {sBroken.find("d/e/one") - 8, sBroken.rfind("d/e/one") - 22}) {
         sBroken.replace(u, 4, "\xFE\xFF\xFF\xFF");
@@ -174,6 +204,281 @@ TEST_F(Program, Archives) {
     EXPECT_NE(Run("zip test broken.zip").sOut.find("has another size"), std::string::npos)
         << OnDisk("out");
 }
+
+// Times and the right to be run go into an archive and come out.
+TEST_F(Program, MembersKeepTimesAndModes) {
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "no such modes";
+    for (const char* sName : {"run", "b", "a"}) ToDisk(sName, "#!/bin/sh\n");
+    ASSERT_EQ(Shell("chmod 755 run && touch -d '2001-02-03 04:05:07 UTC' run &&"
+                    "vok zip add x.zip run b a && vok zip extract x.zip -d to && test -x to/run &&"
+                    "test ! -x to/a && test ! to/run -nt run && test ! to/run -ot run &&"
+                    "vok zip list x.zip | tail -n +2 | grep -o '[a-z]*$' | tr '\\n' ' ' > out"),
+              0);
+    EXPECT_EQ(OnDisk("out"), "a b run members ");
+}
+
+// What a form does not keep is told, and refused where nothing may be lost.
+TEST_F(Program, LossesAreTold) {
+    struct Case {
+        std::string sIn;
+        const char* sTo;
+        const char* sLost;  // nullptr: nothing
+    };
+    const std::string sDt = "<R xmlns:dt='urn:schemas-microsoft-com:datatypes'>";
+    const Case oCases[] = {
+        {"<R><a/><b/></R>", "xml", nullptr},
+        {"<R><b/><a/></R>", "xml", "1 element stands elsewhere: successors are ordered by name"},
+        {"<R><a/>x<b/>y</R>", "xml", "2 texts beside elements"},
+        {"<R><!-- c --><?p?><a/></R>", "xml", "1 comment"},
+        {"<R><?p?><a/></R>", "xml", "1 processing instruction or document type"},
+        {"<R>&x;</R>", "xml", "1 unknown reference, kept as text"},
+        {"<R a=''/>", "dgraph", "1 empty attribute"},
+        {"<R a=''/>", "dump", nullptr},
+        {sDt + "<a dt:dt='r4'>0.1</a></R>", "dgraph", "1 real cut to 32 bits"},
+        {sDt + "<a dt:dt='r4'>0.5</a></R>", "dgraph", nullptr},
+        {sDt + "<a dt:dt='dateTime'>2026-11-24T18:35:56.5</a></R>", "xml",
+         "1 fraction of a second"},
+        {sDt + "<a dt:dt='char'>\xE2\x82\xAC</a></R>", "dgraph", "1 character beyond one byte"},
+        {sDt + "<a dt:dt='i8'>1</a></R>", "dgraph --dgraph-version 1.2.0",
+         "1 64-bit number, kept as text"},
+        {"<R/>behind", "xml", "6 bytes behind the document"},
+        {"<R/><!-- c --><?p?>\n", "xml", nullptr},
+    };
+    for (const Case& o : oCases) {
+        SCOPED_TRACE(o.sIn);
+        const std::string sLine = o.sLost == nullptr ? "" : "vok: -: not kept: "s + o.sLost + "\n";
+        EXPECT_EQ(Run("convert - y --to "s + o.sTo, o.sIn).iExit, 0);
+        const std::string sErr = LinesOnDisk("err");
+        EXPECT_EQ(sErr.substr(0, sLine.size()), sLine);
+        EXPECT_EQ(sErr.empty(), o.sLost == nullptr) << sErr;
+        fs::remove("y");
+        EXPECT_EQ(Run("convert - y --lossless --to "s + o.sTo, o.sIn).iExit,
+                  o.sLost == nullptr ? 0 : 2);
+        EXPECT_EQ(fs::exists("y"), o.sLost == nullptr);
+    }
+    const std::string sQuad = sDt + "<a dt:dt='quad'>1,2,3,4</a></R>";
+    EXPECT_EQ(Run("convert - y --to dgraph --dgraph-version 1.2.0", sQuad).iExit, 2);
+    EXPECT_NE(LinesOnDisk("err").find("quadruples cannot be read back"), std::string::npos);
+    // Every prefix of a document is faulty, and so is one with something behind it.
+    ASSERT_EQ(Run("convert - y.dgraph", g_sTree).iExit, 0);
+    const std::string sWhole = OnDisk("y.dgraph");
+    for (std::size_t u = 1; u < sWhole.size(); u += 7) {
+        EXPECT_EQ(Run("check -", sWhole.substr(0, u)).iExit, 1) << u << OnDisk("out");
+    }
+    EXPECT_EQ(Run("check -", sWhole).iExit, 0);
+    EXPECT_EQ(Run("check -", sWhole + '\0').iExit, 1);
+    EXPECT_EQ(Run("check -", "<a/><b/>").iExit, 1);
+    EXPECT_EQ(Run("check -", "<a/> <!-- c -->\n<?p?>").iExit, 0);
+}
+
+TEST_F(Program, WordsAndEndings) {
+    const std::string sDt = "<R xmlns:dt='urn:schemas-microsoft-com:datatypes' z='2' a='\"'>";
+    EXPECT_EQ(Run("show - --json", sDt + "<c dt:dt='char'>\xC3\xA4</c><f dt:dt='r4'>0.5</f>"
+                                         "<l dt:dt='i8'>18446744073709551615</l></R>")
+                  .iExit,
+              0);
+    const std::string sJson = LinesOnDisk("out");
+    for (const char* s :
+         {"\"attributes\": {\n   \"a\": \"\\\"\",\n   \"z\": \"2\"\n  }", "\"value\": 228\n",
+          "\"value\": 0.5\n", "\"value\": 18446744073709551615\n"}) {
+        EXPECT_NE(sJson.find(s), std::string::npos) << s << sJson;
+    }
+    // Endings in any case, compressed ones too.
+    std::string sTree = g_sTree;
+    sTree.erase(sTree.find(".5<"), 2);  // which no form but the dump keeps
+    ToDisk("a.xml", sTree);
+    for (const char* s : {"B.XML", "b.Dgraph", "c.dg.gz", "d.XML.GZ", "e.dump"}) {
+        EXPECT_EQ(Run("convert a.xml "s + s).iExit, 0) << s << OnDisk("err");
+        const bool bGzip = std::string_view("zZ").find(s[std::strlen(s) - 1]) < 2;
+        EXPECT_EQ(OnDisk(s).starts_with("\x1f\x8b"), bGzip) << s;
+        EXPECT_EQ(Run("diff a.xml "s + s).iExit, 0) << s;
+    }
+    for (const char* s : {"1", "1.2", "1.2.0.", "1.2.x", "1.-2.0", "1.256.0", " 1.2.0", ""}) {
+        EXPECT_EQ(Run("convert a.xml x.dgraph --dgraph-version \""s + s + '"').iExit, 2) << s;
+    }
+    // Nothing that a file says plays with the terminal.
+    const std::string sWild = "<a>\xE2\x80\xAE\xC2\x9B\xF0\x9D\x85\xB3\xF3\xA0\x81\x81</a>";
+    EXPECT_EQ(Run("get - /", sWild).sOut, "\\u202E\\u009B\\U0001D173\\U000E0041\n");
+    EXPECT_EQ(Run("check -", "<\xE2\x80\xAE/></x>").sOut.find("\xE2\x80\xAE"), std::string::npos);
+    Run("check none\xE2\x80\xAE");
+    EXPECT_EQ(OnDisk("out").find("\xE2\x80\xAE"), std::string::npos);
+    Run("check --\xE2\x80\xAE");
+    EXPECT_EQ(OnDisk("err").find("\xE2\x80\xAE"), std::string::npos);
+    EXPECT_EQ(Run("check -", "what is this").sOut, "-: not a document this program knows\n");
+    // A limit is raised with what the message says.
+    EXPECT_EQ(Run("check - --limit depth=2", g_sTree).iExit, 1);
+    EXPECT_NE(OnDisk("out").find("(raise it with --limit depth=...)"), std::string::npos)
+        << OnDisk("out");
+    EXPECT_EQ(Run("--limit depth=3 check -", g_sTree).iExit, 0);
+    EXPECT_EQ(Run("check - --limit depth=many", g_sTree).iExit, 2);
+}
+
+// What is small and deep does not give much to read.
+TEST_F(Program, PrintsInProportion) {
+    constexpr unsigned DEPTH = 60000;
+    std::string sDeep;
+    for (unsigned u = 0; u < DEPTH; ++u) sDeep += "<a>";
+    for (unsigned u = 0; u < DEPTH; ++u) sDeep += "</a>";
+    EXPECT_EQ(Run("show --json -", sDeep).iExit, 0);
+    EXPECT_LT(OnDisk("out").size(), 100 * DEPTH);
+    for (const char* s : {"show - \"//*\"", "show --json - \"//*\""}) {
+        EXPECT_EQ(Run(s, sDeep).iExit, 2) << s;
+        EXPECT_LE(fs::file_size("out"), (64u << 20) + 200 * sDeep.size()) << s;
+        EXPECT_NE(LinesOnDisk("err").find("the rest is left out"), std::string::npos) << s;
+    }
+}
+
+// ---- files and standard output ---------------------------------------------------
+
+TEST_F(Program, OutputTakesItsPlace) {
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "no such files";
+    ToDisk("a.xml", g_sTree);
+    const char* const oLines[] = {
+        "vok convert a.xml new.xml && test $(stat -c %a new.xml) = $(printf %o $((0666 & "
+        "~$(umask))))",
+        "cp new.xml b && chmod 640 b && vok convert a.xml b --to dump && test $(stat -c %a b) = "
+        "640",
+        "ln -s b link && vok convert a.xml link --to dgraph && test -L link && vok info b | grep "
+        "-q dgraph",
+        "ln -s made dangling && vok convert a.xml dangling --to xml && test -L dangling && cmp "
+        "made new.xml",
+        "mkfifo p && { cat p > got & } && vok convert a.xml p --to xml && wait && test -p p && cmp "
+        "got new.xml",
+        "vok convert a.xml /dev/stdout --to xml | cmp - new.xml",
+        "cp b kept && chmod 400 b && ! vok convert a.xml b --to xml 2>err && cmp b kept && grep -q "
+        "'may not be written' err",
+        "! vok convert a.xml no/such.xml 2>err && test ! -e no && grep -q 'there is no folder' err",
+        "mkdir d && ! vok convert a.xml d --to xml 2>err && grep -q 'is a folder' err",
+        "vok convert a.xml $(printf %0251d 0).xml",
+        "(ulimit -f 0; vok convert a.xml limited.xml 2>/dev/null; test $? = 2) && test ! -e "
+        "limited.xml",
+    };
+    for (const char* sLine : oLines) EXPECT_EQ(Shell(sLine), 0) << sLine << OnDisk("err");
+    EXPECT_EQ(LeftBehind(), "");
+    if (!fs::exists("/dev/full")) return;
+    ASSERT_EQ(Run("zip add a.zip a.xml").iExit, 0);
+    for (const char* s :
+         {"--help", "--version", "get a.xml //n", "show a.xml", "show a.xml --json", "info a.xml",
+          "check a.xml", "diff a.xml d.xml", "convert a.xml - --to xml", "zip list a.zip",
+          "zip test a.zip", "convert a.xml /dev/full --to xml"}) {
+        ToDisk("d.xml", "<R/>");
+        EXPECT_EQ(Shell("vok "s + s + " >/dev/full 2>err; test $? = 2"), 0) << s;
+        EXPECT_NE(OnDisk("err").find("vok: file write error"), std::string::npos)
+            << s << OnDisk("err");
+    }
+}
+
+#ifdef VOK_FAIL_SHIM
+
+// A command, what it writes, and that with the command done.
+struct Work {
+    std::string sCommand;
+    std::string sTarget;  // empty: standard output
+    std::string sOld;
+    std::string sNew;
+};
+
+class Failing_Program : public Program {
+  protected:
+    // Lets the nth call of a kind fail; what it is not is told by "reached" not being there.
+    static Outcome RunFailing(const Work& o, const std::string& sKind, unsigned uNth) {
+        fs::remove("reached");
+        if (!o.sTarget.empty()) ToDisk(o.sTarget, o.sOld);
+        return Run(
+            o.sCommand, g_sTree,
+            "FAIL_CALL=" + sKind + ':' + std::to_string(uNth) + " LD_PRELOAD=" VOK_FAIL_SHIM " ");
+    }
+    static std::string Result(const Work& o, const Outcome& oOutcome) {
+        return o.sTarget.empty() ? oOutcome.sOut : OnDisk(o.sTarget);
+    }
+    void SetUp() override {
+        for (const char* s : {"one", "two"}) ToDisk(s, Repeated(s, 100000));
+        ASSERT_EQ(Run("zip add old.zip one").iExit, 0);
+        const std::string sOld = OnDisk("old.zip");
+        m_aoWork = {{"convert - x.xml", "x.xml", "old", ""},
+                    {"convert - x.zip --to dgraph --zip", "x.zip", "old", ""},
+                    {"zip add x.zip two --store", "x.zip", sOld, ""},
+                    {"zip add x.zip two --store", "x.zip", "", ""},
+                    {"zip extract old.zip -d .", "one", "old", ""},
+                    {"get - //n", "", "", ""}};
+        for (Work& o : m_aoWork) {
+            const Outcome oOutcome = RunFailing(o, "none", 0);
+            ASSERT_EQ(oOutcome.iExit, 0) << o.sCommand << oOutcome.sErr;
+            o.sNew = Result(o, oOutcome);
+            ASSERT_NE(o.sNew, o.sOld) << o.sCommand;
+        }
+    }
+    static std::string Repeated(const std::string& s, std::size_t uTimes) {
+        return Joined(Texts(uTimes, s));
+    }
+
+    std::vector<Work> m_aoWork;
+};
+
+// Whatever fails, there is the old file or the new one, and a message when it is the old one.
+TEST_F(Failing_Program, LeavesTheOldFileOrTheNewOne) {
+    for (const Work& o : m_aoWork) {
+        for (const char* sKind : {"open", "close", "write", "fsync", "rename", "malloc"}) {
+            const bool bMany = sKind == "malloc"s;
+            unsigned uRuns = 0;
+            for (unsigned u = 1;; u += bMany ? 1 + u / 16 : 1, ++uRuns) {
+                SCOPED_TRACE(o.sCommand + ' ' + sKind + ' ' + std::to_string(u));
+                const Outcome oOutcome = RunFailing(o, sKind, u);
+                const std::string sResult = Result(o, oOutcome);
+                ASSERT_EQ(LeftBehind(), "");
+                if (!fs::exists("reached")) break;
+                ASSERT_TRUE(oOutcome.iExit == 0 || oOutcome.iExit == 2) << oOutcome.iExit;
+                if (oOutcome.iExit == 0) {
+                    ASSERT_EQ(sResult, o.sNew);
+                    continue;
+                }
+                ASSERT_NE(oOutcome.sErr, "");
+                // What was appended but perhaps is not on the disk yet is there, and told.
+                const bool bAppended = o.sOld.starts_with("PK") && sResult == o.sNew;
+                ASSERT_TRUE(o.sTarget.empty() || sResult == o.sOld || bAppended);
+            }
+            EXPECT_TRUE(uRuns > 0 || sKind == "fsync"s || sKind == "rename"s || o.sTarget.empty());
+        }
+    }
+}
+
+// Killed at any write; or interrupted, when nothing is left behind either.
+TEST_F(Failing_Program, CanBeKilled) {
+    for (const int iSignal : {9, 2, 15, 1, 3}) {
+        for (const Work& o : m_aoWork) {
+            for (unsigned u = 1;; ++u) {
+                SCOPED_TRACE(o.sCommand + ' ' + std::to_string(iSignal) + ' ' + std::to_string(u));
+                const Outcome oOutcome = RunFailing(o, std::to_string(iSignal), u);
+                if (!fs::exists("reached")) break;
+                EXPECT_NE(oOutcome.iExit, 0);
+                const std::string sResult = Result(o, oOutcome);
+                if (o.sTarget.empty()) continue;
+                if (iSignal != 9) {
+                    EXPECT_EQ(oOutcome.iExit, 128 + iSignal);
+                    EXPECT_EQ(LeftBehind(), "");
+                    EXPECT_TRUE(sResult == o.sOld);
+                    continue;
+                }
+                for (const auto& oEntry : fs::directory_iterator(".")) {
+                    if (oEntry.path().filename().string().starts_with(".vok-")) {
+                        fs::remove(oEntry.path());
+                    }
+                }
+                if (sResult == o.sOld) continue;
+                // Only an append is made in place: the old archive is there, and the next one
+                // works.
+                ASSERT_TRUE(o.sOld.starts_with("PK") && sResult.starts_with(o.sOld));
+                EXPECT_EQ(Run("zip test x.zip").iExit, 1);
+                EXPECT_NE(OnDisk("out").find("one: good\n"), std::string::npos) << OnDisk("out");
+                EXPECT_NE(OnDisk("out").find(" behind the archive"), std::string::npos);
+                EXPECT_EQ(Run("zip add x.zip two").iExit, 0);
+                EXPECT_EQ(Run("zip test x.zip").sOut, "one: good\ntwo: good\n");
+            }
+        }
+    }
+}
+
+#endif
 
 }  // namespace
 }  // namespace vok

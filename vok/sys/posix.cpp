@@ -222,7 +222,12 @@ bool HasDebugger() noexcept {
 bool CreateNew(const char* sPath) noexcept {
     const int iDescriptor =
         ::open(sPath, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    return iDescriptor >= 0 && ::close(iDescriptor) == 0;
+    if (iDescriptor < 0) return false;
+    if (::close(iDescriptor) == 0) return true;
+    const int iError = errno;
+    (void)::unlink(sPath);
+    errno = iError;
+    return false;
 }
 
 bool MayWrite(const char* sPath) noexcept {
