@@ -36,7 +36,8 @@ struct Counts {
     vok::u3_t uDates = 0;
     vok::u3_t uLongs = 0;
     vok::u3_t uQuads = 0;
-    vok::u3_t uLinks = 0;  // that lead to nothing, or to the top
+    vok::u3_t uDeadLinks = 0;  // that lead to nothing, or to what was removed
+    vok::u3_t uTopLinks = 0;   // that lead to the top
 
     explicit Counts(const Data& oTree) {
         Data oNode = oTree;
@@ -70,8 +71,9 @@ struct Counts {
             case Data_Node::Quad: ++uQuads; break;
             case Data_Node::Link: {
                 const Data oTarget = oNode.GetValLink();
-                uLinks += !oTarget.IsNode() || oTarget.GetId() == 0 ||
-                          oTarget.GetType() == Data_Node::Zombi;
+                const bool bDead = !oTarget.IsNode() || oTarget.GetType() == Data_Node::Zombi;
+                uDeadLinks += bDead;
+                uTopLinks += !bDead && oTarget.GetId() == 0;
                 break;
             }
             default: break;
@@ -104,6 +106,7 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
     const Counts n(oTree);
     if (sFormat == "xml") {
         o.Add(n.uFractions, "fraction of a second", "fractions of a second");
+        o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
         o.Add(n.uNoChars, "number that is no character", "numbers that are no characters");
         return std::move(o).Lines();
     }
@@ -111,7 +114,8 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
     o.Add(n.uFloats, "real cut to 32 bits", "reals cut to 32 bits");
     o.Add(n.uFractions, "fraction of a second", "fractions of a second");
     o.Add(n.uChars, "character beyond one byte", "characters beyond one byte");
-    o.Add(n.uLinks, "link to nothing or to the top", "links to nothing or to the top");
+    o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
+    o.Add(n.uTopLinks, "link to the top", "links to the top");
     if (iMinor < 2) o.Add(n.uDates, "date, kept as text", "dates, kept as texts");
     if (iMinor < 3) o.Add(n.uLongs, "64-bit number, kept as text", "64-bit numbers, kept as texts");
     return std::move(o).Lines();

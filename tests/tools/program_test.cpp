@@ -1,5 +1,9 @@
 // The program as a shell sees it: output, messages, exit status, files.
+#include <functional>
+#include <limits>
+
 #include "tests/support.h"
+#include "vok/file/file.h"
 
 namespace vok {
 namespace {
@@ -269,6 +273,71 @@ TEST_F(Program, LossesAreTold) {
     EXPECT_EQ(Run("check -", sWhole + '\0').iExit, 1);
     EXPECT_EQ(Run("check -", "<a/><b/>").iExit, 1);
     EXPECT_EQ(Run("check -", "<a/> <!-- c -->\n<?p?>").iExit, 0);
+}
+
+// Whatever --lossless lets pass is the same tree when it is read back, in every form.
+TEST_F(Program, LosslessIsLossless) {
+    const double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+    const double INFINITE = std::numeric_limits<double>::infinity();
+    const std::function<void(Data&, const Data&)> oFills[] = {
+        [](Data& o, const Data&) { o.CreateSucc("leaf").CreateSucc("x").Remove(); },
+        [](Data& o, const Data&) { o.ClearVal(); },
+        [](Data& o, const Data& oRoot) { o.SetValLink(oRoot); },
+        [](Data& o, const Data& oRoot) {
+            Data oGone = oRoot.GetNthSucc("gone", 0);
+            o.SetValLink(oGone);
+            oGone.Remove();
+        },
+        [](Data& o, const Data& oRoot) { o.SetValLink(oRoot.GetNthSucc("gone", 0)); },
+        [](Data& o, const Data&) { o.SetAttVal("empty", ""); },
+        [](Data& o, const Data&) { o.SetAttVal("dt:dt", "<\xE2\x82\xAC\t\n>"); },
+        [](Data& o, const Data&) { o.SetValInt(0x20AC, Data_Node::Char); },
+        [](Data& o, const Data&) { o.SetValInt(0xD800, Data_Node::Char); },
+        [](Data& o, const Data&) { o.SetValInt(-1, Data_Node::Char); },
+        [](Data& o, const Data&) { o.SetValInt(0, Data_Node::Char); },
+        [](Data& o, const Data&) { o.SetValInt(' ', Data_Node::Char); },
+        [](Data& o, const Data&) { o.SetValInt(-5); },
+        [](Data& o, const Data&) { o.SetValBool(true); },
+        [](Data& o, const Data&) { o.SetValDbl(0.1, Data_Node::Float); },
+        [](Data& o, const Data&) { o.SetValDbl(1e300, Data_Node::Float); },
+        [&](Data& o, const Data&) { o.SetValDbl(NOT_A_NUMBER, Data_Node::Float); },
+        [&](Data& o, const Data&) { o.SetValDbl(-INFINITE); },
+        [](Data& o, const Data&) { o.SetValDbl(-0.0); },
+        [](Data& o, const Data&) { o.SetValDbl(0.25, Data_Node::Date); },
+        [](Data& o, const Data&) { o.SetValDbl(1e10, Data_Node::Date); },
+        [](Data& o, const Data&) { o.SetValDbl(-1e15, Data_Node::Date); },
+        [&](Data& o, const Data&) { o.SetValDbl(INFINITE, Data_Node::Date); },
+        [&](Data& o, const Data&) { o.SetValDbl(NOT_A_NUMBER, Data_Node::Date); },
+        [](Data& o, const Data&) { o.SetValLng(~u3_t{0}); },
+        [](Data& o, const Data&) { o.SetValQuad(1, 2, 3, ~0u); },
+        [](Data& o, const Data&) { o.SetValStr(""); },
+        [](Data& o, const Data&) { o.SetValStr(" \r\n\1]]>"); },
+        [](Data& o, const Data&) { o.SetValBin("", 0); },
+        [](Data& o, const Data&) { o.SetValBin("\0\1", 2); },
+        [](Data& o, const Data&) { o.CreateSucc("").SetValInt(1); },
+    };
+    unsigned uNth = 0;
+    for (const auto& oFill : oFills) {
+        Data oRoot;
+        oRoot.SetToRoot();
+        oRoot.CreateSucc("gone");
+        Data oNode = oRoot.CreateSucc("n");
+        oFill(oNode, oRoot);
+        {
+            File oFile("in.dump", "w");
+            oRoot.Dump(oFile);
+        }
+        for (const char* sTo : {"xml", "dump", "dgraph", "dgraph --dgraph-version 1.2.0",
+                                "dgraph --dgraph-version 1.1.0", "dgraph --dgraph-version 1.0.0"}) {
+            const int iExit = Run("convert in.dump out2 --lossless --to "s + sTo).iExit;
+            if (iExit != 0) {
+                EXPECT_NE(sTo, "dump"s) << "keeps everything";
+                continue;
+            }
+            EXPECT_EQ(Run("diff in.dump out2").iExit, 0) << uNth << ' ' << sTo << OnDisk("out");
+        }
+        ++uNth;
+    }
 }
 
 TEST_F(Program, WordsAndEndings) {
