@@ -1,3 +1,5 @@
+#include <zlib.h>
+
 #include <functional>
 
 #include "tests/zip/zip_support.h"
@@ -230,6 +232,17 @@ TEST_F(Zip_Test, NamesAndSafety) {
     EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F"));
     oZip.Open(sZip.data(), sZip.size());
     EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F")) << "in memory as well";
+    // The upper half of the code page, against the sum of what others make of it.
+    std::string sNames = ZipBytes({{std::string(128, 'n'), ""}});
+    for (const char* sRecord : {"PK\3\4", "PK\1\2"}) {
+        const std::size_t uName = sNames.find(sRecord) + (sRecord[2] == 3 ? 30 : 46);
+        for (unsigned u = 0; u < 128; ++u) sNames[uName + u] = static_cast<char>(128 + u);
+    }
+    oZip.Open(sNames.data(), sNames.size());
+    const Str oUpper = oZip.GetCurrentFileInfo().m_oName;
+    EXPECT_EQ(::crc32_z(0, reinterpret_cast<const Bytef*>(oUpper.CStr()), oUpper.Len()),
+              0x3F4FC2B3u);
+    EXPECT_NE(ZipBytes({{oUpper.CStr(), ""}}).find(sNames.substr(30, 128)), std::string::npos);
     // A field that belongs to another name does not count: the maker's program did not know it.
     std::string sRenamed = sZip;
     const std::size_t uFlags = sRenamed.find("PK\1\2", sRenamed.find("PK\1\2") + 1) + 9;
@@ -380,7 +393,65 @@ TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
     }
 }
 
+// Somebody else writes to the archive between the look at its directory and the first new member.
+unsigned g_uWriteIn = 0;
+
+TEST_F(Zip_Test, AnArchiveThatChangesIsNotAppendedTo) {
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "nobody else may write there";
+    const auto oResize = [](void* p, std::size_t, std::size_t uSize) -> void* {
+        if (g_uWriteIn != 0 && --g_uWriteIn == 0) {
+            std::ofstream("x.zip", std::ios::app | std::ios::binary) << '!';
+        }
+        return std::realloc(p, uSize);
+    };
+    static void* (*s_pResize)(void*, std::size_t, std::size_t) = oResize;
+    const Mem::Allocator oOld =
+        Mem::SetAllocator({[](std::size_t u) { return s_pResize(nullptr, 0, u); }, oResize,
+                           [](void* p, std::size_t) { std::free(p); }});
+    const std::string sOld = ZipBytes(TWO);
+    unsigned uNoticed = 0;
+    for (unsigned u = 1; u < 100; ++u) {
+        ToDisk("x.zip", sOld);
+        g_uWriteIn = u;
+        const std::string sError = Raised([] { Zip_Archive("x.zip", "a").Close(); });
+        g_uWriteIn = 0;
+        if (sError == "zip archive \"x.zip\" was changed by somebody else\n") ++uNoticed;
+        const std::string sNow = OnDisk("x.zip");
+        EXPECT_TRUE(sNow == sOld || sNow == sOld + '!');
+    }
+    EXPECT_NE(uNoticed, 0u);
+    Mem::SetAllocator(oOld);
+}
+
 // ---- failures -----------------------------------------------------------------
+
+// What no header could name is refused before it is written.
+TEST_F(Zip_Test, FourGigabytesAreTooMuch) {
+    Zip_Archive oZip("x.zip", "w");
+    oZip.OpenNewFile("n");
+    oZip.Write("x");
+    for (const std::size_t uMore : {std::size_t{0xFFFFFFFE}, std::size_t{1} << 32}) {
+        const std::string sError = Raised([&] { oZip.Write("", uMore); });
+        EXPECT_NE(sError.find("\"n\""), std::string::npos) << sError;
+    }
+    oZip.Close();
+    EXPECT_EQ(ReadZip("x.zip"), (Members{{"n", "x"}})) << "nothing was changed";
+    // An archive that ends just below them, most of it a hole.
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "no holes";
+    constexpr u3_t DIRECTORY = 0xFFFFFF00;
+    const std::string sZip = OnDisk("x.zip");
+    std::string sEnd = sZip.substr(sZip.find("PK\1\2"));
+    sEnd.replace(sEnd.size() - 6, 4, Number(static_cast<u2_t>(DIRECTORY)));
+    std::error_code oError;
+    std::filesystem::resize_file("x.zip", DIRECTORY, oError);
+    if (oError) GTEST_SKIP() << "no room";
+    std::ofstream("x.zip", std::ios::app | std::ios::binary) << sEnd;
+    EXPECT_EQ(Raised([] {
+                  WriteZip("x.zip", {{"m", Noise(1000, 8)}}, "a");
+              }),
+              "zip archive \"x.zip\" needs ZIP64, which is not supported\n");
+    EXPECT_EQ(std::filesystem::file_size("x.zip"), DIRECTORY + sEnd.size()) << "cut back";
+}
 
 TEST_F(Zip_Test, AFullDiskIsReportedOnce) {
     if (File::Size("/dev/full") < 0) GTEST_SKIP() << "no such device";

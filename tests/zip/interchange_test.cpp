@@ -78,6 +78,22 @@ TEST_F(Zip_Test, OthersTakeOurArchives) {
         if (oTool.sName == "bsdtar"s) continue;
         EXPECT_TRUE(!Has(oTool.sName) || Runs(oTool.sCommand));
     }
+    // Into a pipe, where nothing can be patched.
+    if (Has("mkfifo")) {
+        ASSERT_EQ(std::system("mkfifo p && { cat p > x.zip & }"), 0);
+        WriteZip("p", oMembers);
+        Zip_Archive oPiped;
+        for (unsigned u = 0; u < 100 && Raised([&] { oPiped.Open("x.zip"); }) != NOTHING_RAISED;
+             ++u) {
+            sys::SleepMs(20);  // until the other end has it all
+        }
+        EXPECT_EQ(ReadAll(oPiped), oMembers);
+        ASSERT_TRUE(oPiped.LocateFile("folder/large"));
+        EXPECT_EQ(oPiped.GetCurrentFileInfo().m_uFlags & 8u, 8u) << "sizes behind the data";
+        for (const Tool& oTool : CHECKERS) {
+            EXPECT_TRUE(!Has(oTool.sName) || Runs(oTool.sCommand)) << "piped";
+        }
+    }
     Zip_Archive oZip("x.zip", "w");
     for (unsigned u = 0; u < 65535; ++u) AddMember(oZip, "m" + std::to_string(u), "");
     oZip.Close();
