@@ -51,7 +51,7 @@ int Info(const std::string& sFile) {
     PrintF("format      %s%s%s\n", oIn.sFormat.c_str(), oIn.sWrapping.empty() ? "" : " in ",
            oIn.sWrapping.c_str());
     const vok::Str oTag = oIn.oTree.GetUserTag();
-    if (!oTag.IsEmpty()) PrintF("version     %s\n", oTag.CStr());
+    if (!oTag.IsEmpty()) PrintF("version     %s\n", Escaped(oTag.View()).c_str());
     PrintF("bytes       %llu\n", static_cast<unsigned long long>(oIn.uBytes));
     PrintF("nodes       %zu\n", oCensus.uNodes);
     PrintF("names       %zu\n", oCensus.oKeys.size());

@@ -369,6 +369,10 @@ TEST_F(Program, WordsAndEndings) {
     const std::string sWild = "<a>\xE2\x80\xAE\xC2\x9B\xF0\x9D\x85\xB3\xF3\xA0\x81\x81</a>";
     EXPECT_EQ(Run("get - /", sWild).sOut, "\\u202E\\u009B\\U0001D173\\U000E0041\n");
     EXPECT_EQ(Run("check -", "<\xE2\x80\xAE/></x>").sOut.find("\xE2\x80\xAE"), std::string::npos);
+    std::string sTagged = Run("convert - - --to dgraph", g_sTree).sOut;
+    sTagged.replace(13, 6, "\xE2\x80\xAE\x1B[m");
+    Run("info -", sTagged);
+    EXPECT_EQ(OnDisk("out").find_first_of("\x1B\xAE"), std::string::npos) << OnDisk("out");
     Run("check none\xE2\x80\xAE");
     EXPECT_EQ(OnDisk("out").find("\xE2\x80\xAE"), std::string::npos);
     Run("check --\xE2\x80\xAE");
@@ -407,6 +411,8 @@ TEST_F(Program, OutputTakesItsPlace) {
         "~$(umask))))",
         "cp new.xml b && chmod 640 b && vok convert a.xml b --to dump && test $(stat -c %a b) = "
         "640",
+        "test $(id -u) != 0 || { chown 1234:1235 b && vok convert a.xml b --to xml && "
+        "test $(stat -c %u:%g:%a b) = 1234:1235:640; }",
         "ln -s b link && vok convert a.xml link --to dgraph && test -L link && vok info b | grep "
         "-q dgraph",
         "ln -s made dangling && vok convert a.xml dangling --to xml && test -L dangling && cmp "
