@@ -59,7 +59,7 @@ int Info(const std::string& sFile) {
     PrintF("attributes  %zu\n", oCensus.uAttributes);
     PrintF("text bytes  %zu\n", oIn.oTree.TextBytes());
     PrintF("heap bytes  %zu\n", oIn.oTree.HeapBytes());
-    PrintF("types\n");
+    Print("types\n");
     for (vok::u2_t u = 0; u < oCensus.auType.size(); ++u) {
         if (oCensus.auType[u] == 0) continue;
         PrintF("  %-9s %zu\n", vok::Data_Node::TypeName(u), oCensus.auType[u]);
