@@ -132,6 +132,11 @@ std::string Shortened(std::string_view sPath) {
     return std::string(sPath.substr(0, uFirst)) + " ... " + std::string(sPath.substr(uLast));
 }
 
+std::string BehindText(vok::u3_t uBytes) {
+    return std::to_string(uBytes) +
+           " bytes stand behind the archive, maybe of an append that was interrupted";
+}
+
 Palette::Palette(bool bColoured) noexcept {
     if (!bColoured) return;
     sName = "\x1b[1m";

@@ -28,6 +28,9 @@ std::string Visible(std::string_view sText);
 // most 400 of them, and no half characters.
 std::string Shortened(std::string_view sPath);
 
+// What to say of bytes behind an archive.
+std::string BehindText(vok::u3_t uBytes);
+
 // Colours of a terminal, empty where there is none or NO_COLOR is set.
 struct Palette {
     explicit Palette(bool bColoured) noexcept;

@@ -1,10 +1,9 @@
-// vok zip: archives.
-#include <algorithm>
+// vok zip list, test, extract: what is in archives.
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <optional>
-#include <stdexcept>
+#include <set>
+#include <string_view>
 
 #include "tools/commands.h"
 #include "tools/input.h"
@@ -180,7 +179,43 @@ void Add(vok::Zip_Archive& oArchive, const Addition& o, bool bStore) {
             oArchive.Write(oPiece.Beg(), uRead);
         }
     }
-    oArchive.CloseCurrentFile();
+    // Who may read it may run it.
+    const unsigned uMode = oInfo.m_uExternalAttributes >> 16;
+    if ((uMode & 0111) == 0) return;
+    const auto uRead = static_cast<unsigned>(fs::status(oPath, oIgnored).permissions()) & 0444;
+    fs::permissions(oPath, static_cast<fs::perms>(uRead >> 2), fs::perm_options::add, oIgnored);
+}
+
+// The members that could not be read are told and left out; what cannot be written ends it all.
+bool ExtractMember(vok::Zip_Archive& oArchive, const vok::Zip_FileInfo& oInfo,
+                   const fs::path& oFolder) {
+    const std::string sName = oInfo.m_oName.CStr();
+    if (const std::string sWhy = WhyOutside(oInfo, oFolder); !sWhy.empty()) {
+        Complain(sName, sWhy);
+        return false;
+    }
+    const fs::path oPath = oFolder / ToPath(sName);
+    if (oInfo.IsFolder()) {
+        fs::create_directories(oPath);
+        return true;
+    }
+    fs::create_directories(oPath.parent_path());
+    Output oFile(ToText(oPath));
+    bool bWriting = false;
+    try {
+        ReadMember(oArchive, [&](const char* p, std::size_t u) {
+            bWriting = true;
+            oFile.Stream().Write(p, u);
+            bWriting = false;
+        });
+    } catch (const vok::Msg_Exception& oError) {
+        if (bWriting) throw;
+        Complain(sName, "is damaged and not extracted: " + InOptions(Line(oError.what())));
+        return false;
+    }
+    oFile.Commit();
+    SetTimeAndMode(oPath, oInfo);
+    return true;
 }
 
 // Says what is in the archive already of what is to be added to it, and behind it.

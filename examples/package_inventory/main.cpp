@@ -146,7 +146,9 @@ int main(int argc, char** argv) {
     oApp.allow_windows_style_options(false);  // "/" begins a path
     CLI11_PARSE(oApp, argc, argv);
     try {
-        return Run(sStatus, sOutput);
+        const int iExit = Run(sStatus, sOutput);
+        tools::FinishPrinting();
+        return iExit;
     } catch (const std::exception& e) {
         std::string sWhat = e.what();
         while (!sWhat.empty() && sWhat.back() == '\n') sWhat.pop_back();

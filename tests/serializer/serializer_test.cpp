@@ -103,19 +103,22 @@ TEST(Serializer, OutOfMemory) {
         node.AddSubnode("a").AddValue(u"text", u"\u00E4 text that is longer than a short one");
     };
     const Bytes oGood = Write(oFill);
+    // A failure has its fixed text; the reason behind it may do without the memory it wants.
     const auto oSweep = [&](const std::string& sFailed, const std::function<void()>& oBody) {
         unsigned uNth = 0;
-        std::string sFailure = sFailed;
-        while (sFailure == sFailed) {
+        unsigned uFailed = 0;
+        for (bool bRefused = true; bRefused;) {
             const vok::u3_t uBlocks = vok::Mem::BlocksInUse();
             vok::Mem_Probe::FailIn(++uNth);
-            sFailure = Failure(oBody);
-            ASSERT_EQ(vok::Mem_Probe::IsArmed(), sFailure.empty());
+            const std::string sFailure = Failure(oBody);
+            bRefused = !vok::Mem_Probe::IsArmed();
             vok::Mem_Probe::FailIn(0);
+            ASSERT_TRUE(sFailure == sFailed || sFailure.empty()) << sFailure;
+            ASSERT_TRUE(bRefused || sFailure.empty());
+            if (!sFailure.empty()) ++uFailed;
             ASSERT_EQ(vok::Mem::BlocksInUse(), uBlocks);
         }
-        EXPECT_EQ(sFailure, "");
-        EXPECT_GT(uNth, 5u);
+        EXPECT_GT(uFailed, 5u);
     };
     oSweep("Failed to write data to buffer", [] { (void)Write([](Node&) {}); });
     oSweep(g_sReadFailed, [&] { Read(oGood, [](Node&) {}); });

@@ -387,6 +387,7 @@ TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
                 }
             }
             ToDisk("x.zip", sNew.substr(0, sOld.size() + 40));
+            EXPECT_EQ(Zip_Archive("x.zip").GetGlobalInfo().m_uBehind, 40u);
             WriteZip("x.zip", {{"again", "x"}}, "a");
             EXPECT_EQ(ReadZip("x.zip"), (Members{TWO[0], TWO[1], {"again", "x"}}));
         }

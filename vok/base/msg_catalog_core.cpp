@@ -1,4 +1,7 @@
 // The catalog entries about assertions, integers, memory, languages and the program itself.
+#include <string_view>
+#include <utility>
+
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"
 
@@ -8,7 +11,8 @@ void Msg_Catalog::ReallocationFromToFailed(u3_t uBlockAddress, u3_t uOldBytes, u
                                            u3_t uBytesInUse, u3_t uBlocksInUse) {
     Msg_Entry::Raise(
         {"reallocation of block %0 from %1 to %2 bytes failed, %3 bytes and %4 blocks in use",
-         "Vergrößern des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke in "
+         "Größenänderung des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke "
+         "in "
          "Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
@@ -95,7 +99,7 @@ void Msg_Catalog::MemoryAccessError(u3_t uBlockAddress, u3_t uBytes) {
 void Msg_Catalog::ReallocationFailed(u3_t uBlockAddress, u3_t uBytes, u3_t uBytesInUse,
                                      u3_t uBlocksInUse) {
     Msg_Entry::Raise({"reallocation of block %0 to %1 bytes failed, %2 bytes and %3 blocks in use",
-                      "Vergrößern des Blocks %0 auf %1 Bytes fehlgeschlagen, %2 Bytes und %3 "
+                      "Größenänderung des Blocks %0 auf %1 Bytes fehlgeschlagen, %2 Bytes und %3 "
                       "Blöcke in Gebrauch"},
                      {Msg_Arg::Address(uBlockAddress), uBytes, uBytesInUse, uBlocksInUse});
 }
@@ -237,7 +241,8 @@ void Msg_Catalog::UnexpectedErrorDuringReallocation(u3_t uBlockAddress, u3_t uOl
     Msg_Entry::Raise(
         {"unexpected error during reallocation of block %0 from size %1 to size %2, %3 bytes and "
          "%4 blocks in use",
-         "unerwarteter Fehler beim Vergrößern des Blocks %0 von Größe %1 auf Größe %2, %3 Bytes "
+         "unerwarteter Fehler bei der Größenänderung des Blocks %0 von Größe %1 auf Größe %2, %3 "
+         "Bytes "
          "und %4 Blöcke in Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
@@ -294,10 +299,34 @@ void Msg_Catalog::OutOfMemory() {
 
 // ---- own entries -----------------------------------------------------------
 
+namespace {
+
+const char* GermanLimit(std::string_view sLimit) {
+    constexpr std::pair<std::string_view, const char*> NAMES[] = {
+        {"nodes", "Knoten"},
+        {"depth", "Tiefe"},
+        {"text bytes", "Bytes eines Texts"},
+        {"attributes", "Attribute"},
+        {"skipped slots", "übersprungene Plätze"},
+        {"path steps", "Schritte eines Pfads"},
+        {"work for a byte", "Arbeit je Byte"},
+        {"memory for a byte", "Speicher je Byte"},
+        {"inflated bytes", "entpackte Bytes"},
+        {"inflation ratio", "Entpackungsverhältnis"},
+        {"zip entries", "Einträge eines Zip-Archivs"},
+    };
+    for (const auto& [sEnglish, sGerman] : NAMES) {
+        if (sLimit == sEnglish) return sGerman;
+    }
+    return sLimit.data();
+}
+
+}  // namespace
+
 void Msg_Catalog::LimitExceeded(const char* sLimit, u3_t uLimit, const char* sField) {
     Msg_Entry::Raise({"limit \"%0\" of %1 exceeded (raise %2)",
-                      "Grenze \"%0\" von %1 überschritten (%2 erhöhen)"},
-                     {sLimit, uLimit, sField});
+                      "Grenze \"%3\" von %1 überschritten (%2 erhöhen)"},
+                     {sLimit, uLimit, sField, GermanLimit(sLimit)});
 }
 
 }  // namespace vok
