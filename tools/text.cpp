@@ -137,6 +137,10 @@ std::string BehindText(vok::u3_t uBytes) {
            " bytes stand behind the archive, maybe of an append that was interrupted";
 }
 
+void Tell(std::string_view sName, std::string_view sWhat) {
+    std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
+}
+
 Palette::Palette(bool bColoured) noexcept {
     if (!bColoured) return;
     sName = "\x1b[1m";

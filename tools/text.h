@@ -31,6 +31,9 @@ std::string Shortened(std::string_view sPath);
 // What to say of bytes behind an archive.
 std::string BehindText(vok::u3_t uBytes);
 
+// A line on standard error about a member or a file.
+void Tell(std::string_view sName, std::string_view sWhat);
+
 // Colours of a terminal, empty where there is none or NO_COLOR is set.
 struct Palette {
     explicit Palette(bool bColoured) noexcept;

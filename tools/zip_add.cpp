@@ -2,9 +2,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <map>
 #include <optional>
-#include <set>
 #include <stdexcept>
 
 #include "tools/commands.h"
@@ -13,6 +11,7 @@
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 
 namespace tools {
@@ -21,80 +20,82 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The name of the member that a file becomes: relative, and with a slash at the end of folders.
-// Empty for what becomes none, such as ".".
-std::string MemberName(const fs::path& oPath) {
-    std::string sName = ToText(oPath.lexically_normal().relative_path());
-    while (sName.starts_with("../")) sName.erase(0, 3);
-    if (fs::is_directory(oPath) && !sName.ends_with('/')) sName += '/';
-    return vok::Zip_IsSafeName(sName) ? sName : std::string();
-}
+constexpr vok::u2_t UNIX_FILE = 0x8000;
+constexpr vok::u2_t UNIX_FOLDER = 0x4000;
+constexpr vok::u2_t DOS_FOLDER = 0x10;
 
-// What an archive is to get: files by the names of their members.
-class Collection {
-  public:
-    explicit Collection(const std::string& sArchive) : m_oArchive(ToPath(sArchive)) {}
-
-    // A file, or a folder with all that is in it.
-    void Add(const std::string& sFile) {
-        const fs::path oFile = ToPath(sFile);
-        if (!fs::exists(oFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
-        AddOne(oFile);
-        if (!fs::is_directory(oFile)) return;
-        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) AddOne(oEntry.path());
-    }
-
-    // Sorted, so that the same files make the same archive.
-    [[nodiscard]] const std::map<std::string, fs::path>& Files() const noexcept { return m_oFiles; }
-    // Whether something was left out, which was told.
-    [[nodiscard]] bool LeftOut() const noexcept { return m_bLeftOut; }
-
-  private:
-    void AddOne(const fs::path& oPath) {
-        const fs::file_status oStatus = fs::status(oPath);
-        if (!fs::is_directory(oStatus) && !fs::is_regular_file(oStatus)) {
-            std::fprintf(stderr, "vok: \"%s\" is neither file nor folder: not added\n",
-                         Escaped(ToText(oPath)).c_str());
-            m_bLeftOut = true;
-            return;
-        }
-        if (fs::exists(m_oArchive) && fs::equivalent(oPath, m_oArchive)) return;
-        const std::string sName = MemberName(oPath);
-        if (sName.empty()) return;
-        const auto [oThere, bNew] = m_oFiles.emplace(sName, oPath);
-        if (!bNew && !fs::equivalent(oThere->second, oPath)) {
-            throw std::invalid_argument("\"" + ToText(oThere->second) + "\" and \"" +
-                                        ToText(oPath) + "\" would both be \"" + sName + '"');
-        }
-    }
-
-    fs::path m_oArchive;
-    std::map<std::string, fs::path> m_oFiles;
-    bool m_bLeftOut = false;
+// A file or folder and its name as a member.
+struct Addition {
+    fs::path oPath;
+    std::string sName;
+    bool bFolder;
 };
 
-// Type and permissions as Unix has them in the upper half, below them the bits of DOS: a folder,
-// and what may not be written.
-vok::u2_t Attributes(const fs::path& oPath) {
-    const fs::file_status oStatus = fs::status(oPath);
-    const bool bFolder = fs::is_directory(oStatus);
-    const auto uMode = static_cast<unsigned>(oStatus.permissions()) & 07777;
-    return ((bFolder ? 0040000u : 0100000u) | uMode) << 16 | (bFolder ? 0x10u : 0u) |
-           ((uMode & 0200) == 0 ? 0x01u : 0u);
+// Adds one to the list unless it is nothing that an archive holds. Returns whether that is well.
+bool Collect(const fs::path& oPath, std::vector<Addition>& aoAddition) {
+    const bool bFolder = fs::is_directory(oPath);
+    std::string sName = ToText(oPath.lexically_normal().relative_path());
+    while (sName.starts_with("../")) sName.erase(0, 3);
+    if (sName.empty() || sName == "." || sName == "./" || sName == "..") return true;
+    if (bFolder && !sName.ends_with('/')) sName += '/';
+    if (!bFolder && !fs::is_regular_file(oPath)) {
+        Tell(ToText(oPath), "is neither a file nor a folder: not added");
+        return false;
+    }
+    if (!vok::Zip_IsSafeName(sName)) {
+        Tell(sName, "is no name for a member: not added");
+        return false;
+    }
+    aoAddition.push_back({oPath, std::move(sName), bFolder});
+    return true;
 }
 
-void AddFile(vok::Zip_Archive& oArchive, const std::string& sName, const fs::path& oPath,
-             bool bStore) {
+// Files, and folders with all that is in them, by name and each once; never the archive itself.
+std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std::string>& asFile,
+                              int& iExit) {
+    std::vector<Addition> aoAddition;
+    const auto oCollect = [&](const fs::path& oPath) {
+        if (!Collect(oPath, aoAddition)) iExit = EXIT_NEGATIVE;
+    };
+    for (const std::string& sFile : asFile) {
+        const fs::path oFile = ToPath(sFile);
+        if (!fs::exists(oFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
+        oCollect(oFile);
+        if (!fs::is_directory(oFile)) continue;
+        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) oCollect(oEntry.path());
+    }
+    const fs::path oArchive = ToPath(sArchive);
+    std::erase_if(aoAddition, [&](const Addition& o) {
+        return fs::exists(oArchive) && fs::equivalent(o.oPath, oArchive);
+    });
+    const auto oByName = [](const Addition& a, const Addition& b) { return a.sName < b.sName; };
+    std::stable_sort(aoAddition.begin(), aoAddition.end(), oByName);
+    const auto oSame = [](const Addition& a, const Addition& b) {
+        if (a.sName != b.sName) return false;
+        if (!fs::equivalent(a.oPath, b.oPath)) {
+            throw std::invalid_argument("two files would be the member \"" + a.sName + '"');
+        }
+        return true;
+    };
+    aoAddition.erase(std::unique(aoAddition.begin(), aoAddition.end(), oSame), aoAddition.end());
+    return aoAddition;
+}
+
+void Add(vok::Zip_Archive& oArchive, const Addition& o, bool bStore) {
     vok::Zip_NewInfo oInfo;
-    const auto oTime = std::chrono::file_clock::to_sys(fs::last_write_time(oPath));
-    oInfo.m_uDosDate =
-        vok::Zip_DosDate(std::chrono::duration<double>(oTime.time_since_epoch()).count());
-    oInfo.m_uExternalAttributes = Attributes(oPath);
-    const bool bFolder = sName.ends_with('/');
-    oArchive.OpenNewFile(vok::Str(sName), oInfo, {}, {}, {},
-                         bStore || bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
-    if (!bFolder) {
-        vok::File oFile(vok::Str(ToText(oPath)), "Tr");
+    const auto oTime = std::chrono::file_clock::to_sys(fs::last_write_time(o.oPath));
+    const double dSeconds = std::chrono::duration<double>(oTime.time_since_epoch()).count();
+    oInfo.m_uDosDate = vok::Zip_DosDate(dSeconds);
+    if (o.bFolder) oInfo.m_uExternalAttributes = DOS_FOLDER;
+    if (!vok::sys::IS_WINDOWS) {
+        const auto uMode = static_cast<vok::u2_t>(fs::status(o.oPath).permissions()) & 0777;
+        oInfo.m_uExternalAttributes |= ((o.bFolder ? UNIX_FOLDER : UNIX_FILE) | uMode) << 16;
+    }
+    const std::string sTime = vok::Zip_TimeField(dSeconds);
+    oArchive.OpenNewFile(vok::Str(o.sName), oInfo, sTime, sTime, {},
+                         bStore || o.bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
+    if (!o.bFolder) {
+        vok::File oFile(vok::Str(ToText(o.oPath)), "Tr");
         vok::Arr<char> oPiece;
         oPiece.Resize(256 * 1024);
         while (const std::size_t uRead = oFile.Read(oPiece.Beg(), oPiece.Size(), true)) {
@@ -104,44 +105,53 @@ void AddFile(vok::Zip_Archive& oArchive, const std::string& sName, const fs::pat
     oArchive.CloseCurrentFile();
 }
 
-// Says what stands in an archive that a reader of the new one would stumble over.
-void TellWhatIsThere(const std::string& sArchive, const Collection& oNew) {
-    vok::Zip_Archive oOld((vok::Str(sArchive)));
-    if (const vok::u3_t uBehind = oOld.GetGlobalInfo().m_uBehind; uBehind != 0) {
-        std::fprintf(stderr, "vok: %s\n", BehindText(uBehind).c_str());
+// Says what is in the archive already of what is to be added to it, and behind it.
+void TellWhatIsThere(const std::string& sArchive, const std::vector<Addition>& aoAddition) {
+    vok::Zip_Archive oOld;
+    try {
+        oOld.Open(vok::Str(sArchive));
+    } catch (const vok::Msg_Exception&) {
+        return;  // whatever it is, appending will tell
     }
-    for (const auto& [sName, oPath] : oNew.Files()) {
-        if (sName.ends_with('/') || !oOld.LocateFile(sName.c_str())) continue;
-        std::fprintf(stderr, "vok: \"%s\" was in the archive already: the new one counts\n",
-                     Escaped(sName).c_str());
+    if (const vok::u3_t uBehind = oOld.GetGlobalInfo().m_uBehind; uBehind != 0) {
+        Tell(sArchive, "is not at the end of its file: " + BehindText(uBehind));
+    }
+    for (const Addition& o : aoAddition) {
+        if (o.bFolder || !oOld.LocateFile(vok::Str(o.sName))) continue;
+        Tell(o.sName, "was in the archive already: the new one counts from now on");
     }
 }
 
 }  // namespace
 
 int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
-    Collection oFiles(sArchive);
-    for (const std::string& sFile : asFile) oFiles.Add(sFile);
-    const fs::path oPlace = ToPath(sArchive);
-    const bool bNew = !fs::exists(oPlace);
-    if (!bNew && fs::is_regular_file(oPlace) && fs::file_size(oPlace) != 0) {
-        TellWhatIsThere(sArchive, oFiles);
+    int iExit = EXIT_GOOD;
+    const std::vector<Addition> aoAddition = Collect(sArchive, asFile, iExit);
+    const fs::file_status oThere = fs::status(ToPath(sArchive));
+    if (fs::exists(oThere) && !fs::is_regular_file(oThere)) {
+        throw std::invalid_argument("\"" + sArchive + "\" is no regular file");
     }
+    const bool bNew = !fs::exists(oThere) || fs::file_size(ToPath(sArchive)) == 0;
+    if (!bNew) TellWhatIsThere(sArchive, aoAddition);
     Progress oProgress("adding");
     // A new archive is made beside its place; one that is appended to can be read as it was until
-    // it is complete, and is cut back to that when something fails.
-    std::optional<Output> oBeside;
-    std::optional<Appended> oAppended;
+    // it is complete.
+    std::optional<Output> oNew;
+    std::optional<Appending> oOld;
     if (bNew) {
-        oBeside.emplace(sArchive, false);
+        oNew.emplace(sArchive, false);
     } else {
-        oAppended.emplace(sArchive);
+        oOld.emplace(sArchive);
     }
-    vok::Zip_Archive oArchive(vok::Str(bNew ? oBeside->Beside() : sArchive), bNew ? "w" : "a");
-    for (const auto& [sName, oPath] : oFiles.Files()) AddFile(oArchive, sName, oPath, bStore);
+    vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
+    for (const Addition& o : aoAddition) Add(oArchive, o, bStore);
     oArchive.Close();
-    if (bNew) oBeside->Commit();
-    return oFiles.LeftOut() ? EXIT_NEGATIVE : EXIT_GOOD;
+    if (bNew) {
+        oNew->Commit();
+    } else if (!vok::sys::SyncFile(sArchive.c_str())) {
+        vok::Msg::FileWriteError(sArchive.c_str(), 0, 0, vok::sys::RuntimeError());
+    }
+    return iExit;
 }
 
 }  // namespace tools

@@ -193,7 +193,7 @@ TEST_F(Program, Archives) {
     EXPECT_EQ(OnDisk("to4/in") + OnDisk("to4/d/e/one"), OnDisk("d/e/one"));
     ToDisk("behind.zip", OnDisk("a.zip") + "PK\3\4 cut off");
     EXPECT_EQ(Run("zip test behind.zip").iExit, 1);
-    EXPECT_NE(LinesOnDisk("out").find("12 bytes behind the archive"), std::string::npos);
+    EXPECT_NE(LinesOnDisk("out").find("12 bytes stand behind the archive"), std::string::npos);
     EXPECT_EQ(Run("zip test in").iExit, 1) << "no archive";
     EXPECT_EQ(Run("zip test none.zip").iExit, 2);
     EXPECT_EQ(Run("zip test a.zip --limit inflated=150000").iExit, 0);
@@ -551,7 +551,7 @@ TEST_F(Failing_Program, CanBeKilled) {
                 ASSERT_TRUE(o.sOld.starts_with("PK") && sResult.starts_with(o.sOld));
                 EXPECT_EQ(Run("zip test x.zip").iExit, 1);
                 EXPECT_NE(OnDisk("out").find("one: good\n"), std::string::npos) << OnDisk("out");
-                EXPECT_NE(OnDisk("out").find(" behind the archive"), std::string::npos);
+                EXPECT_NE(OnDisk("out").find(" stand behind the archive"), std::string::npos);
                 EXPECT_EQ(Run("zip add x.zip two").iExit, 0);
                 EXPECT_EQ(Run("zip test x.zip").sOut, "one: good\ntwo: good\n");
             }
