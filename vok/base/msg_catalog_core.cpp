@@ -1,4 +1,8 @@
 // The catalog entries about assertions, integers, memory, languages and the program itself.
+#include <string_view>
+#include <utility>
+
+#include "vok/base/msg.h"
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"
 
@@ -8,7 +12,8 @@ void Msg_Catalog::ReallocationFromToFailed(u3_t uBlockAddress, u3_t uOldBytes, u
                                            u3_t uBytesInUse, u3_t uBlocksInUse) {
     Msg_Entry::Raise(
         {"reallocation of block %0 from %1 to %2 bytes failed, %3 bytes and %4 blocks in use",
-         "Vergrößern des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke in "
+         "Größenänderung des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke "
+         "in "
          "Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
@@ -95,7 +100,7 @@ void Msg_Catalog::MemoryAccessError(u3_t uBlockAddress, u3_t uBytes) {
 void Msg_Catalog::ReallocationFailed(u3_t uBlockAddress, u3_t uBytes, u3_t uBytesInUse,
                                      u3_t uBlocksInUse) {
     Msg_Entry::Raise({"reallocation of block %0 to %1 bytes failed, %2 bytes and %3 blocks in use",
-                      "Vergrößern des Blocks %0 auf %1 Bytes fehlgeschlagen, %2 Bytes und %3 "
+                      "Größenänderung des Blocks %0 auf %1 Bytes fehlgeschlagen, %2 Bytes und %3 "
                       "Blöcke in Gebrauch"},
                      {Msg_Arg::Address(uBlockAddress), uBytes, uBytesInUse, uBlocksInUse});
 }
@@ -237,7 +242,8 @@ void Msg_Catalog::UnexpectedErrorDuringReallocation(u3_t uBlockAddress, u3_t uOl
     Msg_Entry::Raise(
         {"unexpected error during reallocation of block %0 from size %1 to size %2, %3 bytes and "
          "%4 blocks in use",
-         "unerwarteter Fehler beim Vergrößern des Blocks %0 von Größe %1 auf Größe %2, %3 Bytes "
+         "unerwarteter Fehler bei der Größenänderung des Blocks %0 von Größe %1 auf Größe %2, %3 "
+         "Bytes "
          "und %4 Blöcke in Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
@@ -294,10 +300,36 @@ void Msg_Catalog::OutOfMemory() {
 
 // ---- own entries -----------------------------------------------------------
 
+namespace {
+
+// What the limits are called in German.
+const char* GermanLimit(const char* sLimit) noexcept {
+    constexpr std::pair<std::string_view, const char*> NAMES[] = {
+        {"nodes", "Knoten"},
+        {"depth", "Tiefe"},
+        {"skipped slots", "übersprungene Plätze"},
+        {"text bytes", "Bytes eines Textes"},
+        {"attributes", "Attribute"},
+        {"path steps", "Pfadschritte"},
+        {"inflated bytes", "entpackte Bytes"},
+        {"inflation ratio", "Verhältnis beim Entpacken"},
+        {"zip entries", "Einträge des Zip-Archivs"},
+        {"work for a byte", "Aufwand für ein Byte"},
+        {"memory for a byte", "Speicher für ein Byte"},
+    };
+    for (const auto& [sEnglish, sGerman] : NAMES) {
+        if (sEnglish == sLimit) return sGerman;
+    }
+    return sLimit;
+}
+
+}  // namespace
+
 void Msg_Catalog::LimitExceeded(const char* sLimit, u3_t uLimit, const char* sField) {
+    const bool bGerman = Msg::LanguageIndex() == Msg::GERMAN;
     Msg_Entry::Raise({"limit \"%0\" of %1 exceeded (raise %2)",
                       "Grenze \"%0\" von %1 überschritten (%2 erhöhen)"},
-                     {sLimit, uLimit, sField});
+                     {bGerman ? GermanLimit(sLimit) : sLimit, uLimit, sField});
 }
 
 }  // namespace vok

@@ -69,8 +69,9 @@ void Msg_Catalog::MissingCharInString(u2_t uChar) {
 }
 
 void Msg_Catalog::MissingCharInXmlStream(u2_t uChar) {
-    Msg_Entry::Raise({"missing char '%0' in XML stream", "fehlendes Zeichen '%0' in XML-Strom"},
-                     {Msg_Arg::Char(uChar)});
+    Msg_Entry::Raise(
+        {"missing char '%0' in XML stream", "fehlendes Zeichen '%0' in XML-Datenstrom"},
+        {Msg_Arg::Char(uChar)});
 }
 
 void Msg_Catalog::DataStructureNotInAccessMode() {
@@ -106,8 +107,8 @@ void Msg_Catalog::NodeHasNotSuccessorsNamed(const char* sName, u3_t uNth) {
 }
 
 void Msg_Catalog::NoXmlStream() {
-    Msg_Entry::Raise(
-        {"no XML stream or stream is corrupted", "kein XML-Strom, oder der Strom ist beschädigt"});
+    Msg_Entry::Raise({"no XML stream or stream is corrupted",
+                      "kein XML-Datenstrom, oder der Datenstrom ist beschädigt"});
 }
 
 void Msg_Catalog::NodeAlreadyExists() {
@@ -144,7 +145,7 @@ void Msg_Catalog::UnexpectedCharacter(u2_t uChar) {
 
 void Msg_Catalog::UnexpectedNonUtfSequenceFound() {
     Msg_Entry::Report({"unexpected non utf sequence found!",
-                       "unerwartete Zeichenfolge gefunden, die kein UTF ist!"});
+                       "unerwartete Bytefolge gefunden, die kein UTF ist!"});
 }
 
 void Msg_Catalog::UnknownCharacterCoding(const char* sCoding) {

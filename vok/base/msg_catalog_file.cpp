@@ -203,52 +203,53 @@ void Msg_Catalog::SourceDirectoryNotFound(const char* sDirectory) {
 }
 
 void Msg_Catalog::StreamNotOpenForRead() {
-    Msg_Entry::Raise({"stream not open for read", "Strom ist nicht zum Lesen geöffnet"});
+    Msg_Entry::Raise({"stream not open for read", "Datenstrom ist nicht zum Lesen geöffnet"});
 }
 
 void Msg_Catalog::StreamNotOpenForWrite() {
-    Msg_Entry::Raise({"stream not open for write", "Strom ist nicht zum Schreiben geöffnet"});
+    Msg_Entry::Raise({"stream not open for write", "Datenstrom ist nicht zum Schreiben geöffnet"});
 }
 
 void Msg_Catalog::UnexpectedSizeOfStreamPart(u3_t uExpected, u3_t uActual) {
-    Msg_Entry::Raise({"unexpected size of stream part: expected %0 but got %1",
-                      "unerwartete Größe eines Stromabschnitts: %0 erwartet, aber %1 erhalten"},
-                     {uExpected, uActual});
+    Msg_Entry::Raise(
+        {"unexpected size of stream part: expected %0 but got %1",
+         "unerwartete Größe eines Abschnitts des Datenstroms: %0 erwartet, aber %1 erhalten"},
+        {uExpected, uActual});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamWhileReading(const char* sName) {
     Msg_Entry::Raise({"Unexpected end of stream while reading from %0",
-                      "Unerwartetes Stromende beim Lesen von %0"},
+                      "Unerwartetes Ende des Datenstroms beim Lesen von %0"},
                      {sName});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamRemainingToRead(const char* sName, u3_t uBytes) {
     Msg_Entry::Raise({"Unexpected end of stream %0: %1 bytes remaining to read",
-                      "Unerwartetes Stromende in %0: noch %1 Bytes zu lesen"},
+                      "Unerwartetes Ende des Datenstroms in %0: noch %1 Bytes zu lesen"},
                      {sName, uBytes});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamAfter(u3_t uExpected, u3_t uActual) {
     Msg_Entry::Raise({"unexpected end of stream after %1 of %0 bytes",
-                      "unerwartetes Stromende nach %1 von %0 Bytes"},
+                      "unerwartetes Ende des Datenstroms nach %1 von %0 Bytes"},
                      {uExpected, uActual});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamWhileWriting(const char* sName) {
     Msg_Entry::Raise({"Unexpected end of stream while writing to %0",
-                      "Unerwartetes Stromende beim Schreiben nach %0"},
+                      "Unerwartetes Ende des Datenstroms beim Schreiben nach %0"},
                      {sName});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamRemainingToWrite(const char* sName, u3_t uBytes) {
     Msg_Entry::Raise({"Unexpected end of stream %0: %1 bytes remaining to write",
-                      "Unerwartetes Stromende in %0: noch %1 Bytes zu schreiben"},
+                      "Unerwartetes Ende des Datenstroms in %0: noch %1 Bytes zu schreiben"},
                      {sName, uBytes});
 }
 
 void Msg_Catalog::UnexpectedStreamWriteError(u3_t uExpected, u3_t uActual) {
     Msg_Entry::Raise({"unexpected stream write error after %1 of %0 bytes",
-                      "unerwarteter Fehler beim Schreiben des Stroms nach %1 von %0 Bytes"},
+                      "unerwarteter Fehler beim Schreiben des Datenstroms nach %1 von %0 Bytes"},
                      {uExpected, uActual});
 }
 
@@ -285,13 +286,13 @@ void Msg_Catalog::FileHasTimeStampInFuture(const char* sName, const char* sTime)
 void Msg_Catalog::UnexpectedCodingInStream(const char* sName, const char* sExpected,
                                            const char* sActual) {
     Msg_Entry::Raise({"unexpected coding in stream %0: expected %1 but got %2",
-                      "unerwartete Kodierung in Strom %0: %1 erwartet, aber %2 gefunden"},
+                      "unerwartete Kodierung in Datenstrom %0: %1 erwartet, aber %2 gefunden"},
                      {sName, sExpected, sActual});
 }
 
 void Msg_Catalog::UnknownOrCorruptedStreamFormat() {
-    Msg_Entry::Raise(
-        {"unknown or corrupted stream format", "unbekanntes oder beschädigtes Stromformat"});
+    Msg_Entry::Raise({"unknown or corrupted stream format",
+                      "unbekanntes oder beschädigtes Format des Datenstroms"});
 }
 
 void Msg_Catalog::ErrorWritingToNamedPipe(const char* sName, u2_t uSystemError) {

@@ -126,7 +126,7 @@ void Msg_Catalog::KeyAlreadyExists(const char* sKey) {
 
 void Msg_Catalog::MatchTruncated() {
     Msg_Entry::Report({"WARNING: Match truncated due to too many posibilities",
-                       "WARNUNG: Vergleich wegen zu vieler Möglichkeiten abgebrochen"});
+                       "WARNUNG: Vergleich wegen zu vieler Möglichkeiten gekürzt"});
 }
 
 void Msg_Catalog::MissingColumn(const char* sTable, const char* sColumn) {
