@@ -30,6 +30,24 @@ TEST(Str, AppendsItself) {
     EXPECT_STREQ(oBefore.CStr(), "ab");
 }
 
+// A block with room to spare, which the other owner must not see filled.
+TEST(Str, CopiesAreTheirOwn) {
+    const std::string_view sText(std::string_view("0123456789"));
+    for (const std::string sMore : {"x", "\xE4", ""}) {
+        Str oText;
+        while (oText.Len() < 100) oText.Add(sText);
+        Str oCopy = oText;
+        oCopy.Add(sMore.c_str());
+        oText.Add("y");
+        EXPECT_EQ(oCopy.Len(), 100 + (sMore.empty() ? 0 : sMore == "x" ? 1u : 2u));
+        EXPECT_EQ(oText.View().substr(99), "9y");
+        Str oShared;
+        oShared.Add(oText);
+        oText.Clear();
+        EXPECT_EQ(oShared.View().substr(99), "9y");
+    }
+}
+
 TEST(Str, Utf16) {
     const struct {
         std::u16string sIn;
