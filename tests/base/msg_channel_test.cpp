@@ -336,6 +336,24 @@ TEST(MsgLog, ChildrenOfAForkGoOn) {
                     },
                     nullptr});
     Msg::OpenFiles(1, 1);
+    // While another is in the middle of a log write, which the child has nobody to end for.
+    static std::atomic<bool> s_bEnd{false};
+    g_iInSink = 0;
+    Msg::SetDebugSink([](const char*) {
+        for (++g_iInSink; !s_bEnd;) std::this_thread::yield();
+    });
+    std::thread oOther([] { Msg::Log("x", 0); });
+    WaitFor(1);
+    Msg::SetWriter({[](const char*, std::size_t) {
+                        EndsWell([] {
+                            (void)Msg::LogFile();
+                            std::_Exit(0);
+                        });
+                    },
+                    nullptr});
+    Msg::OpenFiles(1, 1);
+    s_bEnd = true;
+    oOther.join();
 }
 
 TEST(MsgThreads, EveryMessageArrivesWhole) {

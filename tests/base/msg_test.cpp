@@ -126,6 +126,9 @@ TEST(Msg, SystemErrorsFollowTheMessage) {
         {[](const char*, std::size_t) { sys::SetLastError(0); }, [] { sys::SetLastError(0); }});
     EXPECT_TRUE(Text(Msg::NO_SYSTEM_ERROR_CODE, 2).starts_with("Function f failed: 2 :"));
     EXPECT_EQ(sys::LastError(), 2u);
+    Msg::SetDebugSink([](const char*) { sys::SetLastError(0); });
+    EXPECT_TRUE(Text(Msg::NO_SYSTEM_ERROR_CODE, 2).starts_with("Function f failed: 2 :"));
+    EXPECT_EQ(sys::LastError(), 2u);
     Msg::SetBanner(false);
     // The system's own numbers are translated to those the texts go by.
     EXPECT_EQ(Text(ENAMETOOLONG, 0), "Function f failed: errno=ENAMETOOLONG\n");

@@ -233,8 +233,10 @@ TEST(Serializer, Files) {
               "Failed to write data to file");
     // Closing is when a short document meets a full disk.
     if (vok::File::Size("/dev/full") >= 0) {
+        const auto pSleep = vok::File::SetSleep([](unsigned) {});
         EXPECT_EQ(Failure([&] { Serializer().WriteToFile(oHost, "/dev/full"); }),
                   "Failed to write data to file");
+        vok::File::SetSleep(pSleep);
     }
     oHost.oWrite = [](Node& node) { node.Dispose(); };
     EXPECT_EQ(Failure([&] { Serializer().WriteToFile(oHost, "x"); }), "Invalid vok::Data");
