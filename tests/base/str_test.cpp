@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vok/base/hash.h"
@@ -32,14 +33,14 @@ TEST(Str, AppendsItself) {
 
 // A block with room to spare, which the other owner must not see filled.
 TEST(Str, CopiesAreTheirOwn) {
-    const std::string_view sText(std::string_view("0123456789"));
-    for (const std::string sMore : {"x", "\xE4", ""}) {
+    const std::string_view sText = "0123456789";
+    for (const auto& [sMore, sAdded] : {std::pair("x", "x"), {"\xE4", "ä"}, {"", ""}}) {
         Str oText;
         while (oText.Len() < 100) oText.Add(sText);
         Str oCopy = oText;
-        oCopy.Add(sMore.c_str());
+        oCopy.Add(sMore);
         oText.Add("y");
-        EXPECT_EQ(oCopy.Len(), 100 + (sMore.empty() ? 0 : sMore == "x" ? 1u : 2u));
+        EXPECT_EQ(oCopy.View().substr(99), std::string("9") + sAdded);
         EXPECT_EQ(oText.View().substr(99), "9y");
         Str oShared;
         oShared.Add(oText);
