@@ -48,8 +48,9 @@ Msg_Arg::Msg_Arg(Kind eKind, u3_t uValue) noexcept : m_sText(m_sBuf) {
 
 void Msg_Entry::Raise(const Msg_Text& oText, const Args& oArgs, u2_t uSystemError) {
     Emit(Msg::MODE_RAISE, oText, oArgs, uSystemError);
-    // Not reached, which the compiler cannot know. A throw of the result would do as well, but claim
-    // room for it first, and when memory is short leave the runtime's little reserve in pieces.
+    // Not reached, which the compiler cannot know. A throw of the result would do as well, but
+    // claim room for it first, and when memory is short leave the runtime's little reserve in
+    // pieces.
     std::terminate();
 }
 
