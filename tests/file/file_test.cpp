@@ -429,6 +429,15 @@ TEST_F(File_Test, AppendersTakeTurns) {
         }
         EXPECT_EQ(OnDisk("log"), "01232") << sAttributes;
     }
+    std::filesystem::remove("log");
+    File oFirst("log", "asz"), oSecond("log", "asz");
+    for (File* p : {&oFirst, &oSecond}) {
+        p->Write(p == &oFirst ? "1" : "2");
+        p->Close();
+    }
+    Arr<char> oArr;
+    File("log", "rz").Read(oArr, File::ALL);
+    EXPECT_EQ(Content(oArr), "12");
 }
 
 TEST_F(File_Test, Pipes) {
