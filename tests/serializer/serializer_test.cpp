@@ -157,8 +157,8 @@ TEST(Serializer, OutOfMemory) {
         node.AddSubnode("a").AddValue(u"text", u"\u00E4 text that is longer than a short one");
     };
     const Bytes oGood = Write(oFill);
+    unsigned uFailures = 0;
     const auto oSweep = [&](const std::string& sFailed, const std::function<void()>& oBody) {
-        unsigned uFailures = 0;
         bool bRefused = true;
         for (unsigned uNth = 1; bRefused; ++uNth) {
             const vok::u3_t uBlocks = vok::Mem::BlocksInUse();
@@ -171,7 +171,6 @@ TEST(Serializer, OutOfMemory) {
             ASSERT_TRUE(sFailure.empty() || (bRefused && sFailure == sFailed)) << sFailure;
             uFailures += sFailure.empty() ? 0 : 1;
         }
-        EXPECT_GE(uFailures, 1u);
     };
     oSweep("Failed to write data to buffer", [&] { EXPECT_EQ(Write([](Node&) {}).size(), 46u); });
     oSweep(g_sReadFailed, [&] { Read(oGood, [](Node&) {}); });
@@ -183,6 +182,7 @@ TEST(Serializer, OutOfMemory) {
     String sValue;
     node.TryGetValue("x", sValue);  // orders the successors
     oSweep("Failed to get Node String value", [&] { node.TryGetValue("x", sValue); });
+    EXPECT_GT(uFailures, 20u);
     EXPECT_EQ(Write(oFill), oGood);
 }
 
