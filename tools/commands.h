@@ -23,6 +23,7 @@ struct ConvertOptions {
     std::string sVersion = "1.3.0";
     bool bCompress = false;
     bool bZip = false;
+    bool bLossless = false;
 };
 int Convert(const ConvertOptions& o);
 

@@ -1,7 +1,12 @@
 // vok diff: where two trees differ.
 #include "vok/data/diff.h"
+
+#include <cstdio>
+#include <cstring>
+
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 #include "tools/text.h"
 
 namespace tools {
@@ -34,8 +39,16 @@ int Diff(const DiffOptions& o) {
     const Input oB = Load(o.sB);
     if (o.bQuiet) return Data::Equal(oA.oTree, oB.oTree) ? EXIT_GOOD : EXIT_NEGATIVE;
     const Palette oPalette(WantsColour());
+    // Paths of a deep tree are long: all of them together might be its square.
+    const vok::u3_t uMost = (vok::u3_t{64} << 20) + 200 * (oA.uBytes + oB.uBytes);
+    vok::u3_t uPaths = 0;
     const auto oPrint = [&](const Data_Difference& oFound) {
-        Print(oPalette.sName + Escaped(oFound.m_sPath) + oPalette.sEnd + ' ' +
+        uPaths += std::strlen(oFound.m_sPath);
+        if (uPaths > uMost) {
+            std::fputs("vok: there are more differences: too deep to list them all\n", stderr);
+            return false;
+        }
+        Print(oPalette.sName + Escaped(Shortened(oFound.m_sPath)) + oPalette.sEnd + ' ' +
               Data_Difference::WhatName(oFound.m_eWhat) +
               (oFound.m_sAttribute != nullptr ? ' ' + Escaped(oFound.m_sAttribute) : "") + '\n');
         const std::string sA = SideText(oFound, oFound.m_oA);

@@ -1,6 +1,7 @@
 // vok get: the values at a path.
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
 

@@ -4,6 +4,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 #include "tools/text.h"
 #include "vok/data/walk.h"
 
@@ -35,26 +36,33 @@ struct Census {
     }
 };
 
+template <class... Args>
+void PrintF(const char* sFormat, Args... oArgs) {
+    char s[512];
+    const int iSize = std::snprintf(s, sizeof(s), sFormat, oArgs...);
+    Print({s, std::min(static_cast<std::size_t>(iSize), sizeof(s) - 1)});
+}
+
 }  // namespace
 
 int Info(const std::string& sFile) {
     const Input oIn = Load(sFile);
     const Census oCensus(oIn.oTree);
-    std::printf("format      %s%s%s\n", oIn.sFormat.c_str(), oIn.sWrapping.empty() ? "" : " in ",
-                oIn.sWrapping.c_str());
+    PrintF("format      %s%s%s\n", oIn.sFormat.c_str(), oIn.sWrapping.empty() ? "" : " in ",
+           oIn.sWrapping.c_str());
     const vok::Str oTag = oIn.oTree.GetUserTag();
-    if (!oTag.IsEmpty()) std::printf("version     %s\n", oTag.CStr());
-    std::printf("bytes       %llu\n", static_cast<unsigned long long>(oIn.uBytes));
-    std::printf("nodes       %zu\n", oCensus.uNodes);
-    std::printf("names       %zu\n", oCensus.oKeys.size());
-    std::printf("depth       %zu\n", oCensus.uDepth);
-    std::printf("attributes  %zu\n", oCensus.uAttributes);
-    std::printf("text bytes  %zu\n", oIn.oTree.TextBytes());
-    std::printf("heap bytes  %zu\n", oIn.oTree.HeapBytes());
-    std::printf("types\n");
+    if (!oTag.IsEmpty()) PrintF("version     %s\n", oTag.CStr());
+    PrintF("bytes       %llu\n", static_cast<unsigned long long>(oIn.uBytes));
+    PrintF("nodes       %zu\n", oCensus.uNodes);
+    PrintF("names       %zu\n", oCensus.oKeys.size());
+    PrintF("depth       %zu\n", oCensus.uDepth);
+    PrintF("attributes  %zu\n", oCensus.uAttributes);
+    PrintF("text bytes  %zu\n", oIn.oTree.TextBytes());
+    PrintF("heap bytes  %zu\n", oIn.oTree.HeapBytes());
+    PrintF("types\n");
     for (vok::u2_t u = 0; u < oCensus.auType.size(); ++u) {
         if (oCensus.auType[u] == 0) continue;
-        std::printf("  %-9s %zu\n", vok::Data_Node::TypeName(u), oCensus.auType[u]);
+        PrintF("  %-9s %zu\n", vok::Data_Node::TypeName(u), oCensus.auType[u]);
     }
     return EXIT_GOOD;
 }

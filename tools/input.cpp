@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "tools/limits.h"
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -47,19 +48,24 @@ void ReadFile(const std::string& sPath, Arr<char>& oBytes) {
 }
 
 // Inflates what the first bytes say is compressed.
-void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping) {
+void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
+            const vok::Limits& oLimits) {
     const std::string_view sBytes(oStored.Beg(), oStored.Size());
     if (sBytes.starts_with("PK")) {
         sWrapping = "zip";
         vok::Zip_Archive oArchive;
-        oArchive.Open(sBytes.data(), sBytes.size());
-        vok::Msg::Assert(oArchive.GetGlobalInfo().m_uEntries == 1, "oGlobalInfo.number_entry == 1");
+        oArchive.Open(sBytes.data(), sBytes.size(), oLimits);
+        const vok::u2_t uMembers = oArchive.GetGlobalInfo().m_uEntries;
+        if (uMembers != 1) {
+            throw std::invalid_argument("an archive of " + std::to_string(uMembers) +
+                                        " members: a document is the only one of its archive");
+        }
         oArchive.GoToFirstFile();
         oArchive.Uncompress(oPlain);
     } else if (sBytes.starts_with('x') || sBytes.starts_with("\x1f\x8b")) {
         sWrapping = sBytes[0] == 'x' ? "zlib" : "gzip";
         vok::Zip_Buf oBuf;
-        oBuf.Open(sBytes.data(), sBytes.size());
+        oBuf.Open(sBytes.data(), sBytes.size(), oLimits);
         oBuf.Read(oPlain, vok::File_Stream::ALL);
         oBuf.Close();
     }
@@ -84,28 +90,52 @@ std::string PlaceText(const vok::Load_Report& oReport) {
     return s.empty() ? s : s + ": ";
 }
 
-void LoadInto(Input& o, const std::string& sPath, const std::string& sFormat,
-              vok::Load_Report& oReport) {
-    Arr<char> oStored;
-    Arr<char> oPlain;
-    if (sPath == "-") {
-        ReadStandardInput(oStored);
-    } else {
-        ReadFile(sPath, oStored);
+// Whether bytes can be the beginning of XML: a "<" behind blanks and a byte-order mark, in any of
+// its codings.
+bool MayBeXml(std::string_view s) {
+    const std::size_t u =
+        s.find_first_not_of(std::string_view("\xEF\xBB\xBF\xFF\xFE \t\r\n\0", 10));
+    return u != std::string_view::npos && s[u] == '<';
+}
+
+// Behind the top element of XML there may be blanks, comments and instructions.
+std::string WhatIsBehind(std::string_view s, const std::string& sFormat) {
+    const std::size_t uBytes = s.size();
+    while (sFormat == "xml" && !s.empty()) {
+        const std::size_t uSkip = s.find_first_not_of(" \t\r\n");
+        if (uSkip == std::string_view::npos) return {};
+        s.remove_prefix(uSkip);
+        const bool bComment = s.starts_with("<!--");
+        if (!bComment && !s.starts_with("<?")) break;
+        const std::size_t uEnd = s.find(bComment ? "-->" : "?>", 2);
+        if (uEnd == std::string_view::npos) break;
+        s.remove_prefix(uEnd + (bComment ? 3 : 2));
     }
-    o.uBytes = oStored.Size();
-    Progress oProgress("loading");
-    Unwrap(oStored, oPlain, o.sWrapping);
-    const Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
+    if (s.empty()) return {};
+    return std::to_string(uBytes) + (uBytes == 1 ? " byte" : " bytes") + " behind the document";
+}
+
+void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
+           const vok::Limits& oLimits) {
     vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
     o.sFormat = sFormat.empty() ? FormatOf(oIn) : sFormat;
     if (o.sFormat == "dump") {
-        o.oTree.Load(oIn, {}, &oReport);
+        o.oTree.Load(oIn, oLimits, &o.oReport);
     } else if (o.sFormat == "dgraph") {
-        vok::Dgraph_LoadDGraph(o.oTree, oIn, {}, &oReport);
+        vok::Dgraph_LoadDGraph(o.oTree, oIn, oLimits, &o.oReport);
     } else {
-        o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, {}, &oReport);
+        if (sFormat.empty() && !MayBeXml({oBytes.Beg(), oBytes.Size()})) {
+            throw std::invalid_argument("not a document this program knows");
+        }
+        o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);
     }
+    o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, o.sFormat);
+}
+
+// There is no other mark of it: the text is the library's own, in English.
+bool IsNoMemory(std::string_view sMessage) {
+    return sMessage.starts_with("allocation of") || sMessage.starts_with("reallocation of") ||
+           sMessage.starts_with("unexpected error during reallocation");
 }
 
 }  // namespace
@@ -123,11 +153,29 @@ vok::Data_NodeSet Input::Find(const std::string& sPath) const {
 
 Input Load(const std::string& sPath, const std::string& sFormat) {
     Input o;
-    vok::Load_Report oReport;
+    Arr<char> oStored;
     try {
-        LoadInto(o, sPath, sFormat, oReport);
-    } catch (const vok::Msg_Exception& oError) {
-        throw InputError(sPath + ": " + PlaceText(oReport) + Line(oError.what()));
+        if (sPath == "-") {
+            ReadStandardInput(oStored);
+        } else {
+            ReadFile(sPath, oStored);
+        }
+    } catch (const std::exception& oError) {
+        throw InputError(sPath + ": " + Line(oError.what()), true);
+    }
+    try {
+        o.uBytes = oStored.Size();
+        Progress oProgress("loading");
+        vok::Limits oLimits = TheLimits();
+        Arr<char> oPlain;
+        Unwrap(oStored, oPlain, o.sWrapping, oLimits);
+        if (!o.sWrapping.empty()) oLimits.m_uInputBytes = oStored.Size();
+        Parse(o, o.sWrapping.empty() ? oStored : oPlain, sFormat, oLimits);
+    } catch (const std::exception& oError) {
+        const std::string sWhat = Line(oError.what());
+        const bool bTrouble =
+            IsNoMemory(sWhat) || dynamic_cast<const std::bad_alloc*>(&oError) != nullptr;
+        throw InputError(sPath + ": " + PlaceText(o.oReport) + InOptions(sWhat), bTrouble);
     }
     return o;
 }

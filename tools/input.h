@@ -15,6 +15,8 @@ struct Input {
     std::string sFormat;    // "xml", "dgraph", "dump"
     std::string sWrapping;  // "", "zlib", "gzip", "zip"
     vok::u3_t uBytes = 0;   // as stored
+    vok::Load_Report oReport;
+    std::string sBehind;  // why what stands behind the document does not belong to it; mostly empty
 
     // The nodes at a path. Where there are none, standard error says so.
     [[nodiscard]] vok::Data_NodeSet Find(const std::string& sPath) const;
@@ -23,7 +25,10 @@ struct Input {
 // A file that could not be loaded, and where in it:
 //     tree.xml: byte 17, line 2, column 5, at /a[0]: no XML stream or stream is corrupted
 struct InputError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    InputError(const std::string& sWhat, bool bTrouble)
+        : std::runtime_error(sWhat), m_bTrouble(bTrouble) {}
+    // Whether it is not the file's fault: it could not be read, or there was not enough memory.
+    bool m_bTrouble;
 };
 
 // Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content

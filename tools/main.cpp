@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/commands.h"
+#include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -37,6 +38,10 @@ void AddConvert(CLI::App& oApp) {
         ->capture_default_str();
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
     p->add_flag("--zip", o->bZip, "Write a zip archive with one member")->excludes(pCompress);
+    p->add_flag("--lossless", o->bLossless, "Write nothing if OUT would not keep all of IN");
+    p->footer(
+        "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
+        "standard error, a line for each kind of loss.");
     p->callback([o] { g_iExit = Convert(*o); });
 }
 
@@ -74,7 +79,10 @@ void AddFileCommands(CLI::App& oApp) {
     auto* pCheck = oApp.add_subcommand("check", "Load files and report the first fault of each");
     auto asFile = std::make_shared<std::vector<std::string>>();
     pCheck->add_option("FILE", *asFile, "Files to read, - for standard input")->required();
-    pCheck->footer("Exit status 1 when one of them is faulty.");
+    pCheck->footer(
+        "A file is faulty also when it was cut short, or when bytes stand behind its document. "
+        "Exit\n"
+        "status 1 when one of them is faulty, 2 when one could not be read.");
     pCheck->callback([asFile] { g_iExit = Check(*asFile); });
 
     auto* pDiff = oApp.add_subcommand("diff", "Compare two trees, whatever form they are in");
@@ -120,13 +128,23 @@ void AddZip(CLI::App& oApp) {
 int main(int argc, char** argv) {
     vok::Msg::SetBanner(false);
     vok::sys::PrepareConsole();
-    HandleInterrupts();
+    HandleSignals();
     CLI::App oApp("Shows, checks and converts object trees in XML and DGraph files.", "vok");
     oApp.require_subcommand(1);
     oApp.allow_windows_style_options(false);  // paths in trees begin with "/"
     oApp.set_version_flag("--version", std::to_string(vok::VERSION_MAJOR) + '.' +
                                            std::to_string(vok::VERSION_MINOR) + '.' +
                                            std::to_string(vok::VERSION_BUILD));
+    std::vector<std::string> asLimit;
+    oApp.add_option(
+            "--limit", asLimit,
+            "Raise a limit on what input may cost, NAME=NUMBER or NAME=none; with NAME one of " +
+                LimitNames())
+        ->take_last()
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
+        ->each(SetLimit);
+    oApp.fallthrough();
     oApp.footer(
         "Files may be XML, DGraph documents or native dumps, as they are, compressed (zlib, gzip)\n"
         "or in a zip archive of one member.\n"
@@ -142,12 +160,12 @@ int main(int argc, char** argv) {
         std::reverse(asWord.begin(), asWord.end());
         if (!asWord.empty()) asWord.pop_back();
         oApp.parse(asWord);
+        FinishPrinting();
     } catch (const CLI::ParseError& oError) {
         return oApp.exit(oError) == 0 ? EXIT_GOOD : EXIT_TROUBLE;
     } catch (const std::exception& oError) {
-        std::fprintf(stderr, "vok: %s\n", Line(oError.what()).c_str());
+        std::fprintf(stderr, "vok: %s\n", InOptions(Line(oError.what())).c_str());
         return EXIT_TROUBLE;
     }
-    if (std::fflush(stdout) != 0) return EXIT_TROUBLE;
     return g_iExit;
 }

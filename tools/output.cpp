@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 
 #include "tools/path.h"
 #include "vok/base/msg.h"
@@ -13,27 +14,84 @@ namespace tools {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 // The file to be removed when the program is interrupted; null when there is none.
 std::atomic<const char*> g_sHalfWritten{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
-extern "C" void OnInterrupt(int) {
+// The file to be cut back then, and its old size.
+std::atomic<const char*> g_sAppended{nullptr};
+std::atomic<vok::i3_t> g_iOldSize{0};
+
+extern "C" void OnSignal(int iSignal) {
     if (const char* sPath = g_sHalfWritten.load()) vok::sys::RemoveOnInterrupt(sPath);
-    std::_Exit(130);
+    if (const char* sPath = g_sAppended.load()) {
+        (void)vok::sys::TruncateFile(sPath, g_iOldSize.load());
+    }
+    std::_Exit(128 + iSignal);
+}
+
+// Where links lead to, also to a file that is not there yet.
+fs::path Followed(const fs::path& oPath) {
+    fs::path oHere = oPath;
+    for (int iLinks = 0; iLinks < 40 && fs::is_symlink(fs::symlink_status(oHere)); ++iLinks) {
+        const fs::path oTarget = fs::read_symlink(oHere);
+        oHere = oTarget.is_absolute() ? oTarget : oHere.parent_path() / oTarget;
+    }
+    return oHere;
 }
 
 }  // namespace
 
-void HandleInterrupts() {
-    std::signal(SIGINT, OnInterrupt);
-    std::signal(SIGTERM, OnInterrupt);
+void HandleSignals() {
+    for (const int iSignal : vok::sys::EndingSignals()) std::signal(iSignal, OnSignal);
+    vok::sys::IgnoreFileSizeSignal();
 }
 
 Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     if (sPath == "-") return;
-    m_sBeside = sPath + '.' + std::to_string(vok::sys::ProcessId()) + ".part";
+    const fs::path oPath = Followed(ToPath(sPath));
+    const fs::path oFolder = oPath.parent_path();
+    if (!oFolder.empty() && !fs::is_directory(oFolder)) {
+        throw std::invalid_argument("there is no folder \"" + ToText(oFolder) + "\"");
+    }
+    m_sPath = ToText(oPath);
+    const fs::file_status oThere = fs::status(oPath);
+    if (fs::is_directory(oThere)) throw std::invalid_argument("\"" + sPath + "\" is a folder");
+    if (fs::exists(oThere) && !vok::sys::MayWrite(m_sPath.c_str())) {
+        throw std::invalid_argument("\"" + sPath + "\" may not be written");
+    }
+    if (fs::exists(oThere) && !fs::is_regular_file(oThere)) {
+        if (!bOpen) throw std::invalid_argument("\"" + sPath + "\" is no regular file");
+        m_oFile.Open(vok::Str(m_sPath), "Tws");
+        return;
+    }
+    MakeBeside();
+    try {
+        if (bOpen) m_oFile.Open(vok::Str(m_sBeside), "Tw");
+    } catch (...) {
+        std::error_code oIgnored;
+        fs::remove(ToPath(m_sBeside), oIgnored);
+        g_sHalfWritten.store(nullptr);
+        throw;
+    }
+}
+
+// A new file under a short name that nobody else has.
+void Output::MakeBeside() {
+    static unsigned s_uNames = 0;
+    for (;;) {
+        const fs::path oName = ToPath(".vok-" + std::to_string(vok::sys::ProcessId()) + '-' +
+                                      std::to_string(s_uNames++));
+        m_sBeside = ToText(ToPath(m_sPath).parent_path() / oName);
+        if (vok::sys::CreateNew(m_sBeside.c_str())) break;
+        const vok::u2_t uError = vok::sys::RuntimeError();
+        if (fs::exists(fs::symlink_status(ToPath(m_sBeside)))) continue;
+        m_sBeside.clear();
+        vok::Msg::CouldNotOpenFile(m_sPath.c_str(), "w", vok::File::OpenFiles(), uError);
+    }
     g_sHalfWritten.store(m_sBeside.c_str());
-    if (bOpen) m_oFile.Open(vok::Str(m_sBeside), "Tw");
 }
 
 Output::~Output() {
@@ -44,7 +102,7 @@ Output::~Output() {
         // The file goes away anyhow.
     }
     std::error_code oIgnored;
-    std::filesystem::remove(ToPath(m_sBeside), oIgnored);
+    fs::remove(ToPath(m_sBeside), oIgnored);
     g_sHalfWritten.store(nullptr);
 }
 
@@ -55,17 +113,48 @@ vok::File_Stream& Output::Stream() noexcept {
 void Output::Commit() {
     if (m_sPath == "-") {
         vok::sys::SetBinary(stdout);
-        const std::size_t uSize = m_oBuffer.Size();
-        const std::size_t uWritten = std::fwrite(m_oBuffer.Data(), 1, uSize, stdout);
-        if (uWritten != uSize || std::fflush(stdout) != 0) {
-            vok::Msg::FileWriteError("-", uSize - uWritten, 0, vok::sys::RuntimeError());
-        }
-        return;
+        Print({m_oBuffer.Data(), m_oBuffer.Size()});
+        return FinishPrinting();
     }
     m_oFile.Close();
-    std::filesystem::rename(ToPath(m_sBeside), ToPath(m_sPath));
+    if (m_sBeside.empty()) return;
+    vok::sys::CopyMode(m_sPath.c_str(), m_sBeside.c_str());
+    // On the disk before it takes the place of what was there, and its new name after that.
+    if (!vok::sys::SyncFile(m_sBeside.c_str())) {
+        vok::Msg::FileWriteError(m_sPath.c_str(), 0, 0, vok::sys::RuntimeError());
+    }
+    fs::rename(ToPath(m_sBeside), ToPath(m_sPath));
     g_sHalfWritten.store(nullptr);
     m_sBeside.clear();
+    (void)vok::sys::SyncFile(ToText(ToPath(m_sPath).parent_path()).c_str());
+}
+
+Appended::Appended(const std::string& sPath) : m_sPath(sPath) {
+    g_iOldSize.store(static_cast<vok::i3_t>(fs::file_size(ToPath(sPath))));
+    g_sAppended.store(m_sPath.c_str());
+}
+
+Appended::~Appended() {
+    g_sAppended.store(nullptr);
+}
+
+// ---- standard output --------------------------------------------------------
+
+namespace {
+
+[[noreturn]] void RaiseUnprinted(std::size_t uBytes) {
+    vok::Msg::FileWriteError("standard output", uBytes, 0, vok::sys::RuntimeError());
+}
+
+}  // namespace
+
+void Print(std::string_view s) {
+    const std::size_t uWritten = s.empty() ? 0 : std::fwrite(s.data(), 1, s.size(), stdout);
+    if (uWritten != s.size()) RaiseUnprinted(s.size() - uWritten);
+}
+
+void FinishPrinting() {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) RaiseUnprinted(0);
 }
 
 }  // namespace tools

@@ -1,6 +1,7 @@
 // vok show: a tree as indented lines.
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"

@@ -92,6 +92,16 @@ void WriteTree(Writer& oOut, const Data& oFrom, std::optional<unsigned> uMostDep
     }
 }
 
+bool IsDeep(const vok::Data_NodeSet& oFound) {
+    constexpr std::size_t DEEP = 100;
+    for (std::size_t u = 0; u < oFound.Size(); ++u) {
+        for (vok::Data_Walk o(oFound.GetNth(u)); o.Next();) {
+            if (o.GetDepth() > DEEP) return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 int ShowJson(const ShowOptions& o) {
@@ -100,7 +110,8 @@ int ShowJson(const ShowOptions& o) {
     char sBuffer[65536];
     rapidjson::FileWriteStream oStream(stdout, sBuffer, sizeof(sBuffer));
     Writer oOut(oStream);
-    oOut.SetIndent(' ', 1);
+    // Lines of a deep tree would be longer than all that is in them.
+    oOut.SetIndent(' ', IsDeep(oFound) ? 0 : 1);
     oOut.StartArray();
     for (std::size_t u = 0; u < oFound.Size(); ++u) WriteTree(oOut, oFound.GetNth(u), o.uDepth);
     oOut.EndArray();

@@ -6,6 +6,7 @@
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
+#include "vok/base/utf8.h"
 #include "vok/sys/sys.h"
 
 namespace tools {
@@ -54,25 +55,59 @@ std::string Line(std::string_view sMessage) {
     return std::string(sMessage.substr(0, sMessage.find_last_not_of('\n') + 1));
 }
 
+namespace {
+
+// Characters that are not shown as they are: control characters of every plane (Cc), those that
+// change the direction of writing or cannot be seen (Cf), line and paragraph separators.
+[[nodiscard]] bool IsHidden(vok::u2_t uCode) noexcept {
+    struct Range {
+        vok::u2_t uFirst, uLast;
+    };
+    constexpr Range RANGES[] = {
+        {0x00, 0x1F},     {0x7F, 0x9F},     {0xAD, 0xAD},       {0x61C, 0x61C},
+        {0x180E, 0x180E}, {0x200B, 0x200F}, {0x2028, 0x202E},   {0x2060, 0x206F},
+        {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF},
+    };
+    for (const Range& o : RANGES) {
+        if (uCode >= o.uFirst && uCode <= o.uLast) return true;
+    }
+    return false;
+}
+
+void AddHex(std::string& sOut, char cKind, unsigned uDigits, vok::u2_t uCode) {
+    constexpr char DIGITS[] = "0123456789ABCDEF";
+    sOut += '\\';
+    sOut += cKind;
+    while (uDigits-- > 0) sOut += DIGITS[uCode >> 4 * uDigits & 15];
+}
+
+}  // namespace
+
 std::string Escaped(std::string_view sText) {
     std::string sOut;
     sOut.reserve(sText.size());
-    for (const char c : sText) {
-        const auto uByte = static_cast<unsigned char>(c);
-        switch (c) {
-            case '\\': sOut += "\\\\"; break;
-            case '\n': sOut += "\\n"; break;
-            case '\r': sOut += "\\r"; break;
-            case '\t': sOut += "\\t"; break;
-            default:
-                if (uByte >= 0x20 && uByte != 0x7F) {
-                    sOut += c;
-                } else {
-                    constexpr char DIGITS[] = "0123456789ABCDEF";
-                    sOut += "\\x";
-                    sOut += DIGITS[uByte >> 4];
-                    sOut += DIGITS[uByte & 15];
-                }
+    const char* p = sText.data();
+    const char* const pEnd = p + sText.size();
+    while (p != pEnd) {
+        const auto uByte = static_cast<unsigned char>(*p);
+        const unsigned uLength = vok::Utf8SequenceLength(p, static_cast<std::size_t>(pEnd - p));
+        const char* const pFrom = p;
+        const vok::u2_t uCode = uLength > 1 ? vok::DecodeUtf8(p, pEnd) : uByte;
+        p = pFrom + (uLength > 1 ? uLength : 1);
+        switch (uCode) {
+            case '\\': sOut += "\\\\"; continue;
+            case '\n': sOut += "\\n"; continue;
+            case '\r': sOut += "\\r"; continue;
+            case '\t': sOut += "\\t"; continue;
+            default: break;
+        }
+        const bool bByte = uByte >= 0x80 && uLength <= 1;
+        if (bByte || (uCode < 0x80 && IsHidden(uCode))) {
+            AddHex(sOut, 'x', 2, uByte);
+        } else if (IsHidden(uCode)) {
+            AddHex(sOut, uCode < 0x10000 ? 'u' : 'U', uCode < 0x10000 ? 4 : 8, uCode);
+        } else {
+            sOut.append(pFrom, p);
         }
     }
     return sOut;
@@ -87,6 +122,11 @@ std::string Shortened(std::string_view sPath) {
     std::size_t uLast = sPath.size() - HALF;
     while (uLast != sPath.size() && oIsInside(uLast)) ++uLast;
     return std::string(sPath.substr(0, uFirst)) + " ... " + std::string(sPath.substr(uLast));
+}
+
+std::string BehindText(vok::u3_t uBytes) {
+    return std::to_string(uBytes) +
+           " bytes stand behind the archive, maybe of an append that was interrupted";
 }
 
 Palette::Palette(bool bColoured) noexcept {

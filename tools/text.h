@@ -17,12 +17,17 @@ std::string ValueText(const vok::Data& oNode);
 // A message of the library without its line break.
 std::string Line(std::string_view sMessage);
 
-// With backslashes, line breaks and other control characters as \\, \n, \r, \t, \xHH.
+// With backslashes and line breaks as \\, \n, \r, \t; bytes that are no UTF-8, and characters that
+// could make a terminal do or show something else - control characters, directions of writing, tags
+// that nobody sees - as \xHH, \uHHHH, \UHHHHHHHH.
 std::string Escaped(std::string_view sText);
 
 // The first and the last bytes of a path that is too long to be read: "/a[0]/b[0 ... ]/c[0]". At
 // most 400 of them, and no half characters.
 std::string Shortened(std::string_view sPath);
+
+// What to say of bytes behind an archive.
+std::string BehindText(vok::u3_t uBytes);
 
 // Colours of a terminal, empty where there is none or NO_COLOR is set.
 struct Palette {
@@ -34,10 +39,6 @@ struct Palette {
     const char* sEnd = "";
 };
 [[nodiscard]] bool WantsColour() noexcept;
-
-inline void Print(std::string_view s) {
-    std::fwrite(s.data(), 1, s.size(), stdout);
-}
 
 }  // namespace tools
 

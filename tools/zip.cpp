@@ -1,12 +1,12 @@
-// vok zip: archives.
-#include <algorithm>
+// vok zip list, test, extract: what is in archives.
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <optional>
-#include <stdexcept>
+#include <set>
+#include <string_view>
 
 #include "tools/commands.h"
+#include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
@@ -37,81 +37,107 @@ void ForEach(vok::Zip_Archive& oArchive,
     }
 }
 
-// Reads a stream to its end.
-template <class Take>
-void ForEachPiece(vok::File_Stream& oIn, const Take& oTake) {
-    vok::Arr<char> oPiece;
-    oPiece.Resize(256 * 1024);
-    while (const std::size_t uRead = oIn.Read(oPiece.Beg(), oPiece.Size(), true)) {
-        oTake(oPiece.Beg(), uRead);
-    }
-}
-
-// Reads the current member.
+// Reads the current member to its end.
 template <class Take>
 void ReadMember(vok::Zip_Archive& oArchive, const Take& oTake) {
     oArchive.OpenCurrentFile();
-    ForEachPiece(oArchive, oTake);
+    vok::Arr<char> oPiece;
+    oPiece.Resize(256 * 1024);
+    while (const std::size_t uRead = oArchive.Read(oPiece.Beg(), oPiece.Size(), true)) {
+        oTake(oPiece.Beg(), uRead);
+    }
     oArchive.CloseCurrentFile();
 }
 
-// Files, and folders with all that is in them; never the archive itself.
-std::vector<fs::path> FilesToAdd(const std::string& sArchive,
-                                 const std::vector<std::string>& asFile) {
-    std::vector<fs::path> aoPath;
-    for (const std::string& sFile : asFile) {
-        const fs::path oFile = ToPath(sFile);
-        if (!fs::exists(oFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
-        aoPath.push_back(oFile);
-        if (!fs::is_directory(oFile)) continue;
-        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) {
-            aoPath.push_back(oEntry.path());
+// Says on standard error what is wrong with a member.
+void Complain(std::string_view sName, const std::string& sWhat) {
+    std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), sWhat.c_str());
+}
+
+// Why a member must not become a file of that folder, with links that are there already; empty when
+// it may.
+std::string WhyOutside(const vok::Zip_FileInfo& oInfo, const fs::path& oFolder) {
+    if (!vok::Zip_IsSafeMember(oInfo)) return "would leave the folder: not extracted";
+    fs::path oAbove = oFolder;
+    for (const fs::path& oPart : ToPath(oInfo.m_oName.CStr())) {
+        oAbove /= oPart;
+        if (vok::sys::IsLink(ToText(oAbove).c_str())) {
+            return "would follow a link out of the folder: not extracted";
         }
     }
-    const fs::path oArchive = ToPath(sArchive);
-    std::erase_if(aoPath, [&](const fs::path& oPath) {
-        return fs::exists(oArchive) && fs::exists(oPath) && fs::equivalent(oPath, oArchive);
-    });
-    return aoPath;
+    return {};
 }
 
-void AddFile(vok::Zip_Archive& oArchive, const fs::path& oPath, bool bStore) {
-    const bool bFolder = fs::is_directory(oPath);
-    if (!bFolder && !fs::is_regular_file(oPath)) return;
-    std::string sName = ToText(oPath.lexically_normal().relative_path());
-    while (sName.starts_with("../")) sName.erase(0, 3);
-    if (bFolder && !sName.ends_with('/')) sName += '/';
-    if (!vok::Zip_IsSafeName(sName)) return;  // "." and the like
-    vok::Zip_NewInfo oInfo;
-    const auto oTime = std::chrono::file_clock::to_sys(fs::last_write_time(oPath));
-    oInfo.m_uDosDate =
-        vok::Zip_DosDate(std::chrono::duration<double>(oTime.time_since_epoch()).count());
-    oArchive.OpenNewFile(vok::Str(sName), oInfo, {}, {}, {},
-                         bStore || bFolder ? vok::ZIP_STORED : vok::ZIP_DEFLATED);
-    if (!bFolder) {
-        vok::File oFile(vok::Str(ToText(oPath)), "Tr");
-        ForEachPiece(oFile, [&](const char* p, std::size_t u) { oArchive.Write(p, u); });
+// Gives a file the time that its member has, and whether it can be run.
+void SetTimeAndMode(const fs::path& oPath, const vok::Zip_FileInfo& oInfo) {
+    using namespace std::chrono;
+    const vok::Zip_Date o = vok::Zip_DateFields(oInfo.m_uDosDate);
+    const year_month_day oDay{year(static_cast<int>(o.m_uYear)), month(o.m_uMonth), day(o.m_uDay)};
+    std::error_code oIgnored;  // the bytes are there
+    if (oDay.ok()) {
+        const auto oTime =
+            sys_days(oDay) + hours(o.m_uHour) + minutes(o.m_uMinute) + seconds(o.m_uSecond);
+        fs::last_write_time(oPath, file_clock::from_sys(oTime), oIgnored);
     }
-    oArchive.CloseCurrentFile();
+    // Who may read it may run it.
+    const unsigned uMode = oInfo.m_uExternalAttributes >> 16;
+    if ((uMode & 0111) == 0) return;
+    const auto uRead = static_cast<unsigned>(fs::status(oPath, oIgnored).permissions()) & 0444;
+    fs::permissions(oPath, static_cast<fs::perms>(uRead >> 2), fs::perm_options::add, oIgnored);
+}
+
+// The members that could not be read are told and left out; what cannot be written ends it all.
+bool ExtractMember(vok::Zip_Archive& oArchive, const vok::Zip_FileInfo& oInfo,
+                   const fs::path& oFolder) {
+    const std::string sName = oInfo.m_oName.CStr();
+    if (const std::string sWhy = WhyOutside(oInfo, oFolder); !sWhy.empty()) {
+        Complain(sName, sWhy);
+        return false;
+    }
+    const fs::path oPath = oFolder / ToPath(sName);
+    if (oInfo.IsFolder()) {
+        fs::create_directories(oPath);
+        return true;
+    }
+    fs::create_directories(oPath.parent_path());
+    Output oFile(ToText(oPath));
+    bool bWriting = false;
+    try {
+        ReadMember(oArchive, [&](const char* p, std::size_t u) {
+            bWriting = true;
+            oFile.Stream().Write(p, u);
+            bWriting = false;
+        });
+    } catch (const vok::Msg_Exception& oError) {
+        if (bWriting) throw;
+        Complain(sName, "is damaged and not extracted: " + InOptions(Line(oError.what())));
+        return false;
+    }
+    oFile.Commit();
+    SetTimeAndMode(oPath, oInfo);
+    return true;
 }
 
 }  // namespace
 
 int ZipList(const std::string& sArchive) {
-    vok::Zip_Archive oArchive((vok::Str(sArchive)));
-    std::printf("      size     packed  date                crc       name\n");
+    vok::Zip_Archive oArchive(vok::Str(sArchive), "r", MemberLimits());
+    Print("      size     packed  date                crc       name\n");
+    char sLine[100];
     unsigned long long uPlain = 0;
     unsigned long long uPacked = 0;
     ForEach(oArchive, [&](const vok::Zip_FileInfo& o) {
         const vok::Zip_Date oDate = vok::Zip_DateFields(o.m_uDosDate);
-        std::printf("%10u %10u  %04u-%02u-%02u %02u:%02u:%02u %08x  %s\n", o.m_uUncompressedSize,
-                    o.m_uCompressedSize, oDate.m_uYear, oDate.m_uMonth, oDate.m_uDay, oDate.m_uHour,
-                    oDate.m_uMinute, oDate.m_uSecond, o.m_uCrc, Escaped(o.m_oName.View()).c_str());
+        std::snprintf(sLine, sizeof(sLine), "%10u %10u  %04u-%02u-%02u %02u:%02u:%02u %08x  ",
+                      o.m_uUncompressedSize, o.m_uCompressedSize, oDate.m_uYear, oDate.m_uMonth,
+                      oDate.m_uDay, oDate.m_uHour, oDate.m_uMinute, oDate.m_uSecond, o.m_uCrc);
+        Print(sLine + Escaped(o.m_oName.View()) + '\n');
         uPlain += o.m_uUncompressedSize;
         uPacked += o.m_uCompressedSize;
     });
-    std::printf("%10llu %10llu  %u members\n", uPlain, uPacked,
-                oArchive.GetGlobalInfo().m_uEntries);
+    std::snprintf(sLine, sizeof(sLine), "%10llu %10llu  %u members\n", uPlain, uPacked,
+                  oArchive.GetGlobalInfo().m_uEntries);
+    Print(sLine);
     return EXIT_GOOD;
 }
 
@@ -124,11 +150,15 @@ int ZipTest(const std::string& sArchive) {
         try {
             ReadMember(oArchive, [](const char*, std::size_t) {});
         } catch (const vok::Msg_Exception& oError) {
-            sOutcome = Line(oError.what());
+            sOutcome = InOptions(Line(oError.what()));
             iExit = EXIT_NEGATIVE;
         }
-        std::printf("%s: %s\n", Escaped(o.m_oName.View()).c_str(), sOutcome.c_str());
+        Print(Escaped(o.m_oName.View()) + ": " + sOutcome + '\n');
     });
+    if (const vok::u3_t uBehind = oArchive.GetGlobalInfo().m_uBehind; uBehind != 0) {
+        Print(BehindText(uBehind) + '\n');
+        iExit = EXIT_NEGATIVE;
+    }
     return iExit;
 }
 
@@ -136,55 +166,19 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
                const std::vector<std::string>& asMember) {
     vok::Zip_Archive oArchive(vok::Str(sArchive), "r", MemberLimits());
     Progress oProgress("extracting");
-    int iExit = EXIT_GOOD;
-    std::vector<std::string> asMissing = asMember;
+    bool bAll = true;
+    std::set<std::string> asMissing(asMember.begin(), asMember.end());
+    const std::set<std::string> asAsked = asMissing;
+    const fs::path oFolder = ToPath(sFolder);
+    fs::create_directories(oFolder);
     ForEach(oArchive, [&](const vok::Zip_FileInfo& o) {
         const std::string sName = o.m_oName.CStr();
-        const bool bAsked = std::find(asMember.begin(), asMember.end(), sName) != asMember.end();
-        if (!asMember.empty() && !bAsked) return;
-        std::erase(asMissing, sName);
-        // Links that are already there must not lead out of the folder either.
-        const fs::path oPath = ToPath(sFolder) / ToPath(sName);
-        bool bSafe = vok::Zip_IsSafeMember(o);
-        fs::path oAbove = ToPath(sFolder);
-        for (const fs::path& oPart : ToPath(sName)) {
-            oAbove /= oPart;
-            bSafe = bSafe && !vok::sys::IsLink(ToText(oAbove).c_str());
-        }
-        if (!bSafe) {
-            std::fprintf(stderr, "vok: \"%s\" would leave the folder: not extracted\n",
-                         Escaped(sName).c_str());
-            iExit = EXIT_NEGATIVE;
-            return;
-        }
-        if (o.IsFolder()) {
-            fs::create_directories(oPath);
-            return;
-        }
-        Output oFile(ToText(oPath));
-        ReadMember(oArchive, [&](const char* p, std::size_t u) { oFile.Stream().Write(p, u); });
-        oFile.Commit();
+        if (!asAsked.empty() && asAsked.count(sName) == 0) return;
+        asMissing.erase(sName);
+        bAll = ExtractMember(oArchive, o, oFolder) && bAll;
     });
-    for (const std::string& sName : asMissing) {
-        std::fprintf(stderr, "vok: \"%s\" is not in the archive\n", sName.c_str());
-        iExit = EXIT_NEGATIVE;
-    }
-    return iExit;
-}
-
-int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
-    const bool bNew = !fs::exists(ToPath(sArchive));
-    const std::vector<fs::path> aoPath = FilesToAdd(sArchive, asFile);
-    Progress oProgress("adding");
-    // A new archive is made beside its place; one that is appended to can be read as it was until
-    // it is complete.
-    std::optional<Output> oNew;
-    if (bNew) oNew.emplace(sArchive, false);
-    vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
-    for (const fs::path& oPath : aoPath) AddFile(oArchive, oPath, bStore);
-    oArchive.Close();
-    if (bNew) oNew->Commit();
-    return EXIT_GOOD;
+    for (const std::string& sName : asMissing) Complain(sName, "is not in the archive");
+    return bAll && asMissing.empty() ? EXIT_GOOD : EXIT_NEGATIVE;
 }
 
 }  // namespace tools

@@ -1,14 +1,13 @@
 // Reads the package database of a Debian machine, writes all of it through the serializer to a
 // DGraph file and to an XML file, reads them back and compares every field.
 #include <chrono>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
 #include <CLI/CLI.hpp>
 
 #include "examples/package_inventory/status_file.h"
+#include "tools/output.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"
@@ -34,25 +33,6 @@ class Stopwatch {
   private:
     std::chrono::steady_clock::time_point m_oLast = std::chrono::steady_clock::now();
 };
-
-// Files that are being written, for the handler of Ctrl-C: what is half-written goes away.
-char g_sHalfWritten[4096];
-
-extern "C" void OnInterrupt(int) {
-    if (g_sHalfWritten[0] != 0) std::remove(g_sHalfWritten);
-    std::_Exit(130);
-}
-
-// Lets oWrite write a file beside its place, which is then renamed: the file is there whole or
-// not at all.
-template <class Write>
-void Save(const std::string& sPath, const Write& oWrite) {
-    const std::string sBeside = sPath + ".part";
-    std::snprintf(g_sHalfWritten, sizeof(g_sHalfWritten), "%s", sBeside.c_str());
-    oWrite(sBeside);
-    std::filesystem::rename(sBeside, sPath);
-    g_sHalfWritten[0] = 0;
-}
 
 std::vector<Byte> Load(const std::string& sPath) {
     vok::File oFile;
@@ -110,11 +90,9 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
     Serializer oSerializer;
     const std::vector<Byte> aWritten = oSerializer.WriteToBinaryBuffer(oInventory);
     const double dWrite = oWatch.Lap();
-    Save(sOutput, [&](const std::string& sBeside) {
-        vok::File oFile(sBeside.c_str(), "w");
-        oFile.Write(aWritten.data(), aWritten.size());
-        oFile.Close();
-    });
+    tools::Output oFile(sOutput);
+    oFile.Stream().Write(aWritten.data(), aWritten.size());
+    oFile.Commit();
     std::printf("wrote     %zu bytes to %s in %.1f ms, %.1f ms of them for the file\n",
                 aWritten.size(), sOutput.c_str(), dWrite, oWatch.Lap());
 
@@ -132,7 +110,9 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
 
     const std::string sXml = sOutput + ".xml";
     oWatch.Lap();
-    Save(sXml, [&](const std::string& sBeside) { oSerializer.WriteToFile(oInventory, sBeside); });
+    tools::Output oXmlFile(sXml, false);
+    oSerializer.WriteToFile(oInventory, oXmlFile.Beside());
+    oXmlFile.Commit();
     const double dWriteXml = oWatch.Lap();
     Inventory oFromXml;
     oSerializer.ReadFromFile(oFromXml, sXml);
@@ -149,8 +129,7 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
 
 int main(int argc, char** argv) {
     vok::Msg::SetBanner(false);
-    std::signal(SIGINT, OnInterrupt);
-    std::signal(SIGTERM, OnInterrupt);
+    tools::HandleSignals();
     CLI::App oApp{
         "Writes the package database of a Debian machine to a DGraph file and, beside it, to an "
         "XML file, reads them back and compares every field. Exits with 1 when anything differs."};
@@ -162,7 +141,9 @@ int main(int argc, char** argv) {
     oApp.allow_windows_style_options(false);  // "/" begins a path
     CLI11_PARSE(oApp, argc, argv);
     try {
-        return Run(sStatus, sOutput);
+        const int iExit = Run(sStatus, sOutput);
+        tools::FinishPrinting();
+        return iExit;
     } catch (const std::exception& e) {
         std::string sWhat = e.what();
         while (!sWhat.empty() && sWhat.back() == '\n') sWhat.pop_back();

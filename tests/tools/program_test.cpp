@@ -99,7 +99,8 @@ TEST_F(Program, FaultsHavePlaces) {
     for (unsigned u = 0; u < 1000; ++u) sDeep += "<ä>";
     ToDisk("deep.xml", sDeep);
     const Outcome o = Run("check good.xml bad.xml bad.dgraph none deep.xml " + Sample("page.html"));
-    EXPECT_EQ(o.iExit, 1);
+    EXPECT_EQ(o.iExit, 2) << "one was not there";
+    EXPECT_EQ(Run("check good.xml bad.xml").iExit, 1);
     EXPECT_EQ(o.sOut.substr(0, o.sOut.find("none:")),
               "good.xml: good (xml, 10 nodes)\n"
               "bad.xml: byte 8, line 2, column 5, at /b[0]: no XML stream or stream is corrupted\n"
@@ -160,7 +161,7 @@ TEST_F(Program, Archives) {
     fs::create_directory_symlink("../d", "to3/d", oError);
     if (!oError) {  // not everybody may make links
         EXPECT_EQ(Run("zip extract a.zip -d to3").iExit, 1);
-        EXPECT_NE(OnDisk("err").find("\"d/e/one\" would leave the folder"), std::string::npos);
+        EXPECT_NE(OnDisk("err").find("\"d/e/one\" would follow a link out"), std::string::npos);
     }
     std::string sBroken = OnDisk("a.zip");
     sBroken[sBroken.find("two") + 3] ^= 1;  // the byte of a stored member's data, or its header

@@ -192,12 +192,28 @@ TEST_F(Zip_Test, ManyMembers) {
 
 TEST_F(Zip_Test, NamesAndSafety) {
     Zip_Archive oZip("x.zip", "w");
-    AddMember(oZip, "\xC3\xBC\xE2\x82\xAC\xE2\x96\x88", "");  // u umlaut, euro sign, full block
+    // What code page 437 holds is stored so; the euro sign makes a name Unicode, with its comment.
+    const Str oPlain("\xC3\xBC\xE2\x96\x88");
+    const Str oEuro("\xE2\x82\xAC");
+    oZip.OpenNewFile(oPlain, {}, {}, {}, oEuro);
+    oZip.OpenNewFile(oEuro, {}, {}, {}, oPlain);
     oZip.Close("\xC3\x9F");
-    EXPECT_NE(OnDisk("x.zip").find("\x81\xFF\xDB"), std::string::npos);
-    oZip.Open("x.zip");
-    EXPECT_EQ(oZip.GetCurrentFileInfo().m_oName, Str("\xC3\xBC\xC2\xA0\xE2\x96\x88"));
-    EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F"));
+    EXPECT_NE(OnDisk("x.zip").find("\x81\xDB"), std::string::npos);
+    // Field 0x7075 of 8 bytes, version 1, the CRC of the stored name and the name; in both headers.
+    const std::string sField = Bytes("75 70 08 00 01 D6 C8 F2 83 E2 82 AC");
+    const std::size_t uLocal = OnDisk("x.zip").find(sField);
+    EXPECT_NE(OnDisk("x.zip").find(sField, uLocal + 1), std::string::npos);
+    const std::string sZip = OnDisk("x.zip");
+    for (const bool bMemory : {false, true}) {
+        bMemory ? oZip.Open(sZip.data(), sZip.size()) : oZip.Open("x.zip");
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_oName, oPlain);
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_oComment, oEuro);
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_uFlags & 0x800u, 0u);
+        ASSERT_TRUE(oZip.LocateFile(oEuro.CStr()));
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_oComment, oPlain);
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_uFlags & 0x800u, 0x800u);
+        EXPECT_EQ(oZip.GetGlobalComment(), Str("\xC3\x9F"));
+    }
 
     const std::pair<std::string_view, bool> oNames[] = {
         {"a", true},       {"a/b/", true},      {"a\\b", true},     {"./a", true},   {"..a", true},
@@ -274,7 +290,7 @@ TEST_F(Zip_Test, Appends) {
 TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
     const std::string sNested = ZipBytes({{"inner", "i"}}, "PK\5\6 inner");
     for (const char* sStub : {"", "stub"}) {
-        const std::string sOld = sStub + ZipBytes(TWO, "PK\5\6 is no end record");
+        const std::string sOld = sStub + ZipBytes(TWO, "a comment");
         for (const bool bLarge : {false, true}) {
             ToDisk("x.zip", sOld);
             Members oNew = {{"nested.zip", sNested}, {"empty", ""}};
@@ -290,10 +306,34 @@ TEST_F(Zip_Test, AnInterruptedAppendLeavesTheOldArchive) {
                 }
             }
             ToDisk("x.zip", sNew.substr(0, sOld.size() + 40));
+            EXPECT_EQ(Zip_Archive("x.zip").GetGlobalInfo().m_uBehind, 40u);
             WriteZip("x.zip", {{"again", "x"}}, "a");
             EXPECT_EQ(ReadZip("x.zip"), (Members{TWO[0], TWO[1], {"again", "x"}}));
         }
     }
+}
+
+// An append that fails is cut off again, and the newest of members of one name is found.
+TEST_F(Zip_Test, AFailedAppendLeavesNothing) {
+    WriteZip("x.zip", TWO);
+    const std::string sOld = OnDisk("x.zip");
+    const auto oGivenUp = [] {
+        Zip_Archive oZip("x.zip", "a");
+        AddMember(oZip, "large", Noise(400000, 8));
+        throw std::runtime_error("given up");
+    };
+    EXPECT_THROW(oGivenUp(), std::runtime_error);
+    EXPECT_EQ(OnDisk("x.zip"), sOld);
+    WriteZip("x.zip", {{TWO[0].first, "newer"}}, "a");
+    {
+        Zip_Archive oZip("x.zip");
+        ASSERT_TRUE(oZip.LocateFile(TWO[0].first.c_str()));
+        EXPECT_EQ(oZip.GetCurrentFileInfo().m_uUncompressedSize, 5u);
+    }
+    // Readers that look for the last end record would take the comment's for the archive's.
+    WriteZip("x.zip", TWO, "w", "PK\5\6");
+    EXPECT_EQ(Raised([] { Zip_Archive("x.zip", "a"); }),
+              "feature not supported: \"a zip archive's comment with an end record in it\"\n");
 }
 
 // ---- failures -----------------------------------------------------------------

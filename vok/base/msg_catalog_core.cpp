@@ -2,7 +2,6 @@
 #include <string_view>
 #include <utility>
 
-#include "vok/base/msg.h"
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"
 
@@ -302,34 +301,32 @@ void Msg_Catalog::OutOfMemory() {
 
 namespace {
 
-// What the limits are called in German.
-const char* GermanLimit(const char* sLimit) noexcept {
+const char* GermanLimit(std::string_view sLimit) {
     constexpr std::pair<std::string_view, const char*> NAMES[] = {
         {"nodes", "Knoten"},
         {"depth", "Tiefe"},
-        {"skipped slots", "übersprungene Plätze"},
-        {"text bytes", "Bytes eines Textes"},
+        {"text bytes", "Bytes eines Texts"},
         {"attributes", "Attribute"},
-        {"path steps", "Pfadschritte"},
+        {"skipped slots", "übersprungene Plätze"},
+        {"path steps", "Schritte eines Pfads"},
+        {"work for a byte", "Arbeit je Byte"},
+        {"memory for a byte", "Speicher je Byte"},
         {"inflated bytes", "entpackte Bytes"},
-        {"inflation ratio", "Verhältnis beim Entpacken"},
-        {"zip entries", "Einträge des Zip-Archivs"},
-        {"work for a byte", "Aufwand für ein Byte"},
-        {"memory for a byte", "Speicher für ein Byte"},
+        {"inflation ratio", "Entpackungsverhältnis"},
+        {"zip entries", "Einträge eines Zip-Archivs"},
     };
     for (const auto& [sEnglish, sGerman] : NAMES) {
-        if (sEnglish == sLimit) return sGerman;
+        if (sLimit == sEnglish) return sGerman;
     }
-    return sLimit;
+    return sLimit.data();
 }
 
 }  // namespace
 
 void Msg_Catalog::LimitExceeded(const char* sLimit, u3_t uLimit, const char* sField) {
-    const bool bGerman = Msg::LanguageIndex() == Msg::GERMAN;
     Msg_Entry::Raise({"limit \"%0\" of %1 exceeded (raise %2)",
-                      "Grenze \"%0\" von %1 überschritten (%2 erhöhen)"},
-                     {bGerman ? GermanLimit(sLimit) : sLimit, uLimit, sField});
+                      "Grenze \"%3\" von %1 überschritten (%2 erhöhen)"},
+                     {sLimit, uLimit, sField, GermanLimit(sLimit)});
 }
 
 }  // namespace vok

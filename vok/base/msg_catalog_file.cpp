@@ -213,37 +213,37 @@ void Msg_Catalog::StreamNotOpenForWrite() {
 void Msg_Catalog::UnexpectedSizeOfStreamPart(u3_t uExpected, u3_t uActual) {
     Msg_Entry::Raise(
         {"unexpected size of stream part: expected %0 but got %1",
-         "unerwartete Größe eines Abschnitts des Datenstroms: %0 erwartet, aber %1 erhalten"},
+         "unerwartete Größe eines Datenstromabschnitts: %0 erwartet, aber %1 erhalten"},
         {uExpected, uActual});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamWhileReading(const char* sName) {
     Msg_Entry::Raise({"Unexpected end of stream while reading from %0",
-                      "Unerwartetes Ende des Datenstroms beim Lesen von %0"},
+                      "Unerwartetes Datenstromende beim Lesen von %0"},
                      {sName});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamRemainingToRead(const char* sName, u3_t uBytes) {
     Msg_Entry::Raise({"Unexpected end of stream %0: %1 bytes remaining to read",
-                      "Unerwartetes Ende des Datenstroms in %0: noch %1 Bytes zu lesen"},
+                      "Unerwartetes Datenstromende in %0: noch %1 Bytes zu lesen"},
                      {sName, uBytes});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamAfter(u3_t uExpected, u3_t uActual) {
     Msg_Entry::Raise({"unexpected end of stream after %1 of %0 bytes",
-                      "unerwartetes Ende des Datenstroms nach %1 von %0 Bytes"},
+                      "unerwartetes Datenstromende nach %1 von %0 Bytes"},
                      {uExpected, uActual});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamWhileWriting(const char* sName) {
     Msg_Entry::Raise({"Unexpected end of stream while writing to %0",
-                      "Unerwartetes Ende des Datenstroms beim Schreiben nach %0"},
+                      "Unerwartetes Datenstromende beim Schreiben nach %0"},
                      {sName});
 }
 
 void Msg_Catalog::UnexpectedEndOfStreamRemainingToWrite(const char* sName, u3_t uBytes) {
     Msg_Entry::Raise({"Unexpected end of stream %0: %1 bytes remaining to write",
-                      "Unerwartetes Ende des Datenstroms in %0: noch %1 Bytes zu schreiben"},
+                      "Unerwartetes Datenstromende in %0: noch %1 Bytes zu schreiben"},
                      {sName, uBytes});
 }
 
@@ -291,8 +291,8 @@ void Msg_Catalog::UnexpectedCodingInStream(const char* sName, const char* sExpec
 }
 
 void Msg_Catalog::UnknownOrCorruptedStreamFormat() {
-    Msg_Entry::Raise({"unknown or corrupted stream format",
-                      "unbekanntes oder beschädigtes Format des Datenstroms"});
+    Msg_Entry::Raise(
+        {"unknown or corrupted stream format", "unbekanntes oder beschädigtes Datenstromformat"});
 }
 
 void Msg_Catalog::ErrorWritingToNamedPipe(const char* sName, u2_t uSystemError) {

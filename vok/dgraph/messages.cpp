@@ -42,8 +42,7 @@ void RaiseEmptyTargetPath() {
     Msg_Entry::Raise(
         {"Dgraph_LoadDGraph: Input stream is corrupted! Empty path for refferred node read.",
          "Dgraph_LoadDGraph: Eingabedatenstrom ist beschädigt! Leerer Pfad für den Zielknoten "
-         "eines "
-         "Verweises gelesen."});
+         "eines Verweises gelesen."});
 }
 
 void RaiseElementExists() {

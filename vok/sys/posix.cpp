@@ -1,6 +1,7 @@
 #include "vok/sys/sys.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -148,6 +149,14 @@ std::vector<std::string> Arguments(int iCount, char** asArgument) {
 
 void PrepareConsole() noexcept {}
 
+std::vector<int> EndingSignals() {
+    return {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
+}
+
+void IgnoreFileSizeSignal() noexcept {
+    (void)std::signal(SIGXFSZ, SIG_IGN);
+}
+
 void RemoveOnInterrupt(const char* sPath) noexcept {
     ::unlink(sPath);
 }
@@ -209,6 +218,44 @@ bool HasDebugger() noexcept {
 }
 
 // ---- files ----------------------------------------------------------------
+
+bool CreateNew(const char* sPath) noexcept {
+    const int iDescriptor =
+        ::open(sPath, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    return iDescriptor >= 0 && ::close(iDescriptor) == 0;
+}
+
+bool MayWrite(const char* sPath) noexcept {
+    return ::access(sPath, W_OK) == 0;
+}
+
+void CopyMode(const char* sFrom, const char* sTo) noexcept {
+    struct stat oStat {};
+    if (::stat(sFrom, &oStat) == 0) {
+        // Giving a file away takes its special bits, so the mode comes behind.
+        if (::chown(sTo, oStat.st_uid, oStat.st_gid) != 0)
+            (void)::chown(sTo, uid_t(-1), oStat.st_gid);
+        (void)::chmod(sTo, oStat.st_mode & 07777);
+        return;
+    }
+    const mode_t uMask = ::umask(0);
+    (void)::umask(uMask);
+    (void)::chmod(sTo, 0666 & ~uMask);
+}
+
+bool TruncateFile(const char* sPath, i3_t iSize) noexcept {
+    return ::truncate(sPath, static_cast<off_t>(iSize)) == 0;
+}
+
+bool SyncFile(const char* sPath) noexcept {
+    const int iDescriptor = ::open(*sPath != 0 ? sPath : ".", O_RDONLY | O_CLOEXEC);
+    if (iDescriptor < 0) return false;
+    const bool bGood = ::fsync(iDescriptor) == 0 || errno == EINVAL;
+    const int iError = errno;
+    (void)::close(iDescriptor);
+    errno = iError;
+    return bGood;
+}
 
 namespace {
 

@@ -91,6 +91,10 @@ std::size_t SystemErrorText(u2_t uCode, char* sBuf, std::size_t uSize) noexcept;
 // Lets a terminal show UTF-8 and colours, and standard input and output pass bytes as they
 // are. A terminal is put back when the program ends through exit().
 void PrepareConsole() noexcept;
+// The signals that end a program: at the keyboard, by others, with its terminal or its pipe.
+[[nodiscard]] std::vector<int> EndingSignals();
+// A file that grows beyond the limit of the process is then an error of writing.
+void IgnoreFileSizeSignal() noexcept;
 // Removes a file that the program may still have open. For handlers of interrupts only: all
 // files may be closed afterwards, and the program must end at once.
 void RemoveOnInterrupt(const char* sPath) noexcept;
@@ -136,6 +140,18 @@ enum class Sharing {
 // other bytes than were written to it.
 inline constexpr const char* PATH_SEPARATORS = IS_WINDOWS ? "/\\" : "/";
 inline constexpr bool HAS_TEXT_FILES = IS_WINDOWS;
+
+// Makes an empty file that was not there, for its maker alone until CopyMode; links count as there.
+[[nodiscard]] bool CreateNew(const char* sPath) noexcept;
+// Whether a file that is there may be written by this process.
+[[nodiscard]] bool MayWrite(const char* sPath) noexcept;
+// Gives sTo the mode of sFrom and, if the process may do that, its owner; without sFrom the mode
+// that new files have.
+void CopyMode(const char* sFrom, const char* sTo) noexcept;
+// Cuts a file back to a size.
+[[nodiscard]] bool TruncateFile(const char* sPath, i3_t iSize) noexcept;
+// Waits until a file, or the names in a folder, are on the disk. "" is the current folder.
+[[nodiscard]] bool SyncFile(const char* sPath) noexcept;
 
 // Opens sPath with a C mode string ("rb", "w+b", "at"; a "t" is dropped where the
 // system has no text mode). Null on failure; a file that another open excludes

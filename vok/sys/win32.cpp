@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -216,6 +217,12 @@ void PrepareConsole() noexcept {
     }
 }
 
+std::vector<int> EndingSignals() {
+    return {SIGINT, SIGTERM};
+}
+
+void IgnoreFileSizeSignal() noexcept {}
+
 void RemoveOnInterrupt(const char* sPath) noexcept {
     std::wstring sWide;
     if (!ToWide(sPath, sWide)) return;
@@ -293,6 +300,41 @@ bool HasDebugger() noexcept {
 }
 
 // ---- files ----------------------------------------------------------------
+
+bool CreateNew(const char* sPath) noexcept {
+    std::wstring sWide;
+    if (!ToWide(sPath, sWide)) return false;
+    const int iDescriptor =
+        ::_wopen(sWide.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+    return iDescriptor >= 0 && ::_close(iDescriptor) == 0;
+}
+
+bool MayWrite(const char* sPath) noexcept {
+    std::wstring sWide;
+    return ToWide(sPath, sWide) && ::_waccess(sWide.c_str(), 2) == 0;
+}
+
+void CopyMode(const char*, const char*) noexcept {}  // a folder tells what its files may
+
+bool TruncateFile(const char* sPath, i3_t iSize) noexcept {
+    std::wstring sWide;
+    if (!ToWide(sPath, sWide)) return false;
+    const int iDescriptor = ::_wopen(sWide.c_str(), _O_RDWR | _O_BINARY);
+    if (iDescriptor < 0) return false;
+    const bool bGood = ::_chsize_s(iDescriptor, iSize) == 0;
+    ::_close(iDescriptor);
+    return bGood;
+}
+
+bool SyncFile(const char* sPath) noexcept {
+    std::wstring sWide;
+    if (!ToWide(sPath, sWide)) return false;
+    const int iDescriptor = ::_wopen(sWide.c_str(), _O_RDWR | _O_BINARY);
+    if (iDescriptor < 0) return false;  // a folder
+    const bool bGood = ::_commit(iDescriptor) == 0;
+    ::_close(iDescriptor);
+    return bGood;
+}
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "vok/base/where.h"
+#include "vok/sys/sys.h"
 #include "vok/zip/cp437.h"
 #include "vok/zip/reader.h"
 #include "vok/zip/writer.h"
@@ -14,6 +15,19 @@ struct Zip_Archive::State {
     File m_oFile;  // closed when the archive is in memory
     std::optional<zip::Reader> m_oReader;
     std::optional<zip::Writer> m_oWriter;
+    u3_t m_uOldSize = 0;  // of an archive that is appended to
+
+    // Nothing but the old archive remains of an append that failed.
+    void CutBack() noexcept {
+        if (m_uOldSize == 0) return;
+        const Str oPath = m_oFile.Name();
+        try {
+            m_oFile.Close();
+        } catch (const std::exception&) {
+            // What could not be written is not wanted any more.
+        }
+        (void)sys::TruncateFile(oPath.CStr(), static_cast<i3_t>(m_uOldSize));
+    }
 };
 
 Zip_Archive::Zip_Archive() noexcept = default;
@@ -24,7 +38,10 @@ Zip_Archive::Zip_Archive(const Str& oPath, const char* sMode, const Limits& oLim
 
 Zip_Archive::~Zip_Archive() {
     if (m_pState == nullptr || !m_pState->m_oWriter.has_value()) return;
-    if (m_pState->m_oWriter->IsBroken() || m_pState->m_oWriter->IsUnwinding()) return;
+    if (m_pState->m_oWriter->IsBroken() || m_pState->m_oWriter->IsUnwinding()) {
+        m_pState->CutBack();
+        return;
+    }
     try {
         CloseState(nullptr);
     } catch (const std::exception&) {
@@ -110,6 +127,7 @@ void Zip_Archive::OpenForAppending(const Str& oPath, const Limits& oLimits) {
             oBase.m_uEntries = oDirectory.Count();
             oBase.m_oDirectory.Add(oDirectory.Bytes().data(), oDirectory.Bytes().size());
             oBase.m_oComment.Add(oDirectory.Comment().data(), oDirectory.Comment().size());
+            zip::CheckComment(oDirectory.Comment());
         } else {
             char sMagic[4] = {};
             (void)oSource.Read(0, sMagic, sizeof(sMagic));
@@ -119,6 +137,7 @@ void Zip_Archive::OpenForAppending(const Str& oPath, const Limits& oLimits) {
     auto pState = std::make_unique<State>();
     pState->m_oFile.Open(oPath, "ab");
     if (static_cast<u3_t>(pState->m_oFile.Size()) != oBase.m_uSize) oBlame.Changed();
+    pState->m_uOldSize = oBase.m_uSize;
     pState->m_oWriter.emplace(pState->m_oFile, std::move(oBlame), std::move(oBase), false);
     m_pState = std::move(pState);
 }
@@ -130,11 +149,16 @@ void Zip_Archive::Close(const char* sComment) {
 void Zip_Archive::CloseState(const char* sComment) {
     const std::unique_ptr<State> pState = std::move(m_pState);
     if (pState == nullptr) return;
-    if (pState->m_oWriter.has_value()) {
-        const Str oComment(sComment);
-        pState->m_oWriter->Finish(sComment != nullptr ? &oComment : nullptr);
+    try {
+        if (pState->m_oWriter.has_value()) {
+            const Str oComment(sComment);
+            pState->m_oWriter->Finish(sComment != nullptr ? &oComment : nullptr);
+        }
+        pState->m_oFile.Close();
+    } catch (...) {
+        pState->CutBack();
+        throw;
     }
-    pState->m_oFile.Close();
 }
 
 // ---- reading --------------------------------------------------------------------
@@ -142,7 +166,8 @@ void Zip_Archive::CloseState(const char* sComment) {
 Zip_GlobalInfo Zip_Archive::GetGlobalInfo() const {
     return Where("vok::Zip_Archive::GetGlobalInfo", [&]() -> Zip_GlobalInfo {
         const zip::Directory& oDirectory = Reading().m_oReader->Dir();
-        return {oDirectory.Count(), static_cast<u2_t>(oDirectory.Comment().size())};
+        return {oDirectory.Count(), static_cast<u2_t>(oDirectory.Comment().size()),
+                oDirectory.Behind()};
     });
 }
 

@@ -51,10 +51,11 @@ class Zip_Archive final : public File_Stream {
     //   w  makes a new archive.
     //   a  adds members to an archive. Nothing that is there is touched: new members and then a
     //      directory of all members are appended, so that the archive can be read as it was until
-    //      Close() is through. Members whose names exist already are added beside the old ones,
-    //      and LocateFile finds the old ones. A missing or empty file is made as with "w". A file
-    //      that is no archive keeps its bytes in front of the zip data, unless it begins like an
-    //      archive.
+    //      Close() is through; an append that fails is cut off again. Members whose names exist
+    //      already are added beside the old ones, and LocateFile finds the new ones. An archive
+    //      whose comment holds an end record is refused with "feature not supported". A missing or
+    //      empty file is made as with "w". A file that is no archive keeps its bytes in front of
+    //      the zip data, unless it begins like an archive.
     // oLimits bounds the number of members, and what each one inflates to.
     // Raises "invalid or corrupted zip file", "could not open file", limits, ZIP64.
     void Open(const Str& oPath, const char* sMode = "r", const Limits& oLimits = {});
@@ -79,7 +80,7 @@ class Zip_Archive final : public File_Stream {
     [[nodiscard]] Str GetGlobalComment() const;
 
     // Makes a member the current one; false, without any change, when there is none. An open
-    // member stays open. LocateFile takes the name as UTF-8 and finds the first member that has
+    // member stays open. LocateFile takes the name as UTF-8 and finds the last member that has
     // exactly this one, in constant time on average; its first call is linear in the directory.
     bool GoToFirstFile();
     bool GoToNextFile();
@@ -108,9 +109,9 @@ class Zip_Archive final : public File_Stream {
     static constexpr int DEFAULT_LEVEL = -1;
 
     // Starts a member; an open one is closed first. Names should be relative, with slashes, and
-    // end in a slash for folders (see Zip_IsSafeName); characters that code page 437 lacks become
-    // byte 255. The extra fields for its two headers are written as they are. The level is that of
-    // zlib, 0 to 9, or its default.
+    // end in a slash for folders (see Zip_IsSafeName). A name that code page 437 cannot hold is
+    // stored as UTF-8, flagged as such, and in the Unicode path field as well. The extra fields for
+    // its two headers are written as they are. The level is that of zlib, 0 to 9, or its default.
     // Raises "size_filename == tmp", "size_comment == tmp" for more than 65,535 bytes, assertion
     // failures for an empty name, extra fields of that size, another level, and the error of other
     // methods; nothing is changed then, and an open member stays open. Raises also the errors of

@@ -53,6 +53,17 @@ Str FromUtf8(std::string_view sBytes) {
     }
 }
 
+bool IsCp437(const Str& oText) noexcept {
+    const char* pText = oText.CStr();
+    const char* pEnd = pText + oText.Len();
+    while (pText < pEnd) {
+        const u2_t uCode = DecodeUtf8(pText, pEnd);
+        const auto* pFound = std::find(std::begin(UPPER_HALF), std::end(UPPER_HALF), uCode);
+        if (uCode >= 0x80 && pFound == std::end(UPPER_HALF)) return false;
+    }
+    return true;
+}
+
 void AddCp437(Arr<char>& oBytes, const Str& oText) {
     const char* pText = oText.CStr();
     const char* pEnd = pText + oText.Len();

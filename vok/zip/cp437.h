@@ -9,6 +9,8 @@ namespace vok::zip {
 // Bytes below 128 are ASCII, control characters included. A NUL, which no text can hold, becomes
 // U+FFFD.
 [[nodiscard]] Str FromCp437(std::string_view sBytes);
+// Whether every character of a text is in the code page.
+[[nodiscard]] bool IsCp437(const Str& oText) noexcept;
 // Appends the bytes of a text; a character that the code page lacks becomes byte 255.
 void AddCp437(Arr<char>& oBytes, const Str& oText);
 // The same as UTF-8 for bytes that are that already; what is not well-formed is taken as Latin-1.

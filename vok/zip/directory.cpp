@@ -58,7 +58,11 @@ bool Directory::Load(Source& oSource, const Limits& oLimits, const Blame& oBlame
     m_uPosition = oFound.m_uPosition - oFound.m_uSize;
     m_uPrefix = m_uPosition - oFound.m_uOffset;
     m_sBytes = oSource.All(m_uPosition, oFound.m_uSize, m_oBytes);
-    (void)oSource.All(oFound.m_uPosition + END_SIZE, oFound.m_uComment, m_oComment);
+    Arr<char> oCopy;
+    const u3_t uComment = oFound.m_uPosition + END_SIZE;
+    const std::string_view sComment = oSource.All(uComment, oFound.m_uComment, oCopy);
+    m_oComment.Add(sComment.data(), sComment.size());
+    m_uBehind = oSource.Size() - uComment - sComment.size();
     if (!Split(oFound.m_uEntries)) oBlame.Invalid();
     return true;
 }
@@ -138,27 +142,29 @@ bool Directory::Split(u2_t uEntries) {
             le::Load<u1_t>(sRest.data() + 4) == sRest.size() - 6);
 }
 
+namespace {
+
+// A text of a header: its name or its comment. uField is the extra field that has it in Unicode.
+Str TextOf(const Central& oHeader, std::string_view sText, u1_t uField) {
+    if ((oHeader.Flags() & FLAG_UTF8) != 0) return FromUtf8(sText);
+    // A maker that had no other way put it into an extra field, which counts as long as it belongs
+    // to this very text.
+    std::string_view sUnicode;
+    if (FindExtra(oHeader.Extra(), uField, sUnicode) && sUnicode.size() > 5 && sUnicode[0] == 1 &&
+        CrcOf(sText) == le::Load<u2_t>(sUnicode.data() + 1)) {
+        return FromUtf8(sUnicode.substr(5));
+    }
+    // Unix programs store texts as they are there, and often say nothing about it.
+    const unsigned uSystem = oHeader.VersionMadeBy() >> 8;
+    const bool bUnix = uSystem == SYSTEM_UNIX || uSystem == SYSTEM_DARWIN;
+    return bUnix && IsUtf8(sText.data(), sText.size()) ? FromUtf8(sText) : FromCp437(sText);
+}
+
+}  // namespace
+
 Str Directory::Name(u2_t uNth) const {
     const Central oHeader = (*this)(uNth);
-    if ((oHeader.Flags() & FLAG_UTF8) != 0) return FromUtf8(oHeader.Name());
-    // A maker that had no other way put the name into an extra field.
-    std::string_view sField;
-    if (FindExtra(oHeader.Extra(), EXTRA_UNICODE_NAME, sField) && sField.size() > 5 &&
-        sField[0] == 1) {
-        const std::string_view sHeader = oHeader.Name();
-        const auto uCrc =
-            static_cast<u2_t>(::crc32_z(0, reinterpret_cast<const Bytef*>(sHeader.data()),
-                                        static_cast<z_size_t>(sHeader.size())));
-        if (uCrc == le::Load<u2_t>(sField.data() + 1)) return FromUtf8(sField.substr(5));
-    }
-    // Unix programs store names as they are there, and often say nothing about it.
-    const unsigned uSystem = oHeader.VersionMadeBy() >> 8;
-    const std::string_view sName = oHeader.Name();
-    if ((uSystem == SYSTEM_UNIX || uSystem == SYSTEM_DARWIN) &&
-        IsUtf8(sName.data(), sName.size())) {
-        return FromUtf8(sName);
-    }
-    return FromCp437(sName);
+    return TextOf(oHeader, oHeader.Name(), EXTRA_UNICODE_NAME);
 }
 
 Zip_FileInfo Directory::Info(u2_t uNth) const {
@@ -177,8 +183,7 @@ Zip_FileInfo Directory::Info(u2_t uNth) const {
     oInfo.m_uExternalAttributes = oHeader.ExternalAttributes();
     oInfo.m_uOffset = oHeader.Offset();
     oInfo.m_oName = Name(uNth);
-    oInfo.m_oComment = (oHeader.Flags() & FLAG_UTF8) != 0 ? FromUtf8(oHeader.Comment())
-                                                          : FromCp437(oHeader.Comment());
+    oInfo.m_oComment = TextOf(oHeader, oHeader.Comment(), EXTRA_UNICODE_COMMENT);
     oInfo.m_sExtra = oHeader.Extra();
     return oInfo;
 }
@@ -186,21 +191,18 @@ Zip_FileInfo Directory::Info(u2_t uNth) const {
 u2_t Directory::Locate(std::string_view sName) {
     if (m_pNames == nullptr) {
         auto pNames = std::make_unique<Hash>();
-        Arr<u2_t> oFirst;
-        oFirst.Add(Count());  // of the empty name
+        Arr<u2_t> oLast;
+        oLast.Add(Count());  // of the empty name
         for (u2_t u = 0; u < Count(); ++u) {
             const u2_t uKey = pNames->Insert(Name(u).View());
-            if (uKey == oFirst.Size()) {
-                oFirst.Add(u);
-            } else if (uKey == 0 && oFirst(0) == Count()) {
-                oFirst(0) = u;
-            }
+            if (uKey == oLast.Size()) oLast.Add(u);
+            oLast(uKey) = u;
         }
-        m_oFirst.Swap(oFirst);
+        m_oLast.Swap(oLast);
         m_pNames = std::move(pNames);
     }
     const u2_t uKey = m_pNames->Find(sName);
-    return uKey != Hash::NONE ? m_oFirst(uKey) : Count();
+    return uKey != Hash::NONE ? m_oLast(uKey) : Count();
 }
 
 bool Directory::IsInside() const noexcept {

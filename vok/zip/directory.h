@@ -35,8 +35,8 @@ class Directory {
     }
     [[nodiscard]] Zip_FileInfo Info(u2_t uNth) const;
     [[nodiscard]] Str Name(u2_t uNth) const;
-    // The first member of that name; Count() when there is none. The first call takes linear
-    // time, later ones constant time on average.
+    // The last member of that name, which is the newest; Count() when there is none. The first call
+    // takes linear time, later ones constant time on average.
     [[nodiscard]] u2_t Locate(std::string_view sName);
 
     // The headers, one behind the other.
@@ -45,6 +45,8 @@ class Directory {
     [[nodiscard]] std::string_view Comment() const noexcept {
         return {m_oComment.Beg() != nullptr ? m_oComment.Beg() : "", m_oComment.Size()};
     }
+    // Bytes behind the archive.
+    [[nodiscard]] u3_t Behind() const noexcept { return m_uBehind; }
     // Bytes in front of the zip data.
     [[nodiscard]] u3_t Prefix() const noexcept { return m_uPrefix; }
     // Where the directory begins in the source.
@@ -77,9 +79,10 @@ class Directory {
     Arr<char> m_oComment;
     u3_t m_uPrefix = 0;
     u3_t m_uPosition = 0;
+    u3_t m_uBehind = 0;
 
     std::unique_ptr<Hash> m_pNames;  // made by the first Locate()
-    Arr<u2_t> m_oFirst;              // per key the first member of that name
+    Arr<u2_t> m_oLast;               // per key the last member of that name
     Arr<u2_t> m_oStarts;             // of all members, ascending; made by the first Bound()
 };
 

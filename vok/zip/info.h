@@ -17,6 +17,7 @@ inline constexpr u2_t ZIP_DOS_EPOCH = 0x00210000;
 struct Zip_GlobalInfo {
     u2_t m_uEntries = 0;
     u2_t m_uCommentSize = 0;  // bytes as stored
+    u3_t m_uBehind = 0;       // bytes behind the archive: maybe of an append that was interrupted
 };
 
 // Of one member, as its central header has it.

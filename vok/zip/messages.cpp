@@ -82,4 +82,9 @@ void RaiseStream(Fault eFault, const char* sName, bool bMemory) {
     Msg::InvalidOrCorruptedZipFile(sName);
 }
 
+void CheckComment(std::string_view sComment) {
+    if (sComment.find(std::string_view("PK\x05\x06", 4)) == std::string_view::npos) return;
+    Msg::FeatureNotSupported("a zip archive's comment with an end record in it");
+}
+
 }  // namespace vok::zip

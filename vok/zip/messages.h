@@ -48,6 +48,10 @@ class Blame {
     bool m_bMemory;
 };
 
+// Refuses the comment of an archive that is to be written if readers could take a part of it for
+// the end of the archive: "feature not supported".
+void CheckComment(std::string_view sComment);
+
 // Decompressing a bare stream failed: "unexpected end of file" or "invalid or corrupted zip file",
 // for a stream in memory "... buffer".
 [[noreturn]] void RaiseStream(Fault eFault, const char* sName, bool bMemory);

@@ -7,6 +7,8 @@
 
 #include <string_view>
 
+#include <zlib.h>
+
 #include "vok/base/little_endian.h"
 
 namespace vok::zip {
@@ -40,6 +42,8 @@ inline constexpr u2_t IN_ZIP64 = 0xFFFFFFFF;
 inline constexpr u1_t EXTRA_ZIP64 = 0x0001;
 // Version 1, CRC-32 of the name in the header, the name in UTF-8.
 inline constexpr u1_t EXTRA_UNICODE_NAME = 0x7075;
+// The same for the comment.
+inline constexpr u1_t EXTRA_UNICODE_COMMENT = 0x6375;
 
 // Where the sizes of a local header begin: CRC-32, compressed size, uncompressed size.
 inline constexpr std::size_t LOCAL_FLAGS = 6;
@@ -115,6 +119,11 @@ struct End {
 
     const char* m_p;
 };
+
+[[nodiscard]] inline u2_t CrcOf(std::string_view sBytes) noexcept {
+    return static_cast<u2_t>(::crc32_z(0, reinterpret_cast<const Bytef*>(sBytes.data()),
+                                       static_cast<z_size_t>(sBytes.size())));
+}
 
 // The data of the first extra field of a kind; false when there is none.
 [[nodiscard]] inline bool FindExtra(std::string_view sExtra, u1_t uKind,

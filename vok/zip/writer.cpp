@@ -26,6 +26,21 @@ void AddNumbers(Arr<char>& oBytes, T... tNumbers) {
     ((void)le::Store(oBytes.AddSpace(sizeof(T)), tNumbers), ...);
 }
 
+void AddStored(Arr<char>& oBytes, const Str& oText, bool bUtf8) {
+    if (!bUtf8) return AddCp437(oBytes, oText);
+    oBytes.Add(oText.CStr(), oText.Len());
+}
+
+// The extra field that has a text of the header in Unicode.
+void AddUnicode(Arr<char>& oExtra, u1_t uField, const Arr<char>& oStored, const Str& oText) {
+    constexpr u0_t uVersion = 1;
+    const u2_t uCrc = CrcOf({oStored.Beg(), oStored.Size()});
+    const std::size_t uSize = sizeof(uVersion) + sizeof(uCrc) + oText.Len();
+    Msg::Assert(uSize <= 0xFFFF, "size_filename == tmp");
+    AddNumbers(oExtra, uField, static_cast<u1_t>(uSize), uVersion, uCrc);
+    oExtra.Add(oText.CStr(), oText.Len());
+}
+
 // The largest size and offset that is not a reference to a ZIP64 record.
 constexpr u3_t MOST = IN_ZIP64 - 1;
 
@@ -68,17 +83,30 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
                         std::string_view sCentralExtra, const Str& oComment, u2_t uMethod,
                         int iLevel) {
     Msg::Assert(!oName.IsEmpty(), "!oName.IsEmpty()");
-    Msg::Assert(sLocalExtra.size() <= 0xFFFF, "size_extrafield_local == tmp");
-    Msg::Assert(sCentralExtra.size() <= 0xFFFF, "size_extrafield_global == tmp");
     Msg::Assert(iLevel >= Packer::DEFAULT_LEVEL && iLevel <= Packer::MAX_LEVEL,
                 "level >= -1 && level <= 9");
     if (uMethod != ZIP_STORED && uMethod != ZIP_DEFLATED) m_oBlame.Method(oName, uMethod);
+    // A name that the code page cannot hold is stored in Unicode, and so is then the comment.
+    const bool bUtf8 = !IsCp437(oName);
     Arr<char> oStored;
-    AddCp437(oStored, oName);
+    AddStored(oStored, oName, bUtf8);
     Msg::Assert(oStored.Size() <= 0xFFFF, "size_filename == tmp");
     Arr<char> oStoredComment;
-    AddCp437(oStoredComment, oComment);
+    AddStored(oStoredComment, oComment, bUtf8);
     Msg::Assert(oStoredComment.Size() <= 0xFFFF, "size_comment == tmp");
+    // Readers that do not look at the flag may know the field.
+    Arr<char> oLocalExtra;
+    oLocalExtra.Add(sLocalExtra.data(), sLocalExtra.size());
+    Arr<char> oCentralExtra;
+    oCentralExtra.Add(sCentralExtra.data(), sCentralExtra.size());
+    if (bUtf8) {
+        AddUnicode(oLocalExtra, EXTRA_UNICODE_NAME, oStored, oName);
+        AddUnicode(oCentralExtra, EXTRA_UNICODE_NAME, oStored, oName);
+    } else if (!IsCp437(oComment)) {
+        AddUnicode(oCentralExtra, EXTRA_UNICODE_COMMENT, oStoredComment, oComment);
+    }
+    Msg::Assert(oLocalExtra.Size() <= 0xFFFF, "size_extrafield_local == tmp");
+    Msg::Assert(oCentralExtra.Size() <= 0xFFFF, "size_extrafield_global == tmp");
     if (m_bOpen) CloseMember();
     Change([&] { HandOnFull(); });
 
@@ -89,9 +117,12 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
         const std::size_t uOut = m_oOut.Size();
         m_uHeader = uHeader;
         try {
-            AddHeaders({oStored.Beg(), oStored.Size()}, oInfo, sLocalExtra, sCentralExtra,
+            const u1_t uLevel = uMethod == ZIP_DEFLATED ? LevelFlags(iLevel) : u1_t{0};
+            AddHeaders({oStored.Beg(), oStored.Size()}, oInfo,
+                       {oLocalExtra.Beg(), oLocalExtra.Size()},
+                       {oCentralExtra.Beg(), oCentralExtra.Size()},
                        {oStoredComment.Beg(), oStoredComment.Size()},
-                       uMethod == ZIP_DEFLATED ? LevelFlags(iLevel) : u1_t{0}, uMethod);
+                       static_cast<u1_t>(uLevel | (bUtf8 ? FLAG_UTF8 : 0)), uMethod);
             m_oPacker.Open(*this, uMethod == ZIP_STORED ? Format::Stored : Format::Raw, iLevel);
         } catch (...) {
             // Nothing is written yet: the archive stays as it was.

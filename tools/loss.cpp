@@ -1,0 +1,126 @@
+#include "tools/loss.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "vok/base/number.h"
+#include "vok/data/walk.h"
+
+namespace tools {
+
+namespace {
+
+using vok::Data;
+using vok::Data_Node;
+
+class Losses {
+  public:
+    void Add(vok::u3_t uCount, const char* sOne, const char* sMany) {
+        if (uCount == 0) return;
+        m_asLine.push_back(std::to_string(uCount) + ' ' + (uCount == 1 ? sOne : sMany));
+    }
+    [[nodiscard]] std::vector<std::string> Lines() && { return std::move(m_asLine); }
+
+  private:
+    std::vector<std::string> m_asLine;
+};
+
+// Everything that some form drops, counted.
+struct Counts {
+    vok::u3_t uEmptyAttributes = 0;
+    vok::u3_t uFloats = 0;     // with more digits than 32 bits hold
+    vok::u3_t uFractions = 0;  // dates with parts of a second
+    vok::u3_t uChars = 0;      // beyond one byte
+    vok::u3_t uNoChars = 0;    // that are no character of Unicode
+    vok::u3_t uDates = 0;
+    vok::u3_t uLongs = 0;
+    vok::u3_t uQuads = 0;
+    vok::u3_t uLinks = 0;  // that lead to nothing, or to the top
+
+    explicit Counts(const Data& oTree) {
+        Data oNode = oTree;
+        for (vok::Data_Walk o(oTree); o.Next();) {
+            oNode.SetToNode(o.GetId());
+            oNode.GetAttributes(m_oNames, m_oValues);
+            for (const char* sValue : m_oValues) uEmptyAttributes += *sValue == 0;
+            Count(o, oNode);
+        }
+    }
+
+  private:
+    void Count(const vok::Data_Walk& o, const Data& oNode) {
+        switch (o.GetType()) {
+            case Data_Node::Float: {
+                const double d = o.Dbl();
+                uFloats += std::isfinite(d) && static_cast<double>(static_cast<float>(d)) != d;
+                break;
+            }
+            case Data_Node::Date:
+                ++uDates;
+                uFractions += std::isfinite(o.Dbl()) && std::floor(o.Dbl()) != o.Dbl();
+                break;
+            case Data_Node::Char: {
+                const auto uCode = static_cast<vok::u2_t>(o.Int());
+                uChars += uCode > 0xFF;
+                uNoChars += uCode > 0x10FFFF || (uCode >= 0xD800 && uCode < 0xE000);
+                break;
+            }
+            case Data_Node::Long: ++uLongs; break;
+            case Data_Node::Quad: ++uQuads; break;
+            case Data_Node::Link: {
+                const Data oTarget = oNode.GetValLink();
+                uLinks += !oTarget.IsNode() || oTarget.GetId() == 0 ||
+                          oTarget.GetType() == Data_Node::Zombi;
+                break;
+            }
+            default: break;
+        }
+    }
+
+    vok::Arr<const char*> m_oNames;
+    vok::Arr<const char*> m_oValues;
+};
+
+}  // namespace
+
+std::vector<std::string> LostByReading(const Input& oIn) {
+    const vok::Load_Report& r = oIn.oReport;
+    Losses o;
+    o.Add(r.m_uReordered, "element stands elsewhere: successors are ordered by name",
+          "elements stand elsewhere: successors are ordered by name");
+    o.Add(r.m_uDroppedTexts, "text beside elements", "texts beside elements");
+    o.Add(r.m_uKeptReferences, "unknown reference, kept as text",
+          "unknown references, kept as text");
+    o.Add(r.m_uComments, "comment", "comments");
+    o.Add(r.m_uInstructions, "processing instruction or document type",
+          "processing instructions and document types");
+    return std::move(o).Lines();
+}
+
+std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFormat, int iMinor) {
+    Losses o;
+    if (sFormat == "dump") return {};
+    const Counts n(oTree);
+    if (sFormat == "xml") {
+        o.Add(n.uFractions, "fraction of a second", "fractions of a second");
+        o.Add(n.uNoChars, "number that is no character", "numbers that are no characters");
+        return std::move(o).Lines();
+    }
+    o.Add(n.uEmptyAttributes, "empty attribute", "empty attributes");
+    o.Add(n.uFloats, "real cut to 32 bits", "reals cut to 32 bits");
+    o.Add(n.uFractions, "fraction of a second", "fractions of a second");
+    o.Add(n.uChars, "character beyond one byte", "characters beyond one byte");
+    o.Add(n.uLinks, "link to nothing or to the top", "links to nothing or to the top");
+    if (iMinor < 2) o.Add(n.uDates, "date, kept as text", "dates, kept as texts");
+    if (iMinor < 3) o.Add(n.uLongs, "64-bit number, kept as text", "64-bit numbers, kept as texts");
+    return std::move(o).Lines();
+}
+
+std::string WhyNot(const Data& oTree, const std::string& sFormat, int iMinor) {
+    if (sFormat != "dgraph" || iMinor >= 3) return {};
+    if (Counts(oTree).uQuads == 0) return {};
+    return "quadruples cannot be read back from a document before version 1.3";
+}
+
+}  // namespace tools
