@@ -61,7 +61,6 @@ void AddPlace(const System::ApplicationException::Place& o) noexcept {
 
 // What the facade nested in its own failure.
 void SetDetail(const System::ApplicationException& oFailure) noexcept {
-    const char* sTrail = "";
     try {
         if (oFailure.nested_ptr() == nullptr) return;
         oFailure.rethrow_nested();
@@ -74,9 +73,8 @@ void SetDetail(const System::ApplicationException& oFailure) noexcept {
         t_oDetail.Add("\n");
         AddPlace(oFailure.GetPlace());
     } catch (...) {
-        sTrail = "unknown failure\n";
+        t_oDetail.Add("unknown failure\n");
     }
-    t_oDetail.Add(sTrail);
 }
 
 // The banner is for programs with a console of their own; a host of this library sees every

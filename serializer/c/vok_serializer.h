@@ -61,9 +61,9 @@ VOK_API int32_t vok_serializer_version(void);
 /* The text of the last failure in this thread, valid until the next one; empty before the first.
  * Never null. */
 VOK_API const vok_char* vok_last_error(void);
-/* The reason of that failure, in lines: the native error; where in a document it was found ("at byte
- * 17, line 2, column 5, in /a[0]"), when one was being read; the functions it passed, innermost
- * first. Empty when the text of the failure says it all. Valid as long. Never null. */
+/* The reason of that failure, in lines: the native error; where in a document it was found ("at
+ * byte 17, line 2, column 5, in /a[0]"), when one was being read; the functions it passed,
+ * innermost first. Empty when the text of the failure says it all. Valid as long. Never null. */
 VOK_API const vok_char* vok_last_error_detail(void);
 
 /* Handles that wait for vok_node_free, and blocks of memory in use with their bytes, in the whole

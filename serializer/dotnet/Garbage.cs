@@ -1,5 +1,7 @@
 using System;
 using System.Diagnostics;
+using System.Runtime.CompilerServices;
+using System.Runtime.InteropServices;
 using System.Threading;
 
 namespace Velmar.Q7R.Serializer
@@ -29,6 +31,46 @@ namespace Velmar.Q7R.Serializer
             {
                 Interlocked.Exchange(ref s_iLimit, LimitAbove(iBytes));
             }
+        }
+
+        // After the use of a root: what tells whether it was kept, when trees take much memory.
+        internal static WeakReference Watch(Node root)
+        {
+            bool bMuch = Native.vok_live_bytes() > Interlocked.Read(ref s_iLimit);
+            var watched = bMuch ? new WeakReference(root) : null;
+            GC.KeepAlive(root);
+            return watched;
+        }
+
+        // Gives up the tree of a root that nobody kept. It is young, so that a small part of a
+        // collection finds out.
+        internal static void Release(WeakReference root)
+        {
+            if (root == null) return;
+            long iBefore = Native.vok_live_bytes();
+            ClearStack();
+            GC.Collect(0);
+            if (!root.IsAlive) WaitForFinalizers(iBefore);
+        }
+
+        // Some runtimes take whatever lies on the stack for references; what the calls before have
+        // left there would keep their root.
+        [StructLayout(LayoutKind.Explicit, Size = 4096)]
+        private struct Zeros
+        {
+            [FieldOffset(0)]
+            internal int First;
+        }
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static int ClearStack()
+        {
+            var zeros = new Zeros();
+            return Touch(ref zeros);
+        }
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static int Touch(ref Zeros zeros)
+        {
+            return zeros.First;
         }
 
         // Roots are young, and nobody but a host that keeps one holds them: the youngest generation

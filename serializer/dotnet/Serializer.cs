@@ -1,4 +1,5 @@
 using System;
+using System.Runtime.CompilerServices;
 using System.Runtime.InteropServices;
 
 namespace Velmar.Q7R.Serializer
@@ -30,11 +31,7 @@ namespace Velmar.Q7R.Serializer
         /// vok::Data" when WriteValues disposed of the root.</exception>
         public void WriteToFile(ISerialisable iSerialisable, string fileName)
         {
-            Node root = NewRoot();
-            iSerialisable.WriteValues(root);
-            Native.Found("Failed to write data to file",
-                         Native.vok_save_file(HandleOf(root), fileName));
-            GC.KeepAlive(root);
+            Garbage.Release(Save(iSerialisable, fileName));
         }
 
         /// <summary>The object as a binary document.</summary>
@@ -42,14 +39,13 @@ namespace Velmar.Q7R.Serializer
         /// vok::Data" when WriteValues disposed of the root.</exception>
         public byte[] WriteToBinaryBuffer(ISerialisable iSerialisable)
         {
-            Node root = NewRoot();
-            iSerialisable.WriteValues(root);
             IntPtr pBytes = IntPtr.Zero;
             try
             {
                 int iSize;
-                Native.Found(Native.BufferFailure,
-                             Native.vok_save_buffer(HandleOf(root), ref pBytes, out iSize));
+                // Before the array: a large one lets the collector look at everything, after which
+                // the root is no longer young.
+                Garbage.Release(Save(iSerialisable, ref pBytes, out iSize));
                 byte[] byteArray = new byte[iSize];
                 Marshal.Copy(pBytes, byteArray, 0, iSize);
                 return byteArray;
@@ -61,7 +57,6 @@ namespace Velmar.Q7R.Serializer
             finally
             {
                 Native.vok_bytes_free(pBytes);
-                GC.KeepAlive(root);
             }
         }
 
@@ -70,9 +65,7 @@ namespace Velmar.Q7R.Serializer
         /// ReadValues is not called then.</exception>
         public void ReadFromFile(ISerialisable iSerialisable, string fileName)
         {
-            Node root = NewRoot();
-            Native.Found(Native.ReadFailure, Native.vok_load_file(HandleOf(root), fileName));
-            iSerialisable.ReadValues(root);
+            Garbage.Release(Load(iSerialisable, fileName));
         }
 
         /// <summary>Reads a binary document into the object.</summary>
@@ -80,11 +73,7 @@ namespace Velmar.Q7R.Serializer
         /// ReadValues is not called then.</exception>
         public void ReadFromBinaryBuffer(ISerialisable iSerialisable, byte[] byteArray)
         {
-            Node root = NewRoot();
-            int iSize = byteArray == null ? 0 : byteArray.Length;
-            Native.Found(Native.ReadFailure,
-                         Native.vok_load_buffer(HandleOf(root), byteArray, iSize));
-            iSerialisable.ReadValues(root);
+            Garbage.Release(Load(iSerialisable, byteArray));
         }
 
         /// <summary>There is nothing to give up.</summary>
@@ -97,6 +86,49 @@ namespace Velmar.Q7R.Serializer
         /// <summary>There is nothing to give up.</summary>
         protected virtual void Dispose(bool disposing)
         {
+        }
+
+        // Methods of their own, so that a root is on no stack afterwards. They return what tells
+        // whether the object kept it.
+
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static WeakReference Save(ISerialisable iSerialisable, string fileName)
+        {
+            Node root = NewRoot();
+            iSerialisable.WriteValues(root);
+            Native.Found("Failed to write data to file",
+                         Native.vok_save_file(HandleOf(root), fileName));
+            return Garbage.Watch(root);
+        }
+
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static WeakReference Save(ISerialisable iSerialisable, ref IntPtr pBytes, out int iSize)
+        {
+            Node root = NewRoot();
+            iSerialisable.WriteValues(root);
+            Native.Found(Native.BufferFailure,
+                         Native.vok_save_buffer(HandleOf(root), ref pBytes, out iSize));
+            return Garbage.Watch(root);
+        }
+
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static WeakReference Load(ISerialisable iSerialisable, string fileName)
+        {
+            Node root = NewRoot();
+            Native.Found(Native.ReadFailure, Native.vok_load_file(HandleOf(root), fileName));
+            iSerialisable.ReadValues(root);
+            return Garbage.Watch(root);
+        }
+
+        [MethodImpl(MethodImplOptions.NoInlining)]
+        private static WeakReference Load(ISerialisable iSerialisable, byte[] byteArray)
+        {
+            Node root = NewRoot();
+            int iSize = byteArray == null ? 0 : byteArray.Length;
+            Native.Found(Native.ReadFailure,
+                         Native.vok_load_buffer(HandleOf(root), byteArray, iSize));
+            iSerialisable.ReadValues(root);
+            return Garbage.Watch(root);
         }
 
         // The object may keep its root, so roots are left to the collector.

@@ -34,6 +34,25 @@ TEST(Mem, CountsBlocksAndOwners) {
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
 }
 
+TEST(Mem, TracesWhatOwnersGiveUp) {
+    const Msg_Capture oCapture;
+    void* const pData = Mem::Create(8);
+    for (int i = 0; i < 3; ++i) Mem::AddRef(pData);
+    Mem::DecRef(pData);  // not yet
+    Mem::SetDebug(true);
+    Mem::DecRef(pData);
+    EXPECT_FALSE(Mem::DropRef(pData));
+    EXPECT_TRUE(Mem::DropRef(pData));
+    Mem::SetDebug(false);
+    char sBlock[64];
+    std::snprintf(sBlock, sizeof(sBlock), "VOK.Mem:reference_count(0x%016llX) = ",
+                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pData)) -
+                      Mem::HEADER_SIZE);
+    const std::string sLine = sBlock;
+    EXPECT_EQ(Msg_Capture::TakeDebug(), sLine + "2 - 1\n" + sLine + "1 - 1\n");
+    Mem::Free(pData);
+}
+
 TEST(Mem, FailuresSayHowMuchIsInUse) {
     const Msg_Capture oCapture;
     const Mem_Probe oProbe;

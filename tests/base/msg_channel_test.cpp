@@ -1,4 +1,5 @@
 // Console, debugger and log file.
+#include <ctime>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -27,6 +28,16 @@ std::string BannerShape() {
     return Shape(Ids() + "### ===== 2026-01-31 23:59:59 (vok 2.1.143-1  Nov 22 2018) =====\n");
 }
 
+// Whether sText shows the time of this very moment, give or take a second.
+bool ShowsNow(const std::string& sText) {
+    for (std::time_t iTime = std::time(nullptr) - 2, iEnd = iTime + 4; iTime < iEnd; ++iTime) {
+        char sTime[32];
+        std::strftime(sTime, sizeof(sTime), "%Y-%m-%d %H:%M:%S ", std::localtime(&iTime));
+        if (sText.find(sTime) != std::string::npos) return true;
+    }
+    return false;
+}
+
 // What oBody prints to standard output and to the error output.
 template <class F>
 Pair Printed(F&& oBody) {
@@ -52,12 +63,29 @@ TEST(MsgConsole, DefaultWriterClipsCharactersAndChoosesTheStream) {
               Pair("1 open files (peak 2)\n", "******** PROGRAM ABORTED ********** \nvok --x \n"));
 }
 
+#ifdef __GLIBC__
+// A program may put another file in the place of its standard output.
+TEST(MsgConsole, DefaultWriterFollowsStandardOutput) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    Msg::SetWriter(Msg::DefaultWriter());
+    std::FILE* const pOld = std::exchange(stdout, std::fopen("out", "w"));
+    std::fputs("first ", stdout);
+    const Pair oPrinted = Printed([] { Msg::OpenFiles(1, 2); });
+    std::fclose(std::exchange(stdout, pOld));
+    EXPECT_EQ(oPrinted, Pair("", ""));
+    EXPECT_EQ(OnDisk("out"), "first 1 open files (peak 2)\n");
+}
+#endif
+
 TEST(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
     const Msg_Capture oCapture;
     EXPECT_FALSE(Msg::SetBanner(true));
     EXPECT_TRUE(Msg::Banner());
     EXPECT_EQ(Raised([] { Msg::NodeIsEmpty(); }), "node is empty\n");
-    EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "|");
+    const std::string sBanner = Msg_Capture::TakeConsole();
+    EXPECT_EQ(Shape(sBanner), BannerShape() + "|");
+    EXPECT_TRUE(ShowsNow(sBanner)) << sBanner;
     Msg::UnexpectedException("f");
     EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "|");
     Msg::OpenFiles(1, 1);
@@ -153,6 +181,7 @@ TEST(MsgLog, Flags) {
         Msg::SetLogFile("a.log");
         Msg::Log("text", oRow.iFlags);
         EXPECT_EQ(Shape(LinesOnDisk("a.log")), Shape(oRow.sFile));
+        EXPECT_EQ(ShowsNow(LinesOnDisk("a.log")), (oRow.iFlags & Msg::LOG_TIME) != 0);
         EXPECT_EQ(Msg_Capture::TakeDebug(), oRow.sDebug);
     }
 }
@@ -166,10 +195,23 @@ TEST(MsgLog, Paths) {
     if (sys::IS_WINDOWS) return;  // what follows would write to drives
     // A path that does not open is followed by the usual places, of which the first one that
     // opens counts.
-    fs::create_directories("G:/tmp");
-    fs::create_directories("E:/temp");
+    Texts oPlaces;
+    for (const char cDrive : std::string_view("CDEFG")) {
+        for (const char* sFolder : {":/tmp", ":/temp"})
+            oPlaces.push_back(cDrive + std::string(sFolder));
+    }
+    for (const char cDrive : std::string_view("CDEFG"))
+        oPlaces.push_back(cDrive + std::string(":"));
+    for (const std::string& s : oPlaces) fs::create_directories(s);
+    for (const std::string& s : oPlaces) {
+        Msg::SetLogFile("no/such/dir/a.log");
+        EXPECT_EQ(Msg::LogFile(), s + "/vok2.log");
+        fs::remove_all(s);
+    }
+    const bool bThere = fs::exists("/tmp/vok2.log");
     Msg::SetLogFile("no/such/dir/a.log");
-    EXPECT_EQ(Msg::LogFile(), "E:/temp/vok2.log");
+    EXPECT_EQ(Msg::LogFile(), "/tmp/vok2.log");
+    if (!bThere) fs::remove("/tmp/vok2.log");
     // A path too long is replaced before it is tried; one shorter is tried and found to be a
     // directory. Both places exist here, and differ in case.
     fs::create_directories("c:/tmp");
@@ -193,6 +235,125 @@ TEST(MsgLog, SinkMayEmit) {
     EXPECT_EQ(Raised([] { Msg::NodeIsNotUnique(); }), "node is not unique\n");
     EXPECT_EQ(LinesOnDisk("a.log"), Ids() + "node is not unique\n");
     EXPECT_EQ(Msg_Capture::TakeConsole(), "8 open files (peak 9)\n|");
+}
+
+// What runs in a process of its own, which has to end on time and with status 0.
+template <class F>
+void EndsWell(F&& oBody) {
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "takes a fork";
+    const auto oRun = [&] {
+        std::thread([] {
+            std::this_thread::sleep_for(std::chrono::seconds(20));
+            std::_Exit(99);
+        }).detach();
+        oBody();
+    };
+    EXPECT_EXIT(oRun(), testing::ExitedWithCode(0), "");
+}
+
+std::atomic<int> g_iInSink{0};
+
+void WaitFor(int iInSink) {
+    while (g_iInSink < iInSink) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+// One logs, and from the sink emits; the other emits, and from the sink logs: neither waits for
+// the other for ever.
+TEST(MsgLog, SinksThatEmitAndLogDoNotWaitForEachOther) {
+    EndsWell([] {
+        Msg::SetDebugOutput(true);
+        Msg::SetDebugSink([](const char* sText) {
+            if (*sText == '!') return;
+            ++g_iInSink;
+            WaitFor(2);
+            if (*sText == 'l') {
+                Msg::Emit(Msg::MODE_REPORT, "!", 0);
+            } else {
+                Msg::Log("!", 0);
+            }
+        });
+        std::thread oOther([] { Msg::Log("log", 0); });
+        Msg::Emit(Msg::MODE_REPORT, "emit", 0);
+        oOther.join();
+        std::_Exit(0);
+    });
+}
+
+TEST(MsgLog, ExitDoesNotWaitForAWriteThatNeverEnds) {
+    EndsWell([] {
+        Msg::SetDebugSink([](const char*) {
+            ++g_iInSink;
+            for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+        });
+        std::thread([] { Msg::Log("x", 0); }).detach();
+        WaitFor(1);
+        std::exit(0);
+    });
+}
+
+// Whatever another thread, or this one, is in the middle of.
+TEST(MsgLog, ChildrenOfAForkGoOn) {
+    const Msg_Capture oCapture;
+    const Scratch_Dir oDir;
+    Msg::SetLogFile("a.log");
+    const auto oSpeak = [] {
+        (void)Raised([] { Msg::NodeIsEmpty(); });
+        Msg::OpenFiles(1, 1);
+        Msg::Log("x", 0);
+        void* pData = Mem::Create(std::size_t{8} << 20);
+        Mem::Free(pData);
+    };
+    std::atomic<bool> bEnd{false};
+    std::vector<std::thread> oThreads(2);
+    for (std::thread& o : oThreads) {
+        o = std::thread([&] {
+            while (!bEnd) oSpeak();
+        });
+    }
+    for (int i = 0; i < 20; ++i) {
+        EndsWell([&] {
+            oSpeak();
+            std::_Exit(0);
+        });
+    }
+    bEnd = true;
+    for (std::thread& o : oThreads) o.join();
+    // From inside of a sink and of a writer.
+    static void (*s_pSpeak)() = oSpeak;
+    Msg::SetDebugSink([](const char*) {
+        Msg::SetDebugSink(nullptr);
+        EndsWell([] {
+            s_pSpeak();
+            std::_Exit(0);
+        });
+    });
+    Msg::Log("x", 0);
+    Msg::SetWriter({[](const char*, std::size_t) {
+                        EndsWell([] {
+                            s_pSpeak();
+                            std::_Exit(0);
+                        });
+                    },
+                    nullptr});
+    Msg::OpenFiles(1, 1);
+    // While another is in the middle of a log write, which the child has nobody to end for.
+    static std::atomic<bool> s_bEnd{false};
+    g_iInSink = 0;
+    Msg::SetDebugSink([](const char*) {
+        for (++g_iInSink; !s_bEnd;) std::this_thread::yield();
+    });
+    std::thread oOther([] { Msg::Log("x", 0); });
+    WaitFor(1);
+    Msg::SetWriter({[](const char*, std::size_t) {
+                        EndsWell([] {
+                            (void)Msg::LogFile();
+                            std::_Exit(0);
+                        });
+                    },
+                    nullptr});
+    Msg::OpenFiles(1, 1);
+    s_bEnd = true;
+    oOther.join();
 }
 
 TEST(MsgThreads, EveryMessageArrivesWhole) {

@@ -3,6 +3,8 @@
 #include <climits>
 #include <stdexcept>
 
+#include <zlib.h>
+
 #include "tests/support.h"
 #include "vok/base/msg_entry.h"
 #include "vok/base/where.h"
@@ -85,6 +87,11 @@ TEST(Msg, ErrnoTexts) {
         EXPECT_STREQ(Msg::ErrnoText(sBuf, sizeof(sBuf), oRow.uCode), oRow.sText);
     }
     sys::SetLastError(0);
+    std::string sAll;
+    for (u2_t u = 0; u < 200; ++u) sAll += Msg::ErrnoText(sBuf, sizeof(sBuf), u);
+    EXPECT_EQ(crc32(0, reinterpret_cast<const Bytef*>(sAll.data()), static_cast<uInt>(sAll.size())),
+              0x65819AD6u)
+        << sAll;
     EXPECT_STREQ(Msg::ErrnoText(sBuf, 38, 99), "0 :UNKNOWN (unknown errno 99)");
     EXPECT_STREQ(Msg::ErrnoText(sBuf, 37, 99), "UNKNOWN (unknown errno)");
     EXPECT_STREQ(Msg::ErrnoText(sBuf, 0, 99), "UNKNOWN (unknown errno)");
@@ -113,9 +120,21 @@ TEST(Msg, SystemErrorsFollowTheMessage) {
     EXPECT_EQ(Msg::SystemError(), Msg::NO_SYSTEM_ERROR_CODE);
     sys::SetRuntimeError(5);
     EXPECT_EQ(Msg::SystemError(), 5u);
+    // Neither the banner nor who prints it changes what the system said before.
+    Msg::SetBanner(true);
+    Msg::SetWriter(
+        {[](const char*, std::size_t) { sys::SetLastError(0); }, [] { sys::SetLastError(0); }});
+    EXPECT_TRUE(Text(Msg::NO_SYSTEM_ERROR_CODE, 2).starts_with("Function f failed: 2 :"));
+    EXPECT_EQ(sys::LastError(), 2u);
+    Msg::SetDebugSink([](const char*) { sys::SetLastError(0); });
+    EXPECT_TRUE(Text(Msg::NO_SYSTEM_ERROR_CODE, 2).starts_with("Function f failed: 2 :"));
+    EXPECT_EQ(sys::LastError(), 2u);
+    Msg::SetBanner(false);
     // The system's own numbers are translated to those the texts go by.
     EXPECT_EQ(Text(ENAMETOOLONG, 0), "Function f failed: errno=ENAMETOOLONG\n");
     EXPECT_EQ(Text(ENOTEMPTY, 0), "Function f failed: errno=ENOTEMPTY (Directory not empty)\n");
+    EXPECT_EQ(Raised([] { Msg::Emit(Msg::MODE_RAISE, "own", ENOTEMPTY); }),
+              "own: errno=ENOTEMPTY (Directory not empty)\n");
 #ifdef ELOOP
     EXPECT_TRUE(Text(ELOOP, ELOOP).starts_with("Function f failed: errno=" + std::to_string(ELOOP)))
         << Text(ELOOP, ELOOP);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vok/base/hash.h"
@@ -28,6 +29,24 @@ TEST(Str, AppendsItself) {
         ASSERT_EQ(oText.Chars(), sModel.size());
     }
     EXPECT_STREQ(oBefore.CStr(), "ab");
+}
+
+// A block with room to spare, which the other owner must not see filled.
+TEST(Str, CopiesAreTheirOwn) {
+    const std::string_view sText = "0123456789";
+    for (const auto& [sMore, sAdded] : {std::pair("x", "x"), {"\xE4", "ä"}, {"", ""}}) {
+        Str oText;
+        while (oText.Len() < 100) oText.Add(sText);
+        Str oCopy = oText;
+        oCopy.Add(sMore);
+        oText.Add("y");
+        EXPECT_EQ(oCopy.View().substr(99), std::string("9") + sAdded);
+        EXPECT_EQ(oText.View().substr(99), "9y");
+        Str oShared;
+        oShared.Add(oText);
+        oText.Clear();
+        EXPECT_EQ(oShared.View().substr(99), "9y");
+    }
 }
 
 TEST(Str, Utf16) {

@@ -2,7 +2,11 @@
 #include "serializer/c/vok_serializer.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#ifndef _WIN32
+#include <pthread.h>
+#endif
 
 #define CHECK(condition)                                           \
     do {                                                           \
@@ -126,14 +130,236 @@ static int check_null(void) {
     return 0;
 }
 
+/* The second of a name, and what is left of outputs where there is no third one. */
+static int check_indexes(void) {
+    vok_node* root = NULL;
+    vok_node* sub = NULL;
+    const vok_char* text = NULL;
+    const uint8_t* bytes = NULL;
+    int32_t a = 0, b = 0, c = 0, length = 0;
+    int32_t q[4] = {0, 0, 0, 0};
+    double real = 0;
+    int i;
+    CHECK(vok_root_create(&root) == VOK_OK);
+    for (i = 0; i < 2; ++i) {
+        const uint8_t byte = (uint8_t)i;
+        CHECK(vok_node_add_string(root, U("s"), U(i == 0 ? "s0" : "s1")) == VOK_OK);
+        CHECK(vok_node_add_int(root, U("i"), i + 1) == VOK_OK);
+        CHECK(vok_node_add_double(root, U("d"), i + 0.5) == VOK_OK);
+        CHECK(vok_node_add_bool(root, U("b"), i) == VOK_OK);
+        CHECK(vok_node_add_bytes(root, U("raw"), &byte, 1) == VOK_OK);
+        CHECK(vok_node_add_ints(root, U("q"), i, i, i, i + 1) == VOK_OK);
+        CHECK(vok_node_add_subnode(root, U("sub"), &sub) == VOK_OK);
+        CHECK(vok_node_add_int(sub, U("i"), i + 1) == VOK_OK);
+        vok_node_free(sub);
+    }
+    for (i = 1; i < 3; ++i) {
+        const vok_status expected = i == 1 ? VOK_OK : VOK_NOT_FOUND;
+        CHECK(vok_node_get_string(root, U("s"), i, &text, &length) == expected);
+        CHECK(is_text(text, "s1") && length == 2);
+        CHECK(vok_node_get_int(root, U("i"), i, &a) == expected && a == 2);
+        CHECK(vok_node_get_double(root, U("d"), i, &real) == expected && real == 1.5);
+        CHECK(vok_node_get_bool(root, U("b"), i, &b) == expected && b == 1);
+        CHECK(vok_node_get_bytes(root, U("raw"), i, &bytes, &length) == expected);
+        CHECK(bytes[0] == 1);
+        length = 2;
+        CHECK(vok_node_get_ints(root, U("q"), i, &q[0], &q[1], &q[2], &q[3]) == expected);
+        CHECK(q[0] == 1 && q[1] == 1 && q[2] == 1 && q[3] == 2);
+        if (i == 2) continue;
+        CHECK(vok_node_get_subnode(root, U("sub"), i, &sub) == VOK_OK);
+        CHECK(vok_node_get_int(sub, U("i"), 0, &c) == VOK_OK && c == 2);
+        vok_node_free(sub);
+    }
+    vok_node_free(root);
+    return 0;
+}
+
+/* Whether value begins with text. */
+static int begins(const vok_char* value, const char* text) {
+    size_t i = 0;
+    while (text[i] != 0 && value[i] == (unsigned char)text[i]) ++i;
+    return text[i] == 0;
+}
+
+/* The reason of a failure, and where in the document it lies. */
+static int check_reasons(void) {
+    static const struct {
+        const char* bytes;
+        int32_t size;
+        const char* detail;
+    } rows[] = {
+        {"no document", 11, "No binary DGraph buffer!\nat byte 11\nvok::Dgraph_LoadDGraph"},
+        {"DGraphBin\1\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+         "\7\0\0\0Root[0]\0\1\0\0\0\xFF\xFF\xFF\xFF",
+         50,
+         "Dgraph_LoadDGraph: Input stream is corrupted! Negative length read.\n"
+         "at byte 50, in /\nvok::Dgraph_LoadDGraph"},
+    };
+    vok_node* root = NULL;
+    size_t i;
+    CHECK(vok_root_create(&root) == VOK_OK);
+    for (i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        FAILS(vok_load_buffer(root, (const uint8_t*)rows[i].bytes, rows[i].size),
+              "Failed to read data from file.");
+        CHECK(begins(vok_last_error_detail(), rows[i].detail));
+    }
+    /* What says it all has none. */
+    FAILS(vok_load_buffer(NULL, NULL, 0), "Invalid vok::Data");
+    CHECK(is_text(vok_last_error_detail(), ""));
+    vok_node_free(root);
+    return 0;
+}
+
+#ifndef _WIN32
+static void* fail_in_thread(void* good) {
+    vok_node* node = NULL;
+    if (!is_text(vok_last_error(), "")) return NULL;
+    if (vok_node_copy(NULL, &node) != VOK_FAILED) return NULL;
+    return is_text(vok_last_error(), "Failed to make a node") ? good : NULL;
+}
+
+/* A request to end the thread waits until a call is over. */
+static void* cancelled_thread(void* root) {
+    pthread_cancel(pthread_self());
+    if (vok_save_file((vok_node*)root, U("cancelled.xml")) != VOK_OK) return NULL;
+    if (vok_load_file((vok_node*)root, U("cancelled.xml")) != VOK_OK) return NULL;
+    pthread_testcancel();
+    return NULL;
+}
+
+static int check_threads(void) {
+    pthread_t thread;
+    void* result = NULL;
+    char good = 1;
+    vok_node* root = NULL;
+    FAILS(vok_load_file(NULL, U("x")), "Invalid vok::Data");
+    CHECK(pthread_create(&thread, NULL, fail_in_thread, &good) == 0);
+    CHECK(pthread_join(thread, &result) == 0 && result == &good);
+    CHECK(is_text(vok_last_error(), "Invalid vok::Data"));
+
+    CHECK(vok_root_create(&root) == VOK_OK && vok_node_add_int(root, U("i"), 1) == VOK_OK);
+    CHECK(pthread_create(&thread, NULL, cancelled_thread, root) == 0);
+    CHECK(pthread_join(thread, &result) == 0 && result == PTHREAD_CANCELED);
+    remove("cancelled.xml");
+    vok_node_free(root);
+    return 0;
+}
+#endif
+
+/* Memory that runs out: the C library's own functions refuse. Where sanitizers bring theirs the
+ * build says that there are none of ours. */
+#if !defined(OWN_MALLOC) && defined(__GLIBC__)
+#define OWN_MALLOC 1
+#endif
+
+#if OWN_MALLOC
+extern void* __libc_malloc(size_t size);
+extern void* __libc_calloc(size_t count, size_t size);
+extern void* __libc_realloc(void* block, size_t size);
+
+/* Requests that are still granted; all of them below 0. */
+static long granted = -1;
+
+static int refuses(void) {
+    if (granted < 0) return 0;
+    if (granted == 0) return 1;
+    --granted;
+    return 0;
+}
+void* malloc(size_t size) {
+    return refuses() ? NULL : __libc_malloc(size);
+}
+void* calloc(size_t count, size_t size) {
+    return refuses() ? NULL : __libc_calloc(count, size);
+}
+void* realloc(void* block, size_t size) {
+    return refuses() ? NULL : __libc_realloc(block, size);
+}
+
+/* What fails does so with its own text; returns how many operations failed, -1 for a wrong text. */
+static int work(const uint8_t* document, int32_t size) {
+    static const vok_char long_text[300] = {'x', 0xE4, 'x', 0xE4, 'x'};
+    vok_node* root = NULL;
+    vok_node* sub = NULL;
+    uint8_t* bytes = NULL;
+    const vok_char* text = NULL;
+    const uint8_t* raw = NULL;
+    int32_t length = 0;
+    int failed = 0;
+    vok_char name[300];
+    size_t i;
+    for (i = 0; i < 299; ++i) name[i] = (vok_char)(i % 2 == 0 ? 'n' : 0xE4);
+    name[299] = 0;
+#define TRY(call, text)                                      \
+    do {                                                     \
+        if ((call) == VOK_FAILED) {                          \
+            ++failed;                                        \
+            if (!is_text(vok_last_error(), text)) return -1; \
+        }                                                    \
+    } while (0)
+    TRY(vok_root_create(&root), "Failed to make a node");
+    if (root == NULL) return failed;
+    TRY(vok_node_add_string(root, name, long_text), "Failed to add Node String value");
+    TRY(vok_node_add_bytes(root, name, document, size), "Failed to add Node byte array");
+    TRY(vok_node_add_ints(root, name, 1, 2, 3, 4), "Failed to add Node quad tuple");
+    TRY(vok_node_add_subnode(root, name, &sub), "Failed to add subnode");
+    TRY(vok_node_get_string(root, U("s"), 0, &text, &length), "Failed to get Node String value");
+    TRY(vok_node_get_bytes(root, name, 1, &raw, &length), "Failed to get Node byte array");
+    TRY(vok_node_count(root, name, &length), "Failed to get subnode count");
+    TRY(vok_save_buffer(root, &bytes, &length), "Failed to write data to buffer");
+    TRY(vok_save_file(root, U("memory.xml")), "Failed to write data to file");
+    TRY(vok_load_buffer(root, document, size), "Failed to read data from file.");
+    vok_bytes_free(bytes);
+    vok_node_free(sub);
+    vok_node_free(root);
+    return failed;
+}
+
+static void* first_failure(void* result) {
+    vok_node* node = NULL;
+    granted = 0;
+    *(int*)result = vok_node_create(&node) == VOK_FAILED &&
+                    vok_load_file(NULL, NULL) == VOK_FAILED &&
+                    is_text(vok_last_error(), "Invalid vok::Data");
+    granted = -1;
+    return NULL;
+}
+
+static int check_memory(void) {
+    vok_node* root = NULL;
+    uint8_t* document = NULL;
+    int32_t size = 0;
+    long most = 0;
+    int failed = 1, result = 0;
+    pthread_t thread;
+    CHECK(vok_root_create(&root) == VOK_OK && fill(root) == 0);
+    CHECK(vok_save_buffer(root, &document, &size) == VOK_OK);
+    vok_node_free(root);
+    while (failed != 0) {
+        CHECK(most < 10000);
+        granted = most++;
+        failed = work(document, size);
+        granted = -1;
+        CHECK(failed >= 0 && vok_live_nodes() == 0);
+    }
+    CHECK(most > 20);
+    remove("memory.xml");
+    /* Not even in a thread that has never had any. */
+    CHECK(pthread_create(&thread, NULL, first_failure, &result) == 0);
+    CHECK(pthread_join(thread, NULL) == 0 && result == 1);
+    vok_bytes_free(document);
+    return 0;
+}
+#endif
+
 int main(void) {
     vok_node* root = NULL;
     vok_node* loaded = NULL;
     uint8_t* bytes = NULL;
     int32_t size = 0;
     CHECK(vok_serializer_version() == VOK_SERIALIZER_VERSION);
-    vok_set_banner(0);
-    CHECK(vok_set_banner(0) == 0);
+    /* Off from when the library is loaded. */
+    CHECK(vok_set_banner(1) == 0 && vok_set_banner(0) == 1);
     CHECK(is_text(vok_last_error(), ""));
     CHECK(vok_root_create(&root) == VOK_OK);
     if (fill(root) != 0 || check(root) != 0) return 1;
@@ -165,7 +391,13 @@ int main(void) {
     CHECK(vok_node_add_int(loaded, U("x"), 2) == VOK_OK);
     CHECK(vok_node_count(loaded, U("x"), &size) == VOK_OK && size == 2);
     vok_node_free(loaded);
-    if (check_null() != 0) return 1;
+    if (check_null() != 0 || check_indexes() != 0 || check_reasons() != 0) return 1;
+#ifndef _WIN32
+    if (check_threads() != 0) return 1;
+#endif
+#if OWN_MALLOC
+    if (check_memory() != 0) return 1;
+#endif
     CHECK(vok_live_nodes() == 0);
     CHECK(vok_live_blocks() == 0);
     puts("good");

@@ -35,11 +35,16 @@ internal static class AssemblyTest
               what + ": " + actual + " instead of " + expected);
     }
 
-    private static string Failure(Action body)
+    private static ApplicationException Raised(Action body)
     {
         try { body(); }
-        catch (ApplicationException e) { return e.Message; }
-        return "(nothing raised)";
+        catch (ApplicationException e) { return e; }
+        return new ApplicationException("(nothing raised)");
+    }
+
+    private static string Failure(Action body)
+    {
+        return Raised(body).Message;
     }
 
     // ---- the public surface -------------------------------------------------
@@ -124,6 +129,29 @@ internal static class AssemblyTest
                   "public virtual Void ReadValues(Node)");
     }
 
+    // Hosts may name their arguments, so the names are part of the surface.
+    private static void TestParameterNames()
+    {
+        var names = new HashSet<string>();
+        foreach (Type type in new[] { typeof(Node), typeof(Serializer), typeof(ISerialisable) })
+        {
+            foreach (MethodInfo m in type.GetMethods().Where(m => m.DeclaringType == type))
+                names.Add(m.Name + "(" + String.Join(", ", m.GetParameters().Select(p => p.Name)) + ")");
+        }
+        string[] expected = {
+            "AddSubnode(name)", "AddValue(name, v1, v2, v3, v4)", "AddValue(name, value)", "Dispose()",
+            "GetSubnodeCount(name)", "ReadFromBinaryBuffer(iSerialisable, byteArray)",
+            "ReadFromFile(iSerialisable, fileName)", "ReadValues(node)",
+            "TryGetSubnode(name, index, node)", "TryGetSubnode(name, node)",
+            "TryGetValue(name, index, v1, v2, v3, v4)", "TryGetValue(name, index, value)",
+            "TryGetValue(name, v1, v2, v3, v4)", "TryGetValue(name, value)",
+            "WriteToBinaryBuffer(iSerialisable)", "WriteToFile(iSerialisable, fileName)",
+            "WriteValues(node)",
+        };
+        Equal(String.Join("\n", names.OrderBy(s => s, StringComparer.Ordinal)),
+              String.Join("\n", expected), "parameter names");
+    }
+
     // ---- round trips --------------------------------------------------------
 
     private static void Fill(Node node)
@@ -183,6 +211,43 @@ internal static class AssemblyTest
               text.Contains("vok::Data::"), "native text: " + text);
     }
 
+    // The second of a name, and what is left of a variable where there is no third one.
+    private static void TestIndexes()
+    {
+        var node = new Node();
+        for (int i = 0; i < 2; ++i)
+        {
+            node.AddValue("s", "s" + i);
+            node.AddValue("i", i + 1);
+            node.AddValue("d", i + 0.5);
+            node.AddValue("b", i == 1);
+            node.AddValue("raw", new[] { (byte)i });
+            node.AddValue("q", i, i, i, i + 1);
+            node.AddSubnode("sub").AddValue("i", i + 1);
+        }
+        for (int i = 1; i < 3; ++i)
+        {
+            string s = "s1";
+            int number = 2, v1 = 1, v2 = 1, v3 = 1, v4 = 2;
+            double real = 1.5;
+            bool flag = true;
+            byte[] old = { 1 }, raw = old;
+            var kept = new Node();
+            Node sub = kept;
+            Equal(node.TryGetValue("s", i, out s), i == 1, "string " + i);
+            Equal(node.TryGetValue("i", i, out number), i == 1, "int " + i);
+            Equal(node.TryGetValue("d", i, out real), i == 1, "double " + i);
+            Equal(node.TryGetValue("b", i, out flag), i == 1, "bool " + i);
+            Equal(node.TryGetValue("raw", i, out raw), i == 1, "bytes " + i);
+            Equal(node.TryGetValue("q", i, out v1, out v2, out v3, out v4), i == 1, "ints " + i);
+            Equal(node.TryGetSubnode("sub", i, out sub), i == 1, "subnode " + i);
+            Check(s == "s1" && number == 2 && real == 1.5 && flag && v1 + v2 + v3 + v4 == 5 &&
+                  raw[0] == 1, "values at " + i);
+            Check(i == 1 ? raw != old : raw == old && sub == kept, "what is kept at " + i);
+            if (i == 1) Check(sub.TryGetValue("i", out number) && number == 2, "in the second subnode");
+        }
+    }
+
     private static void TestRoundTrips(string folder)
     {
         var serializer = new Serializer();
@@ -225,6 +290,14 @@ internal static class AssemblyTest
         const string read = "Failed to read data from file.";
         Equal(Failure(() => serializer.ReadFromFile(host, Path.Combine(folder, "none"))), read, "no file");
         Equal(Failure(() => serializer.ReadFromFile(host, null)), read, "null file");
+        // The reason, and the place.
+        string bad = Path.Combine(folder, "bad.xml");
+        File.WriteAllText(bad, "<a>\n  <b><c></d></b></a>");
+        string reason = Raised(() => serializer.ReadFromFile(host, bad)).InnerException.Message;
+        Check(reason.StartsWith("no XML stream or stream is corrupted\nat byte ") &&
+              reason.Contains(", line 2, column ") && reason.Contains("vok::Data::LoadFromXML\n"),
+              "reason: " + reason);
+        Equal(Raised(() => new Node().TryGetValue("x", out bad)).InnerException, null, "no reason");
         Equal(Failure(() => serializer.ReadFromBinaryBuffer(host, new byte[8])), read, "short buffer");
         Equal(Failure(() => serializer.ReadFromBinaryBuffer(host, null)), read, "null buffer");
         Equal(Failure(() => serializer.WriteToFile(host, "")), "Failed to write data to file", "empty name");
@@ -272,6 +345,8 @@ internal static class AssemblyTest
     private static extern long vok_live_nodes();
     [DllImport("vok_serializer", CallingConvention = CallingConvention.Cdecl)]
     private static extern long vok_live_bytes();
+    [DllImport("vok_serializer", CallingConvention = CallingConvention.Cdecl)]
+    private static extern int vok_set_banner(int on);
 
     private sealed class Unfinished : Node
     {
@@ -332,6 +407,9 @@ internal static class AssemblyTest
         GC.Collect();
         GC.WaitForPendingFinalizers();
         Equal(vok_live_nodes() - before, 0, "native nodes left");
+        // Loading the library switched the lines for failures off; they can be switched on.
+        Equal(vok_set_banner(1), 0, "banner");
+        Equal(vok_set_banner(0), 1, "banner");
     }
 
     // Trees that are left behind, by calls that fail as well, are collected in time; nobody waits
@@ -359,11 +437,29 @@ internal static class AssemblyTest
         }
         host.OnWrite = node => { for (int i = 0; i < 20; ++i) node.AddValue("block", block); };
         byte[] bytes = serializer.WriteToBinaryBuffer(host);
-        host.OnRead = node => node.Dispose();
+        // Large roots: whoever disposes of them, only those that the host keeps stay, and nobody has
+        // to look at all of the managed memory for that.
+        Node kept = null;
+        Action<Node>[] readers = { node => node.Dispose(), node => { }, node => kept = node };
+        for (int n = 0; n < 3; ++n)
+        {
+            host.OnRead = readers[n];
+            serializer.ReadFromBinaryBuffer(host, bytes);
+            int collections = GC.CollectionCount(GC.MaxGeneration);
+            for (int i = 0; i < 10; ++i)
+            {
+                serializer.ReadFromBinaryBuffer(host, bytes);
+                if (n < 2) Check(vok_live_bytes() < 20L << 20, "a root stayed, case " + n);
+                if (n == 2) kept.Dispose();
+            }
+            // The one that is kept makes it worth looking, once.
+            collections = GC.CollectionCount(GC.MaxGeneration) - collections;
+            Check(collections <= n / 2, collections + " needless collections, case " + n);
+        }
         serializer.ReadFromBinaryBuffer(host, bytes);
-        int collections = GC.CollectionCount(GC.MaxGeneration);
-        for (int i = 0; i < 10; ++i) serializer.ReadFromBinaryBuffer(host, bytes);
-        Equal(GC.CollectionCount(GC.MaxGeneration) - collections, 0, "needless collections");
+        serializer.WriteToBinaryBuffer(new Host { OnWrite = node => node.AddValue("block", bytes) });
+        Equal(kept.GetSubnodeCount("block"), 20, "a large root that is kept");
+        kept.Dispose();
     }
 
     private static long ResidentBytes()
@@ -420,6 +516,8 @@ internal static class AssemblyTest
         string folder = args.Length > 0 ? args[0] : Path.GetTempPath();
         int count = args.Length > 1 ? Int32.Parse(args[1]) : 1000000;
         TestSurface();
+        TestParameterNames();
+        TestIndexes();
         TestRoundTrips(folder);
         TestBytes();
         TestFailures(folder);

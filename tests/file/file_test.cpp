@@ -1,5 +1,7 @@
 #include <cstdlib>
+#include <functional>
 #include <limits>
+#include <thread>
 
 #include "tests/file/file_support.h"
 
@@ -131,8 +133,7 @@ void AgainstAModel(const char* sAttributes, unsigned uSeed) {
                 break;
             }
             case 3: oFile.Flush(); break;
-            default:
-                ASSERT_TRUE(bGzip || oFile.Size() == static_cast<i3_t>(sModel.size()));
+            default: ASSERT_TRUE(bGzip || oFile.Size() == static_cast<i3_t>(sModel.size()));
         }
         ASSERT_EQ(oFile.Tell(), static_cast<i3_t>(uAt)) << "step " << iStep;
     }
@@ -393,6 +394,72 @@ TEST_F(File_Test, FullDisk) {
         oSilent.Write("abc");
     }
     EXPECT_EQ(File::OpenFiles(), uOpen);
+}
+
+// A disk that fails must not look like an end, wherever short reads are allowed.
+TEST_F(File_Test, FailingDisk) {
+    if (sys::IS_WINDOWS || File::Size("/proc/self/mem") < 0) GTEST_SKIP() << "no file that fails";
+    for (const char* sAttributes : {"rs", "rsu", "rsz"}) {
+        SCOPED_TRACE(sAttributes);
+        Arr<char> oArr;
+        char cByte = 0;
+        const std::function<void(File&)> aoReads[] = {
+            [&](File& o) { o.Read(&cByte, 1, true); },
+            [&](File& o) { o.Read(oArr, 10); },
+            [&](File& o) { o.Read(oArr, File::ALL); },
+        };
+        for (const auto& oRead : aoReads) {
+            File oFile("/proc/self/mem", sAttributes);
+            EXPECT_EQ(Raised([&] { oRead(oFile); }),
+                      "unexpected end of file in \"/proc/self/mem\": errno=EIO (I/O error)\n");
+        }
+    }
+}
+
+// Two that append to one file take turns; nobody writes over what the other wrote.
+TEST_F(File_Test, AppendersTakeTurns) {
+    for (const char* sAttributes : {"as", "asu", "a+s"}) {
+        ToDisk("log", "0");
+        File oFirst("log", sAttributes), oSecond("log", sAttributes);
+        for (const char* s : {"1", "3"}) {
+            oFirst.Write(s);
+            oFirst.Flush();
+            oSecond.Write("2");
+            oSecond.Flush();
+        }
+        EXPECT_EQ(OnDisk("log"), "01232") << sAttributes;
+    }
+    std::filesystem::remove("log");
+    File oFirst("log", "asz"), oSecond("log", "asz");
+    for (File* p : {&oFirst, &oSecond}) {
+        p->Write(p == &oFirst ? "1" : "2");
+        p->Close();
+    }
+    Arr<char> oArr;
+    File("log", "rz").Read(oArr, File::ALL);
+    EXPECT_EQ(Content(oArr), "12");
+}
+
+TEST_F(File_Test, Pipes) {
+    if (sys::IS_WINDOWS) GTEST_SKIP() << "no such pipes";
+    ASSERT_EQ(std::system("mkfifo pipe"), 0);
+    const std::string sText = Noise(100'000, 8);
+    std::thread oWriter([&] {
+        File oFile("pipe", "ws");
+        oFile.Write(sText.data(), sText.size());
+        oFile.Close();
+    });
+    File oFile("pipe", "rs");
+    Arr<char> oArr;
+    char aFirst[3];
+    EXPECT_EQ(oFile.Read(aFirst, 3), 3u);
+    EXPECT_EQ(oFile.Read(oArr, File::ALL), sText.size() - 3);
+    oWriter.join();
+    EXPECT_EQ(std::string(aFirst, 3) + Content(oArr), sText);
+    EXPECT_EQ(oFile.Tell(), -1);
+    EXPECT_EQ(oFile.Size(), -1);
+    EXPECT_EQ(Raised([&] { oFile.Seek(0); }),
+              "file seek to position 0 in mode 0 failed: errno=ESPIPE (Illegal seek)\n");
 }
 
 TEST_F(File_Test, OpenFilesAreCounted) {

@@ -1,7 +1,10 @@
 // Every kind of value through the facade, in a fresh tree and in one read back from bytes.
 #include <array>
 #include <bit>
+#include <chrono>
 #include <limits>
+#include <mutex>
+#include <thread>
 
 #include "tests/serializer/serializer_support.h"
 
@@ -18,8 +21,9 @@ void OnBoth(const std::function<void(Node&)>& oBuild, const std::function<void(N
 
 using Quad = std::array<Int32, 4>;
 
-bool Get(const Node& o, const char* s, Int32, Quad& oValue) {
-    return o.TryGetValue(s, oValue[0], oValue[1], oValue[2], oValue[3]);
+bool Get(const Node& o, const char* s, Int32 iNth, Quad& oValue) {
+    return iNth == 0 ? o.TryGetValue(s, oValue[0], oValue[1], oValue[2], oValue[3])
+                     : o.TryGetValue(s, iNth, oValue[0], oValue[1], oValue[2], oValue[3]);
 }
 template <class T>
 bool Get(const Node& o, const char* s, Int32 iNth, T& tValue) {
@@ -148,6 +152,9 @@ TEST(Node, Strings) {
         {u"\u00E4\U0001F600", u"\u00E4\U0001F600", "\xC3\xA4\xF0\x9F\x98\x80"},
         {u"\xD83D", u"\uFFFD", "\xEF\xBF\xBD"},
         {u"\xDE00\xD83Dx", u"\uFFFD\uFFFDx", "\xEF\xBF\xBD\xEF\xBF\xBDx"},
+        {u"\u00C3\u00A4", u"\u00C3\u00A4", "\xC3\x83\xC2\xA4"},
+        {u"\u007F", u"\u007F", "\x7F"}, {u"\u0080", u"\u0080", "\xC2\x80"},
+        {u8"\u00E4\U0001F600", u"\u00E4\U0001F600", "\xC3\xA4\xF0\x9F\x98\x80"},
         {"\xE4", u"\u00E4", "\xC3\xA4"}, {std::u16string_view(u"ab\0cd", 5), u"ab", "ab"},
         {std::string_view("ab\0cd", 5), u"ab", "ab"}, {sLong, sLong, sUtf8},
         // clang-format on
@@ -170,6 +177,25 @@ TEST(Node, Strings) {
                    EXPECT_EQ(node.GetSubnodeCount(o.sUtf8), 1);
                });
     }
+}
+
+// A pointer is a text or does not compile; it is never true.
+template <class T>
+concept Addable = requires(Node& node, T tValue) {
+    node.AddValue("x", tValue);
+};
+static_assert(Addable<const char*> && Addable<const char8_t*> && Addable<const char16_t*>);
+static_assert(Addable<char*> && Addable<char8_t*> && Addable<char16_t*> && Addable<bool>);
+static_assert(!Addable<const wchar_t*> && !Addable<const char32_t*> && !Addable<void*>);
+static_assert(!Addable<int*> && !Addable<const unsigned char*> && !Addable<void (*)()>);
+static_assert(!Addable<Node*> && !Addable<int Quad::*> && !Addable<std::nullptr_t>);
+
+TEST(Node, LiteralsOfEveryKindAreTexts) {
+    Node node;
+    node.AddValue("x", "\xC3\xA4");
+    node.AddValue(u8"x", u8"\u00E4");
+    node.AddValue(u"x", u"\u00E4");
+    for (Int32 i = 0; i < 3; ++i) EXPECT_EQ(Got(node, "x", String(), i), "\xC3\xA4");
 }
 
 TEST(Node, NumbersAndBytesKeepEveryBit) {
@@ -219,6 +245,63 @@ TEST(Node, SuccessorsOfOneName) {
         EXPECT_TRUE(node.TryGetSubnode("a", node));  // into the node itself
         EXPECT_EQ(Got(node, "i", -1), "0");
     });
+}
+
+TEST(Node, IndexesOfEveryKind) {
+    const auto oBuild = [](Node& node) {
+        for (const Byte u : {Byte{1}, Byte{2}}) {
+            node.AddValue("s", std::string(u, 's'));
+            node.AddValue("i", Int32{u});
+            node.AddValue("d", u + 0.5);
+            node.AddValue("b", u == 2);
+            node.AddValue("raw", Bytes{u});
+            node.AddValue("q", u, u, u, u);
+            node.AddSubnode("sub").AddValue("i", Int32{u});
+        }
+    };
+    OnBoth(oBuild, [](Node& node) {
+        for (const Int32 i : {1, 2}) {
+            const std::string sNone = i == 1 ? "" : "none ";
+            EXPECT_EQ(Got(node, "s", String(u"ss"), i), sNone + "ss");
+            EXPECT_EQ(Got(node, "i", 2, i), sNone + "2");
+            EXPECT_EQ(Got(node, "d", 2.5, i), sNone + "2.500000");
+            EXPECT_EQ(Got(node, "b", true, i), sNone + "1");
+            EXPECT_EQ(Got(node, "raw", Bytes{2}, i), sNone + "2.");
+            EXPECT_EQ(Got(node, "q", Quad{2, 2, 2, 2}, i), sNone + "2.2.2.2.");
+        }
+        Node oSub;
+        EXPECT_TRUE(node.TryGetSubnode("sub", 1, oSub));
+        EXPECT_EQ(Got(oSub, "i", 0), "2");
+    });
+}
+
+// As a collector does that frees nodes in a thread of its own, while others of their tree are used.
+TEST(NodeThreads, NodesAreGivenUpByAnother) {
+    std::mutex oMutex;
+    std::vector<Node> oGarbage;
+    bool bEnd = false;
+    std::thread oCollector([&] {
+        for (bool bLast = false; !bLast;) {
+            std::vector<Node> oMine;
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+            const std::lock_guard oGuard(oMutex);
+            oMine.swap(oGarbage);
+            bLast = bEnd;
+        }
+    });
+    Node root;
+    for (Int32 i = 0; i < 5000; ++i) {
+        Node sub = root.AddSubnode("sub");
+        sub.AddValue("i", i);
+        const std::lock_guard oGuard(oMutex);
+        oGarbage.push_back(sub);
+    }
+    {
+        const std::lock_guard oGuard(oMutex);
+        bEnd = true;
+    }
+    oCollector.join();
+    EXPECT_EQ(root.GetSubnodeCount("sub"), 5000);
 }
 
 // Only a tree node and an empty one take successors.

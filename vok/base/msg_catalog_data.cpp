@@ -145,7 +145,7 @@ void Msg_Catalog::UnexpectedCharacter(u2_t uChar) {
 
 void Msg_Catalog::UnexpectedNonUtfSequenceFound() {
     Msg_Entry::Report({"unexpected non utf sequence found!",
-                       "unerwartete Zeichenfolge gefunden, die kein UTF ist!"});
+                       "unerwartete Bytefolge gefunden, die kein UTF ist!"});
 }
 
 void Msg_Catalog::UnknownCharacterCoding(const char* sCoding) {

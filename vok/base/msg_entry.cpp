@@ -1,6 +1,7 @@
 #include "vok/base/msg_entry.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"
@@ -46,8 +47,11 @@ Msg_Arg::Msg_Arg(Kind eKind, u3_t uValue) noexcept : m_sText(m_sBuf) {
 }
 
 void Msg_Entry::Raise(const Msg_Text& oText, const Args& oArgs, u2_t uSystemError) {
-    // Emit does not return; the throw of its result only tells the compiler so.
-    throw Emit(Msg::MODE_RAISE, oText, oArgs, uSystemError);
+    Emit(Msg::MODE_RAISE, oText, oArgs, uSystemError);
+    // Not reached, which the compiler cannot know. A throw of the result would do as well, but
+    // claim room for it first, and when memory is short leave the runtime's little reserve in
+    // pieces.
+    std::terminate();
 }
 
 void Msg_Entry::Report(const Msg_Text& oText, const Args& oArgs) {

@@ -45,12 +45,13 @@ class Msg_Lock {
                m_uProcess.load(std::memory_order_relaxed) == sys::ProcessId();
     }
 
-  private:
+    // Of the holder, whose ids change in the child of a fork.
     void NoteHolder() noexcept {
         m_uProcess.store(sys::ProcessId(), std::memory_order_relaxed);
         m_uThread.store(sys::ThreadId(), std::memory_order_relaxed);
     }
 
+  private:
     std::atomic<u2_t> m_uHeld{0};
     std::atomic<u2_t> m_uProcess{0};
     std::atomic<u2_t> m_uThread{0};

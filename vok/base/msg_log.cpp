@@ -80,21 +80,39 @@ void Write(const char* sText, int iFlags) noexcept {
 // As long as a write takes, also on a slow disk.
 constexpr unsigned PATIENCE_MS = 500;
 
-// A child of fork has one thread: locks that others held would never be given back. They are
-// taken around it in their order, unless the thread that forks is inside of one itself.
-bool g_bLogTaken = false;
-bool g_bMessageTaken = false;
+// A child of fork has one thread: locks that others held would never be given back. So they are
+// taken around it, in their order. A thread that forks while it holds one, in a writer or a debug
+// sink, goes on holding it in the child, under the ids it has there.
+enum class Held : unsigned char { Not, Before, ForTheFork };
+thread_local Held t_eLog = Held::Not;
+thread_local Held t_eMessage = Held::Not;
+thread_local u2_t t_uParent = 0;
+
+Held Take(Msg_Lock& oLock) noexcept {
+    if (oLock.IsMine()) return Held::Before;
+    oLock.Enter();
+    return Held::ForTheFork;
+}
+
+void GiveBack(Msg_Lock& oLock, Held eHeld) noexcept {
+    const bool bChild = sys::ProcessId() != t_uParent;
+    if (eHeld == Held::Before) {
+        oLock.NoteHolder();
+    } else if (eHeld == Held::ForTheFork || bChild) {  // nobody is left in the child to hold it
+        oLock.Leave();
+    }
+}
+
 void BeforeFork() {
-    Msg_Lock& oMessage = Msg_Console::Lock();
-    const bool bLog = !g_oLock.IsMine() && !oMessage.IsMine();
-    if (bLog) g_oLock.Enter();
-    g_bLogTaken = bLog;
-    g_bMessageTaken = !oMessage.IsMine();
-    if (g_bMessageTaken) oMessage.Enter();
+    t_uParent = sys::ProcessId();
+    // Who holds the message lock must not wait for the log lock.
+    const bool bOrder = g_oLock.IsMine() || !Msg_Console::Lock().IsMine();
+    t_eLog = bOrder ? Take(g_oLock) : Held::Not;
+    t_eMessage = Take(Msg_Console::Lock());
 }
 void AfterFork() {
-    if (g_bMessageTaken) Msg_Console::Lock().Leave();
-    if (g_bLogTaken) g_oLock.Leave();
+    GiveBack(Msg_Console::Lock(), t_eMessage);
+    GiveBack(g_oLock, t_eLog);
 }
 
 // Switches the log off when the library is unloaded, unless a thread that is gone, or that waits

@@ -22,26 +22,27 @@ void RaiseNoBinaryDGraph() {
 void RaiseEmptyNodePath() {
     Msg_Entry::Raise(
         {"Dgraph_LoadDGraph: Input stream is corrupted! Empty path for node read.",
-         "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Leerer Pfad für Knoten gelesen."});
+         "Dgraph_LoadDGraph: Eingabedatenstrom ist beschädigt! Leerer Pfad für Knoten gelesen."});
 }
 
 void RaiseNegativeLength() {
-    Msg_Entry::Raise({"Dgraph_LoadDGraph: Input stream is corrupted! Negative length read.",
-                      "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Negative Länge gelesen."});
+    Msg_Entry::Raise(
+        {"Dgraph_LoadDGraph: Input stream is corrupted! Negative length read.",
+         "Dgraph_LoadDGraph: Eingabedatenstrom ist beschädigt! Negative Länge gelesen."});
 }
 
 void RaiseEmptyTargetName() {
     Msg_Entry::Raise(
         {"Dgraph_LoadDGraph: Input stream is corrupted! Empty type for refferred node read.",
-         "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Leerer Typ für den Zielknoten eines "
+         "Dgraph_LoadDGraph: Eingabedatenstrom ist beschädigt! Leerer Typ für den Zielknoten eines "
          "Verweises gelesen."});
 }
 
 void RaiseEmptyTargetPath() {
     Msg_Entry::Raise(
         {"Dgraph_LoadDGraph: Input stream is corrupted! Empty path for refferred node read.",
-         "Dgraph_LoadDGraph: Eingabestrom ist beschädigt! Leerer Pfad für den Zielknoten eines "
-         "Verweises gelesen."});
+         "Dgraph_LoadDGraph: Eingabedatenstrom ist beschädigt! Leerer Pfad für den Zielknoten "
+         "eines Verweises gelesen."});
 }
 
 void RaiseElementExists() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "vok/base/msg.h"
 #include "vok/file/file.h"
 #include "vok/zip/codec.h"
 
@@ -59,7 +60,7 @@ class Source {
     [[nodiscard]] std::string_view All(u3_t uPosition, std::size_t uSize, Arr<char>& oCopy) {
         if (m_pFile == nullptr) return {m_pBlock + uPosition, uSize};
         m_pFile->Seek(static_cast<i3_t>(uPosition));
-        m_pFile->Read(oCopy, uSize);
+        if (m_pFile->Read(oCopy, uSize) < uSize) Msg::UnexpectedEndOfFile(m_pFile->Name(), 0);
         return {oCopy.Beg(), oCopy.Size()};
     }
 
