@@ -248,13 +248,6 @@ static int check_threads(void) {
 #endif
 
 /* Memory that runs out: the C library's own functions refuse. Sanitizers bring their own. */
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define OWN_MALLOC 0
-#endif
-#endif
 #if !defined(OWN_MALLOC) && defined(__GLIBC__)
 #define OWN_MALLOC 1
 #endif
