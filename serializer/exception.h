@@ -11,8 +11,8 @@ namespace Velmar::Q7R::Serializer::System {
 // Carries the fixed text of the operation that failed. Exceptions of the host's own
 // WriteValues and ReadValues pass through the facade as they are.
 //
-// The native error is nested in it, where there was one: a vok::Msg_Exception with its own text
-// and the functions it passed, or whatever else was thrown:
+// Where there was a native error, what is thrown is a std::nested_exception as well: around a
+// vok::Msg_Exception with its own text and the functions it passed, or whatever else was thrown:
 //
 //     catch (const System::ApplicationException& e) {
 //         try { std::rethrow_if_nested(e); }
@@ -20,7 +20,7 @@ namespace Velmar::Q7R::Serializer::System {
 //     }
 //
 // Owns all its storage, so that running out of memory can be reported like anything else.
-class ApplicationException : public std::exception, public std::nested_exception {
+class ApplicationException : public std::exception {
   public:
     // Where in a document reading failed; what is not known is 0, or empty.
     struct Place {

@@ -13,7 +13,7 @@ decltype(auto) Guarded(const char* sMessage, F&& oBody) {
     try {
         return oBody();
     } catch (...) {
-        throw System::ApplicationException(sMessage);
+        std::throw_with_nested(System::ApplicationException(sMessage));
     }
 }
 
@@ -26,7 +26,7 @@ decltype(auto) Guarded(const char* sMessage, const vok::Load_Report& oReport, F&
         System::ApplicationException::Place oPlace{oReport.m_uOffset, oReport.m_uLine,
                                                    oReport.m_uColumn};
         oReport.m_oPath.View().copy(oPlace.sPath, sizeof(oPlace.sPath) - 1);
-        throw System::ApplicationException(sMessage, oPlace);
+        std::throw_with_nested(System::ApplicationException(sMessage, oPlace));
     }
 }
 

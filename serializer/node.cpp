@@ -122,9 +122,9 @@ bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const 
             value = sText != nullptr ? sText : "";
         });
     } catch (const vok::Msg_Exception& e) {
-        throw System::ApplicationException(e.what(), e.where());
+        std::throw_with_nested(System::ApplicationException(e.what(), e.where()));
     } catch (...) {
-        throw System::ApplicationException("Failed to get Node String value");
+        std::throw_with_nested(System::ApplicationException("Failed to get Node String value"));
     }
 }
 

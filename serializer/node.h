@@ -16,10 +16,8 @@ namespace Velmar::Q7R::Serializer {
 
 // A pointer that is no text: L"wide", for one, which is UTF-16 on some systems only.
 template <class T>
-concept ForeignPointer = (std::is_pointer_v<T> || std::is_member_pointer_v<T>)&&!std::is_same_v<
-                             std::remove_cv_t<std::remove_pointer_t<T>>, char> &&
-                         !std::is_same_v<std::remove_cv_t<std::remove_pointer_t<T>>, char8_t> &&
-                         !std::is_same_v<std::remove_cv_t<std::remove_pointer_t<T>>, char16_t>;
+concept ForeignPointer = (std::is_pointer_v<T> ||
+                          std::is_member_pointer_v<T>)&&!std::is_convertible_v<T, StringRef>;
 
 using Byte = std::uint8_t;
 using Int32 = std::int32_t;

@@ -62,8 +62,7 @@ void AddPlace(const System::ApplicationException::Place& o) noexcept {
 // What the facade nested in its own failure.
 void SetDetail(const System::ApplicationException& oFailure) noexcept {
     try {
-        if (oFailure.nested_ptr() == nullptr) return;
-        oFailure.rethrow_nested();
+        std::rethrow_if_nested(oFailure);
     } catch (const vok::Msg_Exception& e) {
         t_oDetail.Add(e.what());
         AddPlace(oFailure.GetPlace());

@@ -129,6 +129,8 @@ TEST(Msg, SystemErrorsFollowTheMessage) {
     Msg::SetDebugSink([](const char*) { sys::SetLastError(0); });
     EXPECT_TRUE(Text(Msg::NO_SYSTEM_ERROR_CODE, 2).starts_with("Function f failed: 2 :"));
     EXPECT_EQ(sys::LastError(), 2u);
+    Msg::OpenFiles(1, 1);
+    EXPECT_EQ(sys::LastError(), 2u);
     Msg::SetBanner(false);
     // The system's own numbers are translated to those the texts go by.
     EXPECT_EQ(Text(ENAMETOOLONG, 0), "Function f failed: errno=ENAMETOOLONG\n");

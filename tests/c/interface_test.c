@@ -213,7 +213,7 @@ static int check_reasons(void) {
 #ifndef _WIN32
 static void* fail_in_thread(void* good) {
     vok_node* node = NULL;
-    if (!is_text(vok_last_error(), "")) return NULL;
+    if (!is_text(vok_last_error(), "") || !is_text(vok_last_error_detail(), "")) return NULL;
     if (vok_node_copy(NULL, &node) != VOK_FAILED) return NULL;
     return is_text(vok_last_error(), "Failed to make a node") ? good : NULL;
 }
@@ -232,10 +232,11 @@ static int check_threads(void) {
     void* result = NULL;
     char good = 1;
     vok_node* root = NULL;
-    FAILS(vok_load_file(NULL, U("x")), "Invalid vok::Data");
+    FAILS(vok_node_add_int(NULL, U("x"), 1), "Failed to add Node int value");
     CHECK(pthread_create(&thread, NULL, fail_in_thread, &good) == 0);
     CHECK(pthread_join(thread, &result) == 0 && result == &good);
-    CHECK(is_text(vok_last_error(), "Invalid vok::Data"));
+    CHECK(is_text(vok_last_error(), "Failed to add Node int value"));
+    CHECK(is_text(vok_last_error_detail(), "object points to nothing\n"));
 
     CHECK(vok_root_create(&root) == VOK_OK && vok_node_add_int(root, U("i"), 1) == VOK_OK);
     CHECK(pthread_create(&thread, NULL, cancelled_thread, root) == 0);

@@ -188,6 +188,7 @@ static_assert(Addable<const char*> && Addable<const char8_t*> && Addable<const c
 static_assert(Addable<char*> && Addable<char8_t*> && Addable<char16_t*> && Addable<bool>);
 static_assert(!Addable<const wchar_t*> && !Addable<const char32_t*> && !Addable<void*>);
 static_assert(!Addable<int*> && !Addable<const unsigned char*> && !Addable<void (*)()>);
+static_assert(!Addable<volatile char*>);
 static_assert(!Addable<Node*> && !Addable<int Quad::*> && !Addable<std::nullptr_t>);
 
 TEST(Node, LiteralsOfEveryKindAreTexts) {

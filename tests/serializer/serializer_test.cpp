@@ -116,6 +116,8 @@ TEST(Serializer, FailuresHaveTheirReasonsInThem) {
     double dValue;
     EXPECT_EQ(ReasonOf([&] { node.TryGetValue("x", dValue); }).sText.substr(0, 32),
               "node \"x\" with wrong data type: '");
+    // A text that says it all has none, and may be asked for one.
+    EXPECT_EQ(ReasonOf([] { (void)Write([](Node& root) { root.Dispose(); }); }).sText, "");
     // Texts of any length.
     const std::string sLong(5000, 'x');
     EXPECT_EQ(System::ApplicationException(sLong.c_str(), "y").what(), sLong.substr(0, 2047));
