@@ -131,7 +131,7 @@ int Fail(const std::exception& oError) {
         std::fputs("vok: not enough memory\n", stderr);
         return EXIT_TROUBLE;
     }
-    std::fprintf(stderr, "vok: %s\n", Visible(InOptions(Line(oError.what()))).c_str());
+    std::fprintf(stderr, "vok: %s\n", Visible(WithPlace(InOptions(Line(oError.what())))).c_str());
     return EXIT_TROUBLE;
 }
 

@@ -44,7 +44,10 @@ fs::path Followed(const fs::path& oPath) {
 }  // namespace
 
 void HandleSignals() {
-    for (const int iSignal : vok::sys::EndingSignals()) std::signal(iSignal, OnSignal);
+    for (const int iSignal : vok::sys::EndingSignals()) {
+        // What was ignored when the program began, as under nohup, stays so.
+        if (std::signal(iSignal, OnSignal) == SIG_IGN) std::signal(iSignal, SIG_IGN);
+    }
     vok::sys::IgnoreFileSizeSignal();
 }
 
@@ -79,6 +82,20 @@ Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     }
 }
 
+namespace {
+
+// The name of the last file that was made beside its place, and that place.
+std::string g_sLastBeside;
+std::string g_sLastPlace;
+
+}  // namespace
+
+std::string WithPlace(std::string sMessage) {
+    const std::size_t uAt = g_sLastBeside.empty() ? sMessage.npos : sMessage.find(g_sLastBeside);
+    return uAt == sMessage.npos ? sMessage
+                                : sMessage.replace(uAt, g_sLastBeside.size(), g_sLastPlace);
+}
+
 // A new file under a short name that nobody else has.
 void Output::MakeBeside() {
     static unsigned s_uNames = 0;
@@ -86,6 +103,8 @@ void Output::MakeBeside() {
         const fs::path oName = ToPath(".vok-" + std::to_string(vok::sys::ProcessId()) + '-' +
                                       std::to_string(s_uNames++));
         m_sBeside = ToText(ToPath(m_sPath).parent_path() / oName);
+        g_sLastBeside = m_sBeside;
+        g_sLastPlace = m_sPath;
         g_sHalfWritten.store(m_sBeside.c_str());  // in front: a signal may come at any time
         if (vok::sys::CreateNew(m_sBeside.c_str())) return;
         const vok::u2_t uError = vok::sys::RuntimeError();

@@ -44,6 +44,10 @@ class Output {
     vok::File_Buf m_oBuffer{"w"};  // for standard output
 };
 
+// A message about the file that was made last for an Output, with the name of its place in place of
+// the one that it is made under.
+std::string WithPlace(std::string sMessage);
+
 // For the time that a file is appended to: a signal cuts it back to the size that it has now.
 class Appending {
   public:

@@ -1,6 +1,7 @@
 #include "tools/text.h"
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 #include "vok/base/base64.h"
@@ -121,6 +122,15 @@ std::string Visible(std::string_view sText) {
     return Escape(sText, false);
 }
 
+void Tell(std::string_view sName, std::string_view sWhat) {
+    std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
+}
+
+std::string BehindText(vok::u3_t uBytes) {
+    return std::to_string(uBytes) +
+           " bytes behind the archive: maybe of an append that was interrupted";
+}
+
 std::string Shortened(std::string_view sPath) {
     constexpr std::size_t HALF = 200;
     if (sPath.size() <= 2 * HALF) return std::string(sPath);
@@ -130,15 +140,6 @@ std::string Shortened(std::string_view sPath) {
     std::size_t uLast = sPath.size() - HALF;
     while (uLast != sPath.size() && oIsInside(uLast)) ++uLast;
     return std::string(sPath.substr(0, uFirst)) + " ... " + std::string(sPath.substr(uLast));
-}
-
-std::string BehindText(vok::u3_t uBytes) {
-    return std::to_string(uBytes) +
-           " bytes stand behind the archive, maybe of an append that was interrupted";
-}
-
-void Tell(std::string_view sName, std::string_view sWhat) {
-    std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
 }
 
 Palette::Palette(bool bColoured) noexcept {

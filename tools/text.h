@@ -24,15 +24,15 @@ std::string Escaped(std::string_view sText);
 // The same for messages, whose backslashes - in paths, say - stay as they are.
 std::string Visible(std::string_view sText);
 
+// A line on standard error about a member of an archive or a file.
+void Tell(std::string_view sName, std::string_view sWhat);
+
+// What is said of bytes that stand behind an archive.
+std::string BehindText(vok::u3_t uBytes);
+
 // The first and the last bytes of a path that is too long to be read: "/a[0]/b[0 ... ]/c[0]". At
 // most 400 of them, and no half characters.
 std::string Shortened(std::string_view sPath);
-
-// What to say of bytes behind an archive.
-std::string BehindText(vok::u3_t uBytes);
-
-// A line on standard error about a member or a file.
-void Tell(std::string_view sName, std::string_view sWhat);
 
 // Colours of a terminal, empty where there is none or NO_COLOR is set.
 struct Palette {

@@ -86,8 +86,10 @@ class Reading {
     vok::Zip_Archive m_oArchive;
 };
 
-// Why a member must not become a file of that folder, with links that are there already; empty when
-// it may.
+// ---- extracting ---------------------------------------------------------------
+
+// Why a member must not become a file below a folder, with the links that are there already; empty
+// when it may.
 std::string WhyOutside(const std::string& sFolder, const vok::Zip_FileInfo& o) {
     if (!vok::Zip_IsSafeMember(o)) return "would leave the folder: not extracted";
     fs::path oAbove = ToPath(sFolder);
@@ -220,7 +222,7 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
         } catch (const TooMuch&) {
             throw;
         } catch (const std::exception& oError) {
-            Tell(sName, "is not extracted: " + Line(oError.what()));
+            Tell(sName, "is not extracted: " + WithPlace(Line(oError.what())));
             iExit = EXIT_TROUBLE;
         }
     });

@@ -11,6 +11,7 @@
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/base/utf8.h"
 #include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 
@@ -42,7 +43,8 @@ bool Collect(const fs::path& oPath, std::vector<Addition>& aoAddition) {
         Tell(ToText(oPath), "is neither a file nor a folder: not added");
         return false;
     }
-    if (!vok::Zip_IsSafeName(sName)) {
+    // Bytes that are no UTF-8 would be stored as other ones, and so be another name.
+    if (!vok::Zip_IsSafeName(sName) || !vok::IsUtf8(sName.data(), sName.size())) {
         Tell(sName, "is no name for a member: not added");
         return false;
     }
@@ -114,7 +116,7 @@ void TellWhatIsThere(const std::string& sArchive, const std::vector<Addition>& a
         return;  // whatever it is, appending will tell
     }
     if (const vok::u3_t uBehind = oOld.GetGlobalInfo().m_uBehind; uBehind != 0) {
-        Tell(sArchive, "is not at the end of its file: " + BehindText(uBehind));
+        Tell(sArchive, "has " + BehindText(uBehind));
     }
     for (const Addition& o : aoAddition) {
         if (o.bFolder || !oOld.LocateFile(vok::Str(o.sName))) continue;
@@ -138,12 +140,10 @@ int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, 
     // it is complete.
     std::optional<Output> oNew;
     std::optional<Appending> oOld;
-    if (bNew) {
-        oNew.emplace(sArchive, false);
-    } else {
-        oOld.emplace(sArchive);
-    }
+    if (bNew) oNew.emplace(sArchive, false);
     vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
+    // Its size is that of the old archive as long as nobody else may write to it: from now on.
+    if (!bNew) oOld.emplace(sArchive);
     for (const Addition& o : aoAddition) Add(oArchive, o, bStore);
     oArchive.Close();
     if (bNew) {
