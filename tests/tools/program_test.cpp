@@ -4,6 +4,7 @@
 
 #include "tests/support.h"
 #include "vok/file/file.h"
+#include "vok/zip/archive.h"
 
 namespace vok {
 namespace {
@@ -216,9 +217,14 @@ TEST_F(Program, MembersKeepTimesAndModes) {
     ASSERT_EQ(Shell("chmod 755 run && touch -d '2001-02-03 04:05:07 UTC' run &&"
                     "vok zip add x.zip run b a && vok zip extract x.zip -d to && test -x to/run &&"
                     "test ! -x to/a && test ! to/run -nt run && test ! to/run -ot run &&"
+                    "vok zip list x.zip | grep -q '2001-02-03 04:05:06.*run$' &&"
                     "vok zip list x.zip | tail -n +2 | grep -o '[a-z]*$' | tr '\\n' ' ' > out"),
               0);
     EXPECT_EQ(OnDisk("out"), "a b run members ");
+    ASSERT_EQ(Shell("vok zip add folder.zip to"), 0);
+    EXPECT_EQ(Zip_Archive("folder.zip").GetCurrentFileInfo().m_uExternalAttributes & 0xF0000010u,
+              0x40000010u)
+        << "a folder for every system";
 }
 
 // What a form does not keep is told, and refused where nothing may be lost.
@@ -392,6 +398,19 @@ TEST_F(Program, WordsAndEndings) {
     EXPECT_EQ(Run("check - --limit depth=many", g_sTree).iExit, 2);
 }
 
+// What compressed input may cost goes by the bytes that were there.
+TEST_F(Program, CompressedInputIsSmall) {
+    const std::string sMany = "<R>" + Joined(Texts(4000000, "<a/>")) + "</R>";
+    ToDisk("plain.xml", sMany);
+    EXPECT_EQ(Run("check plain.xml").iExit, 0) << OnDisk("out");
+    {
+        File oFile("many.xml.gz", "wz");
+        oFile.Write(sMany.data(), sMany.size());
+    }
+    EXPECT_EQ(Run("check many.xml.gz").iExit, 1);
+    EXPECT_NE(OnDisk("out").find("(raise it with --limit "), std::string::npos) << OnDisk("out");
+}
+
 // What is small and deep does not give much to read.
 TEST_F(Program, PrintsInProportion) {
     constexpr unsigned DEPTH = 60000;
@@ -434,6 +453,8 @@ TEST_F(Program, OutputTakesItsPlace) {
         "(ulimit -f 0; vok convert a.xml limited.xml 2>/dev/null; test $? = 2) && test ! -e "
         "limited.xml",
         "(ulimit -f 0; vok convert a.xml limited.xml 2>&1) | grep -q '\"limited.xml\"'",
+        "vok zip add limited.zip a.xml && (ulimit -f 0; vok zip extract limited.zip -d limited "
+        "2>/dev/null; test $? = 2) && test ! -e limited/a.xml",
         // One name that is no text does not stand in the way of the others.
         "mkdir n && touch n/b n/$(printf 'a\\377') && (vok zip add n.zip n 2>err; test $? = 1) && "
         "grep -q 'not added' err && vok zip list n.zip | grep -q 'n/b$'",
@@ -522,7 +543,11 @@ TEST_F(Failing_Program, LeavesTheOldFileOrTheNewOne) {
                 const bool bAppended = o.sOld.starts_with("PK") && sResult == o.sNew;
                 ASSERT_TRUE(o.sTarget.empty() || sResult == o.sOld || bAppended);
             }
-            EXPECT_TRUE(uRuns > 0 || sKind == "fsync"s || sKind == "rename"s || o.sTarget.empty());
+            // An append renames nothing, and what is extracted need not be on the disk at once.
+            const bool bAppends = o.sOld.starts_with("PK") && sKind == "rename"s;
+            const bool bExtracts = o.sCommand.starts_with("zip extract") && sKind == "fsync"s;
+            EXPECT_TRUE(uRuns > 0 || bAppends || bExtracts || o.sTarget.empty())
+                << o.sCommand << ' ' << sKind;
         }
     }
 }
