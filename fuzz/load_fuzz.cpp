@@ -1,5 +1,5 @@
-// Bytes of any form: whatever they are taken for, the outcome is a tree that can be saved or
-// an error.
+// Bytes of any form, with the limits that everybody has: whatever they are taken for, the outcome
+// is a tree that can be saved or an error, and it costs no more than such bytes may.
 #include "fuzz/fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -8,8 +8,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     File_Buf oIn(pData, uSize);
     Data oTree;
     Load_Report oReport;
-    const std::string sError = Raised([&] { Dgraph_Load(oTree, oIn, SmallLimits(), &oReport); });
+    const std::string sError = Raised([&] { Dgraph_Load(oTree, oIn, {}, &oReport); });
     Check(oReport.m_uOffset <= uSize);
+    // Twice the free work: the limit is looked at between pieces of work.
+    Check(oReport.m_uWork <= 2 * Limits::FREE_WORK + uSize * Limits().m_uWorkPerByte);
     if (!sError.empty() || !oTree.IsNode()) return 0;
     oTree.SetToRoot();
     Dgraph_SetVersion(oTree, 1, 3, 0);
