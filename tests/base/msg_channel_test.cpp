@@ -300,14 +300,13 @@ TEST(MsgLog, ChildrenOfAForkGoOn) {
         (void)Raised([] { Msg::NodeIsEmpty(); });
         Msg::OpenFiles(1, 1);
         Msg::Log("x", 0);
-        void* pData = Mem::Create(std::size_t{8} << 20);
-        Mem::Free(pData);
+        Mem::Free(Mem::Create(std::size_t{8} << 20));
     };
     std::atomic<bool> bEnd{false};
-    std::vector<std::thread> oThreads(2);
+    std::vector<std::thread> oThreads(3);
     for (std::thread& o : oThreads) {
-        o = std::thread([&] {
-            while (!bEnd) oSpeak();
+        o = std::thread([&, bSpeaks = &o != &oThreads[0]] {
+            while (!bEnd) bSpeaks ? oSpeak() : Mem::Free(Mem::Create(std::size_t{8} << 20));
         });
     }
     for (int i = 0; i < 20; ++i) {

@@ -328,6 +328,7 @@ TEST_F(File_Test, GzipOfOthersAndDamage) {
     EXPECT_EQ(Content(oArr), "gzip");
     EXPECT_EQ(oFile.Size(), static_cast<i3_t>(2 * sGood.size()));
     EXPECT_NE(Raised([&] { oFile.Seek(0, File::FROM_END); }), "(nothing raised)");
+    EXPECT_THROW(oFile.Seek(std::numeric_limits<i3_t>::max(), File::FROM_POSITION), Msg_Exception);
     oFile.Seek(i3_t{5} << 30);  // farther than some builds of zlib can count
     EXPECT_EQ(oFile.Tell(), i3_t{5} << 30);
     oFile.Seek(i3_t{1} << 62);  // a claim that must cost nothing
