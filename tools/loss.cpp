@@ -39,17 +39,22 @@ struct Counts {
     vok::u3_t uDeadLinks = 0;  // that lead to nothing, or to what was removed
     vok::u3_t uTopLinks = 0;   // that lead to the top
 
-    explicit Counts(const Data& oTree) {
+    // Without attributes it takes half the time.
+    Counts(const Data& oTree, bool bAttributes) {
         Data oNode = oTree;
         for (vok::Data_Walk o(oTree); o.Next();) {
             oNode.SetToNode(o.GetId());
-            oNode.GetAttributes(m_oNames, m_oValues);
-            for (const char* sValue : m_oValues) uEmptyAttributes += *sValue == 0;
+            if (bAttributes) CountAttributes(oNode);
             Count(o, oNode);
         }
     }
 
   private:
+    void CountAttributes(const Data& oNode) {
+        oNode.GetAttributes(m_oNames, m_oValues);
+        for (const char* sValue : m_oValues) uEmptyAttributes += *sValue == 0;
+    }
+
     void Count(const vok::Data_Walk& o, const Data& oNode) {
         switch (o.GetType()) {
             case Data_Node::Float: {
@@ -103,8 +108,9 @@ std::vector<std::string> LostByReading(const Input& oIn) {
 std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFormat, int iMinor) {
     Losses o;
     if (sFormat == "dump") return {};
-    const Counts n(oTree);
-    if (sFormat == "xml") {
+    const bool bXml = sFormat == "xml";
+    const Counts n(oTree, !bXml);
+    if (bXml) {
         o.Add(n.uFractions, "fraction of a second", "fractions of a second");
         o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
         o.Add(n.uNoChars, "number that is no character", "numbers that are no characters");
@@ -123,7 +129,7 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
 
 std::string WhyNot(const Data& oTree, const std::string& sFormat, int iMinor) {
     if (sFormat != "dgraph" || iMinor >= 3) return {};
-    if (Counts(oTree).uQuads == 0) return {};
+    if (Counts(oTree, false).uQuads == 0) return {};
     return "quadruples cannot be read back from a document before version 1.3";
 }
 
