@@ -163,11 +163,12 @@ void Output::Commit(bool bDurable) {
     }
     m_oFile.Close();
     if (m_sBeside.empty()) return;
-    vok::sys::CopyMode(m_sPath.c_str(), m_sBeside.c_str());
-    // On the disk before it takes the place of what was there, and its new name after that.
+    // On the disk before it takes the place of what was there, and its new name after that. Its
+    // mode comes last: it may not let its owner read.
     if (bDurable && !vok::sys::SyncFile(m_sBeside.c_str())) {
         vok::Msg::FileWriteError(m_sPath.c_str(), 0, 0, vok::sys::RuntimeError());
     }
+    vok::sys::CopyMode(m_sPath.c_str(), m_sBeside.c_str());
     const std::string sFolder = ToText(ToPath(m_sPath).parent_path());
     std::error_code oError;
     fs::rename(ToPath(m_sBeside), ToPath(m_sPath), oError);

@@ -67,9 +67,10 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
         for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) oCollect(oEntry.path());
     }
     const fs::path oArchive = ToPath(sArchive);
-    std::erase_if(aoAddition, [&](const Addition& o) {
-        return fs::exists(oArchive) && fs::equivalent(o.oPath, oArchive);
-    });
+    if (fs::exists(oArchive)) {
+        std::erase_if(aoAddition,
+                      [&](const Addition& o) { return fs::equivalent(o.oPath, oArchive); });
+    }
     const auto oByName = [](const Addition& a, const Addition& b) { return a.sName < b.sName; };
     std::stable_sort(aoAddition.begin(), aoAddition.end(), oByName);
     const auto oSame = [](const Addition& a, const Addition& b) {

@@ -12,8 +12,7 @@ void Msg_Catalog::ReallocationFromToFailed(u3_t uBlockAddress, u3_t uOldBytes, u
     Msg_Entry::Raise(
         {"reallocation of block %0 from %1 to %2 bytes failed, %3 bytes and %4 blocks in use",
          "Größenänderung des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke "
-         "in "
-         "Gebrauch"},
+         "in Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
 
@@ -242,8 +241,7 @@ void Msg_Catalog::UnexpectedErrorDuringReallocation(u3_t uBlockAddress, u3_t uOl
         {"unexpected error during reallocation of block %0 from size %1 to size %2, %3 bytes and "
          "%4 blocks in use",
          "unerwarteter Fehler bei der Größenänderung des Blocks %0 von Größe %1 auf Größe %2, %3 "
-         "Bytes "
-         "und %4 Blöcke in Gebrauch"},
+         "Bytes und %4 Blöcke in Gebrauch"},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
 

@@ -46,8 +46,18 @@ class PathMaker {
           m_oWork(oLimits, uPath + oBase.m_oNode.Size() * sizeof(Data_Node)),
           m_oUndo(oBase) {}
 
-    [[nodiscard]] u2_t Created() const noexcept { return m_uCreated; }
-    void TakeBack() noexcept { m_oUndo.TakeBack(); }
+    // What oMake returns, the id of a node, and how many nodes that made; or the tree as it was.
+    template <class Make>
+    u2_t OrNothing(u2_t* pCreated, const Make& oMake) {
+        try {
+            const u2_t uId = oMake();
+            if (pCreated != nullptr) *pCreated = m_uCreated;
+            return uId;
+        } catch (...) {
+            m_oUndo.TakeBack();
+            throw;
+        }
+    }
 
     // The successor of uParent that a step describes.
     u2_t MatchOrCreate(u2_t uParent, const Data_XpathStep& oStep) {
@@ -164,20 +174,15 @@ class PathMaker {
 
 Data Data::CreateSucc(const Data_XpathStep& oStep, u2_t* pCreated, const Limits& oLimits) {
     if (pCreated != nullptr) *pCreated = 0;
-    const bool bNew = !m_oBase;
-    if (bNew) SetToRoot();
+    Data oFrom(*this);  // an empty cursor stays so until all is made
+    if (!oFrom.m_oBase) oFrom.SetToRoot();
     PathMaker oMaker(Where("vok::Data::CreateSucc(const Data_Xpath::Step&, u2_t*)",
-                           [&]() -> Base& { return detail::NodeOf(m_oBase, m_uId); }),
+                           [&]() -> Base& { return detail::NodeOf(oFrom.m_oBase, oFrom.m_uId); }),
                      oLimits, 0);
-    try {
-        const u2_t uId = oMaker.MatchOrCreate(m_uId, oStep);
-        if (pCreated != nullptr) *pCreated = oMaker.Created();
-        return Data(m_oBase, uId);
-    } catch (...) {
-        oMaker.TakeBack();
-        if (bNew) Clear();
-        throw;
-    }
+    const u2_t uMade =
+        oMaker.OrNothing(pCreated, [&] { return oMaker.MatchOrCreate(oFrom.m_uId, oStep); });
+    *this = oFrom;
+    return Data(m_oBase, uMade);
 }
 
 Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) {
@@ -191,25 +196,22 @@ Data Data::CreateNode(const char* sPath, u2_t* pCreated, const Limits& oLimits) 
             if (oPath(u).m_bAnyName) Msg::InvalidCharacter('*');
             if (oPath(u).m_bDescendant) Msg::InvalidCharacter('/');
         }
-        const bool bNew = !m_oBase;
-        if (bNew) SetToRoot();
-        PathMaker oMaker(detail::NodeOf(m_oBase, m_uId), oLimits,
+        Data oFrom(*this);
+        if (!oFrom.m_oBase) oFrom.SetToRoot();
+        PathMaker oMaker(detail::NodeOf(oFrom.m_oBase, oFrom.m_uId), oLimits,
                          sPath != nullptr ? std::strlen(sPath) : 0);
-        try {
-            u2_t uId = oPath.IsAbsolute() ? 0 : m_uId;
+        const u2_t uMade = oMaker.OrNothing(pCreated, [&] {
+            u2_t uId = oPath.IsAbsolute() ? 0 : oFrom.m_uId;
             for (std::size_t u = 0; u < oPath.Size(); ++u) {
                 const Data_XpathStep& oStep = oPath(u);
                 if (oStep.m_eKind == Data_XpathStep::Self) continue;
                 uId = oStep.m_eKind == Data_XpathStep::Parent ? oMaker.PredOf(uId)
                                                               : oMaker.MatchOrCreate(uId, oStep);
             }
-            if (pCreated != nullptr) *pCreated = oMaker.Created();
-            return Data(m_oBase, uId);
-        } catch (...) {
-            oMaker.TakeBack();
-            if (bNew) Clear();
-            throw;
-        }
+            return uId;
+        });
+        *this = oFrom;
+        return Data(m_oBase, uMade);
     });
 }
 

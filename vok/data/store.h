@@ -347,7 +347,13 @@ class Data_Base {
     [[nodiscard]] bool IsInOrder(const u2_t* pGroup, u2_t uSize, u2_t uKey) const noexcept {
         return uSize == 0 || !m_oName.IsLess(uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
     }
+    // The order of ids by name.
+    [[nodiscard]] auto ByName() const noexcept {
+        return
+            [this](u2_t uA, u2_t uB) { return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey); };
+    }
     void Place(u2_t uId);
+    void PlaceNew();
     void Unsort(u2_t uParent, u2_t& uHeader);
     void SortGroup(Data_Unsorted& o);
     const Data_Unsorted* UnsortedOf(u2_t uId);

@@ -17,11 +17,15 @@ constexpr u2_t INSERT_UP_TO = 32;
 
 }  // namespace
 
-void Data_Base::PlacePending() {
+void Data_Base::PlaceNew() {
     while (m_uIndexed < m_oNode.Size()) {
         Place(m_uIndexed);
         ++m_uIndexed;
     }
+}
+
+void Data_Base::PlacePending() {
+    PlaceNew();
     if (m_oUnsorted.Size() != 0) SortGroups();
 }
 
@@ -139,9 +143,7 @@ void Data_Base::SortGroup(Data_Unsorted& o) {
     if (pParent == nullptr || pParent->GetType() != Node::Tree || pParent->Start() == NONE) return;
     u2_t* pGroup = m_oSucc.Beg() + pParent->Start();
     if (pGroup[0] != (UNSORTED | uEntry)) return;
-    const auto oIsLess = [this](u2_t uA, u2_t uB) {
-        return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey);
-    };
+    const auto oIsLess = ByName();
     u2_t* pFirst = pGroup + GROUP_HEADER;
     std::stable_sort(pFirst + o.uKnown, pFirst + o.uPlaced, oIsLess);
     o.oRuns.auStart[o.oRuns.uCount++] = o.uKnown;
@@ -151,17 +153,12 @@ void Data_Base::SortGroup(Data_Unsorted& o) {
 
 // The entry of the group of uId, with all of its successors in runs; null for a group in order.
 const Data_Unsorted* Data_Base::UnsortedOf(u2_t uId) {
-    while (m_uIndexed < m_oNode.Size()) {
-        Place(m_uIndexed);
-        ++m_uIndexed;
-    }
+    PlaceNew();
     u2_t* pGroup = m_oSucc.Beg() + m_oNode(uId).Start();
     if ((pGroup[0] & UNSORTED) == 0) return nullptr;
     Data_Unsorted& o = m_oUnsorted(pGroup[0] & ~UNSORTED);
     if (o.uKnown == o.uPlaced) return &o;
-    const auto oIsLess = [this](u2_t uA, u2_t uB) {
-        return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey);
-    };
+    const auto oIsLess = ByName();
     u2_t* pFirst = pGroup + GROUP_HEADER;
     std::stable_sort(pFirst + o.uKnown, pFirst + o.uPlaced, oIsLess);
     m_uMoved += runs::Add(o.oRuns, pFirst, o.uKnown, o.uPlaced, oIsLess);
