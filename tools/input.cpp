@@ -1,6 +1,8 @@
 #include "tools/input.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 #include "tools/limits.h"
 #include "tools/output.h"
@@ -99,10 +101,22 @@ bool MayBeXml(std::string_view s) {
     return u != std::string_view::npos && s[u] == '<';
 }
 
+// Whether XML is in UTF-16, of either order: by its byte-order mark, or the NUL beside its "<".
+bool IsUtf16(std::string_view sDocument) {
+    const std::string_view sStart = sDocument.substr(0, 2);
+    return sStart == "\xFF\xFE" || sStart == "\xFE\xFF" || sStart.find('\0') != sStart.npos;
+}
+
 // Behind the top element of XML there may be blanks, comments and instructions.
-std::string WhatIsBehind(std::string_view s, const std::string& sFormat) {
+std::string WhatIsBehind(std::string_view s, std::string_view sDocument, bool bXml) {
     const std::size_t uBytes = s.size();
-    while (sFormat == "xml" && !s.empty()) {
+    std::string sNarrow;
+    if (bXml && IsUtf16(sDocument)) {
+        // All of them can be told without the upper half of their characters.
+        std::remove_copy(s.begin(), s.end(), std::back_inserter(sNarrow), '\0');
+        s = sNarrow;
+    }
+    while (bXml && !s.empty()) {
         const std::size_t uSkip = s.find_first_not_of(" \t\r\n");
         if (uSkip == std::string_view::npos) return {};
         s.remove_prefix(uSkip);
@@ -130,7 +144,8 @@ void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
         }
         o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);
     }
-    o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, o.sFormat);
+    o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, {oBytes.Beg(), oBytes.Size()},
+                             o.sFormat == "xml");
 }
 
 }  // namespace

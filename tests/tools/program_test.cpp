@@ -130,6 +130,13 @@ TEST_F(Program, FaultsHavePlaces) {
               std::string::npos)
         << o.sOut;
     EXPECT_NE(o.sOut.find("/ä[0]/ ... 0]/ä[0]/"), std::string::npos) << o.sOut;
+    // Blanks and comments may stand behind a document in any coding, and nothing else.
+    std::string sWide = "\xFF\xFE";
+    for (const char c : "<a>x</a>\n<!-- c -->\n"s) sWide += {c, '\0'};
+    ToDisk("wide.xml", sWide);
+    EXPECT_EQ(Run("check wide.xml").sOut, "wide.xml: good (xml, 1 nodes)\n");
+    ToDisk("wide.xml", sWide + "Z\0"s);
+    EXPECT_EQ(Run("check wide.xml").sOut, "wide.xml: 26 bytes behind the document\n");
     EXPECT_EQ(Run("show bad.xml").iExit, 2);
     EXPECT_NE(OnDisk("err").find("vok: bad.xml: byte 8"), std::string::npos);
     for (const char* s : {"", "nonsense", "convert good.xml", "convert good.xml x.unknown",
