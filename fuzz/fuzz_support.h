@@ -29,6 +29,12 @@ inline Limits SmallLimits() {
     return oLimits;
 }
 
+// Holds a load with default limits to what so many bytes may cost. Twice the free work: the limit
+// is looked at between pieces of work.
+inline void CheckCost(const Load_Report& oReport, std::size_t uBytes) {
+    Check(oReport.m_uWork <= 2 * Limits::FREE_WORK + uBytes * Limits().m_uWorkPerByte);
+}
+
 // The same bytes without names, seeking, or more than one byte at a time; what is written
 // goes field by field.
 class Foreign_Stream : public File_Stream {
@@ -68,6 +74,33 @@ std::string Raised(F&& oBody) {
     }
     return {};
 }
+
+// Instructions for those who build something: bytes, numbers and texts from the input.
+class Script {
+  public:
+    explicit Script(std::string_view sBytes) noexcept : m_sBytes(sBytes) {}
+
+    [[nodiscard]] bool IsAtEnd() const noexcept { return m_sBytes.empty(); }
+    unsigned Byte() noexcept {
+        if (m_sBytes.empty()) return 0;
+        const u0_t uByte = static_cast<u0_t>(m_sBytes.front());
+        m_sBytes.remove_prefix(1);
+        return uByte;
+    }
+    u3_t Number() noexcept {
+        u3_t uNumber = 0;
+        for (unsigned u = Byte() % 9; u > 0; --u) uNumber = uNumber << 8 | Byte();
+        return uNumber;
+    }
+    std::string_view Text() noexcept {
+        const std::string_view sText = m_sBytes.substr(0, Byte() % 80);
+        m_sBytes.remove_prefix(sText.size());
+        return sText;
+    }
+
+  private:
+    std::string_view m_sBytes;
+};
 
 inline std::string Save(const Data& oTree) {
     File_Buf oBuf("w");

@@ -10,8 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Load_Report oReport;
     const std::string sError = Raised([&] { Dgraph_Load(oTree, oIn, {}, &oReport); });
     Check(oReport.m_uOffset <= uSize);
-    // Twice the free work: the limit is looked at between pieces of work.
-    Check(oReport.m_uWork <= 2 * Limits::FREE_WORK + uSize * Limits().m_uWorkPerByte);
+    CheckCost(oReport, uSize);
     if (!sError.empty() || !oTree.IsNode()) return 0;
     oTree.SetToRoot();
     Dgraph_SetVersion(oTree, 1, 3, 0);

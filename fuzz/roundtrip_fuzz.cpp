@@ -8,33 +8,6 @@ namespace {
 
 using namespace vok;
 
-// Instructions for the builder: bytes, numbers and texts from the input.
-class Script {
-  public:
-    explicit Script(std::string_view sBytes) noexcept : m_sBytes(sBytes) {}
-
-    [[nodiscard]] bool IsAtEnd() const noexcept { return m_sBytes.empty(); }
-    unsigned Byte() noexcept {
-        if (m_sBytes.empty()) return 0;
-        const u0_t uByte = static_cast<u0_t>(m_sBytes.front());
-        m_sBytes.remove_prefix(1);
-        return uByte;
-    }
-    u3_t Number() noexcept {
-        u3_t uNumber = 0;
-        for (unsigned u = Byte() % 9; u > 0; --u) uNumber = uNumber << 8 | Byte();
-        return uNumber;
-    }
-    std::string_view Text() noexcept {
-        const std::string_view sText = m_sBytes.substr(0, Byte() % 80);
-        m_sBytes.remove_prefix(sText.size());
-        return sText;
-    }
-
-  private:
-    std::string_view m_sBytes;
-};
-
 void SetValue(Data& oNode, Script& oScript) {
     const u3_t uNumber = oScript.Number();
     const u2_t uWord = static_cast<u2_t>(uNumber);
