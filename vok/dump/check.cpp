@@ -1,0 +1,275 @@
+#include "vok/dump/check.h"
+
+#include <algorithm>
+
+#include "vok/data/link_bytes.h"
+
+namespace vok::dump {
+
+using detail::LinkBytes;
+
+void Checker::Run(const Arr<u2_t>& oAttributes) {
+    if (b.m_oStr.Size() != 0 && b.m_oStr(0) != 0) throw Fault{Fault::HEAP, 0};
+    CheckNodes();
+    if (m_bUpward || b.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
+    CheckAttributes(oAttributes);
+    CheckLateTexts();
+    CheckShared();
+    b.m_uIndexed = static_cast<u2_t>(b.m_oNode.Size());
+    b.m_uGarbage = b.m_oStr.Size() - std::min<u3_t>(m_uReferred, b.m_oStr.Size());
+}
+
+// ---- nodes and groups ---------------------------------------------------------
+
+// Almost every text stands behind the one before and is ASCII.
+inline bool Checker::IsNextText(const Data_Node& oNode) noexcept {
+    const std::size_t uBegin = oNode.uWord2;
+    const std::size_t uSize = oNode.uWord3;
+    const std::size_t uHeap = b.m_oStr.Size();
+    if (uBegin == 0 || uBegin < m_uChecked || uSize == 0 || uSize > m_oLimits.m_uTextBytes) {
+        return false;
+    }
+    if (uBegin + uSize > uHeap) return false;
+    const char* pText = b.HeapAt(oNode.uWord2);
+    if (pText[uSize - 1] != 0 || !IsPlainText(pText, uSize - 1)) return false;
+    m_uChecked = uBegin + uSize;
+    m_uReferred += uSize;
+    return true;
+}
+
+void Checker::CheckNodes() {
+    const std::size_t uNodes = b.m_oNode.Size();
+    const std::size_t uNames = b.m_oName.Size();
+    if (uNodes == 0 || b.m_oNode(0).PredField() != 0) FailNode(0);
+    m_oKeyAfter.Resize(uNames);
+    // The types whose payload is any number, a bit each.
+    constexpr u2_t NUMBERS = 1u << Data_Node::Empty | 1u << Data_Node::Boolean |
+                             1u << Data_Node::Integer | 1u << Data_Node::Char |
+                             1u << Data_Node::Float | 1u << Data_Node::Double |
+                             1u << Data_Node::Date | 1u << Data_Node::Long;
+    const Data_Node* pNodes = std::as_const(b.m_oNode).Beg();
+    u3_t uHung = 0;
+    bool bUpward = false;
+    for (u2_t uId = 0; uId < uNodes; ++uId) {
+        const Data_Node& oNode = pNodes[uId];
+        const u2_t uPred = oNode.PredField();
+        if (oNode.uKey >= uNames) FailNode(uId);
+        const bool bHung = uPred - 1 < Data_Node::CUT_LOOSE - 1;
+        uHung += bHung;
+        bUpward |= bHung & (uPred > uId);
+        const Data_Node::Type eType = oNode.GetType();
+        if ((NUMBERS >> eType & 1) != 0) continue;
+        if (eType == Data_Node::Tree) {
+            CheckGroup(uId, oNode);
+        } else if (eType != Data_Node::String || !IsNextText(oNode)) {
+            CheckValue(uId, oNode);
+        }
+    }
+    m_uHung = uHung;
+    m_bUpward = bUpward;
+    // Every node in a group is there once, and under its own predecessor: as many as name one
+    // are all of them.
+    if (m_uNextGroup != b.m_oSucc.Size() || m_uInGroups != m_uHung) FailGroup(m_uNextGroup);
+}
+
+void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
+    const std::size_t uNodes = b.m_oNode.Size();
+    const std::size_t uSize = oNode.Size();
+    const std::size_t uFirst = m_uNextGroup + Data_Base::GROUP_HEADER;
+    if (oNode.Start() != m_uNextGroup || uFirst > b.m_oSucc.Size() ||
+        uSize > b.m_oSucc.Size() - uFirst) {
+        FailNode(uId);
+    }
+    if (uSize != 0 && uId >= Data_Node::CUT_LOOSE - 1) FailNode(uId);
+    const u2_t* pGroup = std::as_const(b.m_oSucc).Beg() + m_uNextGroup;
+    if (pGroup[0] != uSize || pGroup[1] != uSize) FailGroup(m_uNextGroup);
+    pGroup += Data_Base::GROUP_HEADER;
+    const Data_Node* pNodes = std::as_const(b.m_oNode).Beg();
+    bool bAscending = true;
+    u2_t uLast = 0;     // the root is nobody's successor
+    u2_t uLastKey = 0;  // unnamed ones come first
+    for (std::size_t u = 0; u < uSize; ++u) {
+        const u2_t uSucc = pGroup[u];
+        if (uSucc >= uNodes || pNodes[uSucc].PredField() != uId + 1) FailGroup(uFirst + u);
+        bAscending &= uSucc > uLast;
+        uLast = uSucc;
+        const u2_t uKey = pNodes[uSucc].uKey;
+        if (uKey == uLastKey) continue;
+        if (uKey == 0 || uKey >= m_oKeyAfter.Size()) FailGroup(uFirst + u);
+        if (m_oKeyAfter(uLastKey) != uKey) {
+            if (!b.m_oName.IsLess(uLastKey, uKey)) FailGroup(uFirst + u);
+            m_oKeyAfter(uLastKey) = uKey;
+        }
+        uLastKey = uKey;
+    }
+    if (!bAscending) CheckDistinct(pGroup, uSize, uFirst);
+    m_uInGroups += uSize;
+    m_uNextGroup = uFirst + uSize;
+}
+
+// Whether no node is twice in a group. It cannot be in two of them: it names one predecessor.
+void Checker::CheckDistinct(const u2_t* pGroup, std::size_t uSize, std::size_t uFirst) {
+    if (m_oSeen.Size() == 0) m_oSeen.Resize((b.m_oNode.Size() + 63) / 64);
+    for (std::size_t u = 0; u < uSize; ++u) {
+        u3_t& uSeen = m_oSeen(pGroup[u] >> 6);
+        const u3_t uBit = u3_t{1} << (pGroup[u] & 63);
+        if ((uSeen & uBit) != 0) FailGroup(uFirst + u);
+        uSeen |= uBit;
+    }
+}
+
+void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
+    const u3_t uHeap = b.m_oStr.Size();
+    switch (oNode.GetType()) {
+        case Data_Node::String:
+            if (oNode.uWord3 == 0) FailNode(uId);
+            CheckSize(oNode.uWord3 - 1);
+            if (!CheckText(oNode.uWord2, oNode.uWord3)) FailNode(uId);
+            return;
+        case Data_Node::Binary:
+            CheckSize(oNode.uWord3);
+            if (u3_t{oNode.uWord2} + oNode.uWord3 > uHeap) FailNode(uId);
+            m_uReferred += oNode.uWord3;
+            return;
+        case Data_Node::Quad:
+            if (u3_t{oNode.uWord2} + 12 > uHeap) FailNode(uId);
+            m_uReferred += 12;
+            return;
+        case Data_Node::Link:
+            if (oNode.uWord2 != Data_Node::NONE && oNode.uWord2 >= b.m_oNode.Size()) FailNode(uId);
+            return;
+        case Data_Node::Zombi: ++b.m_uDead; return;
+        default: FailNode(uId);  // a type that no node has
+    }
+}
+
+void Checker::CheckSize(u3_t uSize) const {
+    if (uSize <= m_oLimits.m_uTextBytes) return;
+    Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
+}
+
+// No way up may lead in a circle, or be too long. Every node is passed once: where a way is
+// known already it is not gone again.
+void Checker::CheckLevels() {
+    constexpr u2_t UNKNOWN = 0;
+    constexpr u2_t ON_THE_WAY = 0xFFFFFFFF;
+    const std::size_t uNodes = b.m_oNode.Size();
+    Arr<u2_t> oLevel;  // by id, from 1
+    oLevel.Resize(uNodes);
+    for (u2_t uId = 0; uId < uNodes; ++uId) {
+        u2_t uSteps = 0;
+        u2_t uUp = uId;
+        for (; uUp < uNodes && oLevel(uUp) == UNKNOWN; uUp = b.m_oNode(uUp).Pred()) {
+            oLevel(uUp) = ON_THE_WAY;
+            ++uSteps;
+        }
+        if (uUp < uNodes && oLevel(uUp) == ON_THE_WAY) FailNode(uId);
+        u2_t uLevel = (uUp < uNodes ? oLevel(uUp) : 0) + uSteps;
+        if (uLevel > m_oLimits.m_uDepth) {
+            Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
+        }
+        for (u2_t u = uId; u != uUp && u < uNodes; u = b.m_oNode(u).Pred()) oLevel(u) = uLevel--;
+    }
+}
+
+// ---- texts --------------------------------------------------------------------
+
+bool Checker::CheckText(u2_t uBegin, u2_t uSize) {
+    if (uBegin >= b.m_oStr.Size()) return false;
+    if (uBegin == 0) return uSize <= 1;  // the empty text
+    if (uBegin < m_uChecked) {
+        m_oLate.Add(Text{uBegin, uSize});
+        return true;
+    }
+    const std::size_t uEnd = EndOfText(uBegin, uSize);
+    if (uEnd == 0) return false;
+    m_uChecked = uEnd;
+    m_uReferred += uEnd - uBegin;
+    return true;
+}
+
+std::size_t Checker::EndOfText(u2_t uBegin, u2_t uSize) const {
+    const std::size_t uHeap = b.m_oStr.Size();
+    const char* pText = b.HeapAt(uBegin);
+    std::size_t uLength = uSize - std::size_t{1};
+    if (uSize == TO_NUL) {
+        const void* pNul = std::memchr(pText, 0, uHeap - uBegin);
+        if (pNul == nullptr) return 0;
+        uLength = static_cast<std::size_t>(static_cast<const char*>(pNul) - pText);
+        CheckSize(uLength);
+        return IsUtf8(pText, uLength) ? uBegin + uLength + 1 : 0;
+    }
+    if (uSize > uHeap - uBegin || pText[uLength] != 0) return 0;
+    if (IsPlainText(pText, uLength)) return uBegin + uSize;
+    const bool bNul = std::memchr(pText, 0, uLength) != nullptr;
+    return !bNul && IsUtf8(pText, uLength) ? uBegin + uSize : 0;
+}
+
+// Texts that overlap end at the same NUL, so one that begins inside of another is a tail of it:
+// valid when it begins with a character.
+void Checker::CheckLateTexts() {
+    std::sort(m_oLate.Beg(), m_oLate.End(),
+              [](const Text& x, const Text& y) { return x.uBegin < y.uBegin; });
+    std::size_t uEnd = 0;
+    for (const Text* p = m_oLate.Beg(); p != m_oLate.End(); ++p) {
+        if (p->uBegin >= uEnd) {
+            uEnd = EndOfText(p->uBegin, p->uSize);
+            if (uEnd == 0) throw Fault{Fault::HEAP, p->uBegin};
+            continue;
+        }
+        m_uShared += uEnd - p->uBegin;
+        const bool bSameEnd = p->uSize == TO_NUL || u3_t{p->uBegin} + p->uSize == uEnd;
+        const bool bInsideCharacter = (static_cast<u0_t>(*b.HeapAt(p->uBegin)) & 0xC0u) == 0x80u;
+        if (!bSameEnd || bInsideCharacter) throw Fault{Fault::HEAP, p->uBegin};
+    }
+}
+
+// Nodes may share texts and names, which every form but the dump writes out for each of them, and
+// links the nodes that they lead to.
+void Checker::CheckShared() const {
+    u3_t uBytes = m_uReferred + m_uShared + LinkBytes(b);
+    u3_t uLongest = 0;
+    for (u2_t uKey = 0; uKey < b.m_oName.Size(); ++uKey) {
+        uLongest = std::max<u3_t>(uLongest, b.m_oName(uKey).uLength);
+    }
+    // A record takes 16 bytes of a dump, so that shorter names stay below any bound.
+    constexpr u3_t SHORT_NAME = 256;
+    if (uLongest > SHORT_NAME) {
+        for (const Data_Node& o : b.m_oNode) uBytes += b.m_oName(o.uKey).uLength;
+    }
+    (void)m_oWork.CheckMemory(uBytes);
+}
+
+// ---- attributes ---------------------------------------------------------------
+
+void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
+    const auto oFail = [](std::size_t uWord) { throw Fault{Fault::ATTRIBUTES, u3_t{uWord} * 4}; };
+    const std::size_t uNodes = b.m_oNode.Size();
+    const std::size_t uNames = b.m_oAttName.Size() - 1;
+    Arr<u2_t> oCount;  // by node, where a limit could be reached
+    if (uNames > m_oLimits.m_uAttributes) oCount.Resize(uNodes);
+    std::size_t uNext = 0;
+    for (std::size_t uName = 1; uName <= uNames; ++uName) {
+        if (uNext == oWords.Size()) oFail(uNext);
+        const std::size_t uCount = oWords(uNext++);
+        if (uCount > (oWords.Size() - uNext) / 2) oFail(uNext - 1);
+        if (uCount == 0) continue;
+        if (b.m_oAttHead.Size() == 0) b.m_oAttHead.Resize(uNodes);
+        Arr<Data_Att>& oAtt = b.m_oAttArr(uName - 1)->oAtt;
+        oAtt.Reserve(uCount);
+        for (std::size_t u = 0; u < uCount; ++u, uNext += 2) {
+            const u2_t uId = oWords(uNext);
+            const u2_t uValue = oWords(uNext + 1);
+            const bool bAscending = u == 0 || uId > oAtt(u - 1).uId;
+            if (uId >= uNodes || !bAscending || !CheckText(uValue, TO_NUL)) oFail(uNext);
+            if (oCount.Size() != 0 && ++oCount(uId) > m_oLimits.m_uAttributes) {
+                Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
+            }
+            oAtt.Add(Data_Att{uId, uValue, b.m_oAttHead(uId)});
+            b.m_oAttHead(uId) = static_cast<u2_t>(uName);
+        }
+    }
+    if (uNext != oWords.Size()) oFail(uNext);
+}
+
+}  // namespace vok::dump

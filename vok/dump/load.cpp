@@ -1,0 +1,187 @@
+// Reads the native dump.
+#include <algorithm>
+
+#include "vok/base/where.h"
+#include "vok/dump/check.h"
+#include "vok/dump/format.h"
+#include "vok/file/buf.h"
+#include "vok/file/file.h"
+#include "vok/file/rest.h"
+
+namespace vok {
+
+namespace dump {
+
+namespace {
+
+class Reader {
+  public:
+    Reader(File_Stream& oIn, const Limits& oLimits)
+        : m_oIn(oIn),
+          m_oLimits(oLimits),
+          m_oWork(oLimits),
+          m_oBase(Mem::Ref<Data_Base>::Create()),
+          b(*m_oBase) {}
+
+    Mem::Ref<Data_Base> Run() {
+        u2_t uLibraryVersion = 0;
+        u2_t uVersion = 0;
+        File::CheckMagic(m_oIn, CLASS_NAME, uLibraryVersion, uVersion, true, 1, VERSION, VERSION);
+        m_uAt = 20 + std::string_view("vok::").size() + sizeof(CLASS_NAME);
+        ReadTag();
+        ReadNames(false);
+        m_auBlock[Fault::NODES] = ReadBlock(b.m_oNode, 0, MaxNodes());
+        m_auBlock[Fault::GROUPS] = ReadBlock(b.m_oSucc, 0, MAX_WORDS);
+        m_auBlock[Fault::HEAP] = ReadBlock(b.m_oStr, Data_Base::HEAP_SLACK, MAX_WORDS);
+        std::memset(b.m_oStr.End(), 0, Data_Base::HEAP_SLACK);
+        ReadNames(true);
+        Arr<u2_t> oAttributes;
+        m_auBlock[Fault::ATTRIBUTES] = ReadBlock(oAttributes, 0, ~u3_t{0});
+        m_uAt += File::LoadEndMarker(m_oIn);
+        if (!IS_NATIVE) {
+            TurnWords(b.m_oNode.Beg(), 4 * b.m_oNode.Size());
+            TurnWords(b.m_oSucc.Beg(), b.m_oSucc.Size());
+            TurnWords(oAttributes.Beg(), oAttributes.Size());
+        }
+        try {
+            m_oWork.SetInput(m_uAt);
+            Checker(b, m_oLimits, m_oWork).Run(oAttributes);
+        } catch (const Fault& oFault) {
+            Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
+        }
+        if (!IS_NATIVE) TurnQuads(b.m_oNode, b.m_oStr);
+        return m_oBase;
+    }
+
+    // Bytes from the beginning to what is read, or to what is wrong.
+    [[nodiscard]] u3_t Offset() const noexcept { return m_uAt; }
+    [[nodiscard]] std::size_t Nodes() const noexcept { return b.m_oNode.Size(); }
+
+  private:
+    // Places in the heap and in the groups are signed 32-bit numbers elsewhere.
+    static constexpr u3_t MAX_WORDS = 0x7FFFFFFF;
+    static constexpr std::size_t NAMES_BETWEEN_CHECKS = 4096;
+    static constexpr std::size_t FIRST_CHUNK = 64 * 1024;
+
+    [[noreturn]] void Fail(u3_t uOffset) {
+        m_uAt = uOffset;
+        Msg::BinaryDataIsADumpOfAnInvalidObject(CLASS_NAME);
+    }
+
+    [[nodiscard]] u3_t MaxNodes() const noexcept { return std::min(m_oLimits.m_uNodes, MAX_WORDS); }
+
+    void ReadTag() {
+        File_Buf oTag;
+        const u3_t uRead = File::LoadBufStream32(oTag, m_oIn);
+        m_uAt += uRead != 0 ? uRead : NARROW_LENGTH;
+        if (oTag.Size() > m_oLimits.m_uTextBytes) {
+            Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
+        }
+        b.m_oUserTag = Mem::Str(std::string_view(oTag.Data(), oTag.Size()));
+    }
+
+    // Reads a block of whole elements, with room for some more, and returns where it begins.
+    // No more memory is asked for than about twice what has come.
+    template <class T>
+    u3_t ReadBlock(Arr<T>& oArr, std::size_t uExtra, u3_t uMost) {
+        char sLength[WIDE_LENGTH];
+        m_oIn.Read(sLength, sizeof(sLength));
+        const u3_t uBegin = m_uAt + sizeof(sLength);
+        const u3_t uBytes = le::Load<u3_t>(sLength);
+        const u3_t uSize = uBytes / sizeof(T);
+        if (uBytes % sizeof(T) != 0 || uSize > MAX_SIZE) Fail(m_uAt);
+        if (uSize > uMost) RaiseTooMany(uSize);
+        m_uAt = uBegin;
+        const File_Buf* pBuffer = dynamic_cast<const File_Buf*>(&m_oIn);
+        const std::size_t uSure = pBuffer != nullptr ? pBuffer->Remaining() / sizeof(T) : 0;
+        oArr.Truncate(0);
+        while (oArr.Size() < uSize) {
+            const std::size_t uLeft = static_cast<std::size_t>(uSize) - oArr.Size();
+            const std::size_t uChunk = std::min(uLeft, std::max({uSure, oArr.Size(), FIRST_CHUNK}));
+            oArr.Reserve(oArr.Size() + uChunk + uExtra);
+            m_oIn.Read(oArr.End(), uChunk * sizeof(T));
+            m_uAt += uChunk * sizeof(T);
+            oArr.SetSize(oArr.Size() + uChunk);
+        }
+        oArr.Reserve(oArr.Size() + uExtra);
+        return uBegin;
+    }
+    static constexpr u3_t MAX_SIZE = u3_t{1} << 48;
+
+    [[noreturn]] void RaiseTooMany(u3_t uSize) {
+        if (uSize > MAX_WORDS) Fail(m_uAt);
+        Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
+    }
+
+    // Names of nodes or of attributes: none empty, none twice.
+    void ReadNames(bool bAttributes) {
+        Arr<char> oBytes;
+        const u3_t uBegin = ReadBlock(oBytes, 0, ~u3_t{0});
+        std::string_view sLeft(oBytes.Beg(), oBytes.Size());
+        const Hash& oTable = bAttributes ? b.m_oAttName : b.m_oName;
+        while (!sLeft.empty()) {
+            const u3_t uOffset = uBegin + (oBytes.Size() - sLeft.size());
+            const std::size_t uLength = sLeft.find('\0');
+            if (uLength == 0 || uLength == std::string_view::npos) Fail(uOffset);
+            if (!IsUtf8(sLeft.data(), uLength)) Fail(uOffset);
+            const std::size_t uKeys = oTable.Size();
+            if (bAttributes) {
+                b.InternAttribute(sLeft.substr(0, uLength));
+            } else {
+                b.Intern(sLeft.substr(0, uLength));
+            }
+            if (oTable.Size() == uKeys) Fail(uOffset);
+            // Names cost more than their bytes, which may have been inflated from few.
+            const bool bLook = m_oWork.IsMetered() && uKeys % NAMES_BETWEEN_CHECKS == 0;
+            if (bLook) (void)m_oWork.CheckMemory(b.HeapBytes());
+            sLeft.remove_prefix(uLength + 1);
+        }
+    }
+
+    File_Stream& m_oIn;
+    const Limits& m_oLimits;
+    Work m_oWork;
+    const Mem::Ref<Data_Base> m_oBase;
+    Data_Base& b;
+    u3_t m_uAt = 0;
+    u3_t m_auBlock[4] = {};  // where the blocks begin that a Fault names
+};
+
+}  // namespace
+
+}  // namespace dump
+
+void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
+    return Where("vok::Data::Load", [&] {
+        if (pReport != nullptr) *pReport = Load_Report();
+        dump::Reader oReader(oIn, oLimits);
+        const auto oReport = [&] {
+            if (pReport == nullptr) return;
+            pReport->m_uOffset = oReader.Offset();
+            pReport->m_uNodes = oReader.Nodes();
+        };
+        try {
+            *this = Data(oReader.Run(), 0);
+        } catch (...) {
+            oReport();
+            throw;
+        }
+        oReport();
+        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
+    });
+}
+
+bool Data::CanLoad(File_Stream& oIn) {
+    return Where("vok::Data::CanLoad", [&] {
+        const i3_t iPosition = oIn.Tell();
+        u2_t uLibraryVersion = 0;
+        u2_t uVersion = 0;
+        if (!File::CheckMagic(oIn, dump::CLASS_NAME, uLibraryVersion, uVersion, false, 1, 1)) {
+            return false;
+        }
+        oIn.Seek(iPosition);
+        return true;
+    });
+}
+
+}  // namespace vok

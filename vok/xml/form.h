@@ -1,0 +1,56 @@
+// What documents of this library use of XML to carry types and links. Internal.
+#ifndef VOK_XML_FORM_H
+#define VOK_XML_FORM_H
+
+#include <string_view>
+
+#include "vok/data/node.h"
+
+namespace vok::xml {
+
+inline constexpr std::string_view CDATA = "<![CDATA[";
+inline constexpr std::string_view CDATA_END = "]]>";
+
+inline constexpr std::string_view DT_DECLARATION = "xmlns:dt";
+inline constexpr std::string_view DT_NAMESPACE = "urn:schemas-microsoft-com:datatypes";
+
+// A link is a reference to the number that its target carries.
+inline constexpr std::string_view NODE_ID = "CDNodeID";
+inline constexpr std::string_view NODE_REFERENCE = "CDNodeIDREF";
+inline constexpr std::string_view REFERENCE_TYPE = "CDNodeRefType";
+
+// Whether an attribute of a node would be taken for one of the above.
+[[nodiscard]] inline bool IsReserved(std::string_view sName) noexcept {
+    return sName.starts_with("dt:") || sName.starts_with("CDNode") || sName == DT_DECLARATION;
+}
+
+// A value of dt:dt.
+struct TypeName {
+    std::string_view sName;
+    Data_Node::Type eType;
+    bool bZone = false;  // dates are an hour east of UTC
+};
+inline constexpr TypeName TYPES[] = {
+    {"i4", Data_Node::Integer},
+    {"r8", Data_Node::Double},
+    {"boolean", Data_Node::Boolean},
+    {"i8", Data_Node::Long},
+    {"dateTime", Data_Node::Date},
+    {"r4", Data_Node::Float},
+    {"char", Data_Node::Char},
+    {"quad", Data_Node::Quad},
+    {"bin.base64", Data_Node::Binary},
+    {"bool", Data_Node::Boolean},
+    {"dateTime.tz", Data_Node::Date, true},
+};
+// Null for any other text.
+[[nodiscard]] inline const TypeName* FindType(std::string_view sName) noexcept {
+    for (const TypeName& o : TYPES) {
+        if (o.sName == sName) return &o;
+    }
+    return nullptr;
+}
+
+}  // namespace vok::xml
+
+#endif  // VOK_XML_FORM_H
