@@ -13,21 +13,22 @@ using vok::Data_Node;
 
 namespace {
 
-// The successor of a name, handed to oUse if there is one; tells whether there was.
-template <class F>
-bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
-    const Utilities::NativeText oText(oName);
-    const Data oSucc = oNode.GetNthSucc(oText.CStr(), static_cast<vok::u2_t>(iIndex));
-    if (!oSucc.IsNode()) return false;
-    oUse(oSucc);
-    return true;
-}
-
 // Hands oUse a name for the native side: UTF-8 as it is, UTF-16 converted.
 template <class F>
 decltype(auto) WithName(StringRef oName, F&& oUse) {
     if (oName.Utf8().data() != nullptr) return oUse(vok::Data_Name(oName.Utf8()));
     return oUse(vok::Data_Name(Utilities::NativeText(oName).CStr()));
+}
+
+// The successor of a name, handed to oUse if there is one; tells whether there was.
+template <class F>
+bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
+    const Data oSucc = WithName(oName, [&](vok::Data_Name o) {
+        return oNode.GetNthSucc(o, static_cast<vok::u2_t>(iIndex));
+    });
+    if (!oSucc.IsNode()) return false;
+    oUse(oSucc);
+    return true;
 }
 
 Data NewSuccessor(Data& oNode, StringRef oName) {
@@ -204,8 +205,9 @@ bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
 
 Int32 Node::GetSubnodeCount(StringRef name) const {
     return Guarded("Failed to get subnode count", [&] {
-        const Utilities::NativeText oName(name);
-        return static_cast<Int32>(Cursor().GetSuccCount(oName.CStr()));
+        return WithName(name, [&](vok::Data_Name oName) {
+            return static_cast<Int32>(Cursor().GetSuccCount(oName));
+        });
     });
 }
 

@@ -136,9 +136,9 @@ TEST(Growth, NoSequenceIsQuadratic) {
     const auto oCost = [](const Sequence& oSequence, unsigned uCount) {
         const Mem_Probe oProbe;
         Data oTree = oSequence.pPrepare(uCount);
-        const u3_t uBefore = dgraph::Access::BaseOf(oTree)->m_uMoved + Mem_Probe::Asked() / 16;
+        const u3_t uBefore = dgraph::Access::BaseOf(oTree)->Moved() + Mem_Probe::Asked() / 16;
         oSequence.pRun(oTree, uCount);
-        return dgraph::Access::BaseOf(oTree)->m_uMoved + Mem_Probe::Asked() / 16 - uBefore;
+        return dgraph::Access::BaseOf(oTree)->Moved() + Mem_Probe::Asked() / 16 - uBefore;
     };
     for (const Sequence& o : SEQUENCES) {
         SCOPED_TRACE(o.sWhat);

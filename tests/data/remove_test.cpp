@@ -90,9 +90,9 @@ TEST(Shrink, DropsWasteWhenItIsWorthIt) {
             oTree.SetAttVal("kept", std::string(uKept, 'k').c_str());
             Data oNode = oTree.CreateNewSucc("n");
             oWaste(oNode);
-            const std::size_t uHeap = dgraph::Access::BaseOf(oTree)->m_oStr.Size();
+            const std::size_t uHeap = dgraph::Access::BaseOf(oTree)->m_oHeap.Size();
             oTree.Shrink();
-            const bool bShrunk = dgraph::Access::BaseOf(oTree)->m_oStr.Size() < uHeap;
+            const bool bShrunk = dgraph::Access::BaseOf(oTree)->m_oHeap.Size() < uHeap;
             EXPECT_EQ(bShrunk, uKept == 0);
         }
     }

@@ -157,7 +157,7 @@ TEST(SuccOrder, GroupsAreCompacted) {
     }
     oOther.CreateNewSucc("x");
     EXPECT_EQ(oOther.GetSuccIt().Size(), 1u);
-    EXPECT_LT(dgraph::Access::BaseOf(oRoot)->m_oSucc.Size(), 12'000u);
+    EXPECT_LT(dgraph::Access::BaseOf(oRoot)->m_oGroup.Words().Size(), 12'000u);
     EXPECT_STREQ(oKept.GetNthSucc(0).GetName(), "a");
     EXPECT_STREQ(oKept.GetNthSucc(1).GetName(), "b");
 }

@@ -195,9 +195,15 @@ TEST(Values, TheHeapHasALimit) {
     oRoot.CreateNewSucc("s").SetValStr("text");
     oRoot.CreateNewSucc("q").SetValQuad(1, 2, 3, 4);
     oRoot.SetAttVal("a", "value");
-    Arr<char>& oHeap = dgraph::Access::BaseOf(oRoot)->m_oStr;
+    Data_Heap& oHeap = dgraph::Access::BaseOf(oRoot)->m_oHeap;
     const std::size_t uSize = oHeap.Size();
-    oHeap.Reserve((std::size_t{1} << 31) + 4096);  // which costs no memory before it is used
+    const auto oSetSize = [&oHeap](std::size_t uBytes) {
+        Arr<char> oBytes;
+        oHeap.Swap(oBytes);
+        oBytes.Reserve((std::size_t{1} << 31) + 4096);  // which costs no memory before it is used
+        oBytes.SetSize(uBytes);
+        oHeap.Swap(oBytes);
+    };
     Data oOther = NewTree();
     oOther.SetValStr("a text that is longer");
     const std::function<void()> STEPS[] = {
@@ -211,9 +217,9 @@ TEST(Values, TheHeapHasALimit) {
         [&] { oRoot.CreateNode("x/y[@k=\"a text that is longer\"]"); },
     };
     for (const auto& oStep : STEPS) {
-        oHeap.SetSize(0x7FFFFFF8);
+        oSetSize(0x7FFFFFF8);
         EXPECT_EQ(Failing(oStep), "assertion failed: vok::Msg::IsInt32(x)");
-        oHeap.SetSize(uSize);
+        oSetSize(uSize);
         EXPECT_STREQ(oRoot.GetNthSucc("s", 0).GetValStr(), "text");
         EXPECT_STREQ(oRoot.GetAttVal("a"), "value");
         u2_t auWord[4];

@@ -122,6 +122,10 @@ class Arr {
     // Declares elements up to uSize, at most Capacity(), written: to an array that is not
     // shared, by one who has put them there.
     void SetSize(std::size_t uSize) noexcept { m_uSize = uSize; }
+    // The last element of an array that has one, and dropping it.
+    [[nodiscard]] T& Last() noexcept { return m_pData[m_uSize - 1]; }
+    [[nodiscard]] const T& Last() const noexcept { return m_pData[m_uSize - 1]; }
+    void Pop() noexcept { --m_uSize; }
     // Drops elements at the end; never fails.
     void Truncate(std::size_t uSize) noexcept {
         if (uSize < m_uSize) m_uSize = uSize;

@@ -34,7 +34,7 @@ void Data::CvtStr(Str& oOut, const char* sDefault) const {
             case Node::Float:
             case Node::Double: FormatReal16(std::bit_cast<double>(oNode.Value64()), sBuf); break;
             case Node::Date: FormatDate(std::bit_cast<double>(oNode.Value64()), ' ', sBuf); break;
-            case Node::String: oOut = Str(b.HeapAt(oNode.uWord2)); return;
+            case Node::String: oOut = Str(b.m_oHeap.At(oNode.uWord2)); return;
             case Node::Long: FormatInteger(oNode.Value64(), sBuf); break;
             case Node::Quad: {
                 u2_t u0, u1, u2, u3;
@@ -69,7 +69,7 @@ i3_t Data::CvtInt(i2_t iDefault) const {
             case Node::Float:
             case Node::Double:
             case Node::Date: return 0;
-            case Node::String: return ParseLong(b.HeapAt(oNode.uWord2));
+            case Node::String: return ParseLong(b.m_oHeap.At(oNode.uWord2));
             case Node::Long: return static_cast<i3_t>(oNode.Value64());
             case Node::Quad: {
                 u2_t u0, u1, u2, u3;
@@ -98,7 +98,7 @@ double Data::CvtDbl(double dDefault) const {
             case Node::Float:
             case Node::Double:
             case Node::Date: return std::bit_cast<double>(oNode.Value64());
-            case Node::String: return ParseLong(b.HeapAt(oNode.uWord2));
+            case Node::String: return ParseLong(b.m_oHeap.At(oNode.uWord2));
             case Node::Long: return static_cast<double>(static_cast<i3_t>(oNode.Value64()));
             case Node::Quad: return oNode.uWord3;
             case Node::Binary:
@@ -126,7 +126,7 @@ void Data::CopyVal(const Data& oSrc, Data& oDst) {
         const bool bOtherTree = oSrc.m_oBase != oDst.m_oBase;
         if (bOtherTree && oValue.GetType() == Node::String) return oDst.SetValStr(oSrc.GetValStr());
         if (bOtherTree && oValue.GetType() == Node::Binary) {
-            return oDst.SetValBin(oSrcBase.HeapAt(oValue.uWord2), oValue.uWord3);
+            return oDst.SetValBin(oSrcBase.m_oHeap.At(oValue.uWord2), oValue.uWord3);
         }
         if (bOtherTree && oValue.GetType() == Node::Quad) {
             u2_t u0, u1, u2, u3;
@@ -138,6 +138,7 @@ void Data::CopyVal(const Data& oSrc, Data& oDst) {
         oNode.SetType(oValue.GetType());
         oNode.SetValue64(oValue.Value64());
         if (bOtherTree && oValue.GetType() == Node::Link) oNode.uWord2 = Node::NONE;
+        oDstBase.m_oHeap.Share(Data_Heap::BytesOf(oValue));
         oDstBase.m_uDead += oValue.GetType() == Node::Zombi;
     });
 }

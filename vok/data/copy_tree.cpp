@@ -76,28 +76,32 @@ void Data_Copy::AddNodes(u2_t uFirst, u2_t uParent) {
             oNode.uWord3 = oEntry.uSuccs;
         } else if (oNode.GetType() == Data_Node::Link) {
             oNode.uWord2 = TargetFor(oNode.uWord2, uFirst);
-        } else if (!m_bSame) {
-            m_oRanges.Renew(oNode);
+        } else {
+            if (!m_bSame) m_oRanges.Renew(oNode);
+            m_oTo.m_oHeap.Share(Data_Heap::BytesOf(oNode));
         }
         m_oTo.m_oNode.Add(oNode);
     }
-    if (m_oFrom.m_oAttHead.Size() != 0) CopyAttributes(uFirst);
+    if (!m_oFrom.m_oAtt.IsUnused()) CopyAttributes(uFirst);
 }
 
 // Within a tree copies share the texts.
 void Data_Copy::CopyTexts() {
-    if (m_bSame || m_oFrom.m_oStr.Size() == 0) return;
+    if (m_bSame || m_oFrom.m_oHeap.Size() == 0) return;
     Arr<u2_t> oKeys;
     for (const Entry* p = m_oEntry.Beg(); p != m_oEntry.End(); ++p) {
         m_oRanges.Keep(m_oFrom.m_oNode(p->uId));
-        if (!m_oFrom.HasAttributes(p->uId)) continue;
-        m_oFrom.ListAttributes(p->uId, oKeys);
-        for (const u2_t* pKey = oKeys.Beg(); pKey != oKeys.End(); ++pKey) {
-            m_oRanges.KeepText(m_oFrom, m_oFrom.FindAttribute(p->uId, *pKey));
+        m_oFrom.m_oAtt.List(p->uId, oKeys);
+        for (const u2_t uKey : oKeys) {
+            const u2_t uText = m_oFrom.m_oAtt.Find(p->uId, uKey);
+            m_oRanges.Keep(uText, m_oFrom.m_oHeap.BytesOf(uText));
         }
     }
-    m_oRanges.Copy(m_oFrom, [this](const char* pText, std::size_t uSize) {
-        return m_oTo.AddHeap(pText, uSize);
+    // Nobody refers to what is copied yet.
+    m_oRanges.Copy(m_oFrom.m_oHeap, [this](const char* pText, std::size_t uSize) {
+        const u2_t uOffset = m_oTo.m_oHeap.Add(pText, uSize);
+        m_oTo.m_oHeap.Drop(uSize);
+        return uOffset;
     });
 }
 
@@ -106,23 +110,21 @@ void Data_Copy::CopyAttributes(u2_t uFirst) {
     Arr<u2_t> oKeys;
     for (std::size_t u = 0; u < m_oEntry.Size(); ++u) {
         const u2_t uOld = m_oEntry(u).uId;
-        if (!m_oFrom.HasAttributes(uOld)) continue;
-        m_oFrom.ListAttributes(uOld, oKeys);
-        for (const u2_t* pKey = oKeys.Beg(); pKey != oKeys.End(); ++pKey) {
-            const Hash_Text& oName = m_oFrom.m_oAttName(*pKey);
-            u2_t uText = m_oFrom.FindAttribute(uOld, *pKey);
+        m_oFrom.m_oAtt.List(uOld, oKeys);
+        for (const u2_t uKey : oKeys) {
+            u2_t uText = m_oFrom.m_oAtt.Find(uOld, uKey);
             if (!m_bSame) uText = m_oRanges.NewOffset(uText);
             // A text in the heap is referred to, not copied.
-            m_oTo.SetAttribute(static_cast<u2_t>(uFirst + u), {oName.sText, oName.uLength},
-                               m_oTo.HeapAt(uText));
+            m_oTo.SetAttribute(static_cast<u2_t>(uFirst + u),
+                               Data_Names::ViewOf(m_oFrom.m_oAtt.Names(), uKey),
+                               m_oTo.m_oHeap.At(uText));
         }
     }
 }
 
 u2_t Data_Copy::KeyFor(const Data_Node& oNode) {
     if (m_bSame) return oNode.uKey;
-    const Hash_Text& oName = m_oFrom.m_oName(oNode.uKey);
-    return m_oTo.Intern(std::string_view(oName.sText, oName.uLength));
+    return m_oTo.m_oName.Intern(m_oFrom.m_oName.View(oNode.uKey));
 }
 
 void Data_Copy::SortEntries() {

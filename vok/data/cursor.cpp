@@ -84,21 +84,21 @@ const char* Data::GetName() const {
                  [&] { return detail::NodeOf(m_oBase, m_uId).NameOf(m_uId); });
 }
 
-void Data::SetRootName(const char* sName) {
+void Data::SetRootName(Data_Name oName) {
     return Where("vok::Data::SetRootName", [&] {
         Base& b = detail::TreeOf(m_oBase);
-        b.m_oNode(0).uKey = b.Intern(sName);
+        b.m_oNode(0).uKey = b.KeyOf(oName);
     });
 }
 
-Data_Key Data::FindKey(const char* sName) const {
+Data_Key Data::FindKey(Data_Name oName) const {
     return Where("vok::Data::FindKey",
-                 [&] { return Data_Key{detail::TreeOf(m_oBase).FindKey(sName)}; });
+                 [&] { return Data_Key{detail::TreeOf(m_oBase).FindKey(oName)}; });
 }
 
-Data_Key Data::MakeKey(const char* sName) {
+Data_Key Data::MakeKey(Data_Name oName) {
     return Where("vok::Data::MakeKey",
-                 [&] { return Data_Key{detail::TreeOf(m_oBase).Intern(sName)}; });
+                 [&] { return Data_Key{detail::TreeOf(m_oBase).KeyOf(oName)}; });
 }
 
 Mem::Str Data::GetUserTag() const {
@@ -180,19 +180,19 @@ u2_t Data::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
         if (!m_oBase) SetToRoot();
         const u2_t uId = AppendTo(m_oBase, m_uId, oName);
-        m_oBase->SetNewValue(uId, Node::Binary, m_oBase->AddHeap(pData, uSize), uSize);
+        m_oBase->SetNewValue(uId, Node::Binary, m_oBase->m_oHeap.Add(pData, uSize), uSize);
         return uId;
     });
 }
 
-Data Data::CreateSucc(const char* sName, u2_t* pCreated) {
+Data Data::CreateSucc(Data_Name oName, u2_t* pCreated) {
     return Where("vok::Data::CreateSucc(const char*)", [&] {
         if (pCreated != nullptr) *pCreated = 0;
-        Data oFound = m_oBase ? GetNthSucc(sName, 0) : Data();
+        Data oFound = m_oBase ? GetNthSucc(oName, 0) : Data();
         if (oFound.IsNode()) return oFound;
         if (!m_oBase) SetToRoot();
         oFound = *this;
-        oFound.SetToNewSucc(sName);
+        oFound.SetToNewSucc(oName);
         if (pCreated != nullptr) *pCreated = 1;
         return oFound;
     });
@@ -205,7 +205,7 @@ std::size_t Data::HeapBytes() const noexcept {
 }
 
 std::size_t Data::TextBytes() const noexcept {
-    return m_oBase ? m_oBase->m_oStr.Capacity() : 0;
+    return m_oBase ? m_oBase->m_oHeap.HeapBytes() : 0;
 }
 
 }  // namespace vok

@@ -130,11 +130,11 @@ class Data {
     // Null for an unnamed node, "Root" for an unnamed root.
     [[nodiscard]] const char* GetName() const;
     // Names the root, wherever the cursor stands.
-    void SetRootName(const char* sName);
+    void SetRootName(Data_Name oName);
     // The key of a name if any node of the tree ever bore it, else an unknown key.
-    [[nodiscard]] Data_Key FindKey(const char* sName) const;
+    [[nodiscard]] Data_Key FindKey(Data_Name oName) const;
     // The key of a name, which is added to the tree's names if need be.
-    Data_Key MakeKey(const char* sName);
+    Data_Key MakeKey(Data_Name oName);
 
     // A free text kept with the tree.
     [[nodiscard]] Mem::Str GetUserTag() const;
@@ -149,20 +149,17 @@ class Data {
     // Iterators over all successors, or over those of one name ("" = the unnamed ones).
     // Empty when there are none; never an error for an unknown name.
     [[nodiscard]] Data_SuccIt GetSuccIt() const;
-    [[nodiscard]] Data_SuccIt GetSuccIt(const char* sName) const;
-    [[nodiscard]] Data_SuccIt GetSuccIt(Data_Key oKey) const;
+    [[nodiscard]] Data_SuccIt GetSuccIt(Data_Name oName) const;
     // The n-th successor, counted from 0 (removed ones keep their place); an empty cursor
     // when there are not so many.
     [[nodiscard]] Data GetNthSucc(u2_t uNth) const;
-    [[nodiscard]] Data GetNthSucc(const char* sName, u2_t uNth) const;
-    [[nodiscard]] Data GetNthSucc(Data_Key oKey, u2_t uNth) const;
+    [[nodiscard]] Data GetNthSucc(Data_Name oName, u2_t uNth) const;
     // How many successors of one name there are, removed ones included. Like GetNthSucc this takes
     // log n, also in turns with CreateNewSucc, where an iterator would put all in order.
-    [[nodiscard]] u2_t GetSuccCount(const char* sName) const;
-    [[nodiscard]] u2_t GetSuccCount(Data_Key oKey) const;
+    [[nodiscard]] u2_t GetSuccCount(Data_Name oName) const;
     // The same as GetNthSucc, but a missing successor raises "node has no successor named "%0"" or
     // "node has not %1 successors named "%0"".
-    [[nodiscard]] Data GetCheckedSucc(const char* sName, u2_t uNth = 0) const;
+    [[nodiscard]] Data GetCheckedSucc(Data_Name oName, u2_t uNth = 0) const;
 
     // Appends an empty successor and moves to it. Constant time. Only an empty node, a tree
     // node and a string of white space take successors: else "node "%0" with wrong data
@@ -182,7 +179,7 @@ class Data {
     u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     // The first successor of that name, made if there is none; *pCreated (may be null)
     // receives the number of nodes made. An empty cursor gets a tree first.
-    Data CreateSucc(const char* sName, u2_t* pCreated = nullptr);
+    Data CreateSucc(Data_Name oName, u2_t* pCreated = nullptr);
     // The successor that a path step describes. Without a position: the only one that
     // matches name and attributes ("node is not unique" for several), or a new one. With
     // position p: the p-th of that name; missing ones are made, all but the last as
@@ -263,7 +260,7 @@ class Data {
     // access deleted node" on a removed node.
     void SetAttVal(const char* sName, const char* sValue);
     // Null when there is no such attribute.
-    [[nodiscard]] const char* GetAttVal(const char* sName) const;
+    [[nodiscard]] const char* GetAttVal(Data_Name oName) const;
     // Names and values of all attributes, entry i of one belonging to entry i of the other;
     // in name order, or in the order in which names first appeared in the tree.
     void GetAttributes(Arr<const char*>& oNames, Arr<const char*>& oValues, bool bSorted = false,

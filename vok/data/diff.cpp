@@ -44,10 +44,10 @@ class Side {
         return eType == Data_Node::Tree ? Data_Node::Empty : eType;
     }
     [[nodiscard]] std::string_view Block(const Data_Node& oNode) const noexcept {
-        return {b.HeapAt(oNode.uWord2), oNode.uWord3};
+        return {b.m_oHeap.At(oNode.uWord2), oNode.uWord3};
     }
     [[nodiscard]] const char* QuadRest(const Data_Node& oNode) const noexcept {
-        return b.HeapAt(oNode.uWord2);
+        return b.m_oHeap.At(oNode.uWord2);
     }
 
     // Where a node hangs.
@@ -208,26 +208,19 @@ class Comparison {
         }
     }
 
-    void ListSorted(const Side& oSide, u2_t uId, Arr<u2_t>& oKeys) const {
-        oSide.b.ListAttributes(uId, oKeys);
-        std::sort(oKeys.Beg(), oKeys.End(),
-                  [&](u2_t uX, u2_t uY) { return oSide.b.m_oAttName.IsLess(uX, uY); });
-    }
-
     void CompareAttributes(u2_t uA, u2_t uB) {
-        if (!a.b.HasAttributes(uA) && !b.b.HasAttributes(uB)) return;
-        ListSorted(a, uA, m_oAttA);
-        ListSorted(b, uB, m_oAttB);
+        if (!a.b.m_oAtt.Has(uA) && !b.b.m_oAtt.Has(uB)) return;
+        a.b.m_oAtt.ListByName(uA, m_oAttA);
+        b.b.m_oAtt.ListByName(uB, m_oAttB);
         for (std::size_t uNthA = 0, uNthB = 0; !m_bStopped;) {
             const bool bA = uNthA != m_oAttA.Size();
             const bool bB = uNthB != m_oAttB.Size();
             if (!bA && !bB) return;
-            const char* sA = bA ? a.b.m_oAttName(m_oAttA(uNthA)).sText : nullptr;
-            const char* sB = bB ? b.b.m_oAttName(m_oAttB(uNthB)).sText : nullptr;
+            const char* sA = bA ? a.b.m_oAtt.Names()(m_oAttA(uNthA)).sText : nullptr;
+            const char* sB = bB ? b.b.m_oAtt.Names()(m_oAttB(uNthB)).sText : nullptr;
             const int iOrder = !bA ? 1 : !bB ? -1 : std::strcmp(sA, sB);
-            const bool bSame =
-                iOrder == 0 && std::strcmp(a.b.HeapAt(a.b.FindAttribute(uA, m_oAttA(uNthA))),
-                                           b.b.HeapAt(b.b.FindAttribute(uB, m_oAttB(uNthB)))) == 0;
+            const bool bSame = iOrder == 0 && std::strcmp(a.b.AttributeOf(uA, m_oAttA(uNthA)),
+                                                          b.b.AttributeOf(uB, m_oAttB(uNthB))) == 0;
             if (!bSame) Report(Data_Difference::Attribute, uA, uB, iOrder <= 0 ? sA : sB);
             uNthA += iOrder <= 0;
             uNthB += iOrder >= 0;

@@ -37,57 +37,35 @@ void Data_Base::Link(u2_t uId, u2_t uParent, u2_t uPos) noexcept {
     MakeTree(uParent);
     Node& oParent = m_oNode(uParent);
     ++oParent.uWord3;
-    if (oParent.Start() == NONE || m_oSucc(oParent.Start()) == m_oSucc(oParent.Start() + 1)) {
-        GrowGroup(oParent);
-    }
+    if (oParent.Start() == NONE || !m_oGroup.HasRoom(oParent.Start())) GrowGroup(oParent);
     Node& oNode = m_oNode(uId);
     oNode.SetPredField(uParent + 1);
-    u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
-    u2_t* pFirst = pGroup + GROUP_HEADER;
-    u2_t* pEnd = pFirst + pGroup[0];
-    const Run oRun = FindRun({pFirst, pGroup[0]}, oNode.uKey);
+    const u2_t uPlaced = m_oGroup.Placed(oParent.Start());
+    u2_t* pFirst = m_oGroup.Ids(oParent.Start());
+    const Run oRun = FindRun({pFirst, uPlaced}, oNode.uKey);
     u2_t* pPlace = pFirst + oRun.uFirst + std::min(uPos, oRun.uSize);
     if (oRun.uSize == 0) {
-        pPlace = std::lower_bound(pFirst, pEnd, oNode.uKey, [this](u2_t uOther, u2_t uKey) {
-            return m_oName.IsLess(m_oNode(uOther).uKey, uKey);
-        });
+        pPlace = std::lower_bound(
+            pFirst, pFirst + uPlaced, oNode.uKey,
+            [this](u2_t uOther, u2_t uKey) { return m_oName.IsLess(m_oNode(uOther).uKey, uKey); });
     }
-    m_uMoved += static_cast<u3_t>(pEnd - pPlace);
-    std::copy_backward(pPlace, pEnd, pEnd + 1);
-    *pPlace = uId;
-    ++pGroup[0];
+    m_oGroup.InsertAt(oParent.Start(), pPlace, uId);
 }
 
 void Data_Base::Unlink(u2_t uId) noexcept {
     const u2_t uPred = m_oNode(uId).Pred();
     if (uPred >= m_oNode.Size()) return;  // cut loose
     Node& oParent = m_oNode(uPred);
-    u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
-    u2_t* pFirst = pGroup + GROUP_HEADER;
-    u2_t* pEnd = pFirst + pGroup[0];
-    u2_t* pPlace = PlaceOf(uId);
-    if (pPlace - pFirst < pEnd - pPlace) {
-        // The shorter side moves up, and the group begins a word later.
-        m_uMoved += static_cast<u3_t>(pPlace - pFirst);
-        std::copy_backward(pGroup, pPlace, pPlace + 1);
-        ++pGroup;
-        --pGroup[1];
-        ++oParent.uWord2;
-        ++m_uDeadSucc;
-    } else {
-        m_uMoved += static_cast<u3_t>(pEnd - pPlace);
-        std::copy(pPlace + 1, pEnd, pPlace);
-    }
-    --pGroup[0];
+    oParent.uWord2 = m_oGroup.RemoveAt(oParent.Start(), PlaceOf(uId));
     if (--oParent.uWord3 != 0) return;
-    AddDeadGroup(oParent);
+    AbandonGroup(oParent);
     oParent.SetType(Node::Empty);
     oParent.SetValue64(0);
 }
 
 void Data_Base::Reorder(u2_t uId, u2_t uPos) noexcept {
     const Node& oParent = m_oNode(m_oNode(uId).Pred());
-    u2_t* pFirst = m_oSucc.Beg() + oParent.Start() + GROUP_HEADER;
+    u2_t* pFirst = m_oGroup.Ids(oParent.Start());
     const Run oRun = FindRun({pFirst, oParent.Size()}, m_oNode(uId).uKey);
     pFirst += oRun.uFirst;
     u2_t* pOld = PlaceOf(uId);
@@ -114,7 +92,7 @@ void Data_Base::Kill(u2_t uId) noexcept {
     Node& oNode = m_oNode(uId);
     if (oNode.GetType() == Node::Zombi) return;
     DropValue(oNode);
-    if (oNode.GetType() == Node::Tree) AddDeadGroup(oNode);
+    if (oNode.GetType() == Node::Tree) AbandonGroup(oNode);
     oNode.SetType(Node::Zombi);
     oNode.SetValue64(0);
     ++m_uDead;
@@ -141,7 +119,7 @@ void Data_Base::RemoveSuccs(u2_t uId) {
     ListBelow(uId, oBelow);
     CutLoose(oBelow);
     Node& oNode = m_oNode(uId);
-    AddDeadGroup(oNode);
+    AbandonGroup(oNode);
     oNode.SetType(Node::Empty);
     oNode.SetValue64(0);
 }
@@ -153,37 +131,21 @@ bool Data_Base::IsBelow(u2_t uId, u2_t uTop) const noexcept {
 
 void Data_Base::Reset() {
     Arr<Node> oNode;
-    oNode.Reserve(32);
+    oNode.Reserve(FIRST_NODES);
     oNode.Add(Node{0, 0, 0, 0});
     m_oNode.Swap(oNode);
-    m_oSucc.Clear();
-    m_oUnsorted.Clear();
-    for (Data_AttArr* p : m_oAttArr) {
-        p->oAtt.Clear();
-        p->oRuns.Clear();
-    }
-    m_oAttHead.Clear();
-    m_oStr.Clear();
+    m_oGroup.Reset();
+    m_oHeap.Reset();
+    m_oAtt.Reset();
     m_oUserTag.Clear();
     m_uIndexed = 0;
     m_uDead = 0;
-    m_uDeadSucc = 0;
-    m_uGarbage = 0;
-    m_uDeadAtts = 0;
 }
 
 void Data_Base::Rollback(u2_t uFirst) noexcept {
+    m_oAtt.Rollback(uFirst, m_oHeap);
+    for (std::size_t u = uFirst; u < m_oNode.Size(); ++u) DropValue(m_oNode(u));
     m_oNode.Truncate(uFirst);
-    m_oAttHead.Truncate(uFirst);
-    for (Data_AttArr* p : m_oAttArr) {
-        SettleAttributes(*p);
-        Arr<Data_Att>& oAtt = p->oAtt;
-        std::size_t uSize = oAtt.Size();
-        while (uSize != 0 && oAtt(uSize - 1).uId >= uFirst) {
-            m_uDeadAtts -= oAtt(--uSize).uValue == Data_Att::NO_VALUE;
-        }
-        oAtt.Truncate(uSize);
-    }
 }
 
 // ---- cursor -----------------------------------------------------------------

@@ -88,7 +88,7 @@ class Evaluator {
         const u2_t uKey = oStep.m_bAnyName ? Hash::NONE : b.m_oName.Find(oStep.m_sName);
         Lookup oLookup{oStep, uKey, {}, {}};
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
-            oLookup.oAttKeys.Add(b.m_oAttName.Find(oStep.m_oAttName(u)));
+            oLookup.oAttKeys.Add(b.m_oAtt.Names().Find(oStep.m_oAttName(u)));
             oLookup.oAttWork.Add(FIND_ATTRIBUTE + Work::OfText(std::strlen(oStep.AttVal(u))));
         }
         return oLookup;
@@ -124,10 +124,10 @@ class Evaluator {
         for (std::size_t u = 0; u < oLookup.oAttKeys.Size(); ++u) {
             if (*oLookup.oStep.m_oAttName(u) == 0) continue;
             m_oWork.Charge(oLookup.oAttWork(u));
-            if (!b.HasAttributes(uId)) return false;
-            const u2_t uValue = b.FindAttribute(uId, oLookup.oAttKeys(u));
-            if (uValue == Data_Att::NO_VALUE) return false;
-            if (std::strcmp(b.HeapAt(uValue), oLookup.oStep.AttVal(u)) != 0) return false;
+            if (!b.m_oAtt.Has(uId)) return false;
+            const char* sValue = b.AttributeOf(uId, oLookup.oAttKeys(u));
+            if (sValue == nullptr || std::strcmp(sValue, oLookup.oStep.AttVal(u)) != 0)
+                return false;
         }
         return true;
     }

@@ -65,7 +65,7 @@ class PathMaker {
             if (oStep.m_bAnyName) Msg::InvalidCharacter('*');
             m_oWork.Look(1);
             if (oStep.m_iIndex < 0) return MatchOrAppend(uParent, oStep);
-            const u2_t uKey = b.Intern(oStep.m_sName);
+            const u2_t uKey = b.m_oName.Intern(oStep.m_sName);
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
             const u2_t uFound = b.FindNamed(uParent, uKey, uIndex);
             if (uFound == Data_Node::NONE) return AppendUpTo(uParent, uKey, oStep);
@@ -85,7 +85,7 @@ class PathMaker {
   private:
     // Without position: the one successor that matches, or a new one.
     u2_t MatchOrAppend(u2_t uParent, const Data_XpathStep& oStep) {
-        const u2_t uKey = b.Intern(oStep.m_sName);
+        const u2_t uKey = b.m_oName.Intern(oStep.m_sName);
         u2_t uFound = Data_Node::NONE;
         b.VisitNamed(uParent, uKey, [&](const Data_Base::Group& oGroup) {
             m_oWork.Look(oGroup.uSize);
@@ -152,12 +152,11 @@ class PathMaker {
             const char* sName = oStep.m_oAttName(u);
             const char* sValue = oStep.AttVal(u);
             if (*sName == 0 || sValue == nullptr) continue;
-            if (!b.HasAttributes(uId)) return false;
+            if (!b.m_oAtt.Has(uId)) return false;
             m_oWork.Charge(1);
-            const u2_t uValue = b.FindAttribute(uId, b.m_oAttName.Find(Utf8_Text(sName).View()));
-            if (uValue == Data_Att::NO_VALUE || std::strcmp(b.HeapAt(uValue), sValue) != 0) {
-                return false;
-            }
+            const u2_t uKey = Data_Names::LookIn(b.m_oAtt.Names(), sName);
+            const char* sHas = b.AttributeOf(uId, uKey);
+            if (sHas == nullptr || std::strcmp(sHas, sValue) != 0) return false;
         }
         return true;
     }

@@ -1,67 +1,62 @@
-// The tree store behind every cursor. Internal: only the code of this folder, the codecs
-// and the facade work on it directly.
+// The tree store behind every cursor. Internal: the code of this folder and the codecs work on it
+// directly, everybody else through cursors.
+//
+// A tree is a handful of flat arrays, each in a class of its own that alone knows its words:
+//
+//     m_oNode   records of 16 bytes by id (node.h); id 0 is the root
+//     m_oName   the distinct names, numbered from 1 on (names.h)
+//     m_oGroup  the successors of every node, in groups (succ_groups.h)
+//     m_oHeap   texts, blocks, words of quads, attribute values (text_heap.h)
+//     m_oAtt    attributes by name (attribute_table.h)
+//
+// The tree   Root ( b = "hi", a = 7 with attribute k = "v" ),   built in that order and read:
+//
+//     m_oName    0 ""   1 "b"   2 "a"
+//
+//     m_oNode    id   name   predecessor + 1   type      words 2 and 3
+//                 0      0                 0   Tree      0, 2    group at word 0, 2 successors
+//                 1      1                 1   String    1, 3    text at 1, 3 bytes with its NUL
+//                 2      2                 1   Integer   7, 0
+//
+//     m_oGroup   word   0   1   2   3
+//                       2   2   2   1       2 successors, room for 2: node 2, "a", before node 1
+//
+//     m_oHeap    byte   0   1   2   3   4   5
+//                      NUL  h   i  NUL  v  NUL
+//
+//     m_oAtt     names  1 "k";   records of 1:  node 2, text at 4, no other;   heads  0 0 1
+//
+// Building only appends: a record, the parent's count, perhaps a text. So a node that was not
+// moved has a higher id than its parent and its elder siblings. What is appended is pending, from
+// m_uIndexed on: its id stands in no group, and the count of its parent is ahead of its group.
+// The first read of the successors of a parent that misses some places all that are pending.
+//
+// What is handed out points into these arrays. A record or a text is good until something is
+// added; a group until one grows, and SuccOf may place, sort and compact: whoever holds two groups
+// calls UpdateSucc first, after which SuccOf only reads until the tree is changed. Keys of names
+// are good until Shrink, ids too.
+//
+// Threads: a tree belongs to one thread at a time. After UpdateSucc reading does not write.
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
 
-#include "vok/base/copy.h"
-#include "vok/base/hash.h"
-#include "vok/base/hash_guess.h"
 #include "vok/base/msg.h"
-#include "vok/base/utf8.h"
+#include "vok/data/attribute_table.h"
 #include "vok/data/data.h"
-#include "vok/data/runs.h"
+#include "vok/data/names.h"
+#include "vok/data/succ_groups.h"
+#include "vok/data/text_heap.h"
 
 namespace vok {
 
-// One attribute of one node.
-struct Data_Att {
-    static constexpr u2_t NO_VALUE = 0xFFFFFFFF;
-    u2_t uId;     // node
-    u2_t uValue;  // offset of the text in the heap, NO_VALUE once removed
-    u2_t uNext;   // key of another attribute name of the node, 0 at the end
-};
-
-// The attributes of one name, by ascending node id; in runs once they came in another order.
-struct Data_AttArr {
-    Arr<Data_Att> oAtt;
-    Arr<runs::Starts> oRuns;  // one, or none where oAtt is a single run
-};
-
-// A successor group that is not in order as a whole.
-struct Data_Unsorted {
-    u2_t uParent;        // NONE once it is
-    u2_t uPlaced;        // successors in their place
-    u2_t uKnown;         // those of them that stand in runs; the others follow as they came
-    runs::Starts oRuns;  // by name
-};
-
-// All successors stand in one array of words, in groups:
-//
-//     word 0   how many successors are in their place; differs from the node's count while
-//              some are still to be placed. With the top bit the group is not sorted: the other
-//              bits are the index of its entry in m_oUnsorted, which has the count.
-//     word 1   capacity of the group in successors
-//     words 2- their ids: by name in byte order, equal names by creation
-//
-// Node records carry the place of word 0. A group that outgrows its capacity moves to the
-// end with twice as much. Nodes are placed in bulk: everything from m_uIndexed on is pending
-// and is distributed by the first read of a parent that misses some.
 class Data_Base {
   public:
     using Node = Data_Node;
+    using Group = Data_Groups::View;
 
     static constexpr u2_t NONE = Data_Node::NONE;
-    static constexpr u2_t GROUP_HEADER = 2;
-    static constexpr u2_t UNSORTED = 0x80000000;
-
-    // Successors in their place in the group at uStart.
-    [[nodiscard]] u2_t PlacedIn(u2_t uStart) const noexcept {
-        const u2_t uHeader = m_oSucc(uStart);
-        return (uHeader & UNSORTED) == 0 ? uHeader : m_oUnsorted(uHeader & ~UNSORTED).uPlaced;
-    }
 
     Data_Base();
-    ~Data_Base();
     Data_Base(const Data_Base&) = delete;
     Data_Base& operator=(const Data_Base&) = delete;
 
@@ -70,35 +65,28 @@ class Data_Base {
 
     // ---- names ------------------------------------------------------------
 
-    // Key of a name; "" is key 0. A name ends at its first NUL.
-    u2_t Intern(std::string_view sName) {
-        u2_t uKey = m_oGuess.First();
-        if (uKey == 0 || !m_oName.IsText(uKey, sName)) uKey = m_oGuess.Second();
-        if (uKey == 0 || !m_oName.IsText(uKey, sName)) return InternSlow(sName);
-        m_oGuess.Confirm(uKey);
-        return uKey;
-    }
-    u2_t Intern(const char* sName) {
-        return Intern(std::string_view(sName != nullptr ? sName : ""));
-    }
-    // The key behind a name or key that a caller gave.
+    // The key behind a name or key that a caller gave, for one that is to bear it.
     u2_t KeyOf(Data_Name oName) {
-        if (oName.m_sName != nullptr) {
-            return Intern(std::string_view(oName.m_sName, oName.m_uLength));
-        }
+        if (oName.m_sName != nullptr) return m_oName.Intern(ViewOf(oName));
         if (oName.m_uKey >= m_oName.Size()) [[unlikely]] {
             Msg::AssertionFailed("b.m_oName.ValidHndl(uHndl)");
         }
         return oName.m_uKey;
     }
-    [[nodiscard]] u2_t FindKey(const char* sName) const;
-    // Null for key 0.
-    [[nodiscard]] const char* KeyText(u2_t uKey) const noexcept {
-        return uKey != 0 ? m_oName(uKey).sText : nullptr;
+    // The same for looking: nothing is added, NONE for what no node can bear.
+    [[nodiscard]] u2_t FindKey(Data_Name oName) const {
+        if (oName.m_sName != nullptr) return m_oName.Look(ViewOf(oName));
+        return oName.m_uKey < m_oName.Size() ? oName.m_uKey : NONE;
+    }
+    // The text behind it; empty for a key that pBase, which may be null, does not have.
+    [[nodiscard]] static std::string_view TextOf(Data_Name oName, const Data_Base* pBase) noexcept {
+        if (oName.m_sName != nullptr) return ViewOf(oName);
+        const bool bKnown = pBase != nullptr && oName.m_uKey < pBase->m_oName.Size();
+        return bKnown ? pBase->m_oName.View(oName.m_uKey) : std::string_view();
     }
     // Null for an unnamed node, "Root" for an unnamed root.
     [[nodiscard]] const char* NameOf(u2_t uId) const noexcept {
-        const char* sName = KeyText(m_oNode(uId).uKey);
+        const char* sName = m_oName.TextOrNull(m_oNode(uId).uKey);
         return sName != nullptr || uId != 0 ? sName : "Root";
     }
     // NameOf for messages: never null.
@@ -132,14 +120,8 @@ class Data_Base {
     }
     // The same with a text, which ends at its first NUL.
     u2_t AppendText(u2_t uParent, u2_t uKey, std::string_view sText) {
-        const std::size_t uOffset = m_oStr.Size();
-        const bool bRoom = m_oStr.Capacity() - uOffset > sText.size() + HEAP_SLACK &&
-                           m_oStr.Capacity() <= 0x7FFFFFFF && uOffset != 0;
-        if (bRoom && !sText.empty() && IsPlainText(sText.data(), sText.size())) [[likely]] {
-            char* pText = m_oStr.End();
-            CopyBytes(pText, sText.data(), sText.size());
-            pText[sText.size()] = 0;
-            m_oStr.SetSize(uOffset + sText.size() + 1);
+        const u2_t uOffset = m_oHeap.AddPlain(sText);
+        if (uOffset != 0) [[likely]] {
             return Append(uParent, uKey, Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
         }
         const u2_t uId = Append(uParent, uKey);
@@ -183,8 +165,6 @@ class Data_Base {
     // Marks a node and everything below it as removed.
     void Remove(u2_t uId);
     void RemoveSuccs(u2_t uId);
-    // So many names are kept whether they are used or not.
-    static constexpr std::size_t MANY_NAMES = 1024;
     // Compacts the tree; uFollow is the id of a node, and becomes its new one.
     void Shrink(u2_t& uFollow);
     // Whether uId is uTop or below it.
@@ -197,7 +177,7 @@ class Data_Base {
     // ---- successors -------------------------------------------------------
 
     [[nodiscard]] bool IsIndexed() const noexcept {
-        return m_uIndexed == m_oNode.Size() && m_oUnsorted.Size() == 0;
+        return m_uIndexed == m_oNode.Size() && m_oGroup.IsAllSorted();
     }
     // Places every pending node.
     void UpdateSucc();
@@ -225,7 +205,7 @@ class Data_Base {
             uParent >= Node::CUT_LOOSE - 1 || m_oNode.Size() > 0x7FFFFFFF) {
             return false;
         }
-        return m_oSucc(oParent.Start()) < m_oSucc(oParent.Start() + 1);
+        return m_oGroup.HasRoom(oParent.Start());
     }
     // Appends a finished record, whose predecessor is uParent, behind all others in the order
     // of successors.
@@ -234,23 +214,19 @@ class Data_Base {
         m_oNode.Add(oNode);
         Node& oParent = m_oNode(uParent);
         ++oParent.uWord3;
-        u2_t* pGroup = m_oSucc.Beg() + oParent.Start();
-        pGroup[GROUP_HEADER + pGroup[0]++] = uId;
+        m_oGroup.Append(oParent.Start(), uId);
         m_uIndexed = uId + 1;
         return uId;
     }
     // A view of the successors of uId, all placed; empty for a node that is no tree.
-    struct Group {
-        const u2_t* pId = nullptr;
-        u2_t uSize = 0;
-    };
     Group SuccOf(u2_t uId) {
         const Node& oNode = m_oNode(uId);
         if (oNode.GetType() != Node::Tree || oNode.Size() == 0) return {};
-        if (oNode.Start() == NONE || m_oSucc(oNode.Start()) != oNode.Size()) [[unlikely]] {
+        if (oNode.Start() == NONE || !m_oGroup.IsComplete(oNode.Start(), oNode.Size()))
+            [[unlikely]] {
             UpdateSucc();
         }
-        return {m_oSucc.Beg() + oNode.Start() + GROUP_HEADER, oNode.Size()};
+        return m_oGroup.ViewOf(oNode.Start(), oNode.Size());
     }
     // The successors of one name within a group: first and count.
     struct Run {
@@ -268,9 +244,10 @@ class Data_Base {
     void VisitNamed(u2_t uId, u2_t uKey, const Visit& oVisit) {
         const Node& oNode = m_oNode(uId);
         if (oNode.GetType() != Node::Tree || oNode.Size() == 0) return;
-        const bool bInOrder = oNode.Start() != NONE && m_oSucc(oNode.Start()) == oNode.Size();
-        const Data_Unsorted* p = bInOrder ? nullptr : UnsortedOf(uId);
-        const u2_t* pFirst = m_oSucc.Beg() + oNode.Start() + GROUP_HEADER;
+        const bool bInOrder =
+            oNode.Start() != NONE && m_oGroup.IsComplete(oNode.Start(), oNode.Size());
+        const Data_Groups::Unsorted* p = bInOrder ? nullptr : RunsOf(uId);
+        const u2_t* pFirst = m_oGroup.Ids(oNode.Start());
         const u2_t uRuns = p != nullptr ? p->oRuns.uCount : 1;
         for (u2_t u = 0; u < uRuns; ++u) {
             const u2_t uFrom = p != nullptr ? p->oRuns.auStart[u] : 0;
@@ -284,13 +261,6 @@ class Data_Base {
 
     // ---- values -----------------------------------------------------------
 
-    // Appends bytes to the text heap and returns their offset; they may lie in the heap.
-    u2_t AddHeap(const void* pData, std::size_t uSize);
-    // So many bytes may be read behind the end of the heap.
-    static constexpr std::size_t HEAP_SLACK = 16;
-    // Appends a text and its NUL. The text is valid UTF-8 without a NUL.
-    u2_t AddText(std::string_view sText);
-    [[nodiscard]] const char* HeapAt(u2_t uOffset) const noexcept { return m_oStr.Beg() + uOffset; }
     // Accounts for what the value of oNode leaves behind when it is replaced.
     void DropValue(Node& oNode) noexcept {
         const u2_t uType = oNode.uFlags & 0xFu;
@@ -301,52 +271,43 @@ class Data_Base {
 
     // ---- attributes -------------------------------------------------------
 
-    [[nodiscard]] bool HasAttributes(u2_t uId) const noexcept {
-        return uId < m_oAttHead.Size() && m_oAttHead(uId) != 0;
+    void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue) {
+        m_oAtt.Set(uId, sName, sValue, m_oNode.Size(), m_oHeap);
     }
-    // Key of an attribute name, with a place for its records. Names and values here and below
-    // are valid UTF-8, names are not empty.
-    u2_t InternAttribute(std::string_view sName);
-    void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
-    void RemoveAttribute(u2_t uId, std::string_view sName);
-    // Puts the records of a name in order as a whole: one run.
-    void SettleAttributes(Data_AttArr& o) noexcept;
-    // Offset of the value in the heap, NO_VALUE when there is none.
-    [[nodiscard]] u2_t FindAttribute(u2_t uId, u2_t uName) const noexcept;
-    // Keys of the attribute names of a node in the order in which they first appeared in
-    // the tree. oKeys is emptied first; n log n in the attributes of the node.
-    void ListAttributes(u2_t uId, Arr<u2_t>& oKeys) const;
+    void RemoveAttribute(u2_t uId, std::string_view sName) noexcept {
+        m_oAtt.Remove(uId, sName, m_oHeap);
+    }
+    // The value of an attribute; null when the node has none of that name.
+    [[nodiscard]] const char* AttributeOf(u2_t uId, u2_t uKey) const noexcept {
+        const u2_t uValue = m_oAtt.Find(uId, uKey);
+        return uValue != Data_Att::NO_VALUE ? m_oHeap.At(uValue) : nullptr;
+    }
+
+    // ---- for tests --------------------------------------------------------
+
+    // Elements that keeping order has moved so far.
+    [[nodiscard]] u3_t Moved() const noexcept { return m_oGroup.Moved() + m_oAtt.Moved(); }
 
     // ---- fields -----------------------------------------------------------
 
-    Hash m_oName;         // node names
-    Hash_Guess m_oGuess;  // of the next name to be interned
-    Arr<Node> m_oNode;    // by id; 0 is the root
-    Arr<u2_t> m_oSucc;    // successor groups
-    Arr<Data_Unsorted> m_oUnsorted;
-    Hash m_oAttName;  // attribute names; key k has its records in m_oAttArr(k - 1)
-    Arr<Data_AttArr*> m_oAttArr;
-    Arr<u2_t> m_oAttHead;  // by id: key of a name it has, from where uNext leads to the others;
-                           // 0 for a node never given one. As long as it has to be.
-    Arr<char> m_oStr;      // text heap; byte 0 is the empty text
+    Arr<Node> m_oNode;  // by id
+    Data_Names m_oName;
+    Data_Groups m_oGroup;
+    Data_Heap m_oHeap;
+    Data_Attributes m_oAtt;
     Mem::Str m_oUserTag;
-    u2_t m_uIndexed = 0;   // nodes below are placed in their groups
-    u2_t m_uDead = 0;      // removed nodes
-    u3_t m_uDeadSucc = 0;  // words of abandoned groups
-    u3_t m_uGarbage = 0;   // unreferenced bytes of the text heap
-    u3_t m_uDeadAtts = 0;  // attribute records without value
-    u3_t m_uMoved = 0;     // elements that keeping order has moved so far, for tests
+    u2_t m_uIndexed = 0;  // nodes below stand in their groups
+    u2_t m_uDead = 0;     // removed nodes
 
   private:
-    u2_t InternSlow(std::string_view sName);
-    char* HeapSpace(std::size_t uSize);
-    u2_t AppendHeap(const char* pSrc, std::size_t uSize, std::size_t uExtra);
+    static constexpr std::size_t FIRST_NODES = 32;  // what small trees need grows in one step
+
+    [[nodiscard]] static std::string_view ViewOf(const Data_Name& o) noexcept {
+        return {o.m_sName, o.m_uLength};
+    }
     void CheckAppendSlow(u2_t uParent) const;
     void PrepareAppend(u2_t uParent);
     void DropValueSlow(Node& oNode) noexcept;
-    [[nodiscard]] bool IsInOrder(const u2_t* pGroup, u2_t uSize, u2_t uKey) const noexcept {
-        return uSize == 0 || !m_oName.IsLess(uKey, m_oNode(pGroup[GROUP_HEADER + uSize - 1]).uKey);
-    }
     // The order of ids by name.
     [[nodiscard]] auto ByName() const noexcept {
         return
@@ -354,34 +315,14 @@ class Data_Base {
     }
     void Place(u2_t uId);
     void PlaceNew();
-    void Unsort(u2_t uParent, u2_t& uHeader);
-    void SortGroup(Data_Unsorted& o);
-    const Data_Unsorted* UnsortedOf(u2_t uId);
+    const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;
-    void AddRecord(Data_AttArr& o, const Data_Att& oNew);
-    void RestoreValue(u2_t uId, u2_t uName, u2_t uValue) noexcept;
-    u2_t AddGroup(u2_t uCapacity);
     void GrowGroup(Node& oParent);
     void Link(u2_t uId, u2_t uParent, u2_t uPos) noexcept;
-    void AddDeadGroup(const Node& oNode) noexcept {
-        if (oNode.Start() != NONE) m_uDeadSucc += GROUP_HEADER + m_oSucc(oNode.Start() + 1);
-    }
-    void SortGroups();
-    void CompactGroups();
-    [[nodiscard]] const Data_Att* FindRecord(u2_t uId, u2_t uName) const noexcept;
-    void DropText(u2_t uOffset) noexcept;
-    [[nodiscard]] bool IsHeapText(std::string_view sText) const noexcept;
-    // What small trees need grows in one step.
-    static constexpr std::size_t FIRST_HEAP = 256 - Mem::HEADER_SIZE;
-    static constexpr std::size_t FIRST_NODES = 32;
-    static constexpr std::size_t FIRST_SUCC = 64;
-    void StartHeap() {
-        if (m_oStr.Size() != 0) return;
-        m_oStr.Reserve(FIRST_HEAP);
-        m_oStr.Add('\0');
+    void AbandonGroup(const Node& oNode) noexcept {
+        if (oNode.Start() != NONE) m_oGroup.Abandon(oNode.Start());
     }
 
-    friend class Data_Shrink;
     friend class Data_Undo;
 };
 

@@ -19,10 +19,9 @@ u2_t Data_SuccIt::GetId() const noexcept {
     if (oParent.GetType() != Data_Node::Tree || oParent.Start() == Data_Node::NONE) {
         return Data_Node::NONE;
     }
-    const u2_t* pGroup = b.m_oSucc.Beg() + oParent.Start();
     const u3_t uNth = u3_t{m_uStart} + m_uPos;
-    if (uNth >= b.PlacedIn(oParent.Start())) return Data_Node::NONE;
-    return pGroup[Data_Base::GROUP_HEADER + uNth];
+    if (uNth >= b.m_oGroup.Placed(oParent.Start())) return Data_Node::NONE;
+    return b.m_oGroup.Ids(oParent.Start())[uNth];
 }
 
 bool Data_SuccIt::SkipZombies() noexcept {
@@ -132,20 +131,14 @@ Data_SuccIt Data::GetSuccIt() const {
     });
 }
 
-Data_SuccIt Data::GetSuccIt(const char* sName) const {
-    return Where("vok::Data::GetSuccIt", [&] {
-        if (!m_oBase) return Data_SuccIt();
-        return GetSuccIt(Data_Key{m_oBase->FindKey(sName)});
-    });
-}
-
-Data_SuccIt Data::GetSuccIt(Data_Key oKey) const {
+Data_SuccIt Data::GetSuccIt(Data_Name oName) const {
     return Where("vok::Data::GetSuccIt", [&] {
         Data_SuccIt oIt;
         if (!m_oBase) return oIt;
         Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (oKey.uKey >= b.m_oName.Size()) return oIt;
-        const Base::Run oRun = b.FindRun(b.SuccOf(m_uId), oKey.uKey);
+        const u2_t uKey = b.FindKey(oName);
+        if (uKey == Node::NONE) return oIt;
+        const Base::Run oRun = b.FindRun(b.SuccOf(m_uId), uKey);
         if (oRun.uSize == 0) return oIt;
         oIt.m_oBase = m_oBase;
         oIt.m_uParent = m_uId;
@@ -163,42 +156,32 @@ Data Data::GetNthSucc(u2_t uNth) const {
     });
 }
 
-Data Data::GetNthSucc(const char* sName, u2_t uNth) const {
-    return Where("vok::Data::GetNthSucc", [&] {
-        if (!m_oBase) return Data();
-        return GetNthSucc(Data_Key{m_oBase->FindKey(sName)}, uNth);
-    });
-}
-
-Data Data::GetNthSucc(Data_Key oKey, u2_t uNth) const {
+Data Data::GetNthSucc(Data_Name oName, u2_t uNth) const {
     return Where("vok::Data::GetNthSucc", [&] {
         if (!m_oBase) return Data();
         Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (oKey.uKey >= b.m_oName.Size()) return Data();
-        const u2_t uFound = b.FindNamed(m_uId, oKey.uKey, uNth);
+        const u2_t uKey = b.FindKey(oName);
+        const u2_t uFound = uKey != Node::NONE ? b.FindNamed(m_uId, uKey, uNth) : Node::NONE;
         return uFound != Node::NONE ? Data(m_oBase, uFound) : Data();
     });
 }
 
-u2_t Data::GetSuccCount(const char* sName) const {
-    return Where("vok::Data::GetSuccCount",
-                 [&] { return m_oBase ? GetSuccCount(Data_Key{m_oBase->FindKey(sName)}) : 0; });
-}
-
-u2_t Data::GetSuccCount(Data_Key oKey) const {
+u2_t Data::GetSuccCount(Data_Name oName) const {
     return Where("vok::Data::GetSuccCount", [&]() -> u2_t {
         if (!m_oBase) return 0;
         Base& b = detail::NodeOf(m_oBase, m_uId);
-        return oKey.uKey < b.m_oName.Size() ? b.CountNamed(m_uId, oKey.uKey) : 0;
+        const u2_t uKey = b.FindKey(oName);
+        return uKey != Node::NONE ? b.CountNamed(m_uId, uKey) : 0;
     });
 }
 
-Data Data::GetCheckedSucc(const char* sName, u2_t uNth) const {
+Data Data::GetCheckedSucc(Data_Name oName, u2_t uNth) const {
     return Where("vok::Data::GetCheckedSucc", [&] {
-        Data oFound = GetNthSucc(sName, uNth);
+        Data oFound = GetNthSucc(oName, uNth);
         if (oFound.IsNode()) return oFound;
-        if (uNth == 0) Msg::NodeHasNoSuccessorNamed(sName);
-        Msg::NodeHasNotSuccessorsNamed(sName, uNth);
+        const Str oShown(Base::TextOf(oName, m_oBase.Get()));
+        if (uNth == 0) Msg::NodeHasNoSuccessorNamed(oShown.CStr());
+        Msg::NodeHasNotSuccessorsNamed(oShown.CStr(), uNth);
     });
 }
 

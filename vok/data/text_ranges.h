@@ -3,9 +3,8 @@
 #define VOK_DATA_TEXT_RANGES_H
 
 #include <algorithm>
-#include <cstring>
 
-#include "vok/data/store.h"
+#include "vok/data/text_heap.h"
 
 namespace vok {
 
@@ -15,21 +14,22 @@ class Data_TextRanges {
   public:
     Data_TextRanges() { Keep(0, 1); }
 
-    void Keep(const Data_Node& oNode) {
-        switch (oNode.GetType()) {
-            case Data_Node::String:
-            case Data_Node::Binary: return Keep(oNode.uWord2, oNode.uWord3);
-            case Data_Node::Quad: return Keep(oNode.uWord2, 12);
-            default: return;
+    void Keep(const Data_Node& oNode) { Keep(oNode.uWord2, Data_Heap::BytesOf(oNode)); }
+    void Keep(u2_t uBegin, std::size_t uSize) {
+        if (uSize == 0) return;
+        // Mostly texts stand in the order in which they are come upon: few ranges come of it.
+        const u2_t uEnd = static_cast<u2_t>(uBegin + uSize);
+        Range* pLast = m_oRange.Size() != 0 ? &m_oRange.Last() : nullptr;
+        if (pLast != nullptr && uBegin >= pLast->uBegin && uBegin <= pLast->uEnd) {
+            pLast->uEnd = std::max(pLast->uEnd, uEnd);
+            return;
         }
-    }
-    void KeepText(const Data_Base& b, u2_t uOffset) {
-        Keep(uOffset, std::strlen(b.HeapAt(uOffset)) + 1);
+        m_oRange.Add(Range{uBegin, uEnd, 0});
     }
 
-    // Copies the texts of b; oAdd takes address and size and gives the new offset.
+    // Copies the texts of oHeap; oAdd takes address and size and gives the new offset.
     template <class Add>
-    void Copy(const Data_Base& b, Add oAdd) {
+    void Copy(const Data_Heap& oHeap, Add oAdd) {
         std::sort(m_oRange.Beg(), m_oRange.End(),
                   [](const Range& oA, const Range& oB) { return oA.uBegin < oB.uBegin; });
         Arr<Range> oFound;
@@ -38,7 +38,7 @@ class Data_TextRanges {
             Keep(p->uBegin, p->uEnd - p->uBegin);
         }
         for (Range* p = m_oRange.Beg(); p != m_oRange.End(); ++p) {
-            p->uNew = oAdd(b.HeapAt(p->uBegin), p->uEnd - p->uBegin);
+            p->uNew = oAdd(oHeap.At(p->uBegin), p->uEnd - p->uBegin);
         }
     }
 
@@ -68,18 +68,6 @@ class Data_TextRanges {
         u2_t uEnd;
         u2_t uNew;  // where it goes
     };
-
-    // Mostly texts stand in the order in which they are come upon: few ranges come of it.
-    void Keep(u2_t uBegin, std::size_t uSize) {
-        if (uSize == 0) return;
-        const u2_t uEnd = static_cast<u2_t>(uBegin + uSize);
-        Range* pLast = m_oRange.Size() != 0 ? m_oRange.End() - 1 : nullptr;
-        if (pLast != nullptr && uBegin >= pLast->uBegin && uBegin <= pLast->uEnd) {
-            pLast->uEnd = std::max(pLast->uEnd, uEnd);
-            return;
-        }
-        m_oRange.Add(Range{uBegin, uEnd, 0});
-    }
 
     Arr<Range> m_oRange;  // ascending and apart from each other once copied
 };

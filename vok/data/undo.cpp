@@ -10,19 +10,18 @@ void Data_Undo::TakeBack() noexcept {
         if (o.uAttribute == NO_ATTRIBUTE) {
             RestoreNode(o);
         } else {
-            RestoreAttribute(o);
+            b.m_oAtt.Restore(o.uId, o.uAttribute, o.oOld.uWord2);
         }
     }
     // New nodes hang below new ones now, or below nothing.
     for (std::size_t u = m_uNodes; u < b.m_oNode.Size(); ++u) {
         const Data_Node& o = b.m_oNode(u);
-        if (o.GetType() == Data_Node::Tree) b.AddDeadGroup(o);
+        if (o.GetType() == Data_Node::Tree) b.AbandonGroup(o);
     }
     b.Rollback(m_uNodes);
     b.m_uIndexed = std::min(b.m_uIndexed, m_uNodes);
-    b.m_oStr.Truncate(std::max<std::size_t>(m_uHeap, 1));
+    b.m_oHeap.TakeBack(m_oHeap);
     b.m_uDead = m_uDead;
-    b.m_uGarbage = m_uGarbage;
 }
 
 void Data_Undo::RestoreNode(const Change& o) noexcept {
@@ -32,40 +31,13 @@ void Data_Undo::RestoreNode(const Change& o) noexcept {
         return;
     }
     if (o.oOld.GetType() != Data_Node::Tree) {
-        b.AddDeadGroup(oNode);
+        b.AbandonGroup(oNode);
         oNode = o.oOld;
         return;
     }
     // Its group may have moved since, and have new successors among the old ones.
-    if (oNode.Start() != Data_Node::NONE) DropNewFrom(oNode.Start());
+    if (oNode.Start() != Data_Node::NONE) b.m_oGroup.DropFrom(oNode.Start(), m_uNodes);
     oNode.uWord3 = o.oOld.uWord3;
-}
-
-// Takes the new nodes out of a group; the others keep their order, and their runs.
-void Data_Undo::DropNewFrom(u2_t uStart) noexcept {
-    const auto oIsNew = [this](u2_t uId) { return uId >= m_uNodes; };
-    u2_t* pGroup = b.m_oSucc.Beg() + uStart;
-    u2_t* pFirst = pGroup + Data_Base::GROUP_HEADER;
-    const auto oOldIn = [&](u2_t uEnd) {
-        return uEnd - static_cast<u2_t>(std::count_if(pFirst, pFirst + uEnd, oIsNew));
-    };
-    const u2_t uPlaced = b.PlacedIn(uStart);
-    const u2_t uLeft = oOldIn(uPlaced);
-    if ((pGroup[0] & Data_Base::UNSORTED) == 0) {
-        pGroup[0] = uLeft;
-    } else {
-        Data_Unsorted& oEntry = b.m_oUnsorted(pGroup[0] & ~Data_Base::UNSORTED);
-        for (u2_t u = 0; u < oEntry.oRuns.uCount; ++u) {
-            oEntry.oRuns.auStart[u] = oOldIn(oEntry.oRuns.auStart[u]);
-        }
-        oEntry.uKnown = oOldIn(oEntry.uKnown);
-        oEntry.uPlaced = uLeft;
-    }
-    (void)std::remove_if(pFirst, pFirst + uPlaced, oIsNew);
-}
-
-void Data_Undo::RestoreAttribute(const Change& o) noexcept {
-    b.RestoreValue(o.uId, o.uAttribute, o.oOld.uWord2);
 }
 
 }  // namespace vok

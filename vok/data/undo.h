@@ -13,9 +13,8 @@ class Data_Undo {
     explicit Data_Undo(Data_Base& oBase) noexcept
         : b(oBase),
           m_uNodes(static_cast<u2_t>(oBase.m_oNode.Size())),
-          m_uHeap(oBase.m_oStr.Size()),
           m_uDead(oBase.m_uDead),
-          m_uGarbage(oBase.m_uGarbage) {}
+          m_oHeap(oBase.m_oHeap.GetMark()) {}
     Data_Undo(const Data_Undo&) = delete;
     Data_Undo& operator=(const Data_Undo&) = delete;
 
@@ -25,8 +24,8 @@ class Data_Undo {
     }
     void KeepAttribute(u2_t uId, std::string_view sName) {
         if (uId >= m_uNodes) return;
-        const u2_t uName = b.InternAttribute(sName);
-        m_oChange.Add(Change{uId, uName, {0, 0, b.FindAttribute(uId, uName), 0}});
+        const u2_t uKey = b.m_oAtt.Intern(sName);
+        m_oChange.Add(Change{uId, uKey, {0, 0, b.m_oAtt.Find(uId, uKey), 0}});
     }
     // Makes the tree what it was. Never fails.
     void TakeBack() noexcept;
@@ -40,14 +39,11 @@ class Data_Undo {
     };
 
     void RestoreNode(const Change& o) noexcept;
-    void RestoreAttribute(const Change& o) noexcept;
-    void DropNewFrom(u2_t uStart) noexcept;
 
     Data_Base& b;
     const u2_t m_uNodes;
-    const std::size_t m_uHeap;
     const u2_t m_uDead;
-    const u3_t m_uGarbage;
+    const Data_Heap::Mark m_oHeap;
     Arr<Change> m_oChange;
 };
 

@@ -83,7 +83,7 @@ void Data::SetValStr(std::string_view sText) {
     return Where("vok::Data::SetValStr", [&] {
         Base& b = SettableOf(*this, m_oBase);
         const Utf8_Text oText(sText);
-        const u2_t uOffset = b.AddText(oText.View());
+        const u2_t uOffset = b.m_oHeap.AddText(oText.View());
         Node& oNode = StartValue(b, m_uId, Node::String);
         oNode.uWord2 = uOffset;
         oNode.uWord3 = static_cast<u2_t>(oText.Len() + 1);
@@ -94,7 +94,7 @@ void Data::SetValBin(const void* pData, u2_t uSize) {
     return Where("vok::Data::SetValBin", [&] {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
         Base& b = SettableOf(*this, m_oBase);
-        const u2_t uOffset = b.AddHeap(pData, uSize);
+        const u2_t uOffset = b.m_oHeap.Add(pData, uSize);
         Node& oNode = StartValue(b, m_uId, Node::Binary);
         oNode.uWord2 = uOffset;
         oNode.uWord3 = uSize;
@@ -105,7 +105,7 @@ void Data::SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
     return Where("vok::Data::SetValQuad", [&] {
         Base& b = SettableOf(*this, m_oBase);
         const u2_t auRest[3] = {uW1, uW2, uW3};
-        const u2_t uOffset = b.AddHeap(auRest, sizeof(auRest));
+        const u2_t uOffset = b.m_oHeap.Add(auRest, sizeof(auRest));
         Node& oNode = StartValue(b, m_uId, Node::Quad);
         oNode.uWord2 = uOffset;
         oNode.uWord3 = uW0;
@@ -163,14 +163,14 @@ u3_t Data::GetValLng() const {
 const char* Data::GetValStr() const {
     return Where("vok::Data::GetValStr", [&]() -> const char* {
         const Node& oNode = ReadValue(m_oBase, m_uId, Node::String);
-        return m_oBase->HeapAt(oNode.uWord2);
+        return m_oBase->m_oHeap.At(oNode.uWord2);
     });
 }
 
 std::string_view Data::GetValText() const {
     return Where("vok::Data::GetValText", [&] {
         const Node& oNode = ReadValue(m_oBase, m_uId, Node::String);
-        return std::string_view(m_oBase->HeapAt(oNode.uWord2), oNode.uWord3 - 1);
+        return std::string_view(m_oBase->m_oHeap.At(oNode.uWord2), oNode.uWord3 - 1);
     });
 }
 
@@ -178,7 +178,7 @@ const void* Data::GetValBin(u2_t& uSize) const {
     return Where("vok::Data::GetValBin", [&]() -> const void* {
         const Node& oNode = ReadValue(m_oBase, m_uId, Node::Binary);
         uSize = oNode.uWord3;
-        return m_oBase->HeapAt(oNode.uWord2);
+        return m_oBase->m_oHeap.At(oNode.uWord2);
     });
 }
 
@@ -186,7 +186,7 @@ void Data::GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const {
     return Where("vok::Data::GetValQuad", [&] {
         const Node& oNode = ReadValue(m_oBase, m_uId, Node::Quad);
         u2_t auRest[3];
-        std::memcpy(auRest, m_oBase->HeapAt(oNode.uWord2), sizeof(auRest));
+        std::memcpy(auRest, m_oBase->m_oHeap.At(oNode.uWord2), sizeof(auRest));
         uW0 = oNode.uWord3;
         uW1 = auRest[0];
         uW2 = auRest[1];

@@ -7,12 +7,11 @@ namespace vok {
 
 Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
     Where("vok::Data_Walk::Data_Walk", [&] {
-        static_assert(GROUP_HEADER == Data_Base::GROUP_HEADER);
         Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
         b.UpdateSucc();
         m_pNodes = b.m_oNode.Beg();
-        m_pSucc = b.m_oSucc.Beg();
-        m_pHeap = b.m_oStr.Beg();
+        m_pIds = std::as_const(b.m_oGroup).Ids(0);
+        m_pHeap = b.m_oHeap.Begin();
         m_uId = oFrom.m_uId;
     });
 }

@@ -81,14 +81,12 @@ class Data_Walk {
         const u2_t* pNext;
         const u2_t* pEnd;
     };
-    // Words in front of the successors of a group.
-    static constexpr u2_t GROUP_HEADER = 2;
     static constexpr Data_Node LEAF{0, Data_Node::Empty, 0, 0};
 
     bool Start() noexcept;
     void Descend() {
         m_oOpen.Add(Open{m_pNext, m_pEnd});
-        m_pNext = m_pSucc + m_pNode->Start() + GROUP_HEADER;
+        m_pNext = m_pIds + m_pNode->Start();
         m_pEnd = m_pNext + m_pNode->Size();
     }
     void Ascend() noexcept {
@@ -102,7 +100,7 @@ class Data_Walk {
     const Data_Node* m_pNodes;
     const u2_t* m_pNext = nullptr;
     const u2_t* m_pEnd = nullptr;
-    const u2_t* m_pSucc;
+    const u2_t* m_pIds;  // those of the group at place 0
     const char* m_pHeap;
     u2_t m_uId;
     Arr<Open> m_oOpen;

@@ -225,7 +225,7 @@ class Reader {
                     const char* pText = p + LENGTH;
                     if (pText[uText - 1] != 0 || !IsPlainText(pText, uText - 1)) return;
                     oNode.SetType(Data_Node::String);
-                    oNode.uWord2 = b.AddText({pText, uText - 1});
+                    oNode.uWord2 = b.m_oHeap.AddText({pText, uText - 1});
                     oNode.uWord3 = static_cast<u2_t>(uText);
                     uValue = LENGTH + uText;
                     break;
@@ -299,7 +299,7 @@ class Reader {
         const std::size_t uLength = GetLength();
         if (uLength == 0) RaiseEmptyNodePath();
         m_oStep.Parse(m_oSource.View(uLength));
-        const u2_t uKey = b.Intern(m_oStep.Name());
+        const u2_t uKey = b.m_oName.Intern(m_oStep.Name());
         const Hash_Text& oName = b.m_oName(uKey);
         const bool bPlain = uKey != 0 && !detail::HasReserved({oName.sText, oName.uLength});
         m_oGuess.Note(uKey, bPlain, b.m_oName.Size());
@@ -420,11 +420,11 @@ class Reader {
         const std::string_view sBlock = m_oSource.View(uLength);
         // Where the stream ends inside, zeros follow; not more than were worth reading.
         const std::size_t uMissing = std::min(uLength - sBlock.size(), StreamSource::CHUNK);
-        const u2_t uOffset = b.AddHeap(sBlock.data(), sBlock.size());
+        const u2_t uOffset = b.m_oHeap.Add(sBlock.data(), sBlock.size());
         if (uMissing != 0) {
             Arr<char> oZeros;
             oZeros.Resize(uMissing);
-            b.AddHeap(oZeros.Beg(), uMissing);
+            b.m_oHeap.Add(oZeros.Beg(), uMissing);
         }
         SetValue(Data_Node::Binary, u3_t{sBlock.size() + uMissing} << 32 | uOffset);
     }
@@ -433,7 +433,7 @@ class Reader {
         char s[16];
         m_oSource.Fetch(s, sizeof(s));
         const u2_t auRest[3] = {Load<u2_t>(s + 4), Load<u2_t>(s + 8), Load<u2_t>(s + 12)};
-        const u2_t uOffset = b.AddHeap(auRest, sizeof(auRest));
+        const u2_t uOffset = b.m_oHeap.Add(auRest, sizeof(auRest));
         SetValue(Data_Node::Quad, u3_t{Load<u2_t>(s)} << 32 | uOffset);
     }
 

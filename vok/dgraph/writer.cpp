@@ -23,7 +23,7 @@ namespace {
 // index, type code, the largest value.
 constexpr std::size_t FIXED_ROOM = 128;
 
-static_assert(Data_Base::HEAP_SLACK >= BufferSink::SLACK);
+static_assert(Data_Heap::SLACK >= BufferSink::SLACK);
 
 template <class Sink>
 class Writer {
@@ -96,8 +96,8 @@ class Writer {
         Frame& f = m_oFrame(m_oFrame.Size() - 1);
         const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
         const Hash_Text* const pNames = b.m_oName.Texts();
-        const char* const pHeap = std::as_const(b.m_oStr).Beg();
-        const bool bAttributes = b.m_oAttHead.Size() != 0;
+        const char* const pHeap = b.m_oHeap.Begin();
+        const bool bAttributes = !b.m_oAtt.IsUnused();
         u2_t uPos = f.uPos;
         u2_t uRunKey = f.uRunKey;
         u2_t uRunStart = f.uRunStart;
@@ -109,7 +109,7 @@ class Writer {
             const Data_Node::Type eType = oNode.GetType();
             const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;
             if ((PLAIN_TYPES >> eType & 1u) == 0 && !bShortText) break;
-            if (!IsPlain(oNode.uKey) || (bAttributes && b.HasAttributes(uId))) break;
+            if (!IsPlain(oNode.uKey) || (bAttributes && b.m_oAtt.Has(uId))) break;
             const Hash_Text& oName = pNames[oNode.uKey];
             if (oName.uLength > Hash::SLACK) break;
             if (static_cast<std::size_t>(pEnd - p) < PIECE) {
@@ -156,7 +156,7 @@ class Writer {
     void WriteNode(u2_t uId, u2_t uIndex) {
         const Data_Node& oNode = b.m_oNode(uId);
         // The step text, built behind the four bytes of its length.
-        if (b.HasAttributes(uId) || !IsPlain(oNode.uKey)) {
+        if (b.m_oAtt.Has(uId) || !IsPlain(oNode.uKey)) {
             WriteLongStep(uId, uIndex);
         } else {
             const Hash_Text& oName = b.m_oName(oNode.uKey);
@@ -198,12 +198,12 @@ class Writer {
         detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
         char sIndex[NUMBER_ROOM + 2];
         m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
-        b.ListAttributes(uId, m_oAttKeys);
+        b.m_oAtt.List(uId, m_oAttKeys);
         for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
-            const char* sValue = b.HeapAt(b.FindAttribute(uId, *p));
+            const char* sValue = b.AttributeOf(uId, *p);
             if (*sValue == 0) continue;
             m_oStep.Add("[@", 2);
-            detail::AppendEncoded(m_oStep, b.m_oAttName(*p).sText, detail::RESERVED.data());
+            detail::AppendEncoded(m_oStep, b.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
             m_oStep.Add("=\"", 2);
             detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
             m_oStep.Add("\"]", 2);
@@ -263,11 +263,11 @@ class Writer {
                 *p++ = static_cast<char>(CODE_STRING);
                 m_oSink.Cut(p);
                 m_oSink.Cut(Store(p, oNode.uWord3));
-                return m_oSink.HeapText(b.HeapAt(oNode.uWord2), oNode.uWord3);
+                return m_oSink.HeapText(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
             }
             case Data_Node::Binary:
                 WriteCode(CODE_BINARY);
-                return WriteBlock(b.HeapAt(oNode.uWord2), oNode.uWord3);
+                return WriteBlock(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
             case Data_Node::Long:
                 if (m_iMinor < 3) {
                     return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
@@ -296,7 +296,7 @@ class Writer {
 
     void WriteQuad(const Data_Node& oNode) {
         u2_t au[4] = {oNode.uWord3, 0, 0, 0};
-        std::memcpy(au + 1, b.HeapAt(oNode.uWord2), 12);
+        std::memcpy(au + 1, b.m_oHeap.At(oNode.uWord2), 12);
         if (m_iMinor < 3) {
             char sBuf[128];
             const int iLength =

@@ -9,14 +9,14 @@ namespace vok::dump {
 using detail::LinkBytes;
 
 void Checker::Run(const Arr<u2_t>& oAttributes) {
-    if (b.m_oStr.Size() != 0 && b.m_oStr(0) != 0) throw Fault{Fault::HEAP, 0};
+    if (b.m_oHeap.Size() != 0 && *b.m_oHeap.Begin() != 0) throw Fault{Fault::HEAP, 0};
     CheckNodes();
     if (m_bUpward || b.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
     CheckAttributes(oAttributes);
     CheckLateTexts();
     CheckShared();
     b.m_uIndexed = static_cast<u2_t>(b.m_oNode.Size());
-    b.m_uGarbage = b.m_oStr.Size() - std::min<u3_t>(m_uReferred, b.m_oStr.Size());
+    b.m_oHeap.SetReferred(m_uReferred);
 }
 
 // ---- nodes and groups ---------------------------------------------------------
@@ -25,12 +25,12 @@ void Checker::Run(const Arr<u2_t>& oAttributes) {
 inline bool Checker::IsNextText(const Data_Node& oNode) noexcept {
     const std::size_t uBegin = oNode.uWord2;
     const std::size_t uSize = oNode.uWord3;
-    const std::size_t uHeap = b.m_oStr.Size();
+    const std::size_t uHeap = b.m_oHeap.Size();
     if (uBegin == 0 || uBegin < m_uChecked || uSize == 0 || uSize > m_oLimits.m_uTextBytes) {
         return false;
     }
     if (uBegin + uSize > uHeap) return false;
-    const char* pText = b.HeapAt(oNode.uWord2);
+    const char* pText = b.m_oHeap.At(oNode.uWord2);
     if (pText[uSize - 1] != 0 || !IsPlainText(pText, uSize - 1)) return false;
     m_uChecked = uBegin + uSize;
     m_uReferred += uSize;
@@ -69,21 +69,21 @@ void Checker::CheckNodes() {
     m_bUpward = bUpward;
     // Every node in a group is there once, and under its own predecessor: as many as name one
     // are all of them.
-    if (m_uNextGroup != b.m_oSucc.Size() || m_uInGroups != m_uHung) FailGroup(m_uNextGroup);
+    if (m_uNextGroup != m_oWord.Size() || m_uInGroups != m_uHung) FailGroup(m_uNextGroup);
 }
 
 void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
     const std::size_t uNodes = b.m_oNode.Size();
     const std::size_t uSize = oNode.Size();
-    const std::size_t uFirst = m_uNextGroup + Data_Base::GROUP_HEADER;
-    if (oNode.Start() != m_uNextGroup || uFirst > b.m_oSucc.Size() ||
-        uSize > b.m_oSucc.Size() - uFirst) {
+    const std::size_t uFirst = m_uNextGroup + Data_Groups::HEADER;
+    if (oNode.Start() != m_uNextGroup || uFirst > m_oWord.Size() ||
+        uSize > m_oWord.Size() - uFirst) {
         FailNode(uId);
     }
     if (uSize != 0 && uId >= Data_Node::CUT_LOOSE - 1) FailNode(uId);
-    const u2_t* pGroup = std::as_const(b.m_oSucc).Beg() + m_uNextGroup;
+    const u2_t* pGroup = m_oWord.Beg() + m_uNextGroup;
     if (pGroup[0] != uSize || pGroup[1] != uSize) FailGroup(m_uNextGroup);
-    pGroup += Data_Base::GROUP_HEADER;
+    pGroup += Data_Groups::HEADER;
     const Data_Node* pNodes = std::as_const(b.m_oNode).Beg();
     bool bAscending = true;
     u2_t uLast = 0;     // the root is nobody's successor
@@ -119,7 +119,7 @@ void Checker::CheckDistinct(const u2_t* pGroup, std::size_t uSize, std::size_t u
 }
 
 void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
-    const u3_t uHeap = b.m_oStr.Size();
+    const u3_t uHeap = b.m_oHeap.Size();
     switch (oNode.GetType()) {
         case Data_Node::String:
             if (oNode.uWord3 == 0) FailNode(uId);
@@ -175,7 +175,7 @@ void Checker::CheckLevels() {
 // ---- texts --------------------------------------------------------------------
 
 bool Checker::CheckText(u2_t uBegin, u2_t uSize) {
-    if (uBegin >= b.m_oStr.Size()) return false;
+    if (uBegin >= b.m_oHeap.Size()) return false;
     if (uBegin == 0) return uSize <= 1;  // the empty text
     if (uBegin < m_uChecked) {
         m_oLate.Add(Text{uBegin, uSize});
@@ -189,8 +189,8 @@ bool Checker::CheckText(u2_t uBegin, u2_t uSize) {
 }
 
 std::size_t Checker::EndOfText(u2_t uBegin, u2_t uSize) const {
-    const std::size_t uHeap = b.m_oStr.Size();
-    const char* pText = b.HeapAt(uBegin);
+    const std::size_t uHeap = b.m_oHeap.Size();
+    const char* pText = b.m_oHeap.At(uBegin);
     std::size_t uLength = uSize - std::size_t{1};
     if (uSize == TO_NUL) {
         const void* pNul = std::memchr(pText, 0, uHeap - uBegin);
@@ -215,11 +215,13 @@ void Checker::CheckLateTexts() {
         if (p->uBegin >= uEnd) {
             uEnd = EndOfText(p->uBegin, p->uSize);
             if (uEnd == 0) throw Fault{Fault::HEAP, p->uBegin};
+            m_uReferred += uEnd - p->uBegin;
             continue;
         }
-        m_uShared += uEnd - p->uBegin;
+        m_uReferred += uEnd - p->uBegin;
         const bool bSameEnd = p->uSize == TO_NUL || u3_t{p->uBegin} + p->uSize == uEnd;
-        const bool bInsideCharacter = (static_cast<u0_t>(*b.HeapAt(p->uBegin)) & 0xC0u) == 0x80u;
+        const bool bInsideCharacter =
+            (static_cast<u0_t>(*b.m_oHeap.At(p->uBegin)) & 0xC0u) == 0x80u;
         if (!bSameEnd || bInsideCharacter) throw Fault{Fault::HEAP, p->uBegin};
     }
 }
@@ -227,7 +229,7 @@ void Checker::CheckLateTexts() {
 // Nodes may share texts and names, which every form but the dump writes out for each of them, and
 // links the nodes that they lead to.
 void Checker::CheckShared() const {
-    u3_t uBytes = m_uReferred + m_uShared + LinkBytes(b);
+    u3_t uBytes = m_uReferred + LinkBytes(b);
     u3_t uLongest = 0;
     for (u2_t uKey = 0; uKey < b.m_oName.Size(); ++uKey) {
         uLongest = std::max<u3_t>(uLongest, b.m_oName(uKey).uLength);
@@ -245,7 +247,7 @@ void Checker::CheckShared() const {
 void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
     const auto oFail = [](std::size_t uWord) { throw Fault{Fault::ATTRIBUTES, u3_t{uWord} * 4}; };
     const std::size_t uNodes = b.m_oNode.Size();
-    const std::size_t uNames = b.m_oAttName.Size() - 1;
+    const std::size_t uNames = b.m_oAtt.Names().Size() - 1;
     Arr<u2_t> oCount;  // by node, where a limit could be reached
     if (uNames > m_oLimits.m_uAttributes) oCount.Resize(uNodes);
     std::size_t uNext = 0;
@@ -254,19 +256,19 @@ void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
         const std::size_t uCount = oWords(uNext++);
         if (uCount > (oWords.Size() - uNext) / 2) oFail(uNext - 1);
         if (uCount == 0) continue;
-        if (b.m_oAttHead.Size() == 0) b.m_oAttHead.Resize(uNodes);
-        Arr<Data_Att>& oAtt = b.m_oAttArr(uName - 1)->oAtt;
-        oAtt.Reserve(uCount);
+        const u2_t uKey = static_cast<u2_t>(uName);
+        b.m_oAtt.ReserveRecords(uKey, uCount);
+        u2_t uLast = 0;
         for (std::size_t u = 0; u < uCount; ++u, uNext += 2) {
             const u2_t uId = oWords(uNext);
             const u2_t uValue = oWords(uNext + 1);
-            const bool bAscending = u == 0 || uId > oAtt(u - 1).uId;
+            const bool bAscending = u == 0 || uId > uLast;
             if (uId >= uNodes || !bAscending || !CheckText(uValue, TO_NUL)) oFail(uNext);
             if (oCount.Size() != 0 && ++oCount(uId) > m_oLimits.m_uAttributes) {
                 Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
             }
-            oAtt.Add(Data_Att{uId, uValue, b.m_oAttHead(uId)});
-            b.m_oAttHead(uId) = static_cast<u2_t>(uName);
+            b.m_oAtt.AddLast(uId, uKey, uValue, uNodes);
+            uLast = uId;
         }
     }
     if (uNext != oWords.Size()) oFail(uNext);

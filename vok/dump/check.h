@@ -20,7 +20,7 @@ struct Fault {
 class Checker {
   public:
     Checker(Data_Base& oBase, const Limits& oLimits, const Work& oWork)
-        : b(oBase), m_oLimits(oLimits), m_oWork(oWork) {}
+        : b(oBase), m_oWord(oBase.m_oGroup.Words()), m_oLimits(oLimits), m_oWork(oWork) {}
 
     // Nodes, groups and texts, then the attributes: those of all names from the words of their
     // block.
@@ -61,6 +61,7 @@ class Checker {
     void CheckShared() const;
 
     Data_Base& b;
+    const Arr<u2_t>& m_oWord;  // of the groups
     const Limits& m_oLimits;
     const Work& m_oWork;
     std::size_t m_uNextGroup = 0;  // word at which the next group begins
@@ -72,8 +73,7 @@ class Checker {
     // Texts in the order of the heap are checked at once, others when all are known: so every
     // byte is looked at twice at the most, however many texts share it.
     std::size_t m_uChecked = 0;
-    u3_t m_uReferred = 0;  // bytes of the heap that are in use
-    u3_t m_uShared = 0;    // bytes of texts that others have part in
+    u3_t m_uReferred = 0;  // bytes of the heap that are in use, once for each use
     Arr<Text> m_oLate;
 };
 

@@ -48,7 +48,7 @@ inline void TurnWords(void* pWords, std::size_t uWords) noexcept {
 }
 
 // The same for the words of quads in a copy of the text heap; nodes may share them.
-void TurnQuads(const Arr<Data_Node>& oNode, Arr<char>& oHeap);
+void TurnQuads(const Arr<Data_Node>& oNode, char* pHeap);
 
 }  // namespace vok::dump
 

@@ -31,16 +31,14 @@ class Reader {
         ReadTag();
         ReadNames(false);
         m_auBlock[Fault::NODES] = ReadBlock(b.m_oNode, 0, MaxNodes());
-        m_auBlock[Fault::GROUPS] = ReadBlock(b.m_oSucc, 0, MAX_WORDS);
-        m_auBlock[Fault::HEAP] = ReadBlock(b.m_oStr, Data_Base::HEAP_SLACK, MAX_WORDS);
-        std::memset(b.m_oStr.End(), 0, Data_Base::HEAP_SLACK);
+        ReadGroups();
+        ReadHeap();
         ReadNames(true);
         Arr<u2_t> oAttributes;
         m_auBlock[Fault::ATTRIBUTES] = ReadBlock(oAttributes, 0, ~u3_t{0});
         m_uAt += File::LoadEndMarker(m_oIn);
         if (!IS_NATIVE) {
             TurnWords(b.m_oNode.Beg(), 4 * b.m_oNode.Size());
-            TurnWords(b.m_oSucc.Beg(), b.m_oSucc.Size());
             TurnWords(oAttributes.Beg(), oAttributes.Size());
         }
         try {
@@ -49,7 +47,7 @@ class Reader {
         } catch (const Fault& oFault) {
             Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
         }
-        if (!IS_NATIVE) TurnQuads(b.m_oNode, b.m_oStr);
+        if (!IS_NATIVE) TurnQuads(b.m_oNode, b.m_oHeap.WritableAt(0));
         return m_oBase;
     }
 
@@ -113,12 +111,26 @@ class Reader {
         Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
     }
 
+    void ReadGroups() {
+        Arr<u2_t> oWord;
+        m_auBlock[Fault::GROUPS] = ReadBlock(oWord, 0, MAX_WORDS);
+        if (!IS_NATIVE) TurnWords(oWord.Beg(), oWord.Size());
+        b.m_oGroup.Swap(oWord);
+    }
+
+    void ReadHeap() {
+        Arr<char> oBytes;
+        m_auBlock[Fault::HEAP] = ReadBlock(oBytes, Data_Heap::SLACK, MAX_WORDS);
+        std::memset(oBytes.End(), 0, Data_Heap::SLACK);
+        b.m_oHeap.Swap(oBytes);
+    }
+
     // Names of nodes or of attributes: none empty, none twice.
     void ReadNames(bool bAttributes) {
         Arr<char> oBytes;
         const u3_t uBegin = ReadBlock(oBytes, 0, ~u3_t{0});
         std::string_view sLeft(oBytes.Beg(), oBytes.Size());
-        const Hash& oTable = bAttributes ? b.m_oAttName : b.m_oName;
+        const Hash& oTable = bAttributes ? b.m_oAtt.Names() : b.m_oName;
         while (!sLeft.empty()) {
             const u3_t uOffset = uBegin + (oBytes.Size() - sLeft.size());
             const std::size_t uLength = sLeft.find('\0');
@@ -126,9 +138,9 @@ class Reader {
             if (!IsUtf8(sLeft.data(), uLength)) Fail(uOffset);
             const std::size_t uKeys = oTable.Size();
             if (bAttributes) {
-                b.InternAttribute(sLeft.substr(0, uLength));
+                b.m_oAtt.Intern(sLeft.substr(0, uLength));
             } else {
-                b.Intern(sLeft.substr(0, uLength));
+                b.m_oName.Intern(sLeft.substr(0, uLength));
             }
             if (oTable.Size() == uKeys) Fail(uOffset);
             // Names cost more than their bytes, which may have been inflated from few.

@@ -12,14 +12,14 @@ namespace vok {
 
 namespace dump {
 
-void TurnQuads(const Arr<Data_Node>& oNode, Arr<char>& oHeap) {
+void TurnQuads(const Arr<Data_Node>& oNode, char* pHeap) {
     Arr<u2_t> oPlace;
     for (const Data_Node* p = oNode.Beg(); p != oNode.End(); ++p) {
         if (p->GetType() == Data_Node::Quad) oPlace.Add(p->uWord2);
     }
     std::sort(oPlace.Beg(), oPlace.End());
     const u2_t* pEnd = std::unique(oPlace.Beg(), oPlace.End());
-    for (const u2_t* p = oPlace.Beg(); p != pEnd; ++p) TurnWords(oHeap.Beg() + *p, 3);
+    for (const u2_t* p = oPlace.Beg(); p != pEnd; ++p) TurnWords(pHeap + *p, 3);
 }
 
 namespace {
@@ -31,24 +31,25 @@ class Writer {
     void Run() {
         b.UpdateSucc();
         CollectNames(b.m_oName, m_oNames);
-        CollectNames(b.m_oAttName, m_oAttNames);
+        CollectNames(b.m_oAtt.Names(), m_oAttNames);
         CollectAttributes();
         const bool bAsIs = IS_NATIVE && IsInPlace();
         if (!bAsIs) PutInPlace();
         const Arr<Data_Node>& oNode = bAsIs ? b.m_oNode : m_oNode;
-        const Arr<u2_t>& oSucc = bAsIs ? b.m_oSucc : m_oSucc;
-        const Arr<char>& oHeap = IS_NATIVE ? b.m_oStr : m_oHeap;
+        const Arr<u2_t>& oWord = bAsIs ? b.m_oGroup.Words() : m_oWord;
+        const char* pHeap = IS_NATIVE ? b.m_oHeap.Begin() : m_oHeap.Beg();
+        const std::size_t uHeap = b.m_oHeap.Size();
         const std::string_view sTag = b.m_oUserTag.View();
         (void)Msg::ToInt32(sTag.size());
 
-        ReserveSpace(sTag.size() + m_oNames.Size() + SizeOf(oNode) + SizeOf(oSucc) + oHeap.Size() +
+        ReserveSpace(sTag.size() + m_oNames.Size() + SizeOf(oNode) + SizeOf(oWord) + uHeap +
                      m_oAttNames.Size() + SizeOf(m_oAttribute));
         File::WriteMagic(m_oOut, CLASS_NAME, VERSION);
         File::DumpBufStream32(File_Buf(sTag.data(), sTag.size()), m_oOut);
         WriteBlock(m_oNames);
         WriteBlock(oNode);
-        WriteBlock(oSucc);
-        WriteBlock(oHeap);
+        WriteBlock(oWord);
+        File::DumpBufStream64(File_Buf(pHeap, uHeap), m_oOut);
         WriteBlock(m_oAttNames);
         WriteBlock(m_oAttribute);
         File::DumpEndMarker(m_oOut);
@@ -79,17 +80,13 @@ class Writer {
     }
 
     void CollectAttributes() {
-        for (std::size_t u = 1; u < b.m_oAttName.Size(); ++u) {
+        for (std::size_t u = 1; u < b.m_oAtt.Names().Size(); ++u) {
             const std::size_t uCount = m_oAttribute.Size();
             m_oAttribute.Add(0);
-            // A name that was met by an attempt without memory has no records yet.
-            if (u > b.m_oAttArr.Size()) continue;
-            b.SettleAttributes(*b.m_oAttArr(u - 1));
-            const Arr<Data_Att>& oAtt = b.m_oAttArr(u - 1)->oAtt;
-            for (const Data_Att* p = oAtt.Beg(); p != oAtt.End(); ++p) {
-                if (p->uValue == Data_Att::NO_VALUE) continue;
-                m_oAttribute.Add(p->uId);
-                m_oAttribute.Add(p->uValue);
+            for (const Data_Att& o : b.m_oAtt.Records(static_cast<u2_t>(u))) {
+                if (o.uValue == Data_Att::NO_VALUE) continue;
+                m_oAttribute.Add(o.uId);
+                m_oAttribute.Add(o.uValue);
                 ++m_oAttribute(uCount);
             }
         }
@@ -100,34 +97,32 @@ class Writer {
     // to grow: so they do in a tree that was built and read.
     [[nodiscard]] bool IsInPlace() const noexcept {
         std::size_t uNext = 0;
-        const u2_t* pSucc = std::as_const(b.m_oSucc).Beg();
-        const Data_Node* pEnd = b.m_oNode.End();
-        for (const Data_Node* p = b.m_oNode.Beg(); p != pEnd; ++p) {
-            if (p->GetType() != Data_Node::Tree) continue;
-            if (p->Start() != uNext || pSucc[uNext + 1] != p->Size()) return false;
-            uNext += Data_Base::GROUP_HEADER + p->Size();
+        const Data_Groups& oGroup = b.m_oGroup;
+        for (const Data_Node& o : std::as_const(b.m_oNode)) {
+            if (o.GetType() != Data_Node::Tree) continue;
+            if (o.Start() != uNext || oGroup.Room(o.Start()) != o.Size()) return false;
+            uNext += Data_Groups::HEADER + o.Size();
         }
-        return uNext == b.m_oSucc.Size();
+        return uNext == oGroup.Words().Size();
     }
 
     void PutInPlace() {
         m_oNode.Add(b.m_oNode.Beg(), b.m_oNode.Size());
-        m_oSucc.Reserve(b.m_oSucc.Size() - static_cast<std::size_t>(b.m_uDeadSucc));
+        m_oWord.Reserve(b.m_oGroup.LivingWords());
         for (Data_Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
             if (p->GetType() != Data_Node::Tree) continue;
-            const u2_t uStart = static_cast<u2_t>(m_oSucc.Size());
-            m_oSucc.Add(p->Size());
-            m_oSucc.Add(p->Size());
-            if (p->Size() != 0) {
-                m_oSucc.Add(b.m_oSucc.Beg() + p->Start() + Data_Base::GROUP_HEADER, p->Size());
-            }
-            p->uWord2 = uStart;
+            const Data_Groups::View oOld =
+                p->Size() != 0 ? b.m_oGroup.ViewOf(p->Start(), p->Size()) : Data_Groups::View();
+            p->uWord2 = Data_Groups::Write(m_oWord, oOld.uSize, [&oOld](u2_t* pNew) {
+                std::copy(oOld.begin(), oOld.end(), pNew);
+                return oOld.uSize;
+            });
         }
         if (IS_NATIVE) return;
-        m_oHeap.Add(b.m_oStr.Beg(), b.m_oStr.Size());
-        TurnQuads(b.m_oNode, m_oHeap);
+        m_oHeap.Add(b.m_oHeap.Begin(), b.m_oHeap.Size());
+        TurnQuads(b.m_oNode, m_oHeap.Beg());
         TurnWords(m_oNode.Beg(), 4 * m_oNode.Size());
-        TurnWords(m_oSucc.Beg(), m_oSucc.Size());
+        TurnWords(m_oWord.Beg(), m_oWord.Size());
     }
 
     Data_Base& b;
@@ -137,7 +132,7 @@ class Writer {
     Arr<u2_t> m_oAttribute;
     // Copies, where the arrays of the tree cannot be written as they are.
     Arr<Data_Node> m_oNode;
-    Arr<u2_t> m_oSucc;
+    Arr<u2_t> m_oWord;
     Arr<char> m_oHeap;
 };
 

@@ -114,7 +114,7 @@ class XmlLoader {
     }
 
     u2_t InternName(std::string_view sName) {
-        const u2_t uKey = b.Intern(Decoded(sName, m_oNameRoom));
+        const u2_t uKey = b.m_oName.Intern(Decoded(sName, m_oNameRoom));
         m_oGuess.Note(uKey, uKey != 0 && !xml::HasEscapes(sName), b.m_oName.Size());
         return uKey;
     }

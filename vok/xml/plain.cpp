@@ -53,7 +53,7 @@ bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
     if (!IsPlainText(sText.data(), sText.size())) return false;
     oNode.SetType(Node::String);
-    oNode.uWord2 = b.AddText(sText);
+    oNode.uWord2 = b.m_oHeap.AddText(sText);
     oNode.uWord3 = static_cast<u2_t>(sText.size() + 1);
     return true;
 }

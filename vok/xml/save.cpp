@@ -42,7 +42,7 @@ class XmlWriter {
         : b(oBase),
           m_oSink(oSink),
           m_uDepth(uDepth),
-          m_bAttributes(oBase.m_oAttHead.Size() != 0),
+          m_bAttributes(!oBase.m_oAtt.IsUnused()),
           m_oPlain(oBase.m_oName.Size()),
           m_oNumber(oBase.m_oNode.Size()) {}
 
@@ -132,7 +132,7 @@ class XmlWriter {
         Frame& f = m_oFrame(m_oFrame.Size() - 1);
         const Node* const pNodes = std::as_const(b.m_oNode).Beg();
         const Hash_Text* const pNames = b.m_oName.Texts();
-        const char* const pHeap = std::as_const(b.m_oStr).Beg();
+        const char* const pHeap = b.m_oHeap.Begin();
         char* p = m_oSink.Space(PLAIN_ROOM);
         const char* pEnd = m_oSink.SpaceEnd();
         for (; f.pNext != f.pEnd; ++f.pNext) {
@@ -140,7 +140,7 @@ class XmlWriter {
             const Node& oNode = pNodes[uId];
             const Node::Type eType = oNode.GetType();
             if ((PLAIN_TYPES >> eType & 1u) == 0 || !IsPlain(oNode.uKey)) break;
-            if ((m_bAttributes && b.HasAttributes(uId)) || IsNumbered(uId)) break;
+            if ((m_bAttributes && b.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
             const Hash_Text& oName = pNames[oNode.uKey];
             if (oName.uLength > Hash::SLACK) break;
             if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {
@@ -193,7 +193,7 @@ class XmlWriter {
         Add("<");
         WriteName(uId);
         if (uId == m_uTop) WriteAttribute(xml::DT_DECLARATION, xml::DT_NAMESPACE);
-        if (m_bAttributes && b.HasAttributes(uId)) WriteAttributes(uId);
+        if (m_bAttributes && b.m_oAtt.Has(uId)) WriteAttributes(uId);
         if (IsNumbered(uId)) WriteNumber(xml::NODE_ID, uId);
         WriteValue(uId);
     }
@@ -216,11 +216,9 @@ class XmlWriter {
     }
 
     void WriteAttributes(u2_t uId) {
-        b.ListAttributes(uId, m_oAttKeys);
-        std::sort(m_oAttKeys.Beg(), m_oAttKeys.End(),
-                  [this](u2_t uA, u2_t uB) { return b.m_oAttName.IsLess(uA, uB); });
+        b.m_oAtt.ListByName(uId, m_oAttKeys);
         for (const u2_t uKey : m_oAttKeys) {
-            const Hash_Text& oName = b.m_oAttName(uKey);
+            const Hash_Text& oName = b.m_oAtt.Names()(uKey);
             const std::string_view sName(oName.sText, oName.uLength);
             const bool bReserved = xml::IsReserved(sName);
             m_oRoom.Truncate(0);
@@ -229,7 +227,7 @@ class XmlWriter {
             } else {
                 m_oRoom.Add(sName.data(), sName.size());
             }
-            WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()}, b.HeapAt(b.FindAttribute(uId, uKey)));
+            WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()}, b.AttributeOf(uId, uKey));
         }
     }
 
@@ -288,7 +286,7 @@ class XmlWriter {
             case Node::Quad: return WriteQuad(uId);
             case Node::String: {
                 Add(">");
-                WriteCdata({b.HeapAt(oNode.uWord2), oNode.uWord3 - std::size_t{1}});
+                WriteCdata({b.m_oHeap.At(oNode.uWord2), oNode.uWord3 - std::size_t{1}});
                 return WriteEndTag(uId);
             }
             case Node::Binary: {
@@ -297,7 +295,7 @@ class XmlWriter {
                 for (std::size_t u = 0; u < oNode.uWord3; u += PIECE) {
                     const std::size_t uSize = std::min(oNode.uWord3 - u, PIECE);
                     m_oValue.Truncate(0);
-                    EncodeBase64(b.HeapAt(oNode.uWord2) + u, uSize,
+                    EncodeBase64(b.m_oHeap.At(oNode.uWord2) + u, uSize,
                                  m_oValue.AddSpace(Base64Size(uSize)));
                     Add({m_oValue.Beg(), m_oValue.Size()});
                 }
@@ -332,7 +330,7 @@ class XmlWriter {
     void WriteQuad(u2_t uId) {
         const Node& oNode = b.m_oNode(uId);
         i2_t ai[4] = {static_cast<i2_t>(oNode.uWord3), 0, 0, 0};
-        std::memcpy(ai + 1, b.HeapAt(oNode.uWord2), 12);
+        std::memcpy(ai + 1, b.m_oHeap.At(oNode.uWord2), 12);
         char s[4 * NUMBER_ROOM];
         std::size_t uSize = 0;
         for (const i2_t i : ai) {

@@ -46,7 +46,7 @@ bool XmlLoader::SetType(std::string_view sType) {
     const xml::TypeName* pType = xml::FindType(sType);
     if (pType == nullptr) return false;
     u3_t uValue = pType->bZone ? std::bit_cast<u3_t>(3600.0) : 0;
-    if (pType->eType == Node::Quad) uValue = b.AddHeap(NO_WORDS, QUAD_REST);
+    if (pType->eType == Node::Quad) uValue = b.m_oHeap.Add(NO_WORDS, QUAD_REST);
     b.DropValue(oNode);
     oNode.SetType(pType->eType);
     oNode.SetValue64(uValue);
@@ -164,14 +164,14 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
     }
     // SetType has made room for the words.
     Node& oNode = b.m_oNode(uId);
-    std::memcpy(b.m_oStr.Beg() + oNode.uWord2, auWord.data() + 1, QUAD_REST);
+    std::memcpy(b.m_oHeap.WritableAt(oNode.uWord2), auWord.data() + 1, QUAD_REST);
     oNode.uWord3 = auWord[0];
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
     m_oBlock.Truncate(0);
     if (!DecodeBase64(sText, m_oBlock)) RaiseUnknownText(sText);
-    const u2_t uOffset = b.AddHeap(m_oBlock.Beg(), m_oBlock.Size());
+    const u2_t uOffset = b.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
     b.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
 }
 

@@ -1,0 +1,72 @@
+// The names that the nodes of a tree bear. Internal.
+#ifndef VOK_DATA_NAMES_H
+#define VOK_DATA_NAMES_H
+
+#include <string_view>
+
+#include "vok/base/hash.h"
+#include "vok/base/hash_guess.h"
+#include "vok/base/str.h"
+#include "vok/base/utf8.h"
+
+namespace vok {
+
+// A table of names that looks first where the next one is likely to be: names of trees follow
+// each other in patterns. Names ever borne stay until Renew.
+class Data_Names : public Hash {
+  public:
+    // Key of a name, which ends at its first NUL; "" is key 0.
+    u2_t Intern(std::string_view sName) {
+        u2_t uKey = m_oGuess.First();
+        if (uKey == 0 || !IsText(uKey, sName)) uKey = m_oGuess.Second();
+        if (uKey == 0 || !IsText(uKey, sName)) return InternSlow(sName);
+        m_oGuess.Confirm(uKey);
+        return uKey;
+    }
+    // The same without adding it: NONE for a name that no node ever bore.
+    [[nodiscard]] u2_t Look(std::string_view sName) const { return LookIn(*this, sName); }
+    [[nodiscard]] static u2_t LookIn(const Hash& oNames, std::string_view sName) {
+        if (IsPlainText(sName.data(), sName.size())) [[likely]]
+            return oNames.Find(sName);
+        return oNames.Find(Utf8_Text(sName).View());
+    }
+    // Null for key 0.
+    [[nodiscard]] const char* TextOrNull(u2_t uKey) const noexcept {
+        return uKey != 0 ? (*this)(uKey).sText : nullptr;
+    }
+    [[nodiscard]] std::string_view View(u2_t uKey) const noexcept { return ViewOf(*this, uKey); }
+    [[nodiscard]] static std::string_view ViewOf(const Hash& oNames, u2_t uKey) noexcept {
+        return {oNames(uKey).sText, oNames(uKey).uLength};
+    }
+
+    // Takes the names of oNew in place of its own. Nothing is changed if memory runs out.
+    void Renew(Hash& oNew) {
+        Replace(oNew);
+        m_oGuess = Hash_Guess();
+    }
+
+    // So many names are kept whether they are borne or not.
+    static constexpr std::size_t MANY = 1024;
+    // Whether so many of uNames are no longer borne that it is worth dropping them.
+    [[nodiscard]] static bool IsWorthDropping(std::size_t uNames, std::size_t uUsed) noexcept {
+        return uNames > MANY && 2 * uUsed < uNames;
+    }
+
+    [[nodiscard]] std::size_t HeapBytes() const noexcept {
+        return Hash::HeapBytes() + m_oGuess.HeapBytes();
+    }
+
+  private:
+    u2_t InternSlow(std::string_view sName) {
+        const u2_t uKey = IsPlainText(sName.data(), sName.size()) ? Insert(sName)
+                                                                  : Insert(Utf8_Text(sName).View());
+        m_oGuess.Note(uKey, uKey != 0, Size());
+        return uKey;
+    }
+
+    Hash_Guess m_oGuess;
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_NAMES_H

@@ -1,0 +1,28 @@
+#include "vok/data/text_heap.h"
+
+#include "vok/base/msg.h"
+
+namespace vok {
+
+char* Data_Heap::Space(std::size_t uSize) {
+    Start();
+    const std::size_t uOffset = m_oBytes.Size();
+    if (uSize > MOST || uOffset > MOST - uSize) [[unlikely]] {
+        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
+    }
+    char* pSpace = m_oBytes.AddSpace(uSize + SLACK);
+    m_oBytes.Truncate(uOffset + uSize);
+    return pSpace;
+}
+
+// Copies to the end of the heap, from where it may itself have been moved by making room.
+u2_t Data_Heap::Append(const char* pSrc, std::size_t uSize, std::size_t uNul) {
+    const bool bOwn = pSrc >= m_oBytes.Beg() && pSrc < m_oBytes.End();
+    const std::size_t uFrom = bOwn ? static_cast<std::size_t>(pSrc - m_oBytes.Beg()) : 0;
+    char* pDst = Space(uSize + uNul);
+    CopyBytes(pDst, bOwn ? m_oBytes.Beg() + uFrom : pSrc, uSize);
+    if (uNul != 0) pDst[uSize] = 0;
+    return static_cast<u2_t>(pDst - m_oBytes.Beg());
+}
+
+}  // namespace vok

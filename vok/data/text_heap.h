@@ -1,0 +1,131 @@
+// The bytes that the values and attributes of a tree refer to. Internal.
+#ifndef VOK_DATA_TEXT_HEAP_H
+#define VOK_DATA_TEXT_HEAP_H
+
+#include <cstring>
+#include <string_view>
+
+#include "vok/base/arr.h"
+#include "vok/base/copy.h"
+#include "vok/base/utf8.h"
+#include "vok/data/node.h"
+
+namespace vok {
+
+// One array of texts with their NUL, blocks and words of quads; references are offsets. It only
+// grows: what is no longer referred to is garbage until the tree is compacted. Byte 0 is the
+// empty text, and is there once anything is.
+//
+// How much is garbage is told by the bytes that references name: their sum, each reference
+// counted, is what is not garbage, or more where references share bytes. So Unused() is never more
+// than what a compaction can win, and exact where nothing is shared.
+class Data_Heap {
+  public:
+    // So many bytes may be read behind the end.
+    static constexpr std::size_t SLACK = 16;
+    // Offsets are signed 32-bit numbers elsewhere.
+    static constexpr std::size_t MOST = 0x7FFFFFFF;
+    // Bytes of the heap that a quad refers to: the words that its record has no room for.
+    static constexpr std::size_t QUAD_REST = 12;
+
+    [[nodiscard]] std::size_t Size() const noexcept { return m_oBytes.Size(); }
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oBytes.Capacity(); }
+    [[nodiscard]] const char* Begin() const noexcept { return m_oBytes.Beg(); }
+    [[nodiscard]] const char* At(u2_t uOffset) const noexcept { return m_oBytes.Beg() + uOffset; }
+    // For who has just added them.
+    [[nodiscard]] char* WritableAt(u2_t uOffset) noexcept { return m_oBytes.Beg() + uOffset; }
+
+    // Makes the empty text be there.
+    void Start() {
+        if (m_oBytes.Size() != 0) return;
+        m_oBytes.Reserve(FIRST);
+        m_oBytes.Add('\0');
+    }
+    // Appends bytes and returns their offset; they may lie in the heap.
+    u2_t Add(const void* pData, std::size_t uSize) {
+        return Append(static_cast<const char*>(pData), uSize, 0);
+    }
+    // Appends a text and its NUL. The text is valid UTF-8 without a NUL.
+    u2_t AddText(std::string_view sText) {
+        Start();
+        return sText.empty() ? 0 : Append(sText.data(), sText.size(), 1);
+    }
+    // The same for a text that needs no second look, where there is room; 0 for all others.
+    u2_t AddPlain(std::string_view sText) noexcept {
+        const std::size_t uOffset = m_oBytes.Size();
+        const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
+                           m_oBytes.Capacity() <= MOST && uOffset != 0;
+        if (!bRoom || sText.empty() || !IsPlainText(sText.data(), sText.size())) return 0;
+        char* pText = m_oBytes.End();
+        CopyBytes(pText, sText.data(), sText.size());
+        pText[sText.size()] = 0;
+        m_oBytes.SetSize(uOffset + sText.size() + 1);
+        return static_cast<u2_t>(uOffset);
+    }
+    // Whether a text lies in the heap with its NUL behind it.
+    [[nodiscard]] bool Owns(std::string_view sText) const noexcept {
+        return sText.data() >= m_oBytes.Beg() && sText.data() + sText.size() < m_oBytes.End() &&
+               sText.data()[sText.size()] == 0;
+    }
+
+    // ---- references -------------------------------------------------------
+
+    // Bytes that the value of a node refers to.
+    [[nodiscard]] static std::size_t BytesOf(const Data_Node& oNode) noexcept {
+        switch (oNode.GetType()) {
+            case Data_Node::String: return oNode.uWord2 != 0 ? oNode.uWord3 : 0;
+            case Data_Node::Binary: return oNode.uWord3;
+            case Data_Node::Quad: return QUAD_REST;
+            default: return 0;
+        }
+    }
+    // Those of an attribute value at uOffset.
+    [[nodiscard]] std::size_t BytesOf(u2_t uOffset) const noexcept {
+        return uOffset != 0 ? std::strlen(At(uOffset)) + 1 : 0;
+    }
+    // A reference is given up; one more is made to what has some already.
+    void Drop(std::size_t uBytes) noexcept { m_iUnused += static_cast<i3_t>(uBytes); }
+    void Share(std::size_t uBytes) noexcept { m_iUnused -= static_cast<i3_t>(uBytes); }
+    // Bytes that a compaction wins at least.
+    [[nodiscard]] u3_t Unused() const noexcept {
+        return m_iUnused > 0 ? static_cast<u3_t>(m_iUnused) : 0;
+    }
+    // Sets it from the bytes that all references name.
+    void SetReferred(u3_t uBytes) noexcept {
+        m_iUnused =
+            static_cast<i3_t>(m_oBytes.Size()) - static_cast<i3_t>(uBytes) - (m_oBytes.Size() != 0);
+    }
+
+    // ---- as a whole -------------------------------------------------------
+
+    // How far it has got, to be taken back to.
+    struct Mark {
+        std::size_t uSize;
+        i3_t iUnused;
+    };
+    [[nodiscard]] Mark GetMark() const noexcept { return {m_oBytes.Size(), m_iUnused}; }
+    void TakeBack(const Mark& o) noexcept {
+        m_oBytes.Truncate(o.uSize > 1 ? o.uSize : 1);
+        m_iUnused = o.iUnused;
+    }
+    void Reset() noexcept {
+        m_oBytes.Clear();
+        m_iUnused = 0;
+    }
+    // Exchanges the bytes. Who brings others says what is referred to, and has left SLACK.
+    void Swap(Arr<char>& oBytes) noexcept { m_oBytes.Swap(oBytes); }
+
+  private:
+    // What small trees need grows in one step.
+    static constexpr std::size_t FIRST = 256 - Mem::HEADER_SIZE;
+
+    u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
+    char* Space(std::size_t uSize);
+
+    Arr<char> m_oBytes;
+    i3_t m_iUnused = 0;  // bytes less those that references name; negative where they share
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_TEXT_HEAP_H
