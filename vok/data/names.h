@@ -57,12 +57,7 @@ class Data_Names : public Hash {
     }
 
   private:
-    u2_t InternSlow(std::string_view sName) {
-        const u2_t uKey = IsPlainText(sName.data(), sName.size()) ? Insert(sName)
-                                                                  : Insert(Utf8_Text(sName).View());
-        m_oGuess.Note(uKey, uKey != 0, Size());
-        return uKey;
-    }
+    u2_t InternSlow(std::string_view sName);
 
     Hash_Guess m_oGuess;
 };

@@ -314,6 +314,7 @@ class Data_Base {
             [this](u2_t uA, u2_t uB) { return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey); };
     }
     void Place(u2_t uId);
+    void PlaceOne(u2_t uId);
     void PlaceNew();
     const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;

@@ -81,12 +81,15 @@ void Data_Groups::DropFrom(u2_t uStart, u2_t uFirst) noexcept {
     (void)std::remove_if(pFirst, pFirst + uPlaced, oIsNew);
 }
 
-// What is there is the first run.
-void Data_Groups::Unsort(u2_t uStart) {
-    const u2_t uEntry = static_cast<u2_t>(m_oUnsorted.Size());
-    u2_t& uHeader = m_oWord(uStart);
-    m_oUnsorted.Add(Unsorted{uStart, uHeader, uHeader, {1, {0}}});
-    uHeader = UNSORTED | uEntry;
+// Adds an id in no order. Of a group that was in order what is there is the first run.
+void Data_Groups::AddUnsorted(u2_t uStart, u2_t uId) {
+    if (IsSorted(uStart)) {
+        const u2_t uEntry = static_cast<u2_t>(m_oUnsorted.Size());
+        u2_t& uHeader = m_oWord(uStart);
+        m_oUnsorted.Add(Unsorted{uStart, uHeader, uHeader, {1, {0}}});
+        uHeader = UNSORTED | uEntry;
+    }
+    Ids(uStart)[m_oUnsorted(EntryOf(uStart)).uPlaced++] = uId;
 }
 
 void Data_Groups::Reserve(std::size_t uIds, std::size_t uGroups, u2_t uGrowing) {

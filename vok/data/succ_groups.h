@@ -87,21 +87,14 @@ class Data_Groups {
     template <class Less>
     void Place(u2_t uStart, u2_t uId, const Less& oIsLess) {
         u2_t* pGroup = m_oWord.Beg() + uStart;
-        const u2_t uSize = Placed(uStart);
-        u2_t* pFirst = pGroup + HEADER;
-        u2_t* pPlace = pFirst + uSize;
-        if (IsSorted(uStart) && uSize != 0 && oIsLess(uId, pPlace[-1])) {
-            if (uSize < INSERT_UP_TO) {
-                do {
-                    *pPlace = pPlace[-1];
-                    --pPlace;
-                } while (pPlace > pFirst && oIsLess(uId, pPlace[-1]));
-            } else {
-                Unsort(uStart);
-            }
+        const u2_t uSize = pGroup[0];
+        u2_t* pEnd = pGroup + HEADER + uSize;
+        if ((uSize & UNSORTED) == 0 && (uSize == 0 || !oIsLess(uId, pEnd[-1]))) [[likely]] {
+            *pEnd = uId;
+            ++pGroup[0];
+        } else {
+            PlaceLater(uStart, uId, oIsLess);
         }
-        *pPlace = uId;
-        ++(IsSorted(uStart) ? pGroup[0] : m_oUnsorted(EntryOf(uStart)).uPlaced);
     }
 
     // Adds an id at pPlace, one of the ids of the group or their end; there is room for it.
@@ -213,7 +206,22 @@ class Data_Groups {
     static constexpr std::size_t FIRST = 64;
 
     [[nodiscard]] u2_t EntryOf(u2_t uStart) const noexcept { return m_oWord(uStart) & ~UNSORTED; }
-    void Unsort(u2_t uStart);
+    void AddUnsorted(u2_t uStart, u2_t uId);
+
+    // Place for an id that does not come last, or in a group that is not in order.
+    template <class Less>
+    void PlaceLater(u2_t uStart, u2_t uId, const Less& oIsLess) {
+        const u2_t uSize = m_oWord(uStart);
+        if (!IsSorted(uStart) || uSize >= INSERT_UP_TO) return AddUnsorted(uStart, uId);
+        u2_t* pFirst = Ids(uStart);
+        u2_t* pPlace = pFirst + uSize;
+        do {
+            *pPlace = pPlace[-1];
+            --pPlace;
+        } while (pPlace > pFirst && oIsLess(uId, pPlace[-1]));
+        *pPlace = uId;
+        ++m_oWord(uStart);
+    }
 
     Arr<u2_t> m_oWord;
     Arr<Unsorted> m_oUnsorted;

@@ -13,9 +13,25 @@ constexpr u2_t SCAN_UP_TO = 24;
 
 }  // namespace
 
+// Puts one node in its parent's group. Nothing is changed if memory runs out.
+inline void Data_Base::PlaceOne(u2_t uId) {
+    const u2_t uParent = m_oNode(uId).Pred();
+    if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
+    Node& oParent = m_oNode(uParent);
+    if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
+    const bool bFull = oParent.Start() == NONE ||
+                       m_oGroup.Placed(oParent.Start()) == m_oGroup.Room(oParent.Start());
+    if (bFull) GrowGroup(oParent);
+    m_oGroup.Place(oParent.Start(), uId, ByName());
+}
+
+void Data_Base::Place(u2_t uId) {
+    PlaceOne(uId);
+}
+
 void Data_Base::PlaceNew() {
     while (m_uIndexed < m_oNode.Size()) {
-        Place(m_uIndexed);
+        PlaceOne(m_uIndexed);
         ++m_uIndexed;
     }
 }
@@ -39,18 +55,6 @@ void Data_Base::ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGro
     const Node& oParent = m_oNode(uParent);
     const bool bGrows = oParent.GetType() == Node::Tree;
     m_oGroup.Reserve(uCount, uGroups, bGrows ? oParent.Start() : NONE);
-}
-
-// Puts one node in its parent's group. Nothing is changed if memory runs out.
-void Data_Base::Place(u2_t uId) {
-    const u2_t uParent = m_oNode(uId).Pred();
-    if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
-    Node& oParent = m_oNode(uParent);
-    if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
-    const bool bFull = oParent.Start() == NONE ||
-                       m_oGroup.Placed(oParent.Start()) == m_oGroup.Room(oParent.Start());
-    if (bFull) GrowGroup(oParent);
-    m_oGroup.Place(oParent.Start(), uId, ByName());
 }
 
 void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
