@@ -91,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     const bool bSame = Raised([&] { oSame.Load(oForeign, SmallLimits()); }).empty();
     Check(bSame == sError.empty());
     if (!bSame) return 0;
-
+    CheckTree(oTree);
     // A removed root cannot be compared.
     const bool bRootLives = oTree.GetType() != Data_Node::Zombi;
     if (bRootLives) Check(Data::Equal(oTree, oSame));
@@ -104,6 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     if (bRootLives) Check(Data::Equal(oTree, oTree.MkClone()));
 
     Edit(oSame, sBytes);
+    CheckTree(oSame);
     Check(Dump(Load(Dump(oSame), sError)) == Dump(oSame));
     Dgraph_SetVersion(oSame, 1, 3, 0);
     (void)Raised([&] { (void)Save(oSame); });

@@ -3,11 +3,14 @@
 #define FUZZ_FUZZ_SUPPORT_H
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "vok/base/msg.h"
+#include "vok/data/store_check.h"
+#include "vok/dgraph/access.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
 
@@ -102,7 +105,17 @@ class Script {
     std::string_view m_sBytes;
 };
 
+// The tree is what the rest of the code takes it for.
+inline void CheckTree(const Data& oTree) {
+    const Data_Base* pBase = dgraph::Access::BaseOf(oTree);
+    if (pBase == nullptr) return;
+    const char* sFault = CheckStore(*pBase);
+    if (sFault != nullptr) std::fprintf(stderr, "%s\n", sFault);
+    Check(sFault == nullptr);
+}
+
 inline std::string Save(const Data& oTree) {
+    CheckTree(oTree);
     File_Buf oBuf("w");
     Dgraph_SaveDGraph(oTree, oBuf);
     return {oBuf.Data(), oBuf.Size()};

@@ -82,6 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     while (!oScript.IsAtEnd() && oRoot.GetNodes() < 20000) {
         (void)Raised([&] { Step(oRoot, oScript); });
     }
+    CheckTree(oRoot);
     const std::string sFirst = Save(oRoot);
     const Data oTrip = Load(sFirst, true);
     // Gaps in the runs of a name are closed, attributes are in the order of first use.

@@ -32,6 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Check(oReport.m_uOffset == oOtherReport.m_uOffset && oReport.m_uOffset <= sText.size());
     Check(oReport.m_uLine == oOtherReport.m_uLine && oReport.m_uColumn == oOtherReport.m_uColumn);
     if (!oTree.IsNode()) return 0;
+    CheckTree(oTree);
     oTree.SetToRoot();
 
     // With blanks behind it most of a short document is read the fast way.

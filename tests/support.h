@@ -16,7 +16,9 @@
 
 #include "vok/base/msg.h"
 #include "vok/data/data.h"
+#include "vok/data/store_check.h"
 #include "vok/data/succ_it.h"
+#include "vok/dgraph/access.h"
 #include "vok/file/buf.h"
 #include "vok/sys/sys.h"
 
@@ -84,6 +86,13 @@ std::string Trail(F&& oBody) {
         return oError.where();
     }
     return NOTHING_RAISED;
+}
+
+// What does not hold in the store of a tree; empty when all does.
+inline std::string Fault(const Data& oTree) {
+    const Data_Base* pBase = dgraph::Access::BaseOf(oTree);
+    const char* sFault = pBase != nullptr ? CheckStore(*pBase) : nullptr;
+    return sFault != nullptr ? sFault : "";
 }
 
 // English, no banner, no log file; console and debugger output go into texts. Everything

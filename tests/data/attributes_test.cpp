@@ -67,6 +67,7 @@ TEST(Attributes, MemoryRunsOut) {
                 oNode.SetAttVal(s, "1");
         };
         if (!Mem_Probe::HasRefused(uNth, oSet)) break;
+        EXPECT_EQ(Fault(oNode), "");
         oNode.SetAttVal("other", "2");
         oNode.SetAttVal("another", "3");
         oSet();

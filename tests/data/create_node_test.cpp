@@ -129,6 +129,7 @@ TEST(CreateNode, TakesBackWhatItMade) {
             oRoot.CreateNode("a20/b[3][@k=\"v\"][@l=\"w\"]/../c/d[@m=\"x\"]");
         };
         if (!Mem_Probe::HasRefused(uNth, oMake)) break;
+        EXPECT_EQ(Fault(oRoot), "");
         EXPECT_TRUE(Data::Equal(oBefore, oRoot));
         oMake();
     }

@@ -116,6 +116,7 @@ TEST(Edit, MemoryRunsOut) {
             if (!Mem_Probe::HasRefused(uNth, [&] { oStep(o, oOther); })) break;
             EXPECT_EQ(o.oRoot.GetNodes(), uNodes);
             EXPECT_TRUE(Data::Equal(oBefore, o.oRoot));
+            EXPECT_EQ(Fault(o.oRoot) + Fault(oOther), "");
             EXPECT_EQ(oOther.GetNodes(), 1u);
             // Attributes of what was taken back are not there for the next node of its id.
             Data oNew = o.oRoot.CreateNewSucc("zzz");

@@ -245,7 +245,10 @@ class Editing {
             default: return SetValue(o);
         }
     }
-    void Compare() const { m_oModel.Compare(m_oRoot); }
+    void Compare() const {
+        EXPECT_EQ(Fault(m_oRoot), "");
+        m_oModel.Compare(m_oRoot);
+    }
 
   private:
     static const char* NameFor(unsigned u) {

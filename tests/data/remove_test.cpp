@@ -142,10 +142,53 @@ TEST(Shrink, DropsNames) {
     oRoot.Reset();
     for (unsigned uNth = 1; Mem_Probe().HasRefused(uNth, [&] { oRoot.Shrink(); }); ++uNth) {
         ASSERT_TRUE(oRoot.FindKey("name7").IsKnown());
+        ASSERT_EQ(Fault(oRoot), "");
     }
     EXPECT_FALSE(oRoot.FindKey("name7").IsKnown());
     for (int i = 0; i < 100; ++i) oRoot.CreateNewSucc("n" + std::to_string(i));
     EXPECT_STREQ(oRoot.GetCheckedSucc("n77").GetName(), "n77");
+}
+
+// What a tree says it holds is what was asked for, in all of its parts.
+TEST(Shrink, HeapBytesAreThoseInUse) {
+    for (const int iNodes : {1, 30, 3000}) {
+        const u3_t uBytes = Mem::BytesInUse() + Mem::HEADER_SIZE * Mem::BlocksInUse();
+        Data oRoot = NewTree();
+        oRoot.SetUserTag("a tag");
+        for (int i = iNodes; i-- > 0;) {
+            Data o = oRoot.CreateNewSucc("n" + std::to_string(i));
+            o.SetAttVal(("a" + std::to_string(i % 50)).c_str(), "value");
+            o.CreateNewSucc("text").SetValStr("some text");
+        }
+        (void)oRoot.GetSuccCount("n7");
+        const u3_t uHeld = Mem::BytesInUse() + Mem::HEADER_SIZE * Mem::BlocksInUse() - uBytes;
+        EXPECT_EQ(oRoot.HeapBytes(), uHeld) << iNodes;
+    }
+}
+
+// A text that many nodes share is garbage when the last of them has let go.
+TEST(Shrink, SharedTextsAreNoGarbage) {
+    const auto oHeap = [](const Data& o) -> const Data_Heap& {
+        return dgraph::Access::BaseOf(o)->m_oHeap;
+    };
+    Data oRoot = NewTree();
+    Data oText = oRoot.CreateNewSucc("t");
+    oText.SetValStr(std::string(200'000, 'x'));
+    for (int i = 0; i < 50; ++i) {
+        Data oCopy = oRoot.CreateNewSucc("c");
+        Data::CopyVal(oText, oCopy);
+    }
+    (void)oText.MkCopy(oRoot);
+    oText.SetAttVal("k", oText.GetValStr());
+    for (Data_SuccIt o = oRoot.GetSuccIt(); o.SkipZombies(); o.Advance()) {
+        EXPECT_EQ(oHeap(oRoot).Unused(), 0u);
+        o.GetData().SetValInt(1);
+    }
+    EXPECT_EQ(oHeap(oRoot).Unused(), 0u);
+    oText.SetAttVal("k", nullptr);
+    EXPECT_EQ(oHeap(oRoot).Unused(), 200'001u);
+    oRoot.Shrink();
+    EXPECT_LT(oHeap(oRoot).Size(), 10u);
 }
 
 // A copied value can make the root itself a removed node: it stays, and can be revived.

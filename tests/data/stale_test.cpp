@@ -136,6 +136,7 @@ Data RemovedNode(u2_t uId) {
 }
 
 void ExpectSound(const Data& oRoot) {
+    EXPECT_EQ(Fault(oRoot), "");
     EXPECT_EQ(oRoot.GetNodeSet("b/a").Size(), 1u);
     EXPECT_STREQ(oRoot.GetNodeSet("b/a").GetNth(0).GetAttVal("x"), "1");
     u2_t uWalked = 0;

@@ -52,6 +52,8 @@ class Arr {
 
     [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
     [[nodiscard]] std::size_t Capacity() const noexcept { return m_uCapacity; }
+    // What its block takes of the heap.
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return Mem::HeapBytes(m_pData); }
     // Other holders of the block.
     [[nodiscard]] u3_t GetRefCnt() const noexcept {
         return m_pData != nullptr ? Mem::GetRefCnt(m_pData) : 0;

@@ -48,6 +48,9 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
     return uPrefix;
 }
 
+// Of the index: a key, its hash, and how far it is from its place.
+constexpr std::size_t BUCKET = 12;
+
 }  // namespace
 
 Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
@@ -161,10 +164,10 @@ void Hash::Replace(Hash& oNew) {
 }
 
 std::size_t Hash::HeapBytes() const noexcept {
-    // A bucket holds a key, its hash, and how far it is from its place.
-    constexpr std::size_t BUCKET = 12;
-    std::size_t uBytes = m_oText.Capacity() * sizeof(Hash_Text) + m_oIndex.bucket_count() * BUCKET;
-    for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::SizeOf(p);
+    // The index is one block.
+    std::size_t uBytes = m_oText.HeapBytes();
+    if (m_oIndex.bucket_count() != 0) uBytes += m_oIndex.bucket_count() * BUCKET + Mem::HEADER_SIZE;
+    for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::HeapBytes(p);
     return uBytes;
 }
 

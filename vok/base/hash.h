@@ -33,7 +33,7 @@ struct Hash_Text {
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
 // the empty text, which is always there. Lookup and insertion take constant time on average:
 // a few texts are found through a small table in place, more through an index of their own.
-// Raises the allocation errors of Mem and std::bad_alloc; the table is then unchanged.
+// Raises the allocation errors of Mem; the table is then unchanged.
 class Hash {
   public:
     static constexpr u2_t NONE = 0xFFFFFFFF;
@@ -119,7 +119,7 @@ class Hash {
         std::size_t uSize;  // bytes for texts
         [[nodiscard]] char* Bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
     };
-    using Index = tsl::robin_set<u2_t, Hasher, Equal, std::allocator<u2_t>, true>;
+    using Index = tsl::robin_set<u2_t, Hasher, Equal, Mem::Std_Allocator<u2_t>, true>;
 
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
     [[nodiscard]] Probe MakeProbe(std::string_view sText) const noexcept;

@@ -29,9 +29,7 @@ class Hash_Guess {
         if (uKey != m_uLast) m_oEntry(m_uLast).uNext = bUsable ? uKey : 0;
         m_uLast = uKey;
     }
-    [[nodiscard]] std::size_t HeapBytes() const noexcept {
-        return m_oEntry.Capacity() * sizeof(Entry);
-    }
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oEntry.HeapBytes(); }
 
   private:
     static constexpr std::size_t FIRST_KEYS = 32;

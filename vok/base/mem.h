@@ -149,6 +149,28 @@ class Ref {
     T* m_pObject = nullptr;
 };
 
+// Gives containers of other libraries memory in blocks. Raises as Create does.
+template <class T>
+struct Std_Allocator {
+    using value_type = T;
+    Std_Allocator() noexcept = default;
+    template <class U>
+    Std_Allocator(const Std_Allocator<U>&) noexcept {}
+
+    [[nodiscard]] T* allocate(std::size_t uCount) {
+        // More than can be counted in bytes ends in the allocation error, too.
+        const bool bCountable = uCount <= ~std::size_t{0} / sizeof(T);
+        return static_cast<T*>(Create(bCountable ? uCount * sizeof(T) : ~std::size_t{0}));
+    }
+    void deallocate(T* pData, std::size_t) noexcept { Free(pData); }
+    friend bool operator==(const Std_Allocator&, const Std_Allocator&) noexcept = default;
+};
+
+// What a block takes of the heap, its header included; 0 for null.
+[[nodiscard]] inline std::size_t HeapBytes(const void* pData) noexcept {
+    return pData != nullptr ? SizeOf(pData) + HEADER_SIZE : 0;
+}
+
 // The string type under its second name.
 using Str = vok::Str;
 

@@ -47,6 +47,8 @@ class Str {
     [[nodiscard]] std::size_t Len() const noexcept { return m_uSize != 0 ? m_uSize - 1 : 0; }
     // Bytes with the NUL; 0 when the string has no block.
     [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
+    // What its block, which others may share, takes of the heap.
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return Mem::HeapBytes(m_sText); }
     // Code points.
     [[nodiscard]] std::size_t Chars() const noexcept { return m_uChars; }
     [[nodiscard]] bool IsEmpty() const noexcept { return m_uSize <= 1; }

@@ -186,16 +186,14 @@ void Data_Attributes::Reset() noexcept {
 }
 
 std::size_t Data_Attributes::HeapBytes() const noexcept {
-    std::size_t uBytes = m_oName.HeapBytes() + m_oHead.Capacity() * sizeof(u2_t) +
-                         m_oArray.Capacity() * sizeof(Array*);
+    std::size_t uBytes = m_oName.HeapBytes() + m_oHead.HeapBytes() + m_oArray.HeapBytes();
     for (const Array* p : m_oArray) {
-        uBytes += sizeof(Array) + p->oAtt.Capacity() * sizeof(Data_Att) +
-                  p->oRuns.Capacity() * sizeof(runs::Starts);
+        uBytes += Mem::HeapBytes(p) + p->oAtt.HeapBytes() + p->oRuns.HeapBytes();
     }
     return uBytes;
 }
 
-bool Data_Attributes::Check(std::size_t uNodes, std::size_t uHeap) const {
+bool Data_Attributes::Check(std::size_t uNodes, const Data_Heap& oHeap, u3_t& uReferred) const {
     u3_t uDead = 0;
     std::size_t uRecords = 0;
     for (std::size_t u = 0; u < m_oArray.Size(); ++u) {
@@ -205,7 +203,10 @@ bool Data_Attributes::Check(std::size_t uNodes, std::size_t uHeap) const {
         for (u2_t uNth = 0; uNth < uSize; ++uNth) {
             const Data_Att& oAtt = o.oAtt(uNth);
             if (oAtt.uId >= uNodes || oAtt.uId >= m_oHead.Size()) return false;
-            if (oAtt.uValue != NO_VALUE && oAtt.uValue >= uHeap) return false;
+            if (oAtt.uValue != NO_VALUE) {
+                if (oAtt.uValue >= oHeap.Size()) return false;
+                uReferred += oHeap.BytesOf(oAtt.uValue);
+            }
             // Each is found, so runs are in order and no node is in two of them.
             if (FindIn(o, oAtt.uId) != &oAtt) return false;
             uDead += oAtt.uValue == NO_VALUE;

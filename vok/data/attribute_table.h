@@ -85,8 +85,8 @@ class Data_Attributes {
     [[nodiscard]] u3_t Moved() const noexcept { return m_uMoved; }
 
     // Whether it holds together, for a tree of so many nodes: the order of records, the chains,
-    // the count of dead ones, offsets below uHeap.
-    [[nodiscard]] bool Check(std::size_t uNodes, std::size_t uHeap) const;
+    // the count of dead ones, values in the heap, whose bytes are added to uReferred.
+    [[nodiscard]] bool Check(std::size_t uNodes, const Data_Heap& oHeap, u3_t& uReferred) const;
 
   private:
     // In runs once records came in another order; oRuns has one element then, else none.

@@ -26,9 +26,8 @@ Data_Base::Data_Base() {
 }
 
 std::size_t Data_Base::HeapBytes() const noexcept {
-    return sizeof(Data_Base) + Mem::HEADER_SIZE + m_oNode.Capacity() * sizeof(Node) +
-           m_oName.HeapBytes() + m_oGroup.HeapBytes() + m_oHeap.HeapBytes() + m_oAtt.HeapBytes() +
-           m_oUserTag.Size();
+    return sizeof(Data_Base) + Mem::HEADER_SIZE + m_oNode.HeapBytes() + m_oName.HeapBytes() +
+           m_oGroup.HeapBytes() + m_oHeap.HeapBytes() + m_oAtt.HeapBytes() + m_oUserTag.HeapBytes();
 }
 
 // ---- nodes ------------------------------------------------------------------

@@ -187,7 +187,7 @@ class Data_Groups {
         return m_oWord.Size() - static_cast<std::size_t>(m_uDead);
     }
     [[nodiscard]] std::size_t HeapBytes() const noexcept {
-        return m_oWord.Capacity() * sizeof(u2_t) + m_oUnsorted.Capacity() * sizeof(Unsorted);
+        return m_oWord.HeapBytes() + m_oUnsorted.HeapBytes();
     }
     // Ids that keeping order has moved so far.
     [[nodiscard]] u3_t Moved() const noexcept { return m_uMoved; }

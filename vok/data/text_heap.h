@@ -29,7 +29,7 @@ class Data_Heap {
     static constexpr std::size_t QUAD_REST = 12;
 
     [[nodiscard]] std::size_t Size() const noexcept { return m_oBytes.Size(); }
-    [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oBytes.Capacity(); }
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oBytes.HeapBytes(); }
     [[nodiscard]] const char* Begin() const noexcept { return m_oBytes.Beg(); }
     [[nodiscard]] const char* At(u2_t uOffset) const noexcept { return m_oBytes.Beg() + uOffset; }
     // For who has just added them.
@@ -89,6 +89,10 @@ class Data_Heap {
     // Bytes that a compaction wins at least.
     [[nodiscard]] u3_t Unused() const noexcept {
         return m_iUnused > 0 ? static_cast<u3_t>(m_iUnused) : 0;
+    }
+    // Whether no more is taken for unused than is, where all references name uBytes.
+    [[nodiscard]] bool IsWithin(u3_t uBytes) const noexcept {
+        return m_iUnused + static_cast<i3_t>(uBytes) <= static_cast<i3_t>(m_oBytes.Size());
     }
     // Sets it from the bytes that all references name.
     void SetReferred(u3_t uBytes) noexcept {
