@@ -268,7 +268,7 @@ class Reader {
         if (uIndex < 10) [[likely]] {
             return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
         }
-        if (uSize > 11 || p[uSize - 1] != ']') return false;
+        if (uSize < 3 || uSize > 11 || p[uSize - 1] != ']') return false;
         while (--uSize > 0) {
             if (static_cast<u2_t>(p[uSize - 1] - '0') != uIndex % 10) return false;
             uIndex /= 10;
