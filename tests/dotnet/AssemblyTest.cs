@@ -98,6 +98,7 @@ internal static class AssemblyTest
             "public .ctor()", "internal .ctor(Boolean)", "internal .ctor(IntPtr)",
             "public Void Dispose()", "protected virtual Void Dispose(Boolean)",
             "protected virtual Void Finalize()", "internal static IntPtr op_Explicit(Node)",
+            "internal NodeHandle get_Handle()",
             "public Node AddSubnode(String)", "public Int32 GetSubnodeCount(String)",
             "public Boolean TryGetSubnode(String, Int32, out Node)",
             "public Boolean TryGetSubnode(String, out Node)",
@@ -121,7 +122,7 @@ internal static class AssemblyTest
                   "public Void ReadFromBinaryBuffer(ISerialisable, Byte[])");
         const BindingFlags all = BindingFlags.Public | BindingFlags.NonPublic | BindingFlags.Instance |
                                  BindingFlags.Static | BindingFlags.DeclaredOnly;
-        Equal(typeof(Node).GetFields(all).Single().FieldType, typeof(IntPtr), "Node's field");
+        Equal(typeof(Node).GetFields(all).Single().FieldType.BaseType, typeof(SafeHandle), "Node's field");
         Equal(typeof(Serializer).GetFields(all).Length, 0, "Serializer's fields");
         Equal(typeof(Serializer).BaseType, typeof(object), "Serializer's base");
         Check(typeof(Node).GetMethod("op_Explicit", all).IsSpecialName, "the conversion");
