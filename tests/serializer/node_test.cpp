@@ -2,9 +2,16 @@
 #include <array>
 #include <bit>
 #include <chrono>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <type_traits>
+#include <vector>
 
 #include "tests/serializer/serializer_support.h"
 
