@@ -2,6 +2,7 @@
 
 #include "serializer/guarded.h"
 #include "serializer/utilities.h"
+#include "vok/base/limits.h"
 #include "vok/base/msg.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
@@ -11,11 +12,6 @@ namespace Velmar::Q7R::Serializer {
 
 namespace {
 
-// The document version of this facade.
-void StampVersion(vok::Data& oRoot) {
-    vok::Dgraph_SetVersion(oRoot, 1, 2, 0);
-}
-
 template <class Data>
 Data& CursorOf(Data* pData) {
     if (pData == nullptr) throw System::ApplicationException(Document::INVALID_ROOT);
@@ -23,6 +19,10 @@ Data& CursorOf(Data* pData) {
 }
 
 }  // namespace
+
+void Document::StampVersion(vok::Data& root) {
+    vok::Dgraph_SetVersion(root, 1, 2, 0);
+}
 
 Node Document::NewRoot(const char* sFailure) {
     return Guarded(sFailure, [] { return Node(true); });
@@ -72,7 +72,6 @@ Node Document::LoadFromBuffer(std::span<const Byte> bytes) {
         data.Clear();
         vok::Dgraph_LoadDGraph(data, buffer, {}, &report);
         data.SetToRoot();
-        // After loading, whatever version the bytes carried.
         StampVersion(data);
     });
     return root;

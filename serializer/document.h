@@ -2,17 +2,22 @@
 #ifndef SERIALIZER_DOCUMENT_H
 #define SERIALIZER_DOCUMENT_H
 
-#include <cstddef>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "serializer/node.h"
+#include "serializer/string.h"
+#include "vok/data/data.h"
 
 namespace Velmar::Q7R::Serializer {
 
 // Failures raise System::ApplicationException with the text of the operation.
 class Document {
   public:
+    // Stamps the version that the facade writes, 1.2.0, on a tree, whatever it was read from.
+    static void StampVersion(vok::Data& root);
+
     // The root of a fresh tree. sFailure is what a failure to make it says.
     [[nodiscard]] static Node NewRoot(const char* sFailure);
 

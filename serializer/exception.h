@@ -2,6 +2,7 @@
 #ifndef SERIALIZER_EXCEPTION_H
 #define SERIALIZER_EXCEPTION_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <exception>

@@ -2,8 +2,11 @@
 #ifndef SERIALIZER_GUARDED_H
 #define SERIALIZER_GUARDED_H
 
+#include <exception>
+
 #include "serializer/exception.h"
 #include "vok/base/limits.h"
+#include "vok/base/str.h"
 
 namespace Velmar::Q7R::Serializer {
 

@@ -1,10 +1,11 @@
 #include "serializer/node.h"
 
+#include "serializer/document.h"
 #include "serializer/guarded.h"
 #include "serializer/utilities.h"
 #include "vok/base/msg.h"
+#include "vok/base/types.h"
 #include "vok/data/succ_it.h"
-#include "vok/dgraph/dgraph.h"
 
 namespace Velmar::Q7R::Serializer {
 
@@ -42,7 +43,7 @@ constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
 Node::Node(bool isRootNode) {
     if (!isRootNode) return;
     m_oData.SetToRoot();
-    vok::Dgraph_SetVersion(m_oData, 1, 2, 0);
+    Document::StampVersion(m_oData);
 }
 
 void Node::Dispose(bool) {

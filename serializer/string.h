@@ -2,6 +2,7 @@
 #ifndef SERIALIZER_STRING_H
 #define SERIALIZER_STRING_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>

@@ -1,6 +1,8 @@
 #include "serializer/utilities.h"
 
 #include <cstring>
+#include <string>
+#include <type_traits>
 #include <utility>
 
 #include "vok/base/utf8.h"
@@ -46,9 +48,7 @@ vok::Str String2Str(StringRef string) {
 }
 
 String Str2String(const vok::Str& string) {
-    if (string.IsEmpty()) return String::Empty();
-    const vok::Str::Utf16 oUtf16(string);
-    return String(std::u16string(oUtf16.CStr(), oUtf16.Len()));
+    return Utf8ToString(string.View());
 }
 
 std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept {
@@ -60,13 +60,7 @@ std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept {
             *pTo++ = static_cast<char16_t>(*p++);
             continue;
         }
-        const vok::u2_t uCode = vok::DecodeUtf8(p, pEnd);
-        if (uCode < 0x10000) {
-            *pTo++ = static_cast<char16_t>(uCode);
-        } else {
-            *pTo++ = static_cast<char16_t>(0xD7C0 + (uCode >> 10));
-            *pTo++ = static_cast<char16_t>(0xDC00 + (uCode & 0x3FF));
-        }
+        pTo += PutUtf16(vok::DecodeUtf8(p, pEnd), pTo);
     }
     return static_cast<std::size_t>(pTo - pOut);
 }

@@ -1,10 +1,16 @@
 // Documents saved and loaded.
 #include "serializer/document.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "serializer/c/internal.h"
+#include "serializer/exception.h"
+#include "serializer/guarded.h"
+#include "serializer/node.h"
 
 using namespace Velmar::Q7R::Serializer;
 using C::Do;

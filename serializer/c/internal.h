@@ -3,13 +3,15 @@
 #define SERIALIZER_C_INTERNAL_H
 
 #include <atomic>
-#include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <utility>
 
 #include "serializer/c/vok_serializer.h"
+#include "serializer/exception.h"
 #include "serializer/guarded.h"
 #include "serializer/node.h"
+#include "serializer/string.h"
 #include "vok/sys/sys.h"
 
 // Counts what lives of it.
@@ -44,7 +46,7 @@ inline void Give(vok_node** ppNode, Node oNode, const char* sFailure) {
 }
 
 [[nodiscard]] inline StringRef Text(const vok_char* sText) noexcept {
-    return StringRef(reinterpret_cast<const char16_t*>(sText));
+    return StringRef(sText);
 }
 
 // Keeps a failure for vok_last_error and vok_last_error_detail; cut to what there is room for.

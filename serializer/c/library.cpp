@@ -1,11 +1,17 @@
 // The library as a whole: version, errors, statistics, settings.
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <exception>
 
 #include "serializer/c/internal.h"
+#include "serializer/exception.h"
 #include "serializer/utilities.h"
 #include "vok/base/mem.h"
 #include "vok/base/msg.h"
+#include "vok/base/msg_exception.h"
 #include "vok/base/number.h"
+#include "vok/base/types.h"
 #include "vok/base/utf8.h"
 
 namespace Velmar::Q7R::Serializer::C {
@@ -24,13 +30,7 @@ struct HostText {
         const char* const pEnd = sText + std::strlen(sText);
         // Room for a pair of surrogates and the NUL.
         while (sText != pEnd && uUsed + 3 <= UNITS) {
-            const vok::u2_t uCode = vok::DecodeUtf8(sText, pEnd);
-            if (uCode < 0x10000) {
-                aUnits[uUsed++] = static_cast<vok_char>(uCode);
-            } else {
-                aUnits[uUsed++] = static_cast<vok_char>(0xD7C0 + (uCode >> 10));
-                aUnits[uUsed++] = static_cast<vok_char>(0xDC00 + (uCode & 0x3FF));
-            }
+            uUsed += Utilities::PutUtf16(vok::DecodeUtf8(sText, pEnd), aUnits + uUsed);
         }
         aUnits[uUsed] = 0;
     }

@@ -1,7 +1,15 @@
 // Nodes: their handles, values written to and read from them.
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <utility>
+
 #include "serializer/c/internal.h"
 #include "serializer/document.h"
+#include "serializer/exception.h"
+#include "serializer/node.h"
 #include "serializer/utilities.h"
+#include "vok/sys/sys.h"
 
 using namespace Velmar::Q7R::Serializer;
 using C::Call;
@@ -82,11 +90,11 @@ vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32
         // Kept for the caller, who may hand it to other functions. UTF-16 has no more units than
         // the text has bytes, which 32 bits can count.
         auto* pUnits =
-            static_cast<char16_t*>(vok::sys::ThreadBlock((sText.size() + 1) * sizeof(char16_t)));
+            static_cast<vok_char*>(vok::sys::ThreadBlock((sText.size() + 1) * sizeof(vok_char)));
         if (pUnits == nullptr) throw System::ApplicationException(NO_TEXT);
         const std::size_t uUnits = Utilities::Utf8ToUtf16(sText, pUnits);
         pUnits[uUnits] = 0;
-        *value = reinterpret_cast<const vok_char*>(pUnits);
+        *value = pUnits;
         *length = static_cast<int32_t>(uUnits);
         return true;
     });

@@ -45,7 +45,12 @@
 extern "C" {
 #endif
 
-typedef uint16_t vok_char;        /* a UTF-16 code unit */
+/* A UTF-16 code unit: of the type that C++ has for them, which C99 lacks. */
+#ifdef __cplusplus
+typedef char16_t vok_char;
+#else
+typedef uint16_t vok_char;
+#endif
 typedef struct vok_node vok_node; /* one node of a tree */
 
 typedef int32_t vok_status; /* the values never change */

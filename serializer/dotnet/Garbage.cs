@@ -7,7 +7,8 @@ using System.Threading;
 namespace Velmar.Q7R.Serializer
 {
     // Trees that objects leave behind. To the collector a tree of gigabytes is one small object,
-    // so it is started here once too much native memory has come together.
+    // so it is started here once too much native memory has come together. GC.AddMemoryPressure
+    // is there to tell it, but mono ignores that: it starts no collection however much is added.
     internal static class Garbage
     {
         // Bytes that trees may take before the first collection.
@@ -37,9 +38,7 @@ namespace Velmar.Q7R.Serializer
         internal static WeakReference Watch(Node root)
         {
             bool bMuch = Native.vok_live_bytes() > Interlocked.Read(ref s_iLimit);
-            var watched = bMuch ? new WeakReference(root) : null;
-            GC.KeepAlive(root);
-            return watched;
+            return bMuch ? new WeakReference(root) : null;
         }
 
         // Gives up the tree of a root that nobody kept. It is young, so that a small part of a

@@ -31,67 +31,67 @@ namespace Velmar.Q7R.Serializer
         private static extern IntPtr vok_last_error_detail();
 
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_node_create(out IntPtr node);
+        internal static extern int vok_node_create(out NodeHandle node);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_root_create(out IntPtr node);
+        internal static extern int vok_root_create(out NodeHandle node);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern void vok_node_free(IntPtr node);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern long vok_live_bytes();
 
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_string(IntPtr node, string name, string value);
+        internal static extern int vok_node_add_string(NodeHandle node, string name, string value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_int(IntPtr node, string name, int value);
+        internal static extern int vok_node_add_int(NodeHandle node, string name, int value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_double(IntPtr node, string name, double value);
+        internal static extern int vok_node_add_double(NodeHandle node, string name, double value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_bool(IntPtr node, string name, int value);
+        internal static extern int vok_node_add_bool(NodeHandle node, string name, int value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_bytes(IntPtr node, string name, byte[] bytes,
+        internal static extern int vok_node_add_bytes(NodeHandle node, string name, byte[] bytes,
                                                       int size);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_ints(IntPtr node, string name, int v1, int v2,
+        internal static extern int vok_node_add_ints(NodeHandle node, string name, int v1, int v2,
                                                      int v3, int v4);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_add_subnode(IntPtr node, string name,
-                                                        out IntPtr subnode);
+        internal static extern int vok_node_add_subnode(NodeHandle node, string name,
+                                                        out NodeHandle subnode);
 
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_string(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_string(NodeHandle node, string name, int index,
                                                        out IntPtr value, out int length);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_int(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_int(NodeHandle node, string name, int index,
                                                     ref int value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_double(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_double(NodeHandle node, string name, int index,
                                                        ref double value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_bool(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_bool(NodeHandle node, string name, int index,
                                                      out int value);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_bytes(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_bytes(NodeHandle node, string name, int index,
                                                       out IntPtr bytes, out int size);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_ints(IntPtr node, string name, int index,
+        internal static extern int vok_node_get_ints(NodeHandle node, string name, int index,
                                                      ref int v1, ref int v2, ref int v3,
                                                      ref int v4);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_get_subnode(IntPtr node, string name, int index,
-                                                        out IntPtr subnode);
+        internal static extern int vok_node_get_subnode(NodeHandle node, string name, int index,
+                                                        out NodeHandle subnode);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_node_count(IntPtr node, string name, out int count);
+        internal static extern int vok_node_count(NodeHandle node, string name, out int count);
 
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_save_file(IntPtr root, string fileName);
+        internal static extern int vok_save_file(NodeHandle root, string fileName);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_save_buffer(IntPtr root, ref IntPtr bytes, out int size);
+        internal static extern int vok_save_buffer(NodeHandle root, ref IntPtr bytes, out int size);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern void vok_bytes_free(IntPtr bytes);
         [DllImport(Library, CallingConvention = Call, CharSet = CharSet.Unicode)]
-        internal static extern int vok_load_file(IntPtr root, string fileName);
+        internal static extern int vok_load_file(NodeHandle root, string fileName);
         [DllImport(Library, CallingConvention = Call)]
-        internal static extern int vok_load_buffer(IntPtr root, byte[] bytes, int size);
+        internal static extern int vok_load_buffer(NodeHandle root, byte[] bytes, int size);
 
         // Whether an operation found what it was asked for; a failure raises the operation's text.
         internal static bool Found(string failure, int status)

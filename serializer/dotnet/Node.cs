@@ -1,6 +1,6 @@
 using System;
 using System.Runtime.CompilerServices;
-using System.Runtime.InteropServices;
+using System.Threading;
 
 namespace Velmar.Q7R.Serializer
 {
@@ -13,29 +13,27 @@ namespace Velmar.Q7R.Serializer
     /// </remarks>
     public class Node : IDisposable
     {
-        // The native handle; zero once the node is disposed of, which every operation fails on.
-        private IntPtr m_pData;
+        // Null once the node is disposed of, and where no constructor ran.
+        private NodeHandle m_oHandle;
 
         /// <summary>A node of no tree; the first value or subnode added gives it one.</summary>
         public Node()
         {
-            Native.Found(Native.NoNode,
-                         Native.vok_node_create(out m_pData));
+            Native.Found(Native.NoNode, Native.vok_node_create(out m_oHandle));
         }
 
         // The root of a fresh tree, or a node of no tree.
         internal Node(bool isRootNode)
         {
             Native.Found(Native.NoNode,
-                         isRootNode ? Native.vok_root_create(out m_pData)
-                                    : Native.vok_node_create(out m_pData));
+                         isRootNode ? Native.vok_root_create(out m_oHandle)
+                                    : Native.vok_node_create(out m_oHandle));
         }
 
-        // Takes over a native handle. A handle that is still to come is written straight into its
-        // owner, so that nothing can come in between and lose it.
+        // Takes over a native handle; zero stands for one that is still to come.
         internal Node(IntPtr pData)
         {
-            m_pData = pData;
+            if (pData != IntPtr.Zero) m_oHandle = new NodeHandle(pData);
         }
 
         /// <summary>Gives up the tree of a node that nobody disposed of.</summary>
@@ -54,8 +52,9 @@ namespace Velmar.Q7R.Serializer
         /// <summary>Frees the native node, once.</summary>
         protected virtual void Dispose(bool disposing)
         {
-            IntPtr pData = System.Threading.Interlocked.Exchange(ref m_pData, IntPtr.Zero);
-            if (pData != IntPtr.Zero) Native.vok_node_free(pData);
+            NodeHandle handle = Interlocked.Exchange(ref m_oHandle, null);
+            // A finalizer leaves it to the handle's own: a call may be about to use it.
+            if (disposing && handle != null) handle.Dispose();
         }
 
         // The explicit conversion to the native handle, which C# itself has for everybody or
@@ -63,56 +62,56 @@ namespace Velmar.Q7R.Serializer
         [SpecialName]
         internal static IntPtr op_Explicit(Node node)
         {
-            return node.m_pData;
+            return node.Handle.DangerousGetHandle();
+        }
+
+        // What native calls take.
+        internal NodeHandle Handle
+        {
+            get { return m_oHandle ?? NodeHandle.None; }
         }
 
         /// <summary>Appends a text; null is written as the empty one.</summary>
         public void AddValue(string name, string value)
         {
             Native.Found("Failed to add Node String value",
-                         Native.vok_node_add_string(m_pData, name, value));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_string(Handle, name, value));
         }
 
         /// <summary>Appends a whole number.</summary>
         public void AddValue(string name, int value)
         {
             Native.Found("Failed to add Node int value",
-                         Native.vok_node_add_int(m_pData, name, value));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_int(Handle, name, value));
         }
 
         /// <summary>Appends a real number.</summary>
         public void AddValue(string name, double value)
         {
             Native.Found("Failed to add Node double value",
-                         Native.vok_node_add_double(m_pData, name, value));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_double(Handle, name, value));
         }
 
         /// <summary>Appends a truth value.</summary>
         public void AddValue(string name, bool value)
         {
             Native.Found("Failed to add Node bool value",
-                         Native.vok_node_add_bool(m_pData, name, value ? 1 : 0));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_bool(Handle, name, value ? 1 : 0));
         }
 
         /// <summary>Appends a block of bytes; null counts as an empty one.</summary>
         public void AddValue(string name, byte[] value)
         {
             Native.Found("Failed to add Node byte array",
-                         Native.vok_node_add_bytes(m_pData, name, value,
+                         Native.vok_node_add_bytes(Handle, name, value,
                                                    value == null ? 0 : value.Length));
-            GC.KeepAlive(this);
         }
 
         /// <summary>Appends four whole numbers.</summary>
         public void AddValue(string name, int v1, int v2, int v3, int v4)
         {
             Native.Found("Failed to add Node quad tuple",
-                         Native.vok_node_add_ints(m_pData, name, v1, v2, v3, v4));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_ints(Handle, name, v1, v2, v3, v4));
         }
 
         /// <summary>Appends a node to be filled by the caller.</summary>
@@ -120,8 +119,7 @@ namespace Velmar.Q7R.Serializer
         {
             var subnode = new Node(IntPtr.Zero);
             Native.Found("Failed to add subnode",
-                         Native.vok_node_add_subnode(m_pData, name, out subnode.m_pData));
-            GC.KeepAlive(this);
+                         Native.vok_node_add_subnode(Handle, name, out subnode.m_oHandle));
             return subnode;
         }
 
@@ -134,9 +132,8 @@ namespace Velmar.Q7R.Serializer
             IntPtr pText;
             int iLength;
             bool bFound = Native.FoundText(
-                Native.vok_node_get_string(m_pData, name, index, out pText, out iLength));
+                Native.vok_node_get_string(Handle, name, index, out pText, out iLength));
             if (bFound) value = Utilities.Str2String(pText, iLength);
-            GC.KeepAlive(this);
             return bFound;
         }
 
@@ -144,20 +141,18 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out int value)
         {
             Untouched<int>.Keep(out value);
-            bool bFound = Native.Found("Failed to get Node int value",
-                Native.vok_node_get_int(m_pData, name, index, ref value));
-            GC.KeepAlive(this);
-            return bFound;
+            return Native.Found("Failed to get Node int value",
+                Native.vok_node_get_int(Handle, name, index, ref value));
+
         }
 
         /// <summary>Reads a real number.</summary>
         public bool TryGetValue(string name, int index, out double value)
         {
             Untouched<double>.Keep(out value);
-            bool bFound = Native.Found("Failed to get Node double value",
-                Native.vok_node_get_double(m_pData, name, index, ref value));
-            GC.KeepAlive(this);
-            return bFound;
+            return Native.Found("Failed to get Node double value",
+                Native.vok_node_get_double(Handle, name, index, ref value));
+
         }
 
         /// <summary>Reads a truth value.</summary>
@@ -166,9 +161,8 @@ namespace Velmar.Q7R.Serializer
             Untouched<bool>.Keep(out value);
             int iValue;
             bool bFound = Native.Found("Failed to get Node bool value",
-                Native.vok_node_get_bool(m_pData, name, index, out iValue));
+                Native.vok_node_get_bool(Handle, name, index, out iValue));
             if (bFound) value = iValue != 0;
-            GC.KeepAlive(this);
             return bFound;
         }
 
@@ -176,21 +170,27 @@ namespace Velmar.Q7R.Serializer
         public bool TryGetValue(string name, int index, out byte[] value)
         {
             Untouched<byte[]>.Keep(out value);
-            IntPtr pBytes;
-            int iSize;
-            bool bFound = Native.Found("Failed to get Node byte array",
-                Native.vok_node_get_bytes(m_pData, name, index, out pBytes, out iSize));
-            if (bFound)
+            NodeHandle handle = Handle;
+            bool bHeld = false;
+            try
             {
-                try { value = new byte[iSize]; }
-                catch (OutOfMemoryException)
-                {
-                    throw new ApplicationException("Failed to get Node byte array");
-                }
-                if (iSize > 0) Marshal.Copy(pBytes, value, 0, iSize);
+                // The bytes lie in the tree.
+                handle.DangerousAddRef(ref bHeld);
+                IntPtr pBytes;
+                int iSize;
+                bool bFound = Native.Found("Failed to get Node byte array",
+                    Native.vok_node_get_bytes(handle, name, index, out pBytes, out iSize));
+                if (bFound) value = Utilities.Bytes(pBytes, iSize);
+                return bFound;
             }
-            GC.KeepAlive(this);
-            return bFound;
+            catch (OutOfMemoryException)
+            {
+                throw new ApplicationException("Failed to get Node byte array");
+            }
+            finally
+            {
+                if (bHeld) handle.DangerousRelease();
+            }
         }
 
         /// <summary>Reads four whole numbers: those that exist; true when all do.</summary>
@@ -201,10 +201,9 @@ namespace Velmar.Q7R.Serializer
             Untouched<int>.Keep(out v2);
             Untouched<int>.Keep(out v3);
             Untouched<int>.Keep(out v4);
-            bool bFound = Native.Found("Failed to get Node int value",
-                Native.vok_node_get_ints(m_pData, name, index, ref v1, ref v2, ref v3, ref v4));
-            GC.KeepAlive(this);
-            return bFound;
+            return Native.Found("Failed to get Node int value",
+                Native.vok_node_get_ints(Handle, name, index, ref v1, ref v2, ref v3, ref v4));
+
         }
 
         /// <summary>Reads the first text of that name.</summary>
@@ -250,9 +249,8 @@ namespace Velmar.Q7R.Serializer
             Untouched<Node>.Keep(out node);
             var subnode = new Node(IntPtr.Zero);
             bool bFound = Native.Found("Failed to get subnode",
-                Native.vok_node_get_subnode(m_pData, name, index, out subnode.m_pData));
+                Native.vok_node_get_subnode(Handle, name, index, out subnode.m_oHandle));
             if (bFound) node = subnode;
-            GC.KeepAlive(this);
             return bFound;
         }
 
@@ -267,8 +265,7 @@ namespace Velmar.Q7R.Serializer
         {
             int iCount;
             Native.Found("Failed to get subnode count",
-                         Native.vok_node_count(m_pData, name, out iCount));
-            GC.KeepAlive(this);
+                         Native.vok_node_count(Handle, name, out iCount));
             return iCount;
         }
     }

@@ -1,6 +1,5 @@
 using System;
 using System.Runtime.CompilerServices;
-using System.Runtime.InteropServices;
 
 namespace Velmar.Q7R.Serializer
 {
@@ -46,9 +45,7 @@ namespace Velmar.Q7R.Serializer
                 // Before the array: a large one lets the collector look at everything, after which
                 // the root is no longer young.
                 Garbage.Release(Save(iSerialisable, ref pBytes, out iSize));
-                byte[] byteArray = new byte[iSize];
-                Marshal.Copy(pBytes, byteArray, 0, iSize);
-                return byteArray;
+                return Utilities.Bytes(pBytes, iSize);
             }
             catch (OutOfMemoryException)
             {
@@ -138,11 +135,11 @@ namespace Velmar.Q7R.Serializer
             return new Node(true);
         }
 
-        private static IntPtr HandleOf(Node root)
+        private static NodeHandle HandleOf(Node root)
         {
-            IntPtr pData = Node.op_Explicit(root);
-            if (pData == IntPtr.Zero) throw new ApplicationException("Invalid vok::Data");
-            return pData;
+            if (Node.op_Explicit(root) == IntPtr.Zero)
+                throw new ApplicationException("Invalid vok::Data");
+            return root.Handle;
         }
     }
 }

@@ -1,19 +1,12 @@
 // The C interface with several threads.
 #include <atomic>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
 #include <vector>
 
 #include "serializer/c/vok_serializer.h"
-
-namespace {
-
-const vok_char* U(const char16_t* sText) {
-    return reinterpret_cast<const vok_char*>(sText);
-}
-
-}  // namespace
 
 // One thread adds to a tree and frees no handle, the others free its handles meanwhile.
 int main() {
@@ -36,8 +29,8 @@ int main() {
     }
     for (auto& oHandle : oHandles) {
         vok_node* p = nullptr;
-        if (vok_node_add_subnode(pRoot, U(u"sub"), &p) != VOK_OK ||
-            vok_node_add_int(p, U(u"i"), 1) != VOK_OK) {
+        if (vok_node_add_subnode(pRoot, u"sub", &p) != VOK_OK ||
+            vok_node_add_int(p, u"i", 1) != VOK_OK) {
             std::abort();  // others wait for what does not come
         }
         oHandle = p;

@@ -33,7 +33,8 @@ internal static class Consumer
             serializer.WriteToFile(copy, "order.xml");
             var third = new Order();
             serializer.ReadFromFile(third, "order.xml");
-            Console.WriteLine("{0}: {1}", third.Customer, string.Join(" ", third.Items));
+            Console.WriteLine("{0}: {1}, version {2}", third.Customer, string.Join(" ", third.Items),
+                              typeof(Node).Assembly.GetName().Version);
             return third.Customer == order.Customer ? 0 : 1;
         }
     }

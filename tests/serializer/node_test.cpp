@@ -2,9 +2,16 @@
 #include <array>
 #include <bit>
 #include <chrono>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <type_traits>
+#include <vector>
 
 #include "tests/serializer/serializer_support.h"
 
@@ -57,49 +64,54 @@ struct Kind {
     const char* sAddFailure;
     const char* sFailure;
     const char* sValue;
+    const char* sOld;  // of the variable that pGet reads into
     void (*pAdd)(Node&, const char*);
-    std::string (*pGet)(const Node&, const char*);
+    std::string (*pGet)(const Node&, const char*, Int32);
 };
 
 const Kind g_aKinds[] = {
-    {"string", "Failed to add Node String value", nullptr, "text",
+    {"string", "Failed to add Node String value", nullptr, "text", "-7",
      [](Node& o, const char* s) { o.AddValue(s, "text"); },
-     [](const Node& o, const char* s) { return Got(o, s, String(u"-7")); }},
-    {"bytes", "Failed to add Node byte array", "Failed to get Node byte array", "0.255.",
+     [](const Node& o, const char* s, Int32 i) { return Got(o, s, String(u"-7"), i); }},
+    {"bytes", "Failed to add Node byte array", "Failed to get Node byte array", "0.255.", "7.",
      [](Node& o, const char* s) {
          o.AddValue(s, Bytes{0, 255});
      },
-     [](const Node& o, const char* s) { return Got(o, s, Bytes{7}); }},
-    {"quad", "Failed to add Node quad tuple", "none -7.-7.-7.-7.",
-     "1.-2.3.4.",  // without the four parts nothing fails
+     [](const Node& o, const char* s, Int32 i) { return Got(o, s, Bytes{7}, i); }},
+    {"quad", "Failed to add Node quad tuple", "none -7.-7.-7.-7.", "1.-2.3.4.",
+     "-7.-7.-7.-7.",  // without the four parts nothing fails
      [](Node& o, const char* s) { o.AddValue(s, 1, -2, 3, 4); },
-     [](const Node& o, const char* s) {
-         return Got(o, s, Quad{-7, -7, -7, -7});
+     [](const Node& o, const char* s, Int32 i) {
+         return Got(o, s, Quad{-7, -7, -7, -7}, i);
      }},
-    {"int", "Failed to add Node int value", "Failed to get Node int value", "42",
+    {"int", "Failed to add Node int value", "Failed to get Node int value", "42", "-7",
      [](Node& o, const char* s) { o.AddValue(s, 42); },
-     [](const Node& o, const char* s) { return Got(o, s, -7); }},
+     [](const Node& o, const char* s, Int32 i) { return Got(o, s, -7, i); }},
     {"double", "Failed to add Node double value", "Failed to get Node double value", "-0.500000",
-     [](Node& o, const char* s) { o.AddValue(s, -0.5); },
-     [](const Node& o, const char* s) { return Got(o, s, -7.0); }},
-    {"bool", "Failed to add Node bool value", "Failed to get Node bool value", "0",
+     "-7.000000", [](Node& o, const char* s) { o.AddValue(s, -0.5); },
+     [](const Node& o, const char* s, Int32 i) { return Got(o, s, -7.0, i); }},
+    {"bool", "Failed to add Node bool value", "Failed to get Node bool value", "0", "1",
      [](Node& o, const char* s) { o.AddValue(s, false); },
-     [](const Node& o, const char* s) { return Got(o, s, true); }},
+     [](const Node& o, const char* s, Int32 i) { return Got(o, s, true, i); }},
 };
 
 TEST(Node, EveryGetterOnEveryKind) {
     const auto oBuild = [](Node& node) {
-        for (const Kind& oKind : g_aKinds) oKind.pAdd(node, oKind.sName);
-        node.AddSubnode("empty");
+        for (const Kind& oKind : g_aKinds) {
+            oKind.pAdd(node, oKind.sName);
+            node.AddSubnode(oKind.sName);
+        }
         node.AddSubnode("tree").AddValue("x", 1);
     };
     OnBoth(oBuild, [](Node& node) {
         for (const Kind& oGetter : g_aKinds) {
             const std::string sOwn = oGetter.sName;
             SCOPED_TRACE(sOwn);
-            EXPECT_EQ(oGetter.pGet(node, "none").substr(0, 5), "none ");
+            const std::string sNone = std::string("none ") + oGetter.sOld;
+            EXPECT_EQ(oGetter.pGet(node, "none", 0), sNone);
+            EXPECT_EQ(oGetter.pGet(node, oGetter.sName, 2), sNone);
             for (const Kind& oKind : g_aKinds) {
-                const std::string sGot = oGetter.pGet(node, oKind.sName);
+                const std::string sGot = oGetter.pGet(node, oKind.sName, 0);
                 if (sOwn == oKind.sName) {
                     EXPECT_EQ(sGot, oKind.sValue);
                 } else if (oGetter.sFailure != nullptr) {
@@ -112,8 +124,9 @@ TEST(Node, EveryGetterOnEveryKind) {
                 }
             }
             // A node without value is the empty text.
-            EXPECT_EQ(oGetter.pGet(node, "empty"), sOwn == "string" ? "" : oGetter.sFailure);
-            EXPECT_NE(oGetter.pGet(node, "tree"), oGetter.sValue);
+            EXPECT_EQ(oGetter.pGet(node, oGetter.sName, 1),
+                      sOwn == "string" ? "" : oGetter.sFailure);
+            EXPECT_NE(oGetter.pGet(node, "tree", 0), oGetter.sValue);
         }
     });
 }
@@ -248,34 +261,6 @@ TEST(Node, SuccessorsOfOneName) {
     });
 }
 
-TEST(Node, IndexesOfEveryKind) {
-    const auto oBuild = [](Node& node) {
-        for (const Byte u : {Byte{1}, Byte{2}}) {
-            node.AddValue("s", std::string(u, 's'));
-            node.AddValue("i", Int32{u});
-            node.AddValue("d", u + 0.5);
-            node.AddValue("b", u == 2);
-            node.AddValue("raw", Bytes{u});
-            node.AddValue("q", u, u, u, u);
-            node.AddSubnode("sub").AddValue("i", Int32{u});
-        }
-    };
-    OnBoth(oBuild, [](Node& node) {
-        for (const Int32 i : {1, 2}) {
-            const std::string sNone = i == 1 ? "" : "none ";
-            EXPECT_EQ(Got(node, "s", String(u"ss"), i), sNone + "ss");
-            EXPECT_EQ(Got(node, "i", 2, i), sNone + "2");
-            EXPECT_EQ(Got(node, "d", 2.5, i), sNone + "2.500000");
-            EXPECT_EQ(Got(node, "b", true, i), sNone + "1");
-            EXPECT_EQ(Got(node, "raw", Bytes{2}, i), sNone + "2.");
-            EXPECT_EQ(Got(node, "q", Quad{2, 2, 2, 2}, i), sNone + "2.2.2.2.");
-        }
-        Node oSub;
-        EXPECT_TRUE(node.TryGetSubnode("sub", 1, oSub));
-        EXPECT_EQ(Got(oSub, "i", 0), "2");
-    });
-}
-
 // As a collector does that frees nodes in a thread of its own, while others of their tree are used.
 TEST(NodeThreads, NodesAreGivenUpByAnother) {
     std::mutex oMutex;
@@ -331,7 +316,7 @@ TEST(Node, DisposeGivesUpTheNodeNotTheTree) {
     EXPECT_EQ(Failure([&] { (void)node.GetSubnodeCount("sub"); }), "Failed to get subnode count");
     EXPECT_EQ(Failure([&] { node.TryGetSubnode("sub", sub); }), "Failed to get subnode");
     for (const Kind& o : g_aKinds) {
-        const std::string sGot = o.pGet(node, "sub");
+        const std::string sGot = o.pGet(node, "sub", 0);
         EXPECT_TRUE(sGot.starts_with("Failed to get Node ") || sGot == "object points to nothing\n")
             << o.sName << ": " << sGot;
     }

@@ -3,6 +3,8 @@
 #define TESTS_SERIALIZER_SERIALIZER_SUPPORT_H
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "serializer/serializer.h"
 #include "tests/support.h"

@@ -1,5 +1,10 @@
 // Objects to bytes and back.
+#include <exception>
+#include <functional>
+#include <string>
+
 #include "tests/serializer/serializer_support.h"
+#include "vok/base/mem.h"
 #include "vok/base/msg_exception.h"
 #include "vok/file/file.h"
 
