@@ -65,6 +65,10 @@ class Data_Groups {
         return m_oWord.Beg() + uStart + HEADER;
     }
     [[nodiscard]] u2_t* Ids(u2_t uStart) noexcept { return m_oWord.Beg() + uStart + HEADER; }
+    // What a place is added to to come to the ids of its group; null while there is no group.
+    [[nodiscard]] const u2_t* IdsAtZero() const noexcept {
+        return m_oWord.Size() != 0 ? Ids(0) : nullptr;
+    }
     [[nodiscard]] View ViewOf(u2_t uStart, u2_t uSize) const noexcept {
         return {Ids(uStart), uSize};
     }

@@ -10,7 +10,7 @@ Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
         Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
         b.UpdateSucc();
         m_pNodes = b.m_oNode.Beg();
-        m_pIds = std::as_const(b.m_oGroup).Ids(0);
+        m_pIds = b.m_oGroup.IdsAtZero();
         m_pHeap = b.m_oHeap.Begin();
         m_uId = oFrom.m_uId;
     });

@@ -100,7 +100,7 @@ class Data_Walk {
     const Data_Node* m_pNodes;
     const u2_t* m_pNext = nullptr;
     const u2_t* m_pEnd = nullptr;
-    const u2_t* m_pIds;  // those of the group at place 0
+    const u2_t* m_pIds;  // those of a group begin as far behind as its place
     const char* m_pHeap;
     u2_t m_uId;
     Arr<Open> m_oOpen;
