@@ -35,15 +35,12 @@ class StoreCheck {
   private:
     const char* CheckNode(u2_t uId, const Data_Node& o) {
         if (o.uKey >= b.m_oName.Size()) return "a name without a text";
-        if (uId != 0 && o.PredField() == 0) return "a second root";
         const u2_t uPred = o.Pred();
         if (uPred != Data_Node::NONE) {
             if (uPred >= b.m_oNode.Size()) return "a predecessor that is not there";
             if (b.m_oNode(uPred).GetType() != Data_Node::Tree) return "a predecessor without group";
             m_uHung += uId < b.m_uIndexed;
             m_oPending(uPred) += uId >= b.m_uIndexed;
-        } else if (uId != 0 && o.GetType() != Data_Node::Zombi) {
-            return "a live node cut loose";
         }
         m_uReferred += Data_Heap::BytesOf(o);
         const u3_t uEnd = u3_t{o.uWord2} + Data_Heap::BytesOf(o);
