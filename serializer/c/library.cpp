@@ -1,4 +1,5 @@
 // The library as a whole: version, errors, statistics, settings.
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <chrono>
+#include <cstring>
+#include <new>
 #include <utility>
 
 #define XXH_INLINE_ALL

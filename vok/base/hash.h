@@ -2,6 +2,7 @@
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H
 
+#include <memory>
 #include <string_view>
 
 #include <tsl/robin_set.h>

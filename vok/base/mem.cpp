@@ -1,12 +1,16 @@
 #include "vok/base/mem.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/base/msg_channel.h"
+#include "vok/sys/sys.h"
 
 namespace vok::Mem {
 

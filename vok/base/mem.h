@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "vok/base/types.h"
-#include "vok/sys/sys.h"
+#include "vok/sys/counter.h"
 
 namespace vok {
 class Str;

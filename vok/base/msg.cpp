@@ -1,6 +1,7 @@
 #include "vok/base/msg.h"
 
 #include <cstring>
+#include <exception>
 #include <string_view>
 
 #include "vok/base/msg_channel.h"

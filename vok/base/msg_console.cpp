@@ -2,6 +2,9 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/base/msg_channel.h"

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"

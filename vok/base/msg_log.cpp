@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <string_view>
 
 #include "vok/base/msg.h"
 #include "vok/base/msg_channel.h"

@@ -1,5 +1,8 @@
 // Attributes as a cursor gives them.
 #include <algorithm>
+#include <cstring>
+#include <new>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

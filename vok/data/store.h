@@ -40,6 +40,8 @@
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
 
+#include <string_view>
+
 #include "vok/base/msg.h"
 #include "vok/data/attribute_table.h"
 #include "vok/data/data.h"

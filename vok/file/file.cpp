@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <string_view>
+#include <utility>
 
 #include <zlib.h>
 

@@ -2,6 +2,7 @@
 #ifndef VOK_FILE_FILE_H
 #define VOK_FILE_FILE_H
 
+#include <string_view>
 #include <vector>
 
 #include "vok/base/str.h"

@@ -12,6 +12,7 @@
 //      0  0B 17 01 01
 //      4  "chr::C", class name, NUL
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/little_endian.h"
 #include "vok/base/where.h"

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 #include "vok/base/little_endian.h"

@@ -1,4 +1,7 @@
 // XML tokens for programs that do without a tree.
+#include <string_view>
+#include <vector>
+
 #include "vok/base/where.h"
 #include "vok/file/file.h"
 #include "vok/file/xml_tag.h"

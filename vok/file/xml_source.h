@@ -2,8 +2,6 @@
 #ifndef VOK_FILE_XML_SOURCE_H
 #define VOK_FILE_XML_SOURCE_H
 
-#include <string_view>
-
 #include "vok/file/buf.h"
 
 namespace vok::xml {

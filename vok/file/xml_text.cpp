@@ -1,5 +1,6 @@
 #include "vok/file/xml_text.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "vok/base/msg.h"

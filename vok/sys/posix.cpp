@@ -3,11 +3,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -18,6 +21,7 @@
 #include <unistd.h>
 
 #include "vok/sys/page_cache.h"
+#include "vok/sys/thread_block.h"
 
 namespace vok::sys {
 
@@ -53,45 +57,27 @@ NoCancel::~NoCancel() {
 
 namespace {
 
-// A thread_local object with a destructor would end the process where there is no memory to
-// register it; a key says so.
-class ThreadBlocks {
-  public:
-    ThreadBlocks() noexcept { m_bGood = ::pthread_key_create(&m_oKey, std::free) == 0; }
+// One key for all threads; each frees its block when it ends. A thread_local object with a
+// destructor would end the process where there is no memory to register it; a key says so.
+struct ThreadBlocks {
+    ThreadBlocks() noexcept : bGood(::pthread_key_create(&oKey, std::free) == 0) {}
     ~ThreadBlocks() {
-        if (m_bGood) (void)::pthread_key_delete(m_oKey);
+        if (bGood) (void)::pthread_key_delete(oKey);
     }
     ThreadBlocks(const ThreadBlocks&) = delete;
     ThreadBlocks& operator=(const ThreadBlocks&) = delete;
-
-    [[nodiscard]] void* Get(std::size_t uSize) noexcept {
-        if (!m_bGood) return nullptr;
-        Block* const pOld = static_cast<Block*>(::pthread_getspecific(m_oKey));
-        if (pOld != nullptr && pOld->uSize >= uSize) return pOld + 1;
-        auto* const pNew = static_cast<Block*>(std::malloc(sizeof(Block) + uSize));
-        if (pNew == nullptr) return nullptr;
-        pNew->uSize = uSize;
-        if (::pthread_setspecific(m_oKey, pNew) != 0) {
-            std::free(pNew);
-            return nullptr;
-        }
-        std::free(pOld);
-        return pNew + 1;
-    }
-
-  private:
-    struct alignas(std::max_align_t) Block {
-        std::size_t uSize;
-    };
-    pthread_key_t m_oKey{};
-    bool m_bGood = false;
+    pthread_key_t oKey{};
+    const bool bGood;
 };
-ThreadBlocks g_oThreadBlocks;
+const ThreadBlocks g_oThreadBlocks;
 
 }  // namespace
 
 void* ThreadBlock(std::size_t uSize) noexcept {
-    return g_oThreadBlocks.Get(uSize);
+    if (!g_oThreadBlocks.bGood) return nullptr;
+    return GrowThreadBlock(::pthread_getspecific(g_oThreadBlocks.oKey), uSize, [](void* p) {
+        return ::pthread_setspecific(g_oThreadBlocks.oKey, p) == 0;
+    });
 }
 
 // ---- errors ---------------------------------------------------------------

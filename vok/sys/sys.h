@@ -1,23 +1,17 @@
 // The one door to the operating system. Everything else in the library is
 // written against this header; posix.cpp and win32.cpp stand behind it, and no
-// other file includes a system header.
+// other file includes a system header. Internal.
 //
 // Texts and paths are UTF-8. Functions that can fail return false (or null); those for files
 // leave the reason in RuntimeError(), the others in LastError(). What is noexcept keeps to it.
 #ifndef VOK_SYS_SYS_H
 #define VOK_SYS_SYS_H
 
-#include <atomic>
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "vok/base/types.h"
-
-#if defined(__GLIBC__)
-// Declared by <sys/single_threaded.h>; repeated here so that no system header leaks out.
-extern "C" char __libc_single_threaded;
-#endif
+#include "vok/sys/types.h"
 
 namespace vok::sys {
 
@@ -32,16 +26,6 @@ inline constexpr bool IS_WINDOWS = false;
 [[nodiscard]] u2_t ProcessId() noexcept;
 [[nodiscard]] u2_t ThreadId() noexcept;
 void SleepMs(unsigned uMilliseconds) noexcept;
-
-// True while the process has never had a second thread. A false answer is always
-// safe; a true one lets counters skip the locked bus cycle.
-[[nodiscard]] inline bool IsSingleThreaded() noexcept {
-#if defined(__GLIBC__)
-    return __libc_single_threaded != 0;
-#else
-    return false;
-#endif
-}
 
 // Calls pBefore in the thread that forks the process, and pAfter afterwards in it and in the child.
 // Does nothing where processes do not fork.
@@ -181,20 +165,6 @@ bool MakeDirectories(const char* sPath) noexcept;
 [[nodiscard]] void* AllocPages(std::size_t uSize) noexcept;
 [[nodiscard]] void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept;
 void FreePages(void* pPages, std::size_t uSize) noexcept;
-
-// ---- reference counts -----------------------------------------------------
-
-// Adds to a counter that several threads may hold. While the process has one thread a
-// plain load and store do, which saves the locked cycle of a read-modify-write.
-template <class T>
-inline T FetchAdd(std::atomic<T>& oCounter, T tDelta) noexcept {
-    if (IsSingleThreaded()) {
-        const T tOld = oCounter.load(std::memory_order_relaxed);
-        oCounter.store(static_cast<T>(tOld + tDelta), std::memory_order_relaxed);
-        return tOld;
-    }
-    return oCounter.fetch_add(tDelta, std::memory_order_acq_rel);
-}
 
 }  // namespace vok::sys
 

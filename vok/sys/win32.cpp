@@ -4,10 +4,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <exception>
 #include <new>
+#include <string>
+#include <vector>
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -25,6 +29,7 @@
 #include <shellapi.h>
 
 #include "vok/sys/page_cache.h"
+#include "vok/sys/thread_block.h"
 
 namespace vok::sys {
 
@@ -98,28 +103,15 @@ struct ThreadBlocks {
 };
 const ThreadBlocks g_oThreadBlocks;
 
-struct alignas(std::max_align_t) ThreadBlockHeader {
-    std::size_t uSize;
-};
-
 }  // namespace
 
 void* ThreadBlock(std::size_t uSize) noexcept {
     if (g_oThreadBlocks.uSlot == FLS_OUT_OF_INDEXES) return nullptr;
     const DWORD uLastError = ::GetLastError();
-    auto* const pOld = static_cast<ThreadBlockHeader*>(::FlsGetValue(g_oThreadBlocks.uSlot));
+    void* const pHeld = ::FlsGetValue(g_oThreadBlocks.uSlot);
     ::SetLastError(uLastError);
-    if (pOld != nullptr && pOld->uSize >= uSize) return pOld + 1;
-    auto* const pNew =
-        static_cast<ThreadBlockHeader*>(std::malloc(sizeof(ThreadBlockHeader) + uSize));
-    if (pNew == nullptr) return nullptr;
-    pNew->uSize = uSize;
-    if (::FlsSetValue(g_oThreadBlocks.uSlot, pNew) == 0) {
-        std::free(pNew);
-        return nullptr;
-    }
-    std::free(pOld);
-    return pNew + 1;
+    return GrowThreadBlock(pHeld, uSize,
+                           [](void* p) { return ::FlsSetValue(g_oThreadBlocks.uSlot, p) != 0; });
 }
 
 // ---- errors ---------------------------------------------------------------

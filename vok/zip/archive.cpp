@@ -1,6 +1,10 @@
 #include "vok/zip/archive.h"
 
+#include <cstring>
+#include <exception>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/sys/sys.h"

@@ -3,6 +3,7 @@
 #define VOK_ZIP_ARCHIVE_H
 
 #include <memory>
+#include <string_view>
 
 #include "vok/base/limits.h"
 #include "vok/file/file.h"

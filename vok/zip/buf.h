@@ -2,6 +2,8 @@
 #ifndef VOK_ZIP_BUF_H
 #define VOK_ZIP_BUF_H
 
+#include <cstring>
+
 #include "vok/file/buf.h"
 #include "vok/zip/stream.h"
 

@@ -2,6 +2,8 @@
 #ifndef VOK_ZIP_CP437_H
 #define VOK_ZIP_CP437_H
 
+#include <string_view>
+
 #include "vok/base/str.h"
 
 namespace vok::zip {

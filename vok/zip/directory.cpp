@@ -1,6 +1,8 @@
 #include "vok/zip/directory.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"

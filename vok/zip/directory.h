@@ -3,6 +3,7 @@
 #define VOK_ZIP_DIRECTORY_H
 
 #include <memory>
+#include <string_view>
 
 #include "vok/base/hash.h"
 #include "vok/base/limits.h"

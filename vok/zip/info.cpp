@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <string_view>
 
 #include "vok/base/date.h"
 #include "vok/zip/records.h"

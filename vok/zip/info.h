@@ -3,6 +3,7 @@
 #define VOK_ZIP_INFO_H
 
 #include <string>
+#include <string_view>
 
 #include "vok/base/str.h"
 

@@ -1,5 +1,7 @@
 #include "vok/zip/messages.h"
 
+#include <string_view>
+
 #include "vok/base/msg_entry.h"
 #include "vok/base/where.h"
 

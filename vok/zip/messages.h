@@ -2,6 +2,8 @@
 #ifndef VOK_ZIP_MESSAGES_H
 #define VOK_ZIP_MESSAGES_H
 
+#include <string_view>
+
 #include "vok/base/str.h"
 #include "vok/zip/codec.h"
 

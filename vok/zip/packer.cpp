@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 
 #include "vok/base/msg.h"
 #include "vok/zip/codec.h"

@@ -1,5 +1,9 @@
 #include "vok/zip/reader.h"
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
 #include "vok/base/msg.h"
 
 namespace vok::zip {

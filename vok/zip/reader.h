@@ -2,6 +2,8 @@
 #ifndef VOK_ZIP_READER_H
 #define VOK_ZIP_READER_H
 
+#include <string_view>
+
 #include "vok/zip/directory.h"
 
 namespace vok::zip {

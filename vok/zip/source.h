@@ -3,6 +3,7 @@
 #define VOK_ZIP_SOURCE_H
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "vok/base/msg.h"

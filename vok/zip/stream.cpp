@@ -1,8 +1,10 @@
 #include "vok/zip/stream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
-#include <limits>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/file/buf.h"

@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/zip/codec.h"

@@ -1,6 +1,8 @@
 #include "vok/zip/writer.h"
 
-#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/msg.h"
 #include "vok/zip/cp437.h"

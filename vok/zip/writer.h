@@ -3,6 +3,7 @@
 #define VOK_ZIP_WRITER_H
 
 #include <exception>
+#include <string_view>
 
 #include "vok/file/file.h"
 #include "vok/zip/info.h"
