@@ -11,6 +11,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+class MsgConsole : public testing::Test {
+    const Msg_Capture m_oCapture;
+};
+class MsgLog : public MsgConsole {
+    const Scratch_Dir m_oDir;
+};
+
 std::string Ids() {
     return "<" + std::to_string(sys::ProcessId()) + "," + std::to_string(sys::ThreadId()) + "> ";
 }
@@ -48,8 +55,7 @@ Pair Printed(F&& oBody) {
     return {sOut, testing::internal::GetCapturedStderr()};
 }
 
-TEST(MsgConsole, DefaultWriterClipsCharactersAndChoosesTheStream) {
-    const Msg_Capture oCapture;
+TEST_F(MsgConsole, DefaultWriterClipsCharactersAndChoosesTheStream) {
     Msg::SetWriter(Msg::DefaultWriter());
     const std::string sLong(5000, 'x');
     EXPECT_EQ(Printed([&] { Msg::Emit(Msg::MODE_REPORT, "%0 ä\xE4€ %1", 0, "a", sLong.c_str()); }),
@@ -65,8 +71,7 @@ TEST(MsgConsole, DefaultWriterClipsCharactersAndChoosesTheStream) {
 
 #ifdef __GLIBC__
 // A program may put another file in the place of its standard output.
-TEST(MsgConsole, DefaultWriterFollowsStandardOutput) {
-    const Msg_Capture oCapture;
+TEST_F(MsgConsole, DefaultWriterFollowsStandardOutput) {
     const Scratch_Dir oDir;
     Msg::SetWriter(Msg::DefaultWriter());
     std::FILE* const pOld = std::exchange(stdout, std::fopen("out", "w"));
@@ -78,8 +83,7 @@ TEST(MsgConsole, DefaultWriterFollowsStandardOutput) {
 }
 #endif
 
-TEST(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
-    const Msg_Capture oCapture;
+TEST_F(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
     EXPECT_FALSE(Msg::SetBanner(true));
     EXPECT_TRUE(Msg::Banner());
     EXPECT_EQ(Raised([] { Msg::NodeIsEmpty(); }), "node is empty\n");
@@ -97,9 +101,8 @@ TEST(MsgConsole, BannerComesBeforeRaisedAndLoggedMessages) {
     EXPECT_EQ(Shape(Msg_Capture::TakeConsole()), BannerShape() + "hello\n|");
 }
 
-TEST(MsgConsole, DebugOutputTakesThePlaceOfTheWriter) {
+TEST_F(MsgConsole, DebugOutputTakesThePlaceOfTheWriter) {
     if (sys::HasDebugger()) GTEST_SKIP();
-    const Msg_Capture oCapture;
     Msg::SetDebugOutput(true);
     Msg::Emit(Msg::MODE_REPORT, "ä%0", 0, "€");
     EXPECT_EQ(Msg_Capture::TakeDebug(), "ä€\n");
@@ -115,8 +118,7 @@ TEST(MsgConsole, DebugOutputTakesThePlaceOfTheWriter) {
               Pair("", "two\n"));
 }
 
-TEST(MsgConsole, HoldsBackWhatNoWriterTakes) {
-    const Msg_Capture oCapture;
+TEST_F(MsgConsole, HoldsBackWhatNoWriterTakes) {
     Msg::SetWriter({nullptr, nullptr});
     Msg::OpenFiles(1, 2);
     EXPECT_EQ(Msg::HeldBack(), "1 open files (peak 2)\n");
@@ -128,8 +130,7 @@ TEST(MsgConsole, HoldsBackWhatNoWriterTakes) {
 }
 
 // A writer that emits a message of its own does not wait for itself.
-TEST(MsgConsole, WriterMayEmitAndThrow) {
-    const Msg_Capture oCapture;
+TEST_F(MsgConsole, WriterMayEmitAndThrow) {
     Msg::SetWriter({[](const char*, std::size_t) {
                         Msg::OpenFiles(8, 9);
                         Msg::NodeIsEmpty();
@@ -140,9 +141,7 @@ TEST(MsgConsole, WriterMayEmitAndThrow) {
     EXPECT_TRUE(sHeld.starts_with("8 open files (peak 9)\nhello")) << sHeld;
 }
 
-TEST(MsgLog, AppendsMessagesWithIdsAndBanner) {
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
+TEST_F(MsgLog, AppendsMessagesWithIdsAndBanner) {
     std::ofstream("a.log") << "old\n";
     Msg::SetLogFile("a.log");
     EXPECT_EQ(Msg::LogFile(), "a.log");
@@ -162,9 +161,7 @@ TEST(MsgLog, AppendsMessagesWithIdsAndBanner) {
     EXPECT_FALSE(fs::exists("a.log"));
 }
 
-TEST(MsgLog, Flags) {
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
+TEST_F(MsgLog, Flags) {
     const struct {
         int iFlags;
         std::string sFile;
@@ -186,9 +183,7 @@ TEST(MsgLog, Flags) {
     }
 }
 
-TEST(MsgLog, Paths) {
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
+TEST_F(MsgLog, Paths) {
     Msg::SetLogFile("grün.log");
     EXPECT_EQ(Msg::LogFile(), "gr~n.log");
     EXPECT_TRUE(fs::exists("gr~n.log"));
@@ -224,9 +219,7 @@ TEST(MsgLog, Paths) {
 }
 
 // A message raised while logging is not logged, and nobody waits for himself.
-TEST(MsgLog, SinkMayEmit) {
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
+TEST_F(MsgLog, SinkMayEmit) {
     Msg::SetLogFile("a.log");
     Msg::SetDebugSink([](const char*) {
         Msg::OpenFiles(8, 9);
@@ -247,6 +240,7 @@ void EndsWell(F&& oBody) {
             std::_Exit(99);
         }).detach();
         oBody();
+        std::_Exit(0);
     };
     EXPECT_EXIT(oRun(), testing::ExitedWithCode(0), "");
 }
@@ -259,7 +253,7 @@ void WaitFor(int iInSink) {
 
 // One logs, and from the sink emits; the other emits, and from the sink logs: neither waits for
 // the other for ever.
-TEST(MsgLog, SinksThatEmitAndLogDoNotWaitForEachOther) {
+TEST_F(MsgLog, SinksThatEmitAndLogDoNotWaitForEachOther) {
     EndsWell([] {
         Msg::SetDebugOutput(true);
         Msg::SetDebugSink([](const char* sText) {
@@ -275,11 +269,10 @@ TEST(MsgLog, SinksThatEmitAndLogDoNotWaitForEachOther) {
         std::thread oOther([] { Msg::Log("log", 0); });
         Msg::Emit(Msg::MODE_REPORT, "emit", 0);
         oOther.join();
-        std::_Exit(0);
     });
 }
 
-TEST(MsgLog, ExitDoesNotWaitForAWriteThatNeverEnds) {
+TEST_F(MsgLog, ExitDoesNotWaitForAWriteThatNeverEnds) {
     EndsWell([] {
         Msg::SetDebugSink([](const char*) {
             ++g_iInSink;
@@ -292,9 +285,7 @@ TEST(MsgLog, ExitDoesNotWaitForAWriteThatNeverEnds) {
 }
 
 // Whatever another thread, or this one, is in the middle of.
-TEST(MsgLog, ChildrenOfAForkGoOn) {
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
+TEST_F(MsgLog, ChildrenOfAForkGoOn) {
     Msg::SetLogFile("a.log");
     const auto oSpeak = [] {
         (void)Raised([] { Msg::NodeIsEmpty(); });
@@ -309,31 +300,17 @@ TEST(MsgLog, ChildrenOfAForkGoOn) {
             while (!bEnd) bSpeaks ? oSpeak() : Mem::Free(Mem::Create(std::size_t{8} << 20));
         });
     }
-    for (int i = 0; i < 20; ++i) {
-        EndsWell([&] {
-            oSpeak();
-            std::_Exit(0);
-        });
-    }
+    for (int i = 0; i < 20; ++i) EndsWell(oSpeak);
     bEnd = true;
     for (std::thread& o : oThreads) o.join();
     // From inside of a sink and of a writer.
     static void (*s_pSpeak)() = oSpeak;
     Msg::SetDebugSink([](const char*) {
         Msg::SetDebugSink(nullptr);
-        EndsWell([] {
-            s_pSpeak();
-            std::_Exit(0);
-        });
+        EndsWell(s_pSpeak);
     });
     Msg::Log("x", 0);
-    Msg::SetWriter({[](const char*, std::size_t) {
-                        EndsWell([] {
-                            s_pSpeak();
-                            std::_Exit(0);
-                        });
-                    },
-                    nullptr});
+    Msg::SetWriter({[](const char*, std::size_t) { EndsWell(s_pSpeak); }, nullptr});
     Msg::OpenFiles(1, 1);
     // While another is in the middle of a log write, which the child has nobody to end for.
     static std::atomic<bool> s_bEnd{false};
@@ -343,22 +320,15 @@ TEST(MsgLog, ChildrenOfAForkGoOn) {
     });
     std::thread oOther([] { Msg::Log("x", 0); });
     WaitFor(1);
-    Msg::SetWriter({[](const char*, std::size_t) {
-                        EndsWell([] {
-                            (void)Msg::LogFile();
-                            std::_Exit(0);
-                        });
-                    },
-                    nullptr});
+    Msg::SetWriter(
+        {[](const char*, std::size_t) { EndsWell([] { (void)Msg::LogFile(); }); }, nullptr});
     Msg::OpenFiles(1, 1);
     s_bEnd = true;
     oOther.join();
 }
 
-TEST(MsgThreads, EveryMessageArrivesWhole) {
+TEST_F(MsgLog, MessagesOfThreadsArriveWhole) {
     constexpr int ROUNDS = 50;
-    const Msg_Capture oCapture;
-    const Scratch_Dir oDir;
     Msg::SetLogFile("a.log");
     std::vector<std::thread> oThreads;
     std::map<std::string, int> oExpected;
