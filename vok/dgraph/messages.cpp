@@ -60,6 +60,32 @@ void RaiseTargetNotUnique() {
                       "Dgraph_LoadDGraph: Ziel des Verweises ist nicht eindeutig."});
 }
 
+void RaiseEmptyAttributeName() {
+    Msg_Entry::Raise(
+        {"Empty attribute name not allowed", "Leerer Attribut-Nname ist nicht erlaubt"});
+}
+
+void RaiseInvalidAttributeCharacter(char c) {
+    Msg_Entry::Raise({"The attribute name contains the invalid character '%0'",
+                      "Der Buchstabe '%0' ist im Attribut-Namen nicht erlaubt"},
+                     {Msg_Arg::Char(static_cast<u0_t>(c))});
+}
+
+void RaiseEmptyNodeType() {
+    Msg_Entry::Raise({"Empty node type is not allowed", "Leerer Knoten-Typ ist nicht erlaubt"});
+}
+
+void RaiseReservedNodeType(const char* sName) {
+    Msg_Entry::Raise({"invalid type specification \"%0\"", "Unerlaubter Knoten-Typ \"%0\""},
+                     {sName});
+}
+
+void RaiseInvalidNodeTypeCharacter(char c) {
+    Msg_Entry::Raise({"The node type contains the invalid character '%0'",
+                      "Der Buchstabe '%0' ist im Knoten-Typ nicht erlaubt"},
+                     {Msg_Arg::Char(static_cast<u0_t>(c))});
+}
+
 void RaiseInvalidStep(StepFault eFault) {
     // In the order of StepFault.
     static constexpr Msg_Text FAULTS[] = {

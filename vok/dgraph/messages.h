@@ -17,6 +17,13 @@ namespace vok::dgraph {
 [[noreturn]] void RaiseTargetMissing();
 [[noreturn]] void RaiseTargetNotUnique();
 
+// What the checks of names find.
+[[noreturn]] void RaiseEmptyAttributeName();
+[[noreturn]] void RaiseInvalidAttributeCharacter(char c);
+[[noreturn]] void RaiseEmptyNodeType();
+[[noreturn]] void RaiseReservedNodeType(const char* sName);
+[[noreturn]] void RaiseInvalidNodeTypeCharacter(char c);
+
 // What is wrong with a step text.
 enum class StepFault {
     Empty,

@@ -1,11 +1,14 @@
 #include "vok/dgraph/names.h"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
 
-#include "vok/base/msg_entry.h"
+#include "vok/base/msg.h"
 #include "vok/base/where.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/xpath.h"
+#include "vok/dgraph/messages.h"
 
 namespace vok {
 
@@ -22,11 +25,10 @@ constexpr std::string_view RESERVED_NAMES[] = {".", "..", "CDNodeReference"};
     return {pBegin, static_cast<std::size_t>(std::max(pBegin, pEnd) - pBegin)};
 }
 
-// Raises oText for the first character of sForbidden that occurs.
-void CheckCharacters(std::string_view sText, std::string_view sForbidden, const Msg_Text& oText) {
+// Raises for the first character of sForbidden that occurs.
+void CheckCharacters(std::string_view sText, std::string_view sForbidden, void (*pRaise)(char)) {
     for (const char c : sForbidden) {
-        if (sText.find(c) == std::string_view::npos) continue;
-        Msg_Entry::Raise(oText, {Msg_Arg::Char(static_cast<u0_t>(c))});
+        if (sText.find(c) != std::string_view::npos) pRaise(c);
     }
 }
 
@@ -35,13 +37,8 @@ void CheckCharacters(std::string_view sText, std::string_view sForbidden, const 
 void Dgraph_CheckAttNam(const char* pBegin, const char* pEnd) {
     return Where("vok::Dgraph_CheckAttNam", [&] {
         const std::string_view sName = TextOf(pBegin, pEnd);
-        if (sName.empty()) {
-            Msg_Entry::Raise(
-                {"Empty attribute name not allowed", "Leerer Attribut-Nname ist nicht erlaubt"});
-        }
-        CheckCharacters(sName, NOT_IN_ATTRIBUTES,
-                        {"The attribute name contains the invalid character '%0'",
-                         "Der Buchstabe '%0' ist im Attribut-Namen nicht erlaubt"});
+        if (sName.empty()) dgraph::RaiseEmptyAttributeName();
+        CheckCharacters(sName, NOT_IN_ATTRIBUTES, dgraph::RaiseInvalidAttributeCharacter);
     });
 }
 
@@ -50,18 +47,11 @@ void Dgraph_CheckAttVal(const char*, const char*) noexcept {}
 void Dgraph_CheckName(const char* pBegin, const char* pEnd) {
     return Where("vok::Dgraph_CheckName", [&] {
         const std::string_view sName = TextOf(pBegin, pEnd);
-        if (sName.empty()) {
-            Msg_Entry::Raise(
-                {"Empty node type is not allowed", "Leerer Knoten-Typ ist nicht erlaubt"});
-        }
+        if (sName.empty()) dgraph::RaiseEmptyNodeType();
         for (const std::string_view sReserved : RESERVED_NAMES) {
-            if (sName != sReserved) continue;
-            Msg_Entry::Raise({"invalid type specification \"%0\"", "Unerlaubter Knoten-Typ \"%0\""},
-                             {sReserved.data()});
+            if (sName == sReserved) dgraph::RaiseReservedNodeType(sReserved.data());
         }
-        CheckCharacters(sName, NOT_IN_NAMES,
-                        {"The node type contains the invalid character '%0'",
-                         "Der Buchstabe '%0' ist im Knoten-Typ nicht erlaubt"});
+        CheckCharacters(sName, NOT_IN_NAMES, dgraph::RaiseInvalidNodeTypeCharacter);
     });
 }
 
