@@ -1,5 +1,7 @@
 #include "serializer/document.h"
 
+#include <string_view>
+
 #include "serializer/guarded.h"
 #include "serializer/utilities.h"
 #include "vok/base/msg.h"

@@ -1,6 +1,9 @@
 #include "serializer/utilities.h"
 
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "vok/base/utf8.h"

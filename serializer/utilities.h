@@ -2,6 +2,8 @@
 #ifndef SERIALIZER_UTILITIES_H
 #define SERIALIZER_UTILITIES_H
 
+#include <string_view>
+
 #include "serializer/string.h"
 #include "vok/base/str.h"
 

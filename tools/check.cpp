@@ -1,5 +1,8 @@
 // vok check: whether files can be loaded, and where they cannot.
 #include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
 
 #include "tools/commands.h"
 #include "tools/input.h"

@@ -3,6 +3,8 @@
 #include <charconv>
 #include <cstdio>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/commands.h"

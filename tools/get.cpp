@@ -1,4 +1,6 @@
 // vok get: the values at a path.
+#include <string>
+
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/output.h"

@@ -1,6 +1,9 @@
 // vok info: what is in a file.
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <set>
+#include <string>
 
 #include "tools/commands.h"
 #include "tools/input.h"

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iterator>
+#include <new>
+#include <string_view>
 
 #include "tools/limits.h"
 #include "tools/output.h"

@@ -2,6 +2,7 @@
 #ifndef TOOLS_INPUT_H
 #define TOOLS_INPUT_H
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 

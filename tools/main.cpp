@@ -1,6 +1,8 @@
 // The program "vok": trees in files, without writing code.
 #include <algorithm>
 #include <cstdio>
+#include <exception>
+#include <memory>
 #include <new>
 #include <sstream>
 #include <string>

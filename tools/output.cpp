@@ -4,7 +4,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
 
 #include "tools/path.h"
 #include "vok/base/msg.h"

@@ -3,6 +3,7 @@
 #define TOOLS_OUTPUT_H
 
 #include <string>
+#include <string_view>
 
 #include "vok/file/file.h"
 

@@ -1,5 +1,6 @@
 #include "tools/progress.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <string>

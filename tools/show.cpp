@@ -1,4 +1,10 @@
 // vok show: a tree as indented lines.
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/output.h"

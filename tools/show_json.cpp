@@ -1,5 +1,8 @@
 // vok show --json: a tree for other programs.
 #include <cmath>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include <rapidjson/prettywriter.h>
 

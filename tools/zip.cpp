@@ -1,10 +1,15 @@
 // vok zip list, test, extract: what is in archives.
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <system_error>
+#include <vector>
 
 #include "tools/commands.h"
 #include "tools/input.h"

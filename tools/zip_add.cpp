@@ -4,6 +4,9 @@
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tools/commands.h"
 #include "tools/output.h"

@@ -1,5 +1,7 @@
 // The library as a whole: version, errors, statistics, settings.
+#include <atomic>
 #include <cstring>
+#include <exception>
 
 #include "serializer/c/internal.h"
 #include "serializer/utilities.h"

@@ -1,4 +1,8 @@
 // Nodes: their handles, values written to and read from them.
+#include <span>
+#include <string_view>
+#include <utility>
+
 #include "serializer/c/internal.h"
 #include "serializer/document.h"
 #include "serializer/utilities.h"

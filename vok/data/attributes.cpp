@@ -1,5 +1,8 @@
 // Attributes: one array of (node, text) per attribute name, and from node to name a chain.
 #include <algorithm>
+#include <cstring>
+#include <new>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

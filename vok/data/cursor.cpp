@@ -1,5 +1,6 @@
 // Cursors: moving about, names, the user tag, appending.
 #include <bit>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "vok/base/arr.h"
 #include "vok/base/limits.h"

@@ -2,6 +2,9 @@
 #include "vok/data/diff.h"
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
+#include <string_view>
 
 #include "vok/base/number.h"
 #include "vok/base/where.h"

@@ -1,5 +1,8 @@
 // Escapes of the path syntax: backspace, decimal code, semicolon.
 #include "vok/data/escape.h"
+
+#include <cstring>
+
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"

@@ -2,6 +2,8 @@
 #ifndef VOK_DATA_ID_MAP_H
 #define VOK_DATA_ID_MAP_H
 
+#include <utility>
+
 #include "vok/base/arr.h"
 
 namespace vok {

@@ -1,5 +1,6 @@
 // Paths of nodes, and nodes made along paths.
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/number.h"
 #include "vok/base/where.h"

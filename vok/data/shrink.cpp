@@ -1,5 +1,6 @@
 // Compacting the tree.
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "vok/base/where.h"

@@ -1,6 +1,7 @@
 #include "vok/data/store.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/copy.h"
 #include "vok/base/utf8.h"

@@ -3,6 +3,8 @@
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
 
+#include <string_view>
+
 #include "vok/base/copy.h"
 #include "vok/base/hash.h"
 #include "vok/base/hash_guess.h"

@@ -2,6 +2,7 @@
 #include "vok/data/succ_it.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

@@ -2,6 +2,8 @@
 #ifndef VOK_DATA_UNDO_H
 #define VOK_DATA_UNDO_H
 
+#include <string_view>
+
 #include "vok/data/store.h"
 
 namespace vok {

@@ -1,5 +1,7 @@
 // Values of nodes: setters, getters, links.
 #include <bit>
+#include <cstring>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

@@ -3,6 +3,7 @@
 #define VOK_DATA_WALK_H
 
 #include <bit>
+#include <cstring>
 #include <string_view>
 
 #include "vok/data/data.h"

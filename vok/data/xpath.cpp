@@ -2,7 +2,10 @@
 #include "vok/data/xpath.h"
 
 #include <cstdio>
+#include <cstring>
 #include <new>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"

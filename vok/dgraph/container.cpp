@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/file/file.h"

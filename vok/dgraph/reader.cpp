@@ -1,5 +1,9 @@
 // Reads DGraph documents; those of major version 2 are a header and a native dump.
+#include <algorithm>
+#include <array>
 #include <bit>
+#include <cstring>
+#include <string_view>
 
 #include "vok/base/date.h"
 #include "vok/base/hash_guess.h"

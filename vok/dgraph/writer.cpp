@@ -1,6 +1,8 @@
 // Writes a tree as a DGraph document; of major version 2 that is a header and a native dump.
 #include <bit>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 #include "vok/base/date.h"
 #include "vok/base/number.h"

@@ -1,6 +1,8 @@
 #include "vok/dump/check.h"
 
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "vok/data/link_bytes.h"
 

@@ -20,6 +20,7 @@
 #define VOK_DUMP_FORMAT_H
 
 #include <bit>
+#include <cstring>
 
 #include "vok/base/little_endian.h"
 #include "vok/data/store.h"

@@ -1,5 +1,7 @@
 // Reads the native dump.
 #include <algorithm>
+#include <cstring>
+#include <string_view>
 
 #include "vok/base/where.h"
 #include "vok/dump/check.h"

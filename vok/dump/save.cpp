@@ -2,6 +2,8 @@
 #include "vok/dump/format.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

@@ -1,6 +1,8 @@
 // Reads XML documents into a tree: tokens and elements.
 #include <algorithm>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

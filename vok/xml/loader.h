@@ -5,6 +5,8 @@
 #ifndef VOK_XML_LOADER_H
 #define VOK_XML_LOADER_H
 
+#include <string_view>
+
 #include "vok/base/hash_guess.h"
 #include "vok/base/work.h"
 #include "vok/data/store.h"

@@ -2,6 +2,7 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/utf8.h"
 #include "vok/xml/loader.h"

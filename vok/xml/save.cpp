@@ -3,6 +3,8 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "vok/base/base64.h"
 #include "vok/base/date.h"

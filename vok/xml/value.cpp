@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <string_view>
 
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
