@@ -137,7 +137,7 @@ TEST(SysFile, Modes) {
     };
     const Scratch_Dir oDir;
     for (const auto& oRow : oRows) {
-        fs::remove("größe");
+        fs::remove(ToPath("größe"));
         SetRuntimeError(0);
         EXPECT_EQ(Open("größe", oRow.sMode) != nullptr, oRow.bOpensMissing) << oRow.sMode;
         EXPECT_EQ(RuntimeError() == ENOENT, !oRow.bOpensMissing);
