@@ -51,6 +51,9 @@ struct Limits {
     // stands for what is read. Whoever inflates before loading says here how much there was.
     u3_t m_uInputBytes = 0;
 
+    // Raises the error of the limit in a field of this.
+    [[noreturn]] void RaiseExceeded(u3_t Limits::*pField) const;
+
     // No bounds, for input that the caller made.
     [[nodiscard]] static constexpr Limits Trusted() noexcept {
         constexpr u3_t uNone = ~u3_t{0};

@@ -107,8 +107,7 @@ class PathMaker {
         const u2_t uMissing = static_cast<u2_t>(oStep.m_iIndex) - b.CountNamed(uParent, uKey);
         m_uSkipped += uMissing;
         if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
-            Msg::LimitExceeded("skipped slots", m_oLimits.m_uSkippedSlots,
-                               "Limits::m_uSkippedSlots");
+            m_oLimits.RaiseExceeded(&Limits::m_uSkippedSlots);
         }
         for (u2_t u = 0; u < uMissing; ++u) b.Kill(Append(uParent, uKey));
         return WithAttributes(Append(uParent, uKey), oStep);

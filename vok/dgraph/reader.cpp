@@ -134,7 +134,7 @@ class Reader {
         const i2_t iLength = Get<i2_t>();
         if (iLength < 0) RaiseNegativeLength();
         if (static_cast<u3_t>(iLength) > m_oLimits.m_uTextBytes) {
-            Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
+            m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
         }
         if (m_oWork.IsMetered()) NoteBytes(static_cast<u3_t>(iLength));
         return static_cast<std::size_t>(iLength);
@@ -287,7 +287,7 @@ class Reader {
 
     void OpenLevel(i2_t iCount) {
         if (m_oLevel.Size() >= m_oLimits.m_uDepth) {
-            Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
+            m_oLimits.RaiseExceeded(&Limits::m_uDepth);
         }
         m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
         // Room for no more successors, on all levels together, than there can be records in
@@ -316,7 +316,7 @@ class Reader {
         const Arr<Step::Attribute>& oAttributes = m_oStep.Attributes();
         if (oAttributes.Size() == 0) return;
         if (oAttributes.Size() > m_oLimits.m_uAttributes) {
-            Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
+            m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
         }
         m_oData.SetToNode(m_uNode);
         for (std::size_t u = 0; u < oAttributes.Size(); ++u) {
@@ -345,8 +345,7 @@ class Reader {
     void SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots) {
         m_uSkipped += static_cast<u3_t>(iSlots);
         if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
-            Msg::LimitExceeded("skipped slots", m_oLimits.m_uSkippedSlots,
-                               "Limits::m_uSkippedSlots");
+            m_oLimits.RaiseExceeded(&Limits::m_uSkippedSlots);
         }
         m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
         m_oWork.Charge(static_cast<u3_t>(iSlots));
@@ -372,7 +371,7 @@ class Reader {
     // at its memory, and says at how many nodes that is worth doing again.
     void CheckMemory() {
         if (b.m_oNode.Size() >= m_oLimits.m_uNodes) {
-            Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
+            m_oLimits.RaiseExceeded(&Limits::m_uNodes);
         }
         const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
                            m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +

@@ -147,7 +147,7 @@ void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
 
 void Checker::CheckSize(u3_t uSize) const {
     if (uSize <= m_oLimits.m_uTextBytes) return;
-    Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
+    m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
 }
 
 // No way up may lead in a circle, or be too long. Every node is passed once: where a way is
@@ -168,7 +168,7 @@ void Checker::CheckLevels() {
         if (uUp < uNodes && oLevel(uUp) == ON_THE_WAY) FailNode(uId);
         u2_t uLevel = (uUp < uNodes ? oLevel(uUp) : 0) + uSteps;
         if (uLevel > m_oLimits.m_uDepth) {
-            Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
+            m_oLimits.RaiseExceeded(&Limits::m_uDepth);
         }
         for (u2_t u = uId; u != uUp && u < uNodes; u = b.m_oNode(u).Pred()) oLevel(u) = uLevel--;
     }
@@ -267,7 +267,7 @@ void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
             const bool bAscending = u == 0 || uId > uLast;
             if (uId >= uNodes || !bAscending || !CheckText(uValue, TO_NUL)) oFail(uNext);
             if (oCount.Size() != 0 && ++oCount(uId) > m_oLimits.m_uAttributes) {
-                Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
+                m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
             }
             b.m_oAtt.AddLast(uId, uKey, uValue, uNodes);
             uLast = uId;

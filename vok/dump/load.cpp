@@ -75,7 +75,7 @@ class Reader {
         const u3_t uRead = File::LoadBufStream32(oTag, m_oIn);
         m_uAt += uRead != 0 ? uRead : NARROW_LENGTH;
         if (oTag.Size() > m_oLimits.m_uTextBytes) {
-            Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
+            m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
         }
         b.m_oUserTag = Mem::Str(std::string_view(oTag.Data(), oTag.Size()));
     }
@@ -110,7 +110,7 @@ class Reader {
 
     [[noreturn]] void RaiseTooMany(u3_t uSize) {
         if (uSize > MAX_WORDS) Fail(m_uAt);
-        Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
+        m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
 
     void ReadGroups() {

@@ -249,7 +249,7 @@ void XmlLoader::OpenElement() {
 
 void XmlLoader::CheckMemory(u3_t uMore) {
     if (b.m_oNode.Size() - m_uFirst >= m_oLimits.m_uNodes) [[unlikely]] {
-        Msg::LimitExceeded("nodes", m_oLimits.m_uNodes, "Limits::m_uNodes");
+        m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
     m_uAttributes = 0;
     const u3_t uMost = m_oLimits.m_uNodes + std::min(m_uFirst, ~u3_t{0} - m_oLimits.m_uNodes);
@@ -268,7 +268,7 @@ void XmlLoader::CheckLimits() {
     if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
         CheckMemory();
     if (m_uDepth >= m_oLimits.m_uDepth) [[unlikely]] {
-        Msg::LimitExceeded("depth", m_oLimits.m_uDepth, "Limits::m_uDepth");
+        m_oLimits.RaiseExceeded(&Limits::m_uDepth);
     }
 }
 

@@ -73,9 +73,7 @@ class XmlLoader {
     }
     [[nodiscard]] bool Has(u2_t uFlag) const noexcept { return (m_uFlags & uFlag) != 0; }
 
-    [[noreturn]] void RaiseTextLimit() const {
-        Msg::LimitExceeded("text bytes", m_oLimits.m_uTextBytes, "Limits::m_uTextBytes");
-    }
+    [[noreturn]] void RaiseTextLimit() const { m_oLimits.RaiseExceeded(&Limits::m_uTextBytes); }
 
     // The document ended inside the token at pToken, or where one should have begun.
     [[noreturn]] void RaiseEndInToken(const char* pToken) const;
@@ -176,7 +174,14 @@ class XmlLoader {
     // but the type, a plain text or number, its own end tag behind it. Stops in front of the
     // first other token, which is for the ways above. This loop is what loading XML costs.
     void ReadPlainElements();
-    bool AddPlainText(Node& oNode, std::string_view sText);
+    // Its steps. They look at no more than ROOM bytes without asking for the end.
+    enum class Plain : u0_t { Other, Ends, Opens };
+    [[nodiscard]] const char* ClosePlain(const char* p, const char* pBlanks) noexcept;
+    [[nodiscard]] u2_t PlainName(const char* p);
+    [[nodiscard]] Plain PlainContent(const char*& p, const Hash_Text& oName, Node& oNode);
+    [[nodiscard]] Plain PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode);
+    [[nodiscard]] Plain PlainTyped(const char*& p, const Hash_Text& oName, Node& oNode) const;
+    [[nodiscard]] bool AddPlainText(Node& oNode, std::string_view sText);
 
     Data_Base& b;
     xml::Source& m_oSource;

@@ -51,6 +51,7 @@ bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept 
 
 // Makes a text the value of a record; false for one that needs a second look.
 bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
+    if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
     if (!IsPlainText(sText.data(), sText.size())) return false;
     oNode.SetType(Node::String);
@@ -59,125 +60,144 @@ bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
     return true;
 }
 
+// Closes the current element, whose end tag begins at p, behind blanks from pBlanks on.
+const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noexcept {
+    const Node& oNode = b.m_oNode(m_uNode);
+    // Blanks are the value of a node that has no other; the top element ends elsewhere.
+    if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uDepth == 1) return nullptr;
+    const Hash_Text& oName = b.m_oName(oNode.uKey);
+    p += 2;
+    if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return nullptr;
+    if (p[oName.uLength] != '>' || IsSkipped({oName.sText, oName.uLength})) return nullptr;
+    m_uNode = oNode.Pred();
+    --m_uDepth;
+    return p + oName.uLength + 1;
+}
+
+// The key of the name at p, 0 for one that needs a second look.
+u2_t XmlLoader::PlainName(const char* p) {
+    const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - p);
+    const auto oIsHere = [&](u2_t uGuess) {
+        const Hash_Text& oText = b.m_oName(uGuess);
+        return uGuess != 0 && oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME);
+    };
+    u2_t uKey = m_oGuess.First();
+    if (oIsHere(uKey) || oIsHere(uKey = m_oGuess.Second())) {
+        m_oGuess.Confirm(uKey);
+        return uKey;
+    }
+    const char* pStop = p;
+    while (pStop != m_pEnd && xml::Is(*pStop, xml::NAME) && static_cast<u0_t>(*pStop) < 0x80) {
+        ++pStop;
+    }
+    const std::string_view sName = Between(p, pStop);
+    if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
+    if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || xml::HasEscapes(sName)) return 0;
+    if (IsSkipped(sName)) return 0;
+    uKey = b.m_oName.Insert(sName);
+    m_oGuess.Note(uKey, true, b.m_oName.Size());
+    return uKey;
+}
+
+// What stands behind "<name>": the text of the element and its end tag, or another element in it.
+// p moves to the "<" that ends it.
+XmlLoader::Plain XmlLoader::PlainContent(const char*& p, const Hash_Text& oName, Node& oNode) {
+    const char* pText = p;
+    while (p != m_pEnd && *p != '<') ++p;
+    if (m_pEnd - p < ROOM) return Plain::Other;
+    const std::string_view sText = Between(pText, p);
+    if (p[1] != '/') {
+        return IsMarkup(p[1]) || !xml::IsBlank(sText) ? Plain::Other : Plain::Opens;
+    }
+    if (!EndsHere(oName, p, m_pEnd)) return Plain::Other;
+    if (sText.empty()) return Plain::Ends;
+    if (sText.find('&') != std::string_view::npos) return Plain::Other;
+    return AddPlainText(oNode, sText) ? Plain::Ends : Plain::Other;
+}
+
+// The same for a text in one CDATA section.
+XmlLoader::Plain XmlLoader::PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode) {
+    if (!StartsWith(p, xml::CDATA)) return Plain::Other;
+    const char* pText = p + xml::CDATA.size();
+    const char* pStop = pText;
+    do {
+        const std::size_t uLeft = static_cast<std::size_t>(m_pEnd - pStop);
+        pStop = static_cast<const char*>(std::memchr(pStop, ']', uLeft));
+        if (pStop == nullptr || m_pEnd - pStop < ROOM) return Plain::Other;
+    } while (!StartsWith(pStop++, xml::CDATA_END));
+    const std::string_view sText = Between(pText, pStop - 1);
+    p = pStop - 1 + xml::CDATA_END.size();
+    return EndsHere(oName, p, m_pEnd) && AddPlainText(oNode, sText) ? Plain::Ends : Plain::Other;
+}
+
+// The same for a value of one of the frequent types, from " dt:dt=" on.
+XmlLoader::Plain XmlLoader::PlainTyped(const char*& p, const Hash_Text& oName, Node& oNode) const {
+    if (!StartsWith(p, TYPE_START)) return Plain::Other;
+    p += TYPE_START.size();
+    if (StartsWith(p, INTEGER_TYPE)) {
+        p += INTEGER_TYPE.size();
+        oNode.SetType(Node::Integer);
+        if (!TakeInteger(p, oNode.uWord2)) return Plain::Other;
+    } else if (StartsWith(p, DOUBLE_TYPE)) {
+        p += DOUBLE_TYPE.size();
+        oNode.SetType(Node::Double);
+        double dValue;
+        const auto oResult = std::from_chars(p, m_pEnd, dValue);
+        if (oResult.ec != std::errc() || oResult.ptr == p) return Plain::Other;
+        p = oResult.ptr;
+        oNode.SetValue64(std::bit_cast<u3_t>(dValue));
+    } else if (StartsWith(p, BOOLEAN_TYPE)) {
+        p += BOOLEAN_TYPE.size();
+        oNode.SetType(Node::Boolean);
+        oNode.uWord2 = *p == '1';
+        if (*p != '1' && *p != '0') return Plain::Other;
+        ++p;
+    } else {
+        return Plain::Other;
+    }
+    return EndsHere(oName, p, m_pEnd) ? Plain::Ends : Plain::Other;
+}
+
+// m_p stays in front of what is not taken. Limits are looked at before anything is made.
 void XmlLoader::ReadPlainElements() {
-    const char* const pEnd = m_pEnd;
-    const char* p = m_p;
     if (m_bText) return;
-    for (;;) {
-        m_p = p;
-        while (pEnd - p >= ROOM && xml::Is(*p, xml::BLANK)) ++p;
-        if (pEnd - p < ROOM || *p != '<') return;
-        const u2_t uParent = m_uNode;
-        const Node::Type eParent = b.m_oNode(uParent).GetType();
+    for (const char* p = m_p;; m_p = p) {
+        const char* const pBlanks = p;
+        while (m_pEnd - p >= ROOM && xml::Is(*p, xml::BLANK)) ++p;
+        if (m_pEnd - p < ROOM || *p != '<') return;
         if (p[1] == '/') {
-            // Blanks are the value of a node that has no other; the top element ends elsewhere.
-            const Hash_Text& oName = b.m_oName(b.m_oNode(uParent).uKey);
-            const std::size_t uRoom = static_cast<std::size_t>(pEnd - p) - 2;
-            if ((eParent != Node::Tree && m_p != p) || m_uDepth == 1) return;
-            if (!oName.StandsAt(p + 2, uRoom) || p[2 + oName.uLength] != '>') return;
-            if (IsSkipped({oName.sText, oName.uLength})) return;
-            p += 2 + oName.uLength + 1;
-            m_uNode = b.m_oNode(uParent).Pred();
-            --m_uDepth;
+            p = ClosePlain(p, pBlanks);
+            if (p == nullptr) return;
             continue;
         }
+        const Node::Type eParent = b.m_oNode(m_uNode).GetType();
         if (eParent != Node::Tree && eParent != Node::Empty) return;
         if (b.m_oNode.Size() >= m_uMostNodes || m_uDepth >= m_oLimits.m_uDepth) return;
 
-        // The name.
-        const char* pName = ++p;
-        const std::size_t uRoom = static_cast<std::size_t>(pEnd - p);
-        u2_t uKey = m_oGuess.First();
-        const auto oIsHere = [&](u2_t uGuess) {
-            const Hash_Text& oText = b.m_oName(uGuess);
-            return uGuess != 0 && oText.StandsAt(pName, uRoom) &&
-                   !xml::Is(pName[oText.uLength], xml::NAME);
-        };
-        if (oIsHere(uKey) || oIsHere(uKey = m_oGuess.Second())) {
-            m_oGuess.Confirm(uKey);
-        } else {
-            while (p != pEnd && xml::Is(*p, xml::NAME) && static_cast<u0_t>(*p) < 0x80) ++p;
-            const std::string_view sName = Between(pName, p);
-            if (sName.empty() || !xml::Is(*pName, xml::NAME_START)) return;
-            if (p == pEnd || xml::Is(*p, xml::NAME) || xml::HasEscapes(sName)) return;
-            if (IsSkipped(sName)) return;
-            uKey = b.m_oName.Insert(sName);
-            m_oGuess.Note(uKey, true, b.m_oName.Size());
-        }
+        const u2_t uKey = PlainName(++p);
+        if (uKey == 0) return;
         const Hash_Text& oName = b.m_oName(uKey);
-        p = pName + oName.uLength;
-        if (pEnd - p < ROOM) return;
+        p += oName.uLength;
+        if (m_pEnd - p < ROOM) return;
 
-        // The type and the value.
-        Node oNode{uKey, (uParent + 1) << 4, 0, 0};
-        if (*p == '>') {
-            ++p;
-            if (*p == '<' && p[1] == '!') {
-                if (!StartsWith(p, xml::CDATA)) return;
-                const char* pText = p + xml::CDATA.size();
-                const char* pStop = pText;
-                do {
-                    const std::size_t uLeft = static_cast<std::size_t>(pEnd - pStop);
-                    pStop = static_cast<const char*>(std::memchr(pStop, ']', uLeft));
-                    if (pStop == nullptr || pEnd - pStop < ROOM) return;
-                } while (!StartsWith(pStop++, xml::CDATA_END));
-                const std::string_view sText = Between(pText, pStop - 1);
-                p = pStop - 1 + xml::CDATA_END.size();
-                if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return;
-                if (!EndsHere(oName, p, pEnd) || !AddPlainText(oNode, sText)) return;
-            } else {
-                const char* pText = p;
-                while (p != pEnd && *p != '<') ++p;
-                if (pEnd - p < ROOM) return;
-                const bool bEnd = p[1] == '/';
-                const std::string_view sText = Between(pText, p);
-                if (!bEnd && (IsMarkup(p[1]) || !xml::IsBlank(sText))) return;
-                if (bEnd && !EndsHere(oName, p, pEnd)) return;
-                if (bEnd && !sText.empty()) {
-                    if (sText.find('&') != std::string_view::npos) return;
-                    if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return;
-                    if (!AddPlainText(oNode, sText)) return;
-                }
-                if (!bEnd) {
-                    // An element in the element.
-                    m_uNode = b.Append(uParent, uKey);
-                    ++m_uDepth;
-                    ++m_uElements;
-                    continue;
-                }
-            }
-        } else if (StartsWith(p, TYPE_START)) {
-            p += TYPE_START.size();
-            if (StartsWith(p, INTEGER_TYPE)) {
-                p += INTEGER_TYPE.size();
-                oNode.SetType(Node::Integer);
-                if (!TakeInteger(p, oNode.uWord2)) return;
-            } else if (StartsWith(p, DOUBLE_TYPE)) {
-                p += DOUBLE_TYPE.size();
-                double dValue;
-                const auto oResult = std::from_chars(p, pEnd, dValue);
-                if (oResult.ec != std::errc() || oResult.ptr == pEnd) return;
-                if (oResult.ptr == p || *oResult.ptr != '<') return;
-                p = oResult.ptr;
-                oNode.SetType(Node::Double);
-                oNode.SetValue64(std::bit_cast<u3_t>(dValue));
-            } else if (StartsWith(p, BOOLEAN_TYPE)) {
-                p += BOOLEAN_TYPE.size();
-                oNode.SetType(Node::Boolean);
-                oNode.uWord2 = *p == '1';
-                if (*p != '1' && *p != '0') return;
-                ++p;
-            } else {
-                return;
-            }
-            if (!EndsHere(oName, p, pEnd)) return;
+        Node oNode{uKey, (m_uNode + 1) << 4, 0, 0};
+        Plain ePlain;
+        if (*p != '>') {
+            ePlain = PlainTyped(p, oName, oNode);
+        } else if (++p; *p == '<' && p[1] == '!') {
+            ePlain = PlainCdata(p, oName, oNode);
         } else {
-            return;
+            ePlain = PlainContent(p, oName, oNode);
         }
-        b.Append(uParent, uKey, oNode.GetType(), oNode.Value64());
+        if (ePlain == Plain::Other) return;
+        const u2_t uId = b.Append(m_uNode, uKey, oNode.GetType(), oNode.Value64());
         ++m_uElements;
-        // Behind the end tag that EndsHere has seen.
-        p += 2 + oName.uLength + 1;
+        if (ePlain == Plain::Opens) {
+            m_uNode = uId;
+            ++m_uDepth;
+        } else {
+            p += 2 + oName.uLength + 1;  // the end tag that EndsHere has seen
+        }
     }
 }
 

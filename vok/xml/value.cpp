@@ -15,7 +15,7 @@ namespace vok::detail {
 void XmlLoader::SetAttributes() {
     const Arr<xml::Tag::Attribute>& oAttributes = m_oTag.Attributes();
     if (oAttributes.Size() > m_oLimits.m_uAttributes) {
-        Msg::LimitExceeded("attributes", m_oLimits.m_uAttributes, "Limits::m_uAttributes");
+        m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
     }
     // They cost memory like nodes.
     if (m_oWork.IsMetered() && (m_uAttributes += oAttributes.Size()) >= NODES_BETWEEN_CHECKS) {

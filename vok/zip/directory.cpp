@@ -55,7 +55,7 @@ bool Directory::Load(Source& oSource, const Limits& oLimits, const Blame& oBlame
     Found oFound;
     if (!Find(oSource, oBlame, oFound)) return false;
     if (oFound.m_uEntries > oLimits.m_uZipEntries) {
-        Msg::LimitExceeded("zip entries", oLimits.m_uZipEntries, "Limits::m_uZipEntries");
+        oLimits.RaiseExceeded(&Limits::m_uZipEntries);
     }
     m_uPosition = oFound.m_uPosition - oFound.m_uSize;
     m_uPrefix = m_uPosition - oFound.m_uOffset;

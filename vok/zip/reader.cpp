@@ -100,8 +100,7 @@ void Reader::CheckReadable(const Central& oHeader, const Str& oName) const {
     }
     if (oHeader.Method() == ZIP_DEFLATED &&
         oHeader.UncompressedSize() > m_oLimits.m_uInflatedBytes) {
-        Msg::LimitExceeded("inflated bytes", m_oLimits.m_uInflatedBytes,
-                           "Limits::m_uInflatedBytes");
+        m_oLimits.RaiseExceeded(&Limits::m_uInflatedBytes);
     }
 }
 

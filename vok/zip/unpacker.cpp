@@ -237,13 +237,11 @@ void Unpacker::CheckAtSize() {
 
 void Unpacker::CheckLimits() {
     if (m_uOut > m_oLimits.m_uInflatedBytes) {
-        Msg::LimitExceeded("inflated bytes", m_oLimits.m_uInflatedBytes,
-                           "Limits::m_uInflatedBytes");
+        m_oLimits.RaiseExceeded(&Limits::m_uInflatedBytes);
     }
     if (m_uOut <= Limits::FREE_INFLATION) return;
     if (m_uOut / std::max<u3_t>(m_oLimits.m_uInflationRatio, 1) > BytesIn()) {
-        Msg::LimitExceeded("inflation ratio", m_oLimits.m_uInflationRatio,
-                           "Limits::m_uInflationRatio");
+        m_oLimits.RaiseExceeded(&Limits::m_uInflationRatio);
     }
 }
 
