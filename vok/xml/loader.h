@@ -178,6 +178,7 @@ class XmlLoader {
     enum class Plain : u0_t { Other, Ends, Opens };
     [[nodiscard]] const char* ClosePlain(const char* p, const char* pBlanks) noexcept;
     [[nodiscard]] u2_t PlainName(const char* p);
+    [[nodiscard]] u2_t ScanPlainName(const char* p);
     [[nodiscard]] Plain PlainContent(const char*& p, const Hash_Text& oName, Node& oNode);
     [[nodiscard]] Plain PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode);
     [[nodiscard]] Plain PlainTyped(const char*& p, const Hash_Text& oName, Node& oNode) const;

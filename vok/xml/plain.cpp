@@ -51,9 +51,9 @@ bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept 
 
 // Makes a text the value of a record; false for one that needs a second look.
 bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
-    if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
     if (!IsPlainText(sText.data(), sText.size())) return false;
+    if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
     oNode.SetType(Node::String);
     oNode.uWord2 = b.m_oHeap.AddText(sText);
     oNode.uWord3 = static_cast<u2_t>(sText.size() + 1);
@@ -61,7 +61,7 @@ bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
 }
 
 // Closes the current element, whose end tag begins at p, behind blanks from pBlanks on.
-const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noexcept {
+inline const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noexcept {
     const Node& oNode = b.m_oNode(m_uNode);
     // Blanks are the value of a node that has no other; the top element ends elsewhere.
     if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uDepth == 1) return nullptr;
@@ -75,17 +75,19 @@ const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noexcept {
 }
 
 // The key of the name at p, 0 for one that needs a second look.
-u2_t XmlLoader::PlainName(const char* p) {
+inline u2_t XmlLoader::PlainName(const char* p) {
     const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - p);
     const auto oIsHere = [&](u2_t uGuess) {
         const Hash_Text& oText = b.m_oName(uGuess);
         return uGuess != 0 && oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME);
     };
     u2_t uKey = m_oGuess.First();
-    if (oIsHere(uKey) || oIsHere(uKey = m_oGuess.Second())) {
-        m_oGuess.Confirm(uKey);
-        return uKey;
-    }
+    if (!oIsHere(uKey) && !oIsHere(uKey = m_oGuess.Second())) return ScanPlainName(p);
+    m_oGuess.Confirm(uKey);
+    return uKey;
+}
+
+u2_t XmlLoader::ScanPlainName(const char* p) {
     const char* pStop = p;
     while (pStop != m_pEnd && xml::Is(*pStop, xml::NAME) && static_cast<u0_t>(*pStop) < 0x80) {
         ++pStop;
@@ -94,14 +96,15 @@ u2_t XmlLoader::PlainName(const char* p) {
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || xml::HasEscapes(sName)) return 0;
     if (IsSkipped(sName)) return 0;
-    uKey = b.m_oName.Insert(sName);
+    const u2_t uKey = b.m_oName.Insert(sName);
     m_oGuess.Note(uKey, true, b.m_oName.Size());
     return uKey;
 }
 
 // What stands behind "<name>": the text of the element and its end tag, or another element in it.
 // p moves to the "<" that ends it.
-XmlLoader::Plain XmlLoader::PlainContent(const char*& p, const Hash_Text& oName, Node& oNode) {
+inline XmlLoader::Plain XmlLoader::PlainContent(const char*& p, const Hash_Text& oName,
+                                                Node& oNode) {
     const char* pText = p;
     while (p != m_pEnd && *p != '<') ++p;
     if (m_pEnd - p < ROOM) return Plain::Other;
@@ -116,7 +119,7 @@ XmlLoader::Plain XmlLoader::PlainContent(const char*& p, const Hash_Text& oName,
 }
 
 // The same for a text in one CDATA section.
-XmlLoader::Plain XmlLoader::PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode) {
+inline XmlLoader::Plain XmlLoader::PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode) {
     if (!StartsWith(p, xml::CDATA)) return Plain::Other;
     const char* pText = p + xml::CDATA.size();
     const char* pStop = pText;
@@ -131,7 +134,8 @@ XmlLoader::Plain XmlLoader::PlainCdata(const char*& p, const Hash_Text& oName, N
 }
 
 // The same for a value of one of the frequent types, from " dt:dt=" on.
-XmlLoader::Plain XmlLoader::PlainTyped(const char*& p, const Hash_Text& oName, Node& oNode) const {
+inline XmlLoader::Plain XmlLoader::PlainTyped(const char*& p, const Hash_Text& oName,
+                                              Node& oNode) const {
     if (!StartsWith(p, TYPE_START)) return Plain::Other;
     p += TYPE_START.size();
     if (StartsWith(p, INTEGER_TYPE)) {
