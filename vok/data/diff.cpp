@@ -37,10 +37,7 @@ class Side {
     [[nodiscard]] bool IsLive(u2_t uId) const noexcept {
         return b.m_oNode(uId).GetType() != Data_Node::Zombi;
     }
-    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept {
-        const Hash_Text& oName = b.m_oName(uKey);
-        return {oName.sText, oName.uLength};
-    }
+    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept { return b.m_oName.View(uKey); }
     // A node without successors is an empty one, whatever it had.
     [[nodiscard]] Data_Node::Type Type(u2_t uId) const noexcept {
         const Data_Node::Type eType = b.m_oNode(uId).GetType();
@@ -49,10 +46,6 @@ class Side {
     [[nodiscard]] std::string_view Block(const Data_Node& oNode) const noexcept {
         return {b.m_oHeap.At(oNode.uWord2), oNode.uWord3};
     }
-    [[nodiscard]] const char* QuadRest(const Data_Node& oNode) const noexcept {
-        return b.m_oHeap.At(oNode.uWord2);
-    }
-
     // Where a node hangs.
     enum Place : u0_t { UNKNOWN = 0, INSIDE, OUTSIDE, DETACHED };
 
@@ -204,9 +197,7 @@ class Comparison {
             case Data_Node::Long: return oA.Value64() == oB.Value64();
             case Data_Node::String:
             case Data_Node::Binary: return a.Block(oA) == b.Block(oB);
-            case Data_Node::Quad:
-                return oA.uWord3 == oB.uWord3 &&
-                       std::memcmp(a.QuadRest(oA), b.QuadRest(oB), 12) == 0;
+            case Data_Node::Quad: return a.b.m_oHeap.QuadOf(oA) == b.b.m_oHeap.QuadOf(oB);
             default: return true;
         }
     }

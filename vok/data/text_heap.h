@@ -2,6 +2,7 @@
 #ifndef VOK_DATA_TEXT_HEAP_H
 #define VOK_DATA_TEXT_HEAP_H
 
+#include <array>
 #include <cstring>
 #include <string_view>
 
@@ -61,6 +62,18 @@ class Data_Heap {
         pText[sText.size()] = 0;
         m_oBytes.SetSize(uOffset + sText.size() + 1);
         return static_cast<u2_t>(uOffset);
+    }
+    // The words of a quad: the first one stands in the record, the others in the heap.
+    using Quad = std::array<u2_t, 4>;
+    [[nodiscard]] Quad QuadOf(const Data_Node& oNode) const noexcept {
+        Quad auWord{oNode.uWord3};
+        std::memcpy(auWord.data() + 1, At(oNode.uWord2), QUAD_REST);
+        return auWord;
+    }
+    // Appends those that do not stand in the record, and puts others in their place.
+    u2_t AddQuad(const Quad& auWord) { return Add(auWord.data() + 1, QUAD_REST); }
+    void SetQuad(u2_t uOffset, const Quad& auWord) noexcept {
+        std::memcpy(m_oBytes.Beg() + uOffset, auWord.data() + 1, QUAD_REST);
     }
     // Whether a text lies in the heap with its NUL behind it.
     [[nodiscard]] bool Owns(std::string_view sText) const noexcept {

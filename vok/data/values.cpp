@@ -106,8 +106,7 @@ void Data::SetValBin(const void* pData, u2_t uSize) {
 void Data::SetValQuad(u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
     return Where("vok::Data::SetValQuad", [&] {
         Base& b = SettableOf(*this, m_oBase);
-        const u2_t auRest[3] = {uW1, uW2, uW3};
-        const u2_t uOffset = b.m_oHeap.Add(auRest, sizeof(auRest));
+        const u2_t uOffset = b.m_oHeap.AddQuad({uW0, uW1, uW2, uW3});
         Node& oNode = StartValue(b, m_uId, Node::Quad);
         oNode.uWord2 = uOffset;
         oNode.uWord3 = uW0;
@@ -187,12 +186,11 @@ const void* Data::GetValBin(u2_t& uSize) const {
 void Data::GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const {
     return Where("vok::Data::GetValQuad", [&] {
         const Node& oNode = ReadValue(m_oBase, m_uId, Node::Quad);
-        u2_t auRest[3];
-        std::memcpy(auRest, m_oBase->m_oHeap.At(oNode.uWord2), sizeof(auRest));
-        uW0 = oNode.uWord3;
-        uW1 = auRest[0];
-        uW2 = auRest[1];
-        uW3 = auRest[2];
+        const Data_Heap::Quad auWord = m_oBase->m_oHeap.QuadOf(oNode);
+        uW0 = auWord[0];
+        uW1 = auWord[1];
+        uW2 = auWord[2];
+        uW3 = auWord[3];
     });
 }
 

@@ -6,6 +6,7 @@
 
 #include "vok/base/where.h"
 #include "vok/file/file.h"
+#include "vok/file/rest.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/buf.h"
 
@@ -143,7 +144,7 @@ void Dgraph_LoadFromFile(Data& data, const char* sPath, const Limits& oLimits,
         Loader oLoader{data, oLimits, pReport};
         File oFile(sPath, "rb");
         char sStart[SNIFFED];
-        const std::size_t uStart = oFile.Read(sStart, SNIFFED, true);
+        const std::size_t uStart = ReadUpTo(oFile, sStart, SNIFFED);
         oFile.Seek(0);
         switch (WrappingOf({sStart, uStart})) {
             case Wrapping::None: oLoader.From(oFile); break;

@@ -1,4 +1,5 @@
 // Constants of the DGraph document; docs/format.md explains it. All numbers are little-endian.
+// Internal.
 #ifndef VOK_DGRAPH_FORMAT_H
 #define VOK_DGRAPH_FORMAT_H
 
@@ -7,6 +8,8 @@
 
 namespace vok::dgraph {
 
+// The header of a document:
+//
 //      0   9  magic, without NUL
 //      9   1  major version
 //     10   1  minor version
@@ -15,6 +18,20 @@ namespace vok::dgraph {
 inline constexpr char MAGIC[] = "DGraphBin";
 inline constexpr std::size_t MAGIC_SIZE = 9;
 inline constexpr std::size_t HEADER_SIZE = 30;
+
+// A version, on a tree "DGraphBin 1.2.0".
+struct Version {
+    i3_t iMajor = 0;
+    i2_t iMinor = 0;
+    i2_t iPatch = 0;
+};
+// Reads the text on a tree; false for any other text.
+[[nodiscard]] bool ParseVersion(const char* sTag, Version& oVersion) noexcept;
+
+// Writes the HEADER_SIZE bytes of a header, and reads one of which uSize bytes are there: false
+// when it is none. What is not there counts as zero.
+void StoreHeader(char* p, const Version& oVersion) noexcept;
+[[nodiscard]] bool LoadHeader(const char* p, std::size_t uSize, Version& oVersion) noexcept;
 
 // Type codes of records. They are stored: do not change them.
 enum Code : u0_t {
@@ -34,14 +51,6 @@ enum Code : u0_t {
 
 using le::Load;
 using le::Store;
-
-// The version on a tree, "DGraphBin 1.2.0"; false for any other text.
-struct Version {
-    i3_t iMajor = 0;
-    i2_t iMinor = 0;
-    i2_t iPatch = 0;
-};
-[[nodiscard]] bool ParseVersion(const char* sTag, Version& oVersion) noexcept;
 
 }  // namespace vok::dgraph
 

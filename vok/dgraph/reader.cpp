@@ -435,9 +435,9 @@ class Reader {
     void ReadQuad() {
         char s[16];
         m_oSource.Fetch(s, sizeof(s));
-        const u2_t auRest[3] = {Load<u2_t>(s + 4), Load<u2_t>(s + 8), Load<u2_t>(s + 12)};
-        const u2_t uOffset = b.m_oHeap.Add(auRest, sizeof(auRest));
-        SetValue(Data_Node::Quad, u3_t{Load<u2_t>(s)} << 32 | uOffset);
+        const Data_Heap::Quad auWord = {Load<u2_t>(s), Load<u2_t>(s + 4), Load<u2_t>(s + 8),
+                                        Load<u2_t>(s + 12)};
+        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | b.m_oHeap.AddQuad(auWord));
     }
 
     void ReadLink() {
@@ -525,15 +525,13 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
         data.Clear();
         data.SetToRoot();
         data.SetRootName("Root");
-        char sHeader[dgraph::HEADER_SIZE] = {};
-        const std::size_t uRead = dgraph::ReadUpTo(in, sHeader, sizeof(sHeader));
+        char sHeader[dgraph::HEADER_SIZE];
+        const std::size_t uRead = ReadUpTo(in, sHeader, sizeof(sHeader));
         if (pReport != nullptr) pReport->m_uOffset = uRead;
-        if (uRead < dgraph::MAGIC_SIZE ||
-            std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) != 0) {
-            dgraph::RaiseNoBinaryDGraph();
-        }
-        if (sHeader[9] == 2) return dgraph::LoadDump(data, in, oLimits, pReport);
-        if (sHeader[9] != 1) dgraph::RaiseWrongVersion();
+        dgraph::Version oVersion;
+        if (!dgraph::LoadHeader(sHeader, uRead, oVersion)) dgraph::RaiseNoBinaryDGraph();
+        if (oVersion.iMajor == 2) return dgraph::LoadDump(data, in, oLimits, pReport);
+        if (oVersion.iMajor != 1) dgraph::RaiseWrongVersion();
         if (File_Buf* pBuffer = dynamic_cast<File_Buf*>(&in); pBuffer != nullptr) {
             dgraph::BufferSource oSource(*pBuffer);
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
@@ -542,7 +540,7 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
         }
         if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(in);
-        Dgraph_SetVersion(data, 1, static_cast<u0_t>(sHeader[10]), static_cast<u0_t>(sHeader[11]));
+        Dgraph_SetVersion(data, 1, oVersion.iMinor, oVersion.iPatch);
         data.Shrink();
     });
 }

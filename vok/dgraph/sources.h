@@ -11,20 +11,9 @@
 #include <string_view>
 
 #include "vok/file/buf.h"
+#include "vok/file/rest.h"
 
 namespace vok::dgraph {
-
-// Reads uSize bytes, or those that are left. A stream may give less than it is asked for, a
-// pipe for one: its end is where it gives nothing.
-inline std::size_t ReadUpTo(File_Stream& oIn, char* pTarget, std::size_t uSize) {
-    std::size_t uGot = 0;
-    while (uGot < uSize) {
-        const std::size_t uRead = oIn.Read(pTarget + uGot, uSize - uGot, true);
-        if (uRead == 0) break;
-        uGot += std::min(uRead, uSize - uGot);
-    }
-    return uGot;
-}
 
 // Any stream: one read per field.
 class StreamSource {

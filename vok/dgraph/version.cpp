@@ -8,7 +8,7 @@
 #include "vok/base/where.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/format.h"
-#include "vok/dgraph/sources.h"
+#include "vok/file/rest.h"
 
 namespace vok {
 
@@ -23,6 +23,23 @@ bool ParseVersion(const char* sTag, Version& oVersion) noexcept {
     if (*p++ != '.') return false;
     oVersion.iPatch = ParseLong(p, &p);
     return *p == 0;
+}
+
+void StoreHeader(char* p, const Version& oVersion) noexcept {
+    std::memset(p, 0, HEADER_SIZE);
+    std::memcpy(p, MAGIC, MAGIC_SIZE);
+    p[MAGIC_SIZE] = static_cast<char>(oVersion.iMajor);
+    p[MAGIC_SIZE + 1] = static_cast<char>(oVersion.iMinor);
+    p[MAGIC_SIZE + 2] = static_cast<char>(oVersion.iPatch);
+}
+
+bool LoadHeader(const char* p, std::size_t uSize, Version& oVersion) noexcept {
+    if (uSize < MAGIC_SIZE || std::memcmp(p, MAGIC, MAGIC_SIZE) != 0) return false;
+    const auto oByte = [&](std::size_t u) {
+        return MAGIC_SIZE + u < uSize ? static_cast<u0_t>(p[MAGIC_SIZE + u]) : u0_t{0};
+    };
+    oVersion = {oByte(0), oByte(1), oByte(2)};
+    return true;
 }
 
 }  // namespace dgraph
@@ -46,10 +63,10 @@ bool Dgraph_CanLoadDGraph(File_Stream& in) {
     return Where("vok::Dgraph_CanLoadDGraph", [&] {
         char sHeader[dgraph::HEADER_SIZE];
         const i3_t iPosition = in.Tell();
-        const std::size_t uRead = dgraph::ReadUpTo(in, sHeader, sizeof(sHeader));
+        const std::size_t uRead = ReadUpTo(in, sHeader, sizeof(sHeader));
         in.Seek(iPosition, File_Stream::FROM_START);
-        return uRead >= dgraph::MAGIC_SIZE &&
-               std::memcmp(sHeader, dgraph::MAGIC, dgraph::MAGIC_SIZE) == 0;
+        dgraph::Version oVersion;
+        return dgraph::LoadHeader(sHeader, uRead, oVersion);
     });
 }
 

@@ -297,8 +297,7 @@ class Writer {
     }
 
     void WriteQuad(const Data_Node& oNode) {
-        u2_t au[4] = {oNode.uWord3, 0, 0, 0};
-        std::memcpy(au + 1, b.m_oHeap.At(oNode.uWord2), 12);
+        const Data_Heap::Quad au = b.m_oHeap.QuadOf(oNode);
         if (m_iMinor < 3) {
             char sBuf[128];
             const int iLength =
@@ -348,18 +347,10 @@ class Writer {
     Arr<u2_t> m_oAttKeys;
 };
 
-void MakeHeader(const Version& oVersion, char* p) {
-    std::memset(p, 0, HEADER_SIZE);
-    std::memcpy(p, MAGIC, MAGIC_SIZE);
-    p[9] = static_cast<char>(oVersion.iMajor);
-    p[10] = static_cast<char>(oVersion.iMinor);
-    p[11] = static_cast<char>(oVersion.iPatch);
-}
-
 template <class Sink>
 void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
     char* p = oSink.Space(HEADER_SIZE);
-    MakeHeader(oVersion, p);
+    StoreHeader(p, oVersion);
     oSink.Cut(p + HEADER_SIZE);
     oRoot.SetAccessMode();
     Writer<Sink>(oRoot, oVersion, oSink).Run();
@@ -379,7 +370,7 @@ void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
         if (oVersion.iMajor != 1 && oVersion.iMajor != 2) dgraph::RaiseWrongVersion();
         if (oVersion.iMajor == 2) {
             char sHeader[dgraph::HEADER_SIZE];
-            dgraph::MakeHeader(oVersion, sHeader);
+            dgraph::StoreHeader(sHeader, oVersion);
             out.Write(sHeader, sizeof(sHeader));
             return data.Dump(out);
         }

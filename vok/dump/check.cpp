@@ -134,8 +134,8 @@ void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
             m_uReferred += oNode.uWord3;
             return;
         case Data_Node::Quad:
-            if (u3_t{oNode.uWord2} + 12 > uHeap) FailNode(uId);
-            m_uReferred += 12;
+            if (u3_t{oNode.uWord2} + Data_Heap::QUAD_REST > uHeap) FailNode(uId);
+            m_uReferred += Data_Heap::QUAD_REST;
             return;
         case Data_Node::Link:
             if (oNode.uWord2 != Data_Node::NONE && oNode.uWord2 >= b.m_oNode.Size()) FailNode(uId);

@@ -17,6 +17,7 @@
 #include "vok/base/little_endian.h"
 #include "vok/base/where.h"
 #include "vok/file/file.h"
+#include "vok/file/rest.h"
 
 namespace vok {
 
@@ -41,14 +42,7 @@ enum class Form { None, Long, Short };
 }
 
 [[nodiscard]] bool ReadWhole(File_Stream& oStream, char* pTarget, std::size_t uCount) {
-    // A pipe may give less than it is asked for; it ends where it gives nothing.
-    while (uCount > 0) {
-        const std::size_t uRead = oStream.Read(pTarget, uCount, true);
-        if (uRead == 0) return false;
-        pTarget += uRead;
-        uCount -= uRead;
-    }
-    return true;
+    return ReadUpTo(oStream, pTarget, uCount) == uCount;
 }
 
 [[nodiscard]] Form ReadForm(File_Stream& oStream) {

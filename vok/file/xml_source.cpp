@@ -8,6 +8,7 @@
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
 #include "vok/base/utf8.h"
+#include "vok/file/rest.h"
 #include "vok/file/xml_text.h"
 
 namespace vok::xml {
@@ -183,12 +184,7 @@ bool Source::Fetch(const char*& p, const char*& pEnd) {
     m_oPlace = oPlace;
     const std::size_t uWanted = std::max(PIECE, uKept);
     m_oBytes.Reserve(uKept + uWanted);
-    std::size_t uGot = 0;
-    while (uGot < uWanted) {
-        const std::size_t uRead = m_oIn.Read(m_oBytes.Beg() + uKept + uGot, uWanted - uGot, true);
-        if (uRead == 0) break;
-        uGot += std::min(uRead, uWanted - uGot);
-    }
+    const std::size_t uGot = ReadUpTo(m_oIn, m_oBytes.Beg() + uKept, uWanted);
     m_bAtEnd = uGot < uWanted;
     m_uRead += uGot;
     m_oBytes.SetSize(uKept + uGot);

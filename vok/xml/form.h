@@ -2,6 +2,7 @@
 #ifndef VOK_XML_FORM_H
 #define VOK_XML_FORM_H
 
+#include <array>
 #include <string_view>
 
 #include "vok/data/node.h"
@@ -43,6 +44,32 @@ inline constexpr TypeName TYPES[] = {
     {"bool", Data_Node::Boolean},
     {"dateTime.tz", Data_Node::Date, true},
 };
+inline constexpr std::string_view TYPE = "dt:dt";
+
+// The name that documents give a type; empty for one that they do not name.
+[[nodiscard]] constexpr std::string_view NameOf(Data_Node::Type eType) noexcept {
+    for (const TypeName& o : TYPES) {
+        if (o.eType == eType) return o.sName;
+    }
+    return {};
+}
+
+// What stands between the name of an element and a value of that type: ` dt:dt="i4">`.
+template <Data_Node::Type eType>
+struct TypeTag {
+    static constexpr std::string_view NAME = NameOf(eType);
+    static constexpr auto CHARS = [] {
+        std::array<char, TYPE.size() + NAME.size() + 5> sTag{};
+        char* p = sTag.data();
+        const auto oAdd = [&p](std::string_view s) {
+            for (const char c : s) *p++ = c;
+        };
+        oAdd(" "), oAdd(TYPE), oAdd("=\""), oAdd(NAME), oAdd("\">");
+        return sTag;
+    }();
+    static constexpr std::string_view TEXT{CHARS.data(), CHARS.size()};
+};
+
 // Null for any other text.
 [[nodiscard]] inline const TypeName* FindType(std::string_view sName) noexcept {
     for (const TypeName& o : TYPES) {

@@ -61,9 +61,6 @@ class XmlLoader {
     static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
     // Tokens of so many bytes are read whatever the limit on texts.
     static constexpr u3_t LONG_TOKEN = u3_t{1} << 20;
-    // The words of a Quad that have no room in its record.
-    static constexpr std::size_t QUAD_REST = 12;
-    static constexpr char NO_WORDS[QUAD_REST] = {};
 
     [[nodiscard]] std::string_view Rest(const char* p) const noexcept {
         return {p, static_cast<std::size_t>(m_pEnd - p)};

@@ -12,10 +12,11 @@ namespace vok::detail {
 namespace {
 
 // The bytes after a name in a start tag that gives the most frequent types.
-constexpr std::string_view TYPE_START = " dt:dt=\"";
-constexpr std::string_view INTEGER_TYPE = "i4\">";
-constexpr std::string_view DOUBLE_TYPE = "r8\">";
-constexpr std::string_view BOOLEAN_TYPE = "boolean\">";
+constexpr std::size_t SAME = xml::TYPE.size() + 3;  // which all types have in front
+constexpr std::string_view TYPE_START = xml::TypeTag<Data_Node::Integer>::TEXT.substr(0, SAME);
+constexpr std::string_view INTEGER_TYPE = xml::TypeTag<Data_Node::Integer>::TEXT.substr(SAME);
+constexpr std::string_view DOUBLE_TYPE = xml::TypeTag<Data_Node::Double>::TEXT.substr(SAME);
+constexpr std::string_view BOOLEAN_TYPE = xml::TypeTag<Data_Node::Boolean>::TEXT.substr(SAME);
 // So many bytes can be looked at without asking: what lies before a value.
 constexpr std::ptrdiff_t ROOM = 64;
 

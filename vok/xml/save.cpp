@@ -157,15 +157,15 @@ class XmlWriter {
             p += oName.uLength;
             switch (eType) {
                 case Node::Integer:
-                    p = Store(p, " dt:dt=\"i4\">");
+                    p = Store(p, xml::TypeTag<Node::Integer>::TEXT);
                     p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
                     break;
                 case Node::Double:
-                    p = Store(p, " dt:dt=\"r8\">");
+                    p = Store(p, xml::TypeTag<Node::Double>::TEXT);
                     p += FormatReal(std::bit_cast<double>(oNode.Value64()), p);
                     break;
                 case Node::Boolean:
-                    p = Store(p, " dt:dt=\"boolean\">");
+                    p = Store(p, xml::TypeTag<Node::Boolean>::TEXT);
                     p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
                     break;
                 case Node::String: {
@@ -315,11 +315,7 @@ class XmlWriter {
     }
 
     void StartTyped(Node::Type eType) {
-        for (const xml::TypeName& o : xml::TYPES) {
-            if (o.eType != eType) continue;
-            WriteAttribute("dt:dt", o.sName);
-            break;
-        }
+        WriteAttribute(xml::TYPE, xml::NameOf(eType));
         Add(">");
     }
 
@@ -331,13 +327,11 @@ class XmlWriter {
 
     void WriteQuad(u2_t uId) {
         const Node& oNode = b.m_oNode(uId);
-        i2_t ai[4] = {static_cast<i2_t>(oNode.uWord3), 0, 0, 0};
-        std::memcpy(ai + 1, b.m_oHeap.At(oNode.uWord2), 12);
         char s[4 * NUMBER_ROOM];
         std::size_t uSize = 0;
-        for (const i2_t i : ai) {
+        for (const u2_t uWord : b.m_oHeap.QuadOf(oNode)) {
             if (uSize != 0) s[uSize++] = ',';
-            uSize += FormatInteger(i, s + uSize);
+            uSize += FormatInteger(static_cast<i2_t>(uWord), s + uSize);
         }
         WriteTyped(uId, {s, uSize});
     }

@@ -23,7 +23,7 @@ void XmlLoader::SetAttributes() {
     }
     for (const xml::Tag::Attribute& o : oAttributes) {
         if (o.sName == xml::DT_DECLARATION) continue;
-        const bool bType = o.sName == "dt:dt" || o.sName == "dt:type";
+        const bool bType = o.sName == xml::TYPE || o.sName == "dt:type";
         if (bType && SetType(o.sValue)) continue;
         if (o.sName == xml::NODE_ID) {
             AddNumbered(m_oTarget, o.sValue);
@@ -47,7 +47,7 @@ bool XmlLoader::SetType(std::string_view sType) {
     const xml::TypeName* pType = xml::FindType(sType);
     if (pType == nullptr) return false;
     u3_t uValue = pType->bZone ? std::bit_cast<u3_t>(3600.0) : 0;
-    if (pType->eType == Node::Quad) uValue = b.m_oHeap.Add(NO_WORDS, QUAD_REST);
+    if (pType->eType == Node::Quad) uValue = b.m_oHeap.AddQuad({});
     b.DropValue(oNode);
     oNode.SetType(pType->eType);
     oNode.SetValue64(uValue);
@@ -156,7 +156,7 @@ void XmlLoader::RaiseUnknownText(std::string_view sText) {
 }
 
 void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
-    std::array<u2_t, 4> auWord{};
+    Data_Heap::Quad auWord{};
     for (u2_t& uWord : auWord) {
         uWord = static_cast<u2_t>(ParseLong64(sText));
         const std::size_t uComma = sText.find(',');
@@ -165,7 +165,7 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
     }
     // SetType has made room for the words.
     Node& oNode = b.m_oNode(uId);
-    std::memcpy(b.m_oHeap.WritableAt(oNode.uWord2), auWord.data() + 1, QUAD_REST);
+    b.m_oHeap.SetQuad(oNode.uWord2, auWord);
     oNode.uWord3 = auWord[0];
 }
 
