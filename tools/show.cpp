@@ -22,7 +22,7 @@ using vok::Data_Node;
 // Longer texts end in "..." and their length.
 constexpr std::size_t LONGEST_SHOWN = 200;
 
-std::string Shortened(std::string_view sText) {
+std::string Excerpt(std::string_view sText) {
     if (sText.size() <= LONGEST_SHOWN) return Escaped(sText);
     std::size_t uCut = LONGEST_SHOWN;
     while ((sText[uCut] & 0xC0) == 0x80) --uCut;  // not inside a character
@@ -75,7 +75,7 @@ class Lines {
         }
         if (eType != Data_Node::Tree && eType != Data_Node::Empty) {
             sLine += ' ';
-            const std::string sValue = Shortened(ValueText(oNode));
+            const std::string sValue = Excerpt(ValueText(oNode));
             oAdd(m_oPalette.sValue, eType == Data_Node::String ? '"' + sValue + '"' : sValue);
         }
         sLine += '\n';
@@ -88,7 +88,7 @@ class Lines {
         for (std::size_t u = 0; u < m_oNames.Size(); ++u) {
             oAdd("", " ");
             oAdd(m_oPalette.sAttribute,
-                 '@' + Escaped(m_oNames(u)) + "=\"" + Shortened(m_oValues(u)) + '"');
+                 '@' + Escaped(m_oNames(u)) + "=\"" + Excerpt(m_oValues(u)) + '"');
         }
     }
 

@@ -177,6 +177,22 @@ TEST(CreateNode, PlaceholdersOfAWholePathAreLimited) {
     oRoot.CreateNode("a[15]", nullptr, oLimits);  // there are six already
 }
 
+// A step made by hand may ask for an attribute without a name; the node stays as it is.
+TEST(CreateSucc, RefusesAnAttributeWithoutAName) {
+    Data oRoot = NewTree();
+    oRoot.CreateNewSucc("a").Remove();
+    const Data oBefore = oRoot.MkClone();
+    Data_XpathStep oStep;
+    oStep.m_sName = "a";
+    oStep.m_iIndex = 0;  // revives it
+    oStep.m_oAttName.Add("");
+    oStep.m_oAttVal.Add("v");
+    EXPECT_EQ(Failing([&] { oRoot.CreateSucc(oStep); }), "unallowed attribute \"\"");
+    EXPECT_EQ(Fault(oRoot), "");
+    EXPECT_TRUE(Data::Equal(oBefore, oRoot));
+    EXPECT_EQ(oRoot.GetNthSucc(0).GetType(), Data_Node::Zombi);
+}
+
 TEST(CreateSucc, ByStep) {
     Data_Xpath oPath;
     oPath.Parse("n[2][@k=\"v\"]/*");

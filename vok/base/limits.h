@@ -14,8 +14,8 @@ namespace vok {
 //     limit "%0" of %1 exceeded (raise %2)
 // with the name of the limit, its value and the field below that raises it.
 struct Limits {
-    // Nodes made. A record takes at least 9 bytes of input, so this guards the memory of
-    // the process rather than its proportion to the input.
+    // Nodes made. An element or a record takes at least 4 bytes of input, so this guards the
+    // memory of the process rather than its proportion to the input.
     u3_t m_uNodes = u3_t{1} << 31;
     // Levels of nesting; a root alone is one. Nothing recurses, so depth costs memory only.
     u3_t m_uDepth = u3_t{1} << 22;
@@ -23,7 +23,7 @@ struct Limits {
     u3_t m_uSkippedSlots = u3_t{1} << 20;
     // Bytes of one text, block or attribute value. All texts of a tree share 2 GiB.
     u3_t m_uTextBytes = u3_t{1} << 30;
-    // Attributes of one node: each costs a search among those before it.
+    // Attributes of one node. Each new name has an array of its own.
     u3_t m_uAttributes = u3_t{1} << 20;
     // Bytes that one compressed stream or member may inflate to: all of them are held in memory
     // while a tree is loaded, and the texts of a tree share 2 GiB.

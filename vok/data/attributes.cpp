@@ -14,11 +14,12 @@ void Data::SetAttVal(const char* sName, const char* sValue) {
     return Where("vok::Data::SetAttVal", [&] {
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
+        if (sValue != nullptr) {
+            return b.SetOutsideAttribute(m_uId, sName != nullptr ? sName : "", sValue);
+        }
         const Utf8_Text oName(sName);
         if (oName.Len() == 0) Msg::UnallowedAttribute("");
-        if (sValue == nullptr) return b.RemoveAttribute(m_uId, oName.View());
-        const Utf8_Text oValue(sValue);
-        b.SetAttribute(m_uId, oName.View(), oValue.View());
+        b.RemoveAttribute(m_uId, oName.View());
     });
 }
 

@@ -136,11 +136,8 @@ class PathMaker {
     u2_t WithAttributes(u2_t uId, const Data_XpathStep& oStep) {
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
             if (oStep.AttVal(u) == nullptr) continue;
-            const Utf8_Text oName(oStep.m_oAttName(u));
-            if (oName.Len() == 0) Msg::UnallowedAttribute("");
-            const Utf8_Text oValue(oStep.AttVal(u));
-            m_oUndo.KeepAttribute(uId, oName.View());
-            b.SetAttribute(uId, oName.View(), oValue.View());
+            m_oUndo.KeepAttribute(uId, Utf8_Text(oStep.m_oAttName(u)).View());
+            b.SetOutsideAttribute(uId, oStep.m_oAttName(u), oStep.AttVal(u));
         }
         return uId;
     }

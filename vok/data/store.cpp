@@ -67,6 +67,15 @@ void Data_Base::PrepareAppend(u2_t uParent) {
     MakeTree(uParent);
 }
 
+// ---- attributes -------------------------------------------------------------
+
+void Data_Base::SetOutsideAttribute(u2_t uId, std::string_view sName, std::string_view sValue) {
+    const Utf8_Text oName(sName);
+    if (oName.Len() == 0) Msg::UnallowedAttribute("");
+    const Utf8_Text oValue(sValue);
+    SetAttribute(uId, oName.View(), oValue.View());
+}
+
 // ---- values -----------------------------------------------------------------
 
 void Data_Base::SetNewText(u2_t uId, std::string_view sText) {

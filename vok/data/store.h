@@ -276,6 +276,9 @@ class Data_Base {
     void SetAttribute(u2_t uId, std::string_view sName, std::string_view sValue) {
         m_oAtt.Set(uId, sName, sValue, m_oNode.Size(), m_oHeap);
     }
+    // The same for texts from outside, which may be no UTF-8. Raises "unallowed attribute" for an
+    // empty name.
+    void SetOutsideAttribute(u2_t uId, std::string_view sName, std::string_view sValue);
     void RemoveAttribute(u2_t uId, std::string_view sName) noexcept {
         m_oAtt.Remove(uId, sName, m_oHeap);
     }

@@ -27,6 +27,7 @@ class Data_Undo {
     void KeepAttribute(u2_t uId, std::string_view sName) {
         if (uId >= m_uNodes) return;
         const u2_t uKey = b.m_oAtt.Intern(sName);
+        if (uKey == NO_ATTRIBUTE) return;  // an empty name, which nobody can set
         m_oChange.Add(Change{uId, uKey, {0, 0, b.m_oAtt.Find(uId, uKey), 0}});
     }
     // Makes the tree what it was. Never fails.

@@ -11,7 +11,7 @@
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
 #include "vok/data/link_bytes.h"
-#include "vok/data/load_report.h"
+#include "vok/data/report_node.h"
 #include "vok/data/select.h"
 #include "vok/data/store.h"
 #include "vok/dgraph/access.h"

@@ -7,7 +7,7 @@
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/link_bytes.h"
-#include "vok/data/load_report.h"
+#include "vok/data/report_node.h"
 #include "vok/file/rest.h"
 #include "vok/xml/loader.h"
 

@@ -64,10 +64,7 @@ void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
     }
     CheckNoNul(sValue);
     if (sValue.size() > m_oLimits.m_uTextBytes) RaiseTextLimit();
-    const Utf8_Text oName(Decoded(o.sName, m_oNameRoom));
-    const Utf8_Text oValue(sValue);
-    if (oName.Len() == 0) Msg::UnallowedAttribute("");
-    b.SetAttribute(m_uNode, oName.View(), oValue.View());
+    b.SetOutsideAttribute(m_uNode, Decoded(o.sName, m_oNameRoom), sValue);
     m_oText.Truncate(0);
 }
 

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "vok/base/msg.h"
-#include "vok/zip/codec.h"
+#include "vok/zip/packer.h"
 
 namespace vok::zip {
 

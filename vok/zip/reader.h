@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "vok/zip/directory.h"
+#include "vok/zip/unpacker.h"
 
 namespace vok::zip {
 
@@ -33,7 +34,6 @@ class Reader final : Feed {
 
     void OpenMember();
     void CloseMember();
-    [[nodiscard]] bool IsMemberOpen() const noexcept { return m_bOpen; }
     [[nodiscard]] Unpacker& Member();
     // Plain bytes that are still to come.
     [[nodiscard]] u3_t Left();

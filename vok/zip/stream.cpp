@@ -10,6 +10,8 @@
 #include "vok/file/buf.h"
 #include "vok/zip/file.h"
 #include "vok/zip/messages.h"
+#include "vok/zip/packer.h"
+#include "vok/zip/unpacker.h"
 
 namespace vok {
 

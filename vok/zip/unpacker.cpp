@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "vok/base/msg.h"
-#include "vok/zip/codec.h"
+#include "vok/zip/unpacker.h"
 
 namespace vok::zip {
 

@@ -8,6 +8,7 @@
 #include "vok/file/file.h"
 #include "vok/zip/info.h"
 #include "vok/zip/messages.h"
+#include "vok/zip/packer.h"
 
 namespace vok::zip {
 
@@ -33,7 +34,6 @@ class Writer final : Sink {
     ~Writer() = default;
 
     [[nodiscard]] const Blame& Who() const noexcept { return m_oBlame; }
-    [[nodiscard]] bool IsMemberOpen() const noexcept { return m_bOpen; }
     [[nodiscard]] bool IsBroken() const noexcept { return m_bBroken; }
     // Whether an exception has come up since the archive was opened.
     [[nodiscard]] bool IsUnwinding() const noexcept {

@@ -1,6 +1,6 @@
 // What the load reports of all formats say about the tree. Internal.
-#ifndef VOK_DATA_LOAD_REPORT_H
-#define VOK_DATA_LOAD_REPORT_H
+#ifndef VOK_DATA_REPORT_NODE_H
+#define VOK_DATA_REPORT_NODE_H
 
 #include <exception>
 
@@ -20,4 +20,4 @@ inline void ReportNode(Load_Report& oReport, const Data& oTree, u2_t uNode) noex
 
 }  // namespace vok::detail
 
-#endif  // VOK_DATA_LOAD_REPORT_H
+#endif  // VOK_DATA_REPORT_NODE_H
