@@ -15,6 +15,7 @@
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
@@ -57,7 +58,8 @@ void ReadFile(const std::string& sPath, Arr<char>& oBytes) {
 void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
             const vok::Limits& oLimits) {
     const std::string_view sBytes(oStored.Beg(), oStored.Size());
-    if (sBytes.starts_with("PK")) {
+    const auto eWrapping = vok::dgraph::WrappingOf(sBytes);
+    if (eWrapping == vok::dgraph::Wrapping::Zip) {
         sWrapping = "zip";
         vok::Zip_Archive oArchive;
         oArchive.Open(sBytes.data(), sBytes.size(), oLimits);
@@ -68,8 +70,8 @@ void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
         }
         oArchive.GoToFirstFile();
         oArchive.Uncompress(oPlain);
-    } else if (sBytes.starts_with('x') || sBytes.starts_with("\x1f\x8b")) {
-        sWrapping = sBytes[0] == 'x' ? "zlib" : "gzip";
+    } else if (eWrapping != vok::dgraph::Wrapping::None) {
+        sWrapping = eWrapping == vok::dgraph::Wrapping::Zlib ? "zlib" : "gzip";
         vok::Zip_Buf oBuf;
         oBuf.Open(sBytes.data(), sBytes.size(), oLimits);
         oBuf.Read(oPlain, vok::File_Stream::ALL);

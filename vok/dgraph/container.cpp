@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "vok/base/where.h"
+#include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/file/rest.h"
 #include "vok/zip/archive.h"
@@ -12,22 +13,15 @@
 
 namespace vok {
 
+using dgraph::SNIFFED;
+using dgraph::Wrapping;
+using dgraph::WrappingOf;
+
 namespace {
 
-// So many bytes are looked at; a document's header has as many.
-constexpr std::size_t SNIFFED = 30;
 // A member of an archive that is no larger is inflated at once; larger ones are read piece by
 // piece, so that no more memory is held than the tree takes.
 constexpr u3_t SMALL_MEMBER = u3_t{16} << 20;
-
-enum class Wrapping { None, Zlib, Zip };
-
-// The first byte of a zlib stream with a window of 32 KiB comes first: it is enough.
-[[nodiscard]] Wrapping WrappingOf(std::string_view sStart) noexcept {
-    if (sStart.starts_with('x')) return Wrapping::Zlib;
-    if (sStart.starts_with("PK")) return Wrapping::Zip;
-    return Wrapping::None;
-}
 
 // An inflating stream, read from front to end in pieces. Loaders may look at its beginning and go
 // back there, but not once they are past the first piece: that would inflate everything again.
@@ -147,6 +141,7 @@ void Dgraph_LoadFromFile(Data& data, const char* sPath, const Limits& oLimits,
         const std::size_t uStart = ReadUpTo(oFile, sStart, SNIFFED);
         oFile.Seek(0);
         switch (WrappingOf({sStart, uStart})) {
+            case Wrapping::Gzip:  // which no document of this library is in: refused as XML
             case Wrapping::None: oLoader.From(oFile); break;
             case Wrapping::Zlib: {
                 Arr<char> oBytes;
@@ -175,6 +170,7 @@ void Dgraph_LoadFromBuffer(Data& data, const void* pBytes, std::size_t uSize, co
         Loader oLoader{data, oLimits, pReport};
         File_Buf oBuf(pBytes, uSize);
         switch (WrappingOf({oBuf.Data(), uSize})) {
+            case Wrapping::Gzip:
             case Wrapping::None: oLoader.From(oBuf); break;
             case Wrapping::Zlib: oLoader.FromCompressed(pBytes, uSize); break;
             case Wrapping::Zip: {

@@ -11,7 +11,7 @@
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
 #include "vok/data/link_bytes.h"
-#include "vok/data/report_node.h"
+#include "vok/data/report.h"
 #include "vok/data/select.h"
 #include "vok/data/store.h"
 #include "vok/dgraph/access.h"
@@ -472,33 +472,14 @@ class Reader {
     bool m_bFirst = true;
 };
 
-// Tells the caller where an operation ended, on its way out.
-template <class Source>
-class ReportOnExit {
-  public:
-    ReportOnExit(Load_Report* pReport, const Data& oData, const Source& oSource,
-                 const Reader<Source>& oReader) noexcept
-        : m_pReport(pReport), m_oData(oData), m_oSource(oSource), m_oReader(oReader) {}
-    ~ReportOnExit() {
-        if (m_pReport == nullptr) return;
-        m_pReport->m_uOffset += m_oSource.Offset();  // behind the header, counted before
-        m_oReader.AddTo(*m_pReport);
-        vok::detail::ReportNode(*m_pReport, m_oData, m_oReader.CurrentNode());
-    }
-    ReportOnExit(const ReportOnExit&) = delete;
-    ReportOnExit& operator=(const ReportOnExit&) = delete;
-
-  private:
-    Load_Report* m_pReport;
-    const Data& m_oData;
-    const Source& m_oSource;
-    const Reader<Source>& m_oReader;
-};
-
 template <class Source>
 void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Report* pReport) {
     Reader<Source> oReader(oData, oSource, oLimits);
-    const ReportOnExit<Source> oReport(pReport, oData, oSource, oReader);
+    const vok::detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+        oReport.m_uOffset += oSource.Offset();  // behind the header, counted before
+        oReader.AddTo(oReport);
+        vok::detail::ReportNode(oReport, oData, oReader.CurrentNode());
+    });
     oReader.Run();
     oReader.ResolveLinks();
 }
@@ -506,13 +487,9 @@ void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Repor
 // The body of major version 2. Offsets count from the header on.
 void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     const u3_t uHeader = pReport != nullptr ? pReport->m_uOffset : 0;
-    try {
-        oData.Load(oIn, oLimits, pReport);
-    } catch (...) {
-        if (pReport != nullptr) pReport->m_uOffset += uHeader;
-        throw;
-    }
-    if (pReport != nullptr) pReport->m_uOffset += uHeader;
+    const vok::detail::ReportOnExit oOnExit(
+        pReport, [uHeader](Load_Report& oReport) { oReport.m_uOffset += uHeader; });
+    oData.Load(oIn, oLimits, pReport);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "vok/base/where.h"
+#include "vok/data/report.h"
 #include "vok/dump/check.h"
 #include "vok/dump/format.h"
 #include "vok/file/buf.h"
@@ -169,18 +170,13 @@ void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     return Where("vok::Data::Load", [&] {
         if (pReport != nullptr) *pReport = Load_Report();
         dump::Reader oReader(oIn, oLimits);
-        const auto oReport = [&] {
-            if (pReport == nullptr) return;
-            pReport->m_uOffset = oReader.Offset();
-            pReport->m_uNodes = oReader.Nodes();
-        };
-        try {
+        {
+            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+                oReport.m_uOffset = oReader.Offset();
+                oReport.m_uNodes = oReader.Nodes();
+            });
             *this = Data(oReader.Run(), 0);
-        } catch (...) {
-            oReport();
-            throw;
         }
-        oReport();
         if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
     });
 }

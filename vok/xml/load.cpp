@@ -7,7 +7,7 @@
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 #include "vok/data/link_bytes.h"
-#include "vok/data/report_node.h"
+#include "vok/data/report.h"
 #include "vok/file/rest.h"
 #include "vok/xml/loader.h"
 
@@ -283,35 +283,6 @@ void XmlLoader::CloseElement() {
 
 }  // namespace detail
 
-namespace {
-
-// Tells the caller where loading ended, on its way out.
-class ReportOnExit {
-  public:
-    ReportOnExit(Load_Report* pReport, const Data& oData, const xml::Source& oSource,
-                 detail::XmlLoader& oLoader) noexcept
-        : m_pReport(pReport), m_oData(oData), m_oSource(oSource), m_oLoader(oLoader) {}
-    ~ReportOnExit() {
-        if (m_pReport == nullptr) return;
-        const xml::Source::Place oPlace = m_oSource.PlaceOf(m_oLoader.Position());
-        m_oLoader.AddTo(*m_pReport);
-        m_pReport->m_uOffset = oPlace.uOffset;
-        m_pReport->m_uLine = oPlace.uLine;
-        m_pReport->m_uColumn = oPlace.uColumn;
-        detail::ReportNode(*m_pReport, m_oData, m_oLoader.CurrentNode());
-    }
-    ReportOnExit(const ReportOnExit&) = delete;
-    ReportOnExit& operator=(const ReportOnExit&) = delete;
-
-  private:
-    Load_Report* m_pReport;
-    const Data& m_oData;
-    const xml::Source& m_oSource;
-    detail::XmlLoader& m_oLoader;
-};
-
-}  // namespace
-
 u2_t Data::LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits, Load_Report* pReport) {
     return Where("vok::Data::LoadFromXML", [&] {
         if (pReport != nullptr) *pReport = Load_Report();
@@ -321,7 +292,14 @@ u2_t Data::LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits, Load
         detail::XmlLoader oLoader(b, m_uId, oSource, uFlags, oLimits);
         u2_t uElements;
         {
-            const ReportOnExit oReport(pReport, *this, oSource, oLoader);
+            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+                const xml::Source::Place oPlace = oSource.PlaceOf(oLoader.Position());
+                oLoader.AddTo(oReport);
+                oReport.m_uOffset = oPlace.uOffset;
+                oReport.m_uLine = oPlace.uLine;
+                oReport.m_uColumn = oPlace.uColumn;
+                detail::ReportNode(oReport, *this, oLoader.CurrentNode());
+            });
             uElements = oLoader.Run();
             oLoader.ResolveLinks();
             SetAccessMode();

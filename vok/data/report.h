@@ -1,0 +1,39 @@
+// Filling load reports. Internal.
+#ifndef VOK_DATA_REPORT_H
+#define VOK_DATA_REPORT_H
+
+#include <exception>
+
+#include "vok/data/data.h"
+
+namespace vok::detail {
+
+// Notes the nodes made so far, and the path of the one that loading was at.
+inline void ReportNode(Load_Report& oReport, const Data& oTree, u2_t uNode) noexcept {
+    oReport.m_uNodes = oTree.GetNodes();
+    try {
+        oReport.m_oPath = oTree.GetNodeFromID(uNode).GetPath();
+    } catch (const std::exception&) {
+        oReport.m_oPath.Clear();
+    }
+}
+
+// Has a report, unless it is null, filled where a scope is left, by an error as well.
+template <class Fill>
+class ReportOnExit {
+  public:
+    ReportOnExit(Load_Report* pReport, Fill oFill) noexcept : m_pReport(pReport), m_oFill(oFill) {}
+    ~ReportOnExit() {
+        if (m_pReport != nullptr) m_oFill(*m_pReport);
+    }
+    ReportOnExit(const ReportOnExit&) = delete;
+    ReportOnExit& operator=(const ReportOnExit&) = delete;
+
+  private:
+    Load_Report* m_pReport;
+    Fill m_oFill;
+};
+
+}  // namespace vok::detail
+
+#endif  // VOK_DATA_REPORT_H
