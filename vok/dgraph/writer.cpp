@@ -1,351 +1,183 @@
 // Writes a tree as a DGraph document; of major version 2 that is a header and a native dump.
+#include "vok/dgraph/writer.h"
+
 #include <bit>
 #include <cstdio>
 #include <cstring>
-#include <utility>
+#include <string_view>
 
 #include "vok/base/date.h"
-#include "vok/base/number.h"
 #include "vok/base/where.h"
-#include "vok/data/escape.h"
-#include "vok/data/store.h"
-#include "vok/dgraph/access.h"
 #include "vok/dgraph/dgraph.h"
-#include "vok/dgraph/format.h"
 #include "vok/dgraph/messages.h"
-#include "vok/dgraph/sinks.h"
 
 namespace vok {
 
 namespace dgraph {
 
-namespace {
-
-// Room for everything of a record that has no length of its own: lengths, brackets, run
-// index, type code, the largest value.
-constexpr std::size_t FIXED_ROOM = 128;
-
-static_assert(Data_Heap::SLACK >= BufferSink::SLACK);
+template <class Sink>
+void Writer<Sink>::Run() {
+    WriteNode(0, 0);
+    while (m_oFrame.Size() != 0) {
+        if constexpr (Sink::IN_MEMORY) WritePlainRecords();
+        Frame& f = m_oFrame(m_oFrame.Size() - 1);
+        if (f.uPos == f.oGroup.uSize) {
+            m_oFrame.Truncate(m_oFrame.Size() - 1);
+            continue;
+        }
+        const u2_t uPos = f.uPos++;
+        const u2_t uId = f.oGroup.pId[uPos];
+        const Data_Node& oNode = b.m_oNode(uId);
+        if (oNode.uKey != f.uRunKey) {
+            f.uRunKey = oNode.uKey;
+            f.uRunStart = uPos;
+        }
+        // A removed node keeps its place in the run.
+        if (oNode.GetType() == Data_Node::Zombi) continue;
+        WriteNode(uId, uPos - f.uRunStart);
+    }
+}
 
 template <class Sink>
-class Writer {
-  public:
-    Writer(const Data& oRoot, const Version& oVersion, Sink& oSink)
-        : b(*Access::BaseOf(oRoot)), m_oRoot(oRoot), m_iMinor(oVersion.iMinor), m_oSink(oSink) {
-        m_oPlain.Resize(b.m_oName.Size());
-    }
-
-    void Run() {
-        WriteNode(0, 0);
-        while (m_oFrame.Size() != 0) {
-            if constexpr (Sink::IN_MEMORY) WritePlainRecords();
-            Frame& f = m_oFrame(m_oFrame.Size() - 1);
-            if (f.uPos == f.oGroup.uSize) {
-                m_oFrame.Truncate(m_oFrame.Size() - 1);
-                continue;
-            }
-            const u2_t uPos = f.uPos++;
-            const u2_t uId = f.oGroup.pId[uPos];
-            const Data_Node& oNode = b.m_oNode(uId);
-            if (oNode.uKey != f.uRunKey) {
-                f.uRunKey = oNode.uKey;
-                f.uRunStart = uPos;
-            }
-            // A removed node keeps its place in the run.
-            if (oNode.GetType() == Data_Node::Zombi) continue;
-            WriteNode(uId, uPos - f.uRunStart);
-        }
-    }
-
-  private:
-    // The successors of one open level, and the run of equal names at its position.
-    struct Frame {
-        Data_Base::Group oGroup;
-        u2_t uPos;
-        u2_t uRunKey;
-        u2_t uRunStart;
-    };
-
-    enum Plain : u0_t { Unknown, Yes, No };
-
-    static constexpr u2_t PLAIN_TYPES =
-        1u << Data_Node::Integer | 1u << Data_Node::Double | 1u << Data_Node::Boolean;
-    static constexpr u2_t SHORT_TEXT = 64;
-    // Room for any record with a short name and a short text, and what copying in steps of 16
-    // bytes writes behind it.
-    static constexpr std::size_t PIECE = Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
-
-    // Names longer than this go where their length is checked.
-    static constexpr u2_t LONGEST_PLAIN = 0x7FFFFF00;
-
-    // Whether a name is written as it stands.
-    [[nodiscard]] bool IsPlain(u2_t uKey) {
-        u0_t& uPlain = m_oPlain(uKey);
-        if (uPlain == Unknown) {
-            const Hash_Text& oName = b.m_oName(uKey);
-            const bool bEscaped = uKey == 0 || oName.uLength > LONGEST_PLAIN ||
-                                  detail::HasReserved({oName.sText, oName.uLength});
-            uPlain = bEscaped ? No : Yes;
-        }
-        return uPlain == Yes;
-    }
-
-    // Writes the records of the top level as long as they are like most records are: a name
-    // written as it stands, no attributes, one of the common values. This loop is what
-    // writing a document costs, so all it needs is at hand in locals: the bytes it stores
-    // could otherwise be taken for any of the members.
-    void WritePlainRecords() {
-        Frame& f = m_oFrame(m_oFrame.Size() - 1);
-        const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
-        const Hash_Text* const pNames = b.m_oName.Texts();
-        const char* const pHeap = b.m_oHeap.Begin();
-        const bool bAttributes = !b.m_oAtt.IsUnused();
-        u2_t uPos = f.uPos;
-        u2_t uRunKey = f.uRunKey;
-        u2_t uRunStart = f.uRunStart;
-        char* p = m_oSink.Space(PIECE);
-        const char* pEnd = m_oSink.SpaceEnd();
-        for (; uPos < f.oGroup.uSize; ++uPos) {
-            const u2_t uId = f.oGroup.pId[uPos];
-            const Data_Node& oNode = pNodes[uId];
-            const Data_Node::Type eType = oNode.GetType();
-            const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;
-            if ((PLAIN_TYPES >> eType & 1u) == 0 && !bShortText) break;
-            if (!IsPlain(oNode.uKey) || (bAttributes && b.m_oAtt.Has(uId))) break;
-            const Hash_Text& oName = pNames[oNode.uKey];
-            if (oName.uLength > Hash::SLACK) break;
-            if (static_cast<std::size_t>(pEnd - p) < PIECE) {
-                m_oSink.Cut(p);
-                p = m_oSink.Space(PIECE);
-                pEnd = m_oSink.SpaceEnd();
-            }
-            if (oNode.uKey != uRunKey) {
-                uRunKey = oNode.uKey;
-                uRunStart = uPos;
-            }
-            char* const pLength = p;
-            p = StoreIndex(CopyName(p + 4, oName), uPos - uRunStart);
-            Store(pLength, static_cast<u2_t>(p - pLength - 4));
-            switch (eType) {
-                case Data_Node::Integer:
-                    *p++ = CODE_INTEGER;
-                    p = Store(p, oNode.uWord2);
-                    break;
-                case Data_Node::Double:
-                    *p++ = CODE_DOUBLE;
-                    p = Store(p, oNode.Value64());
-                    break;
-                case Data_Node::Boolean:
-                    *p++ = CODE_BOOLEAN;
-                    *p++ = oNode.uWord2 != 0;
-                    break;
-                default:
-                    *p++ = CODE_STRING;
-                    p = Store(p, oNode.uWord3);
-                    for (u2_t u = 0; u < oNode.uWord3; u += 16) {
-                        std::memcpy(p + u, pHeap + oNode.uWord2 + u, 16);
-                    }
-                    p += oNode.uWord3;
-                    break;
-            }
-        }
+inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
+    const Data_Node& oNode = b.m_oNode(uId);
+    // The step text, built behind the four bytes of its length.
+    if (b.m_oAtt.Has(uId) || !IsPlain(oNode.uKey)) {
+        WriteLongStep(uId, uIndex);
+    } else {
+        const Hash_Text& oName = b.m_oName(oNode.uKey);
+        char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
+        char* p = CopyName(pStep, oName);
+        p = StoreIndex(p, uIndex);
+        Store(pStep - 4, static_cast<u2_t>(p - pStep));
+        m_oSink.Cut(pStep);
         m_oSink.Cut(p);
-        f.uPos = uPos;
-        f.uRunKey = uRunKey;
-        f.uRunStart = uRunStart;
     }
+    WriteValue(uId, oNode);
+}
 
-    void WriteNode(u2_t uId, u2_t uIndex) {
-        const Data_Node& oNode = b.m_oNode(uId);
-        // The step text, built behind the four bytes of its length.
-        if (b.m_oAtt.Has(uId) || !IsPlain(oNode.uKey)) {
-            WriteLongStep(uId, uIndex);
-        } else {
-            const Hash_Text& oName = b.m_oName(oNode.uKey);
-            char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
-            char* p = CopyName(pStep, oName);
-            p = StoreIndex(p, uIndex);
-            Store(pStep - 4, static_cast<u2_t>(p - pStep));
-            m_oSink.Cut(pStep);
+template <class Sink>
+void Writer<Sink>::WriteLongStep(u2_t uId, u2_t uIndex) {
+    m_oStep.Truncate(0);
+    const char* sName = b.NameOf(uId);
+    detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
+    char sIndex[NUMBER_ROOM + 2];
+    m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
+    b.m_oAtt.List(uId, m_oAttKeys);
+    for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
+        const char* sValue = b.AttributeOf(uId, *p);
+        if (*sValue == 0) continue;
+        m_oStep.Add("[@", 2);
+        detail::AppendEncoded(m_oStep, b.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
+        m_oStep.Add("=\"", 2);
+        detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
+        m_oStep.Add("\"]", 2);
+    }
+    WriteBlock(m_oStep.Beg(), m_oStep.Size());
+}
+
+template <class Sink>
+inline void Writer<Sink>::WriteValue(u2_t uId, const Data_Node& oNode) {
+    char sBuf[128];
+    switch (oNode.GetType()) {
+        case Data_Node::Empty: return WriteFixed(CODE_NONE, i2_t{0});
+        case Data_Node::Tree: return WriteTree(uId);
+        case Data_Node::Boolean:
+            return WriteFixed(CODE_BOOLEAN, static_cast<u0_t>(oNode.uWord2 != 0));
+        case Data_Node::Integer: return WriteFixed(CODE_INTEGER, oNode.uWord2);
+        case Data_Node::Char: return WriteFixed(CODE_CHAR, static_cast<u0_t>(oNode.uWord2));
+        case Data_Node::Float: {
+            const auto fValue = static_cast<float>(std::bit_cast<double>(oNode.Value64()));
+            return WriteFixed(CODE_FLOAT, std::bit_cast<u2_t>(fValue));
+        }
+        case Data_Node::Double: return WriteFixed(CODE_DOUBLE, oNode.Value64());
+        case Data_Node::Date: {
+            const double dSeconds = std::bit_cast<double>(oNode.Value64());
+            if (m_iMinor < 2) {
+                return WriteText(CODE_STRING, sBuf, FormatDate(dSeconds, ' ', sBuf));
+            }
+            return WriteFixed(CODE_DATE, std::bit_cast<u3_t>(DaysOfSeconds(dSeconds)));
+        }
+        case Data_Node::String: {
+            char* p = m_oSink.Space(FIXED_ROOM);
+            *p++ = static_cast<char>(CODE_STRING);
             m_oSink.Cut(p);
+            m_oSink.Cut(Store(p, oNode.uWord3));
+            return m_oSink.HeapText(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
         }
-        WriteValue(uId, oNode);
+        case Data_Node::Binary:
+            WriteCode(CODE_BINARY);
+            return WriteBlock(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
+        case Data_Node::Long:
+            if (m_iMinor < 3) {
+                return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
+            }
+            return WriteFixed(CODE_LONG, oNode.Value64());
+        case Data_Node::Quad: return WriteQuad(oNode);
+        case Data_Node::Link: return WriteLink(oNode);
+        case Data_Node::Zombi: return;
+        // A type without a form: not even a number of successors.
+        default: return WriteCode(CODE_NONE);
     }
+}
 
-    // The table of names has 16 bytes to spare behind each of its blocks.
-    static char* CopyName(char* p, const Hash_Text& oName) noexcept {
-        if (oName.uLength <= Hash::SLACK) [[likely]] {
-            std::memcpy(p, oName.sText, Hash::SLACK);
-        } else {
-            std::memcpy(p, oName.sText, oName.uLength);
+template <class Sink>
+inline void Writer<Sink>::WriteTree(u2_t uId) {
+    const Data_Base::Group oGroup = b.SuccOf(uId);
+    u2_t uLive = oGroup.uSize;
+    if (b.m_uDead != 0) {
+        for (u2_t u = 0; u < oGroup.uSize; ++u) {
+            uLive -= b.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
         }
-        return p + oName.uLength;
     }
+    WriteFixed(CODE_NONE, uLive);
+    // No key is this large: the first successor begins a run.
+    if (uLive != 0) m_oFrame.Add(Frame{oGroup, 0, Hash::NONE, 0});
+}
 
-    static char* StoreIndex(char* p, u2_t uIndex) noexcept {
-        *p++ = '[';
-        if (uIndex < 10) {
-            *p++ = static_cast<char>('0' + uIndex);
-        } else {
-            p += FormatInteger(uIndex, p);
-        }
-        *p++ = ']';
-        return p;
-    }
-
-    // A step whose name has escapes, or with attributes.
-    void WriteLongStep(u2_t uId, u2_t uIndex) {
-        m_oStep.Truncate(0);
-        const char* sName = b.NameOf(uId);
-        detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
-        char sIndex[NUMBER_ROOM + 2];
-        m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
-        b.m_oAtt.List(uId, m_oAttKeys);
-        for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
-            const char* sValue = b.AttributeOf(uId, *p);
-            if (*sValue == 0) continue;
-            m_oStep.Add("[@", 2);
-            detail::AppendEncoded(m_oStep, b.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
-            m_oStep.Add("=\"", 2);
-            detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
-            m_oStep.Add("\"]", 2);
-        }
-        WriteBlock(m_oStep.Beg(), m_oStep.Size());
-    }
-
-    void WriteBlock(const char* pData, std::size_t uSize) {
-        m_oSink.Cut(Store(m_oSink.Space(4), Msg::ToInt32(uSize)));
-        m_oSink.Payload(pData, uSize);
-    }
-
-    // A value with its type code; room for both is there already.
-    template <class T>
-    void WriteFixed(Code eCode, T tValue) {
-        char* p = m_oSink.Space(FIXED_ROOM);
-        *p++ = static_cast<char>(eCode);
-        m_oSink.Cut(p);
-        m_oSink.Cut(Store(p, tValue));
-    }
-
-    void WriteCode(Code eCode) {
-        char* p = m_oSink.Space(FIXED_ROOM);
-        *p++ = static_cast<char>(eCode);
-        m_oSink.Cut(p);
-    }
-
-    // The forms of older minor versions: a text where a number stands today.
-    void WriteText(Code eCode, const char* sText, std::size_t uLength) {
-        WriteCode(eCode);
-        WriteBlock(sText, uLength + 1);
-    }
-
-    void WriteValue(u2_t uId, const Data_Node& oNode) {
+template <class Sink>
+void Writer<Sink>::WriteQuad(const Data_Node& oNode) {
+    const Data_Heap::Quad au = b.m_oHeap.QuadOf(oNode);
+    if (m_iMinor < 3) {
         char sBuf[128];
-        switch (oNode.GetType()) {
-            case Data_Node::Empty: return WriteFixed(CODE_NONE, i2_t{0});
-            case Data_Node::Tree: return WriteTree(uId);
-            case Data_Node::Boolean:
-                return WriteFixed(CODE_BOOLEAN, static_cast<u0_t>(oNode.uWord2 != 0));
-            case Data_Node::Integer: return WriteFixed(CODE_INTEGER, oNode.uWord2);
-            case Data_Node::Char: return WriteFixed(CODE_CHAR, static_cast<u0_t>(oNode.uWord2));
-            case Data_Node::Float: {
-                const auto fValue = static_cast<float>(std::bit_cast<double>(oNode.Value64()));
-                return WriteFixed(CODE_FLOAT, std::bit_cast<u2_t>(fValue));
-            }
-            case Data_Node::Double: return WriteFixed(CODE_DOUBLE, oNode.Value64());
-            case Data_Node::Date: {
-                const double dSeconds = std::bit_cast<double>(oNode.Value64());
-                if (m_iMinor < 2) {
-                    return WriteText(CODE_STRING, sBuf, FormatDate(dSeconds, ' ', sBuf));
-                }
-                return WriteFixed(CODE_DATE, std::bit_cast<u3_t>(DaysOfSeconds(dSeconds)));
-            }
-            case Data_Node::String: {
-                char* p = m_oSink.Space(FIXED_ROOM);
-                *p++ = static_cast<char>(CODE_STRING);
-                m_oSink.Cut(p);
-                m_oSink.Cut(Store(p, oNode.uWord3));
-                return m_oSink.HeapText(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
-            }
-            case Data_Node::Binary:
-                WriteCode(CODE_BINARY);
-                return WriteBlock(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
-            case Data_Node::Long:
-                if (m_iMinor < 3) {
-                    return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
-                }
-                return WriteFixed(CODE_LONG, oNode.Value64());
-            case Data_Node::Quad: return WriteQuad(oNode);
-            case Data_Node::Link: return WriteLink(oNode);
-            case Data_Node::Zombi: return;
-            // A type without a form: not even a number of successors.
-            default: return WriteCode(CODE_NONE);
+        const int iLength =
+            std::snprintf(sBuf, sizeof(sBuf), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
+        return WriteText(CODE_QUAD, sBuf, static_cast<std::size_t>(iLength));
+    }
+    char* p = m_oSink.Space(FIXED_ROOM);
+    *p++ = static_cast<char>(CODE_QUAD);
+    m_oSink.Cut(p);
+    for (const u2_t u : au) m_oSink.Cut(p = Store(p, u));
+}
+
+template <class Sink>
+bool Writer<Sink>::IsInDocument(u2_t uId) const noexcept {
+    if (uId == 0 || uId >= b.m_oNode.Size()) return false;
+    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
+    do {
+        uId = b.m_oNode(uId).Pred();
+        if (uId >= b.m_oNode.Size() || b.m_oNode(uId).GetType() != Data_Node::Tree) {
+            return false;
         }
-    }
+    } while (uId != 0);
+    return true;
+}
 
-    void WriteTree(u2_t uId) {
-        const Data_Base::Group oGroup = b.SuccOf(uId);
-        u2_t uLive = oGroup.uSize;
-        if (b.m_uDead != 0) {
-            for (u2_t u = 0; u < oGroup.uSize; ++u) {
-                uLive -= b.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
-            }
-        }
-        WriteFixed(CODE_NONE, uLive);
-        // No key is this large: the first successor begins a run.
-        if (uLive != 0) m_oFrame.Add(Frame{oGroup, 0, Hash::NONE, 0});
-    }
+template <class Sink>
+void Writer<Sink>::WriteLink(const Data_Node& oNode) {
+    if (!IsInDocument(oNode.uWord2)) return WriteFixed(CODE_NONE, i2_t{0});
+    const Data oTarget = m_oRoot.GetNodeFromID(oNode.uWord2);
+    const Str oPath = oTarget.GetPath();
+    if (oPath.CStr()[0] != '/') Msg::AssertionFailed("sTmp[0] == '/'");
+    const char* sName = oTarget.GetName();
+    // An empty name is refused by readers; its escape means the same.
+    if (sName == nullptr) sName = "\b0;";
+    WriteCode(CODE_LINK);
+    WriteBlock(sName, std::strlen(sName));
+    WriteBlock(oPath.CStr() + 1, oPath.Len() - 1);
+}
 
-    void WriteQuad(const Data_Node& oNode) {
-        const Data_Heap::Quad au = b.m_oHeap.QuadOf(oNode);
-        if (m_iMinor < 3) {
-            char sBuf[128];
-            const int iLength =
-                std::snprintf(sBuf, sizeof(sBuf), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
-            return WriteText(CODE_QUAD, sBuf, static_cast<std::size_t>(iLength));
-        }
-        char* p = m_oSink.Space(FIXED_ROOM);
-        *p++ = static_cast<char>(CODE_QUAD);
-        m_oSink.Cut(p);
-        for (const u2_t u : au) m_oSink.Cut(p = Store(p, u));
-    }
-
-    // Only a node that the document itself reaches can be linked to: below the root, every
-    // ancestor a tree node.
-    [[nodiscard]] bool IsInDocument(u2_t uId) const noexcept {
-        if (uId == 0 || uId >= b.m_oNode.Size()) return false;
-        if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
-        do {
-            uId = b.m_oNode(uId).Pred();
-            if (uId >= b.m_oNode.Size() || b.m_oNode(uId).GetType() != Data_Node::Tree) {
-                return false;
-            }
-        } while (uId != 0);
-        return true;
-    }
-
-    void WriteLink(const Data_Node& oNode) {
-        if (!IsInDocument(oNode.uWord2)) return WriteFixed(CODE_NONE, i2_t{0});
-        const Data oTarget = m_oRoot.GetNodeFromID(oNode.uWord2);
-        const Str oPath = oTarget.GetPath();
-        if (oPath.CStr()[0] != '/') Msg::AssertionFailed("sTmp[0] == '/'");
-        const char* sName = oTarget.GetName();
-        // An empty name is refused by readers; its escape means the same.
-        if (sName == nullptr) sName = "\b0;";
-        WriteCode(CODE_LINK);
-        WriteBlock(sName, std::strlen(sName));
-        WriteBlock(oPath.CStr() + 1, oPath.Len() - 1);
-    }
-
-    Data_Base& b;
-    const Data& m_oRoot;
-    const i2_t m_iMinor;
-    Sink& m_oSink;
-    Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oPlain;  // by key
-    Arr<char> m_oStep;
-    Arr<u2_t> m_oAttKeys;
-};
+namespace {
 
 template <class Sink>
 void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {

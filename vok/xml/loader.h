@@ -1,7 +1,7 @@
 // Reading XML: the loader behind Data::LoadFromXML. Internal.
 //
-// Its functions stand in three files: tokens and elements (xml_load.cpp), the values that texts
-// stand for (xml_value.cpp), and the loop that most elements go through (xml_plain.cpp).
+// Its functions stand in three files: tokens and elements (loader.cpp), the values that texts
+// stand for (value.cpp), and the loop that most elements go through (plain_loader.cpp).
 #ifndef VOK_XML_LOADER_H
 #define VOK_XML_LOADER_H
 

@@ -1,0 +1,73 @@
+// The loop that most records are written by.
+#include <cstring>
+#include <utility>
+
+#include "vok/dgraph/writer.h"
+
+namespace vok::dgraph {
+
+template <class Sink>
+void Writer<Sink>::WritePlainRecords() {
+    Frame& f = m_oFrame(m_oFrame.Size() - 1);
+    const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
+    const Hash_Text* const pNames = b.m_oName.Texts();
+    const char* const pHeap = b.m_oHeap.Begin();
+    const bool bAttributes = !b.m_oAtt.IsUnused();
+    u2_t uPos = f.uPos;
+    u2_t uRunKey = f.uRunKey;
+    u2_t uRunStart = f.uRunStart;
+    char* p = m_oSink.Space(PIECE);
+    const char* pEnd = m_oSink.SpaceEnd();
+    for (; uPos < f.oGroup.uSize; ++uPos) {
+        const u2_t uId = f.oGroup.pId[uPos];
+        const Data_Node& oNode = pNodes[uId];
+        const Data_Node::Type eType = oNode.GetType();
+        const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;
+        if ((PLAIN_TYPES >> eType & 1u) == 0 && !bShortText) break;
+        if (!IsPlain(oNode.uKey) || (bAttributes && b.m_oAtt.Has(uId))) break;
+        const Hash_Text& oName = pNames[oNode.uKey];
+        if (oName.uLength > Hash::SLACK) break;
+        if (static_cast<std::size_t>(pEnd - p) < PIECE) {
+            m_oSink.Cut(p);
+            p = m_oSink.Space(PIECE);
+            pEnd = m_oSink.SpaceEnd();
+        }
+        if (oNode.uKey != uRunKey) {
+            uRunKey = oNode.uKey;
+            uRunStart = uPos;
+        }
+        char* const pLength = p;
+        p = StoreIndex(CopyName(p + 4, oName), uPos - uRunStart);
+        Store(pLength, static_cast<u2_t>(p - pLength - 4));
+        switch (eType) {
+            case Data_Node::Integer:
+                *p++ = CODE_INTEGER;
+                p = Store(p, oNode.uWord2);
+                break;
+            case Data_Node::Double:
+                *p++ = CODE_DOUBLE;
+                p = Store(p, oNode.Value64());
+                break;
+            case Data_Node::Boolean:
+                *p++ = CODE_BOOLEAN;
+                *p++ = oNode.uWord2 != 0;
+                break;
+            default:
+                *p++ = CODE_STRING;
+                p = Store(p, oNode.uWord3);
+                for (u2_t u = 0; u < oNode.uWord3; u += 16) {
+                    std::memcpy(p + u, pHeap + oNode.uWord2 + u, 16);
+                }
+                p += oNode.uWord3;
+                break;
+        }
+    }
+    m_oSink.Cut(p);
+    f.uPos = uPos;
+    f.uRunKey = uRunKey;
+    f.uRunStart = uRunStart;
+}
+
+template void Writer<BufferSink>::WritePlainRecords();
+
+}  // namespace vok::dgraph

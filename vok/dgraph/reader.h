@@ -1,0 +1,194 @@
+// Reading DGraph documents of major version 1. Internal.
+//
+// Its functions stand in two files: steps and values (reader.cpp), and the loop that most records
+// go through (plain_reader.cpp).
+#ifndef VOK_DGRAPH_READER_H
+#define VOK_DGRAPH_READER_H
+
+#include <algorithm>
+#include <string_view>
+
+#include "vok/base/hash_guess.h"
+#include "vok/base/work.h"
+#include "vok/data/store.h"
+#include "vok/dgraph/access.h"
+#include "vok/dgraph/format.h"
+#include "vok/dgraph/messages.h"
+#include "vok/dgraph/sources.h"
+#include "vok/dgraph/step.h"
+
+namespace vok::dgraph {
+
+// Reads from a memory buffer in place, or field by field from any stream. Nothing that it is told
+// is trusted.
+template <class Source>
+class Reader {
+  public:
+    Reader(Data& oData, Source& oSource, const Limits& oLimits)
+        : m_oData(oData),
+          b(*Access::BaseOf(oData)),
+          m_oSource(oSource),
+          m_oLimits(oLimits),
+          m_oWork(oLimits),
+          m_uMostNodes(oLimits.m_uNodes) {
+        if (m_oWork.IsMetered()) CheckMemory();
+    }
+
+    void Run();
+
+    // Sets the links, once every target is there.
+    void ResolveLinks();
+
+    // The node of the record being read.
+    [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
+    // What the document did not have, and what its links took.
+    void AddTo(Load_Report& oReport) const noexcept {
+        oReport.m_uMissingBytes = m_oSource.Missing();
+        for (const Level& o : m_oLevel) oReport.m_uMissingNodes += o.uPending;
+        oReport.m_uWork = m_oWork.Done();
+    }
+
+  private:
+    // The successors of one open node: records still to come (a negative number is a large
+    // one), the run of equal names at its end, whether all came in the order of names. The
+    // lowest level is that of the root itself.
+    struct Level {
+        u2_t uPending;
+        u2_t uRunKey;
+        i2_t iRunCount;
+        u2_t uParent;
+        bool bInOrder;
+    };
+    struct Link {
+        u2_t uId;
+        std::size_t uPath;  // in m_oPaths
+    };
+
+    static constexpr u2_t NO_NAME = Hash::NONE;
+    // Length, one byte of step text at the least, type code.
+    static constexpr std::size_t SMALLEST_RECORD = 6;
+    // Expected where the bytes to come cannot be seen.
+    static constexpr u3_t UNSEEN_RECORDS = 4;
+    // Memory that a node with a new name takes at most, arrays that grow included.
+    static constexpr u3_t MOST_PER_NODE = 512;
+    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
+    static constexpr u3_t BYTES_BETWEEN_CHECKS = u3_t{1} << 20;
+    // A text is held by the source and by the tree.
+    static constexpr u3_t COPIES = 2;
+
+    [[nodiscard]] Level& Top() noexcept { return m_oLevel(m_oLevel.Size() - 1); }
+
+    template <class T>
+    T Get(std::size_t* pGot = nullptr) {
+        char s[sizeof(T)];
+        const std::size_t uGot = m_oSource.Fetch(s, sizeof(T));
+        if (pGot != nullptr) *pGot = uGot;
+        return Load<T>(s);
+    }
+
+    // A length from outside, checked.
+    std::size_t GetLength();
+
+    // Reads one record; false when the document ends.
+    bool ReadRecord();
+
+    // Closes the levels that are complete; that of the root's successors stays open.
+    void CloseLevels() noexcept {
+        while (Top().uPending == 0 && Top().uParent != 0) {
+            m_oLevel.Truncate(m_oLevel.Size() - 1);
+        }
+    }
+
+    // Reads records as long as they are like most records are: an expected name, no attributes,
+    // the next index of its run, in the order of names, a value that needs no second look.
+    // Stops in front of the first other one, which is for ReadRecord. This loop is what
+    // loading a document costs.
+    void ReadPlainRecords();
+
+    // The key of the name at p if it is one of those expected, else 0.
+    [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize) const noexcept;
+
+    // The key of a name that documents carry as it stands and that "[" ends, else 0.
+    [[nodiscard]] u2_t ScanName(const char* p, std::size_t uStep);
+
+    // Whether the rest of a step text is this index in decimal and its bracket.
+    [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
+
+    // Whether a name belongs before that of the last record.
+    [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {
+        return oLevel.uRunKey != NO_NAME && b.m_oName.IsLess(uKey, oLevel.uRunKey);
+    }
+
+    void OpenLevel(i2_t iCount);
+
+    void ReadStep();
+
+    // Appends the node of a record, behind placeholders for the run indexes that it skips.
+    void AppendNode(u2_t uKey, i2_t iIndex);
+
+    void SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots);
+
+    u2_t AppendCounted(u2_t uParent, u2_t uKey) {
+        if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+            CheckMemory();
+        return b.AppendPlaced(uParent, uKey);
+    }
+
+    // Bytes that the next fields may cost: they are looked at together.
+    void NoteBytes(u3_t uBytes) {
+        m_uNoted += uBytes;
+        if (m_uNoted >= BYTES_BETWEEN_CHECKS) CheckMemory();
+    }
+
+    // Raises the error of the limit on nodes. Where a small input can become a large tree, looks
+    // at its memory, and says at how many nodes that is worth doing again.
+    void CheckMemory();
+
+    // ---- values -----------------------------------------------------------
+
+    void SetValue(Data_Node::Type eType, u3_t uValue) {
+        b.SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue), static_cast<u2_t>(uValue >> 32));
+    }
+
+    void ReadValue(Code eCode);
+
+    void ReadText() {
+        std::string_view sText = m_oSource.View(GetLength());
+        // The text ends at its first NUL, which is almost always the last byte.
+        if (!sText.empty() && sText.back() == 0) sText.remove_suffix(1);
+        b.SetNewText(m_uNode, sText);
+    }
+
+    void ReadBlock();
+
+    void ReadQuad() {
+        char s[16];
+        m_oSource.Fetch(s, sizeof(s));
+        const Data_Heap::Quad auWord = {Load<u2_t>(s), Load<u2_t>(s + 4), Load<u2_t>(s + 8),
+                                        Load<u2_t>(s + 12)};
+        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | b.m_oHeap.AddQuad(auWord));
+    }
+
+    void ReadLink();
+
+    Data& m_oData;
+    Data_Base& b;
+    Source& m_oSource;
+    const Limits& m_oLimits;
+    Work m_oWork;
+    u3_t m_uMostNodes;  // nodes there may be before CheckMemory is asked
+    u3_t m_uNoted = 0;  // bytes since it was asked
+    Step m_oStep;
+    Hash_Guess m_oGuess;  // usable are names that documents carry as they stand
+    Arr<Level> m_oLevel;
+    Arr<Link> m_oLink;
+    Arr<char> m_oPaths;
+    u2_t m_uNode = 0;  // of the record being read; its parent as long as its name is not known
+    u3_t m_uSkipped = 0;
+    u3_t m_uPromised = 0;  // successors that groups have room for
+    bool m_bFirst = true;
+};
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_READER_H

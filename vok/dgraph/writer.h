@@ -1,0 +1,151 @@
+// Writing DGraph documents of major version 1. Internal.
+//
+// Its functions stand in two files: steps and values (writer.cpp), and the loop that most records
+// go through (plain_writer.cpp).
+#ifndef VOK_DGRAPH_WRITER_H
+#define VOK_DGRAPH_WRITER_H
+
+#include <cstring>
+#include <string_view>
+
+#include "vok/base/number.h"
+#include "vok/data/escape.h"
+#include "vok/data/store.h"
+#include "vok/dgraph/access.h"
+#include "vok/dgraph/format.h"
+#include "vok/dgraph/sinks.h"
+
+namespace vok::dgraph {
+
+// Writes to a memory buffer, or field by field to any stream.
+template <class Sink>
+class Writer {
+  public:
+    Writer(const Data& oRoot, const Version& oVersion, Sink& oSink)
+        : b(*Access::BaseOf(oRoot)), m_oRoot(oRoot), m_iMinor(oVersion.iMinor), m_oSink(oSink) {
+        m_oPlain.Resize(b.m_oName.Size());
+    }
+
+    void Run();
+
+  private:
+    // Room for everything of a record that has no length of its own: lengths, brackets, run
+    // index, type code, the largest value.
+    static constexpr std::size_t FIXED_ROOM = 128;
+    static_assert(Data_Heap::SLACK >= BufferSink::SLACK);
+
+    // The successors of one open level, and the run of equal names at its position.
+    struct Frame {
+        Data_Base::Group oGroup;
+        u2_t uPos;
+        u2_t uRunKey;
+        u2_t uRunStart;
+    };
+
+    enum Plain : u0_t { Unknown, Yes, No };
+
+    static constexpr u2_t PLAIN_TYPES =
+        1u << Data_Node::Integer | 1u << Data_Node::Double | 1u << Data_Node::Boolean;
+    static constexpr u2_t SHORT_TEXT = 64;
+    // Room for any record with a short name and a short text, and what copying in steps of 16
+    // bytes writes behind it.
+    static constexpr std::size_t PIECE = Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
+
+    // Names longer than this go where their length is checked.
+    static constexpr u2_t LONGEST_PLAIN = 0x7FFFFF00;
+
+    // Whether a name is written as it stands.
+    [[nodiscard]] bool IsPlain(u2_t uKey) {
+        u0_t& uPlain = m_oPlain(uKey);
+        if (uPlain == Unknown) {
+            const Hash_Text& oName = b.m_oName(uKey);
+            const bool bEscaped = uKey == 0 || oName.uLength > LONGEST_PLAIN ||
+                                  detail::HasReserved({oName.sText, oName.uLength});
+            uPlain = bEscaped ? No : Yes;
+        }
+        return uPlain == Yes;
+    }
+
+    // Writes the records of the top level as long as they are like most records are: a name
+    // written as it stands, no attributes, one of the common values. This loop is what
+    // writing a document costs, so all it needs is at hand in locals: the bytes it stores
+    // could otherwise be taken for any of the members.
+    void WritePlainRecords();
+
+    void WriteNode(u2_t uId, u2_t uIndex);
+
+    // The table of names has 16 bytes to spare behind each of its blocks.
+    static char* CopyName(char* p, const Hash_Text& oName) noexcept {
+        if (oName.uLength <= Hash::SLACK) [[likely]] {
+            std::memcpy(p, oName.sText, Hash::SLACK);
+        } else {
+            std::memcpy(p, oName.sText, oName.uLength);
+        }
+        return p + oName.uLength;
+    }
+
+    static char* StoreIndex(char* p, u2_t uIndex) noexcept {
+        *p++ = '[';
+        if (uIndex < 10) {
+            *p++ = static_cast<char>('0' + uIndex);
+        } else {
+            p += FormatInteger(uIndex, p);
+        }
+        *p++ = ']';
+        return p;
+    }
+
+    // A step whose name has escapes, or with attributes.
+    void WriteLongStep(u2_t uId, u2_t uIndex);
+
+    void WriteBlock(const char* pData, std::size_t uSize) {
+        m_oSink.Cut(Store(m_oSink.Space(4), Msg::ToInt32(uSize)));
+        m_oSink.Payload(pData, uSize);
+    }
+
+    // A value with its type code; room for both is there already.
+    template <class T>
+    void WriteFixed(Code eCode, T tValue) {
+        char* p = m_oSink.Space(FIXED_ROOM);
+        *p++ = static_cast<char>(eCode);
+        m_oSink.Cut(p);
+        m_oSink.Cut(Store(p, tValue));
+    }
+
+    void WriteCode(Code eCode) {
+        char* p = m_oSink.Space(FIXED_ROOM);
+        *p++ = static_cast<char>(eCode);
+        m_oSink.Cut(p);
+    }
+
+    // The forms of older minor versions: a text where a number stands today.
+    void WriteText(Code eCode, const char* sText, std::size_t uLength) {
+        WriteCode(eCode);
+        WriteBlock(sText, uLength + 1);
+    }
+
+    void WriteValue(u2_t uId, const Data_Node& oNode);
+
+    void WriteTree(u2_t uId);
+
+    void WriteQuad(const Data_Node& oNode);
+
+    // Only a node that the document itself reaches can be linked to: below the root, every
+    // ancestor a tree node.
+    [[nodiscard]] bool IsInDocument(u2_t uId) const noexcept;
+
+    void WriteLink(const Data_Node& oNode);
+
+    Data_Base& b;
+    const Data& m_oRoot;
+    const i2_t m_iMinor;
+    Sink& m_oSink;
+    Arr<Frame> m_oFrame;
+    Arr<u0_t> m_oPlain;  // by key
+    Arr<char> m_oStep;
+    Arr<u2_t> m_oAttKeys;
+};
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_WRITER_H

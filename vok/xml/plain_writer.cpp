@@ -1,0 +1,85 @@
+// The loop that most elements are written by.
+#include <bit>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "vok/base/number.h"
+#include "vok/xml/writer.h"
+
+namespace vok::detail {
+
+namespace {
+
+char* Store(char* p, std::string_view s) noexcept {
+    std::memcpy(p, s.data(), s.size());
+    return p + s.size();
+}
+
+}  // namespace
+
+template <class Sink>
+void XmlWriter<Sink>::WritePlainElements() {
+    Frame& f = m_oFrame(m_oFrame.Size() - 1);
+    const Node* const pNodes = std::as_const(b.m_oNode).Beg();
+    const Hash_Text* const pNames = b.m_oName.Texts();
+    const char* const pHeap = b.m_oHeap.Begin();
+    char* p = m_oSink.Space(PLAIN_ROOM);
+    const char* pEnd = m_oSink.SpaceEnd();
+    for (; f.pNext != f.pEnd; ++f.pNext) {
+        const u2_t uId = *f.pNext;
+        const Node& oNode = pNodes[uId];
+        const Node::Type eType = oNode.GetType();
+        if ((PLAIN_TYPES >> eType & 1u) == 0 || !IsPlain(oNode.uKey)) break;
+        if ((m_bAttributes && b.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
+        const Hash_Text& oName = pNames[oNode.uKey];
+        if (oName.uLength > Hash::SLACK) break;
+        if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {
+            m_oSink.Cut(p);
+            p = m_oSink.Space(PLAIN_ROOM);
+            pEnd = m_oSink.SpaceEnd();
+        }
+        char* const pBegin = p;
+        p = StoreTabs(p);
+        *p++ = '<';
+        std::memcpy(p, oName.sText, Hash::SLACK);
+        p += oName.uLength;
+        switch (eType) {
+            case Node::Integer:
+                p = Store(p, xml::TypeTag<Node::Integer>::TEXT);
+                p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
+                break;
+            case Node::Double:
+                p = Store(p, xml::TypeTag<Node::Double>::TEXT);
+                p += FormatReal(std::bit_cast<double>(oNode.Value64()), p);
+                break;
+            case Node::Boolean:
+                p = Store(p, xml::TypeTag<Node::Boolean>::TEXT);
+                p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
+                break;
+            case Node::String: {
+                const char* pText = pHeap + oNode.uWord2;
+                const std::size_t uSize = oNode.uWord3 - std::size_t{1};
+                if (uSize > SHORT_TEXT || std::memchr(pText, ']', uSize) != nullptr) {
+                    m_oSink.Cut(pBegin);
+                    return;
+                }
+                *p++ = '>';
+                p = Store(p, xml::CDATA);
+                for (std::size_t u = 0; u < uSize; u += 16) std::memcpy(p + u, pText + u, 16);
+                p = Store(p + uSize, xml::CDATA_END);
+                break;
+            }
+            default: p = Store(p, "/>\n"); continue;
+        }
+        p = Store(p, "</");
+        std::memcpy(p, oName.sText, Hash::SLACK);
+        p = Store(p + oName.uLength, ">\n");
+    }
+    m_oSink.Cut(p);
+}
+
+template void XmlWriter<BufferSink>::WritePlainElements();
+template void XmlWriter<PieceSink>::WritePlainElements();
+
+}  // namespace vok::detail
