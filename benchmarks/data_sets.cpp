@@ -12,11 +12,10 @@ class Maker {
     explicit Maker(Set& oSet) : m_oSet(oSet) {}
 
     std::uint32_t Name(const std::string& sName) {
-        for (std::uint32_t u = 0; u < m_oSet.names.size(); ++u) {
-            if (m_oSet.names[u] == sName) return u;
-        }
-        m_oSet.names.push_back(sName);
-        return static_cast<std::uint32_t>(m_oSet.names.size() - 1);
+        const auto uNext = static_cast<std::uint32_t>(m_oSet.names.size());
+        const auto [oFound, bNew] = m_oNames.try_emplace(sName, uNext);
+        if (bNew) m_oSet.names.push_back(sName);
+        return oFound->second;
     }
     void Map(std::uint32_t uName, std::uint32_t uChildren) {
         Add(Kind::Map, uName).uChildren = uChildren;
@@ -53,6 +52,7 @@ class Maker {
         return oFound->second;
     }
 
+    std::map<std::string, std::uint32_t> m_oNames;
     std::map<std::string, const char*> m_oTexts;
     Set& m_oSet;
 };
@@ -154,6 +154,61 @@ Set MakeSmall() {
     return oSet;
 }
 
+Set MakeNumbers() {
+    Set oSet;
+    oSet.sName = "numbers";
+    Maker m(oSet);
+    constexpr std::uint32_t COUNT = 1000000;
+    oSet.items.reserve(COUNT + 1);
+    m.Map(m.Name("root"), 1);
+    m.List(m.Name("numbers"), COUNT);
+    const std::uint32_t uNumber = m.Name("n");
+    std::mt19937 oRandom(3);
+    for (std::uint32_t u = 0; u < COUNT; ++u) {
+        m.Integer(uNumber, static_cast<std::int32_t>(oRandom() % 100000));
+    }
+    oSet.lookups = {m.Name("numbers")};
+    oSet.uMaps = 1;
+    return oSet;
+}
+
+Set MakeNames() {
+    Set oSet;
+    oSet.sName = "names";
+    Maker m(oSet);
+    constexpr std::uint32_t COUNT = 200000, ASKED = 200;
+    std::mt19937 oRandom(4);
+    m.Map(m.Name("root"), COUNT);
+    for (std::uint32_t u = 0; u < COUNT; ++u) {
+        // In no order, as names from outside are.
+        const std::uint32_t uName = m.Name("name-" + std::to_string(u * 7919 % COUNT));
+        m.Integer(uName, static_cast<std::int32_t>(u));
+        if (u % (COUNT / ASKED) == 0) oSet.lookups.push_back(uName);
+    }
+    oSet.uMaps = 1;
+    return oSet;
+}
+
+Set MakeDeep() {
+    Set oSet;
+    oSet.sName = "deep";
+    Maker m(oSet);
+    constexpr std::uint32_t CHAINS = 100, LEVELS = 200;
+    const std::uint32_t uChain = m.Name("chain"), uLevel = m.Name("level"),
+                        uInner = m.Name("inner"), uText = m.Name("text");
+    m.List(m.Name("deep"), CHAINS);
+    for (std::uint32_t uNth = 0; uNth < CHAINS; ++uNth) {
+        for (std::uint32_t u = 0; u < LEVELS; ++u) {
+            m.Map(u == 0 ? uChain : uInner, u + 1 < LEVELS ? 3 : 2);
+            m.Integer(uLevel, static_cast<std::int32_t>(u));
+            m.Text(uText, "at level " + std::to_string(u % 10));
+        }
+    }
+    oSet.lookups = {uLevel, uText};
+    oSet.uMaps = CHAINS;
+    return oSet;
+}
+
 }  // namespace
 
 const Set& Orders() {
@@ -168,6 +223,21 @@ const Set& Config() {
 
 const Set& Small() {
     static const Set oSet = MakeSmall();
+    return oSet;
+}
+
+const Set& Numbers() {
+    static const Set oSet = MakeNumbers();
+    return oSet;
+}
+
+const Set& Names() {
+    static const Set oSet = MakeNames();
+    return oSet;
+}
+
+const Set& Deep() {
+    static const Set oSet = MakeDeep();
     return oSet;
 }
 

@@ -44,6 +44,12 @@ const Set& Orders();
 const Set& Config();
 // One object of 25 nodes.
 const Set& Small();
+// A million integers of one name.
+const Set& Numbers();
+// 200,000 integers of as many names.
+const Set& Names();
+// 100 chains of 200 objects, each inside the one before: 60,001 nodes.
+const Set& Deep();
 
 }  // namespace bench
 

@@ -56,6 +56,7 @@ void RegisterFacade(const Set& oSet) {
         Host oHost(oSet);
         Serializer oSerializer;
         std::size_t uBytes = 0;
+        const Region oRegion;
         for (auto _ : oState) uBytes = oSerializer.WriteToBinaryBuffer(oHost).size();
         Count(oState, dNodes, static_cast<double>(uBytes));
     });
@@ -63,6 +64,7 @@ void RegisterFacade(const Set& oSet) {
         Host oHost(oSet);
         Serializer oSerializer;
         const auto aoBytes = oSerializer.WriteToBinaryBuffer(oHost);
+        const Region oRegion;
         for (auto _ : oState) oSerializer.ReadFromBinaryBuffer(oHost, aoBytes);
         Count(oState, dNodes, static_cast<double>(aoBytes.size()));
     });

@@ -1,6 +1,9 @@
 // All benchmarks, contender by contender within a data set, so that ratios come from one run.
 //
-//     vok_benchmarks [--table] [flags of Google Benchmark]
+//     vok_benchmarks [--set=NAME] [--table | --columns] [flags of Google Benchmark]
+//
+// With --set only that data set is made and registered. --columns lists our own columns of it with
+// what is counted in each: nodes, or questions asked, of one iteration.
 //
 // With --table every benchmark runs several times in mixed order, and the best time per node of
 // each is printed as one Markdown table per data set, beside its ratio to the peer to beat:
@@ -12,6 +15,7 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "benchmarks/contender.h"
@@ -46,8 +50,8 @@ class TableReporter : public benchmark::BenchmarkReporter {
     using Row = std::map<std::string, double>;  // what -> best figure
     using Table = std::map<std::string, Row>;   // contender -> row
 
-    static constexpr const char* COLUMNS[] = {"build",  "write", "read", "walk",
-                                              "lookup", "load",  "save", "heap"};
+    static constexpr const char* COLUMNS[] = {"build",  "write", "write reused", "read", "walk",
+                                              "lookup", "load",  "save",         "heap"};
 
     static void Note(Row& oRow, const std::string& sWhat, double dValue) {
         const auto [oFound, bNew] = oRow.try_emplace(sWhat, dValue);
@@ -103,30 +107,79 @@ class TableReporter : public benchmark::BenchmarkReporter {
 
 }  // namespace
 
+namespace {
+
+constexpr struct {
+    const char* sName;
+    const bench::Set& (*pMake)();
+} SETS[] = {{"orders", bench::Orders},   {"config", bench::Config}, {"small", bench::Small},
+            {"numbers", bench::Numbers}, {"names", bench::Names},   {"deep", bench::Deep}};
+
+void RegisterAll(const bench::Set& oSet) {
+    bench::RegisterFloor(oSet);
+    bench::RegisterVok(oSet);
+    bench::RegisterDump(oSet);
+    bench::RegisterFacade(oSet);
+    bench::RegisterMsgpack(oSet);
+    bench::RegisterRapidjson(oSet);
+    bench::RegisterXml(oSet);
+}
+
+void PrintColumns(const bench::Set& oSet) {
+    const std::size_t uNodes = oSet.items.size();
+    const std::size_t uQuestions = oSet.lookups.size() * oSet.uMaps;
+    const struct {
+        const char* sColumn;
+        std::size_t uUnits;
+    } COLUMNS[] = {
+        {"/vok/build", uNodes},
+        {"/vok-keys/build", uNodes},
+        {"/vok/write", uNodes * bench::ThingsAtOnce(uNodes)},
+        {"/vok/write reused", uNodes},
+        {"/vok/read", uNodes},
+        {"/vok/walk", uNodes},
+        {"/vok/lookup", uQuestions},
+        {"/vok-keys/lookup", uQuestions},
+        {"/facade/build+write", uNodes},
+        {"/facade/read", uNodes},
+        {" as XML/vok/load", uNodes},
+        {" as XML/vok/save", uNodes},
+    };
+    for (const auto& o : COLUMNS) std::printf("%s%s\t%zu\n", oSet.sName, o.sColumn, o.uUnits);
+}
+
+// Takes an argument out of the list: the rest of it behind its name, null when it is not there.
+const char* Take(std::vector<char*>& asArgs, std::string_view sName) {
+    const auto oFound = std::find_if(asArgs.begin() + 1, asArgs.end(), [sName](const char* s) {
+        return std::string_view(s).starts_with(sName);
+    });
+    if (oFound == asArgs.end()) return nullptr;
+    const char* sRest = *oFound + sName.size();
+    asArgs.erase(oFound);
+    return sRest;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     vok::Msg::SetBanner(false);
     // Freed memory stays with the process, so that contenders on malloc do not pay the system
     // for fresh pages in every round.
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    for (const bench::Set* pSet : {&bench::Orders(), &bench::Config(), &bench::Small()}) {
-        bench::RegisterFloor(*pSet);
-        bench::RegisterVok(*pSet);
-        bench::RegisterDump(*pSet);
-        bench::RegisterFacade(*pSet);
-        bench::RegisterMsgpack(*pSet);
-        bench::RegisterRapidjson(*pSet);
-        bench::RegisterXml(*pSet);
-    }
     std::vector<char*> asArgs(argv, argv + argc);
+    const char* sSet = Take(asArgs, "--set=");
+    const bool bColumns = Take(asArgs, "--columns") != nullptr;
+    const bool bTable = Take(asArgs, "--table") != nullptr;
+    for (const auto& o : SETS) {
+        if (sSet != nullptr && std::strcmp(sSet, o.sName) != 0) continue;
+        bColumns ? PrintColumns(o.pMake()) : RegisterAll(o.pMake());
+    }
+    if (bColumns) return 0;
     char sRepetitions[] = "--benchmark_repetitions=10";
     char sMixed[] = "--benchmark_enable_random_interleaving=true";
     char sMinTime[] = "--benchmark_min_time=0.1";
-    const auto oTable = std::find_if(asArgs.begin() + 1, asArgs.end(),
-                                     [](const char* s) { return std::strcmp(s, "--table") == 0; });
-    const bool bTable = oTable != asArgs.end();
     if (bTable) {
-        asArgs.erase(oTable);
         asArgs.insert(asArgs.begin() + 1, {sRepetitions, sMixed, sMinTime});
     }
     int iArgs = static_cast<int>(asArgs.size());

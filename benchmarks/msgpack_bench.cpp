@@ -106,8 +106,10 @@ class Msgpack {
             case msgpack::type::STR: return o.via.str.size;
             case msgpack::type::MAP: {
                 std::uint64_t uSum = 1;
-                for (std::uint32_t u = 0; u < o.via.map.size; ++u)
-                    uSum += Sum(o.via.map.ptr[u].val);
+                for (std::uint32_t u = 0; u < o.via.map.size; ++u) {
+                    const msgpack::object_kv& oPair = o.via.map.ptr[u];
+                    uSum += static_cast<unsigned char>(*oPair.key.via.str.ptr) + Sum(oPair.val);
+                }
                 return uSum;
             }
             case msgpack::type::ARRAY: {

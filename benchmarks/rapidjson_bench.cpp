@@ -88,7 +88,10 @@ class Rapidjson {
             case rapidjson::kStringType: return o.GetStringLength();
             case rapidjson::kObjectType: {
                 std::uint64_t uSum = 1;
-                for (const auto& oMember : o.GetObject()) uSum += Sum(oMember.value);
+                for (const auto& oMember : o.GetObject()) {
+                    uSum += static_cast<unsigned char>(*oMember.name.GetString());
+                    uSum += Sum(oMember.value);
+                }
                 return uSum;
             }
             case rapidjson::kArrayType: {

@@ -55,6 +55,7 @@ class Vok {
     std::uint64_t Walk() {
         std::uint64_t uSum = 0;
         for (vok::Data_Walk o(m_oRead); o.Next();) {
+            uSum += static_cast<unsigned char>(*o.GetName());
             switch (o.GetType()) {
                 case Data_Node::Integer:
                 case Data_Node::Boolean: uSum += static_cast<std::uint64_t>(o.Int()); break;

@@ -114,9 +114,12 @@ void RegisterOne(const Set& oSet) {
             const double dNodes = static_cast<double>(oSet.items.size());
             Contender o;
             o.Load(sText);
-            for (auto _ : oState) {
-                oBody(o, sText);
-                benchmark::ClobberMemory();
+            {
+                const Region oRegion;
+                for (auto _ : oState) {
+                    oBody(o, sText);
+                    benchmark::ClobberMemory();
+                }
             }
             Count(oState, dNodes, static_cast<double>(sText.size()));
             oState.counters["heap/node"] = o.HeapBytes(sText) / dNodes;
