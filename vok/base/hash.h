@@ -9,27 +9,16 @@
 
 #include "vok/base/arr.h"
 #include "vok/base/compare.h"
+#include "vok/base/hash_text.h"
 
 namespace vok {
 
-// A text in the table. The prefix holds its first eight bytes, the first one on top and
-// zeros behind its end: comparing two prefixes as numbers compares the texts as bytes, and
-// only texts that share all eight are looked at any further.
-struct Hash_Text {
-    const char* sText;  // NUL-terminated; stays where it is as long as the table lives
-    u3_t uPrefix;
-    u2_t uLength;  // bytes without the NUL
-    u2_t uHash;    // set once the table has an index
-
-    // Whether the text stands at p, where uSize bytes can be read. False also where the eight
-    // bytes behind it cannot be read: they are not looked at one by one.
-    [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept {
-        if (uLength + std::size_t{8} > uSize || uLength == 0) return false;
-        const unsigned uIgnored = uLength < 8 ? 64 - 8 * uLength : 0;
-        if ((BigEndianAt<u3_t>(p) ^ uPrefix) >> uIgnored != 0) return false;
-        return uLength <= 8 || IsTailEqual(p, sText, uLength);
-    }
-};
+inline bool Hash_Text::StandsAt(const char* p, std::size_t uSize) const noexcept {
+    if (uLength + std::size_t{8} > uSize || uLength == 0) return false;
+    const unsigned uIgnored = uLength < 8 ? 64 - 8 * uLength : 0;
+    if ((BigEndianAt<u3_t>(p) ^ uPrefix) >> uIgnored != 0) return false;
+    return uLength <= 8 || IsTailEqual(p, sText, uLength);
+}
 
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
 // the empty text, which is always there. Lookup and insertion take constant time on average:

@@ -9,4 +9,10 @@ u2_t Data_Names::InternSlow(std::string_view sName) {
     return uKey;
 }
 
+u2_t Data_Names::LookIn(const Hash& oNames, std::string_view sName) {
+    if (IsPlainText(sName.data(), sName.size())) [[likely]]
+        return oNames.Find(sName);
+    return oNames.Find(Utf8_Text(sName).View());
+}
+
 }  // namespace vok

@@ -25,11 +25,7 @@ class Data_Names : public Hash {
     }
     // The same without adding it: NONE for a name that no node ever bore.
     [[nodiscard]] u2_t Look(std::string_view sName) const { return LookIn(*this, sName); }
-    [[nodiscard]] static u2_t LookIn(const Hash& oNames, std::string_view sName) {
-        if (IsPlainText(sName.data(), sName.size())) [[likely]]
-            return oNames.Find(sName);
-        return oNames.Find(Utf8_Text(sName).View());
-    }
+    [[nodiscard]] static u2_t LookIn(const Hash& oNames, std::string_view sName);
     // Null for key 0.
     [[nodiscard]] const char* TextOrNull(u2_t uKey) const noexcept {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;

@@ -12,6 +12,7 @@ Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
         m_pNodes = b.m_oNode.Beg();
         m_pIds = b.m_oGroup.IdsAtZero();
         m_pHeap = b.m_oHeap.Begin();
+        m_pNames = b.m_oName.Texts();
         m_uId = oFrom.m_uId;
     });
 }
@@ -19,11 +20,6 @@ Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
 bool Data_Walk::Start() noexcept {
     m_pNode = m_pNodes + m_uId;
     return m_pNode->GetType() != Data_Node::Zombi;
-}
-
-const char* Data_Walk::GetName() const {
-    return Where("vok::Data_Walk::GetName",
-                 [&] { return detail::NodeOf(m_oFrom.m_oBase, m_uId).NameOf(m_uId); });
 }
 
 }  // namespace vok

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "vok/base/hash_text.h"
 #include "vok/data/data.h"
 
 namespace vok {
@@ -50,7 +51,8 @@ class Data_Walk {
     [[nodiscard]] std::size_t GetDepth() const noexcept { return m_oOpen.Size(); }
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_pNode->GetType(); }
     [[nodiscard]] Data_Key GetKey() const noexcept { return {m_pNode->uKey}; }
-    [[nodiscard]] const char* GetName() const;
+    // As Data::GetName: null for an unnamed node, "Root" for an unnamed root.
+    [[nodiscard]] const char* GetName() const noexcept { return NameOf(m_pNodes[m_uId].uKey); }
     [[nodiscard]] Data GetData() const { return m_oFrom.GetNodeFromID(m_uId); }
 
     // Boolean, Integer, Char.
@@ -85,6 +87,11 @@ class Data_Walk {
     static constexpr Data_Node LEAF{0, Data_Node::Empty, 0, 0};
 
     bool Start() noexcept;
+    [[nodiscard]] const char* NameOf(u2_t uKey) const noexcept {
+        if (uKey != 0) [[likely]]
+            return m_pNames[uKey].sText;
+        return m_uId != 0 ? nullptr : "Root";
+    }
     void Descend() {
         m_oOpen.Add(Open{m_pNext, m_pEnd});
         m_pNext = m_pIds + m_pNode->Start();
@@ -103,6 +110,7 @@ class Data_Walk {
     const u2_t* m_pEnd = nullptr;
     const u2_t* m_pIds;  // those of a group begin as far behind as its place
     const char* m_pHeap;
+    const Hash_Text* m_pNames;
     u2_t m_uId;
     Arr<Open> m_oOpen;
     Data m_oFrom;

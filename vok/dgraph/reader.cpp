@@ -13,6 +13,7 @@
 #include "vok/data/report.h"
 #include "vok/data/select.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/plain_reader.h"
 #include "vok/file/rest.h"
 
 namespace vok {
@@ -221,10 +222,6 @@ void Reader<Source>::ReadLink() {
     m_oPaths.Add('\0');
     SetValue(Data_Node::Link, m_uNode);
 }
-
-// What the loop in its own file calls.
-template void Reader<BufferSource>::OpenLevel(i2_t);
-template void Reader<BufferSource>::CheckMemory();
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Reading DGraph documents of major version 1. Internal.
 //
 // Its functions stand in two files: steps and values (reader.cpp), and the loop that most records
-// go through (plain_reader.cpp).
+// go through (plain_reader.h).
 #ifndef VOK_DGRAPH_READER_H
 #define VOK_DGRAPH_READER_H
 

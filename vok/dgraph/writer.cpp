@@ -10,6 +10,7 @@
 #include "vok/base/where.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/messages.h"
+#include "vok/dgraph/plain_writer.h"
 
 namespace vok {
 

@@ -1,7 +1,7 @@
 // Writing DGraph documents of major version 1. Internal.
 //
 // Its functions stand in two files: steps and values (writer.cpp), and the loop that most records
-// go through (plain_writer.cpp).
+// go through (plain_writer.h).
 #ifndef VOK_DGRAPH_WRITER_H
 #define VOK_DGRAPH_WRITER_H
 

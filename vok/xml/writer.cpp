@@ -13,6 +13,7 @@
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
 #include "vok/data/walk.h"
+#include "vok/xml/plain_writer.h"
 #include "vok/xml/writer.h"
 
 namespace vok {

@@ -1,7 +1,7 @@
 // Writing XML: the writer behind Data::SaveToXML. Internal.
 //
 // Its functions stand in two files: elements, attributes and values (writer.cpp), and the loop that
-// most elements go through (plain_writer.cpp).
+// most elements go through (plain_writer.h).
 #ifndef VOK_XML_WRITER_H
 #define VOK_XML_WRITER_H
 

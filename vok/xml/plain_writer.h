@@ -1,4 +1,8 @@
-// The loop that most elements are written by.
+// The loop that most elements are written by. Internal: writer.cpp includes it, so that a
+// compiler may put the loop where it is called.
+#ifndef VOK_XML_PLAIN_WRITER_H
+#define VOK_XML_PLAIN_WRITER_H
+
 #include <bit>
 #include <cstring>
 #include <string_view>
@@ -9,17 +13,13 @@
 
 namespace vok::detail {
 
-namespace {
-
-char* Store(char* p, std::string_view s) noexcept {
+inline char* PutText(char* p, std::string_view s) noexcept {
     std::memcpy(p, s.data(), s.size());
     return p + s.size();
 }
 
-}  // namespace
-
 template <class Sink>
-void XmlWriter<Sink>::WritePlainElements() {
+inline void XmlWriter<Sink>::WritePlainElements() {
     Frame& f = m_oFrame(m_oFrame.Size() - 1);
     const Node* const pNodes = std::as_const(b.m_oNode).Beg();
     const Hash_Text* const pNames = b.m_oName.Texts();
@@ -46,15 +46,15 @@ void XmlWriter<Sink>::WritePlainElements() {
         p += oName.uLength;
         switch (eType) {
             case Node::Integer:
-                p = Store(p, xml::TypeTag<Node::Integer>::TEXT);
+                p = PutText(p, xml::TypeTag<Node::Integer>::TEXT);
                 p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
                 break;
             case Node::Double:
-                p = Store(p, xml::TypeTag<Node::Double>::TEXT);
+                p = PutText(p, xml::TypeTag<Node::Double>::TEXT);
                 p += FormatReal(std::bit_cast<double>(oNode.Value64()), p);
                 break;
             case Node::Boolean:
-                p = Store(p, xml::TypeTag<Node::Boolean>::TEXT);
+                p = PutText(p, xml::TypeTag<Node::Boolean>::TEXT);
                 p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
                 break;
             case Node::String: {
@@ -65,21 +65,20 @@ void XmlWriter<Sink>::WritePlainElements() {
                     return;
                 }
                 *p++ = '>';
-                p = Store(p, xml::CDATA);
+                p = PutText(p, xml::CDATA);
                 for (std::size_t u = 0; u < uSize; u += 16) std::memcpy(p + u, pText + u, 16);
-                p = Store(p + uSize, xml::CDATA_END);
+                p = PutText(p + uSize, xml::CDATA_END);
                 break;
             }
-            default: p = Store(p, "/>\n"); continue;
+            default: p = PutText(p, "/>\n"); continue;
         }
-        p = Store(p, "</");
+        p = PutText(p, "</");
         std::memcpy(p, oName.sText, Hash::SLACK);
-        p = Store(p + oName.uLength, ">\n");
+        p = PutText(p + oName.uLength, ">\n");
     }
     m_oSink.Cut(p);
 }
 
-template void XmlWriter<BufferSink>::WritePlainElements();
-template void XmlWriter<PieceSink>::WritePlainElements();
-
 }  // namespace vok::detail
+
+#endif  // VOK_XML_PLAIN_WRITER_H

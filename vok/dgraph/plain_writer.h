@@ -1,4 +1,8 @@
-// The loop that most records are written by.
+// The loop that most records are written by. Internal: writer.cpp includes it, so that a
+// compiler may put the loop where it is called.
+#ifndef VOK_DGRAPH_PLAIN_WRITER_H
+#define VOK_DGRAPH_PLAIN_WRITER_H
+
 #include <cstring>
 #include <utility>
 
@@ -7,7 +11,7 @@
 namespace vok::dgraph {
 
 template <class Sink>
-void Writer<Sink>::WritePlainRecords() {
+inline void Writer<Sink>::WritePlainRecords() {
     Frame& f = m_oFrame(m_oFrame.Size() - 1);
     const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
     const Hash_Text* const pNames = b.m_oName.Texts();
@@ -68,6 +72,6 @@ void Writer<Sink>::WritePlainRecords() {
     f.uRunStart = uRunStart;
 }
 
-template void Writer<BufferSink>::WritePlainRecords();
-
 }  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_PLAIN_WRITER_H

@@ -1,4 +1,8 @@
-// The loop that most records are read by.
+// The loop that most records are read by. Internal: reader.cpp includes it, so that a
+// compiler may put the loop where it is called.
+#ifndef VOK_DGRAPH_PLAIN_READER_H
+#define VOK_DGRAPH_PLAIN_READER_H
+
 #include <array>
 #include <bit>
 #include <cstring>
@@ -9,21 +13,18 @@
 
 namespace vok::dgraph {
 
-namespace {
-
 // The bytes of names that need no second look: ASCII without the reserved ones.
-constexpr std::array<bool, 256> PLAIN_NAME = [] {
+inline constexpr std::array<bool, 256> PLAIN_NAME = [] {
     std::array<bool, 256> abPlain{};
     for (std::size_t u = 1; u < 128; ++u) abPlain[u] = !detail::RESERVED[u];
     return abPlain;
 }();
 
 // Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
-[[nodiscard]] bool IsNameAt(const Hash_Text& oName, const char* p, std::size_t uSize) noexcept {
+[[nodiscard]] inline bool IsNameAt(const Hash_Text& oName, const char* p,
+                                   std::size_t uSize) noexcept {
     return oName.StandsAt(p, uSize) && p[oName.uLength] == '[';
 }
-
-}  // namespace
 
 template <class Source>
 inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) const noexcept {
@@ -134,6 +135,6 @@ void Reader<Source>::ReadPlainRecords() {
     }
 }
 
-template void Reader<BufferSource>::ReadPlainRecords();
-
 }  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_PLAIN_READER_H

@@ -1,0 +1,27 @@
+// One of the texts that a tree keeps once each: a name.
+#ifndef VOK_BASE_HASH_TEXT_H
+#define VOK_BASE_HASH_TEXT_H
+
+#include <cstddef>
+
+#include "vok/base/types.h"
+
+namespace vok {
+
+// The prefix holds the first eight bytes, the first one on top and zeros behind the end: comparing
+// two prefixes as numbers compares the texts as bytes, and only texts that share all eight are
+// looked at any further.
+struct Hash_Text {
+    const char* sText;  // NUL-terminated; stays where it is as long as the table lives
+    u3_t uPrefix;
+    u2_t uLength;  // bytes without the NUL
+    u2_t uHash;    // set once the table has an index
+
+    // Whether the text stands at p, where uSize bytes can be read. False also where the eight
+    // bytes behind it cannot be read: they are not looked at one by one.
+    [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept;
+};
+
+}  // namespace vok
+
+#endif  // VOK_BASE_HASH_TEXT_H
