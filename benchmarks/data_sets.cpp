@@ -209,36 +209,32 @@ Set MakeDeep() {
     return oSet;
 }
 
+// Made once, by who asks first.
+template <Set (*MAKE)()>
+const Set& Made() {
+    static const Set oSet = MAKE();
+    return oSet;
+}
+
 }  // namespace
 
 const Set& Orders() {
-    static const Set oSet = MakeOrders();
-    return oSet;
+    return Made<MakeOrders>();
 }
-
 const Set& Config() {
-    static const Set oSet = MakeConfig();
-    return oSet;
+    return Made<MakeConfig>();
 }
-
 const Set& Small() {
-    static const Set oSet = MakeSmall();
-    return oSet;
+    return Made<MakeSmall>();
 }
-
 const Set& Numbers() {
-    static const Set oSet = MakeNumbers();
-    return oSet;
+    return Made<MakeNumbers>();
 }
-
 const Set& Names() {
-    static const Set oSet = MakeNames();
-    return oSet;
+    return Made<MakeNames>();
 }
-
 const Set& Deep() {
-    static const Set oSet = MakeDeep();
-    return oSet;
+    return Made<MakeDeep>();
 }
 
 }  // namespace bench

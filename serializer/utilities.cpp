@@ -61,7 +61,7 @@ std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept {
             *pTo++ = static_cast<char16_t>(*p++);
             continue;
         }
-        pTo += PutUtf16(vok::DecodeUtf8(p, pEnd), pTo);
+        pTo += vok::EncodeUtf16(vok::DecodeUtf8(p, pEnd), pTo);
     }
     return static_cast<std::size_t>(pTo - pOut);
 }

@@ -18,16 +18,7 @@ namespace Velmar::Q7R::Serializer::Utilities {
 
 // The same for text inside a tree. Linear, with one allocation.
 [[nodiscard]] String Utf8ToString(std::string_view sText);
-// Writes a code point as UTF-16 to pOut, which has room for two units; returns how many it took.
-inline std::size_t PutUtf16(vok::u2_t uCode, char16_t* pOut) noexcept {
-    if (uCode < 0x10000) {
-        pOut[0] = static_cast<char16_t>(uCode);
-        return 1;
-    }
-    pOut[0] = static_cast<char16_t>(0xD7C0 + (uCode >> 10));
-    pOut[1] = static_cast<char16_t>(0xDC00 + (uCode & 0x3FF));
-    return 2;
-}
+
 // Writes valid UTF-8 as UTF-16 to pOut, which has room for a unit for each byte; returns how many.
 std::size_t Utf8ToUtf16(std::string_view sText, char16_t* pOut) noexcept;
 

@@ -31,7 +31,7 @@ struct HostText {
         const char* const pEnd = sText + std::strlen(sText);
         // Room for a pair of surrogates and the NUL.
         while (sText != pEnd && uUsed + 3 <= UNITS) {
-            uUsed += Utilities::PutUtf16(vok::DecodeUtf8(sText, pEnd), aUnits + uUsed);
+            uUsed += vok::EncodeUtf16(vok::DecodeUtf8(sText, pEnd), aUnits + uUsed);
         }
         aUnits[uUsed] = 0;
     }

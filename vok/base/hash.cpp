@@ -136,7 +136,7 @@ void Hash::MakeIndex() {
     m_oIndex.reserve(2 * m_oText.Size());
     for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
         Hash_Text& oText = m_oText(uKey);
-        oText.uHash = HashOf({oText.sText, oText.uLength}, m_uSeed);
+        oText.uHash = HashOf(oText.View(), m_uSeed);
         m_oIndex.insert(uKey);
     }
 }

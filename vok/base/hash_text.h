@@ -3,6 +3,7 @@
 #define VOK_BASE_HASH_TEXT_H
 
 #include <cstddef>
+#include <string_view>
 
 #include "vok/base/types.h"
 
@@ -17,6 +18,7 @@ struct Hash_Text {
     u2_t uLength;  // bytes without the NUL
     u2_t uHash;    // set once the table has an index
 
+    [[nodiscard]] std::string_view View() const noexcept { return {sText, uLength}; }
     // Whether the text stands at p, where uSize bytes can be read. False also where the eight
     // bytes behind it cannot be read: they are not looked at one by one.
     [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept;

@@ -116,13 +116,8 @@ void Str::Utf16::Init(const Str& oStr) {
     const char* pEnd = pText + oStr.Len();
     oText.Reserve(oStr.Chars() + 1);
     while (pText < pEnd) {
-        const u2_t uCode = DecodeUtf8(pText, pEnd);
-        if (uCode < 0x10000) {
-            oText.Add(static_cast<char16_t>(uCode));
-        } else {
-            oText.Add(static_cast<char16_t>(0xD7C0 + (uCode >> 10)));
-            oText.Add(static_cast<char16_t>(0xDC00 + (uCode & 0x3FF)));
-        }
+        char16_t aUnits[2];
+        oText.Add(aUnits, EncodeUtf16(DecodeUtf8(pText, pEnd), aUnits));
     }
     oText.Add(u'\0');
     m_oText.Swap(oText);

@@ -21,6 +21,17 @@ namespace vok {
 // for 4 bytes; returns the number written.
 unsigned EncodeUtf8(u2_t uCode, char* sOut) noexcept;
 
+// Writes a code point as UTF-16 to pOut, which has room for two units; returns how many it took.
+inline std::size_t EncodeUtf16(u2_t uCode, char16_t* pOut) noexcept {
+    if (uCode < 0x10000) {
+        pOut[0] = static_cast<char16_t>(uCode);
+        return 1;
+    }
+    pOut[0] = static_cast<char16_t>(0xD7C0 + (uCode >> 10));
+    pOut[1] = static_cast<char16_t>(0xDC00 + (uCode & 0x3FF));
+    return 2;
+}
+
 [[nodiscard]] bool IsUtf8(const char* pText, std::size_t uSize) noexcept;
 
 // The number of code points in a valid text.

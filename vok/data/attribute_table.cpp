@@ -1,6 +1,7 @@
 #include "vok/data/attribute_table.h"
 
 #include <algorithm>
+#include <span>
 
 #include "vok/base/mem.h"
 #include "vok/data/names.h"
@@ -225,17 +226,51 @@ bool Data_Attributes::Check(std::size_t uNodes, const Data_Heap& oHeap, u3_t& uR
 
 // ---- compaction -------------------------------------------------------------
 
-void Data_Attributes::Rewrite::Number(Arr<u2_t>& oUsed, bool bMayDrop, u2_t uUsed) {
+Data_Attributes::Rewrite::Rewrite(Data_Attributes& oTable, bool bMayDrop, const Arr<u2_t>& oNewId)
+    : m_oTable(oTable), m_oNewId(oNewId) {
     const Hash& oNames = m_oTable.m_oName;
+    m_oNewKey.Resize(m_oTable.m_oArray.Size() + 1);
+    u2_t uUsed = 0;
+    for (u2_t uKey = 1; uKey < m_oNewKey.Size(); ++uKey) {
+        const Arr<Data_Att>& oAtt = m_oTable.Records(uKey);
+        const bool bUsed =
+            std::any_of(oAtt.begin(), oAtt.end(), [this](const Data_Att& o) { return IsKept(o); });
+        m_oNewKey(uKey) = bUsed ? uKey : 0;
+        uUsed += bUsed;
+    }
     m_bDrop = bMayDrop && Data_Names::IsWorthDropping(oNames.Size(), uUsed);
-    for (u2_t uKey = 1; uKey < oUsed.Size(); ++uKey) {
-        if (!m_bDrop) {
-            oUsed(uKey) = uKey;
-        } else if (oUsed(uKey) != 0) {
-            oUsed(uKey) = m_oName.Insert(Data_Names::ViewOf(oNames, uKey));
+    if (!m_bDrop) return;
+    for (u2_t& uKey : std::span(m_oNewKey.Beg(), m_oNewKey.End())) {
+        if (uKey != 0) uKey = m_oName.Insert(oNames(uKey).View());
+    }
+}
+
+u3_t Data_Attributes::Rewrite::KeepValues(Data_TextRanges& oRanges, const Data_Heap& oHeap) const {
+    u3_t uReferred = 0;
+    for (const Array* pArray : m_oTable.m_oArray) {
+        for (const Data_Att& o : pArray->oAtt) {
+            if (!IsKept(o)) continue;
+            const std::size_t uBytes = oHeap.BytesOf(o.uValue);
+            oRanges.Keep(o.uValue, uBytes);
+            uReferred += uBytes;
         }
     }
-    m_oNewKey.Swap(oUsed);
+    return uReferred;
+}
+
+void Data_Attributes::Rewrite::Copy(std::size_t uNodes, const Data_TextRanges& oRanges) {
+    if (m_oTable.IsUnused()) return;
+    m_oHead.Resize(uNodes);
+    m_oBegin.Reserve(m_oTable.m_oArray.Size());
+    for (std::size_t uName = 0; uName < m_oTable.m_oArray.Size(); ++uName) {
+        m_oBegin.Add(m_oRecord.Size());
+        for (const Data_Att& o : m_oTable.m_oArray(uName)->oAtt) {
+            if (!IsKept(o)) continue;
+            const u2_t uId = m_oNewId(o.uId);
+            m_oRecord.Add(Data_Att{uId, oRanges.NewOffset(o.uValue), m_oHead(uId)});
+            m_oHead(uId) = m_oNewKey(uName + 1);
+        }
+    }
 }
 
 void Data_Attributes::Rewrite::Commit() {

@@ -7,6 +7,7 @@
 #include "vok/base/hash.h"
 #include "vok/data/runs.h"
 #include "vok/data/text_heap.h"
+#include "vok/data/text_ranges.h"
 
 namespace vok {
 
@@ -69,7 +70,6 @@ class Data_Attributes {
     void AddLast(u2_t uId, u2_t uKey, u2_t uValue, std::size_t uNodes);
     void ReserveRecords(u2_t uKey, std::size_t uCount) { m_oArray(uKey - 1)->oAtt.Reserve(uCount); }
 
-    // A table made from another one, to be swapped in: records by ascending name, then node.
     class Rewrite;
 
     // Forgets the records of nodes from uFirst on, and gives up their values.
@@ -112,62 +112,29 @@ class Data_Attributes {
     u3_t m_uMoved = 0;
 };
 
-// Which records a compaction keeps, and under which keys. All memory is asked for before Commit.
+// What a compaction makes of a table: which records it keeps, and under which keys. All memory but
+// that for dropping names is asked for before Commit.
 class Data_Attributes::Rewrite {
   public:
-    // uNodes nodes will be left; bDrop allows to drop names, if that is worth it. oNewId gives the
-    // new id of a node, Data_Node::NONE for one that is dropped.
-    template <class NewId>
-    Rewrite(Data_Attributes& oTable, bool bDrop, const NewId& oNewId) : m_oTable(oTable) {
-        NumberNames(bDrop, [&](const Data_Att& o) {
-            return o.uValue != NO_VALUE && oNewId(o.uId) != Data_Node::NONE;
-        });
-    }
-    // Hands the offset of every value that is kept to oVisit.
-    template <class NewId, class Visit>
-    void VisitValues(const NewId& oNewId, const Visit& oVisit) const {
-        for (const Array* pArray : m_oTable.m_oArray) {
-            for (const Data_Att& o : pArray->oAtt) {
-                if (o.uValue != NO_VALUE && oNewId(o.uId) != Data_Node::NONE) oVisit(o.uValue);
-            }
-        }
-    }
-    // Makes the new records; oNewValue gives the new offset of a value.
-    template <class NewId, class NewValue>
-    void Copy(std::size_t uNodes, const NewId& oNewId, const NewValue& oNewValue) {
-        if (m_oTable.IsUnused()) return;
-        m_oHead.Resize(uNodes);
-        m_oBegin.Reserve(m_oTable.m_oArray.Size());
-        for (std::size_t uName = 0; uName < m_oTable.m_oArray.Size(); ++uName) {
-            m_oBegin.Add(m_oRecord.Size());
-            for (const Data_Att& o : m_oTable.m_oArray(uName)->oAtt) {
-                const u2_t uId = oNewId(o.uId);
-                if (uId == Data_Node::NONE || o.uValue == NO_VALUE) continue;
-                m_oRecord.Add(Data_Att{uId, oNewValue(o.uValue), m_oHead(uId)});
-                m_oHead(uId) = m_oNewKey(uName + 1);
-            }
-        }
-    }
+    // oNewId has the new id of every node, Data_Node::NONE for one that is dropped. With bMayDrop
+    // names that nobody has any more are dropped if that is worth it.
+    Rewrite(Data_Attributes& oTable, bool bMayDrop, const Arr<u2_t>& oNewId);
+
+    // Names the values that are kept, and returns the bytes that they refer to.
+    [[nodiscard]] u3_t KeepValues(Data_TextRanges& oRanges, const Data_Heap& oHeap) const;
+    // Makes the new records for uNodes nodes, whose values are where oRanges has copied them.
+    void Copy(std::size_t uNodes, const Data_TextRanges& oRanges);
     // Raises the errors of memory where names are dropped; nothing is changed then.
     void Commit();
 
   private:
-    template <class IsKept>
-    void NumberNames(bool bMayDrop, const IsKept& oIsKept) {
-        Arr<u2_t> oUsed;
-        oUsed.Resize(m_oTable.m_oArray.Size() + 1);
-        u2_t uUsed = 0;
-        for (u2_t uKey = 1; uKey < oUsed.Size(); ++uKey) {
-            const Arr<Data_Att>& oAtt = m_oTable.Records(uKey);
-            oUsed(uKey) = std::any_of(oAtt.begin(), oAtt.end(), oIsKept);
-            uUsed += oUsed(uKey);
-        }
-        Number(oUsed, bMayDrop, uUsed);
+    [[nodiscard]] bool IsKept(const Data_Att& o) const noexcept {
+        return o.uValue != NO_VALUE && m_oNewId(o.uId) != Data_Node::NONE;
     }
-    void Number(Arr<u2_t>& oUsed, bool bMayDrop, u2_t uUsed);
     void DropArrays() noexcept;
 
     Data_Attributes& m_oTable;
+    const Arr<u2_t>& m_oNewId;
     bool m_bDrop = false;
     Hash m_oName;
     Arr<u2_t> m_oNewKey;  // by old key; 0 for the dropped ones

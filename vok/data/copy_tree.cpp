@@ -116,8 +116,7 @@ void Data_Copy::CopyAttributes(u2_t uFirst) {
             u2_t uText = m_oFrom.m_oAtt.Find(uOld, uKey);
             if (!m_bSame) uText = m_oRanges.NewOffset(uText);
             // A text in the heap is referred to, not copied.
-            m_oTo.SetAttribute(static_cast<u2_t>(uFirst + u),
-                               Data_Names::ViewOf(m_oFrom.m_oAtt.Names(), uKey),
+            m_oTo.SetAttribute(static_cast<u2_t>(uFirst + u), m_oFrom.m_oAtt.Names()(uKey).View(),
                                m_oTo.m_oHeap.At(uText));
         }
     }
@@ -125,7 +124,7 @@ void Data_Copy::CopyAttributes(u2_t uFirst) {
 
 u2_t Data_Copy::KeyFor(const Data_Node& oNode) {
     if (m_bSame) return oNode.uKey;
-    return m_oTo.m_oName.Intern(m_oFrom.m_oName.View(oNode.uKey));
+    return m_oTo.m_oName.Intern(m_oFrom.m_oName(oNode.uKey).View());
 }
 
 void Data_Copy::SortEntries() {

@@ -37,7 +37,7 @@ class Side {
     [[nodiscard]] bool IsLive(u2_t uId) const noexcept {
         return b.m_oNode(uId).GetType() != Data_Node::Zombi;
     }
-    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept { return b.m_oName.View(uKey); }
+    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept { return b.m_oName(uKey).View(); }
     // A node without successors is an empty one, whatever it had.
     [[nodiscard]] Data_Node::Type Type(u2_t uId) const noexcept {
         const Data_Node::Type eType = b.m_oNode(uId).GetType();

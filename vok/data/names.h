@@ -30,10 +30,6 @@ class Data_Names : public Hash {
     [[nodiscard]] const char* TextOrNull(u2_t uKey) const noexcept {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;
     }
-    [[nodiscard]] std::string_view View(u2_t uKey) const noexcept { return ViewOf(*this, uKey); }
-    [[nodiscard]] static std::string_view ViewOf(const Hash& oNames, u2_t uKey) noexcept {
-        return {oNames(uKey).sText, oNames(uKey).uLength};
-    }
 
     // Takes the names of oNew in place of its own. Nothing is changed if memory runs out.
     void Renew(Hash& oNew) {

@@ -27,7 +27,7 @@ Str Data::GetPath() const {
             char sIndex[NUMBER_ROOM];
             const Hash_Text& oName = b.m_oName(b.m_oNode(oChain(u)).uKey);
             oPath.Add('/');
-            detail::AppendEncoded(oPath, {oName.sText, oName.uLength}, detail::RESERVED.data());
+            detail::AppendEncoded(oPath, oName.View(), detail::RESERVED.data());
             oPath.Add('[');
             oPath.Add(sIndex, FormatInteger(b.PositionOf(oChain(u)), sIndex));
             oPath.Add(']');

@@ -19,20 +19,19 @@ class Data_Shrink {
         if (b.m_uDead != 0) b.UpdateSucc();
         NumberNodes();
         NumberNames();
-        const auto oNewId = [this](u2_t uId) { return NewId(uId); };
         // Names are dropped in one of the two tables, since doing so may fail.
-        Data_Attributes::Rewrite oAtt(b.m_oAtt, m_oNewKey.Size() == 0, oNewId);
+        Data_Attributes::Rewrite oAtt(b.m_oAtt, m_oNewKey.Size() == 0, m_oNewId);
         uFollow = m_oNewId(uFollow) != Data_Node::NONE ? m_oNewId(uFollow) : 0;
         b.m_oHeap.Start();
         for (const Data_Node& o : b.m_oNode) m_oRanges.Keep(o);
-        oAtt.VisitValues(oNewId, [this](u2_t uValue) { KeepText(uValue); });
+        m_uReferred = oAtt.KeepValues(m_oRanges, b.m_oHeap);
         m_oRanges.Copy(b.m_oHeap, [this](const char* pText, std::size_t uSize) {
             const u2_t uOffset = static_cast<u2_t>(m_oHeap.Size());
             m_oHeap.Add(pText, uSize);
             return uOffset;
         });
         CopyNodes();
-        oAtt.Copy(m_oNode.Size(), oNewId, [this](u2_t u) { return m_oRanges.NewOffset(u); });
+        oAtt.Copy(m_oNode.Size(), m_oRanges);
         m_oHeap.Reserve(m_oHeap.Size() + Data_Heap::SLACK);
         if (m_oNewKey.Size() != 0) b.m_oName.Renew(m_oName);
         oAtt.Commit();
@@ -63,19 +62,13 @@ class Data_Shrink {
         if (!Data_Names::IsWorthDropping(b.m_oName.Size(), uUsed)) return;
         m_oName.Start();
         for (u2_t uKey = 1; uKey < oKey.Size(); ++uKey) {
-            if (oKey(uKey) != 0) oKey(uKey) = m_oName.Insert(b.m_oName.View(uKey));
+            if (oKey(uKey) != 0) oKey(uKey) = m_oName.Insert(b.m_oName(uKey).View());
         }
         m_oNewKey.Swap(oKey);
     }
 
     [[nodiscard]] u2_t NewId(u2_t uId) const noexcept {
         return uId < m_oNewId.Size() ? m_oNewId(uId) : Data_Node::NONE;
-    }
-
-    void KeepText(u2_t uValue) {
-        const std::size_t uBytes = b.m_oHeap.BytesOf(uValue);
-        m_oRanges.Keep(uValue, uBytes);
-        m_uReferred += uBytes;
     }
 
     void CopyNodes() {

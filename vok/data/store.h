@@ -84,7 +84,7 @@ class Data_Base {
     [[nodiscard]] static std::string_view TextOf(Data_Name oName, const Data_Base* pBase) noexcept {
         if (oName.m_sName != nullptr) return ViewOf(oName);
         const bool bKnown = pBase != nullptr && oName.m_uKey < pBase->m_oName.Size();
-        return bKnown ? pBase->m_oName.View(oName.m_uKey) : std::string_view();
+        return bKnown ? pBase->m_oName(oName.m_uKey).View() : std::string_view();
     }
     // Null for an unnamed node, "Root" for an unnamed root.
     [[nodiscard]] const char* NameOf(u2_t uId) const noexcept {

@@ -195,7 +195,6 @@ class Data_Groups {
     }
     // Ids that keeping order has moved so far.
     [[nodiscard]] u3_t Moved() const noexcept { return m_uMoved; }
-    void CountMoved(u3_t uIds) noexcept { m_uMoved += uIds; }
 
     // Whether what it knows holds together: the entries and their groups, dead words.
     // uLiving are the words of the groups that are in use.

@@ -104,7 +104,7 @@ void Reader<Source>::ReadStep() {
     m_oStep.Parse(m_oSource.View(uLength));
     const u2_t uKey = b.m_oName.Intern(m_oStep.Name());
     const Hash_Text& oName = b.m_oName(uKey);
-    const bool bPlain = uKey != 0 && !detail::HasReserved({oName.sText, oName.uLength});
+    const bool bPlain = uKey != 0 && !detail::HasReserved(oName.View());
     m_oGuess.Note(uKey, bPlain, b.m_oName.Size());
     if (m_bFirst) {
         b.m_oNode(0).uKey = uKey;

@@ -59,8 +59,8 @@ class Writer {
         u0_t& uPlain = m_oPlain(uKey);
         if (uPlain == Unknown) {
             const Hash_Text& oName = b.m_oName(uKey);
-            const bool bEscaped = uKey == 0 || oName.uLength > LONGEST_PLAIN ||
-                                  detail::HasReserved({oName.sText, oName.uLength});
+            const bool bEscaped =
+                uKey == 0 || oName.uLength > LONGEST_PLAIN || detail::HasReserved(oName.View());
             uPlain = bEscaped ? No : Yes;
         }
         return uPlain == Yes;

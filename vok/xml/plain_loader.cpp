@@ -69,7 +69,7 @@ inline const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noe
     const Hash_Text& oName = b.m_oName(oNode.uKey);
     p += 2;
     if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return nullptr;
-    if (p[oName.uLength] != '>' || IsSkipped({oName.sText, oName.uLength})) return nullptr;
+    if (p[oName.uLength] != '>' || IsSkipped(oName.View())) return nullptr;
     m_uNode = oNode.Pred();
     --m_uDepth;
     return p + oName.uLength + 1;

@@ -68,7 +68,7 @@ void XmlWriter<Sink>::WriteName(u2_t uId) {
     const u2_t uKey = b.m_oNode(uId).uKey;
     if (uKey == 0 && uId == 0) return Add(b.NameOf(0));
     const Hash_Text& oName = b.m_oName(uKey);
-    const std::string_view sName(oName.sText, oName.uLength);
+    const std::string_view sName = oName.View();
     if (IsPlain(uKey)) return Add(sName);
     m_oRoom.Truncate(0);
     xml::EncodeName(m_oRoom, sName);
@@ -80,7 +80,7 @@ void XmlWriter<Sink>::WriteAttributes(u2_t uId) {
     b.m_oAtt.ListByName(uId, m_oAttKeys);
     for (const u2_t uKey : m_oAttKeys) {
         const Hash_Text& oName = b.m_oAtt.Names()(uKey);
-        const std::string_view sName(oName.sText, oName.uLength);
+        const std::string_view sName = oName.View();
         const bool bReserved = xml::IsReserved(sName);
         m_oRoom.Truncate(0);
         if (bReserved || !xml::IsPlainName(sName)) {

@@ -78,7 +78,7 @@ class XmlWriter {
         u0_t& uPlain = m_oPlain(uKey);
         if (uPlain == Unknown) {
             const Hash_Text& oName = b.m_oName(uKey);
-            uPlain = xml::IsPlainName({oName.sText, oName.uLength}) ? Yes : No;
+            uPlain = xml::IsPlainName(oName.View()) ? Yes : No;
         }
         return uPlain == Yes;
     }
