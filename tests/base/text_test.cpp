@@ -56,13 +56,13 @@ TEST(Utf8, WellFormedBeginnings) {
 TEST(Utf8, OneByteAtEveryPlace) {
     for (std::size_t uSize = 0; uSize < 40; ++uSize) {
         std::string sText(uSize, 'a');
-        EXPECT_TRUE(IsAscii(sText.data(), uSize) && IsPlainText(sText.data(), uSize));
+        EXPECT_TRUE(IsAscii(sText.data(), uSize) && IsAsciiText(sText.data(), uSize));
         for (std::size_t u = 0; u < uSize; ++u) {
             for (const int iByte : {0, 1, 0x7F, 0x80, 0x81, 0xFF}) {
                 sText[u] = static_cast<char>(iByte);
                 EXPECT_EQ(IsAscii(sText.data(), uSize), iByte < 0x80);
                 EXPECT_EQ(IsUtf8(sText.data(), uSize), iByte < 0x80);
-                EXPECT_EQ(IsPlainText(sText.data(), uSize), iByte < 0x80 && iByte != 0) << iByte;
+                EXPECT_EQ(IsAsciiText(sText.data(), uSize), iByte < 0x80 && iByte != 0) << iByte;
             }
             sText[u] = 'a';
         }

@@ -56,7 +56,7 @@ inline std::size_t EncodeUtf16(u2_t uCode, char16_t* pOut) noexcept {
 }
 
 // True when every byte is from 1 to 127; eight bytes a step.
-[[nodiscard]] inline bool IsPlainText(const char* pText, std::size_t uSize) noexcept {
+[[nodiscard]] inline bool IsAsciiText(const char* pText, std::size_t uSize) noexcept {
     // A word without high bits has a NUL in it exactly when taking 1 from each byte sets one.
     constexpr u3_t uHigh = 0x8080808080808080u;
     constexpr u3_t uOnes = 0x0101010101010101u;

@@ -16,40 +16,60 @@ namespace {
     Msg::NodeWithWrongDataType(b.ShownName(uId), Data_Node::TypeName(b.m_oNode(uId).GetType()));
 }
 
+// A point in time.
+struct Seconds {
+    double d;
+};
+
+template <class... Fs>
+struct Overloaded : Fs... {
+    using Fs::operator()...;
+};
+
+// Hands the value of a node to the overload of oTake that is for it, oTake() where there is none.
+// Raises for inner and removed nodes, links and blocks, which have no other form.
+template <class Take>
+auto Visit(const Data_Base& b, u2_t uId, const Take& oTake) {
+    const Data_Node& oNode = b.m_oNode(uId);
+    switch (oNode.GetType()) {
+        case Data_Node::Boolean:
+        case Data_Node::Integer:
+        case Data_Node::Char: return oTake(static_cast<i2_t>(oNode.uWord2));
+        case Data_Node::Float:
+        case Data_Node::Double: return oTake(std::bit_cast<double>(oNode.Value64()));
+        case Data_Node::Date: return oTake(Seconds{std::bit_cast<double>(oNode.Value64())});
+        case Data_Node::String: return oTake(b.m_oHeap.At(oNode.uWord2));
+        case Data_Node::Long: return oTake(oNode.Value64());
+        case Data_Node::Quad: return oTake(b.m_oHeap.QuadOf(oNode));
+        case Data_Node::Binary:
+        case Data_Node::Link:
+        case Data_Node::Tree:
+        case Data_Node::Zombi: RaiseWrongType(b, uId);
+        case Data_Node::Empty:
+        default: return oTake();
+    }
+}
+
 }  // namespace
 
 void Data::CvtStr(Str& oOut, const char* sDefault) const {
     return Where("vok::Data::CvtStr", [&] {
-        if (!m_oBase) {
-            oOut = Str(sDefault);  // which may be a text of oOut itself
-            return;
-        }
-        const Base& b = detail::NodeOf(m_oBase, m_uId);
-        const Node& oNode = b.m_oNode(m_uId);
         char sBuf[128];
-        switch (oNode.GetType()) {
-            case Node::Boolean:
-            case Node::Integer:
-            case Node::Char: FormatInteger(static_cast<i2_t>(oNode.uWord2), sBuf); break;
-            case Node::Float:
-            case Node::Double: FormatReal16(std::bit_cast<double>(oNode.Value64()), sBuf); break;
-            case Node::Date: FormatDate(std::bit_cast<double>(oNode.Value64()), ' ', sBuf); break;
-            case Node::String: oOut = Str(b.m_oHeap.At(oNode.uWord2)); return;
-            case Node::Long: FormatInteger(oNode.Value64(), sBuf); break;
-            case Node::Quad: {
-                u2_t u0, u1, u2, u3;
-                GetValQuad(u0, u1, u2, u3);
-                std::snprintf(sBuf, sizeof(sBuf), "0x%08X%08X%08X%08X", u0, u1, u2, u3);
-                break;
-            }
-            case Node::Binary:
-            case Node::Link:
-            case Node::Tree:
-            case Node::Zombi: RaiseWrongType(b, m_uId);
-            case Node::Empty:
-            default: oOut = Str(sDefault); return;
-        }
-        oOut = Str(sBuf);
+        const auto oInBuf = [&](auto&&...) -> const char* { return sBuf; };
+        const Overloaded oToText{
+            [&] { return sDefault; },
+            [&](i2_t i) { return oInBuf(FormatInteger(i, sBuf)); },
+            [&](u3_t u) { return oInBuf(FormatInteger(u, sBuf)); },
+            [&](double d) { return oInBuf(FormatReal16(d, sBuf)); },
+            [&](Seconds o) { return oInBuf(FormatDate(o.d, ' ', sBuf)); },
+            [](const char* s) { return s; },
+            [&](const Data_Heap::Quad& au) {
+                return oInBuf(std::snprintf(sBuf, sizeof(sBuf), "0x%08X%08X%08X%08X", au[0], au[1],
+                                            au[2], au[3]));
+            },
+        };
+        // The default may be a text of oOut itself.
+        oOut = Str(m_oBase ? Visit(detail::NodeOf(m_oBase, m_uId), m_uId, oToText) : sDefault);
     });
 }
 
@@ -60,54 +80,34 @@ i2_t Data::StrToInt(const char* sText) noexcept {
 i3_t Data::CvtInt(i2_t iDefault) const {
     return Where("vok::Data::CvtInt", [&]() -> i3_t {
         if (!m_oBase) return iDefault;
-        const Base& b = detail::NodeOf(m_oBase, m_uId);
-        const Node& oNode = b.m_oNode(m_uId);
-        switch (oNode.GetType()) {
-            case Node::Boolean:
-            case Node::Integer:
-            case Node::Char: return static_cast<i2_t>(oNode.uWord2);
-            case Node::Float:
-            case Node::Double:
-            case Node::Date: return 0;
-            case Node::String: return ParseLong(b.m_oHeap.At(oNode.uWord2));
-            case Node::Long: return static_cast<i3_t>(oNode.Value64());
-            case Node::Quad: {
-                u2_t u0, u1, u2, u3;
-                GetValQuad(u0, u1, u2, u3);
-                return static_cast<i3_t>((u3_t{u1} << 32) + u0);
-            }
-            case Node::Binary:
-            case Node::Link:
-            case Node::Tree:
-            case Node::Zombi: RaiseWrongType(b, m_uId);
-            case Node::Empty:
-            default: return iDefault;
-        }
+        const Overloaded oToInt{
+            [&]() -> i3_t { return iDefault; },
+            [](i2_t i) -> i3_t { return i; },
+            [](u3_t u) { return static_cast<i3_t>(u); },
+            [](double) -> i3_t { return 0; },
+            [](Seconds) -> i3_t { return 0; },
+            [](const char* s) -> i3_t { return ParseLong(s); },
+            [](const Data_Heap::Quad& au) {
+                return static_cast<i3_t>((u3_t{au[1]} << 32) + au[0]);
+            },
+        };
+        return Visit(detail::NodeOf(m_oBase, m_uId), m_uId, oToInt);
     });
 }
 
 double Data::CvtDbl(double dDefault) const {
     return Where("vok::Data::CvtDbl", [&]() -> double {
         if (!m_oBase) return dDefault;
-        const Base& b = detail::NodeOf(m_oBase, m_uId);
-        const Node& oNode = b.m_oNode(m_uId);
-        switch (oNode.GetType()) {
-            case Node::Boolean:
-            case Node::Integer:
-            case Node::Char: return static_cast<i2_t>(oNode.uWord2);
-            case Node::Float:
-            case Node::Double:
-            case Node::Date: return std::bit_cast<double>(oNode.Value64());
-            case Node::String: return ParseLong(b.m_oHeap.At(oNode.uWord2));
-            case Node::Long: return static_cast<double>(static_cast<i3_t>(oNode.Value64()));
-            case Node::Quad: return oNode.uWord3;
-            case Node::Binary:
-            case Node::Link:
-            case Node::Tree:
-            case Node::Zombi: RaiseWrongType(b, m_uId);
-            case Node::Empty:
-            default: return dDefault;
-        }
+        const Overloaded oToDbl{
+            [&] { return dDefault; },
+            [](i2_t i) -> double { return i; },
+            [](u3_t u) { return static_cast<double>(static_cast<i3_t>(u)); },
+            [](double d) { return d; },
+            [](Seconds o) { return o.d; },
+            [](const char* s) -> double { return ParseLong(s); },
+            [](const Data_Heap::Quad& au) -> double { return au[0]; },
+        };
+        return Visit(detail::NodeOf(m_oBase, m_uId), m_uId, oToDbl);
     });
 }
 
@@ -129,8 +129,7 @@ void Data::CopyVal(const Data& oSrc, Data& oDst) {
             return oDst.SetValBin(oSrcBase.m_oHeap.At(oValue.uWord2), oValue.uWord3);
         }
         if (bOtherTree && oValue.GetType() == Node::Quad) {
-            u2_t u0, u1, u2, u3;
-            oSrc.GetValQuad(u0, u1, u2, u3);
+            const auto [u0, u1, u2, u3] = oSrcBase.m_oHeap.QuadOf(oValue);
             return oDst.SetValQuad(u0, u1, u2, u3);
         }
         Node& oNode = oDstBase.m_oNode(oDst.m_uId);

@@ -19,9 +19,9 @@ Data_Copy::Data_Copy(Data_Base& oFrom, Data_Base& oTo, u2_t uTop)
     m_oEntry.Add(Entry{uTop, 0, 0});
     oOpen.Add(Open{m_oFrom.SuccOf(uTop), 0, 0});
     while (oOpen.Size() != 0) {
-        Open& oTop = oOpen(oOpen.Size() - 1);
+        Open& oTop = oOpen.Last();
         if (oTop.uPos == oTop.oGroup.uSize) {
-            oOpen.Truncate(oOpen.Size() - 1);
+            oOpen.Pop();
             continue;
         }
         const u2_t uId = oTop.oGroup.pId[oTop.uPos++];

@@ -12,21 +12,22 @@ namespace {
 // still being looked at: coming back to an open one closes a loop.
 class CycleSearch {
   public:
-    explicit CycleSearch(Data_Base& oBase) : b(oBase), m_oState(oBase.m_oNode.Size()) {
-        b.UpdateSucc();
+    explicit CycleSearch(Data_Base& oBase) : m_oBase(oBase), m_oState(oBase.m_oNode.Size()) {
+        m_oBase.UpdateSucc();
     }
 
     [[nodiscard]] bool Run(u2_t uId) {
         Enter(uId);
         while (m_oOpen.Size() != 0) {
-            Open& oTop = m_oOpen(m_oOpen.Size() - 1);
+            Open& oTop = m_oOpen.Last();
             if (oTop.pNext == oTop.pEnd) {
                 m_oState(oTop.uId) = DONE;
-                m_oOpen.Truncate(m_oOpen.Size() - 1);
+                m_oOpen.Pop();
                 continue;
             }
             const u2_t uNext = *oTop.pNext++;
-            if (uNext >= b.m_oNode.Size() || b.m_oNode(uNext).GetType() == Data_Node::Zombi) {
+            if (uNext >= m_oBase.m_oNode.Size() ||
+                m_oBase.m_oNode(uNext).GetType() == Data_Node::Zombi) {
                 continue;
             }
             const State eState = m_oState.Find(uNext);
@@ -46,16 +47,16 @@ class CycleSearch {
 
     void Enter(u2_t uId) {
         m_oState(uId) = OPEN;
-        const Data_Node& oNode = b.m_oNode(uId);
+        const Data_Node& oNode = m_oBase.m_oNode(uId);
         if (oNode.GetType() == Data_Node::Link) {
             m_oOpen.Add(Open{uId, &oNode.uWord2, &oNode.uWord2 + 1});
             return;
         }
-        const Data_Base::Group oGroup = b.SuccOf(uId);
+        const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
         m_oOpen.Add(Open{uId, oGroup.pId, oGroup.pId + oGroup.uSize});
     }
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     Data_IdMap<State> m_oState;
     Arr<Open> m_oOpen;
 };

@@ -27,45 +27,47 @@ using Visit = std::function<bool(const Data_Difference&)>;
 // One of the two subtrees.
 class Side {
   public:
-    Side(Data_Base& oBase, u2_t uTop) : b(oBase), m_oPlace(oBase.m_oNode.Size()) {
-        b.UpdateSucc();
+    Side(Data_Base& oBase, u2_t uTop) : m_oBase(oBase), m_oPlace(oBase.m_oNode.Size()) {
+        m_oBase.UpdateSucc();
         m_oPlace(0) = OUTSIDE;
         m_oPlace(uTop) = INSIDE;
     }
 
-    [[nodiscard]] const Data_Node& Node(u2_t uId) const noexcept { return b.m_oNode(uId); }
+    [[nodiscard]] const Data_Node& Node(u2_t uId) const noexcept { return m_oBase.m_oNode(uId); }
     [[nodiscard]] bool IsLive(u2_t uId) const noexcept {
-        return b.m_oNode(uId).GetType() != Data_Node::Zombi;
+        return m_oBase.m_oNode(uId).GetType() != Data_Node::Zombi;
     }
-    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept { return b.m_oName(uKey).View(); }
+    [[nodiscard]] std::string_view Name(u2_t uKey) const noexcept {
+        return m_oBase.m_oName(uKey).View();
+    }
     // A node without successors is an empty one, whatever it had.
     [[nodiscard]] Data_Node::Type Type(u2_t uId) const noexcept {
-        const Data_Node::Type eType = b.m_oNode(uId).GetType();
+        const Data_Node::Type eType = m_oBase.m_oNode(uId).GetType();
         return eType == Data_Node::Tree ? Data_Node::Empty : eType;
     }
     [[nodiscard]] std::string_view Block(const Data_Node& oNode) const noexcept {
-        return {b.m_oHeap.At(oNode.uWord2), oNode.uWord3};
+        return {m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3};
     }
     // Where a node hangs.
     enum Place : u0_t { UNKNOWN = 0, INSIDE, OUTSIDE, DETACHED };
 
     // The target of a link, NONE where it is gone.
     [[nodiscard]] u2_t Target(u2_t uLink) {
-        const u2_t uTarget = b.m_oNode(uLink).uWord2;
-        if (uTarget >= b.m_oNode.Size() || !IsLive(uTarget)) return Data_Node::NONE;
+        const u2_t uTarget = m_oBase.m_oNode(uLink).uWord2;
+        if (uTarget >= m_oBase.m_oNode.Size() || !IsLive(uTarget)) return Data_Node::NONE;
         return PlaceOf(uTarget) != DETACHED ? uTarget : Data_Node::NONE;
     }
     // Every node on the way up is looked at once for all targets.
     [[nodiscard]] Place PlaceOf(u2_t uId) {
-        const std::size_t uNodes = b.m_oNode.Size();
+        const std::size_t uNodes = m_oBase.m_oNode.Size();
         u2_t uUp = uId;
-        while (uUp < uNodes && m_oPlace.Find(uUp) == UNKNOWN) uUp = b.m_oNode(uUp).Pred();
+        while (uUp < uNodes && m_oPlace.Find(uUp) == UNKNOWN) uUp = m_oBase.m_oNode(uUp).Pred();
         const Place ePlace = uUp < uNodes ? m_oPlace.Find(uUp) : DETACHED;
-        for (u2_t u = uId; u != uUp; u = b.m_oNode(u).Pred()) m_oPlace(u) = ePlace;
+        for (u2_t u = uId; u != uUp; u = m_oBase.m_oNode(u).Pred()) m_oPlace(u) = ePlace;
         return ePlace;
     }
 
-    Data_Base& b;
+    Data_Base& m_oBase;
 
   private:
     Data_IdMap<Place> m_oPlace;
@@ -89,7 +91,7 @@ class Comparison {
         const u2_t uB = m_oCursorB.GetId();
         // The name that an unnamed root goes by is as good as none.
         if (a.Name(a.Node(uA).uKey) != b.Name(b.Node(uB).uKey) &&
-            std::string_view(a.b.ShownName(uA)) != b.b.ShownName(uB)) {
+            std::string_view(a.m_oBase.ShownName(uA)) != b.m_oBase.ShownName(uB)) {
             Report(Data_Difference::Name, uA, uB);
         }
         if (!m_bStopped) ComparePair(uA, uB);
@@ -127,13 +129,13 @@ class Comparison {
     // ---- successors -------------------------------------------------------
 
     void Step() {
-        Frame& f = m_oFrame(m_oFrame.Size() - 1);
+        Frame& f = m_oFrame.Last();
         while (f.uPosA != f.oA.uSize && !a.IsLive(f.oA.pId[f.uPosA])) ++f.uPosA;
         while (f.uPosB != f.oB.uSize && !b.IsLive(f.oB.pId[f.uPosB])) ++f.uPosB;
         const u2_t uA = f.uPosA != f.oA.uSize ? f.oA.pId[f.uPosA] : NONE;
         const u2_t uB = f.uPosB != f.oB.uSize ? f.oB.pId[f.uPosB] : NONE;
         if (uA == NONE && uB == NONE) {
-            m_oFrame.Truncate(m_oFrame.Size() - 1);
+            m_oFrame.Pop();
             return;
         }
         const u2_t uKeyA = uA != NONE ? a.Node(uA).uKey : NONE;
@@ -159,7 +161,7 @@ class Comparison {
             if (uKeyA == uKeyB) return 0;
         } else {
             u2_t& uKnown = m_oKeyOfA(uKeyA);  // plus 1, 0 for not looked up yet
-            if (uKnown == 0) uKnown = b.b.m_oName.Find(a.Name(uKeyA)) + 1;
+            if (uKnown == 0) uKnown = b.m_oBase.m_oName.Find(a.Name(uKeyA)) + 1;
             if (uKnown == uKeyB + 1) return 0;
         }
         return a.Name(uKeyA).compare(b.Name(uKeyB)) < 0 ? -1 : 1;
@@ -180,8 +182,8 @@ class Comparison {
         if (m_bStopped) return;
         m_oPair.Add(IdPair{uA, uB});
         if (eType != Data_Node::Empty || b.Type(uB) != Data_Node::Empty) return;
-        const Data_Base::Group oA = a.b.SuccOf(uA);
-        const Data_Base::Group oB = b.b.SuccOf(uB);
+        const Data_Base::Group oA = a.m_oBase.SuccOf(uA);
+        const Data_Base::Group oB = b.m_oBase.SuccOf(uB);
         if (oA.uSize + u3_t{oB.uSize} != 0) m_oFrame.Add(Frame{oA, oB, 0, 0, NONE, NONE, 0});
     }
 
@@ -197,24 +199,26 @@ class Comparison {
             case Data_Node::Long: return oA.Value64() == oB.Value64();
             case Data_Node::String:
             case Data_Node::Binary: return a.Block(oA) == b.Block(oB);
-            case Data_Node::Quad: return a.b.m_oHeap.QuadOf(oA) == b.b.m_oHeap.QuadOf(oB);
+            case Data_Node::Quad:
+                return a.m_oBase.m_oHeap.QuadOf(oA) == b.m_oBase.m_oHeap.QuadOf(oB);
             default: return true;
         }
     }
 
     void CompareAttributes(u2_t uA, u2_t uB) {
-        if (!a.b.m_oAtt.Has(uA) && !b.b.m_oAtt.Has(uB)) return;
-        a.b.m_oAtt.ListByName(uA, m_oAttA);
-        b.b.m_oAtt.ListByName(uB, m_oAttB);
+        if (!a.m_oBase.m_oAtt.Has(uA) && !b.m_oBase.m_oAtt.Has(uB)) return;
+        a.m_oBase.m_oAtt.ListByName(uA, m_oAttA);
+        b.m_oBase.m_oAtt.ListByName(uB, m_oAttB);
         for (std::size_t uNthA = 0, uNthB = 0; !m_bStopped;) {
             const bool bA = uNthA != m_oAttA.Size();
             const bool bB = uNthB != m_oAttB.Size();
             if (!bA && !bB) return;
-            const char* sA = bA ? a.b.m_oAtt.Names()(m_oAttA(uNthA)).sText : nullptr;
-            const char* sB = bB ? b.b.m_oAtt.Names()(m_oAttB(uNthB)).sText : nullptr;
+            const char* sA = bA ? a.m_oBase.m_oAtt.Names()(m_oAttA(uNthA)).sText : nullptr;
+            const char* sB = bB ? b.m_oBase.m_oAtt.Names()(m_oAttB(uNthB)).sText : nullptr;
             const int iOrder = !bA ? 1 : !bB ? -1 : std::strcmp(sA, sB);
-            const bool bSame = iOrder == 0 && std::strcmp(a.b.AttributeOf(uA, m_oAttA(uNthA)),
-                                                          b.b.AttributeOf(uB, m_oAttB(uNthB))) == 0;
+            const bool bSame =
+                iOrder == 0 && std::strcmp(a.m_oBase.AttributeOf(uA, m_oAttA(uNthA)),
+                                           b.m_oBase.AttributeOf(uB, m_oAttB(uNthB))) == 0;
             if (!bSame) Report(Data_Difference::Attribute, uA, uB, iOrder <= 0 ? sA : sB);
             uNthA += iOrder <= 0;
             uNthB += iOrder >= 0;
@@ -294,8 +298,8 @@ class Comparison {
         Counted& o = oLevels(uLevel);
         const u2_t uParent = oSide.Node(uId).Pred();
         const u2_t uKey = oSide.Node(uId).uKey;
-        const Data_Base::Group oGroup = oSide.b.SuccOf(uParent);
-        const Data_Base::Run oRun = oSide.b.FindRun(oGroup, uKey);
+        const Data_Base::Group oGroup = oSide.m_oBase.SuccOf(uParent);
+        const Data_Base::Run oRun = oSide.m_oBase.FindRun(oGroup, uKey);
         const u2_t* pFirst = oGroup.pId + oRun.uFirst;
         const u2_t* pEnd = pFirst + oRun.uSize;
         const bool bGoOn = o.uParent == uParent && o.uKey == uKey && o.uPos < oRun.uSize;

@@ -4,13 +4,13 @@ namespace vok {
 
 u2_t Data_Names::InternSlow(std::string_view sName) {
     const u2_t uKey =
-        IsPlainText(sName.data(), sName.size()) ? Insert(sName) : Insert(Utf8_Text(sName).View());
+        IsAsciiText(sName.data(), sName.size()) ? Insert(sName) : Insert(Utf8_Text(sName).View());
     m_oGuess.Note(uKey, uKey != 0, Size());
     return uKey;
 }
 
 u2_t Data_Names::LookIn(const Hash& oNames, std::string_view sName) {
-    if (IsPlainText(sName.data(), sName.size())) [[likely]]
+    if (IsAsciiText(sName.data(), sName.size())) [[likely]]
         return oNames.Find(sName);
     return oNames.Find(Utf8_Text(sName).View());
 }

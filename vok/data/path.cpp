@@ -42,7 +42,7 @@ namespace {
 class PathMaker {
   public:
     PathMaker(Data_Base& oBase, const Limits& oLimits, std::size_t uPath)
-        : b(oBase),
+        : m_oBase(oBase),
           m_oLimits(oLimits),
           m_oWork(oLimits, uPath + oBase.m_oNode.Size() * sizeof(Data_Node)),
           m_oUndo(oBase) {}
@@ -66,11 +66,11 @@ class PathMaker {
             if (oStep.m_bAnyName) Msg::InvalidCharacter('*');
             m_oWork.Look(1);
             if (oStep.m_iIndex < 0) return MatchOrAppend(uParent, oStep);
-            const u2_t uKey = b.m_oName.Intern(oStep.m_sName);
+            const u2_t uKey = m_oBase.m_oName.Intern(oStep.m_sName);
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
-            const u2_t uFound = b.FindNamed(uParent, uKey, uIndex);
+            const u2_t uFound = m_oBase.FindNamed(uParent, uKey, uIndex);
             if (uFound == Data_Node::NONE) return AppendUpTo(uParent, uKey, oStep);
-            if (b.m_oNode(uFound).GetType() == Data_Node::Zombi) return Revive(uFound, oStep);
+            if (m_oBase.m_oNode(uFound).GetType() == Data_Node::Zombi) return Revive(uFound, oStep);
             if (!Matches(uFound, oStep)) Msg::NodeAlreadyExists();
             return uFound;
         });
@@ -78,17 +78,17 @@ class PathMaker {
 
     u2_t PredOf(u2_t uId) {
         m_oWork.Look(1);
-        const u2_t uPred = b.m_oNode(uId).Pred();
-        if (uPred >= b.m_oNode.Size()) Msg::NodeHasNoPredecessor();
+        const u2_t uPred = m_oBase.m_oNode(uId).Pred();
+        if (uPred >= m_oBase.m_oNode.Size()) Msg::NodeHasNoPredecessor();
         return uPred;
     }
 
   private:
     // Without position: the one successor that matches, or a new one.
     u2_t MatchOrAppend(u2_t uParent, const Data_XpathStep& oStep) {
-        const u2_t uKey = b.m_oName.Intern(oStep.m_sName);
+        const u2_t uKey = m_oBase.m_oName.Intern(oStep.m_sName);
         u2_t uFound = Data_Node::NONE;
-        b.VisitNamed(uParent, uKey, [&](const Data_Base::Group& oGroup) {
+        m_oBase.VisitNamed(uParent, uKey, [&](const Data_Base::Group& oGroup) {
             m_oWork.Look(oGroup.uSize);
             for (u2_t u = 0; u < oGroup.uSize; ++u) {
                 if (!Matches(oGroup.pId[u], oStep)) continue;
@@ -104,20 +104,20 @@ class PathMaker {
 
     // With a position past the end: placeholders up to it, then the new node.
     u2_t AppendUpTo(u2_t uParent, u2_t uKey, const Data_XpathStep& oStep) {
-        const u2_t uMissing = static_cast<u2_t>(oStep.m_iIndex) - b.CountNamed(uParent, uKey);
+        const u2_t uMissing = static_cast<u2_t>(oStep.m_iIndex) - m_oBase.CountNamed(uParent, uKey);
         m_uSkipped += uMissing;
         if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
             m_oLimits.RaiseExceeded(&Limits::m_uSkippedSlots);
         }
-        for (u2_t u = 0; u < uMissing; ++u) b.Kill(Append(uParent, uKey));
+        for (u2_t u = 0; u < uMissing; ++u) m_oBase.Kill(Append(uParent, uKey));
         return WithAttributes(Append(uParent, uKey), oStep);
     }
 
     u2_t Append(u2_t uParent, u2_t uKey) {
         return Where("vok::Data::CreateNewSucc(const char*)", [&] {
-            b.CheckAppend(uParent);
+            m_oBase.CheckAppend(uParent);
             m_oUndo.Keep(uParent);
-            const u2_t uId = b.Append(uParent, uKey);
+            const u2_t uId = m_oBase.Append(uParent, uKey);
             ++m_uCreated;
             return uId;
         });
@@ -125,8 +125,8 @@ class PathMaker {
 
     u2_t Revive(u2_t uId, const Data_XpathStep& oStep) {
         m_oUndo.Keep(uId);
-        Data_Node& oNode = b.m_oNode(uId);
-        b.DropValue(oNode);
+        Data_Node& oNode = m_oBase.m_oNode(uId);
+        m_oBase.DropValue(oNode);
         oNode.SetType(Data_Node::Empty);
         oNode.SetValue64(0);
         ++m_uCreated;
@@ -137,28 +137,28 @@ class PathMaker {
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
             if (oStep.AttVal(u) == nullptr) continue;
             m_oUndo.KeepAttribute(uId, Utf8_Text(oStep.m_oAttName(u)).View());
-            b.SetOutsideAttribute(uId, oStep.m_oAttName(u), oStep.AttVal(u));
+            m_oBase.SetOutsideAttribute(uId, oStep.m_oAttName(u), oStep.AttVal(u));
         }
         return uId;
     }
 
     // Whether a node that is not removed has the attributes of a step.
     [[nodiscard]] bool Matches(u2_t uId, const Data_XpathStep& oStep) {
-        if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
+        if (m_oBase.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
             const char* sName = oStep.m_oAttName(u);
             const char* sValue = oStep.AttVal(u);
             if (*sName == 0 || sValue == nullptr) continue;
-            if (!b.m_oAtt.Has(uId)) return false;
+            if (!m_oBase.m_oAtt.Has(uId)) return false;
             m_oWork.Charge(1);
-            const u2_t uKey = Data_Names::LookIn(b.m_oAtt.Names(), sName);
-            const char* sHas = b.AttributeOf(uId, uKey);
+            const u2_t uKey = Data_Names::LookIn(m_oBase.m_oAtt.Names(), sName);
+            const char* sHas = m_oBase.AttributeOf(uId, uKey);
             if (sHas == nullptr || std::strcmp(sHas, sValue) != 0) return false;
         }
         return true;
     }
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     const Limits& m_oLimits;
     Work m_oWork;
     Data_Undo m_oUndo;

@@ -27,7 +27,7 @@ struct Lookup {
 // step however many ways lead to it, and nothing recurses.
 class Evaluator {
   public:
-    Evaluator(Data_Base& oBase, Work& oWork) : b(oBase), m_oWork(oWork) {}
+    Evaluator(Data_Base& oBase, Work& oWork) : m_oBase(oBase), m_oWork(oWork) {}
 
     void Run(u2_t uStart, const Data_Xpath& oPath, Arr<u2_t>& oResult) {
         if (IsLive(uStart)) oResult.Add(uStart);
@@ -45,18 +45,18 @@ class Evaluator {
 
   private:
     [[nodiscard]] bool IsLive(u2_t uId) const noexcept {
-        return b.m_oNode(uId).GetType() != Data_Node::Zombi;
+        return m_oBase.m_oNode(uId).GetType() != Data_Node::Zombi;
     }
 
     // Adds everything below the nodes of a set.
     void AddDescendants(Arr<u2_t>& oSet) {
-        Data_IdMap<bool> oSeen(b.m_oNode.Size());
+        Data_IdMap<bool> oSeen(m_oBase.m_oNode.Size());
         // What hangs below one node is met once in any case.
         const bool bMark = oSet.Size() > 1;
         const auto oMark = [&](u2_t uId) { return !bMark || !std::exchange(oSeen(uId), true); };
         for (std::size_t u = 0; u < oSet.Size(); ++u) oMark(oSet(u));
         for (std::size_t u = 0; u < oSet.Size(); ++u) {
-            const Data_Base::Group oGroup = b.SuccOf(oSet(u));
+            const Data_Base::Group oGroup = m_oBase.SuccOf(oSet(u));
             m_oWork.Look(oGroup.uSize);
             for (u2_t uNth = 0; uNth < oGroup.uSize; ++uNth) {
                 const u2_t uId = oGroup.pId[uNth];
@@ -85,10 +85,10 @@ class Evaluator {
     }
 
     [[nodiscard]] Lookup LookUp(const Data_XpathStep& oStep) const {
-        const u2_t uKey = oStep.m_bAnyName ? Hash::NONE : b.m_oName.Find(oStep.m_sName);
+        const u2_t uKey = oStep.m_bAnyName ? Hash::NONE : m_oBase.m_oName.Find(oStep.m_sName);
         Lookup oLookup{oStep, uKey, {}, {}};
         for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
-            oLookup.oAttKeys.Add(b.m_oAtt.Names().Find(oStep.m_oAttName(u)));
+            oLookup.oAttKeys.Add(m_oBase.m_oAtt.Names().Find(oStep.m_oAttName(u)));
             oLookup.oAttWork.Add(FIND_ATTRIBUTE + Work::OfText(std::strlen(oStep.AttVal(u))));
         }
         return oLookup;
@@ -96,18 +96,19 @@ class Evaluator {
 
     void AddPred(u2_t uId, Arr<u2_t>& oNext) {
         m_oWork.Look(1);
-        const u2_t uPred = b.m_oNode(uId).Pred();
-        if (uPred >= b.m_oNode.Size()) Msg::NodeHasNoPredecessor();
+        const u2_t uPred = m_oBase.m_oNode(uId).Pred();
+        if (uPred >= m_oBase.m_oNode.Size()) Msg::NodeHasNoPredecessor();
         // Siblings stand side by side.
         if (oNext.Size() == 0 || oNext(oNext.Size() - 1) != uPred) oNext.Add(uPred);
     }
 
     void AddSuccessors(u2_t uId, const Lookup& oLookup, Arr<u2_t>& oNext) {
-        const Data_Base::Group oGroup = b.SuccOf(uId);
+        const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
         const Data_XpathStep& oStep = oLookup.oStep;
         Data_Base::Run oRun{0, oGroup.uSize};
         if (!oStep.m_bAnyName) {
-            oRun = oLookup.uKey != Hash::NONE ? b.FindRun(oGroup, oLookup.uKey) : Data_Base::Run{};
+            oRun = oLookup.uKey != Hash::NONE ? m_oBase.FindRun(oGroup, oLookup.uKey)
+                                              : Data_Base::Run{};
         }
         if (oStep.m_iIndex >= 0) {
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
@@ -124,8 +125,8 @@ class Evaluator {
         for (std::size_t u = 0; u < oLookup.oAttKeys.Size(); ++u) {
             if (*oLookup.oStep.m_oAttName(u) == 0) continue;
             m_oWork.Charge(oLookup.oAttWork(u));
-            if (!b.m_oAtt.Has(uId)) return false;
-            const char* sValue = b.AttributeOf(uId, oLookup.oAttKeys(u));
+            if (!m_oBase.m_oAtt.Has(uId)) return false;
+            const char* sValue = m_oBase.AttributeOf(uId, oLookup.oAttKeys(u));
             if (sValue == nullptr || std::strcmp(sValue, oLookup.oStep.AttVal(u)) != 0)
                 return false;
         }
@@ -135,7 +136,7 @@ class Evaluator {
     // Units of work for a search among the nodes of one attribute name.
     static constexpr u3_t FIND_ATTRIBUTE = 8;
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     Work& m_oWork;
 };
 

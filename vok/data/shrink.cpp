@@ -13,19 +13,19 @@ namespace vok {
 // One compaction. All new arrays are made before anything of the tree is changed.
 class Data_Shrink {
   public:
-    explicit Data_Shrink(Data_Base& oBase) : b(oBase) {}
+    explicit Data_Shrink(Data_Base& oBase) : m_oBase(oBase) {}
 
     void Run(u2_t& uFollow) {
-        if (b.m_uDead != 0) b.UpdateSucc();
+        if (m_oBase.m_uDead != 0) m_oBase.UpdateSucc();
         NumberNodes();
         NumberNames();
         // Names are dropped in one of the two tables, since doing so may fail.
-        Data_Attributes::Rewrite oAtt(b.m_oAtt, m_oNewKey.Size() == 0, m_oNewId);
+        Data_Attributes::Rewrite oAtt(m_oBase.m_oAtt, m_oNewKey.Size() == 0, m_oNewId);
         uFollow = m_oNewId(uFollow) != Data_Node::NONE ? m_oNewId(uFollow) : 0;
-        b.m_oHeap.Start();
-        for (const Data_Node& o : b.m_oNode) m_oRanges.Keep(o);
-        m_uReferred = oAtt.KeepValues(m_oRanges, b.m_oHeap);
-        m_oRanges.Copy(b.m_oHeap, [this](const char* pText, std::size_t uSize) {
+        m_oBase.m_oHeap.Start();
+        for (const Data_Node& o : m_oBase.m_oNode) m_oRanges.Keep(o);
+        m_uReferred = oAtt.KeepValues(m_oRanges, m_oBase.m_oHeap);
+        m_oRanges.Copy(m_oBase.m_oHeap, [this](const char* pText, std::size_t uSize) {
             const u2_t uOffset = static_cast<u2_t>(m_oHeap.Size());
             m_oHeap.Add(pText, uSize);
             return uOffset;
@@ -33,18 +33,18 @@ class Data_Shrink {
         CopyNodes();
         oAtt.Copy(m_oNode.Size(), m_oRanges);
         m_oHeap.Reserve(m_oHeap.Size() + Data_Heap::SLACK);
-        if (m_oNewKey.Size() != 0) b.m_oName.Renew(m_oName);
+        if (m_oNewKey.Size() != 0) m_oBase.m_oName.Renew(m_oName);
         oAtt.Commit();
         Commit();
     }
 
   private:
     void NumberNodes() {
-        const std::size_t uNodes = b.m_oNode.Size();
+        const std::size_t uNodes = m_oBase.m_oNode.Size();
         m_oNewId.Resize(uNodes);
         u2_t uNext = 0;
         for (std::size_t u = 0; u < uNodes; ++u) {
-            const bool bLive = u == 0 || b.m_oNode(u).GetType() != Data_Node::Zombi;
+            const bool bLive = u == 0 || m_oBase.m_oNode(u).GetType() != Data_Node::Zombi;
             m_oNewId(u) = bLive ? uNext++ : Data_Node::NONE;
         }
         m_oNode.Reserve(uNext);
@@ -53,16 +53,16 @@ class Data_Shrink {
     // Names that no node bears any more are dropped once they are the greater part of many.
     void NumberNames() {
         Arr<u2_t> oKey;
-        oKey.Resize(b.m_oName.Size());
+        oKey.Resize(m_oBase.m_oName.Size());
         u2_t uUsed = 1;
         const auto oUse = [&](u2_t uKey) { uUsed += uKey != 0 && !std::exchange(oKey(uKey), 1u); };
-        for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
-            if (m_oNewId(u) != Data_Node::NONE) oUse(b.m_oNode(u).uKey);
+        for (std::size_t u = 0; u < m_oBase.m_oNode.Size(); ++u) {
+            if (m_oNewId(u) != Data_Node::NONE) oUse(m_oBase.m_oNode(u).uKey);
         }
-        if (!Data_Names::IsWorthDropping(b.m_oName.Size(), uUsed)) return;
+        if (!Data_Names::IsWorthDropping(m_oBase.m_oName.Size(), uUsed)) return;
         m_oName.Start();
         for (u2_t uKey = 1; uKey < oKey.Size(); ++uKey) {
-            if (oKey(uKey) != 0) oKey(uKey) = m_oName.Insert(b.m_oName(uKey).View());
+            if (oKey(uKey) != 0) oKey(uKey) = m_oName.Insert(m_oBase.m_oName(uKey).View());
         }
         m_oNewKey.Swap(oKey);
     }
@@ -72,10 +72,10 @@ class Data_Shrink {
     }
 
     void CopyNodes() {
-        const bool bRenumbered = b.m_uDead != 0;
-        for (std::size_t u = 0; u < b.m_oNode.Size(); ++u) {
+        const bool bRenumbered = m_oBase.m_uDead != 0;
+        for (std::size_t u = 0; u < m_oBase.m_oNode.Size(); ++u) {
             if (m_oNewId(u) == Data_Node::NONE) continue;
-            Data_Node oNode = b.m_oNode(u);
+            Data_Node oNode = m_oBase.m_oNode(u);
             if (m_oNewKey.Size() != 0) oNode.uKey = m_oNewKey(oNode.uKey);
             oNode.SetPredField(NewId(oNode.Pred()) + 1);
             m_oRanges.Renew(oNode);
@@ -92,7 +92,7 @@ class Data_Shrink {
             oNode.SetType(Data_Node::Empty);
             return oNode.SetValue64(0);
         }
-        const Data_Groups::View oOld = b.m_oGroup.ViewOf(oNode.Start(), oNode.Size());
+        const Data_Groups::View oOld = m_oBase.m_oGroup.ViewOf(oNode.Start(), oNode.Size());
         u2_t uSize = 0;
         const u2_t uStart = Data_Groups::Write(m_oGroup, oOld.uSize, [&](u2_t* pNew) {
             for (const u2_t uOld : oOld) {
@@ -106,17 +106,18 @@ class Data_Shrink {
     }
 
     void Commit() {
-        const bool bRenumbered = b.m_uDead != 0;
-        b.m_oNode.Swap(m_oNode);
-        b.m_oHeap.Swap(m_oHeap);
-        b.m_oHeap.SetReferred(m_uReferred);
-        b.m_uDead = b.m_oNode(0).GetType() == Data_Node::Zombi;  // the root stays, dead or not
+        const bool bRenumbered = m_oBase.m_uDead != 0;
+        m_oBase.m_oNode.Swap(m_oNode);
+        m_oBase.m_oHeap.Swap(m_oHeap);
+        m_oBase.m_oHeap.SetReferred(m_uReferred);
+        m_oBase.m_uDead =
+            m_oBase.m_oNode(0).GetType() == Data_Node::Zombi;  // the root stays, dead or not
         if (!bRenumbered) return;
-        b.m_oGroup.Swap(m_oGroup);
-        b.m_uIndexed = static_cast<u2_t>(b.m_oNode.Size());
+        m_oBase.m_oGroup.Swap(m_oGroup);
+        m_oBase.m_uIndexed = static_cast<u2_t>(m_oBase.m_oNode.Size());
     }
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     Arr<u2_t> m_oNewId;   // by old id; NONE for the dropped ones
     Arr<u2_t> m_oNewKey;  // by old key of a name; empty when all are kept
     Hash m_oName;

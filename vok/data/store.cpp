@@ -79,7 +79,7 @@ void Data_Base::SetOutsideAttribute(u2_t uId, std::string_view sName, std::strin
 // ---- values -----------------------------------------------------------------
 
 void Data_Base::SetNewText(u2_t uId, std::string_view sText) {
-    if (IsPlainText(sText.data(), sText.size())) [[likely]] {
+    if (IsAsciiText(sText.data(), sText.size())) [[likely]] {
         SetNewValue(uId, Node::String, m_oHeap.AddText(sText), static_cast<u2_t>(sText.size() + 1));
         return;
     }

@@ -122,7 +122,7 @@ class Data_Base {
     }
     // The same with a text, which ends at its first NUL.
     u2_t AppendText(u2_t uParent, u2_t uKey, std::string_view sText) {
-        const u2_t uOffset = m_oHeap.AddPlain(sText);
+        const u2_t uOffset = m_oHeap.TryAddText(sText);
         if (uOffset != 0) [[likely]] {
             return Append(uParent, uKey, Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
         }
@@ -199,7 +199,7 @@ class Data_Base {
         m_uIndexed = uId + 1;
         return uId;
     }
-    // Whether AppendPlain may be called: a tree node of less successors than its group has
+    // Whether AppendLast may be called: a tree node of less successors than its group has
     // room for, and nothing pending or unsorted.
     [[nodiscard]] bool CanPlace(u2_t uParent) const noexcept {
         const Node& oParent = m_oNode(uParent);
@@ -211,7 +211,7 @@ class Data_Base {
     }
     // Appends a finished record, whose predecessor is uParent, behind all others in the order
     // of successors.
-    u2_t AppendPlain(u2_t uParent, const Node& oNode) {
+    u2_t AppendLast(u2_t uParent, const Node& oNode) {
         const u2_t uId = static_cast<u2_t>(m_oNode.Size());
         m_oNode.Add(oNode);
         Node& oParent = m_oNode(uParent);

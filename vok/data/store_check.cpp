@@ -8,51 +8,54 @@ namespace {
 
 class StoreCheck {
   public:
-    explicit StoreCheck(const Data_Base& oBase) : b(oBase) {}
+    explicit StoreCheck(const Data_Base& oBase) : m_oBase(oBase) {}
 
     const char* Run() {
-        const std::size_t uNodes = b.m_oNode.Size();
-        if (uNodes == 0 || b.m_oNode(0).PredField() != 0) return "no root";
-        if (b.m_uIndexed > uNodes) return "more nodes indexed than there are";
+        const std::size_t uNodes = m_oBase.m_oNode.Size();
+        if (uNodes == 0 || m_oBase.m_oNode(0).PredField() != 0) return "no root";
+        if (m_oBase.m_uIndexed > uNodes) return "more nodes indexed than there are";
         m_oPending.Resize(uNodes);
         for (u2_t uId = 0; uId < uNodes; ++uId) {
-            const char* sFault = CheckNode(uId, b.m_oNode(uId));
+            const char* sFault = CheckNode(uId, m_oBase.m_oNode(uId));
             if (sFault != nullptr) return sFault;
         }
         for (u2_t uId = 0; uId < uNodes; ++uId) {
-            const char* sFault = CheckGroup(uId, b.m_oNode(uId));
+            const char* sFault = CheckGroup(uId, m_oBase.m_oNode(uId));
             if (sFault != nullptr) return sFault;
         }
         if (m_uPlaced != m_uHung) return "a node stands in no group";
         if (HasCircle()) return "predecessors lead in a circle";
-        if (m_uDead != b.m_uDead) return "removed nodes miscounted";
-        if (!b.m_oGroup.Check(m_uLiving)) return "words of groups miscounted";
-        if (!b.m_oAtt.Check(uNodes, b.m_oHeap, m_uReferred)) return "attributes";
-        if (!b.m_oHeap.IsWithin(m_uReferred)) return "texts in use taken for unused";
+        if (m_uDead != m_oBase.m_uDead) return "removed nodes miscounted";
+        if (!m_oBase.m_oGroup.Check(m_uLiving)) return "words of groups miscounted";
+        if (!m_oBase.m_oAtt.Check(uNodes, m_oBase.m_oHeap, m_uReferred)) return "attributes";
+        if (!m_oBase.m_oHeap.IsWithin(m_uReferred)) return "texts in use taken for unused";
         return nullptr;
     }
 
   private:
     const char* CheckNode(u2_t uId, const Data_Node& o) {
-        if (o.uKey >= b.m_oName.Size()) return "a name without a text";
+        if (o.uKey >= m_oBase.m_oName.Size()) return "a name without a text";
         const u2_t uPred = o.Pred();
         if (uPred != Data_Node::NONE) {
-            if (uPred >= b.m_oNode.Size()) return "a predecessor that is not there";
-            if (b.m_oNode(uPred).GetType() != Data_Node::Tree) return "a predecessor without group";
-            m_uHung += uId < b.m_uIndexed;
-            m_oPending(uPred) += uId >= b.m_uIndexed;
+            if (uPred >= m_oBase.m_oNode.Size()) return "a predecessor that is not there";
+            if (m_oBase.m_oNode(uPred).GetType() != Data_Node::Tree)
+                return "a predecessor without group";
+            m_uHung += uId < m_oBase.m_uIndexed;
+            m_oPending(uPred) += uId >= m_oBase.m_uIndexed;
         }
         m_uReferred += Data_Heap::BytesOf(o);
         const u3_t uEnd = u3_t{o.uWord2} + Data_Heap::BytesOf(o);
         switch (o.GetType()) {
             case Data_Node::String:
-                if (o.uWord3 == 0 || u3_t{o.uWord2} + o.uWord3 > b.m_oHeap.Size()) return "a text";
-                return b.m_oHeap.At(o.uWord2)[o.uWord3 - 1] != 0 ? "a text without end" : nullptr;
+                if (o.uWord3 == 0 || u3_t{o.uWord2} + o.uWord3 > m_oBase.m_oHeap.Size())
+                    return "a text";
+                return m_oBase.m_oHeap.At(o.uWord2)[o.uWord3 - 1] != 0 ? "a text without end"
+                                                                       : nullptr;
             case Data_Node::Binary:
-            case Data_Node::Quad: return uEnd > b.m_oHeap.Size() ? "a block" : nullptr;
+            case Data_Node::Quad: return uEnd > m_oBase.m_oHeap.Size() ? "a block" : nullptr;
             case Data_Node::Link:
-                return o.uWord2 != Data_Node::NONE && o.uWord2 >= b.m_oNode.Size() ? "a link"
-                                                                                   : nullptr;
+                return o.uWord2 != Data_Node::NONE && o.uWord2 >= m_oBase.m_oNode.Size() ? "a link"
+                                                                                         : nullptr;
             case Data_Node::Zombi: ++m_uDead; return nullptr;
             default: return *Data_Node::TypeName(o.GetType()) == 'U' ? "a type" : nullptr;
         }
@@ -60,7 +63,7 @@ class StoreCheck {
 
     const char* CheckGroup(u2_t uId, const Data_Node& o) {
         if (o.GetType() != Data_Node::Tree) return nullptr;
-        const Data_Groups& oGroup = b.m_oGroup;
+        const Data_Groups& oGroup = m_oBase.m_oGroup;
         if (o.Start() == Data_Node::NONE) {
             return o.Size() != m_oPending(uId) ? "successors miscounted" : nullptr;
         }
@@ -74,7 +77,7 @@ class StoreCheck {
         m_uPlaced += uPlaced;
         const Data_Groups::View oIds = oGroup.ViewOf(o.Start(), uPlaced);
         for (const u2_t u : oIds) {
-            const bool bOwn = u < b.m_uIndexed && b.m_oNode(u).Pred() == uId;
+            const bool bOwn = u < m_oBase.m_uIndexed && m_oBase.m_oNode(u).Pred() == uId;
             if (!bOwn) return "a successor of another node";
         }
         m_oSorted.Truncate(0);
@@ -83,27 +86,29 @@ class StoreCheck {
         const bool bTwice =
             std::adjacent_find(m_oSorted.begin(), m_oSorted.end()) != m_oSorted.end();
         if (bTwice) return "a successor stands twice";
-        const bool bOrdered = !oGroup.IsSorted(o.Start()) ||
-                              std::is_sorted(oIds.begin(), oIds.end(), [this](u2_t uA, u2_t uB) {
-                                  return b.m_oName.IsLess(b.m_oNode(uA).uKey, b.m_oNode(uB).uKey);
-                              });
+        const bool bOrdered =
+            !oGroup.IsSorted(o.Start()) ||
+            std::is_sorted(oIds.begin(), oIds.end(), [this](u2_t uA, u2_t uB) {
+                return m_oBase.m_oName.IsLess(m_oBase.m_oNode(uA).uKey, m_oBase.m_oNode(uB).uKey);
+            });
         return bOrdered ? nullptr : "successors out of order";
     }
 
     // Each way up is gone once: where it meets one that is known it ends.
     [[nodiscard]] bool HasCircle() const {
-        const std::size_t uNodes = b.m_oNode.Size();
+        const std::size_t uNodes = m_oBase.m_oNode.Size();
         Arr<u2_t> oWay;  // by id: the node from which it was first come to, plus one
         oWay.Resize(uNodes);
         for (u2_t uId = 0; uId < uNodes; ++uId) {
             u2_t uUp = uId;
-            for (; uUp < uNodes && oWay(uUp) == 0; uUp = b.m_oNode(uUp).Pred()) oWay(uUp) = uId + 1;
+            for (; uUp < uNodes && oWay(uUp) == 0; uUp = m_oBase.m_oNode(uUp).Pred())
+                oWay(uUp) = uId + 1;
             if (uUp < uNodes && oWay(uUp) == uId + 1) return true;
         }
         return false;
     }
 
-    const Data_Base& b;
+    const Data_Base& m_oBase;
     Arr<u2_t> m_oPending;  // by id: successors that are not placed
     Arr<u2_t> m_oSorted;
     u3_t m_uHung = 0;    // indexed nodes that name a predecessor

@@ -52,11 +52,11 @@ class Data_Heap {
         return sText.empty() ? 0 : Append(sText.data(), sText.size(), 1);
     }
     // The same for a text that needs no second look, where there is room; 0 for all others.
-    u2_t AddPlain(std::string_view sText) noexcept {
+    u2_t TryAddText(std::string_view sText) noexcept {
         const std::size_t uOffset = m_oBytes.Size();
         const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
                            m_oBytes.Capacity() <= MOST && uOffset != 0;
-        if (!bRoom || sText.empty() || !IsPlainText(sText.data(), sText.size())) return 0;
+        if (!bRoom || sText.empty() || !IsAsciiText(sText.data(), sText.size())) return 0;
         char* pText = m_oBytes.End();
         CopyBytes(pText, sText.data(), sText.size());
         pText[sText.size()] = 0;

@@ -10,33 +10,33 @@ void Data_Undo::TakeBack() noexcept {
         if (o.uAttribute == NO_ATTRIBUTE) {
             RestoreNode(o);
         } else {
-            b.m_oAtt.Restore(o.uId, o.uAttribute, o.oOld.uWord2);
+            m_oBase.m_oAtt.Restore(o.uId, o.uAttribute, o.oOld.uWord2);
         }
     }
     // New nodes hang below new ones now, or below nothing.
-    for (std::size_t u = m_uNodes; u < b.m_oNode.Size(); ++u) {
-        const Data_Node& o = b.m_oNode(u);
-        if (o.GetType() == Data_Node::Tree) b.AbandonGroup(o);
+    for (std::size_t u = m_uNodes; u < m_oBase.m_oNode.Size(); ++u) {
+        const Data_Node& o = m_oBase.m_oNode(u);
+        if (o.GetType() == Data_Node::Tree) m_oBase.AbandonGroup(o);
     }
-    b.Rollback(m_uNodes);
-    b.m_uIndexed = std::min(b.m_uIndexed, m_uNodes);
-    b.m_oHeap.TakeBack(m_oHeap);
-    b.m_uDead = m_uDead;
+    m_oBase.Rollback(m_uNodes);
+    m_oBase.m_uIndexed = std::min(m_oBase.m_uIndexed, m_uNodes);
+    m_oBase.m_oHeap.TakeBack(m_oHeap);
+    m_oBase.m_uDead = m_uDead;
 }
 
 void Data_Undo::RestoreNode(const Change& o) noexcept {
-    Data_Node& oNode = b.m_oNode(o.uId);
+    Data_Node& oNode = m_oBase.m_oNode(o.uId);
     if (oNode.GetType() != Data_Node::Tree) {
         oNode = o.oOld;
         return;
     }
     if (o.oOld.GetType() != Data_Node::Tree) {
-        b.AbandonGroup(oNode);
+        m_oBase.AbandonGroup(oNode);
         oNode = o.oOld;
         return;
     }
     // Its group may have moved since, and have new successors among the old ones.
-    if (oNode.Start() != Data_Node::NONE) b.m_oGroup.DropFrom(oNode.Start(), m_uNodes);
+    if (oNode.Start() != Data_Node::NONE) m_oBase.m_oGroup.DropFrom(oNode.Start(), m_uNodes);
     oNode.uWord3 = o.oOld.uWord3;
 }
 

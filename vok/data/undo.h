@@ -13,7 +13,7 @@ namespace vok {
 class Data_Undo {
   public:
     explicit Data_Undo(Data_Base& oBase) noexcept
-        : b(oBase),
+        : m_oBase(oBase),
           m_uNodes(static_cast<u2_t>(oBase.m_oNode.Size())),
           m_uDead(oBase.m_uDead),
           m_oHeap(oBase.m_oHeap.GetMark()) {}
@@ -22,13 +22,13 @@ class Data_Undo {
 
     // The record of a node, or the value of one of its attributes, is about to change.
     void Keep(u2_t uId) {
-        if (uId < m_uNodes) m_oChange.Add(Change{uId, NO_ATTRIBUTE, b.m_oNode(uId)});
+        if (uId < m_uNodes) m_oChange.Add(Change{uId, NO_ATTRIBUTE, m_oBase.m_oNode(uId)});
     }
     void KeepAttribute(u2_t uId, std::string_view sName) {
         if (uId >= m_uNodes) return;
-        const u2_t uKey = b.m_oAtt.Intern(sName);
+        const u2_t uKey = m_oBase.m_oAtt.Intern(sName);
         if (uKey == NO_ATTRIBUTE) return;  // an empty name, which nobody can set
-        m_oChange.Add(Change{uId, uKey, {0, 0, b.m_oAtt.Find(uId, uKey), 0}});
+        m_oChange.Add(Change{uId, uKey, {0, 0, m_oBase.m_oAtt.Find(uId, uKey), 0}});
     }
     // Makes the tree what it was. Never fails.
     void TakeBack() noexcept;
@@ -43,7 +43,7 @@ class Data_Undo {
 
     void RestoreNode(const Change& o) noexcept;
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     const u2_t m_uNodes;
     const u2_t m_uDead;
     const Data_Heap::Mark m_oHeap;

@@ -98,10 +98,10 @@ class Data_Walk {
         m_pEnd = m_pNext + m_pNode->Size();
     }
     void Ascend() noexcept {
-        const Open& oOpen = m_oOpen(m_oOpen.Size() - 1);
+        const Open& oOpen = m_oOpen.Last();
         m_pNext = oOpen.pNext;
         m_pEnd = oOpen.pEnd;
-        m_oOpen.Truncate(m_oOpen.Size() - 1);
+        m_oOpen.Pop();
     }
 
     const Data_Node* m_pNode = nullptr;  // null before the first call of Next

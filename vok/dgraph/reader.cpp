@@ -13,7 +13,7 @@
 #include "vok/data/report.h"
 #include "vok/data/select.h"
 #include "vok/dgraph/dgraph.h"
-#include "vok/dgraph/plain_reader.h"
+#include "vok/dgraph/fast_reader.h"
 #include "vok/file/rest.h"
 
 namespace vok {
@@ -27,7 +27,7 @@ void Reader<Source>::Run() {
     while (Top().uPending != 0) {
         m_uNode = Top().uParent;
         if (!ReadRecord()) break;
-        if constexpr (Source::IN_MEMORY) ReadPlainRecords();
+        if constexpr (Source::IN_MEMORY) ReadFastRecords();
     }
     m_uNode = 0;
 }
@@ -41,13 +41,13 @@ void Reader<Source>::ResolveLinks() {
     for (std::size_t u = 0; u < m_oLink.Size(); ++u) {
         m_uNode = m_oLink(u).uId;
         const char* sPath = m_oPaths.Beg() + m_oLink(u).uPath;
-        detail::SelectNodes(b, 0, sPath, m_oWork, oFound);
+        detail::SelectNodes(m_oBase, 0, sPath, m_oWork, oFound);
         if (oFound.Size() == 0) RaiseTargetMissing();
         if (oFound.Size() > 1) RaiseTargetNotUnique();
-        b.m_oNode(m_uNode).uWord2 = oFound(0);
+        m_oBase.m_oNode(m_uNode).uWord2 = oFound(0);
     }
     m_uNode = 0;
-    if (m_oLink.Size() != 0) (void)m_oWork.CheckMemory(detail::LinkBytes(b));
+    if (m_oLink.Size() != 0) (void)m_oWork.CheckMemory(detail::LinkBytes(m_oBase));
 }
 
 template <class Source>
@@ -90,11 +90,11 @@ void Reader<Source>::OpenLevel(i2_t iCount) {
     m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
     // Room for no more successors, on all levels together, than there can be records in
     // the bytes at hand.
-    const u3_t uRecords = m_oSource.AtHand() / SMALLEST_RECORD + b.m_oNode.Size();
+    const u3_t uRecords = m_oSource.AtHand() / SMALLEST_RECORD + m_oBase.m_oNode.Size();
     const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
     const u3_t uRoom = std::min(iCount > 0 ? static_cast<u3_t>(iCount) : 1, uMost);
     m_uPromised += uRoom;
-    b.OpenTree(m_uNode, static_cast<u2_t>(uRoom));
+    m_oBase.OpenTree(m_uNode, static_cast<u2_t>(uRoom));
 }
 
 template <class Source>
@@ -102,12 +102,12 @@ void Reader<Source>::ReadStep() {
     const std::size_t uLength = GetLength();
     if (uLength == 0) RaiseEmptyNodePath();
     m_oStep.Parse(m_oSource.View(uLength));
-    const u2_t uKey = b.m_oName.Intern(m_oStep.Name());
-    const Hash_Text& oName = b.m_oName(uKey);
-    const bool bPlain = uKey != 0 && !detail::HasReserved(oName.View());
-    m_oGuess.Note(uKey, bPlain, b.m_oName.Size());
+    const u2_t uKey = m_oBase.m_oName.Intern(m_oStep.Name());
+    const Hash_Text& oName = m_oBase.m_oName(uKey);
+    const bool bVerbatim = uKey != 0 && !detail::HasReserved(oName.View());
+    m_oGuess.Note(uKey, bVerbatim, m_oBase.m_oName.Size());
     if (m_bFirst) {
-        b.m_oNode(0).uKey = uKey;
+        m_oBase.m_oNode(0).uKey = uKey;
         m_bFirst = false;
     } else {
         AppendNode(uKey, m_oStep.Index());
@@ -127,7 +127,7 @@ void Reader<Source>::ReadStep() {
 template <class Source>
 void Reader<Source>::AppendNode(u2_t uKey, i2_t iIndex) {
     const u2_t uParent = m_uNode;
-    b.CheckAppend(uParent);
+    m_oBase.CheckAppend(uParent);
     Level& oLevel = Top();
     const bool bSameRun = oLevel.uRunKey == uKey;
     if (!bSameRun) {
@@ -150,14 +150,14 @@ void Reader<Source>::SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots) {
     m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
     m_oWork.Charge(static_cast<u3_t>(iSlots));
     for (; iSlots > 0; --iSlots) {
-        b.Remove(m_uNode);
+        m_oBase.Remove(m_uNode);
         m_uNode = AppendCounted(uParent, uKey);
     }
 }
 
 template <class Source>
 void Reader<Source>::CheckMemory() {
-    if (b.m_oNode.Size() >= m_oLimits.m_uNodes) {
+    if (m_oBase.m_oNode.Size() >= m_oLimits.m_uNodes) {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
     const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
@@ -165,8 +165,8 @@ void Reader<Source>::CheckMemory() {
                        COPIES * m_uNoted;
     m_uNoted = 0;
     const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes =
-        std::min(m_oLimits.m_uNodes, b.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes = std::min(m_oLimits.m_uNodes,
+                            m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
 }
 
 template <class Source>
@@ -199,11 +199,11 @@ void Reader<Source>::ReadBlock() {
     const std::string_view sBlock = m_oSource.View(uLength);
     // Where the stream ends inside, zeros follow; not more than were worth reading.
     const std::size_t uMissing = std::min(uLength - sBlock.size(), StreamSource::CHUNK);
-    const u2_t uOffset = b.m_oHeap.Add(sBlock.data(), sBlock.size());
+    const u2_t uOffset = m_oBase.m_oHeap.Add(sBlock.data(), sBlock.size());
     if (uMissing != 0) {
         Arr<char> oZeros;
         oZeros.Resize(uMissing);
-        b.m_oHeap.Add(oZeros.Beg(), uMissing);
+        m_oBase.m_oHeap.Add(oZeros.Beg(), uMissing);
     }
     SetValue(Data_Node::Binary, u3_t{sBlock.size() + uMissing} << 32 | uOffset);
 }

@@ -1,7 +1,7 @@
 // Reading DGraph documents of major version 1. Internal.
 //
 // Its functions stand in two files: steps and values (reader.cpp), and the loop that most records
-// go through (plain_reader.h).
+// go through (fast_reader.h).
 #ifndef VOK_DGRAPH_READER_H
 #define VOK_DGRAPH_READER_H
 
@@ -26,7 +26,7 @@ class Reader {
   public:
     Reader(Data& oData, Source& oSource, const Limits& oLimits)
         : m_oData(oData),
-          b(*Access::BaseOf(oData)),
+          m_oBase(*Access::BaseOf(oData)),
           m_oSource(oSource),
           m_oLimits(oLimits),
           m_oWork(oLimits),
@@ -76,7 +76,7 @@ class Reader {
     // A text is held by the source and by the tree.
     static constexpr u3_t COPIES = 2;
 
-    [[nodiscard]] Level& Top() noexcept { return m_oLevel(m_oLevel.Size() - 1); }
+    [[nodiscard]] Level& Top() noexcept { return m_oLevel.Last(); }
 
     template <class T>
     T Get(std::size_t* pGot = nullptr) {
@@ -95,7 +95,7 @@ class Reader {
     // Closes the levels that are complete; that of the root's successors stays open.
     void CloseLevels() noexcept {
         while (Top().uPending == 0 && Top().uParent != 0) {
-            m_oLevel.Truncate(m_oLevel.Size() - 1);
+            m_oLevel.Pop();
         }
     }
 
@@ -103,7 +103,7 @@ class Reader {
     // the next index of its run, in the order of names, a value that needs no second look.
     // Stops in front of the first other one, which is for ReadRecord. This loop is what
     // loading a document costs.
-    void ReadPlainRecords();
+    void ReadFastRecords();
 
     // The key of the name at p if it is one of those expected, else 0.
     [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize) const noexcept;
@@ -116,7 +116,7 @@ class Reader {
 
     // Whether a name belongs before that of the last record.
     [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {
-        return oLevel.uRunKey != NO_NAME && b.m_oName.IsLess(uKey, oLevel.uRunKey);
+        return oLevel.uRunKey != NO_NAME && m_oBase.m_oName.IsLess(uKey, oLevel.uRunKey);
     }
 
     void OpenLevel(i2_t iCount);
@@ -129,9 +129,9 @@ class Reader {
     void SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots);
 
     u2_t AppendCounted(u2_t uParent, u2_t uKey) {
-        if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+        if (m_oBase.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
             CheckMemory();
-        return b.AppendPlaced(uParent, uKey);
+        return m_oBase.AppendPlaced(uParent, uKey);
     }
 
     // Bytes that the next fields may cost: they are looked at together.
@@ -147,7 +147,8 @@ class Reader {
     // ---- values -----------------------------------------------------------
 
     void SetValue(Data_Node::Type eType, u3_t uValue) {
-        b.SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue), static_cast<u2_t>(uValue >> 32));
+        m_oBase.SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue),
+                            static_cast<u2_t>(uValue >> 32));
     }
 
     void ReadValue(Code eCode);
@@ -156,7 +157,7 @@ class Reader {
         std::string_view sText = m_oSource.View(GetLength());
         // The text ends at its first NUL, which is almost always the last byte.
         if (!sText.empty() && sText.back() == 0) sText.remove_suffix(1);
-        b.SetNewText(m_uNode, sText);
+        m_oBase.SetNewText(m_uNode, sText);
     }
 
     void ReadBlock();
@@ -166,13 +167,13 @@ class Reader {
         m_oSource.Fetch(s, sizeof(s));
         const Data_Heap::Quad auWord = {Load<u2_t>(s), Load<u2_t>(s + 4), Load<u2_t>(s + 8),
                                         Load<u2_t>(s + 12)};
-        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | b.m_oHeap.AddQuad(auWord));
+        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | m_oBase.m_oHeap.AddQuad(auWord));
     }
 
     void ReadLink();
 
     Data& m_oData;
-    Data_Base& b;
+    Data_Base& m_oBase;
     Source& m_oSource;
     const Limits& m_oLimits;
     Work m_oWork;

@@ -9,8 +9,8 @@
 #include "vok/base/date.h"
 #include "vok/base/where.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/fast_writer.h"
 #include "vok/dgraph/messages.h"
-#include "vok/dgraph/plain_writer.h"
 
 namespace vok {
 
@@ -20,15 +20,15 @@ template <class Sink>
 void Writer<Sink>::Run() {
     WriteNode(0, 0);
     while (m_oFrame.Size() != 0) {
-        if constexpr (Sink::IN_MEMORY) WritePlainRecords();
-        Frame& f = m_oFrame(m_oFrame.Size() - 1);
+        if constexpr (Sink::IN_MEMORY) WriteFastRecords();
+        Frame& f = m_oFrame.Last();
         if (f.uPos == f.oGroup.uSize) {
-            m_oFrame.Truncate(m_oFrame.Size() - 1);
+            m_oFrame.Pop();
             continue;
         }
         const u2_t uPos = f.uPos++;
         const u2_t uId = f.oGroup.pId[uPos];
-        const Data_Node& oNode = b.m_oNode(uId);
+        const Data_Node& oNode = m_oBase.m_oNode(uId);
         if (oNode.uKey != f.uRunKey) {
             f.uRunKey = oNode.uKey;
             f.uRunStart = uPos;
@@ -41,12 +41,12 @@ void Writer<Sink>::Run() {
 
 template <class Sink>
 inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
-    const Data_Node& oNode = b.m_oNode(uId);
+    const Data_Node& oNode = m_oBase.m_oNode(uId);
     // The step text, built behind the four bytes of its length.
-    if (b.m_oAtt.Has(uId) || !IsPlain(oNode.uKey)) {
+    if (m_oBase.m_oAtt.Has(uId) || !IsVerbatim(oNode.uKey)) {
         WriteLongStep(uId, uIndex);
     } else {
-        const Hash_Text& oName = b.m_oName(oNode.uKey);
+        const Hash_Text& oName = m_oBase.m_oName(oNode.uKey);
         char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
         char* p = CopyName(pStep, oName);
         p = StoreIndex(p, uIndex);
@@ -60,16 +60,16 @@ inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
 template <class Sink>
 void Writer<Sink>::WriteLongStep(u2_t uId, u2_t uIndex) {
     m_oStep.Truncate(0);
-    const char* sName = b.NameOf(uId);
+    const char* sName = m_oBase.NameOf(uId);
     detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
     char sIndex[NUMBER_ROOM + 2];
     m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
-    b.m_oAtt.List(uId, m_oAttKeys);
+    m_oBase.m_oAtt.List(uId, m_oAttKeys);
     for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
-        const char* sValue = b.AttributeOf(uId, *p);
+        const char* sValue = m_oBase.AttributeOf(uId, *p);
         if (*sValue == 0) continue;
         m_oStep.Add("[@", 2);
-        detail::AppendEncoded(m_oStep, b.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
+        detail::AppendEncoded(m_oStep, m_oBase.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
         m_oStep.Add("=\"", 2);
         detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
         m_oStep.Add("\"]", 2);
@@ -104,11 +104,11 @@ inline void Writer<Sink>::WriteValue(u2_t uId, const Data_Node& oNode) {
             *p++ = static_cast<char>(CODE_STRING);
             m_oSink.Cut(p);
             m_oSink.Cut(Store(p, oNode.uWord3));
-            return m_oSink.HeapText(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
+            return m_oSink.HeapText(m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3);
         }
         case Data_Node::Binary:
             WriteCode(CODE_BINARY);
-            return WriteBlock(b.m_oHeap.At(oNode.uWord2), oNode.uWord3);
+            return WriteBlock(m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3);
         case Data_Node::Long:
             if (m_iMinor < 3) {
                 return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
@@ -124,11 +124,11 @@ inline void Writer<Sink>::WriteValue(u2_t uId, const Data_Node& oNode) {
 
 template <class Sink>
 inline void Writer<Sink>::WriteTree(u2_t uId) {
-    const Data_Base::Group oGroup = b.SuccOf(uId);
+    const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
     u2_t uLive = oGroup.uSize;
-    if (b.m_uDead != 0) {
+    if (m_oBase.m_uDead != 0) {
         for (u2_t u = 0; u < oGroup.uSize; ++u) {
-            uLive -= b.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
+            uLive -= m_oBase.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
         }
     }
     WriteFixed(CODE_NONE, uLive);
@@ -138,7 +138,7 @@ inline void Writer<Sink>::WriteTree(u2_t uId) {
 
 template <class Sink>
 void Writer<Sink>::WriteQuad(const Data_Node& oNode) {
-    const Data_Heap::Quad au = b.m_oHeap.QuadOf(oNode);
+    const Data_Heap::Quad au = m_oBase.m_oHeap.QuadOf(oNode);
     if (m_iMinor < 3) {
         char sBuf[128];
         const int iLength =
@@ -153,11 +153,11 @@ void Writer<Sink>::WriteQuad(const Data_Node& oNode) {
 
 template <class Sink>
 bool Writer<Sink>::IsInDocument(u2_t uId) const noexcept {
-    if (uId == 0 || uId >= b.m_oNode.Size()) return false;
-    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
+    if (uId == 0 || uId >= m_oBase.m_oNode.Size()) return false;
+    if (m_oBase.m_oNode(uId).GetType() == Data_Node::Zombi) return false;
     do {
-        uId = b.m_oNode(uId).Pred();
-        if (uId >= b.m_oNode.Size() || b.m_oNode(uId).GetType() != Data_Node::Tree) {
+        uId = m_oBase.m_oNode(uId).Pred();
+        if (uId >= m_oBase.m_oNode.Size() || m_oBase.m_oNode(uId).GetType() != Data_Node::Tree) {
             return false;
         }
     } while (uId != 0);

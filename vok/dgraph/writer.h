@@ -1,7 +1,7 @@
 // Writing DGraph documents of major version 1. Internal.
 //
 // Its functions stand in two files: steps and values (writer.cpp), and the loop that most records
-// go through (plain_writer.h).
+// go through (fast_writer.h).
 #ifndef VOK_DGRAPH_WRITER_H
 #define VOK_DGRAPH_WRITER_H
 
@@ -22,8 +22,11 @@ template <class Sink>
 class Writer {
   public:
     Writer(const Data& oRoot, const Version& oVersion, Sink& oSink)
-        : b(*Access::BaseOf(oRoot)), m_oRoot(oRoot), m_iMinor(oVersion.iMinor), m_oSink(oSink) {
-        m_oPlain.Resize(b.m_oName.Size());
+        : m_oBase(*Access::BaseOf(oRoot)),
+          m_oRoot(oRoot),
+          m_iMinor(oVersion.iMinor),
+          m_oSink(oSink) {
+        m_oVerbatim.Resize(m_oBase.m_oName.Size());
     }
 
     void Run();
@@ -42,9 +45,9 @@ class Writer {
         u2_t uRunStart;
     };
 
-    enum Plain : u0_t { Unknown, Yes, No };
+    enum Verbatim : u0_t { Unknown, Yes, No };
 
-    static constexpr u2_t PLAIN_TYPES =
+    static constexpr u2_t FAST_TYPES =
         1u << Data_Node::Integer | 1u << Data_Node::Double | 1u << Data_Node::Boolean;
     static constexpr u2_t SHORT_TEXT = 64;
     // Room for any record with a short name and a short text, and what copying in steps of 16
@@ -52,25 +55,25 @@ class Writer {
     static constexpr std::size_t PIECE = Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
 
     // Names longer than this go where their length is checked.
-    static constexpr u2_t LONGEST_PLAIN = 0x7FFFFF00;
+    static constexpr u2_t LONGEST_VERBATIM = 0x7FFFFF00;
 
     // Whether a name is written as it stands.
-    [[nodiscard]] bool IsPlain(u2_t uKey) {
-        u0_t& uPlain = m_oPlain(uKey);
-        if (uPlain == Unknown) {
-            const Hash_Text& oName = b.m_oName(uKey);
+    [[nodiscard]] bool IsVerbatim(u2_t uKey) {
+        u0_t& uVerbatim = m_oVerbatim(uKey);
+        if (uVerbatim == Unknown) {
+            const Hash_Text& oName = m_oBase.m_oName(uKey);
             const bool bEscaped =
-                uKey == 0 || oName.uLength > LONGEST_PLAIN || detail::HasReserved(oName.View());
-            uPlain = bEscaped ? No : Yes;
+                uKey == 0 || oName.uLength > LONGEST_VERBATIM || detail::HasReserved(oName.View());
+            uVerbatim = bEscaped ? No : Yes;
         }
-        return uPlain == Yes;
+        return uVerbatim == Yes;
     }
 
     // Writes the records of the top level as long as they are like most records are: a name
     // written as it stands, no attributes, one of the common values. This loop is what
     // writing a document costs, so all it needs is at hand in locals: the bytes it stores
     // could otherwise be taken for any of the members.
-    void WritePlainRecords();
+    void WriteFastRecords();
 
     void WriteNode(u2_t uId, u2_t uIndex);
 
@@ -136,12 +139,12 @@ class Writer {
 
     void WriteLink(const Data_Node& oNode);
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     const Data& m_oRoot;
     const i2_t m_iMinor;
     Sink& m_oSink;
     Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oPlain;  // by key
+    Arr<u0_t> m_oVerbatim;  // by key
     Arr<char> m_oStep;
     Arr<u2_t> m_oAttKeys;
 };

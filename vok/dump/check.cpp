@@ -11,14 +11,14 @@ namespace vok::dump {
 using detail::LinkBytes;
 
 void Checker::Run(const Arr<u2_t>& oAttributes) {
-    if (b.m_oHeap.Size() != 0 && *b.m_oHeap.Begin() != 0) throw Fault{Fault::HEAP, 0};
+    if (m_oBase.m_oHeap.Size() != 0 && *m_oBase.m_oHeap.Begin() != 0) throw Fault{Fault::HEAP, 0};
     CheckNodes();
-    if (m_bUpward || b.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
+    if (m_bUpward || m_oBase.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
     CheckAttributes(oAttributes);
     CheckLateTexts();
     CheckShared();
-    b.m_uIndexed = static_cast<u2_t>(b.m_oNode.Size());
-    b.m_oHeap.SetReferred(m_uReferred);
+    m_oBase.m_uIndexed = static_cast<u2_t>(m_oBase.m_oNode.Size());
+    m_oBase.m_oHeap.SetReferred(m_uReferred);
 }
 
 // ---- nodes and groups ---------------------------------------------------------
@@ -27,29 +27,29 @@ void Checker::Run(const Arr<u2_t>& oAttributes) {
 inline bool Checker::IsNextText(const Data_Node& oNode) noexcept {
     const std::size_t uBegin = oNode.uWord2;
     const std::size_t uSize = oNode.uWord3;
-    const std::size_t uHeap = b.m_oHeap.Size();
+    const std::size_t uHeap = m_oBase.m_oHeap.Size();
     if (uBegin == 0 || uBegin < m_uChecked || uSize == 0 || uSize > m_oLimits.m_uTextBytes) {
         return false;
     }
     if (uBegin + uSize > uHeap) return false;
-    const char* pText = b.m_oHeap.At(oNode.uWord2);
-    if (pText[uSize - 1] != 0 || !IsPlainText(pText, uSize - 1)) return false;
+    const char* pText = m_oBase.m_oHeap.At(oNode.uWord2);
+    if (pText[uSize - 1] != 0 || !IsAsciiText(pText, uSize - 1)) return false;
     m_uChecked = uBegin + uSize;
     m_uReferred += uSize;
     return true;
 }
 
 void Checker::CheckNodes() {
-    const std::size_t uNodes = b.m_oNode.Size();
-    const std::size_t uNames = b.m_oName.Size();
-    if (uNodes == 0 || b.m_oNode(0).PredField() != 0) FailNode(0);
+    const std::size_t uNodes = m_oBase.m_oNode.Size();
+    const std::size_t uNames = m_oBase.m_oName.Size();
+    if (uNodes == 0 || m_oBase.m_oNode(0).PredField() != 0) FailNode(0);
     m_oKeyAfter.Resize(uNames);
     // The types whose payload is any number, a bit each.
     constexpr u2_t NUMBERS = 1u << Data_Node::Empty | 1u << Data_Node::Boolean |
                              1u << Data_Node::Integer | 1u << Data_Node::Char |
                              1u << Data_Node::Float | 1u << Data_Node::Double |
                              1u << Data_Node::Date | 1u << Data_Node::Long;
-    const Data_Node* pNodes = std::as_const(b.m_oNode).Beg();
+    const Data_Node* pNodes = std::as_const(m_oBase.m_oNode).Beg();
     u3_t uHung = 0;
     bool bUpward = false;
     for (u2_t uId = 0; uId < uNodes; ++uId) {
@@ -75,7 +75,7 @@ void Checker::CheckNodes() {
 }
 
 void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
-    const std::size_t uNodes = b.m_oNode.Size();
+    const std::size_t uNodes = m_oBase.m_oNode.Size();
     const std::size_t uSize = oNode.Size();
     const std::size_t uFirst = m_uNextGroup + Data_Groups::HEADER;
     if (oNode.Start() != m_uNextGroup || uFirst > m_oWord.Size() ||
@@ -86,7 +86,7 @@ void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
     const u2_t* pGroup = m_oWord.Beg() + m_uNextGroup;
     if (pGroup[0] != uSize || pGroup[1] != uSize) FailGroup(m_uNextGroup);
     pGroup += Data_Groups::HEADER;
-    const Data_Node* pNodes = std::as_const(b.m_oNode).Beg();
+    const Data_Node* pNodes = std::as_const(m_oBase.m_oNode).Beg();
     bool bAscending = true;
     u2_t uLast = 0;     // the root is nobody's successor
     u2_t uLastKey = 0;  // unnamed ones come first
@@ -99,7 +99,7 @@ void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
         if (uKey == uLastKey) continue;
         if (uKey == 0 || uKey >= m_oKeyAfter.Size()) FailGroup(uFirst + u);
         if (m_oKeyAfter(uLastKey) != uKey) {
-            if (!b.m_oName.IsLess(uLastKey, uKey)) FailGroup(uFirst + u);
+            if (!m_oBase.m_oName.IsLess(uLastKey, uKey)) FailGroup(uFirst + u);
             m_oKeyAfter(uLastKey) = uKey;
         }
         uLastKey = uKey;
@@ -111,7 +111,7 @@ void Checker::CheckGroup(u2_t uId, const Data_Node& oNode) {
 
 // Whether no node is twice in a group. It cannot be in two of them: it names one predecessor.
 void Checker::CheckDistinct(const u2_t* pGroup, std::size_t uSize, std::size_t uFirst) {
-    if (m_oSeen.Size() == 0) m_oSeen.Resize((b.m_oNode.Size() + 63) / 64);
+    if (m_oSeen.Size() == 0) m_oSeen.Resize((m_oBase.m_oNode.Size() + 63) / 64);
     for (std::size_t u = 0; u < uSize; ++u) {
         u3_t& uSeen = m_oSeen(pGroup[u] >> 6);
         const u3_t uBit = u3_t{1} << (pGroup[u] & 63);
@@ -121,7 +121,7 @@ void Checker::CheckDistinct(const u2_t* pGroup, std::size_t uSize, std::size_t u
 }
 
 void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
-    const u3_t uHeap = b.m_oHeap.Size();
+    const u3_t uHeap = m_oBase.m_oHeap.Size();
     switch (oNode.GetType()) {
         case Data_Node::String:
             if (oNode.uWord3 == 0) FailNode(uId);
@@ -138,9 +138,10 @@ void Checker::CheckValue(u2_t uId, const Data_Node& oNode) {
             m_uReferred += Data_Heap::QUAD_REST;
             return;
         case Data_Node::Link:
-            if (oNode.uWord2 != Data_Node::NONE && oNode.uWord2 >= b.m_oNode.Size()) FailNode(uId);
+            if (oNode.uWord2 != Data_Node::NONE && oNode.uWord2 >= m_oBase.m_oNode.Size())
+                FailNode(uId);
             return;
-        case Data_Node::Zombi: ++b.m_uDead; return;
+        case Data_Node::Zombi: ++m_oBase.m_uDead; return;
         default: FailNode(uId);  // a type that no node has
     }
 }
@@ -155,13 +156,13 @@ void Checker::CheckSize(u3_t uSize) const {
 void Checker::CheckLevels() {
     constexpr u2_t UNKNOWN = 0;
     constexpr u2_t ON_THE_WAY = 0xFFFFFFFF;
-    const std::size_t uNodes = b.m_oNode.Size();
+    const std::size_t uNodes = m_oBase.m_oNode.Size();
     Arr<u2_t> oLevel;  // by id, from 1
     oLevel.Resize(uNodes);
     for (u2_t uId = 0; uId < uNodes; ++uId) {
         u2_t uSteps = 0;
         u2_t uUp = uId;
-        for (; uUp < uNodes && oLevel(uUp) == UNKNOWN; uUp = b.m_oNode(uUp).Pred()) {
+        for (; uUp < uNodes && oLevel(uUp) == UNKNOWN; uUp = m_oBase.m_oNode(uUp).Pred()) {
             oLevel(uUp) = ON_THE_WAY;
             ++uSteps;
         }
@@ -170,14 +171,15 @@ void Checker::CheckLevels() {
         if (uLevel > m_oLimits.m_uDepth) {
             m_oLimits.RaiseExceeded(&Limits::m_uDepth);
         }
-        for (u2_t u = uId; u != uUp && u < uNodes; u = b.m_oNode(u).Pred()) oLevel(u) = uLevel--;
+        for (u2_t u = uId; u != uUp && u < uNodes; u = m_oBase.m_oNode(u).Pred())
+            oLevel(u) = uLevel--;
     }
 }
 
 // ---- texts --------------------------------------------------------------------
 
 bool Checker::CheckText(u2_t uBegin, u2_t uSize) {
-    if (uBegin >= b.m_oHeap.Size()) return false;
+    if (uBegin >= m_oBase.m_oHeap.Size()) return false;
     if (uBegin == 0) return uSize <= 1;  // the empty text
     if (uBegin < m_uChecked) {
         m_oLate.Add(Text{uBegin, uSize});
@@ -191,8 +193,8 @@ bool Checker::CheckText(u2_t uBegin, u2_t uSize) {
 }
 
 std::size_t Checker::EndOfText(u2_t uBegin, u2_t uSize) const {
-    const std::size_t uHeap = b.m_oHeap.Size();
-    const char* pText = b.m_oHeap.At(uBegin);
+    const std::size_t uHeap = m_oBase.m_oHeap.Size();
+    const char* pText = m_oBase.m_oHeap.At(uBegin);
     std::size_t uLength = uSize - std::size_t{1};
     if (uSize == TO_NUL) {
         const void* pNul = std::memchr(pText, 0, uHeap - uBegin);
@@ -202,7 +204,7 @@ std::size_t Checker::EndOfText(u2_t uBegin, u2_t uSize) const {
         return IsUtf8(pText, uLength) ? uBegin + uLength + 1 : 0;
     }
     if (uSize > uHeap - uBegin || pText[uLength] != 0) return 0;
-    if (IsPlainText(pText, uLength)) return uBegin + uSize;
+    if (IsAsciiText(pText, uLength)) return uBegin + uSize;
     const bool bNul = std::memchr(pText, 0, uLength) != nullptr;
     return !bNul && IsUtf8(pText, uLength) ? uBegin + uSize : 0;
 }
@@ -223,7 +225,7 @@ void Checker::CheckLateTexts() {
         m_uReferred += uEnd - p->uBegin;
         const bool bSameEnd = p->uSize == TO_NUL || u3_t{p->uBegin} + p->uSize == uEnd;
         const bool bInsideCharacter =
-            (static_cast<u0_t>(*b.m_oHeap.At(p->uBegin)) & 0xC0u) == 0x80u;
+            (static_cast<u0_t>(*m_oBase.m_oHeap.At(p->uBegin)) & 0xC0u) == 0x80u;
         if (!bSameEnd || bInsideCharacter) throw Fault{Fault::HEAP, p->uBegin};
     }
 }
@@ -231,15 +233,15 @@ void Checker::CheckLateTexts() {
 // Nodes may share texts and names, which every form but the dump writes out for each of them, and
 // links the nodes that they lead to.
 void Checker::CheckShared() const {
-    u3_t uBytes = m_uReferred + LinkBytes(b);
+    u3_t uBytes = m_uReferred + LinkBytes(m_oBase);
     u3_t uLongest = 0;
-    for (u2_t uKey = 0; uKey < b.m_oName.Size(); ++uKey) {
-        uLongest = std::max<u3_t>(uLongest, b.m_oName(uKey).uLength);
+    for (u2_t uKey = 0; uKey < m_oBase.m_oName.Size(); ++uKey) {
+        uLongest = std::max<u3_t>(uLongest, m_oBase.m_oName(uKey).uLength);
     }
     // A record takes 16 bytes of a dump, so that shorter names stay below any bound.
     constexpr u3_t SHORT_NAME = 256;
     if (uLongest > SHORT_NAME) {
-        for (const Data_Node& o : b.m_oNode) uBytes += b.m_oName(o.uKey).uLength;
+        for (const Data_Node& o : m_oBase.m_oNode) uBytes += m_oBase.m_oName(o.uKey).uLength;
     }
     (void)m_oWork.CheckMemory(uBytes);
 }
@@ -248,8 +250,8 @@ void Checker::CheckShared() const {
 
 void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
     const auto oFail = [](std::size_t uWord) { throw Fault{Fault::ATTRIBUTES, u3_t{uWord} * 4}; };
-    const std::size_t uNodes = b.m_oNode.Size();
-    const std::size_t uNames = b.m_oAtt.Names().Size() - 1;
+    const std::size_t uNodes = m_oBase.m_oNode.Size();
+    const std::size_t uNames = m_oBase.m_oAtt.Names().Size() - 1;
     Arr<u2_t> oCount;  // by node, where a limit could be reached
     if (uNames > m_oLimits.m_uAttributes) oCount.Resize(uNodes);
     std::size_t uNext = 0;
@@ -259,7 +261,7 @@ void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
         if (uCount > (oWords.Size() - uNext) / 2) oFail(uNext - 1);
         if (uCount == 0) continue;
         const u2_t uKey = static_cast<u2_t>(uName);
-        b.m_oAtt.ReserveRecords(uKey, uCount);
+        m_oBase.m_oAtt.ReserveRecords(uKey, uCount);
         u2_t uLast = 0;
         for (std::size_t u = 0; u < uCount; ++u, uNext += 2) {
             const u2_t uId = oWords(uNext);
@@ -269,7 +271,7 @@ void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
             if (oCount.Size() != 0 && ++oCount(uId) > m_oLimits.m_uAttributes) {
                 m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
             }
-            b.m_oAtt.AddLast(uId, uKey, uValue, uNodes);
+            m_oBase.m_oAtt.AddLast(uId, uKey, uValue, uNodes);
             uLast = uId;
         }
     }

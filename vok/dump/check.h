@@ -20,7 +20,7 @@ struct Fault {
 class Checker {
   public:
     Checker(Data_Base& oBase, const Limits& oLimits, const Work& oWork)
-        : b(oBase), m_oWord(oBase.m_oGroup.Words()), m_oLimits(oLimits), m_oWork(oWork) {}
+        : m_oBase(oBase), m_oWord(oBase.m_oGroup.Words()), m_oLimits(oLimits), m_oWork(oWork) {}
 
     // Nodes, groups and texts, then the attributes: those of all names from the words of their
     // block.
@@ -60,7 +60,7 @@ class Checker {
     void CheckLateTexts();
     void CheckShared() const;
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     const Arr<u2_t>& m_oWord;  // of the groups
     const Limits& m_oLimits;
     const Work& m_oWork;

@@ -23,8 +23,8 @@ class Reader {
         : m_oIn(oIn),
           m_oLimits(oLimits),
           m_oWork(oLimits),
-          m_oBase(Mem::Ref<Data_Base>::Create()),
-          b(*m_oBase) {}
+          m_oNew(Mem::Ref<Data_Base>::Create()),
+          m_oBase(*m_oNew) {}
 
     Mem::Ref<Data_Base> Run() {
         u2_t uLibraryVersion = 0;
@@ -33,7 +33,7 @@ class Reader {
         m_uAt = 20 + std::string_view("vok::").size() + sizeof(CLASS_NAME);
         ReadTag();
         ReadNames(false);
-        m_auBlock[Fault::NODES] = ReadBlock(b.m_oNode, 0, MaxNodes());
+        m_auBlock[Fault::NODES] = ReadBlock(m_oBase.m_oNode, 0, MaxNodes());
         ReadGroups();
         ReadHeap();
         ReadNames(true);
@@ -41,22 +41,22 @@ class Reader {
         m_auBlock[Fault::ATTRIBUTES] = ReadBlock(oAttributes, 0, ~u3_t{0});
         m_uAt += File::LoadEndMarker(m_oIn);
         if (!IS_NATIVE) {
-            TurnWords(b.m_oNode.Beg(), 4 * b.m_oNode.Size());
+            TurnWords(m_oBase.m_oNode.Beg(), 4 * m_oBase.m_oNode.Size());
             TurnWords(oAttributes.Beg(), oAttributes.Size());
         }
         try {
             m_oWork.SetInput(m_uAt);
-            Checker(b, m_oLimits, m_oWork).Run(oAttributes);
+            Checker(m_oBase, m_oLimits, m_oWork).Run(oAttributes);
         } catch (const Fault& oFault) {
             Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
         }
-        if (!IS_NATIVE) TurnQuads(b.m_oNode, b.m_oHeap.WritableAt(0));
-        return m_oBase;
+        if (!IS_NATIVE) TurnQuads(m_oBase.m_oNode, m_oBase.m_oHeap.WritableAt(0));
+        return m_oNew;
     }
 
     // Bytes from the beginning to what is read, or to what is wrong.
     [[nodiscard]] u3_t Offset() const noexcept { return m_uAt; }
-    [[nodiscard]] std::size_t Nodes() const noexcept { return b.m_oNode.Size(); }
+    [[nodiscard]] std::size_t Nodes() const noexcept { return m_oBase.m_oNode.Size(); }
 
   private:
     // Places in the heap and in the groups are signed 32-bit numbers elsewhere.
@@ -78,7 +78,7 @@ class Reader {
         if (oTag.Size() > m_oLimits.m_uTextBytes) {
             m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
         }
-        b.m_oUserTag = Mem::Str(std::string_view(oTag.Data(), oTag.Size()));
+        m_oBase.m_oUserTag = Mem::Str(std::string_view(oTag.Data(), oTag.Size()));
     }
 
     // Reads a block of whole elements, with room for some more, and returns where it begins.
@@ -118,14 +118,14 @@ class Reader {
         Arr<u2_t> oWord;
         m_auBlock[Fault::GROUPS] = ReadBlock(oWord, 0, MAX_WORDS);
         if (!IS_NATIVE) TurnWords(oWord.Beg(), oWord.Size());
-        b.m_oGroup.Swap(oWord);
+        m_oBase.m_oGroup.Swap(oWord);
     }
 
     void ReadHeap() {
         Arr<char> oBytes;
         m_auBlock[Fault::HEAP] = ReadBlock(oBytes, Data_Heap::SLACK, MAX_WORDS);
         std::memset(oBytes.End(), 0, Data_Heap::SLACK);
-        b.m_oHeap.Swap(oBytes);
+        m_oBase.m_oHeap.Swap(oBytes);
     }
 
     // Names of nodes or of attributes: none empty, none twice.
@@ -133,7 +133,7 @@ class Reader {
         Arr<char> oBytes;
         const u3_t uBegin = ReadBlock(oBytes, 0, ~u3_t{0});
         std::string_view sLeft(oBytes.Beg(), oBytes.Size());
-        const Hash& oTable = bAttributes ? b.m_oAtt.Names() : b.m_oName;
+        const Hash& oTable = bAttributes ? m_oBase.m_oAtt.Names() : m_oBase.m_oName;
         while (!sLeft.empty()) {
             const u3_t uOffset = uBegin + (oBytes.Size() - sLeft.size());
             const std::size_t uLength = sLeft.find('\0');
@@ -141,14 +141,14 @@ class Reader {
             if (!IsUtf8(sLeft.data(), uLength)) Fail(uOffset);
             const std::size_t uKeys = oTable.Size();
             if (bAttributes) {
-                b.m_oAtt.Intern(sLeft.substr(0, uLength));
+                m_oBase.m_oAtt.Intern(sLeft.substr(0, uLength));
             } else {
-                b.m_oName.Intern(sLeft.substr(0, uLength));
+                m_oBase.m_oName.Intern(sLeft.substr(0, uLength));
             }
             if (oTable.Size() == uKeys) Fail(uOffset);
             // Names cost more than their bytes, which may have been inflated from few.
             const bool bLook = m_oWork.IsMetered() && uKeys % NAMES_BETWEEN_CHECKS == 0;
-            if (bLook) (void)m_oWork.CheckMemory(b.HeapBytes());
+            if (bLook) (void)m_oWork.CheckMemory(m_oBase.HeapBytes());
             sLeft.remove_prefix(uLength + 1);
         }
     }
@@ -156,8 +156,8 @@ class Reader {
     File_Stream& m_oIn;
     const Limits& m_oLimits;
     Work m_oWork;
-    const Mem::Ref<Data_Base> m_oBase;
-    Data_Base& b;
+    const Mem::Ref<Data_Base> m_oNew;
+    Data_Base& m_oBase;
     u3_t m_uAt = 0;
     u3_t m_auBlock[4] = {};  // where the blocks begin that a Fault names
 };

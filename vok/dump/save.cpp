@@ -28,20 +28,20 @@ namespace {
 
 class Writer {
   public:
-    Writer(Data_Base& oBase, File_Stream& oOut) : b(oBase), m_oOut(oOut) {}
+    Writer(Data_Base& oBase, File_Stream& oOut) : m_oBase(oBase), m_oOut(oOut) {}
 
     void Run() {
-        b.UpdateSucc();
-        CollectNames(b.m_oName, m_oNames);
-        CollectNames(b.m_oAtt.Names(), m_oAttNames);
+        m_oBase.UpdateSucc();
+        CollectNames(m_oBase.m_oName, m_oNames);
+        CollectNames(m_oBase.m_oAtt.Names(), m_oAttNames);
         CollectAttributes();
         const bool bAsIs = IS_NATIVE && IsInPlace();
         if (!bAsIs) PutInPlace();
-        const Arr<Data_Node>& oNode = bAsIs ? b.m_oNode : m_oNode;
-        const Arr<u2_t>& oWord = bAsIs ? b.m_oGroup.Words() : m_oWord;
-        const char* pHeap = IS_NATIVE ? b.m_oHeap.Begin() : m_oHeap.Beg();
-        const std::size_t uHeap = b.m_oHeap.Size();
-        const std::string_view sTag = b.m_oUserTag.View();
+        const Arr<Data_Node>& oNode = bAsIs ? m_oBase.m_oNode : m_oNode;
+        const Arr<u2_t>& oWord = bAsIs ? m_oBase.m_oGroup.Words() : m_oWord;
+        const char* pHeap = IS_NATIVE ? m_oBase.m_oHeap.Begin() : m_oHeap.Beg();
+        const std::size_t uHeap = m_oBase.m_oHeap.Size();
+        const std::string_view sTag = m_oBase.m_oUserTag.View();
         (void)Msg::ToInt32(sTag.size());
 
         ReserveSpace(sTag.size() + m_oNames.Size() + SizeOf(oNode) + SizeOf(oWord) + uHeap +
@@ -82,10 +82,10 @@ class Writer {
     }
 
     void CollectAttributes() {
-        for (std::size_t u = 1; u < b.m_oAtt.Names().Size(); ++u) {
+        for (std::size_t u = 1; u < m_oBase.m_oAtt.Names().Size(); ++u) {
             const std::size_t uCount = m_oAttribute.Size();
             m_oAttribute.Add(0);
-            for (const Data_Att& o : b.m_oAtt.Records(static_cast<u2_t>(u))) {
+            for (const Data_Att& o : m_oBase.m_oAtt.Records(static_cast<u2_t>(u))) {
                 if (o.uValue == Data_Att::NO_VALUE) continue;
                 m_oAttribute.Add(o.uId);
                 m_oAttribute.Add(o.uValue);
@@ -99,8 +99,8 @@ class Writer {
     // to grow: so they do in a tree that was built and read.
     [[nodiscard]] bool IsInPlace() const noexcept {
         std::size_t uNext = 0;
-        const Data_Groups& oGroup = b.m_oGroup;
-        for (const Data_Node& o : std::as_const(b.m_oNode)) {
+        const Data_Groups& oGroup = m_oBase.m_oGroup;
+        for (const Data_Node& o : std::as_const(m_oBase.m_oNode)) {
             if (o.GetType() != Data_Node::Tree) continue;
             if (o.Start() != uNext || oGroup.Room(o.Start()) != o.Size()) return false;
             uNext += Data_Groups::HEADER + o.Size();
@@ -109,25 +109,26 @@ class Writer {
     }
 
     void PutInPlace() {
-        m_oNode.Add(b.m_oNode.Beg(), b.m_oNode.Size());
-        m_oWord.Reserve(b.m_oGroup.LivingWords());
+        m_oNode.Add(m_oBase.m_oNode.Beg(), m_oBase.m_oNode.Size());
+        m_oWord.Reserve(m_oBase.m_oGroup.LivingWords());
         for (Data_Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
             if (p->GetType() != Data_Node::Tree) continue;
-            const Data_Groups::View oOld =
-                p->Size() != 0 ? b.m_oGroup.ViewOf(p->Start(), p->Size()) : Data_Groups::View();
+            const Data_Groups::View oOld = p->Size() != 0
+                                               ? m_oBase.m_oGroup.ViewOf(p->Start(), p->Size())
+                                               : Data_Groups::View();
             p->uWord2 = Data_Groups::Write(m_oWord, oOld.uSize, [&oOld](u2_t* pNew) {
                 std::copy(oOld.begin(), oOld.end(), pNew);
                 return oOld.uSize;
             });
         }
         if (IS_NATIVE) return;
-        m_oHeap.Add(b.m_oHeap.Begin(), b.m_oHeap.Size());
-        TurnQuads(b.m_oNode, m_oHeap.Beg());
+        m_oHeap.Add(m_oBase.m_oHeap.Begin(), m_oBase.m_oHeap.Size());
+        TurnQuads(m_oBase.m_oNode, m_oHeap.Beg());
         TurnWords(m_oNode.Beg(), 4 * m_oNode.Size());
         TurnWords(m_oWord.Beg(), m_oWord.Size());
     }
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     File_Stream& m_oOut;
     Arr<char> m_oNames;
     Arr<char> m_oAttNames;

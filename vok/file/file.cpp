@@ -158,8 +158,8 @@ bool File::TryOpen(const char* sPath, const char* sMode, u2_t uFlags) noexcept {
     }
     const int iDescriptor = sys::OpenDescriptor(sPath, sMode, eSharing);
     if (iDescriptor < 0) return false;
-    const char sPlainMode[] = {sMode[0], 'b', 0};
-    gzFile pFile = ::gzdopen(iDescriptor, sPlainMode);
+    const char sRawMode[] = {sMode[0], 'b', 0};
+    gzFile pFile = ::gzdopen(iDescriptor, sRawMode);
     if (pFile == nullptr) {
         const u2_t uError = sys::RuntimeError();
         sys::CloseDescriptor(iDescriptor);

@@ -18,7 +18,7 @@ constexpr std::size_t MAX_CHUNK = 0x800000;
 constexpr unsigned TRANSFER_RETRIES = 10;
 constexpr u2_t BAD_FILE = 9;  // EBADF, the same everywhere
 
-[[nodiscard]] std::FILE* Plain(void* pHandle) noexcept {
+[[nodiscard]] std::FILE* FileOf(void* pHandle) noexcept {
     return static_cast<std::FILE*>(pHandle);
 }
 [[nodiscard]] gzFile Gzip(void* pHandle) noexcept {
@@ -53,14 +53,14 @@ void File::TurnTo(u2_t uState) {
     if (Is(uTransfers)) {
         Drain(0);
         const i3_t iBack = -static_cast<i3_t>(Ahead());
-        if (!sys::Seek(Plain(m_pHandle), iBack, FROM_POSITION)) {
+        if (!sys::Seek(FileOf(m_pHandle), iBack, FROM_POSITION)) {
             Msg::FileSeekFailed(iBack, FROM_POSITION, Msg::SystemError());
         }
         m_uNext = m_uEnd = 0;
     }
     // Appending happens at the end wherever one is: let positions tell that.
     if (uState == STATE_WRITTEN && Is(FLAG_APPEND)) {
-        (void)sys::Seek(Plain(m_pHandle), 0, FROM_END);
+        (void)sys::Seek(FileOf(m_pHandle), 0, FROM_END);
     }
     m_uFlags = (m_uFlags & ~uTransfers) | uState;
 }
@@ -137,10 +137,10 @@ std::size_t File::ReadChunk(char* pTarget, std::size_t uCount) noexcept {
     }
     if (!Is(FLAG_GZIP)) {
         // Some runtimes do not look again at the end of a file that has grown.
-        if (std::feof(Plain(m_pHandle)) != 0) (void)sys::Seek(Plain(m_pHandle), 0, FROM_POSITION);
-        std::clearerr(Plain(m_pHandle));
+        if (std::feof(FileOf(m_pHandle)) != 0) (void)sys::Seek(FileOf(m_pHandle), 0, FROM_POSITION);
+        std::clearerr(FileOf(m_pHandle));
         sys::SetRuntimeError(0);
-        return std::fread(pTarget, 1, uCount, Plain(m_pHandle));
+        return std::fread(pTarget, 1, uCount, FileOf(m_pHandle));
     }
     // The state of a gzip stream stays: what is damaged does not mend.
     sys::SetRuntimeError(0);
@@ -152,7 +152,7 @@ std::size_t File::ReadChunk(char* pTarget, std::size_t uCount) noexcept {
 // Whether a short transfer was more than the end of the file.
 bool File::HasError() const noexcept {
     if (!Is(FLAG_READ)) return true;
-    if (!Is(FLAG_GZIP)) return std::ferror(Plain(m_pHandle)) != 0;
+    if (!Is(FLAG_GZIP)) return std::ferror(FileOf(m_pHandle)) != 0;
     int iError = Z_OK;
     (void)::gzerror(Gzip(m_pHandle), &iError);
     return iError != Z_OK && iError != Z_STREAM_END;
@@ -202,9 +202,9 @@ std::size_t File::WriteMore(const void* pSource, std::size_t uCount) {
 // Leaves the reason of a short transfer in RuntimeError().
 std::size_t File::WriteChunk(const char* pSource, std::size_t uCount) noexcept {
     if (!Is(FLAG_GZIP)) {
-        std::clearerr(Plain(m_pHandle));
+        std::clearerr(FileOf(m_pHandle));
         sys::SetRuntimeError(0);
-        return std::fwrite(pSource, 1, uCount, Plain(m_pHandle));
+        return std::fwrite(pSource, 1, uCount, FileOf(m_pHandle));
     }
     sys::SetRuntimeError(0);
     const int iDone = ::gzwrite(Gzip(m_pHandle), pSource, static_cast<unsigned>(uCount));
@@ -239,7 +239,7 @@ void File::Drain(std::size_t uBehind) {
 
 void File::RaiseWriteError(std::size_t uNotWritten) {
     const u2_t uError = sys::RuntimeError();
-    const i3_t iPosition = Is(FLAG_GZIP) ? m_iGzip : sys::Tell(Plain(m_pHandle));
+    const i3_t iPosition = Is(FLAG_GZIP) ? m_iGzip : sys::Tell(FileOf(m_pHandle));
     Msg::FileWriteError(Name(), uNotWritten, iPosition, uError);
 }
 
@@ -250,7 +250,7 @@ int File::Flush() {
         Drain(0);
         sys::SetRuntimeError(0);
         const bool bGood = Is(FLAG_GZIP) ? ::gzflush(Gzip(m_pHandle), Z_SYNC_FLUSH) == Z_OK
-                                         : std::fflush(Plain(m_pHandle)) == 0;
+                                         : std::fflush(FileOf(m_pHandle)) == 0;
         if (!bGood) RaiseWriteError(0);
         return 0;
     });
@@ -306,7 +306,7 @@ void File::Seek(i3_t iOffset, int iWhence) {
         }
         Drain(0);
         sys::SetRuntimeError(0);
-        if (!sys::Seek(Plain(m_pHandle), iBelow, iWhence)) {
+        if (!sys::Seek(FileOf(m_pHandle), iBelow, iWhence)) {
             Msg::FileSeekFailed(iOffset, iWhence, sys::RuntimeError());
         }
         m_uNext = m_uEnd = 0;
@@ -318,7 +318,7 @@ i3_t File::Tell() {
     return Where("vok::File::Tell", [&]() -> i3_t {
         CheckOpen();
         if (Is(FLAG_GZIP)) return m_iGzip;
-        const i3_t iBelow = sys::Tell(Plain(m_pHandle));
+        const i3_t iBelow = sys::Tell(FileOf(m_pHandle));
         if (iBelow < 0) return -1;
         return iBelow - static_cast<i3_t>(Ahead()) + static_cast<i3_t>(m_uPending);
     });
@@ -329,7 +329,7 @@ i3_t File::Size() {
         CheckOpen();
         if (Is(FLAG_GZIP)) return sys::SizeOf(m_oName.CStr());
         Drain(0);
-        return sys::SizeOf(Plain(m_pHandle));
+        return sys::SizeOf(FileOf(m_pHandle));
     });
 }
 

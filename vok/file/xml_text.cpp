@@ -204,7 +204,7 @@ void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll) {
     for (std::size_t u = 0; u < sText.size(); ++u) {
         const char c = sText[u];
         const bool bSpace = bAll && sText.substr(u).starts_with(NO_BREAK_SPACE);
-        if (Is(c, PLAIN) && !Is(c, CONTROL) && c != 0x7F && !bSpace) continue;
+        if (Is(c, INERT) && !Is(c, CONTROL) && c != 0x7F && !bSpace) continue;
         if (c == '\'' && !bAll) continue;
         oAdd(sText.substr(uFrom, u - uFrom));
         uFrom = u + 1;
@@ -247,7 +247,7 @@ void DecodeName(Arr<char>& oOut, std::string_view sName) {
     }
 }
 
-bool IsPlainName(std::string_view sName) noexcept {
+bool IsVerbatimName(std::string_view sName) noexcept {
     if (sName.empty() || NameLength(sName) != sName.size()) return false;
     if (!HasEscapes(sName)) return true;
     for (std::size_t u = 0; u < sName.size(); ++u) {

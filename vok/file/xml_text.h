@@ -15,7 +15,7 @@ enum Class : u0_t {
     NAME_START = 1,
     NAME = 2,
     BLANK = 4,
-    PLAIN = 8,     // means nothing in a text or a value, and is no NUL
+    INERT = 8,     // means nothing in a text or a value, and is no NUL
     CONTROL = 16,  // has to be written as a reference to survive in a value
 };
 
@@ -27,7 +27,7 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
         if (bStart) au[u] |= NAME_START;
         if (bStart || (u >= '0' && u <= '9') || u == '-' || u == '.') au[u] |= NAME;
         if (u == ' ' || u == '\t' || u == '\r' || u == '\n') au[u] |= BLANK;
-        if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= PLAIN;
+        if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= INERT;
         if (u < 0x20) au[u] |= CONTROL;
     }
     return au;
@@ -85,7 +85,7 @@ void EncodeText(Arr<char>& oOut, std::string_view sText, bool bAll = false);
 // Appends the name that a written one stands for; it ends at a NUL in it.
 void DecodeName(Arr<char>& oOut, std::string_view sName);
 // Whether a name is written as it stands.
-[[nodiscard]] bool IsPlainName(std::string_view sName) noexcept;
+[[nodiscard]] bool IsVerbatimName(std::string_view sName) noexcept;
 // Appends the written form of a name. bEscapeFirst: also if its first character is allowed.
 void EncodeName(Arr<char>& oOut, std::string_view sName, bool bEscapeFirst = false);
 

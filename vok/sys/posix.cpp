@@ -302,8 +302,8 @@ void CloseDescriptor(int iDescriptor) noexcept {
 std::FILE* OpenFile(const char* sPath, const char* sMode, Sharing eSharing) noexcept {
     const int iDescriptor = OpenDescriptor(sPath, sMode, eSharing);
     if (iDescriptor < 0) return nullptr;
-    const char sPlain[] = {sMode[0], std::strchr(sMode, '+') != nullptr ? '+' : '\0', '\0'};
-    std::FILE* pFile = ::fdopen(iDescriptor, sPlain);
+    const char sSystemMode[] = {sMode[0], std::strchr(sMode, '+') != nullptr ? '+' : '\0', '\0'};
+    std::FILE* pFile = ::fdopen(iDescriptor, sSystemMode);
     if (pFile == nullptr) {
         const int iError = errno;
         ::close(iDescriptor);

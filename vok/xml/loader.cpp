@@ -16,9 +16,9 @@ namespace vok {
 namespace detail {
 
 u2_t XmlLoader::Run() {
-    b.UpdateSucc();
+    m_oBase.UpdateSucc();
     while (!m_bDone) {
-        if (m_uDepth != 0) ReadPlainElements();
+        if (m_uDepth != 0) ReadFastElements();
         const char* const pToken = m_p;
         if (m_p != m_pEnd && (*m_p == '<' ? ReadTag() : ReadText())) continue;
         const std::ptrdiff_t iStopped = m_p - pToken;
@@ -45,32 +45,32 @@ void XmlLoader::ResolveLinks() {
             std::lower_bound(m_oTarget.Beg(), m_oTarget.End(), oLink, oIsLess);
         if (pTarget == m_oTarget.End() || pTarget->uNumber != oLink.uNumber) continue;
         m_uNode = oLink.uId;
-        Node& oNode = b.m_oNode(m_uNode);
+        Node& oNode = m_oBase.m_oNode(m_uNode);
         if (oNode.GetType() == Node::Tree) {
-            Msg::NodeWithWrongDataType(b.ShownName(m_uNode), Node::TypeName(Node::Tree));
+            Msg::NodeWithWrongDataType(m_oBase.ShownName(m_uNode), Node::TypeName(Node::Tree));
         }
-        b.DropValue(oNode);
+        m_oBase.DropValue(oNode);
         oNode.SetType(Node::Link);
         oNode.uWord2 = pTarget->uId;
     }
     m_uNode = 0;
     if (m_oLink.Size() == 0) return;
     m_oWork.SetInput(m_oSource.OffsetOf(m_p));
-    (void)m_oWork.CheckMemory(LinkBytes(b));
+    (void)m_oWork.CheckMemory(LinkBytes(m_oBase));
 }
 
 void XmlLoader::AddTo(Load_Report& oReport) {
     oReport = m_oFound;
     oReport.m_uWork = m_oWork.Done();
-    if (m_bDone && b.IsIndexed()) oReport.m_uReordered = CountReordered();
+    if (m_bDone && m_oBase.IsIndexed()) oReport.m_uReordered = CountReordered();
 }
 
 // Successors stand by name, and those of one name in the order of their elements: of any two that
 // have changed places the one that came later has the higher id and stands in front.
 u3_t XmlLoader::CountReordered() {
     u3_t uCount = 0;
-    for (u2_t uId = 0; uId < b.m_oNode.Size(); ++uId) {
-        const Data_Base::Group oGroup = b.SuccOf(uId);
+    for (u2_t uId = 0; uId < m_oBase.m_oNode.Size(); ++uId) {
+        const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
         u2_t uLowest = Node::NONE;
         for (u2_t u = oGroup.uSize; u-- > 0;) {
             if (oGroup.pId[u] > uLowest && oGroup.pId[u] >= m_uFirst) ++uCount;
@@ -185,7 +185,7 @@ bool XmlLoader::SkipDoctype() {
 bool XmlLoader::ReadCdata() {
     const char* pText = m_p + xml::CDATA.size();
     std::size_t uSize = Rest(pText).find(xml::CDATA_END);
-    const bool bBinary = b.m_oNode(m_uNode).GetType() == Node::Binary;
+    const bool bBinary = m_oBase.m_oNode(m_uNode).GetType() == Node::Binary;
     if (bBinary) {
         // Base64 has no ">": the first one is the end or never will be.
         uSize = Rest(pText).find('>');
@@ -233,14 +233,14 @@ bool XmlLoader::ReadStartTag() {
 
 void XmlLoader::OpenElement() {
     const u2_t uKey = InternName(m_oTag.Name());
-    if (m_uDepth == 0 && b.m_oNode(0).GetType() == Node::Empty) {
+    if (m_uDepth == 0 && m_oBase.m_oNode(0).GetType() == Node::Empty) {
         m_uNode = 0;
-        b.m_oNode(0).uKey = uKey;
+        m_oBase.m_oNode(0).uKey = uKey;
     } else {
         EndTextBeforeElement();
-        b.CheckAppend(m_uNode);
+        m_oBase.CheckAppend(m_uNode);
         CheckLimits();
-        m_uNode = b.Append(m_uNode, uKey);
+        m_uNode = m_oBase.Append(m_uNode, uKey);
     }
     ++m_uDepth;
     ++m_uElements;
@@ -248,7 +248,7 @@ void XmlLoader::OpenElement() {
 }
 
 void XmlLoader::CheckMemory(u3_t uMore) {
-    if (b.m_oNode.Size() - m_uFirst >= m_oLimits.m_uNodes) [[unlikely]] {
+    if (m_oBase.m_oNode.Size() - m_uFirst >= m_oLimits.m_uNodes) [[unlikely]] {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
     m_uAttributes = 0;
@@ -256,16 +256,16 @@ void XmlLoader::CheckMemory(u3_t uMore) {
     m_uMostNodes = uMost;
     if (!m_oWork.IsMetered()) return;
     // Elements get their places in groups at the end.
-    const u3_t uPending = (b.m_oNode.Size() - b.m_uIndexed) * 2 * sizeof(u2_t);
-    const u3_t uHeld = b.HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() + uMore +
-                       m_oTarget.Capacity() * sizeof(Numbered) +
+    const u3_t uPending = (m_oBase.m_oNode.Size() - m_oBase.m_uIndexed) * 2 * sizeof(u2_t);
+    const u3_t uHeld = m_oBase.HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() +
+                       uMore + m_oTarget.Capacity() * sizeof(Numbered) +
                        m_oLink.Capacity() * sizeof(Numbered);
     const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes = std::min(uMost, b.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes = std::min(uMost, m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
 }
 
 void XmlLoader::CheckLimits() {
-    if (b.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+    if (m_oBase.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
         CheckMemory();
     if (m_uDepth >= m_oLimits.m_uDepth) [[unlikely]] {
         m_oLimits.RaiseExceeded(&Limits::m_uDepth);
@@ -278,7 +278,7 @@ void XmlLoader::CloseElement() {
         m_bDone = true;
         return;
     }
-    m_uNode = b.m_oNode(m_uNode).Pred();
+    m_uNode = m_oBase.m_oNode(m_uNode).Pred();
 }
 
 }  // namespace detail

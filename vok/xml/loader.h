@@ -1,7 +1,7 @@
 // Reading XML: the loader behind Data::LoadFromXML. Internal.
 //
 // Its functions stand in three files: tokens and elements (loader.cpp), the values that texts
-// stand for (value.cpp), and the loop that most elements go through (plain_loader.cpp).
+// stand for (value.cpp), and the loop that most elements go through (fast_loader.cpp).
 #ifndef VOK_XML_LOADER_H
 #define VOK_XML_LOADER_H
 
@@ -25,7 +25,7 @@ class XmlLoader {
 
     XmlLoader(Data_Base& oBase, u2_t uNode, xml::Source& oSource, u2_t uFlags,
               const Limits& oLimits)
-        : b(oBase),
+        : m_oBase(oBase),
           m_oSource(oSource),
           m_uFlags(uFlags),
           m_oLimits(oLimits),
@@ -107,12 +107,12 @@ class XmlLoader {
     }
 
     [[nodiscard]] bool IsNameOf(u2_t uId, std::string_view sName) {
-        return b.m_oName.IsText(b.m_oNode(uId).uKey, Decoded(sName, m_oNameRoom));
+        return m_oBase.m_oName.IsText(m_oBase.m_oNode(uId).uKey, Decoded(sName, m_oNameRoom));
     }
 
     u2_t InternName(std::string_view sName) {
-        const u2_t uKey = b.m_oName.Intern(Decoded(sName, m_oNameRoom));
-        m_oGuess.Note(uKey, uKey != 0 && !xml::HasEscapes(sName), b.m_oName.Size());
+        const u2_t uKey = m_oBase.m_oName.Intern(Decoded(sName, m_oNameRoom));
+        m_oGuess.Note(uKey, uKey != 0 && !xml::HasEscapes(sName), m_oBase.m_oName.Size());
         return uKey;
     }
 
@@ -170,18 +170,18 @@ class XmlLoader {
     // Reads elements as long as they are like most elements are: an expected name, no attributes
     // but the type, a plain text or number, its own end tag behind it. Stops in front of the
     // first other token, which is for the ways above. This loop is what loading XML costs.
-    void ReadPlainElements();
+    void ReadFastElements();
     // Its steps. They look at no more than ROOM bytes without asking for the end.
-    enum class Plain : u0_t { Other, Ends, Opens };
-    [[nodiscard]] const char* ClosePlain(const char* p, const char* pBlanks) noexcept;
-    [[nodiscard]] u2_t PlainName(const char* p);
-    [[nodiscard]] u2_t ScanPlainName(const char* p);
-    [[nodiscard]] Plain PlainContent(const char*& p, const Hash_Text& oName, Node& oNode);
-    [[nodiscard]] Plain PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode);
-    [[nodiscard]] Plain PlainTyped(const char*& p, const Hash_Text& oName, Node& oNode) const;
-    [[nodiscard]] bool AddPlainText(Node& oNode, std::string_view sText);
+    enum class Content : u0_t { Other, Ends, Opens };
+    [[nodiscard]] const char* FastClose(const char* p, const char* pBlanks) noexcept;
+    [[nodiscard]] u2_t FastName(const char* p);
+    [[nodiscard]] u2_t ScanName(const char* p);
+    [[nodiscard]] Content FastContent(const char*& p, const Hash_Text& oName, Node& oNode);
+    [[nodiscard]] Content FastCdata(const char*& p, const Hash_Text& oName, Node& oNode);
+    [[nodiscard]] Content FastTyped(const char*& p, const Hash_Text& oName, Node& oNode) const;
+    [[nodiscard]] bool AddFastText(Node& oNode, std::string_view sText);
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     xml::Source& m_oSource;
     const u2_t m_uFlags;
     const Limits& m_oLimits;

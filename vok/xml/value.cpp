@@ -42,13 +42,13 @@ void XmlLoader::AddNumbered(Arr<Numbered>& oArr, std::string_view sValue) const 
 }
 
 bool XmlLoader::SetType(std::string_view sType) {
-    Node& oNode = b.m_oNode(m_uNode);
+    Node& oNode = m_oBase.m_oNode(m_uNode);
     if (oNode.GetType() == Node::Tree) return false;
     const xml::TypeName* pType = xml::FindType(sType);
     if (pType == nullptr) return false;
     u3_t uValue = pType->bZone ? std::bit_cast<u3_t>(3600.0) : 0;
-    if (pType->eType == Node::Quad) uValue = b.m_oHeap.AddQuad({});
-    b.DropValue(oNode);
+    if (pType->eType == Node::Quad) uValue = m_oBase.m_oHeap.AddQuad({});
+    m_oBase.DropValue(oNode);
     oNode.SetType(pType->eType);
     oNode.SetValue64(uValue);
     return true;
@@ -64,12 +64,12 @@ void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
     }
     CheckNoNul(sValue);
     if (sValue.size() > m_oLimits.m_uTextBytes) RaiseTextLimit();
-    b.SetOutsideAttribute(m_uNode, Decoded(o.sName, m_oNameRoom), sValue);
+    m_oBase.SetOutsideAttribute(m_uNode, Decoded(o.sName, m_oNameRoom), sValue);
     m_oText.Truncate(0);
 }
 
 void XmlLoader::AddText(std::string_view sRun) {
-    const Node::Type eType = b.m_oNode(m_uNode).GetType();
+    const Node::Type eType = m_oBase.m_oNode(m_uNode).GetType();
     if (eType == Node::Tree) {
         m_oFound.m_uDroppedTexts += !xml::IsBlank(sRun);
         return;
@@ -82,7 +82,7 @@ void XmlLoader::AddText(std::string_view sRun) {
 }
 
 void XmlLoader::AddCdata(std::string_view sRun) {
-    const Node::Type eType = b.m_oNode(m_uNode).GetType();
+    const Node::Type eType = m_oBase.m_oNode(m_uNode).GetType();
     if (eType == Node::Tree) {
         m_oFound.m_uDroppedTexts += !xml::IsBlank(sRun);
         return;
@@ -108,7 +108,7 @@ void XmlLoader::SetText() {
 }
 
 void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
-    Node& oNode = b.m_oNode(uId);
+    Node& oNode = m_oBase.m_oNode(uId);
     switch (oNode.GetType()) {
         case Node::Boolean: oNode.uWord2 = ParseLongAnyBase(sText) != 0; break;
         case Node::Integer: oNode.uWord2 = static_cast<u2_t>(ParseLongAnyBase(sText)); break;
@@ -134,7 +134,7 @@ void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
         case Node::Tree: break;
         default:
             if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) break;
-            b.SetNewText(uId, sText);
+            m_oBase.SetNewText(uId, sText);
     }
 }
 
@@ -161,16 +161,16 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
         sText.remove_prefix(uComma + 1);
     }
     // SetType has made room for the words.
-    Node& oNode = b.m_oNode(uId);
-    b.m_oHeap.SetQuad(oNode.uWord2, auWord);
+    Node& oNode = m_oBase.m_oNode(uId);
+    m_oBase.m_oHeap.SetQuad(oNode.uWord2, auWord);
     oNode.uWord3 = auWord[0];
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
     m_oBlock.Truncate(0);
     if (!DecodeBase64(sText, m_oBlock)) RaiseUnknownText(sText);
-    const u2_t uOffset = b.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
-    b.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
+    const u2_t uOffset = m_oBase.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
+    m_oBase.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
 }
 
 }  // namespace vok::detail

@@ -13,7 +13,7 @@
 #include "vok/data/checks.h"
 #include "vok/data/data.h"
 #include "vok/data/walk.h"
-#include "vok/xml/plain_writer.h"
+#include "vok/xml/fast_writer.h"
 #include "vok/xml/writer.h"
 
 namespace vok {
@@ -23,11 +23,11 @@ namespace detail {
 template <class Sink>
 void XmlWriter<Sink>::MarkTargets(const Data& oTop) {
     if (oTop.GetId() == 0) {
-        m_oPlain.Spread();
-        for (const Node& oNode : b.m_oNode) MarkTarget(oNode);
+        m_oVerbatim.Spread();
+        for (const Node& oNode : m_oBase.m_oNode) MarkTarget(oNode);
         return;
     }
-    for (Data_Walk o(oTop); o.Next();) MarkTarget(b.m_oNode(o.GetId()));
+    for (Data_Walk o(oTop); o.Next();) MarkTarget(m_oBase.m_oNode(o.GetId()));
 }
 
 template <class Sink>
@@ -36,18 +36,18 @@ void XmlWriter<Sink>::Run(u2_t uTop, bool bDeclaration) {
     if (bDeclaration) Add("<?xml version='1.0' encoding='UTF-8'?>\n");
     WriteElement(uTop);
     while (m_oFrame.Size() != 0) {
-        WritePlainElements();
-        Frame& f = m_oFrame(m_oFrame.Size() - 1);
+        WriteFastElements();
+        Frame& f = m_oFrame.Last();
         if (f.pNext == f.pEnd) {
             const u2_t uId = f.uId;
-            m_oFrame.Truncate(m_oFrame.Size() - 1);
+            m_oFrame.Pop();
             --m_uDepth;
             m_oSink.Cut(StoreTabs(m_oSink.Space(FIXED_ROOM)));
             WriteEndTag(uId);
             continue;
         }
         const u2_t uId = *f.pNext++;
-        if (b.m_oNode(uId).GetType() != Node::Zombi) WriteElement(uId);
+        if (m_oBase.m_oNode(uId).GetType() != Node::Zombi) WriteElement(uId);
     }
     m_oSink.Finish();
 }
@@ -58,18 +58,18 @@ void XmlWriter<Sink>::WriteElement(u2_t uId) {
     Add("<");
     WriteName(uId);
     if (uId == m_uTop) WriteAttribute(xml::DT_DECLARATION, xml::DT_NAMESPACE);
-    if (m_bAttributes && b.m_oAtt.Has(uId)) WriteAttributes(uId);
+    if (m_bAttributes && m_oBase.m_oAtt.Has(uId)) WriteAttributes(uId);
     if (IsNumbered(uId)) WriteNumber(xml::NODE_ID, uId);
     WriteValue(uId);
 }
 
 template <class Sink>
 void XmlWriter<Sink>::WriteName(u2_t uId) {
-    const u2_t uKey = b.m_oNode(uId).uKey;
-    if (uKey == 0 && uId == 0) return Add(b.NameOf(0));
-    const Hash_Text& oName = b.m_oName(uKey);
+    const u2_t uKey = m_oBase.m_oNode(uId).uKey;
+    if (uKey == 0 && uId == 0) return Add(m_oBase.NameOf(0));
+    const Hash_Text& oName = m_oBase.m_oName(uKey);
     const std::string_view sName = oName.View();
-    if (IsPlain(uKey)) return Add(sName);
+    if (IsVerbatim(uKey)) return Add(sName);
     m_oRoom.Truncate(0);
     xml::EncodeName(m_oRoom, sName);
     Add({m_oRoom.Beg(), m_oRoom.Size()});
@@ -77,18 +77,18 @@ void XmlWriter<Sink>::WriteName(u2_t uId) {
 
 template <class Sink>
 void XmlWriter<Sink>::WriteAttributes(u2_t uId) {
-    b.m_oAtt.ListByName(uId, m_oAttKeys);
+    m_oBase.m_oAtt.ListByName(uId, m_oAttKeys);
     for (const u2_t uKey : m_oAttKeys) {
-        const Hash_Text& oName = b.m_oAtt.Names()(uKey);
+        const Hash_Text& oName = m_oBase.m_oAtt.Names()(uKey);
         const std::string_view sName = oName.View();
         const bool bReserved = xml::IsReserved(sName);
         m_oRoom.Truncate(0);
-        if (bReserved || !xml::IsPlainName(sName)) {
+        if (bReserved || !xml::IsVerbatimName(sName)) {
             xml::EncodeName(m_oRoom, sName, bReserved);
         } else {
             m_oRoom.Add(sName.data(), sName.size());
         }
-        WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()}, b.AttributeOf(uId, uKey));
+        WriteAttribute({m_oRoom.Beg(), m_oRoom.Size()}, m_oBase.AttributeOf(uId, uKey));
     }
 }
 
@@ -109,7 +109,7 @@ void XmlWriter<Sink>::WriteAttribute(std::string_view sName, std::string_view sV
 
 template <class Sink>
 void XmlWriter<Sink>::WriteValue(u2_t uId) {
-    const Node& oNode = b.m_oNode(uId);
+    const Node& oNode = m_oBase.m_oNode(uId);
     char s[128];
     switch (oNode.GetType()) {
         case Node::Tree: return WriteTree(uId);
@@ -133,7 +133,7 @@ void XmlWriter<Sink>::WriteValue(u2_t uId) {
         case Node::Quad: return WriteQuad(uId);
         case Node::String: {
             Add(">");
-            WriteCdata({b.m_oHeap.At(oNode.uWord2), oNode.uWord3 - std::size_t{1}});
+            WriteCdata({m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3 - std::size_t{1}});
             return WriteEndTag(uId);
         }
         case Node::Binary: {
@@ -142,7 +142,7 @@ void XmlWriter<Sink>::WriteValue(u2_t uId) {
             for (std::size_t u = 0; u < oNode.uWord3; u += PIECE) {
                 const std::size_t uSize = std::min(oNode.uWord3 - u, PIECE);
                 m_oValue.Truncate(0);
-                EncodeBase64(b.m_oHeap.At(oNode.uWord2) + u, uSize,
+                EncodeBase64(m_oBase.m_oHeap.At(oNode.uWord2) + u, uSize,
                              m_oValue.AddSpace(Base64Size(uSize)));
                 Add({m_oValue.Beg(), m_oValue.Size()});
             }
@@ -161,10 +161,10 @@ void XmlWriter<Sink>::WriteValue(u2_t uId) {
 
 template <class Sink>
 void XmlWriter<Sink>::WriteQuad(u2_t uId) {
-    const Node& oNode = b.m_oNode(uId);
+    const Node& oNode = m_oBase.m_oNode(uId);
     char s[4 * NUMBER_ROOM];
     std::size_t uSize = 0;
-    for (const u2_t uWord : b.m_oHeap.QuadOf(oNode)) {
+    for (const u2_t uWord : m_oBase.m_oHeap.QuadOf(oNode)) {
         if (uSize != 0) s[uSize++] = ',';
         uSize += FormatInteger(static_cast<i2_t>(uWord), s + uSize);
     }
@@ -188,9 +188,9 @@ void XmlWriter<Sink>::WriteCdata(std::string_view sText) {
 
 template <class Sink>
 void XmlWriter<Sink>::WriteTree(u2_t uId) {
-    const Data_Base::Group oGroup = b.SuccOf(uId);
+    const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
     const u2_t* const pEnd = oGroup.pId + oGroup.uSize;
-    const auto oIsLive = [this](u2_t u) { return b.m_oNode(u).GetType() != Node::Zombi; };
+    const auto oIsLive = [this](u2_t u) { return m_oBase.m_oNode(u).GetType() != Node::Zombi; };
     if (std::none_of(oGroup.pId, pEnd, oIsLive)) return Add("/>\n");
     Add(">\n");
     ++m_uDepth;

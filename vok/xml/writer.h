@@ -1,7 +1,7 @@
 // Writing XML: the writer behind Data::SaveToXML. Internal.
 //
 // Its functions stand in two files: elements, attributes and values (writer.cpp), and the loop that
-// most elements go through (plain_writer.h).
+// most elements go through (fast_writer.h).
 #ifndef VOK_XML_WRITER_H
 #define VOK_XML_WRITER_H
 
@@ -24,11 +24,11 @@ class XmlWriter {
     using Node = Data_Node;
 
     XmlWriter(Data_Base& oBase, Sink& oSink, u2_t uDepth)
-        : b(oBase),
+        : m_oBase(oBase),
           m_oSink(oSink),
           m_uDepth(uDepth),
           m_bAttributes(!oBase.m_oAtt.IsUnused()),
-          m_oPlain(oBase.m_oName.Size()),
+          m_oVerbatim(oBase.m_oName.Size()),
           m_oNumber(oBase.m_oNode.Size()) {}
 
     // Notes which nodes the links below oTop lead to: those get a number. In time with what is
@@ -52,15 +52,14 @@ class XmlWriter {
         const u2_t* pEnd;
         u2_t uId;
     };
-    enum Plain : u0_t { Unknown, Yes, No };
+    enum Verbatim : u0_t { Unknown, Yes, No };
 
     static constexpr u2_t TO_COME = 0xFFFFFFFF;
 
     // Long values are converted in pieces; base64 takes three bytes at a time.
     static constexpr std::size_t PIECE = 3 << 14;
-    static constexpr u2_t PLAIN_TYPES = 1u << Node::Integer | 1u << Node::Double |
-                                        1u << Node::Boolean | 1u << Node::String |
-                                        1u << Node::Empty;
+    static constexpr u2_t FAST_TYPES = 1u << Node::Integer | 1u << Node::Double |
+                                       1u << Node::Boolean | 1u << Node::String | 1u << Node::Empty;
     static constexpr u2_t SHORT_TEXT = 64;
     static constexpr std::size_t PLAIN_ROOM = 2 * Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
 
@@ -70,17 +69,17 @@ class XmlWriter {
         m_bNumbers = true;
     }
     [[nodiscard]] bool IsTarget(u2_t uId) const noexcept {
-        return uId < b.m_oNode.Size() && b.m_oNode(uId).GetType() != Node::Zombi;
+        return uId < m_oBase.m_oNode.Size() && m_oBase.m_oNode(uId).GetType() != Node::Zombi;
     }
 
     // Whether a name is written as it stands.
-    [[nodiscard]] bool IsPlain(u2_t uKey) {
-        u0_t& uPlain = m_oPlain(uKey);
-        if (uPlain == Unknown) {
-            const Hash_Text& oName = b.m_oName(uKey);
-            uPlain = xml::IsPlainName(oName.View()) ? Yes : No;
+    [[nodiscard]] bool IsVerbatim(u2_t uKey) {
+        u0_t& uVerbatim = m_oVerbatim(uKey);
+        if (uVerbatim == Unknown) {
+            const Hash_Text& oName = m_oBase.m_oName(uKey);
+            uVerbatim = xml::IsVerbatimName(oName.View()) ? Yes : No;
         }
-        return uPlain == Yes;
+        return uVerbatim == Yes;
     }
 
     void Add(std::string_view s) { m_oSink.Payload(s.data(), s.size()); }
@@ -95,7 +94,7 @@ class XmlWriter {
 
     // Writes successors as long as they are like most nodes are: a name written as it stands,
     // no attributes, no links, one of the common values. This loop is what saving XML costs.
-    void WritePlainElements();
+    void WriteFastElements();
 
     void WriteElement(u2_t uId);
 
@@ -135,7 +134,7 @@ class XmlWriter {
     }
 
     void WriteTyped(u2_t uId, std::string_view sText) {
-        StartTyped(b.m_oNode(uId).GetType());
+        StartTyped(m_oBase.m_oNode(uId).GetType());
         Add(sText);
         WriteEndTag(uId);
     }
@@ -147,15 +146,15 @@ class XmlWriter {
 
     void WriteTree(u2_t uId);
 
-    Data_Base& b;
+    Data_Base& m_oBase;
     Sink& m_oSink;
     u2_t m_uDepth;
     u2_t m_uTop = 0;
     bool m_bAttributes;
     Arr<Frame> m_oFrame;
-    Data_IdMap<u0_t> m_oPlain;   // by key
-    Data_IdMap<u2_t> m_oNumber;  // by id, not 0 for the target of a link
-    bool m_bNumbers = false;     // there are any
+    Data_IdMap<u0_t> m_oVerbatim;  // by key
+    Data_IdMap<u2_t> m_oNumber;    // by id, not 0 for the target of a link
+    bool m_bNumbers = false;       // there are any
     u2_t m_uNumbers = 0;
     Arr<u2_t> m_oAttKeys;
     Arr<char> m_oRoom;  // a written name

@@ -94,14 +94,15 @@ void Zip_Archive::OpenForWriting(const Str& oPath) {
     pState->m_oFile.Open(oPath, "wb");
     // A pipe cannot be patched.
     const bool bPatch = pState->m_oFile.Tell() == 0;
-    pState->m_oWriter.emplace(pState->m_oFile, zip::Blame(oPath), zip::Writer::Base(), bPatch);
+    pState->m_oWriter.emplace(pState->m_oFile, zip::Archive_Errors(oPath), zip::Writer::Base(),
+                              bPatch);
     m_pState = std::move(pState);
 }
 
 void Zip_Archive::OpenForReading(const Str& oPath, const Limits& oLimits) {
     auto pState = std::make_unique<State>();
     pState->m_oFile.Open(oPath, "rb");
-    pState->m_oReader.emplace(zip::Source(pState->m_oFile), oLimits, zip::Blame(oPath));
+    pState->m_oReader.emplace(zip::Source(pState->m_oFile), oLimits, zip::Archive_Errors(oPath));
     m_pState = std::move(pState);
 }
 
@@ -110,23 +111,23 @@ void Zip_Archive::Open(const void* pBlock, std::size_t uSize, const Limits& oLim
         CloseState(nullptr);
         if (pBlock == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
         auto pState = std::make_unique<State>();
-        pState->m_oReader.emplace(zip::Source(pBlock, uSize), oLimits, zip::Blame());
+        pState->m_oReader.emplace(zip::Source(pBlock, uSize), oLimits, zip::Archive_Errors());
         m_pState = std::move(pState);
     });
 }
 
 void Zip_Archive::OpenForAppending(const Str& oPath, const Limits& oLimits) {
     if (File::Size(oPath) <= 0) return OpenForWriting(oPath);
-    zip::Blame oBlame(oPath);
+    zip::Archive_Errors oErrors(oPath);
     zip::Writer::Base oBase;
     {
         File oFile(oPath, "rb");
         zip::Source oSource(oFile);
         zip::Directory oDirectory;
         oBase.m_uSize = oSource.Size();
-        if (oDirectory.Load(oSource, oLimits, oBlame)) {
+        if (oDirectory.Load(oSource, oLimits, oErrors)) {
             // New members would lie where a wrong one claims to be.
-            if (!oDirectory.IsInside()) oBlame.Invalid();
+            if (!oDirectory.IsInside()) oErrors.Invalid();
             oBase.m_uPrefix = oDirectory.Prefix();
             oBase.m_uEntries = oDirectory.Count();
             oBase.m_oDirectory.Add(oDirectory.Bytes().data(), oDirectory.Bytes().size());
@@ -135,15 +136,15 @@ void Zip_Archive::OpenForAppending(const Str& oPath, const Limits& oLimits) {
         } else {
             char sMagic[4] = {};
             (void)oSource.Read(0, sMagic, sizeof(sMagic));
-            if (le::Load<u2_t>(sMagic) == zip::LOCAL_SIGNATURE) oBlame.Invalid();
+            if (le::Load<u2_t>(sMagic) == zip::LOCAL_SIGNATURE) oErrors.Invalid();
         }
     }
     auto pState = std::make_unique<State>();
     pState->m_oFile.Open(oPath, "ab");
-    if (static_cast<u3_t>(pState->m_oFile.Size()) != oBase.m_uSize) oBlame.Changed();
+    if (static_cast<u3_t>(pState->m_oFile.Size()) != oBase.m_uSize) oErrors.Changed();
     pState->m_oOldPath = oPath;
     pState->m_uOldSize = oBase.m_uSize;
-    pState->m_oWriter.emplace(pState->m_oFile, std::move(oBlame), std::move(oBase), false);
+    pState->m_oWriter.emplace(pState->m_oFile, std::move(oErrors), std::move(oBase), false);
     m_pState = std::move(pState);
 }
 

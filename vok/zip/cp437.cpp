@@ -31,7 +31,7 @@ constexpr char NOT_IN_CODE_PAGE = '\xFF';
 }  // namespace
 
 Str FromCp437(std::string_view sBytes) {
-    if (IsPlainText(sBytes.data(), sBytes.size())) return Str(sBytes);
+    if (IsAsciiText(sBytes.data(), sBytes.size())) return Str(sBytes);
     Arr<char> oText;
     for (const char c : sBytes) {
         const auto u = static_cast<u0_t>(c);

@@ -51,9 +51,9 @@ constexpr unsigned SYSTEM_DARWIN = 19;
 
 }  // namespace
 
-bool Directory::Load(Source& oSource, const Limits& oLimits, const Blame& oBlame) {
+bool Directory::Load(Source& oSource, const Limits& oLimits, const Archive_Errors& oErrors) {
     Found oFound;
-    if (!Find(oSource, oBlame, oFound)) return false;
+    if (!Find(oSource, oErrors, oFound)) return false;
     if (oFound.m_uEntries > oLimits.m_uZipEntries) {
         oLimits.RaiseExceeded(&Limits::m_uZipEntries);
     }
@@ -65,14 +65,14 @@ bool Directory::Load(Source& oSource, const Limits& oLimits, const Blame& oBlame
     const std::string_view sComment = oSource.All(uComment, oFound.m_uComment, oCopy);
     m_oComment.Add(sComment.data(), sComment.size());
     m_uBehind = oSource.Size() - uComment - sComment.size();
-    if (!Split(oFound.m_uEntries)) oBlame.Invalid();
+    if (!Split(oFound.m_uEntries)) oErrors.Invalid();
     return true;
 }
 
 // ---- the end record -------------------------------------------------------------
 
 // The last record that is right, whatever lies behind it.
-bool Directory::Find(Source& oSource, const Blame& oBlame, Found& oFound) {
+bool Directory::Find(Source& oSource, const Archive_Errors& oErrors, Found& oFound) {
     if (oSource.Size() < END_SIZE) return false;
     unsigned uCandidates = 0;
     // Records from uEnd on have been looked at.
@@ -85,7 +85,7 @@ bool Directory::Find(Source& oSource, const Blame& oBlame, Found& oFound) {
         for (std::size_t uAt = uRecords; uAt > 0;) {
             uAt = sHere.rfind(END_MAGIC, uAt - 1);
             if (uAt == std::string_view::npos) break;
-            switch (Judge(oSource, oBlame, uStart + uAt, sHere.data() + uAt, oFound)) {
+            switch (Judge(oSource, oErrors, uStart + uAt, sHere.data() + uAt, oFound)) {
                 case Verdict::Yes: return true;
                 case Verdict::Costly:
                     if (++uCandidates > MOST_CANDIDATES) return false;
@@ -98,7 +98,7 @@ bool Directory::Find(Source& oSource, const Blame& oBlame, Found& oFound) {
     return false;
 }
 
-Directory::Verdict Directory::Judge(Source& oSource, const Blame& oBlame, u3_t uPosition,
+Directory::Verdict Directory::Judge(Source& oSource, const Archive_Errors& oErrors, u3_t uPosition,
                                     const char* pRecord, Found& oFound) {
     const End oEnd(pRecord);
     const u3_t uBehind = oSource.Size() - uPosition - END_SIZE;
@@ -113,7 +113,7 @@ Directory::Verdict Directory::Judge(Source& oSource, const Blame& oBlame, u3_t u
         // With ZIP64 the fields refer to other records, or those lie in between.
         if (bLast && uPosition >= ZIP64_LOCATOR_SIZE &&
             SignatureAt(oSource, uPosition - ZIP64_LOCATOR_SIZE) == ZIP64_LOCATOR_SIGNATURE) {
-            oBlame.NeedsZip64();
+            oErrors.NeedsZip64();
         }
         return bLast || bGood ? Verdict::Costly : Verdict::No;
     }

@@ -27,7 +27,7 @@ class Directory {
     // found again. Linear in the bytes behind the end record and in the directory. Raises
     // "invalid or corrupted" for a directory that does not hold what its end record says, ZIP64,
     // and the limit of members.
-    [[nodiscard]] bool Load(Source& oSource, const Limits& oLimits, const Blame& oBlame);
+    [[nodiscard]] bool Load(Source& oSource, const Limits& oLimits, const Archive_Errors& oErrors);
 
     [[nodiscard]] u2_t Count() const noexcept { return static_cast<u2_t>(m_oHeaders.Size()); }
     // The header of member uNth, below Count().
@@ -69,9 +69,9 @@ class Directory {
     };
     enum class Verdict { No, Yes, Costly };
 
-    [[nodiscard]] bool Find(Source& oSource, const Blame& oBlame, Found& oFound);
-    [[nodiscard]] static Verdict Judge(Source& oSource, const Blame& oBlame, u3_t uPosition,
-                                       const char* pRecord, Found& oFound);
+    [[nodiscard]] bool Find(Source& oSource, const Archive_Errors& oErrors, Found& oFound);
+    [[nodiscard]] static Verdict Judge(Source& oSource, const Archive_Errors& oErrors,
+                                       u3_t uPosition, const char* pRecord, Found& oFound);
     [[nodiscard]] bool Split(u2_t uEntries);
 
     std::string_view m_sBytes;

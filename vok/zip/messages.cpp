@@ -14,22 +14,22 @@ constexpr char MEMBER[] = "vok::Zip_Archive";
 
 }  // namespace
 
-void Blame::Invalid() const {
+void Archive_Errors::Invalid() const {
     if (m_bMemory) Msg::InvalidOrCorruptedZipBuffer();
     Msg::InvalidOrCorruptedZipFile(Archive());
 }
 
-void Blame::Invalid(const Str& oMember) const {
+void Archive_Errors::Invalid(const Str& oMember) const {
     Where(MEMBER, oMember.CStr(), [&] { Invalid(); });
     Invalid();
 }
 
-void Blame::Crc(const Str& oMember) const {
+void Archive_Errors::Crc(const Str& oMember) const {
     Where(MEMBER, oMember.CStr(), [&] { Msg::CrcErrorInCurrentFileOfZipArchive(Archive()); });
     Invalid();
 }
 
-void Blame::Raise(Member_Fault eFault, const Str& oMember) const {
+void Archive_Errors::Raise(Member_Fault eFault, const Str& oMember) const {
     // In the order of Member_Fault.
     static constexpr Msg_Text FAULTS[] = {
         {"member \"%0\" of zip archive \"%1\" is encrypted",
@@ -52,7 +52,7 @@ void Blame::Raise(Member_Fault eFault, const Str& oMember) const {
     Msg_Entry::Raise(FAULTS[static_cast<int>(eFault)], {oMember.CStr(), Archive()});
 }
 
-void Blame::Method(const Str& oMember, u2_t uMethod) const {
+void Archive_Errors::Method(const Str& oMember, u2_t uMethod) const {
     Msg_Entry::Raise(
         {"member \"%0\" of zip archive \"%1\" is compressed by method %2, which is not supported",
          "Datei \"%0\" im Zip-Archiv \"%1\" ist mit dem Verfahren %2 komprimiert, das nicht "
@@ -60,19 +60,19 @@ void Blame::Method(const Str& oMember, u2_t uMethod) const {
         {oMember.CStr(), Archive(), uMethod});
 }
 
-void Blame::NeedsZip64() const {
+void Archive_Errors::NeedsZip64() const {
     Msg_Entry::Raise({"zip archive \"%0\" needs ZIP64, which is not supported",
                       "Zip-Archiv \"%0\" braucht ZIP64, das nicht unterstützt wird"},
                      {Archive()});
 }
 
-void Blame::Incomplete() const {
+void Archive_Errors::Incomplete() const {
     Msg_Entry::Raise({"zip archive \"%0\" is incomplete since writing to it failed",
                       "Zip-Archiv \"%0\" ist unvollständig, weil das Schreiben fehlschlug"},
                      {Archive()});
 }
 
-void Blame::Changed() const {
+void Archive_Errors::Changed() const {
     Msg_Entry::Raise({"zip archive \"%0\" was changed by somebody else",
                       "Zip-Archiv \"%0\" wurde von anderer Seite geändert"},
                      {Archive()});

@@ -22,11 +22,11 @@ enum class Member_Fault {
 };
 
 // An archive as messages call it, and all that can be said of it.
-class Blame {
+class Archive_Errors {
   public:
     // Of an archive in memory.
-    Blame() : m_oArchive("*** Zip_Archive ***"), m_bMemory(true) {}
-    explicit Blame(const Str& oPath) : m_oArchive(oPath), m_bMemory(false) {}
+    Archive_Errors() : m_oArchive("*** Zip_Archive ***"), m_bMemory(true) {}
+    explicit Archive_Errors(const Str& oPath) : m_oArchive(oPath), m_bMemory(false) {}
 
     [[nodiscard]] const char* Archive() const noexcept { return m_oArchive.CStr(); }
 

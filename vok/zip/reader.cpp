@@ -8,9 +8,9 @@
 
 namespace vok::zip {
 
-Reader::Reader(Source&& oSource, const Limits& oLimits, Blame&& oBlame)
-    : m_oSource(std::move(oSource)), m_oLimits(oLimits), m_oBlame(std::move(oBlame)) {
-    if (!m_oDirectory.Load(m_oSource, m_oLimits, m_oBlame)) m_oBlame.Invalid();
+Reader::Reader(Source&& oSource, const Limits& oLimits, Archive_Errors&& oErrors)
+    : m_oSource(std::move(oSource)), m_oLimits(oLimits), m_oErrors(std::move(oErrors)) {
+    if (!m_oDirectory.Load(m_oSource, m_oLimits, m_oErrors)) m_oErrors.Invalid();
 }
 
 bool Reader::GoTo(u2_t uNth) noexcept {
@@ -24,7 +24,7 @@ bool Reader::GoToNext() noexcept {
 }
 
 u2_t Reader::Current() const {
-    if (m_oDirectory.Count() == 0) Msg::CurrentFileOfZipArchiveIsNotOpen(m_oBlame.Archive());
+    if (m_oDirectory.Count() == 0) Msg::CurrentFileOfZipArchiveIsNotOpen(m_oErrors.Archive());
     return m_uCurrent;
 }
 
@@ -48,7 +48,7 @@ Reader::Place Reader::FindPlace(u2_t uNth, const Str& oName, Arr<char>* pCopy) {
     const u3_t uBound = m_oDirectory.Bound(uNth);
     const std::string_view sName = oHeader.Name();
     const std::size_t uWanted = LOCAL_SIZE + sName.size();
-    if (uStart >= m_oDirectory.Position()) m_oBlame.Invalid(oName);
+    if (uStart >= m_oDirectory.Position()) m_oErrors.Invalid(oName);
     std::string_view sLocal;
     if (pCopy != nullptr) {
         char* pHeader = pCopy->AddSpace(uWanted);
@@ -56,10 +56,10 @@ Reader::Place Reader::FindPlace(u2_t uNth, const Str& oName, Arr<char>* pCopy) {
     } else {
         sLocal = m_oSource.View(uStart, uWanted);
     }
-    if (sLocal.size() < uWanted) m_oBlame.Invalid(oName);
+    if (sLocal.size() < uWanted) m_oErrors.Invalid(oName);
     const Local oLocal(sLocal.data());
-    if (oLocal.Signature() != LOCAL_SIGNATURE) m_oBlame.Invalid(oName);
-    if (uBound == uStart) m_oBlame.Raise(Member_Fault::Overlaps, oName);
+    if (oLocal.Signature() != LOCAL_SIGNATURE) m_oErrors.Invalid(oName);
+    if (uBound == uStart) m_oErrors.Raise(Member_Fault::Overlaps, oName);
     // Sizes may stand behind the data, or in a ZIP64 field that the other sizes make needless.
     const bool bSizes = (oLocal.Flags() & FLAG_DESCRIPTOR) == 0;
     const auto bDiffer = [](u2_t uLocal, u2_t uCentral) {
@@ -70,33 +70,33 @@ Reader::Place Reader::FindPlace(u2_t uNth, const Str& oName, Arr<char>* pCopy) {
         (bSizes && (oLocal.Crc() != oHeader.Crc() ||
                     bDiffer(oLocal.CompressedSize(), oHeader.CompressedSize()) ||
                     bDiffer(oLocal.UncompressedSize(), oHeader.UncompressedSize())))) {
-        m_oBlame.Invalid(oName);
+        m_oErrors.Invalid(oName);
     }
     Place oPlace;
     oPlace.m_uExtra = uStart + uWanted;
     oPlace.m_uData = oPlace.m_uExtra + oLocal.ExtraSize();
     const u3_t uEnd = oPlace.m_uData + oHeader.CompressedSize();
-    if (uEnd > m_oDirectory.Position()) m_oBlame.Invalid(oName);
-    if (uEnd > uBound) m_oBlame.Raise(Member_Fault::Overlaps, oName);
+    if (uEnd > m_oDirectory.Position()) m_oErrors.Invalid(oName);
+    if (uEnd > uBound) m_oErrors.Raise(Member_Fault::Overlaps, oName);
     return oPlace;
 }
 
 void Reader::CheckReadable(const Central& oHeader, const Str& oName) const {
     if ((oHeader.Flags() & (FLAG_ENCRYPTED | FLAG_MASKED)) != 0) {
-        m_oBlame.Raise(Member_Fault::Encrypted, oName);
+        m_oErrors.Raise(Member_Fault::Encrypted, oName);
     }
     std::string_view sField;
     if ((oHeader.CompressedSize() == IN_ZIP64 || oHeader.UncompressedSize() == IN_ZIP64 ||
          oHeader.Offset() == IN_ZIP64) &&
         FindExtra(oHeader.Extra(), EXTRA_ZIP64, sField)) {
-        m_oBlame.Raise(Member_Fault::NeedsZip64, oName);
+        m_oErrors.Raise(Member_Fault::NeedsZip64, oName);
     }
-    if (oHeader.Disk() != 0) m_oBlame.Raise(Member_Fault::OtherDisk, oName);
+    if (oHeader.Disk() != 0) m_oErrors.Raise(Member_Fault::OtherDisk, oName);
     if (oHeader.Method() != ZIP_STORED && oHeader.Method() != ZIP_DEFLATED) {
-        m_oBlame.Method(oName, oHeader.Method());
+        m_oErrors.Method(oName, oHeader.Method());
     }
     if (oHeader.Method() == ZIP_STORED && oHeader.CompressedSize() != oHeader.UncompressedSize()) {
-        m_oBlame.Raise(Member_Fault::Size, oName);
+        m_oErrors.Raise(Member_Fault::Size, oName);
     }
     if (oHeader.Method() == ZIP_DEFLATED &&
         oHeader.UncompressedSize() > m_oLimits.m_uInflatedBytes) {
@@ -133,7 +133,7 @@ void Reader::CloseMember() {
 
 Unpacker& Reader::Member() {
     if (!m_bOpen) [[unlikely]]
-        Msg::CurrentFileOfZipArchiveIsNotOpen(m_oBlame.Archive());
+        Msg::CurrentFileOfZipArchiveIsNotOpen(m_oErrors.Archive());
     return m_oUnpacker;
 }
 
@@ -181,13 +181,13 @@ Fault Reader::Done(std::size_t uUnused) {
 
 void Reader::Fail(Fault eFault) {
     switch (eFault) {
-        case Fault::Crc: m_oBlame.Crc(m_oOpenName);
-        case Fault::Ends: m_oBlame.Raise(Member_Fault::Ends, m_oOpenName);
-        case Fault::Size: m_oBlame.Raise(Member_Fault::Size, m_oOpenName);
+        case Fault::Crc: m_oErrors.Crc(m_oOpenName);
+        case Fault::Ends: m_oErrors.Raise(Member_Fault::Ends, m_oOpenName);
+        case Fault::Size: m_oErrors.Raise(Member_Fault::Size, m_oOpenName);
         case Fault::Damaged:
         case Fault::None: break;
     }
-    m_oBlame.Raise(Member_Fault::Damaged, m_oOpenName);
+    m_oErrors.Raise(Member_Fault::Damaged, m_oOpenName);
 }
 
 }  // namespace vok::zip

@@ -13,12 +13,12 @@ namespace vok::zip {
 // cursor moves.
 class Reader final : Feed {
   public:
-    Reader(Source&& oSource, const Limits& oLimits, Blame&& oBlame);
+    Reader(Source&& oSource, const Limits& oLimits, Archive_Errors&& oErrors);
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
     ~Reader() = default;
 
-    [[nodiscard]] const Blame& Who() const noexcept { return m_oBlame; }
+    [[nodiscard]] const Archive_Errors& Who() const noexcept { return m_oErrors; }
     [[nodiscard]] Directory& Dir() noexcept { return m_oDirectory; }
 
     // ---- the cursor -------------------------------------------------------
@@ -56,7 +56,7 @@ class Reader final : Feed {
 
     Source m_oSource;
     const Limits m_oLimits;
-    const Blame m_oBlame;
+    const Archive_Errors m_oErrors;
     Directory m_oDirectory;
     u2_t m_uCurrent = 0;
 

@@ -48,9 +48,9 @@ constexpr u3_t MOST = IN_ZIP64 - 1;
 
 }  // namespace
 
-Writer::Writer(File& oFile, Blame&& oBlame, Base&& oBase, bool bPatch)
+Writer::Writer(File& oFile, Archive_Errors&& oErrors, Base&& oBase, bool bPatch)
     : m_oFile(oFile),
-      m_oBlame(std::move(oBlame)),
+      m_oErrors(std::move(oErrors)),
       m_bPatch(bPatch),
       m_uPrefix(oBase.m_uPrefix),
       m_oDirectory(std::move(oBase.m_oDirectory)),
@@ -64,7 +64,7 @@ Writer::Writer(File& oFile, Blame&& oBlame, Base&& oBase, bool bPatch)
 
 template <class F>
 void Writer::Change(F&& oBody) {
-    if (m_bBroken) m_oBlame.Incomplete();
+    if (m_bBroken) m_oErrors.Incomplete();
     m_bBroken = true;
     oBody();
     m_bBroken = false;
@@ -77,7 +77,7 @@ u3_t Writer::Position() const {
 
 void Writer::CheckMember() const {
     if (!m_bOpen) [[unlikely]]
-        Msg::CurrentFileOfZipArchiveIsNotOpen(m_oBlame.Archive());
+        Msg::CurrentFileOfZipArchiveIsNotOpen(m_oErrors.Archive());
 }
 
 // ---- one member -----------------------------------------------------------------
@@ -88,7 +88,7 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
     Msg::Assert(!oName.IsEmpty(), "!oName.IsEmpty()");
     Msg::Assert(iLevel >= Packer::DEFAULT_LEVEL && iLevel <= Packer::MAX_LEVEL,
                 "level >= -1 && level <= 9");
-    if (uMethod != ZIP_STORED && uMethod != ZIP_DEFLATED) m_oBlame.Method(oName, uMethod);
+    if (uMethod != ZIP_STORED && uMethod != ZIP_DEFLATED) m_oErrors.Method(oName, uMethod);
     // A name that the code page cannot hold is stored in Unicode, and so is then the comment.
     const bool bUtf8 = !IsCp437(oName);
     Arr<char> oStored;
@@ -114,7 +114,7 @@ void Writer::OpenMember(const Str& oName, const Zip_NewInfo& oInfo, std::string_
     Change([&] { HandOnFull(); });
 
     const u3_t uHeader = m_uWritten + m_oOut.Size();
-    if (uHeader - m_uPrefix > MOST) m_oBlame.Raise(Member_Fault::TooLarge, oName);
+    if (uHeader - m_uPrefix > MOST) m_oErrors.Raise(Member_Fault::TooLarge, oName);
     Change([&] {
         const std::size_t uDirectory = m_oDirectory.Size();
         const std::size_t uOut = m_oOut.Size();
@@ -170,7 +170,7 @@ void Writer::Write(const char* pSource, std::size_t uCount) {
 // Before anything is written that no header could name.
 void Writer::CheckSize(u3_t uMore) const {
     if (uMore > MOST || m_oPacker.BytesIn() + uMore > MOST || m_oPacker.BytesOut() > MOST) {
-        m_oBlame.Raise(Member_Fault::TooLarge, m_oOpenName);
+        m_oErrors.Raise(Member_Fault::TooLarge, m_oOpenName);
     }
 }
 
@@ -205,7 +205,7 @@ void Writer::EndMember() {
 // ---- the end --------------------------------------------------------------------
 
 void Writer::Finish(const Str* pComment) {
-    if (m_bBroken) m_oBlame.Incomplete();
+    if (m_bBroken) m_oErrors.Incomplete();
     if (m_bOpen) CloseMember();
     if (pComment != nullptr) {
         Arr<char> oComment;
@@ -221,7 +221,7 @@ void Writer::Finish(const Str* pComment) {
     const auto tmp = static_cast<u1_t>(m_oComment.Size());
     Msg::Assert(m_oComment.Size() == tmp, "size_comment == tmp");
     const u3_t uOffset = m_uWritten + m_oOut.Size() - m_uPrefix;
-    if (uOffset > MOST || m_oDirectory.Size() > MOST) m_oBlame.NeedsZip64();
+    if (uOffset > MOST || m_oDirectory.Size() > MOST) m_oErrors.NeedsZip64();
     Change([&] {
         Append(m_oDirectory.Beg(), m_oDirectory.Size());
         const auto uEntries = static_cast<u1_t>(uTmp);

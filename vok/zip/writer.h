@@ -28,12 +28,12 @@ class Writer final : Sink {
     };
 
     // The file is open for writing, its position at its end.
-    Writer(File& oFile, Blame&& oBlame, Base&& oBase, bool bPatch);
+    Writer(File& oFile, Archive_Errors&& oErrors, Base&& oBase, bool bPatch);
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
     ~Writer() = default;
 
-    [[nodiscard]] const Blame& Who() const noexcept { return m_oBlame; }
+    [[nodiscard]] const Archive_Errors& Who() const noexcept { return m_oErrors; }
     [[nodiscard]] bool IsBroken() const noexcept { return m_bBroken; }
     // Whether an exception has come up since the archive was opened.
     [[nodiscard]] bool IsUnwinding() const noexcept {
@@ -73,7 +73,7 @@ class Writer final : Sink {
     [[nodiscard]] bool IsHeaderHere() const noexcept { return m_uHeader >= m_uWritten; }
 
     File& m_oFile;
-    const Blame m_oBlame;
+    const Archive_Errors m_oErrors;
     const bool m_bPatch;  // the file may be patched
     const int m_iExceptions = std::uncaught_exceptions();
     const u3_t m_uPrefix;

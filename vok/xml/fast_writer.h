@@ -19,19 +19,19 @@ inline char* PutText(char* p, std::string_view s) noexcept {
 }
 
 template <class Sink>
-inline void XmlWriter<Sink>::WritePlainElements() {
-    Frame& f = m_oFrame(m_oFrame.Size() - 1);
-    const Node* const pNodes = std::as_const(b.m_oNode).Beg();
-    const Hash_Text* const pNames = b.m_oName.Texts();
-    const char* const pHeap = b.m_oHeap.Begin();
+inline void XmlWriter<Sink>::WriteFastElements() {
+    Frame& f = m_oFrame.Last();
+    const Node* const pNodes = std::as_const(m_oBase.m_oNode).Beg();
+    const Hash_Text* const pNames = m_oBase.m_oName.Texts();
+    const char* const pHeap = m_oBase.m_oHeap.Begin();
     char* p = m_oSink.Space(PLAIN_ROOM);
     const char* pEnd = m_oSink.SpaceEnd();
     for (; f.pNext != f.pEnd; ++f.pNext) {
         const u2_t uId = *f.pNext;
         const Node& oNode = pNodes[uId];
         const Node::Type eType = oNode.GetType();
-        if ((PLAIN_TYPES >> eType & 1u) == 0 || !IsPlain(oNode.uKey)) break;
-        if ((m_bAttributes && b.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
+        if ((FAST_TYPES >> eType & 1u) == 0 || !IsVerbatim(oNode.uKey)) break;
+        if ((m_bAttributes && m_oBase.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
         const Hash_Text& oName = pNames[oNode.uKey];
         if (oName.uLength > Hash::SLACK) break;
         if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {

@@ -14,10 +14,10 @@
 namespace vok::dgraph {
 
 // The bytes of names that need no second look: ASCII without the reserved ones.
-inline constexpr std::array<bool, 256> PLAIN_NAME = [] {
-    std::array<bool, 256> abPlain{};
-    for (std::size_t u = 1; u < 128; ++u) abPlain[u] = !detail::RESERVED[u];
-    return abPlain;
+inline constexpr std::array<bool, 256> VERBATIM = [] {
+    std::array<bool, 256> abVerbatim{};
+    for (std::size_t u = 1; u < 128; ++u) abVerbatim[u] = !detail::RESERVED[u];
+    return abVerbatim;
 }();
 
 // Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
@@ -29,18 +29,18 @@ inline constexpr std::array<bool, 256> PLAIN_NAME = [] {
 template <class Source>
 inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) const noexcept {
     const u2_t uFirst = m_oGuess.First();
-    if (uFirst != 0 && IsNameAt(b.m_oName(uFirst), p, uSize)) return uFirst;
+    if (uFirst != 0 && IsNameAt(m_oBase.m_oName(uFirst), p, uSize)) return uFirst;
     const u2_t uSecond = m_oGuess.Second();
-    return uSecond != 0 && IsNameAt(b.m_oName(uSecond), p, uSize) ? uSecond : 0;
+    return uSecond != 0 && IsNameAt(m_oBase.m_oName(uSecond), p, uSize) ? uSecond : 0;
 }
 
 template <class Source>
 inline u2_t Reader<Source>::ScanName(const char* p, std::size_t uStep) {
     std::size_t uName = 0;
-    while (uName < uStep && PLAIN_NAME[static_cast<u0_t>(p[uName])]) ++uName;
+    while (uName < uStep && VERBATIM[static_cast<u0_t>(p[uName])]) ++uName;
     if (uName == 0 || uName == uStep || p[uName] != '[') return 0;
-    const u2_t uKey = b.m_oName.Insert({p, uName});
-    m_oGuess.Note(uKey, true, b.m_oName.Size());
+    const u2_t uKey = m_oBase.m_oName.Insert({p, uName});
+    m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
     return uKey;
 }
 
@@ -58,7 +58,7 @@ inline bool Reader<Source>::IsIndex(const char* p, std::size_t uSize, u2_t uInde
 }
 
 template <class Source>
-void Reader<Source>::ReadPlainRecords() {
+void Reader<Source>::ReadFastRecords() {
     constexpr std::size_t LENGTH = 4;
     constexpr std::size_t LARGEST_VALUE = 8;
     while (Top().uPending != 0) {
@@ -79,12 +79,12 @@ void Reader<Source>::ReadPlainRecords() {
         }
 
         // The index is the one that the run has reached.
-        const std::size_t uName = b.m_oName(uKey).uLength;
+        const std::size_t uName = m_oBase.m_oName(uKey).uLength;
         const bool bSameRun = uKey == oLevel.uRunKey;
         const u2_t uIndex = bSameRun ? static_cast<u2_t>(oLevel.iRunCount) : 0;
         if (!IsIndex(p + uName + 1, uStep - uName - 1, uIndex)) return;
         if (!oLevel.bInOrder || (!bSameRun && IsBehind(oLevel, uKey))) return;
-        if (b.m_oNode.Size() >= m_uMostNodes || !b.CanPlace(oLevel.uParent)) return;
+        if (m_oBase.m_oNode.Size() >= m_uMostNodes || !m_oBase.CanPlace(oLevel.uParent)) return;
 
         p += uStep;
         const Code eCode = static_cast<Code>(*p++);
@@ -113,16 +113,16 @@ void Reader<Source>::ReadPlainRecords() {
                 const std::size_t uLeft = uAtHand - LENGTH - uStep - 1 - LENGTH;
                 if (uText == 0 || uText > uLeft || uText > m_oLimits.m_uTextBytes) return;
                 const char* pText = p + LENGTH;
-                if (pText[uText - 1] != 0 || !IsPlainText(pText, uText - 1)) return;
+                if (pText[uText - 1] != 0 || !IsAsciiText(pText, uText - 1)) return;
                 oNode.SetType(Data_Node::String);
-                oNode.uWord2 = b.m_oHeap.AddText({pText, uText - 1});
+                oNode.uWord2 = m_oBase.m_oHeap.AddText({pText, uText - 1});
                 oNode.uWord3 = static_cast<u2_t>(uText);
                 uValue = LENGTH + uText;
                 break;
             }
             default: return;
         }
-        m_uNode = b.AppendPlain(oLevel.uParent, oNode);
+        m_uNode = m_oBase.AppendLast(oLevel.uParent, oNode);
         oLevel.uRunKey = uKey;
         oLevel.iRunCount = static_cast<i2_t>(uIndex + 1);
         --oLevel.uPending;

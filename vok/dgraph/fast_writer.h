@@ -11,12 +11,12 @@
 namespace vok::dgraph {
 
 template <class Sink>
-inline void Writer<Sink>::WritePlainRecords() {
-    Frame& f = m_oFrame(m_oFrame.Size() - 1);
-    const Data_Node* const pNodes = std::as_const(b.m_oNode).Beg();
-    const Hash_Text* const pNames = b.m_oName.Texts();
-    const char* const pHeap = b.m_oHeap.Begin();
-    const bool bAttributes = !b.m_oAtt.IsUnused();
+inline void Writer<Sink>::WriteFastRecords() {
+    Frame& f = m_oFrame.Last();
+    const Data_Node* const pNodes = std::as_const(m_oBase.m_oNode).Beg();
+    const Hash_Text* const pNames = m_oBase.m_oName.Texts();
+    const char* const pHeap = m_oBase.m_oHeap.Begin();
+    const bool bAttributes = !m_oBase.m_oAtt.IsUnused();
     u2_t uPos = f.uPos;
     u2_t uRunKey = f.uRunKey;
     u2_t uRunStart = f.uRunStart;
@@ -27,8 +27,8 @@ inline void Writer<Sink>::WritePlainRecords() {
         const Data_Node& oNode = pNodes[uId];
         const Data_Node::Type eType = oNode.GetType();
         const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;
-        if ((PLAIN_TYPES >> eType & 1u) == 0 && !bShortText) break;
-        if (!IsPlain(oNode.uKey) || (bAttributes && b.m_oAtt.Has(uId))) break;
+        if ((FAST_TYPES >> eType & 1u) == 0 && !bShortText) break;
+        if (!IsVerbatim(oNode.uKey) || (bAttributes && m_oBase.m_oAtt.Has(uId))) break;
         const Hash_Text& oName = pNames[oNode.uKey];
         if (oName.uLength > Hash::SLACK) break;
         if (static_cast<std::size_t>(pEnd - p) < PIECE) {

@@ -51,22 +51,22 @@ bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept 
 }  // namespace
 
 // Makes a text the value of a record; false for one that needs a second look.
-bool XmlLoader::AddPlainText(Node& oNode, std::string_view sText) {
+bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
-    if (!IsPlainText(sText.data(), sText.size())) return false;
+    if (!IsAsciiText(sText.data(), sText.size())) return false;
     if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
     oNode.SetType(Node::String);
-    oNode.uWord2 = b.m_oHeap.AddText(sText);
+    oNode.uWord2 = m_oBase.m_oHeap.AddText(sText);
     oNode.uWord3 = static_cast<u2_t>(sText.size() + 1);
     return true;
 }
 
 // Closes the current element, whose end tag begins at p, behind blanks from pBlanks on.
-inline const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noexcept {
-    const Node& oNode = b.m_oNode(m_uNode);
+inline const char* XmlLoader::FastClose(const char* p, const char* pBlanks) noexcept {
+    const Node& oNode = m_oBase.m_oNode(m_uNode);
     // Blanks are the value of a node that has no other; the top element ends elsewhere.
     if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uDepth == 1) return nullptr;
-    const Hash_Text& oName = b.m_oName(oNode.uKey);
+    const Hash_Text& oName = m_oBase.m_oName(oNode.uKey);
     p += 2;
     if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return nullptr;
     if (p[oName.uLength] != '>' || IsSkipped(oName.View())) return nullptr;
@@ -76,19 +76,19 @@ inline const char* XmlLoader::ClosePlain(const char* p, const char* pBlanks) noe
 }
 
 // The key of the name at p, 0 for one that needs a second look.
-inline u2_t XmlLoader::PlainName(const char* p) {
+inline u2_t XmlLoader::FastName(const char* p) {
     const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - p);
     const auto oIsHere = [&](u2_t uGuess) {
-        const Hash_Text& oText = b.m_oName(uGuess);
+        const Hash_Text& oText = m_oBase.m_oName(uGuess);
         return uGuess != 0 && oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME);
     };
     u2_t uKey = m_oGuess.First();
-    if (!oIsHere(uKey) && !oIsHere(uKey = m_oGuess.Second())) return ScanPlainName(p);
+    if (!oIsHere(uKey) && !oIsHere(uKey = m_oGuess.Second())) return ScanName(p);
     m_oGuess.Confirm(uKey);
     return uKey;
 }
 
-u2_t XmlLoader::ScanPlainName(const char* p) {
+u2_t XmlLoader::ScanName(const char* p) {
     const char* pStop = p;
     while (pStop != m_pEnd && xml::Is(*pStop, xml::NAME) && static_cast<u0_t>(*pStop) < 0x80) {
         ++pStop;
@@ -97,107 +97,108 @@ u2_t XmlLoader::ScanPlainName(const char* p) {
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || xml::HasEscapes(sName)) return 0;
     if (IsSkipped(sName)) return 0;
-    const u2_t uKey = b.m_oName.Insert(sName);
-    m_oGuess.Note(uKey, true, b.m_oName.Size());
+    const u2_t uKey = m_oBase.m_oName.Insert(sName);
+    m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
     return uKey;
 }
 
 // What stands behind "<name>": the text of the element and its end tag, or another element in it.
 // p moves to the "<" that ends it.
-inline XmlLoader::Plain XmlLoader::PlainContent(const char*& p, const Hash_Text& oName,
-                                                Node& oNode) {
+inline XmlLoader::Content XmlLoader::FastContent(const char*& p, const Hash_Text& oName,
+                                                 Node& oNode) {
     const char* pText = p;
     while (p != m_pEnd && *p != '<') ++p;
-    if (m_pEnd - p < ROOM) return Plain::Other;
+    if (m_pEnd - p < ROOM) return Content::Other;
     const std::string_view sText = Between(pText, p);
     if (p[1] != '/') {
-        return IsMarkup(p[1]) || !xml::IsBlank(sText) ? Plain::Other : Plain::Opens;
+        return IsMarkup(p[1]) || !xml::IsBlank(sText) ? Content::Other : Content::Opens;
     }
-    if (!EndsHere(oName, p, m_pEnd)) return Plain::Other;
-    if (sText.empty()) return Plain::Ends;
-    if (sText.find('&') != std::string_view::npos) return Plain::Other;
-    return AddPlainText(oNode, sText) ? Plain::Ends : Plain::Other;
+    if (!EndsHere(oName, p, m_pEnd)) return Content::Other;
+    if (sText.empty()) return Content::Ends;
+    if (sText.find('&') != std::string_view::npos) return Content::Other;
+    return AddFastText(oNode, sText) ? Content::Ends : Content::Other;
 }
 
 // The same for a text in one CDATA section.
-inline XmlLoader::Plain XmlLoader::PlainCdata(const char*& p, const Hash_Text& oName, Node& oNode) {
-    if (!StartsWith(p, xml::CDATA)) return Plain::Other;
+inline XmlLoader::Content XmlLoader::FastCdata(const char*& p, const Hash_Text& oName,
+                                               Node& oNode) {
+    if (!StartsWith(p, xml::CDATA)) return Content::Other;
     const char* pText = p + xml::CDATA.size();
     const char* pStop = pText;
     do {
         const std::size_t uLeft = static_cast<std::size_t>(m_pEnd - pStop);
         pStop = static_cast<const char*>(std::memchr(pStop, ']', uLeft));
-        if (pStop == nullptr || m_pEnd - pStop < ROOM) return Plain::Other;
+        if (pStop == nullptr || m_pEnd - pStop < ROOM) return Content::Other;
     } while (!StartsWith(pStop++, xml::CDATA_END));
     const std::string_view sText = Between(pText, pStop - 1);
     p = pStop - 1 + xml::CDATA_END.size();
-    return EndsHere(oName, p, m_pEnd) && AddPlainText(oNode, sText) ? Plain::Ends : Plain::Other;
+    return EndsHere(oName, p, m_pEnd) && AddFastText(oNode, sText) ? Content::Ends : Content::Other;
 }
 
 // The same for a value of one of the frequent types, from " dt:dt=" on.
-inline XmlLoader::Plain XmlLoader::PlainTyped(const char*& p, const Hash_Text& oName,
-                                              Node& oNode) const {
-    if (!StartsWith(p, TYPE_START)) return Plain::Other;
+inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& oName,
+                                               Node& oNode) const {
+    if (!StartsWith(p, TYPE_START)) return Content::Other;
     p += TYPE_START.size();
     if (StartsWith(p, INTEGER_TYPE)) {
         p += INTEGER_TYPE.size();
         oNode.SetType(Node::Integer);
-        if (!TakeInteger(p, oNode.uWord2)) return Plain::Other;
+        if (!TakeInteger(p, oNode.uWord2)) return Content::Other;
     } else if (StartsWith(p, DOUBLE_TYPE)) {
         p += DOUBLE_TYPE.size();
         oNode.SetType(Node::Double);
         double dValue;
         const auto oResult = std::from_chars(p, m_pEnd, dValue);
-        if (oResult.ec != std::errc() || oResult.ptr == p) return Plain::Other;
+        if (oResult.ec != std::errc() || oResult.ptr == p) return Content::Other;
         p = oResult.ptr;
         oNode.SetValue64(std::bit_cast<u3_t>(dValue));
     } else if (StartsWith(p, BOOLEAN_TYPE)) {
         p += BOOLEAN_TYPE.size();
         oNode.SetType(Node::Boolean);
         oNode.uWord2 = *p == '1';
-        if (*p != '1' && *p != '0') return Plain::Other;
+        if (*p != '1' && *p != '0') return Content::Other;
         ++p;
     } else {
-        return Plain::Other;
+        return Content::Other;
     }
-    return EndsHere(oName, p, m_pEnd) ? Plain::Ends : Plain::Other;
+    return EndsHere(oName, p, m_pEnd) ? Content::Ends : Content::Other;
 }
 
 // m_p stays in front of what is not taken. Limits are looked at before anything is made.
-void XmlLoader::ReadPlainElements() {
+void XmlLoader::ReadFastElements() {
     if (m_bText) return;
     for (const char* p = m_p;; m_p = p) {
         const char* const pBlanks = p;
         while (m_pEnd - p >= ROOM && xml::Is(*p, xml::BLANK)) ++p;
         if (m_pEnd - p < ROOM || *p != '<') return;
         if (p[1] == '/') {
-            p = ClosePlain(p, pBlanks);
+            p = FastClose(p, pBlanks);
             if (p == nullptr) return;
             continue;
         }
-        const Node::Type eParent = b.m_oNode(m_uNode).GetType();
+        const Node::Type eParent = m_oBase.m_oNode(m_uNode).GetType();
         if (eParent != Node::Tree && eParent != Node::Empty) return;
-        if (b.m_oNode.Size() >= m_uMostNodes || m_uDepth >= m_oLimits.m_uDepth) return;
+        if (m_oBase.m_oNode.Size() >= m_uMostNodes || m_uDepth >= m_oLimits.m_uDepth) return;
 
-        const u2_t uKey = PlainName(++p);
+        const u2_t uKey = FastName(++p);
         if (uKey == 0) return;
-        const Hash_Text& oName = b.m_oName(uKey);
+        const Hash_Text& oName = m_oBase.m_oName(uKey);
         p += oName.uLength;
         if (m_pEnd - p < ROOM) return;
 
         Node oNode{uKey, (m_uNode + 1) << 4, 0, 0};
-        Plain ePlain;
+        Content eContent;
         if (*p != '>') {
-            ePlain = PlainTyped(p, oName, oNode);
+            eContent = FastTyped(p, oName, oNode);
         } else if (++p; *p == '<' && p[1] == '!') {
-            ePlain = PlainCdata(p, oName, oNode);
+            eContent = FastCdata(p, oName, oNode);
         } else {
-            ePlain = PlainContent(p, oName, oNode);
+            eContent = FastContent(p, oName, oNode);
         }
-        if (ePlain == Plain::Other) return;
-        const u2_t uId = b.Append(m_uNode, uKey, oNode.GetType(), oNode.Value64());
+        if (eContent == Content::Other) return;
+        const u2_t uId = m_oBase.Append(m_uNode, uKey, oNode.GetType(), oNode.Value64());
         ++m_uElements;
-        if (ePlain == Plain::Opens) {
+        if (eContent == Content::Opens) {
             m_uNode = uId;
             ++m_uDepth;
         } else {
