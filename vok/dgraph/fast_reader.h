@@ -1,12 +1,13 @@
 // The loop that most records are read by. Internal: reader.cpp includes it, so that a
 // compiler may put the loop where it is called.
-#ifndef VOK_DGRAPH_PLAIN_READER_H
-#define VOK_DGRAPH_PLAIN_READER_H
+#ifndef VOK_DGRAPH_FAST_READER_H
+#define VOK_DGRAPH_FAST_READER_H
 
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 
+#include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/data/escape.h"
 #include "vok/dgraph/reader.h"
@@ -20,18 +21,213 @@ inline constexpr std::array<bool, 256> VERBATIM = [] {
     return abVerbatim;
 }();
 
-// Whether the name stands at p and "[" behind it; uSize bytes can be read at p.
-[[nodiscard]] inline bool IsNameAt(const Hash_Text& oName, const char* p,
-                                   std::size_t uSize) noexcept {
-    return oName.StandsAt(p, uSize) && p[oName.uLength] == '[';
-}
+// The reader's state in locals, while records are like most records are. What is appended and
+// consumed counts for the reader and the tree only after Sync: loops and stores of bytes would
+// otherwise have every field of theirs read and written again for every record.
+//
+// m_p is the next record. The level is the reader's last one, its successors came in the order of
+// names and stand in a group that is in order; m_pId is where the next one goes, m_uNode its id.
+template <class Source>
+class Reader<Source>::Fast {
+  public:
+    [[gnu::always_inline]] explicit Fast(Reader& oReader) noexcept
+        : r(oReader),
+          m_oBase(oReader.m_oBase),
+          m_p(oReader.m_oSource.Peek()),
+          m_pEnd(m_p + oReader.m_oSource.AtHand()) {}
+    [[gnu::always_inline]] ~Fast() {
+        if (m_bAhead) Sync();
+    }
+    Fast(const Fast&) = delete;
+    Fast& operator=(const Fast&) = delete;
+
+    // Reads up to the first record that is not for it.
+    [[gnu::always_inline]] void Run() {
+        while (LoadLevel() && ReadLevel()) {
+        }
+    }
+
+  private:
+    static constexpr std::size_t LENGTH = 4;
+    static constexpr std::size_t LARGEST_VALUE = 8;
+
+    // A record taken apart: its name and index, its type code, where its value begins.
+    struct Record {
+        u2_t uKey;
+        u2_t uIndex;
+        Code eCode;
+        const char* pValue;
+    };
+
+    // Takes the state of the reader's last level; false when there is nothing to read in it, or
+    // not by this loop.
+    [[gnu::always_inline]] bool LoadLevel() noexcept {
+        m_bAhead = false;
+        const Level& oLevel = r.Top();
+        const Data_Node& oParent = m_oBase.m_oNode(oLevel.uParent);
+        if (oLevel.uPending == 0 || !oLevel.bInOrder || !m_oBase.CanPlace(oLevel.uParent)) {
+            return false;
+        }
+        m_uParent = oLevel.uParent;
+        m_uPending = oLevel.uPending;
+        m_uRunKey = oLevel.uRunKey;
+        m_uRunCount = static_cast<u2_t>(oLevel.iRunCount);
+        m_pNodes = m_oBase.m_oNode.Beg();
+        m_uNode = static_cast<u2_t>(m_oBase.m_oNode.Size());
+        m_uMostNodes = static_cast<u2_t>(
+            std::min<u3_t>({m_oBase.m_oNode.Capacity(), r.m_uMostNodes, u3_t{0x7FFFFFFF}}));
+        m_pFirst = m_oBase.m_oGroup.Ids(oParent.Start());
+        m_pId = m_pFirst + oParent.Size();
+        m_pLast = m_pFirst + m_oBase.m_oGroup.Room(oParent.Start());
+        m_bAhead = true;
+        return true;
+    }
+    // Gives the reader and the tree the state.
+    [[gnu::always_inline]] void Sync() noexcept {
+        Level& oLevel = r.Top();
+        oLevel.uPending = m_uPending;
+        oLevel.uRunKey = m_uRunKey;
+        oLevel.iRunCount = static_cast<i2_t>(m_uRunCount);
+        m_oBase.m_oNode.SetSize(m_uNode);
+        m_oBase.m_uIndexed = m_uNode;
+        Data_Node& oParent = m_pNodes[m_uParent];
+        oParent.uWord3 = static_cast<u2_t>(m_pId - m_pFirst);
+        m_oBase.m_oGroup.SetPlaced(oParent.Start(), oParent.uWord3);
+        r.m_oSource.Skip(static_cast<std::size_t>(m_p - r.m_oSource.Peek()));
+        r.m_uNode = m_uNode - 1;
+    }
+
+    // Reads records until another level is the last one; false in front of a record that is not
+    // for this loop.
+    [[gnu::always_inline]] bool ReadLevel() {
+        do {
+            Record o;
+            if (!ReadHead(o)) return false;
+            if (o.eCode == CODE_NONE) {
+                const i2_t iCount = Load<i2_t>(o.pValue);
+                if (iCount <= 0) return false;
+                Append(o, Data_Node::Empty, 0);
+                m_p = o.pValue + 4;
+                HandOver();
+                r.OpenLevel(iCount);
+                return true;
+            }
+            ReadValue(o);
+        } while (m_uPending != 0);
+        HandOver();
+        r.CloseLevels();
+        return true;
+    }
+    // The rest is the reader's: nothing that it does is undone by Sync.
+    [[gnu::always_inline]] void HandOver() noexcept {
+        Sync();
+        m_bAhead = false;
+    }
+
+    // An expected name, no attributes, the next index of its run, in the order of names, and room
+    // for it.
+    [[gnu::always_inline]] bool ReadHead(Record& o) {
+        const auto uAtHand = static_cast<std::size_t>(m_pEnd - m_p);
+        if (uAtHand < LENGTH) return false;
+        const std::size_t uStep = Load<u2_t>(m_p);
+        const char* const pStep = m_p + LENGTH;
+        const std::size_t uSeen = uAtHand - LENGTH;
+        if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > r.m_oLimits.m_uTextBytes) return false;
+        o.uKey = r.GuessName(pStep, uSeen);
+        if (o.uKey != 0) {
+            r.m_oGuess.Confirm(o.uKey);
+        } else {
+            o.uKey = r.ScanName(pStep, uStep);
+            if (o.uKey == 0) return false;
+        }
+        const std::size_t uName = r.FormOf(o.uKey).uLength;
+        const bool bSameRun = o.uKey == m_uRunKey;
+        const u2_t uIndex = bSameRun ? m_uRunCount : 0;
+        if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
+        if (!bSameRun && m_uRunKey != NO_NAME && m_oBase.m_oName.IsLess(o.uKey, m_uRunKey)) {
+            return false;
+        }
+        if (m_uNode >= m_uMostNodes || m_pId == m_pLast) return false;
+        o.uIndex = uIndex;
+        o.eCode = static_cast<Code>(pStep[uStep]);
+        o.pValue = pStep + uStep + 1;
+        return true;
+    }
+
+    [[gnu::always_inline]] void ReadValue(const Record& o) {
+        const char* const p = o.pValue;
+        switch (o.eCode) {
+            case CODE_INTEGER: return Take(o, Data_Node::Integer, Load<u2_t>(p), 4);
+            case CODE_DOUBLE: return Take(o, Data_Node::Double, Load<u3_t>(p), 8);
+            case CODE_LONG: return Take(o, Data_Node::Long, Load<u3_t>(p), 8);
+            case CODE_BOOLEAN: return Take(o, Data_Node::Boolean, *p != 0, 1);
+            case CODE_STRING: {
+                const std::size_t uText = Load<u2_t>(p);
+                const char* const pText = p + LENGTH;
+                if (uText - 1 < static_cast<std::size_t>(m_pEnd - pText) &&
+                    uText <= r.m_oLimits.m_uTextBytes && pText[uText - 1] == 0) {
+                    const u2_t uAt = m_oBase.m_oHeap.TryAddText({pText, uText - 1});
+                    if (uAt != 0) {
+                        return Take(o, Data_Node::String, u3_t{uText} << 32 | uAt, LENGTH + uText);
+                    }
+                }
+                break;
+            }
+            default: break;
+        }
+        // Any other value is for the reader, whose node is there already.
+        Append(o, Data_Node::Empty, 0);
+        m_p = p;
+        HandOver();
+        r.ReadValue(o.eCode);
+        m_p = r.m_oSource.Peek();
+        m_bAhead = true;
+    }
+
+    [[gnu::always_inline]] void Take(const Record& o, Data_Node::Type eType, u3_t uValue,
+                                     std::size_t uBytes) noexcept {
+        Append(o, eType, uValue);
+        m_p = o.pValue + uBytes;
+    }
+    [[gnu::always_inline]] void Append(const Record& o, Data_Node::Type eType,
+                                       u3_t uValue) noexcept {
+        Data_Node& oNode = m_pNodes[m_uNode];
+        oNode.uKey = o.uKey;
+        oNode.uFlags = (m_uParent + 1) << 4 | eType;
+        oNode.SetValue64(uValue);
+        *m_pId++ = m_uNode++;
+        m_uRunKey = o.uKey;
+        m_uRunCount = o.uIndex + 1;
+        --m_uPending;
+    }
+
+    Reader& r;
+    Data_Base& m_oBase;
+    const char* m_p;
+    const char* const m_pEnd;
+    bool m_bAhead = false;  // of what the reader and the tree know
+    u2_t m_uParent;
+    u2_t m_uPending;
+    u2_t m_uRunKey;
+    u2_t m_uRunCount;
+    Data_Node* m_pNodes;
+    u2_t m_uNode;
+    u2_t m_uMostNodes;
+    u2_t* m_pFirst;
+    u2_t* m_pId;
+    u2_t* m_pLast;
+};
 
 template <class Source>
 inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) const noexcept {
+    const auto oStandsAt = [&](u2_t uKey) {
+        const Hash_Text& oForm = FormOf(uKey);
+        return oForm.StandsAt(p, uSize) && p[oForm.uLength] == '[';
+    };
     const u2_t uFirst = m_oGuess.First();
-    if (uFirst != 0 && IsNameAt(m_oBase.m_oName(uFirst), p, uSize)) return uFirst;
+    if (uFirst != 0 && oStandsAt(uFirst)) return uFirst;
     const u2_t uSecond = m_oGuess.Second();
-    return uSecond != 0 && IsNameAt(m_oBase.m_oName(uSecond), p, uSize) ? uSecond : 0;
+    return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
 }
 
 template <class Source>
@@ -49,92 +245,35 @@ inline bool Reader<Source>::IsIndex(const char* p, std::size_t uSize, u2_t uInde
     if (uIndex < 10) [[likely]] {
         return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
     }
-    if (uSize < 3 || uSize > 11 || p[uSize - 1] != ']') return false;
-    while (--uSize > 0) {
-        if (static_cast<u2_t>(p[uSize - 1] - '0') != uIndex % 10) return false;
-        uIndex /= 10;
-    }
-    return uIndex == 0;
+    constexpr u3_t ZEROS = 0x3030303030303030u;
+    const std::size_t uDigits = uSize - 1;
+    if (uDigits - 2 > 6) return IsLongIndex(p, uSize, uIndex);
+    // Eight digits, the first ones zeros, as numbers of one digit, of two, of four, of eight. A
+    // name and a length stand in front of p, so that there is something to read.
+    const unsigned uOther = 64 - 8 * static_cast<unsigned>(uDigits);
+    u3_t uText = Load<u3_t>(p + uDigits - 8) >> uOther << uOther;
+    uText |= ((u3_t{1} << uOther) - 1) & ZEROS;
+    const u3_t uDigit = uText ^ ZEROS;
+    if (((uDigit | (uDigit + 0x0606060606060606u)) & 0xF0F0F0F0F0F0F0F0u) != 0) return false;
+    u3_t uValue = uDigit * (10 * 0x100 + 1) >> 8 & 0x00FF00FF00FF00FFu;
+    uValue = uValue * (100 * 0x10000 + 1) >> 16 & 0x0000FFFF0000FFFFu;
+    uValue = uValue * (10000 * 0x100000000u + 1) >> 32;
+    return uValue == uIndex && p[0] != '0' && p[uDigits] == ']';
+}
+
+template <class Source>
+bool Reader<Source>::IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
+    char sIndex[32];
+    const std::size_t uDigits = FormatInteger(uIndex, sIndex);
+    sIndex[uDigits] = ']';
+    return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
 }
 
 template <class Source>
 void Reader<Source>::ReadFastRecords() {
-    constexpr std::size_t LENGTH = 4;
-    constexpr std::size_t LARGEST_VALUE = 8;
-    while (Top().uPending != 0) {
-        Level& oLevel = Top();
-        const char* p = m_oSource.Peek();
-        const std::size_t uAtHand = m_oSource.AtHand();
-        if (uAtHand < LENGTH) return;
-        const std::size_t uStep = Load<u2_t>(p);
-        p += LENGTH;
-        if (uAtHand < LENGTH + uStep + 1 + LARGEST_VALUE) return;
-        if (uStep > m_oLimits.m_uTextBytes) return;
-        u2_t uKey = GuessName(p, uAtHand - LENGTH);
-        if (uKey != 0) {
-            m_oGuess.Confirm(uKey);
-        } else {
-            uKey = ScanName(p, uStep);
-            if (uKey == 0) return;
-        }
-
-        // The index is the one that the run has reached.
-        const std::size_t uName = m_oBase.m_oName(uKey).uLength;
-        const bool bSameRun = uKey == oLevel.uRunKey;
-        const u2_t uIndex = bSameRun ? static_cast<u2_t>(oLevel.iRunCount) : 0;
-        if (!IsIndex(p + uName + 1, uStep - uName - 1, uIndex)) return;
-        if (!oLevel.bInOrder || (!bSameRun && IsBehind(oLevel, uKey))) return;
-        if (m_oBase.m_oNode.Size() >= m_uMostNodes || !m_oBase.CanPlace(oLevel.uParent)) return;
-
-        p += uStep;
-        const Code eCode = static_cast<Code>(*p++);
-        Data_Node oNode{uKey, (oLevel.uParent + 1) << 4, 0, 0};
-        std::size_t uValue = 4;
-        switch (eCode) {
-            case CODE_NONE:
-                if (Load<i2_t>(p) <= 0) return;
-                break;
-            case CODE_INTEGER:
-                oNode.SetType(Data_Node::Integer);
-                oNode.uWord2 = Load<u2_t>(p);
-                break;
-            case CODE_DOUBLE:
-                oNode.SetType(Data_Node::Double);
-                oNode.SetValue64(Load<u3_t>(p));
-                uValue = 8;
-                break;
-            case CODE_BOOLEAN:
-                oNode.SetType(Data_Node::Boolean);
-                oNode.uWord2 = *p != 0;
-                uValue = 1;
-                break;
-            case CODE_STRING: {
-                const std::size_t uText = Load<u2_t>(p);
-                const std::size_t uLeft = uAtHand - LENGTH - uStep - 1 - LENGTH;
-                if (uText == 0 || uText > uLeft || uText > m_oLimits.m_uTextBytes) return;
-                const char* pText = p + LENGTH;
-                if (pText[uText - 1] != 0 || !IsAsciiText(pText, uText - 1)) return;
-                oNode.SetType(Data_Node::String);
-                oNode.uWord2 = m_oBase.m_oHeap.AddText({pText, uText - 1});
-                oNode.uWord3 = static_cast<u2_t>(uText);
-                uValue = LENGTH + uText;
-                break;
-            }
-            default: return;
-        }
-        m_uNode = m_oBase.AppendLast(oLevel.uParent, oNode);
-        oLevel.uRunKey = uKey;
-        oLevel.iRunCount = static_cast<i2_t>(uIndex + 1);
-        --oLevel.uPending;
-        m_oSource.Skip(LENGTH + uStep + 1 + uValue);
-        if (eCode == CODE_NONE) {
-            OpenLevel(Load<i2_t>(p));
-        } else {
-            CloseLevels();
-        }
-    }
+    Fast(*this).Run();
 }
 
 }  // namespace vok::dgraph
 
-#endif  // VOK_DGRAPH_PLAIN_READER_H
+#endif  // VOK_DGRAPH_FAST_READER_H

@@ -104,6 +104,7 @@ class Reader {
     // Stops in front of the first other one, which is for ReadRecord. This loop is what
     // loading a document costs.
     void ReadFastRecords();
+    class Fast;
 
     // The key of the name at p if it is one of those expected, else 0.
     [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize) const noexcept;
@@ -111,8 +112,14 @@ class Reader {
     // The key of a name that documents carry as it stands and that "[" ends, else 0.
     [[nodiscard]] u2_t ScanName(const char* p, std::size_t uStep);
 
+    // How a name stands in documents.
+    [[nodiscard]] const Hash_Text& FormOf(u2_t uKey) const noexcept {
+        return m_oBase.m_oName(uKey);
+    }
+
     // Whether the rest of a step text is this index in decimal and its bracket.
     [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
+    [[nodiscard]] static bool IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
 
     // Whether a name belongs before that of the last record.
     [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {
