@@ -16,13 +16,13 @@ set(ZLIB_USE_STATIC_LIBS ON)
 # rest of /usr/include belongs to another system.
 set(headers ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${headers}/include ${headers}/share/cmake)
-foreach(name CLI rapidjson tsl xxhash.h)
+foreach(name CLI rapidjson xxhash.h)
   if(EXISTS /usr/include/${name})
     file(CREATE_LINK /usr/include/${name} ${headers}/include/${name} SYMBOLIC)
   endif()
 endforeach()
 # Copied, since they find their headers by their own place.
-file(GLOB packages /usr/share/cmake/CLI11 /usr/share/cmake/tsl-robin-map)
+file(GLOB packages /usr/share/cmake/CLI11)
 file(COPY ${packages} DESTINATION ${headers}/share/cmake)
 
 set(CMAKE_FIND_ROOT_PATH /usr/${prefix} ${headers})

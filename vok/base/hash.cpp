@@ -22,10 +22,6 @@ constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 // 2^64 over the golden ratio: multiplying by it spreads what differs (Knuth, volume 3, 6.4).
 constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
 
-[[nodiscard]] u2_t HashOf(std::string_view sText, u3_t uSeed) noexcept {
-    return static_cast<u2_t>(XXH3_64bits_withSeed(sText.data(), sText.size(), uSeed));
-}
-
 // Names come from outside: without a seed of its own every table could be made to search
 // through all of them by names that collide. Nothing else depends on it.
 [[nodiscard]] u3_t MakeSeed(const void* pTable) noexcept {
@@ -50,12 +46,15 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
     return uPrefix;
 }
 
-// Of the index: a key, its hash, and how far it is from its place.
-constexpr std::size_t BUCKET = 12;
+[[nodiscard]] Hash_Text TakeApart(std::string_view sText) noexcept {
+    const std::size_t uSize = sText.size();
+    const u2_t uSuffix = uSize > 8 ? BigEndianAt<u2_t>(sText.data() + uSize - 4) : 0;
+    return {sText.data(), PrefixOf(sText), static_cast<u2_t>(uSize), uSuffix};
+}
+
+constexpr std::size_t LONGEST = 0xFFFFFFFE;
 
 }  // namespace
-
-Hash::Hash() noexcept : m_oIndex(0, Hasher{this}, Equal{this}) {}
 
 void Hash::Start() {
     static constexpr char NOTHING[SLACK] = {};
@@ -68,107 +67,102 @@ Hash::~Hash() {
     while (m_pBlock != nullptr) Mem::Free(std::exchange(m_pBlock, m_pBlock->pBefore));
 }
 
-// Where the search among few texts begins: the length, the first and the last eight bytes tell
-// most names apart. All of them reach the top bits of the product.
-u2_t Hash::SlotOf(std::string_view sText, u3_t uPrefix) noexcept {
-    const std::size_t uSize = sText.size();
-    u3_t uMixed = uPrefix ^ uSize;
-    if (uSize > 8) uMixed ^= std::rotl(BigEndianAt<u3_t>(sText.data() + uSize - 8), 29);
-    return static_cast<u2_t>(uMixed * FACTOR >> (64 - SLOT_BITS));
-}
+// ---- searching --------------------------------------------------------------
 
-// At most half of the slots are taken: every search ends.
-u2_t Hash::FindFew(const Probe& oProbe) const noexcept {
-    for (u2_t uSlot = oProbe.uHash;; ++uSlot) {
-        const u2_t uKey = m_auSlot[uSlot % SLOTS];
-        if (uKey == 0) return NONE;
-        if (IsText(uKey, oProbe)) return uKey;
+// The slot of a text among few, or the free one that is for it: at most half of them are taken.
+// The length, the first and the last bytes tell most names apart, and all of them reach the top
+// bits of the product.
+std::size_t Hash::FewSlotOf(const Hash_Text& oText) const noexcept {
+    const u3_t uMixed = (oText.uPrefix ^ u3_t{oText.uSuffix} << 29 ^ oText.uLength) * FACTOR;
+    for (std::size_t uSlot = uMixed >> (64 - FEW_BITS);; ++uSlot) {
+        const u2_t uKey = m_auFew[uSlot % FEW_SLOTS];
+        if (uKey == 0 || m_oText(uKey).IsEqual(oText)) return uSlot % FEW_SLOTS;
     }
 }
 
-u2_t Hash::Find(const Probe& oProbe) const noexcept {
-    if (m_oIndex.empty()) return FindFew(oProbe);
-    const auto oFound = m_oIndex.find(oProbe, oProbe.uHash);
-    return oFound != m_oIndex.end() ? *oFound : NONE;
+// The same in the index, of which a quarter is free.
+std::size_t Hash::SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept {
+    const std::size_t uMask = m_oIndex.Size() - 1;
+    for (std::size_t u = uHash & uMask;; u = (u + 1) & uMask) {
+        const Slot& oSlot = m_oIndex(u);
+        if (oSlot.uKey == 0) return u;
+        if (oSlot.uHash == uHash && m_oText(oSlot.uKey).IsEqual(oText)) return u;
+    }
 }
 
-Hash::Probe Hash::MakeProbe(std::string_view sText) const noexcept {
-    const u3_t uPrefix = PrefixOf(sText);
-    return {sText, uPrefix, m_oIndex.empty() ? SlotOf(sText, uPrefix) : HashOf(sText, m_uSeed)};
+u2_t Hash::HashOf(const Hash_Text& oText) const noexcept {
+    return static_cast<u2_t>(XXH3_64bits_withSeed(oText.sText, oText.uLength, m_uSeed));
 }
 
 u2_t Hash::Find(std::string_view sText) const noexcept {
-    return sText.empty() ? 0 : Find(MakeProbe(sText));
+    if (sText.empty()) return 0;
+    if (sText.size() > LONGEST) return NONE;
+    const Hash_Text oText = TakeApart(sText);
+    const u2_t uKey = m_oIndex.Size() == 0 ? m_auFew[FewSlotOf(oText)]
+                                           : m_oIndex(SlotOf(oText, HashOf(oText))).uKey;
+    return uKey != 0 ? uKey : NONE;
 }
+
+// ---- adding -----------------------------------------------------------------
 
 u2_t Hash::Insert(std::string_view sText) {
     if (sText.empty()) return 0;
+    if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
     Start();
-    if (m_oText.Size() > FEW && m_oIndex.empty()) MakeIndex();
-    const Probe oProbe = MakeProbe(sText);
-    const u2_t uFound = Find(oProbe);
-    if (uFound != NONE) return uFound;
-    if (sText.size() >= 0xFFFFFFFFu) Msg::UnexpectedIntegerValue();
-    const u2_t uKey = static_cast<u2_t>(m_oText.Size());
-    const u2_t uLength = static_cast<u2_t>(sText.size());
-    m_oText.Add(Hash_Text{StoreText(sText), oProbe.uPrefix, uLength, oProbe.uHash});
-    if (m_oIndex.empty()) {
-        AddFew(uKey, oProbe.uHash);
+    const Hash_Text oText = TakeApart(sText);
+    if (m_oText.Size() <= FEW) {
+        u0_t& uKey = m_auFew[FewSlotOf(oText)];
+        if (uKey == 0) uKey = static_cast<u0_t>(Append(oText));
+        return uKey;
+    }
+    if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
+    const u2_t uHash = HashOf(oText);
+    Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
+    if (oSlot.uKey == 0) oSlot = {uHash, Append(oText)};
+    return oSlot.uKey;
+}
+
+// Nothing is changed if memory runs out.
+void Hash::GrowIndex() {
+    Arr<Slot> oIndex;
+    oIndex.Resize(std::max(FIRST_INDEX, 2 * m_oIndex.Size()));
+    const std::size_t uMask = oIndex.Size() - 1;
+    const auto oPlace = [&](const Slot& oSlot) {
+        std::size_t u = oSlot.uHash & uMask;
+        while (oIndex(u).uKey != 0) u = (u + 1) & uMask;
+        oIndex(u) = oSlot;
+    };
+    if (m_oIndex.Size() == 0) {
+        m_uSeed = MakeSeed(this);
+        for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) oPlace({HashOf(m_oText(uKey)), uKey});
     } else {
-        try {
-            m_oIndex.insert(uKey);
-        } catch (...) {
-            m_oText.Truncate(uKey);
-            throw;
+        for (const Slot& oSlot : m_oIndex) {
+            if (oSlot.uKey != 0) oPlace(oSlot);
         }
     }
+    m_oIndex.Swap(oIndex);
+}
+
+u2_t Hash::Append(const Hash_Text& oText) {
+    const u2_t uKey = static_cast<u2_t>(m_oText.Size());
+    m_oText.ReserveMore(1);
+    Hash_Text oOwn = oText;
+    oOwn.sText = StoreText(oText.View());
+    m_oText.Add(oOwn);
     return uKey;
 }
 
-void Hash::AddFew(u2_t uKey, u2_t uSlot) noexcept {
-    while (m_auSlot[uSlot % SLOTS] != 0) ++uSlot;
-    m_auSlot[uSlot % SLOTS] = static_cast<u0_t>(uKey);
-}
-
-// Either all texts are in the index or none.
-void Hash::MakeIndex() {
-    m_uSeed = MakeSeed(this);
-    m_oIndex.reserve(2 * m_oText.Size());
-    for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
-        Hash_Text& oText = m_oText(uKey);
-        oText.uHash = HashOf(oText.View(), m_uSeed);
-        m_oIndex.insert(uKey);
-    }
-}
-
-void Hash::SwapTexts(Hash& oHash) noexcept {
+void Hash::Swap(Hash& oHash) noexcept {
     m_oText.Swap(oHash.m_oText);
-    std::swap(m_auSlot, oHash.m_auSlot);
+    std::swap(m_auFew, oHash.m_auFew);
     std::swap(m_uSeed, oHash.m_uSeed);
+    m_oIndex.Swap(oHash.m_oIndex);
     std::swap(m_pBlock, oHash.m_pBlock);
     std::swap(m_uBlockUsed, oHash.m_uBlockUsed);
 }
 
-void Hash::Replace(Hash& oNew) {
-    SwapTexts(oNew);
-    // An index finds its texts through its table: it cannot be handed over, only made here.
-    Index oIndex(0, Hasher{this}, Equal{this});
-    try {
-        if (!oNew.m_oIndex.empty()) {
-            oIndex.reserve(m_oText.Size());
-            for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) oIndex.insert(uKey);
-        }
-    } catch (...) {
-        SwapTexts(oNew);
-        throw;
-    }
-    m_oIndex.swap(oIndex);
-}
-
 std::size_t Hash::HeapBytes() const noexcept {
-    // The index is one block.
-    std::size_t uBytes = m_oText.HeapBytes();
-    if (m_oIndex.bucket_count() != 0) uBytes += m_oIndex.bucket_count() * BUCKET + Mem::HEADER_SIZE;
+    std::size_t uBytes = m_oText.HeapBytes() + m_oIndex.HeapBytes();
     for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::HeapBytes(p);
     return uBytes;
 }
@@ -188,14 +182,12 @@ char* Hash::StoreText(std::string_view sText) {
     if (uHas - m_uBlockUsed < uSize) {
         const std::size_t uNext = std::max(uSize, std::clamp(2 * uHas, FIRST_BLOCK, LARGEST_BLOCK));
         const std::size_t uBytes = sizeof(Block) + uNext + SLACK;
-        void* pBlock = Mem::Create(uBytes);
-        std::memset(pBlock, 0, uBytes);
-        m_pBlock = new (pBlock) Block{m_pBlock, uNext};
+        m_pBlock = new (Mem::Create(uBytes)) Block{m_pBlock, uNext};
         m_uBlockUsed = 0;
     }
     char* pText = m_pBlock->Bytes() + m_uBlockUsed;
     CopyBytes(pText, sText.data(), sText.size());
-    pText[sText.size()] = 0;
+    std::memset(pText + sText.size(), 0, SLACK);
     m_uBlockUsed += uSize;
     return pText;
 }

@@ -5,13 +5,16 @@
 #include <memory>
 #include <string_view>
 
-#include <tsl/robin_set.h>
-
 #include "vok/base/arr.h"
 #include "vok/base/compare.h"
 #include "vok/base/hash_text.h"
 
 namespace vok {
+
+inline bool Hash_Text::IsEqual(const Hash_Text& o) const noexcept {
+    return uPrefix == o.uPrefix && uLength == o.uLength && uSuffix == o.uSuffix &&
+           (uLength <= 12 || IsTailEqual(sText, o.sText, uLength));
+}
 
 inline bool Hash_Text::StandsAt(const char* p, std::size_t uSize) const noexcept {
     if (uLength + std::size_t{8} > uSize || uLength == 0) return false;
@@ -22,7 +25,7 @@ inline bool Hash_Text::StandsAt(const char* p, std::size_t uSize) const noexcept
 
 // Texts of at most 2^32 - 1 bytes without a NUL. Keys are dense and start at 1; key 0 is
 // the empty text, which is always there. Lookup and insertion take constant time on average:
-// a few texts are found through a small table in place, more through an index of their own.
+// a few texts are found through a small table in place, more through an index.
 // Raises the allocation errors of Mem; the table is then unchanged.
 class Hash {
   public:
@@ -30,7 +33,7 @@ class Hash {
     // So many bytes may be read from any byte of a text on, its NUL included.
     static constexpr std::size_t SLACK = 16;
 
-    Hash() noexcept;
+    Hash() noexcept = default;
     Hash(const Hash&) = delete;
     Hash& operator=(const Hash&) = delete;
     ~Hash();
@@ -44,9 +47,8 @@ class Hash {
     // The key of a text, added if need be: a new one is the Size() of before.
     u2_t Insert(std::string_view sText);
 
-    // Takes the texts of oNew in place of its own, and gives these to it. Nothing is changed if
-    // memory runs out. oNew is fit to be destroyed only.
-    void Replace(Hash& oNew);
+    // Exchanges the texts, and their keys.
+    void Swap(Hash& oHash) noexcept;
 
     // Keys given, the empty text's included.
     [[nodiscard]] std::size_t Size() const noexcept {
@@ -75,60 +77,36 @@ class Hash {
     [[nodiscard]] std::size_t HeapBytes() const noexcept;
 
   private:
-    struct Probe {
-        std::string_view sText;
-        u3_t uPrefix;
+    // Where the search for a text in a large table leads to: the upper half of the hash tells most
+    // texts apart that share a slot.
+    struct Slot {
         u2_t uHash;
+        u2_t uKey;  // 0 is free
     };
-    struct Hasher {
-        const Hash* pHash;
-        std::size_t operator()(u2_t uKey) const noexcept { return pHash->m_oText(uKey).uHash; }
-        std::size_t operator()(const Probe& oProbe) const noexcept { return oProbe.uHash; }
-    };
-    struct Equal {
-        using is_transparent = void;
-        const Hash* pHash;
-        bool operator()(u2_t uA, u2_t uB) const noexcept { return uA == uB; }
-        bool operator()(const Probe& oProbe, u2_t uKey) const noexcept {
-            return pHash->IsText(uKey, oProbe);
-        }
-        bool operator()(u2_t uKey, const Probe& oProbe) const noexcept {
-            return pHash->IsText(uKey, oProbe);
-        }
-    };
-
-    [[nodiscard]] bool IsText(u2_t uKey, const Probe& oProbe) const noexcept {
-        const Hash_Text& oText = m_oText(uKey);
-        const std::size_t uSize = oProbe.sText.size();
-        return oText.uPrefix == oProbe.uPrefix && oText.uLength == uSize &&
-               (uSize <= 8 || IsTailEqual(oText.sText, oProbe.sText.data(), uSize));
-    }
     // Texts live in blocks, behind this header.
     struct Block {
         Block* pBefore;
         std::size_t uSize;  // bytes for texts
         [[nodiscard]] char* Bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
     };
-    using Index = tsl::robin_set<u2_t, Hasher, Equal, Mem::Std_Allocator<u2_t>, true>;
 
     [[nodiscard]] static bool IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept;
-    [[nodiscard]] Probe MakeProbe(std::string_view sText) const noexcept;
-    [[nodiscard]] static u2_t SlotOf(std::string_view sText, u3_t uPrefix) noexcept;
-    [[nodiscard]] u2_t FindFew(const Probe& oProbe) const noexcept;
-    void AddFew(u2_t uKey, u2_t uSlot) noexcept;
-    [[nodiscard]] u2_t Find(const Probe& oProbe) const noexcept;
-    void MakeIndex();
-    void SwapTexts(Hash& oHash) noexcept;
+    [[nodiscard]] std::size_t FewSlotOf(const Hash_Text& oText) const noexcept;
+    [[nodiscard]] std::size_t SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept;
+    [[nodiscard]] u2_t HashOf(const Hash_Text& oText) const noexcept;
+    void GrowIndex();
+    [[nodiscard]] u2_t Append(const Hash_Text& oText);
     [[nodiscard]] char* StoreText(std::string_view sText);
 
     static constexpr std::size_t FEW = 31;  // texts that do without an index
-    static constexpr unsigned SLOT_BITS = 6;
-    static constexpr std::size_t SLOTS = 1 << SLOT_BITS;
+    static constexpr unsigned FEW_BITS = 6;
+    static constexpr std::size_t FEW_SLOTS = 1 << FEW_BITS;
+    static constexpr std::size_t FIRST_INDEX = 128;
 
     Arr<Hash_Text> m_oText;
-    u0_t m_auSlot[SLOTS] = {};  // keys of few texts by hash, open addressing; 0 is free
+    u0_t m_auFew[FEW_SLOTS] = {};  // keys of few texts, open addressing; 0 is free
     u3_t m_uSeed = 0;
-    Index m_oIndex;             // empty as long as texts are few
+    Arr<Slot> m_oIndex;         // of more texts, likewise; a power of two, or empty
     Block* m_pBlock = nullptr;  // the last one
     std::size_t m_uBlockUsed = 0;
 };

@@ -12,32 +12,36 @@ class Hash_Guess {
   public:
     // The two keys to try, most likely first; 0 when there is nothing to try.
     [[nodiscard]] u2_t First() const noexcept {
-        return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast).uNext : 0;
+        return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast) & ~USABLE : 0;
     }
     [[nodiscard]] u2_t Second() const noexcept {
-        return m_uLast < m_oEntry.Size() && m_oEntry(m_uLast).bUsable ? m_uLast : 0;
+        return m_uLast < m_oEntry.Size() && (m_oEntry(m_uLast) & USABLE) != 0 ? m_uLast : 0;
     }
     // A guess was right.
     void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
     // Another name came; uKeys is the size of the table. Only usable ones are guessed.
     void Note(u2_t uKey, bool bUsable, std::size_t uKeys) {
-        if (m_oEntry.Size() < uKeys) {
-            if (m_oEntry.Capacity() == 0) m_oEntry.Reserve(FIRST_KEYS);
-            while (m_oEntry.Size() < uKeys) m_oEntry.Add(Entry{0, false});
-        }
-        m_oEntry(uKey).bUsable = bUsable;
-        if (uKey != m_uLast) m_oEntry(m_uLast).uNext = bUsable ? uKey : 0;
+        if (m_oEntry.Size() < uKeys) [[unlikely]]
+            Grow(uKeys);
+        u2_t& uLast = m_oEntry(m_uLast);
+        if (uKey != m_uLast) uLast = (uLast & USABLE) | (bUsable ? uKey : 0);
+        u2_t& uOwn = m_oEntry(uKey);
+        uOwn = (uOwn & ~USABLE) | (bUsable ? USABLE : 0);
         m_uLast = uKey;
     }
     [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oEntry.HeapBytes(); }
 
   private:
     static constexpr std::size_t FIRST_KEYS = 32;
-    struct Entry {
-        u2_t uNext;  // 0: nothing known
-        bool bUsable;
-    };
-    Arr<Entry> m_oEntry;  // by key
+    static constexpr u2_t USABLE = 0x80000000;
+
+    void Grow(std::size_t uKeys) {
+        if (m_oEntry.Capacity() == 0) m_oEntry.Reserve(FIRST_KEYS);
+        while (m_oEntry.Size() < uKeys) m_oEntry.Add(0);
+    }
+
+    // By key: what came behind it, 0 for nothing known, and whether it is usable itself.
+    Arr<u2_t> m_oEntry;
     u2_t m_uLast = 0;
 };
 

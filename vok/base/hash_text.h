@@ -11,14 +11,17 @@ namespace vok {
 
 // The prefix holds the first eight bytes, the first one on top and zeros behind the end: comparing
 // two prefixes as numbers compares the texts as bytes, and only texts that share all eight are
-// looked at any further.
+// looked at any further. The suffix holds the last four, of texts of more than eight bytes only:
+// up to twelve bytes two texts are compared without looking at their bytes.
 struct Hash_Text {
     const char* sText;  // NUL-terminated; stays where it is as long as the table lives
     u3_t uPrefix;
     u2_t uLength;  // bytes without the NUL
-    u2_t uHash;    // set once the table has an index
+    u2_t uSuffix;
 
     [[nodiscard]] std::string_view View() const noexcept { return {sText, uLength}; }
+    // Whether it is equal to a text that was taken apart in the same way.
+    [[nodiscard]] bool IsEqual(const Hash_Text& o) const noexcept;
     // Whether the text stands at p, where uSize bytes can be read. False also where the eight
     // bytes behind it cannot be read: they are not looked at one by one.
     [[nodiscard]] bool StandsAt(const char* p, std::size_t uSize) const noexcept;

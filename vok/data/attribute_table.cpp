@@ -274,7 +274,7 @@ void Data_Attributes::Rewrite::Copy(std::size_t uNodes, const Data_TextRanges& o
 }
 
 void Data_Attributes::Rewrite::Commit() {
-    if (m_bDrop) m_oTable.m_oName.Replace(m_oName);
+    if (m_bDrop) m_oTable.m_oName.Swap(m_oName);
     // The arrays only get shorter: nothing here needs memory any more.
     for (std::size_t uName = 0; uName < m_oBegin.Size(); ++uName) {
         Arr<Data_Att>& oAtt = m_oTable.m_oArray(uName)->oAtt;

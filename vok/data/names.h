@@ -31,9 +31,9 @@ class Data_Names : public Hash {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;
     }
 
-    // Takes the names of oNew in place of its own. Nothing is changed if memory runs out.
-    void Renew(Hash& oNew) {
-        Replace(oNew);
+    // Takes the names of oNew in place of its own.
+    void Renew(Hash& oNew) noexcept {
+        Swap(oNew);
         m_oGuess = Hash_Guess();
     }
 

@@ -232,9 +232,15 @@ inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) const no
 
 template <class Source>
 inline u2_t Reader<Source>::ScanName(const char* p, std::size_t uStep) {
-    std::size_t uName = 0;
-    while (uName < uStep && VERBATIM[static_cast<u0_t>(p[uName])]) ++uName;
-    if (uName == 0 || uName == uStep || p[uName] != '[') return 0;
+    std::size_t uName = uStep > 3 && p[uStep - 3] == '[' ? uStep - 3 : 0;
+    if (uName == 0) {
+        const void* pBracket = std::memchr(p, '[', uStep);
+        if (pBracket == nullptr || pBracket == p) return 0;
+        uName = static_cast<std::size_t>(static_cast<const char*>(pBracket) - p);
+    }
+    bool bVerbatim = true;
+    for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
+    if (!bVerbatim) return 0;
     const u2_t uKey = m_oBase.m_oName.Insert({p, uName});
     m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
     return uKey;
