@@ -58,6 +58,7 @@ void TimeOnce(benchmark::State& oState, std::size_t uNodes, const Make& oMake, c
 //     explicit Contender(const Set&);      builds the tree
 //     void Write(); size_t Size() const;   writes it to memory of its own, replacing the last
 //     void Read();                         reads that into a new tree of its own
+//     void ReadAgain();                    into the tree of the last one; may be left out
 //     uint64_t Walk(); uint64_t Lookup();  over the tree that was read, names included
 //     double HeapBytes();                  of the tree that was built
 template <class Contender>
@@ -113,6 +114,19 @@ void Register(const Set& oSet) {
         }
         Count(oState, dNodes, static_cast<double>(o.Size()));
     });
+    if constexpr (requires(Contender & o) { o.ReadAgain(); }) {
+        oAdd("read reused", [&oSet, dNodes](benchmark::State& oState) {
+            Contender o(oSet);
+            o.Write();
+            o.ReadAgain();
+            const Region oRegion;
+            for (auto _ : oState) {
+                o.ReadAgain();
+                benchmark::ClobberMemory();
+            }
+            Count(oState, dNodes, static_cast<double>(o.Size()));
+        });
+    }
     oAdd("walk", [&oSet, dNodes](benchmark::State& oState) {
         Contender o(oSet);
         o.Write();

@@ -50,8 +50,9 @@ class TableReporter : public benchmark::BenchmarkReporter {
     using Row = std::map<std::string, double>;  // what -> best figure
     using Table = std::map<std::string, Row>;   // contender -> row
 
-    static constexpr const char* COLUMNS[] = {"build",  "write", "write reused", "read", "walk",
-                                              "lookup", "load",  "save",         "heap"};
+    static constexpr const char* COLUMNS[] = {"build",       "write", "write reused", "read",
+                                              "read reused", "walk",  "lookup",       "load",
+                                              "save",        "heap"};
 
     static void Note(Row& oRow, const std::string& sWhat, double dValue) {
         const auto [oFound, bNew] = oRow.try_emplace(sWhat, dValue);
@@ -137,6 +138,7 @@ void PrintColumns(const bench::Set& oSet) {
         {"/vok/write", uNodes * bench::ThingsAtOnce(uNodes)},
         {"/vok/write reused", uNodes},
         {"/vok/read", uNodes},
+        {"/vok/read reused", uNodes},
         {"/vok/walk", uNodes},
         {"/vok/lookup", uQuestions},
         {"/vok-keys/lookup", uQuestions},

@@ -27,6 +27,12 @@ class Msgpack {
     [[nodiscard]] std::size_t Size() const { return m_oBuffer.size(); }
     void Read() { m_oRead = msgpack::unpack(m_oBuffer.data(), m_oBuffer.size()); }
 
+    // Into the zone of the last one.
+    void ReadAgain() {
+        m_oAgain.clear();
+        benchmark::DoNotOptimize(msgpack::unpack(m_oAgain, m_oBuffer.data(), m_oBuffer.size()));
+    }
+
     std::uint64_t Walk() { return Sum(m_oRead.get()); }
 
     std::uint64_t Lookup() {
@@ -143,6 +149,7 @@ class Msgpack {
     object m_oBuilt;
     msgpack::sbuffer m_oBuffer;
     msgpack::object_handle m_oRead;
+    msgpack::zone m_oAgain;
 };
 
 }  // namespace

@@ -42,6 +42,11 @@ class Vok {
     }
     [[nodiscard]] std::size_t Size() const { return m_oBuffer.Size(); }
     void Read() {
+        m_oRead.Clear();
+        ReadAgain();
+    }
+    // Into the tree that the last document was read into.
+    void ReadAgain() {
         vok::File_Buf oIn(m_oBuffer.Data(), m_oBuffer.Size());
         vok::Dgraph_LoadDGraph(m_oRead, oIn);
         if constexpr (BY_KEY) {

@@ -71,7 +71,6 @@ Node Document::LoadFromBuffer(std::span<const Byte> bytes) {
     vok::Load_Report report;
     Guarded(READ_FAILED, report, [&] {
         vok::File_Buf buffer(bytes.data(), bytes.size());
-        data.Clear();
         vok::Dgraph_LoadDGraph(data, buffer, {}, &report);
         data.SetToRoot();
         StampVersion(data);

@@ -141,6 +141,12 @@ class Arr {
     void Trim() {
         if (m_uSize != m_uCapacity) Reallocate(m_uSize);
     }
+    // Gives back most of a large block of which little is used, uMore elements behind the last one
+    // excepted.
+    void TrimMost(std::size_t uMore = 0) {
+        const std::size_t uKept = m_uSize + uMore;
+        if (m_uCapacity * sizeof(T) > 65536 && m_uCapacity / 4 > uKept) Reallocate(uKept);
+    }
     // Empties the array and gives its block back.
     void Clear() noexcept { Release(); }
 

@@ -49,6 +49,8 @@ class Hash {
 
     // Exchanges the texts, and their keys.
     void Swap(Hash& oHash) noexcept;
+    // Drops all texts, and keeps most of their memory for others.
+    void Clear() noexcept;
 
     // Keys given, the empty text's included.
     [[nodiscard]] std::size_t Size() const noexcept {
@@ -94,6 +96,8 @@ class Hash {
     [[nodiscard]] std::size_t FewSlotOf(const Hash_Text& oText) const noexcept;
     [[nodiscard]] std::size_t SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept;
     [[nodiscard]] u2_t HashOf(const Hash_Text& oText) const noexcept;
+    static void PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept;
+    void MakeIndex();
     void GrowIndex();
     [[nodiscard]] u2_t Append(const Hash_Text& oText);
     [[nodiscard]] char* StoreText(std::string_view sText);
@@ -107,6 +111,7 @@ class Hash {
     u0_t m_auFew[FEW_SLOTS] = {};  // keys of few texts, open addressing; 0 is free
     u3_t m_uSeed = 0;
     Arr<Slot> m_oIndex;         // of more texts, likewise; a power of two, or empty
+    bool m_bIndexed = false;    // whether they are in the index, or else it has free slots only
     Block* m_pBlock = nullptr;  // the last one
     std::size_t m_uBlockUsed = 0;
 };

@@ -186,6 +186,13 @@ void Data_Attributes::Reset() noexcept {
     m_uDead = 0;
 }
 
+void Data_Attributes::Restart() noexcept {
+    for (Array* p : m_oArray) Mem::Dispose(p);
+    m_oArray.Truncate(0);
+    m_oName.Clear();
+    Reset();
+}
+
 std::size_t Data_Attributes::HeapBytes() const noexcept {
     std::size_t uBytes = m_oName.HeapBytes() + m_oHead.HeapBytes() + m_oArray.HeapBytes();
     for (const Array* p : m_oArray) {

@@ -76,6 +76,8 @@ class Data_Attributes {
     void Rollback(u2_t uFirst, Data_Heap& oHeap) noexcept;
     // Forgets all records; keys stay valid.
     void Reset() noexcept;
+    // Forgets the names as well.
+    void Restart() noexcept;
 
     // Bytes of records without a value.
     [[nodiscard]] u3_t DeadBytes() const noexcept { return m_uDead * sizeof(Data_Att); }

@@ -25,6 +25,8 @@ template <class... Fs>
 struct Overloaded : Fs... {
     using Fs::operator()...;
 };
+template <class... Fs>
+Overloaded(Fs...) -> Overloaded<Fs...>;
 
 // Hands the value of a node to the overload of oTake that is for it, oTake() where there is none.
 // Raises for inner and removed nodes, links and blocks, which have no other form.

@@ -103,12 +103,12 @@ Data_Key Data::MakeKey(Data_Name oName) {
 }
 
 Mem::Str Data::GetUserTag() const {
-    return Where("vok::Data::GetUserTag", [&] { return detail::TreeOf(m_oBase).m_oUserTag; });
+    return Where("vok::Data::GetUserTag", [&] { return detail::TreeOf(m_oBase).m_oUserTag.Get(); });
 }
 
 void Data::SetUserTag(const char* sTag) {
     return Where("vok::Data::SetUserTag",
-                 [&] { detail::TreeOf(m_oBase).m_oUserTag = Mem::Str(sTag); });
+                 [&] { detail::TreeOf(m_oBase).m_oUserTag.Set(sTag != nullptr ? sTag : ""); });
 }
 
 // ---- appending --------------------------------------------------------------

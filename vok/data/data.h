@@ -379,8 +379,8 @@ class Data {
     // dropped nodes lead to nothing.
     void Shrink();
     // Makes the tree as new for all its cursors: an unnamed, empty root, no user tag. Keys
-    // stay valid. This cursor goes to the root, others are on it or on deleted nodes. An
-    // empty cursor gets a tree.
+    // stay valid, and memory stays for what is built next: Shrink gives it back. This cursor goes
+    // to the root, others are on it or on deleted nodes. An empty cursor gets a tree.
     void Reset();
     // Whether one can come back to a node by going from predecessors to successors and from
     // links to their targets, starting here. Links to removed nodes lead nowhere. Linear in

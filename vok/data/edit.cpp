@@ -130,16 +130,29 @@ bool Data_Base::IsBelow(u2_t uId, u2_t uTop) const noexcept {
 }
 
 void Data_Base::Reset() {
-    Arr<Node> oNode;
-    oNode.Reserve(FIRST_NODES);
-    oNode.Add(Node{0, 0, 0, 0});
-    m_oNode.Swap(oNode);
+    m_oNode.MakePrivate();
+    m_oNode.Truncate(0);
+    m_oNode.Add(Node{0, 0, 0, 0});
     m_oGroup.Reset();
     m_oHeap.Reset();
     m_oAtt.Reset();
     m_oUserTag.Clear();
     m_uIndexed = 0;
     m_uDead = 0;
+}
+
+void Data_Base::Restart() {
+    const bool bDrop = Data_Names::IsWorthDropping(m_oName.Size(), m_oNode.Size());
+    Reset();
+    m_oAtt.Restart();
+    if (bDrop) m_oName.Restart();
+    m_bFormerNames = m_oName.Size() > 1;
+}
+
+void Data_Base::Trim() {
+    m_oNode.TrimMost();
+    m_oGroup.Trim();
+    m_oHeap.Trim();
 }
 
 void Data_Base::Rollback(u2_t uFirst) noexcept {

@@ -5,7 +5,7 @@ namespace vok {
 u2_t Data_Names::InternSlow(std::string_view sName) {
     const u2_t uKey =
         IsAsciiText(sName.data(), sName.size()) ? Insert(sName) : Insert(Utf8_Text(sName).View());
-    m_oGuess.Note(uKey, uKey != 0, Size());
+    m_oGuess.Note(uKey, Size());
     return uKey;
 }
 

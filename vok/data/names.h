@@ -8,6 +8,7 @@
 #include "vok/base/hash_guess.h"
 #include "vok/base/str.h"
 #include "vok/base/utf8.h"
+#include "vok/data/escape.h"
 
 namespace vok {
 
@@ -31,10 +32,25 @@ class Data_Names : public Hash {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;
     }
 
+    // What Intern looks at first, for codecs that look at names where they stand in a document.
+    [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
+    // Whether documents carry a name as it stands. Remembered.
+    [[nodiscard]] bool IsVerbatim(u2_t uKey) {
+        if (!m_oGuess.IsKnown(uKey)) [[unlikely]]
+            m_oGuess.SetVerbatim(uKey, uKey != 0 && !detail::HasReserved((*this)(uKey).View()), Size());
+        return m_oGuess.IsVerbatim(uKey);
+    }
+
     // Takes the names of oNew in place of its own.
     void Renew(Hash& oNew) noexcept {
         Swap(oNew);
-        m_oGuess = Hash_Guess();
+        m_oGuess.Clear();
+    }
+    // Drops all names.
+    void Restart() {
+        Hash oNew;
+        oNew.Start();
+        Renew(oNew);
     }
 
     // So many names are kept whether they are borne or not.

@@ -33,7 +33,10 @@ class Data_Shrink {
         CopyNodes();
         oAtt.Copy(m_oNode.Size(), m_oRanges);
         m_oHeap.Reserve(m_oHeap.Size() + Data_Heap::SLACK);
-        if (m_oNewKey.Size() != 0) m_oBase.m_oName.Renew(m_oName);
+        if (m_oNewKey.Size() != 0) {
+            m_oBase.m_oName.Renew(m_oName);
+            m_oBase.m_bFormerNames = false;
+        }
         oAtt.Commit();
         Commit();
     }
@@ -129,6 +132,7 @@ class Data_Shrink {
 };
 
 void Data_Base::Shrink(u2_t& uFollow) {
+    Trim();
     // Without removed nodes it must be worth it: when a quarter of the heap is waste.
     const u3_t uWaste = m_oHeap.Unused() + m_oAtt.DeadBytes();
     const bool bWaste = uWaste > 64 * 1024 && uWaste > m_oHeap.Size() / 4;

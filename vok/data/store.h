@@ -48,6 +48,7 @@
 #include "vok/data/names.h"
 #include "vok/data/succ_groups.h"
 #include "vok/data/text_heap.h"
+#include "vok/data/user_tag.h"
 
 namespace vok {
 
@@ -171,8 +172,14 @@ class Data_Base {
     void Shrink(u2_t& uFollow);
     // Whether uId is uTop or below it.
     [[nodiscard]] bool IsBelow(u2_t uId, u2_t uTop) const noexcept;
-    // Leaves an unnamed, empty root and nothing else, but keeps the numbers of names.
+    // Leaves an unnamed, empty root and nothing else, but keeps the numbers of names, and the
+    // memory for other nodes.
     void Reset();
+    // The same for another tree in its place. Names stay, as long as they are not many more than
+    // those nodes: most trees that follow each other bear the same. Nobody sees them but FindKey.
+    void Restart();
+    // Gives back memory that a former, much larger tree needed.
+    void Trim();
     // Takes back the nodes from uFirst on, none of them placed, with their attributes.
     void Rollback(u2_t uFirst) noexcept;
 
@@ -300,9 +307,10 @@ class Data_Base {
     Data_Groups m_oGroup;
     Data_Heap m_oHeap;
     Data_Attributes m_oAtt;
-    Mem::Str m_oUserTag;
+    Data_UserTag m_oUserTag;
     u2_t m_uIndexed = 0;  // nodes below stand in their groups
     u2_t m_uDead = 0;     // removed nodes
+    bool m_bFormerNames = false;  // some of the names are those of former trees
 
   private:
     static constexpr std::size_t FIRST_NODES = 32;  // what small trees need grows in one step

@@ -173,10 +173,11 @@ class Data_Groups {
         m_uDead = 0;
     }
     void Reset() noexcept {
-        m_oWord.Clear();
-        m_oUnsorted.Clear();
+        m_oWord.Truncate(0);
+        m_oUnsorted.Truncate(0);
         m_uDead = 0;
     }
+    void Trim() { m_oWord.TrimMost(); }
     // Appends a group in order to words that are to be swapped in; returns its place.
     template <class Next>
     static u2_t Write(Arr<u2_t>& oWord, u2_t uMost, const Next& oNext) {

@@ -126,9 +126,11 @@ class Data_Heap {
         m_iUnused = o.iUnused;
     }
     void Reset() noexcept {
-        m_oBytes.Clear();
+        m_oBytes.Truncate(0);
         m_iUnused = 0;
     }
+    // Gives back memory beyond what is used and SLACK, where that is most of it.
+    void Trim() { m_oBytes.TrimMost(SLACK); }
     // Exchanges the bytes. Who brings others says what is referred to, and has left SLACK.
     void Swap(Arr<char>& oBytes) noexcept { m_oBytes.Swap(oBytes); }
 

@@ -10,6 +10,12 @@ struct Access {
     [[nodiscard]] static Data_Base* BaseOf(const Data& oData) noexcept {
         return oData.m_oBase.Get();
     }
+    // Makes a cursor the root of a tree as new: of the one it is on, where no other cursor is.
+    static void Restart(Data& oData) {
+        if (!oData.m_oBase || Mem::GetRefCnt(oData.m_oBase.Get()) != 0) oData.Clear();
+        if (oData.m_oBase) oData.m_oBase->Restart();
+        oData.SetToRoot();
+    }
 };
 
 }  // namespace vok::dgraph

@@ -135,12 +135,12 @@ class Reader<Source>::Fast {
         if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > r.m_oLimits.m_uTextBytes) return false;
         o.uKey = r.GuessName(pStep, uSeen);
         if (o.uKey != 0) {
-            r.m_oGuess.Confirm(o.uKey);
+            m_oBase.m_oName.Guess().Confirm(o.uKey);
         } else {
             o.uKey = r.ScanName(pStep, uStep);
             if (o.uKey == 0) return false;
         }
-        const std::size_t uName = r.FormOf(o.uKey).uLength;
+        const std::size_t uName = m_oBase.m_oName(o.uKey).uLength;
         const bool bSameRun = o.uKey == m_uRunKey;
         const u2_t uIndex = bSameRun ? m_uRunCount : 0;
         if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
@@ -219,14 +219,15 @@ class Reader<Source>::Fast {
 };
 
 template <class Source>
-inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) const noexcept {
+inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) {
+    Data_Names& oNames = m_oBase.m_oName;
     const auto oStandsAt = [&](u2_t uKey) {
-        const Hash_Text& oForm = FormOf(uKey);
-        return oForm.StandsAt(p, uSize) && p[oForm.uLength] == '[';
+        const Hash_Text& oName = oNames(uKey);
+        return oName.StandsAt(p, uSize) && p[oName.uLength] == '[' && oNames.IsVerbatim(uKey);
     };
-    const u2_t uFirst = m_oGuess.First();
+    const u2_t uFirst = oNames.Guess().First();
     if (uFirst != 0 && oStandsAt(uFirst)) return uFirst;
-    const u2_t uSecond = m_oGuess.Second();
+    const u2_t uSecond = oNames.Guess().Second();
     return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
 }
 
@@ -242,7 +243,7 @@ inline u2_t Reader<Source>::ScanName(const char* p, std::size_t uStep) {
     for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
     if (!bVerbatim) return 0;
     const u2_t uKey = m_oBase.m_oName.Insert({p, uName});
-    m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
+    m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
     return uKey;
 }
 

@@ -103,9 +103,6 @@ void Reader<Source>::ReadStep() {
     if (uLength == 0) RaiseEmptyNodePath();
     m_oStep.Parse(m_oSource.View(uLength));
     const u2_t uKey = m_oBase.m_oName.Intern(m_oStep.Name());
-    const Hash_Text& oName = m_oBase.m_oName(uKey);
-    const bool bVerbatim = uKey != 0 && !detail::HasReserved(oName.View());
-    m_oGuess.Note(uKey, bVerbatim, m_oBase.m_oName.Size());
     if (m_bFirst) {
         m_oBase.m_oNode(0).uKey = uKey;
         m_bFirst = false;
@@ -252,8 +249,7 @@ void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report*
 void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_Report* pReport) {
     return Where("vok::Dgraph_LoadDGraph", [&] {
         if (pReport != nullptr) *pReport = Load_Report();
-        data.Clear();
-        data.SetToRoot();
+        dgraph::Access::Restart(data);
         data.SetRootName("Root");
         char sHeader[dgraph::HEADER_SIZE];
         const std::size_t uRead = ReadUpTo(in, sHeader, sizeof(sHeader));

@@ -107,15 +107,10 @@ class Reader {
     class Fast;
 
     // The key of the name at p if it is one of those expected, else 0.
-    [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize) const noexcept;
+    [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize);
 
     // The key of a name that documents carry as it stands and that "[" ends, else 0.
     [[nodiscard]] u2_t ScanName(const char* p, std::size_t uStep);
-
-    // How a name stands in documents.
-    [[nodiscard]] const Hash_Text& FormOf(u2_t uKey) const noexcept {
-        return m_oBase.m_oName(uKey);
-    }
 
     // Whether the rest of a step text is this index in decimal and its bracket.
     [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
@@ -187,7 +182,6 @@ class Reader {
     u3_t m_uMostNodes;  // nodes there may be before CheckMemory is asked
     u3_t m_uNoted = 0;  // bytes since it was asked
     Step m_oStep;
-    Hash_Guess m_oGuess;  // usable are names that documents carry as they stand
     Arr<Level> m_oLevel;
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;

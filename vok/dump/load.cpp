@@ -78,7 +78,7 @@ class Reader {
         if (oTag.Size() > m_oLimits.m_uTextBytes) {
             m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
         }
-        m_oBase.m_oUserTag = Mem::Str(std::string_view(oTag.Data(), oTag.Size()));
+        m_oBase.m_oUserTag.Set({oTag.Data(), oTag.Size()});
     }
 
     // Reads a block of whole elements, with room for some more, and returns where it begins.

@@ -32,10 +32,15 @@ class Writer {
 
     void Run() {
         m_oBase.UpdateSucc();
-        CollectNames(m_oBase.m_oName, m_oNames);
+        const bool bOwnNames = !m_oBase.m_bFormerNames;
+        if (bOwnNames) {
+            CollectNames(m_oBase.m_oName, m_oNames);
+        } else {
+            NumberNames();
+        }
         CollectNames(m_oBase.m_oAtt.Names(), m_oAttNames);
         CollectAttributes();
-        const bool bAsIs = IS_NATIVE && IsInPlace();
+        const bool bAsIs = IS_NATIVE && bOwnNames && IsInPlace();
         if (!bAsIs) PutInPlace();
         const Arr<Data_Node>& oNode = bAsIs ? m_oBase.m_oNode : m_oNode;
         const Arr<u2_t>& oWord = bAsIs ? m_oBase.m_oGroup.Words() : m_oWord;
@@ -81,6 +86,19 @@ class Writer {
         }
     }
 
+    // Names that only former trees bore are left out; the others are numbered as they would be in
+    // a new tree.
+    void NumberNames() {
+        m_oNewKey.Resize(m_oBase.m_oName.Size());
+        u2_t uNext = 1;
+        for (const Data_Node& o : std::as_const(m_oBase.m_oNode)) {
+            if (o.uKey == 0 || m_oNewKey(o.uKey) != 0) continue;
+            m_oNewKey(o.uKey) = uNext++;
+            const Hash_Text& oName = m_oBase.m_oName(o.uKey);
+            m_oNames.Add(oName.sText, oName.uLength + std::size_t{1});
+        }
+    }
+
     void CollectAttributes() {
         for (std::size_t u = 1; u < m_oBase.m_oAtt.Names().Size(); ++u) {
             const std::size_t uCount = m_oAttribute.Size();
@@ -112,6 +130,7 @@ class Writer {
         m_oNode.Add(m_oBase.m_oNode.Beg(), m_oBase.m_oNode.Size());
         m_oWord.Reserve(m_oBase.m_oGroup.LivingWords());
         for (Data_Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
+            if (m_oNewKey.Size() != 0) p->uKey = m_oNewKey(p->uKey);
             if (p->GetType() != Data_Node::Tree) continue;
             const Data_Groups::View oOld = p->Size() != 0
                                                ? m_oBase.m_oGroup.ViewOf(p->Start(), p->Size())
@@ -131,6 +150,7 @@ class Writer {
     Data_Base& m_oBase;
     File_Stream& m_oOut;
     Arr<char> m_oNames;
+    Arr<u2_t> m_oNewKey;  // by key; empty when all keep theirs
     Arr<char> m_oAttNames;
     Arr<u2_t> m_oAttribute;
     // Copies, where the arrays of the tree cannot be written as they are.

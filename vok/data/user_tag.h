@@ -1,0 +1,48 @@
+// The text that a tree carries beside its nodes. Internal.
+#ifndef VOK_DATA_USER_TAG_H
+#define VOK_DATA_USER_TAG_H
+
+#include <cstring>
+#include <string_view>
+
+#include "vok/base/str.h"
+
+namespace vok {
+
+// Most tags are the version of a format: short ones stand in place, so that a tree needs no block
+// for them.
+class Data_UserTag {
+  public:
+    // The text ends at its first NUL. Nothing is changed if memory runs out.
+    void Set(std::string_view sTag) {
+        sTag = sTag.substr(0, sTag.find('\0'));
+        if (sTag.size() > SHORT || !IsAsciiText(sTag.data(), sTag.size())) {
+            m_oLong = Mem::Str(sTag);
+            m_uShort = 0;
+            return;
+        }
+        m_oLong.Clear();
+        if (!sTag.empty()) std::memcpy(m_sShort, sTag.data(), sTag.size());
+        m_uShort = static_cast<u0_t>(sTag.size());
+    }
+    [[nodiscard]] Mem::Str Get() const { return m_uShort != 0 ? Mem::Str(View()) : m_oLong; }
+    [[nodiscard]] std::string_view View() const noexcept {
+        return m_uShort != 0 ? std::string_view(m_sShort, m_uShort) : m_oLong.View();
+    }
+    void Clear() noexcept {
+        m_oLong.Clear();
+        m_uShort = 0;
+    }
+    [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oLong.HeapBytes(); }
+
+  private:
+    static constexpr std::size_t SHORT = 23;
+
+    u0_t m_uShort = 0;  // bytes of one in place
+    char m_sShort[SHORT];
+    Mem::Str m_oLong;
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_USER_TAG_H
