@@ -143,7 +143,8 @@ TEST(Xml, FlagsOfTheLoader) {
 // An element with all that the loader has a fast and a slow way for; sBlank goes into its tags.
 std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
     static const char* const NAMES[] = {"a", "b.c", "br", "_x0062_r", "\xC3\xA4", "_x0041_"};
-    static const char* const TYPES[] = {"", " dt:dt=\"i4\"", " dt:dt=\"r8\"", " dt:dt=\"boolean\""};
+    static const char* const TYPES[] = {"", " dt:dt=\"i4\"", " dt:dt=\"r8\"", " dt:dt=\"boolean\"",
+                                        " dt:dt=\"bin.base64\""};
     static const char* const TEXTS[] = {"",
                                         " ",
                                         "\n\t",
@@ -154,7 +155,12 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
                                         "0",
                                         "-17",
                                         "010",
+                                        "2147483647",
+                                        "2147483648",
+                                        "-2147483648",
+                                        "-2147483649",
                                         "9999999999",
+                                        "12345678901",
                                         "1.5e3",
                                         "1e999",
                                         "NaN",
@@ -165,6 +171,9 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
                                         "<![CDATA[ ]]>",
                                         "<![CDATA[]]>",
                                         "<![CDATA[a]]b]]>",
+                                        "<![CDATA[AAEC\n/w==]]>",
+                                        "<![CDATA[A]]>",
+                                        "<![CDATA[>]]>",
                                         "<b x='1'/>"};
     const auto oOne = [&](const auto& as) -> std::string {
         return as[Below(oRandom, std::size(as))];
@@ -520,6 +529,23 @@ TEST(Xml, SavingHoldsOnePiece) {
     oRoot.SaveToXML(oOut);
     EXPECT_LT(Mem_Probe::Peak(), std::size_t{1} << 20);
     EXPECT_EQ(oOut.uBytes, Saved(oRoot).size());
+}
+
+// Blocks are encoded in pieces, into memory or what is written piece by piece.
+TEST(Xml, LengthsOfBlocks) {
+    std::string sBytes(10'000, '\0');
+    std::mt19937 oRandom(3);
+    for (char& c : sBytes) c = static_cast<char>(oRandom());
+    Data oTree = NewTree();
+    for (const u2_t uSize : {0u, 1u, 3071u, 3072u, 3073u, 6144u, 9217u}) {
+        oTree.AddBin("b", sBytes.data(), uSize);
+    }
+    Drop_Stream oOut;
+    oTree.SaveToXML(oOut);
+    const std::string sText = Saved(oTree);
+    EXPECT_EQ(Joined(oOut.m_oWritten), sText);
+    EXPECT_TRUE(Data::Equal(Loaded(sText), oTree));
+    EXPECT_TRUE(Data::Equal(Loaded(sText + PADDING), oTree));
 }
 
 // Tokens that end where the pieces end that a stream is read in.

@@ -124,7 +124,10 @@ void AddEscape(Arr<char>& oOut, u2_t uCode) {
 std::size_t NameLength(std::string_view sText) noexcept {
     const char* p = sText.data();
     const char* pEnd = p + sText.size();
-    while (p != pEnd) {
+    if (p == pEnd || !Is(*p, NAME_START)) return 0;
+    for (;;) {
+        while (p != pEnd && Is(*p, ASCII_NAME)) ++p;
+        if (p == pEnd) break;
         const unsigned uLength = NameCharacterLength(p, pEnd, p == sText.data());
         if (uLength == 0) break;
         p += uLength;

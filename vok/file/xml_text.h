@@ -15,8 +15,9 @@ enum Class : u0_t {
     NAME_START = 1,
     NAME = 2,
     BLANK = 4,
-    INERT = 8,     // means nothing in a text or a value, and is no NUL
-    CONTROL = 16,  // has to be written as a reference to survive in a value
+    INERT = 8,        // means nothing in a text or a value, and is no NUL
+    CONTROL = 16,     // has to be written as a reference to survive in a value
+    ASCII_NAME = 32,  // part of a name, and below 0x80
 };
 
 inline constexpr std::array<u0_t, 256> CLASSES = [] {
@@ -26,6 +27,7 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
         const bool bStart = bLetter || u == '_' || u == ':' || u >= 0x80;
         if (bStart) au[u] |= NAME_START;
         if (bStart || (u >= '0' && u <= '9') || u == '-' || u == '.') au[u] |= NAME;
+        if ((au[u] & NAME) != 0 && u < 0x80) au[u] |= ASCII_NAME;
         if (u == ' ' || u == '\t' || u == '\r' || u == '\n') au[u] |= BLANK;
         if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= INERT;
         if (u < 0x20) au[u] |= CONTROL;

@@ -2,6 +2,7 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <limits>
 #include <string_view>
 
 #include "vok/base/utf8.h"
@@ -17,6 +18,7 @@ constexpr std::string_view TYPE_START = xml::TypeTag<Data_Node::Integer>::TEXT.s
 constexpr std::string_view INTEGER_TYPE = xml::TypeTag<Data_Node::Integer>::TEXT.substr(SAME);
 constexpr std::string_view DOUBLE_TYPE = xml::TypeTag<Data_Node::Double>::TEXT.substr(SAME);
 constexpr std::string_view BOOLEAN_TYPE = xml::TypeTag<Data_Node::Boolean>::TEXT.substr(SAME);
+constexpr std::string_view BINARY_TYPE = xml::TypeTag<Data_Node::Binary>::TEXT.substr(SAME);
 // So many bytes can be looked at without asking: what lies before a value.
 constexpr std::ptrdiff_t ROOM = 64;
 
@@ -28,15 +30,16 @@ bool StartsWith(const char* p, std::string_view s) noexcept {
 bool TakeInteger(const char*& p, u2_t& uValue) noexcept {
     const bool bNegative = *p == '-';
     p += bNegative;
-    // Nine digits always fit; a leading zero means an octal number.
+    // A leading zero means an octal number.
     if (*p == '0' && p[1] != '<') return false;
     const char* pDigits = p;
-    u2_t u = 0;
+    u3_t u = 0;
     while (p - pDigits < 10 && static_cast<u2_t>(*p - '0') < 10) {
         u = 10 * u + static_cast<u2_t>(*p++ - '0');
     }
-    if (p == pDigits || p - pDigits > 9 || *p != '<') return false;
-    uValue = bNegative ? 0 - u : u;
+    constexpr u3_t MOST = std::numeric_limits<i2_t>::max();
+    if (p == pDigits || *p != '<' || u > MOST + bNegative) return false;
+    uValue = static_cast<u2_t>(bNegative ? 0 - u : u);
     return true;
 }
 
@@ -137,7 +140,7 @@ inline XmlLoader::Content XmlLoader::FastCdata(const char*& p, const Hash_Text& 
 
 // The same for a value of one of the frequent types, from " dt:dt=" on.
 inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& oName,
-                                               Node& oNode) const {
+                                               Node& oNode) {
     if (!StartsWith(p, TYPE_START)) return Content::Other;
     p += TYPE_START.size();
     if (StartsWith(p, INTEGER_TYPE)) {
@@ -158,10 +161,28 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
         oNode.uWord2 = *p == '1';
         if (*p != '1' && *p != '0') return Content::Other;
         ++p;
+    } else if (StartsWith(p, BINARY_TYPE)) {
+        p += BINARY_TYPE.size();
+        oNode.SetType(Node::Binary);
+        return FastBlock(p, oName, oNode);
     } else {
         return Content::Other;
     }
     return EndsHere(oName, p, m_pEnd) ? Content::Ends : Content::Other;
+}
+
+// The same for bytes in base64, which stand in one CDATA section and have no ">" in them.
+XmlLoader::Content XmlLoader::FastBlock(const char*& p, const Hash_Text& oName, Node& oNode) {
+    if (!StartsWith(p, xml::CDATA)) return Content::Other;
+    const char* const pText = p + xml::CDATA.size();
+    const void* const pFound = std::memchr(pText, '>', static_cast<std::size_t>(m_pEnd - pText));
+    if (pFound == nullptr) return Content::Other;
+    p = static_cast<const char*>(pFound) + 1;
+    const char* const pStop = p - xml::CDATA_END.size();
+    if (pStop < pText || !StartsWith(pStop, xml::CDATA_END)) return Content::Other;
+    const std::string_view sText = Between(pText, pStop);
+    if (sText.size() > m_oLimits.m_uTextBytes || !EndsHere(oName, p, m_pEnd)) return Content::Other;
+    return AddBlock(oNode, sText) ? Content::Ends : Content::Other;
 }
 
 // m_p stays in front of what is not taken. Limits are looked at before anything is made.

@@ -167,10 +167,15 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
+    if (!AddBlock(m_oBase.m_oNode(uId), sText)) RaiseUnknownText(sText);
+}
+
+bool XmlLoader::AddBlock(Node& oNode, std::string_view sText) {
     m_oBlock.Truncate(0);
-    if (!DecodeBase64(sText, m_oBlock)) RaiseUnknownText(sText);
+    if (!DecodeBase64(sText, m_oBlock)) return false;
     const u2_t uOffset = m_oBase.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
-    m_oBase.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
+    oNode.SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
+    return true;
 }
 
 }  // namespace vok::detail
