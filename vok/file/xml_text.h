@@ -18,6 +18,7 @@ enum Class : u0_t {
     INERT = 8,        // means nothing in a text or a value, and is no NUL
     CONTROL = 16,     // has to be written as a reference to survive in a value
     ASCII_NAME = 32,  // part of a name, and below 0x80
+    ESCAPE = 64,      // starts an escape in a name if what follows does, too
 };
 
 inline constexpr std::array<u0_t, 256> CLASSES = [] {
@@ -28,6 +29,7 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
         if (bStart) au[u] |= NAME_START;
         if (bStart || (u >= '0' && u <= '9') || u == '-' || u == '.') au[u] |= NAME;
         if ((au[u] & NAME) != 0 && u < 0x80) au[u] |= ASCII_NAME;
+        if (u == '_') au[u] |= ESCAPE;
         if (u == ' ' || u == '\t' || u == '\r' || u == '\n') au[u] |= BLANK;
         if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= INERT;
         if (u < 0x20) au[u] |= CONTROL;

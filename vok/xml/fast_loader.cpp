@@ -19,8 +19,14 @@ constexpr std::string_view INTEGER_TYPE = xml::TypeTag<Data_Node::Integer>::TEXT
 constexpr std::string_view DOUBLE_TYPE = xml::TypeTag<Data_Node::Double>::TEXT.substr(SAME);
 constexpr std::string_view BOOLEAN_TYPE = xml::TypeTag<Data_Node::Boolean>::TEXT.substr(SAME);
 constexpr std::string_view BINARY_TYPE = xml::TypeTag<Data_Node::Binary>::TEXT.substr(SAME);
-// So many bytes can be looked at without asking: what lies before a value.
-constexpr std::ptrdiff_t ROOM = 64;
+// So many bytes behind a name can be looked at without asking: a type and a whole number, or the
+// start of a CDATA section.
+constexpr std::ptrdiff_t ROOM = 32;
+constexpr std::size_t LONGEST_INTEGER = 12;  // with the "<" behind it
+static_assert(SAME + INTEGER_TYPE.size() + LONGEST_INTEGER <= ROOM);
+static_assert(SAME + BINARY_TYPE.size() + xml::CDATA.size() <= ROOM);
+// Bytes that tell an end tag.
+constexpr std::ptrdiff_t END_TAG = 2;
 
 bool StartsWith(const char* p, std::string_view s) noexcept {
     return std::memcmp(p, s.data(), s.size()) == 0;
@@ -43,10 +49,11 @@ bool TakeInteger(const char*& p, u2_t& uValue) noexcept {
     return true;
 }
 
-// Whether the end tag of an element stands at p, at least ROOM bytes before the end.
-bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept {
+// Whether the end tag of an element stands at p, and is told without looking at its bytes one by
+// one.
+inline bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept {
     const char* pName = p + 2;
-    return pEnd - p >= ROOM && p[1] == '/' && *p == '<' &&
+    return pEnd - p >= END_TAG && p[1] == '/' && *p == '<' &&
            oName.StandsAt(pName, static_cast<std::size_t>(pEnd - pName)) &&
            pName[oName.uLength] == '>';
 }
@@ -56,10 +63,13 @@ bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept 
 // Makes a text the value of a record; false for one that needs a second look.
 bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
-    if (!IsAsciiText(sText.data(), sText.size())) return false;
     if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
     oNode.SetType(Node::String);
-    oNode.uWord2 = m_oBase.m_oHeap.AddText(sText);
+    oNode.uWord2 = m_oBase.m_oHeap.TryAddText(sText);
+    if (oNode.uWord2 == 0) {
+        if (!IsAsciiText(sText.data(), sText.size())) return false;
+        oNode.uWord2 = m_oBase.m_oHeap.AddText(sText);
+    }
     oNode.uWord3 = static_cast<u2_t>(sText.size() + 1);
     return true;
 }
@@ -93,13 +103,14 @@ inline u2_t XmlLoader::FastName(const char* p) {
 
 u2_t XmlLoader::ScanName(const char* p) {
     const char* pStop = p;
-    while (pStop != m_pEnd && xml::Is(*pStop, xml::NAME) && static_cast<u0_t>(*pStop) < 0x80) {
-        ++pStop;
+    u0_t uSeen = 0;
+    for (; pStop != m_pEnd && xml::Is(*pStop, xml::ASCII_NAME); ++pStop) {
+        uSeen |= xml::CLASSES[static_cast<u0_t>(*pStop)];
     }
     const std::string_view sName = Between(p, pStop);
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
-    if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || xml::HasEscapes(sName)) return 0;
-    if (IsSkipped(sName)) return 0;
+    if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || IsSkipped(sName)) return 0;
+    if ((uSeen & xml::ESCAPE) != 0 && xml::HasEscapes(sName)) return 0;
     const u2_t uKey = m_oBase.m_oName.Insert(sName);
     m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
     return uKey;
@@ -111,7 +122,7 @@ inline XmlLoader::Content XmlLoader::FastContent(const char*& p, const Hash_Text
                                                  Node& oNode) {
     const char* pText = p;
     while (p != m_pEnd && *p != '<') ++p;
-    if (m_pEnd - p < ROOM) return Content::Other;
+    if (m_pEnd - p < END_TAG) return Content::Other;
     const std::string_view sText = Between(pText, p);
     if (p[1] != '/') {
         return IsMarkup(p[1]) || !xml::IsBlank(sText) ? Content::Other : Content::Opens;
@@ -131,7 +142,7 @@ inline XmlLoader::Content XmlLoader::FastCdata(const char*& p, const Hash_Text& 
     do {
         const std::size_t uLeft = static_cast<std::size_t>(m_pEnd - pStop);
         pStop = static_cast<const char*>(std::memchr(pStop, ']', uLeft));
-        if (pStop == nullptr || m_pEnd - pStop < ROOM) return Content::Other;
+        if (pStop == nullptr || Rest(pStop).size() < xml::CDATA_END.size()) return Content::Other;
     } while (!StartsWith(pStop++, xml::CDATA_END));
     const std::string_view sText = Between(pText, pStop - 1);
     p = pStop - 1 + xml::CDATA_END.size();
@@ -190,8 +201,8 @@ void XmlLoader::ReadFastElements() {
     if (m_bText) return;
     for (const char* p = m_p;; m_p = p) {
         const char* const pBlanks = p;
-        while (m_pEnd - p >= ROOM && xml::Is(*p, xml::BLANK)) ++p;
-        if (m_pEnd - p < ROOM || *p != '<') return;
+        while (p != m_pEnd && xml::Is(*p, xml::BLANK)) ++p;
+        if (m_pEnd - p < END_TAG || *p != '<') return;
         if (p[1] == '/') {
             p = FastClose(p, pBlanks);
             if (p == nullptr) return;
