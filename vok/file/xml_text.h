@@ -48,6 +48,16 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
     return true;
 }
 
+// Bytes at the start of a text that are ASCII and may stand in a name; uSeen receives the classes
+// that any of them has.
+[[nodiscard]] inline std::size_t AsciiNameLength(std::string_view sText, u0_t& uSeen) noexcept {
+    std::size_t u = 0;
+    for (uSeen = 0; u < sText.size() && Is(sText[u], ASCII_NAME); ++u) {
+        uSeen |= CLASSES[static_cast<u0_t>(sText[u])];
+    }
+    return u;
+}
+
 // Bytes of the name at the start of a text (XML 1.0, productions 4 and 4a); 0 when there is
 // none. Bytes that are no UTF-8 end it.
 [[nodiscard]] std::size_t NameLength(std::string_view sText) noexcept;

@@ -102,12 +102,9 @@ inline u2_t XmlLoader::FastName(const char* p) {
 }
 
 u2_t XmlLoader::ScanName(const char* p) {
-    const char* pStop = p;
-    u0_t uSeen = 0;
-    for (; pStop != m_pEnd && xml::Is(*pStop, xml::ASCII_NAME); ++pStop) {
-        uSeen |= xml::CLASSES[static_cast<u0_t>(*pStop)];
-    }
-    const std::string_view sName = Between(p, pStop);
+    u0_t uSeen;
+    const std::string_view sName = Rest(p).substr(0, xml::AsciiNameLength(Rest(p), uSeen));
+    const char* const pStop = p + sName.size();
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || IsSkipped(sName)) return 0;
     if ((uSeen & xml::ESCAPE) != 0 && xml::HasEscapes(sName)) return 0;
