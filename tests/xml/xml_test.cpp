@@ -671,6 +671,11 @@ TEST(Xml, LimitsHold) {
         {LIMIT_TEXT_BYTES, "<a>x<!---->yz</a>", "<a>x<!---->yz1</a>"},
         {LIMIT_TEXT_BYTES, "<a><![CDATA[xyz]]></a>", "<a><![CDATA[xyz1]]></a>"},
         {LIMIT_TEXT_BYTES, "<a b='&lt;yz'/>", "<a b='wxyz'/>"},
+        {LIMIT_TEXT_BYTES, "<a><b>xyz</b></a>", "<a><b>wxyz</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"i4\">-12</b></a>", "<a><b dt:dt=\"i4\">-123</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"r8\">1.5</b></a>", "<a><b dt:dt=\"r8\">1.25</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"bin.base64\"><![CDATA[AAA]]></b></a>",
+         "<a><b dt:dt=\"bin.base64\"><![CDATA[AAAA]]></b></a>"},
     };
     for (const auto& o : aoCases) {
         // What was there before does not count.
@@ -678,10 +683,15 @@ TEST(Xml, LimitsHold) {
         for (int i = 0; i < 9; ++i) oFull.SetToNewSucc("x");
         EXPECT_EQ(ErrorFrom(0, o.sGood, oFull, nullptr, AtMost(o.oLimit, 3)), "");
         Data oTree;
-        EXPECT_EQ(ErrorFrom(0, o.sGood, oTree, nullptr, AtMost(o.oLimit, 3)), "");
-        oTree.Clear();
-        EXPECT_EQ(Failing([&] { oTree.LoadFromXMLString(o.sBad, 0, AtMost(o.oLimit, 3)); }),
-                  Exceeded(o.oLimit, 3));
+        // Also to elements that are read the fast way.
+        for (const std::string& sBehind : {""s, PADDING}) {
+            const std::string sGood = o.sGood + sBehind;
+            EXPECT_EQ(ErrorFrom(0, sGood, oTree = Data(), nullptr, AtMost(o.oLimit, 3)), "");
+            const std::string sBad = o.sBad + sBehind;
+            EXPECT_EQ(ErrorFrom(0, sBad, oTree = Data(), nullptr, AtMost(o.oLimit, 3)),
+                      Exceeded(o.oLimit, 3))
+                << sBad;
+        }
     }
     // A tag is no text, however it meets the pieces of a stream.
     const std::string sLong = "<a" + std::string(300000, ' ') + ">xyz</a>";

@@ -151,12 +151,13 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
                                                Node& oNode) {
     if (!StartsWith(p, TYPE_START)) return Content::Other;
     p += TYPE_START.size();
+    const char* pText;
     if (StartsWith(p, INTEGER_TYPE)) {
-        p += INTEGER_TYPE.size();
+        pText = p += INTEGER_TYPE.size();
         oNode.SetType(Node::Integer);
         if (!TakeInteger(p, oNode.uWord2)) return Content::Other;
     } else if (StartsWith(p, DOUBLE_TYPE)) {
-        p += DOUBLE_TYPE.size();
+        pText = p += DOUBLE_TYPE.size();
         oNode.SetType(Node::Double);
         double dValue;
         const auto oResult = std::from_chars(p, m_pEnd, dValue);
@@ -164,7 +165,7 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
         p = oResult.ptr;
         oNode.SetValue64(std::bit_cast<u3_t>(dValue));
     } else if (StartsWith(p, BOOLEAN_TYPE)) {
-        p += BOOLEAN_TYPE.size();
+        pText = p += BOOLEAN_TYPE.size();
         oNode.SetType(Node::Boolean);
         oNode.uWord2 = *p == '1';
         if (*p != '1' && *p != '0') return Content::Other;
@@ -176,6 +177,7 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
     } else {
         return Content::Other;
     }
+    if (Between(pText, p).size() > m_oLimits.m_uTextBytes) return Content::Other;
     return EndsHere(oName, p, m_pEnd) ? Content::Ends : Content::Other;
 }
 
