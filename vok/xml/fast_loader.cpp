@@ -60,18 +60,24 @@ inline bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) no
 
 }  // namespace
 
+// What is called from the loop takes no reference to its variables, which then stay in registers.
+
+// The place in the heap of a text that is put there; NONE for one that needs a second look.
+u2_t XmlLoader::PlaceText(std::string_view sText) {
+    if (!IsAsciiText(sText.data(), sText.size())) return Node::NONE;
+    return m_oBase.m_oHeap.AddText(sText);
+}
+
 // Makes a text the value of a record; false for one that needs a second look.
-bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
+inline bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
     if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
+    u2_t uOffset = m_oBase.m_oHeap.TryAddText(sText);
+    if (uOffset == 0) uOffset = PlaceText(sText);
     oNode.SetType(Node::String);
-    oNode.uWord2 = m_oBase.m_oHeap.TryAddText(sText);
-    if (oNode.uWord2 == 0) {
-        if (!IsAsciiText(sText.data(), sText.size())) return false;
-        oNode.uWord2 = m_oBase.m_oHeap.AddText(sText);
-    }
+    oNode.uWord2 = uOffset;
     oNode.uWord3 = static_cast<u2_t>(sText.size() + 1);
-    return true;
+    return uOffset != Node::NONE;
 }
 
 // Closes the current element, whose end tag begins at p, behind blanks from pBlanks on.
@@ -173,7 +179,10 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
     } else if (StartsWith(p, BINARY_TYPE)) {
         p += BINARY_TYPE.size();
         oNode.SetType(Node::Binary);
-        return FastBlock(p, oName, oNode);
+        u3_t uBlock = 0;
+        p = FastBlock(p, oName, uBlock);
+        oNode.SetValue64(uBlock);
+        return p != nullptr ? Content::Ends : Content::Other;
     } else {
         return Content::Other;
     }
@@ -181,18 +190,19 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
     return EndsHere(oName, p, m_pEnd) ? Content::Ends : Content::Other;
 }
 
-// The same for bytes in base64, which stand in one CDATA section and have no ">" in them.
-XmlLoader::Content XmlLoader::FastBlock(const char*& p, const Hash_Text& oName, Node& oNode) {
-    if (!StartsWith(p, xml::CDATA)) return Content::Other;
+// Adds bytes in base64, which stand in one CDATA section at p and have no ">" in them. Returns the
+// "<" that ends them; null for what needs a second look.
+const char* XmlLoader::FastBlock(const char* p, const Hash_Text& oName, u3_t& uBlock) {
+    if (!StartsWith(p, xml::CDATA)) return nullptr;
     const char* const pText = p + xml::CDATA.size();
     const void* const pFound = std::memchr(pText, '>', static_cast<std::size_t>(m_pEnd - pText));
-    if (pFound == nullptr) return Content::Other;
+    if (pFound == nullptr) return nullptr;
     p = static_cast<const char*>(pFound) + 1;
     const char* const pStop = p - xml::CDATA_END.size();
-    if (pStop < pText || !StartsWith(pStop, xml::CDATA_END)) return Content::Other;
+    if (pStop < pText || !StartsWith(pStop, xml::CDATA_END)) return nullptr;
     const std::string_view sText = Between(pText, pStop);
-    if (sText.size() > m_oLimits.m_uTextBytes || !EndsHere(oName, p, m_pEnd)) return Content::Other;
-    return AddBlock(oNode, sText) ? Content::Ends : Content::Other;
+    if (sText.size() > m_oLimits.m_uTextBytes || !EndsHere(oName, p, m_pEnd)) return nullptr;
+    return AddBlock(sText, uBlock) ? p : nullptr;
 }
 
 // m_p stays in front of what is not taken. Limits are looked at before anything is made.

@@ -18,13 +18,15 @@ inline char* PutText(char* p, std::string_view s) noexcept {
     return p + s.size();
 }
 
-// The same for a text in the heap or in a table of names, behind which SLACK bytes can be read and
-// written: pieces of that size are quicker than asking how many bytes there are.
+// The same for a text of the heap or a table of names that is not empty, behind which SLACK bytes
+// can be read and written: pieces of that size are quicker than asking how many bytes there are.
 inline char* PutPieces(char* p, const char* pText, std::size_t uSize) noexcept {
     static_assert(Hash::SLACK == Data_Heap::SLACK);
-    for (std::size_t u = 0; u < uSize; u += Hash::SLACK) {
+    std::size_t u = 0;
+    do {
         std::memcpy(p + u, pText + u, Hash::SLACK);
-    }
+        u += Hash::SLACK;
+    } while (u < uSize);
     return p + uSize;
 }
 
@@ -75,7 +77,8 @@ inline void XmlWriter<Sink>::WriteFastElements() {
                 }
                 *p++ = '>';
                 p = PutText(p, xml::CDATA);
-                p = PutText(PutPieces(p, pText, uSize), xml::CDATA_END);
+                if (uSize != 0) p = PutPieces(p, pText, uSize);
+                p = PutText(p, xml::CDATA_END);
                 break;
             }
             default: p = PutText(p, "/>\n"); continue;
