@@ -27,17 +27,19 @@ inline void Count(benchmark::State& oState, double dNodes, double dBytes = 0) {
     }
 }
 
-// How many trees of so many nodes are written in one go, to be told by a clock.
-inline std::size_t ThingsAtOnce(std::size_t uNodes) {
-    return std::max<std::size_t>(1, 5000 / uNodes);
+// How many trees of a set are written in one go, to be told by a clock: few if values are long.
+inline std::size_t ThingsAtOnce(const Set& oSet) {
+    std::size_t uWork = oSet.items.size();
+    for (const Item& oItem : oSet.items) uWork += oItem.uText / 1024;
+    return std::max<std::size_t>(1, 5000 / uWork);
 }
 
 // Times what oBody does to things of its own, each of them used once: many are made first where one
 // alone takes too little time to be told by a clock.
 template <class Thing, class Make, class Body>
-void TimeOnce(benchmark::State& oState, std::size_t uNodes, const Make& oMake, const Body& oBody) {
+void TimeOnce(benchmark::State& oState, const Set& oSet, const Make& oMake, const Body& oBody) {
     using Clock = std::chrono::steady_clock;
-    const std::size_t uThings = ThingsAtOnce(uNodes);
+    const std::size_t uThings = ThingsAtOnce(oSet);
     for (auto _ : oState) {
         std::vector<std::unique_ptr<Thing>> aoThing;
         for (std::size_t u = 0; u < uThings; ++u) aoThing.push_back(oMake());
@@ -64,8 +66,7 @@ void TimeOnce(benchmark::State& oState, std::size_t uNodes, const Make& oMake, c
 template <class Contender>
 void Register(const Set& oSet) {
     const std::string sPrefix = std::string(oSet.sName) + "/" + Contender::NAME + "/";
-    const std::size_t uNodes = oSet.items.size();
-    const double dNodes = static_cast<double>(uNodes);
+    const double dNodes = static_cast<double>(oSet.items.size());
     const auto oAdd = [&](const char* sWhat, auto oBody) {
         return benchmark::RegisterBenchmark((sPrefix + sWhat).c_str(), oBody)
             ->Unit(benchmark::kMicrosecond);
@@ -82,10 +83,10 @@ void Register(const Set& oSet) {
         Count(oState, dNodes);
         oState.counters["heap/node"] = o.HeapBytes() / dNodes;
     });
-    oAdd("write", [&oSet, uNodes, dNodes](benchmark::State& oState) {
+    oAdd("write", [&oSet, dNodes](benchmark::State& oState) {
         std::size_t uBytes = 0;
         TimeOnce<Contender>(
-            oState, uNodes, [&] { return std::make_unique<Contender>(oSet); },
+            oState, oSet, [&] { return std::make_unique<Contender>(oSet); },
             [&](Contender& o) {
                 o.Write();
                 uBytes = o.Size();

@@ -28,13 +28,17 @@ class Maker {
     }
     void Double(std::uint32_t uName, double dValue) { Add(Kind::Double, uName).dValue = dValue; }
     void Boolean(std::uint32_t uName, bool bValue) { Add(Kind::Boolean, uName).iValue = bValue; }
-    void Text(std::uint32_t uName, const std::string& sText) {
-        Item& oItem = Add(Kind::Text, uName);
-        oItem.pText = Shared(sText);
-        oItem.uText = static_cast<std::uint32_t>(sText.size());
+    void Text(std::uint32_t uName, const std::string& sText) { AddBytes(Kind::Text, uName, sText); }
+    void Binary(std::uint32_t uName, const std::string& sBytes) {
+        AddBytes(Kind::Binary, uName, sBytes);
     }
 
   private:
+    void AddBytes(Kind eKind, std::uint32_t uName, const std::string& sBytes) {
+        Item& oItem = Add(eKind, uName);
+        oItem.pText = Shared(sBytes);
+        oItem.uText = static_cast<std::uint32_t>(sBytes.size());
+    }
     Item& Add(Kind eKind, std::uint32_t uName) {
         Item oItem{};
         oItem.eKind = eKind;
@@ -209,6 +213,25 @@ Set MakeDeep() {
     return oSet;
 }
 
+Set MakeBlobs() {
+    Set oSet;
+    oSet.sName = "blobs";
+    Maker m(oSet);
+    constexpr std::uint32_t COUNT = 64, BYTES = 64 * 1024;
+    m.Map(m.Name("root"), 1);
+    m.List(m.Name("blobs"), COUNT);
+    const std::uint32_t uBlob = m.Name("blob");
+    std::mt19937 oRandom(5);
+    std::string sBytes(BYTES, '\0');
+    for (std::uint32_t u = 0; u < COUNT; ++u) {
+        for (char& c : sBytes) c = static_cast<char>(oRandom());
+        m.Binary(uBlob, sBytes);
+    }
+    oSet.lookups = {m.Name("blobs")};
+    oSet.uMaps = 1;
+    return oSet;
+}
+
 // Made once, by who asks first.
 template <Set (*MAKE)()>
 const Set& Made() {
@@ -235,6 +258,9 @@ const Set& Names() {
 }
 const Set& Deep() {
     return Made<MakeDeep>();
+}
+const Set& Blobs() {
+    return Made<MakeBlobs>();
 }
 
 }  // namespace bench

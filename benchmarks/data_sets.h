@@ -9,7 +9,7 @@
 
 namespace bench {
 
-enum class Kind : std::uint8_t { Map, List, Integer, Double, Boolean, Text };
+enum class Kind : std::uint8_t { Map, List, Integer, Double, Boolean, Text, Binary };
 
 // A node in pre-order. The children of a map have different names, those of a list all the
 // same one, which formats without names for elements leave out.
@@ -20,7 +20,7 @@ struct Item {
     union {
         std::int32_t iValue;  // Integer, Boolean
         double dValue;        // Double
-        const char* pText;    // Text, in Set::texts, NUL-terminated
+        const char* pText;    // Text, Binary, in Set::texts, NUL-terminated
     };
     std::uint32_t uText = 0;  // its length
 };
@@ -50,6 +50,8 @@ const Set& Numbers();
 const Set& Names();
 // 100 chains of 200 objects, each inside the one before: 60,001 nodes.
 const Set& Deep();
+// 64 blocks of 64 KiB.
+const Set& Blobs();
 
 }  // namespace bench
 

@@ -1,4 +1,6 @@
 // The way of a host: an object that writes itself node by node.
+#include <span>
+
 #include "benchmarks/contender.h"
 #include "serializer/serializer.h"
 
@@ -6,6 +8,7 @@ namespace bench {
 
 namespace {
 
+using Velmar::Q7R::Serializer::Byte;
 using Velmar::Q7R::Serializer::ISerialisable;
 using Velmar::Q7R::Serializer::Node;
 using Velmar::Q7R::Serializer::Serializer;
@@ -31,6 +34,11 @@ class Host : public ISerialisable {
                 case Kind::Double: node.AddValue(sName, oItem.dValue); break;
                 case Kind::Boolean: node.AddValue(sName, oItem.iValue != 0); break;
                 case Kind::Text: node.AddValue(sName, oItem.pText); break;
+                case Kind::Binary: {
+                    const auto* pBytes = reinterpret_cast<const Byte*>(oItem.pText);
+                    node.AddValue(sName, std::span<const Byte>(pBytes, oItem.uText));
+                    break;
+                }
                 case Kind::Map:
                 case Kind::List: {
                     Node oSub = node.AddSubnode(sName);

@@ -35,8 +35,9 @@ std::vector<Flat> MakeFlat(const Set& oSet) {
         o.eKind = oItem.eKind;
         if (oItem.eKind == Kind::Double) o.dValue = oItem.dValue;
         if (oItem.eKind == Kind::Integer || oItem.eKind == Kind::Boolean) o.iValue = oItem.iValue;
-        if (oItem.eKind == Kind::Text) o.pText = oItem.pText;
-        o.uText = oItem.uText + 1;
+        const bool bBytes = oItem.eKind == Kind::Binary;
+        if (oItem.eKind == Kind::Text || bBytes) o.pText = oItem.pText;
+        o.uText = bBytes ? oItem.uText : oItem.uText + 1;
         aoFlat.push_back(o);
     }
     return aoFlat;
@@ -46,6 +47,13 @@ template <class T>
 char* Put(char* p, T tValue) {
     std::memcpy(p, &tValue, sizeof(T));
     return p + sizeof(T);
+}
+
+// More than Emit will write.
+std::size_t RoomFor(const std::vector<Flat>& aoFlat) {
+    std::size_t uRoom = 0;
+    for (const Flat& o : aoFlat) uRoom += sizeof(Flat) + o.uText;
+    return uRoom;
 }
 
 char* Emit(const std::vector<Flat>& aoFlat, char* p) {
@@ -67,7 +75,8 @@ char* Emit(const std::vector<Flat>& aoFlat, char* p) {
                 *p++ = static_cast<char>(o.iValue);
                 break;
             case Kind::Text:
-                *p++ = 5;
+            case Kind::Binary:
+                *p++ = o.eKind == Kind::Text ? 5 : 8;
                 p = Put(p, o.uText);
                 std::memcpy(p, o.pText, o.uText);
                 p += o.uText;
@@ -87,7 +96,7 @@ void RegisterFloor(const Set& oSet) {
     benchmark::RegisterBenchmark((sPrefix + "flat-loop").c_str(), [&oSet, dNodes](
                                                                       benchmark::State& oState) {
         const std::vector<Flat> aoFlat = MakeFlat(oSet);
-        std::vector<char> aBytes(oSet.items.size() * 128);
+        std::vector<char> aBytes(RoomFor(aoFlat));
         std::size_t uSize = 0;
         for (auto _ : oState) {
             uSize = static_cast<std::size_t>(Emit(aoFlat, aBytes.data()) - aBytes.data());
@@ -98,7 +107,7 @@ void RegisterFloor(const Set& oSet) {
     benchmark::RegisterBenchmark((sPrefix + "memcpy").c_str(), [&oSet,
                                                                 dNodes](benchmark::State& oState) {
         const std::vector<Flat> aoFlat = MakeFlat(oSet);
-        std::vector<char> aBytes(oSet.items.size() * 128);
+        std::vector<char> aBytes(RoomFor(aoFlat));
         const auto uSize = static_cast<std::size_t>(Emit(aoFlat, aBytes.data()) - aBytes.data());
         std::vector<char> aCopy(uSize);
         for (auto _ : oState) {

@@ -114,7 +114,8 @@ constexpr struct {
     const char* sName;
     const bench::Set& (*pMake)();
 } SETS[] = {{"orders", bench::Orders},   {"config", bench::Config}, {"small", bench::Small},
-            {"numbers", bench::Numbers}, {"names", bench::Names},   {"deep", bench::Deep}};
+            {"numbers", bench::Numbers}, {"names", bench::Names},   {"deep", bench::Deep},
+            {"blobs", bench::Blobs}};
 
 void RegisterAll(const bench::Set& oSet) {
     bench::RegisterFloor(oSet);
@@ -135,7 +136,7 @@ void PrintColumns(const bench::Set& oSet) {
     } COLUMNS[] = {
         {"/vok/build", uNodes},
         {"/vok-keys/build", uNodes},
-        {"/vok/write", uNodes * bench::ThingsAtOnce(uNodes)},
+        {"/vok/write", uNodes * bench::ThingsAtOnce(oSet)},
         {"/vok/write reused", uNodes},
         {"/vok/read", uNodes},
         {"/vok/read reused", uNodes},

@@ -65,6 +65,10 @@ class Msgpack {
             case Kind::Double: oInto = object(oItem.dValue); break;
             case Kind::Boolean: oInto = object(oItem.iValue != 0); break;
             case Kind::Text: oInto = OwnText(oItem.pText, oItem.uText); break;
+            case Kind::Binary:
+                oInto = OwnText(oItem.pText, oItem.uText);
+                oInto.type = msgpack::type::BIN;  // which holds the same as a text
+                break;
             case Kind::Map: {
                 oInto.type = msgpack::type::MAP;
                 oInto.via.map.size = oItem.uChildren;
@@ -110,6 +114,7 @@ class Msgpack {
             case msgpack::type::BOOLEAN: return o.via.boolean;
             case msgpack::type::FLOAT64: return static_cast<std::uint64_t>(o.via.f64);
             case msgpack::type::STR: return o.via.str.size;
+            case msgpack::type::BIN: return o.via.bin.size;
             case msgpack::type::MAP: {
                 std::uint64_t uSum = 1;
                 for (std::uint32_t u = 0; u < o.via.map.size; ++u) {

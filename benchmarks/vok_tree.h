@@ -20,6 +20,7 @@ void BuildTree(const Set& oSet, vok::Data& oNode, std::uint32_t uChildren, std::
             case Kind::Double: oNode.AddDbl(oName, oItem.dValue); break;
             case Kind::Boolean: oNode.AddBool(oName, oItem.iValue != 0); break;
             case Kind::Text: oNode.AddStr(oName, {oItem.pText, oItem.uText}); break;
+            case Kind::Binary: oNode.AddBin(oName, oItem.pText, oItem.uText); break;
             case Kind::Map:
             case Kind::List:
                 oNode.SetToNewSucc(oName);

@@ -35,8 +35,8 @@ struct XmlPair {
 };
 
 void AddXmlValue(XmlPair& oOut, Script& oScript) {
-    static constexpr const char* TYPES[] = {"i4",  "r8", "boolean", "i8",
-                                            "ui1", "r4", "string",  "x"};
+    static constexpr const char* TYPES[] = {"i4",         "r8", "boolean", "i8",
+                                            "bin.base64", "r4", "string",  "x"};
     const unsigned uWhat = oScript.Byte();
     if (uWhat < 128) oOut.Add(" dt:dt=\"" + std::string(TYPES[uWhat % std::size(TYPES)]) + "\"");
     oOut.CloseTag();

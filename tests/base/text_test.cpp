@@ -1,10 +1,14 @@
-// UTF-8 sequences, numbers and dates as text.
+// UTF-8 sequences, numbers, dates and bytes as text.
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <limits>
+#include <optional>
+#include <random>
 #include <string>
+#include <vector>
 
+#include "vok/base/base64.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
@@ -97,6 +101,69 @@ TEST(Number, Text) {
         EXPECT_EQ(ParseLong(oRow.sText, &pEnd), oRow.iValue) << oRow.sText;
         EXPECT_EQ(pEnd - oRow.sText, oRow.iUsed) << oRow.sText;
     }
+}
+
+// Bit by bit, as the standard tells it. The bytes of a text, or nothing for one that is none.
+std::optional<std::string> SlowBase64(std::string_view sText) {
+    constexpr std::string_view DIGITS =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::vector<bool> abBit;
+    std::size_t uPadding = 0;
+    for (const char c : sText) {
+        if (c == ' ' || c == '\t' || c == '\r' || c == '\n') continue;
+        const std::size_t uDigit = DIGITS.find(c);
+        if (c == '=') {
+            ++uPadding;
+        } else if (uDigit == std::string_view::npos || uPadding != 0) {
+            return std::nullopt;
+        } else {
+            for (int i = 5; i >= 0; --i) abBit.push_back((uDigit >> i & 1) != 0);
+        }
+    }
+    const std::size_t uRest = abBit.size() / 6 % 4;
+    if (uRest == 1 || uPadding > 2 || (uPadding != 0 && uRest + uPadding != 4)) return std::nullopt;
+    std::string sBytes(abBit.size() / 8, '\0');
+    for (std::size_t u = 0; u < 8 * sBytes.size(); ++u) {
+        sBytes[u / 8] = static_cast<char>(static_cast<u0_t>(sBytes[u / 8]) << 1 | abBit[u]);
+    }
+    return sBytes;
+}
+
+void CheckBase64(const std::string& sText) {
+    Arr<char> oOut;
+    oOut.Add("before", 6);
+    const std::optional<std::string> sExpected = SlowBase64(sText);
+    EXPECT_EQ(DecodeBase64(sText, oOut), sExpected.has_value()) << sText;
+    EXPECT_EQ(std::string(oOut.Beg(), oOut.Size()), "before" + sExpected.value_or("")) << sText;
+}
+
+TEST(Base64, AgainstASlowOne) {
+    std::mt19937 oRandom(7);
+    std::string sBytes;
+    for (unsigned uSize = 0; uSize < 70; ++uSize) {
+        std::string sText(Base64Size(uSize), '\0');
+        EncodeBase64(sBytes.data(), uSize, sText.data());
+        EXPECT_EQ(SlowBase64(sText), sBytes) << uSize;
+        // Whole, without its padding, cut off, with more behind it.
+        for (std::size_t u = sText.size() < 5 ? 0 : sText.size() - 5; u <= sText.size(); ++u) {
+            CheckBase64(sText.substr(0, u));
+            CheckBase64(sText.substr(0, u) + "AAAAAAAAA");
+        }
+        // Another character at every place, and a line break in front of every place.
+        for (std::size_t u = 0; u < sText.size(); ++u) {
+            for (const char c :
+                 {' ', '\n', '=', '-', '\0', '\x80', '\xFF', '@', '[', '`', '{', ':'}) {
+                std::string sOther = sText;
+                sOther[u] = c;
+                CheckBase64(sOther);
+            }
+            CheckBase64(std::string(sText).insert(u, "\r\n"));
+        }
+        sBytes += static_cast<char>(oRandom());
+    }
+    // Every character between digits.
+    for (int i = 0; i < 256; ++i)
+        CheckBase64("AAAA" + std::string(1, static_cast<char>(i)) + "AAAAAAA");
 }
 
 TEST(Date, FieldsAgainstTheCalendarOfTheStandardLibrary) {

@@ -143,7 +143,8 @@ TEST(Xml, FlagsOfTheLoader) {
 // An element with all that the loader has a fast and a slow way for; sBlank goes into its tags.
 std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
     static const char* const NAMES[] = {"a", "b.c", "br", "_x0062_r", "\xC3\xA4", "_x0041_"};
-    static const char* const TYPES[] = {"", " dt:dt=\"i4\"", " dt:dt=\"r8\"", " dt:dt=\"boolean\""};
+    static const char* const TYPES[] = {"", " dt:dt=\"i4\"", " dt:dt=\"r8\"", " dt:dt=\"boolean\"",
+                                        " dt:dt=\"bin.base64\""};
     static const char* const TEXTS[] = {"",
                                         " ",
                                         "\n\t",
@@ -154,7 +155,12 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
                                         "0",
                                         "-17",
                                         "010",
+                                        "2147483647",
+                                        "2147483648",
+                                        "-2147483648",
+                                        "-2147483649",
                                         "9999999999",
+                                        "12345678901",
                                         "1.5e3",
                                         "1e999",
                                         "NaN",
@@ -165,6 +171,9 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
                                         "<![CDATA[ ]]>",
                                         "<![CDATA[]]>",
                                         "<![CDATA[a]]b]]>",
+                                        "<![CDATA[AAEC\n/w==]]>",
+                                        "<![CDATA[A]]>",
+                                        "<![CDATA[>]]>",
                                         "<b x='1'/>"};
     const auto oOne = [&](const auto& as) -> std::string {
         return as[Below(oRandom, std::size(as))];
@@ -522,6 +531,23 @@ TEST(Xml, SavingHoldsOnePiece) {
     EXPECT_EQ(oOut.uBytes, Saved(oRoot).size());
 }
 
+// Blocks are encoded in pieces, into memory or what is written piece by piece.
+TEST(Xml, LengthsOfBlocks) {
+    std::string sBytes(10'000, '\0');
+    std::mt19937 oRandom(3);
+    for (char& c : sBytes) c = static_cast<char>(oRandom());
+    Data oTree = NewTree();
+    for (const u2_t uSize : {0u, 1u, 3071u, 3072u, 3073u, 6144u, 9217u}) {
+        oTree.AddBin("b", sBytes.data(), uSize);
+    }
+    Drop_Stream oOut;
+    oTree.SaveToXML(oOut);
+    const std::string sText = Saved(oTree);
+    EXPECT_EQ(Joined(oOut.m_oWritten), sText);
+    EXPECT_TRUE(Data::Equal(Loaded(sText), oTree));
+    EXPECT_TRUE(Data::Equal(Loaded(sText + PADDING), oTree));
+}
+
 // Tokens that end where the pieces end that a stream is read in.
 TEST(Xml, EndsOfPieces) {
     constexpr std::size_t PIECE = 256 * 1024;
@@ -645,6 +671,11 @@ TEST(Xml, LimitsHold) {
         {LIMIT_TEXT_BYTES, "<a>x<!---->yz</a>", "<a>x<!---->yz1</a>"},
         {LIMIT_TEXT_BYTES, "<a><![CDATA[xyz]]></a>", "<a><![CDATA[xyz1]]></a>"},
         {LIMIT_TEXT_BYTES, "<a b='&lt;yz'/>", "<a b='wxyz'/>"},
+        {LIMIT_TEXT_BYTES, "<a><b>xyz</b></a>", "<a><b>wxyz</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"i4\">-12</b></a>", "<a><b dt:dt=\"i4\">-123</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"r8\">1.5</b></a>", "<a><b dt:dt=\"r8\">1.25</b></a>"},
+        {LIMIT_TEXT_BYTES, "<a><b dt:dt=\"bin.base64\"><![CDATA[AAA]]></b></a>",
+         "<a><b dt:dt=\"bin.base64\"><![CDATA[AAAA]]></b></a>"},
     };
     for (const auto& o : aoCases) {
         // What was there before does not count.
@@ -652,10 +683,15 @@ TEST(Xml, LimitsHold) {
         for (int i = 0; i < 9; ++i) oFull.SetToNewSucc("x");
         EXPECT_EQ(ErrorFrom(0, o.sGood, oFull, nullptr, AtMost(o.oLimit, 3)), "");
         Data oTree;
-        EXPECT_EQ(ErrorFrom(0, o.sGood, oTree, nullptr, AtMost(o.oLimit, 3)), "");
-        oTree.Clear();
-        EXPECT_EQ(Failing([&] { oTree.LoadFromXMLString(o.sBad, 0, AtMost(o.oLimit, 3)); }),
-                  Exceeded(o.oLimit, 3));
+        // Also to elements that are read the fast way.
+        for (const std::string& sBehind : {""s, PADDING}) {
+            const std::string sGood = o.sGood + sBehind;
+            EXPECT_EQ(ErrorFrom(0, sGood, oTree = Data(), nullptr, AtMost(o.oLimit, 3)), "");
+            const std::string sBad = o.sBad + sBehind;
+            EXPECT_EQ(ErrorFrom(0, sBad, oTree = Data(), nullptr, AtMost(o.oLimit, 3)),
+                      Exceeded(o.oLimit, 3))
+                << sBad;
+        }
     }
     // A tag is no text, however it meets the pieces of a stream.
     const std::string sLong = "<a" + std::string(300000, ' ') + ">xyz</a>";

@@ -124,7 +124,11 @@ void AddEscape(Arr<char>& oOut, u2_t uCode) {
 std::size_t NameLength(std::string_view sText) noexcept {
     const char* p = sText.data();
     const char* pEnd = p + sText.size();
-    while (p != pEnd) {
+    if (p == pEnd || !Is(*p, NAME_START)) return 0;
+    for (;;) {
+        u0_t uSeen;
+        p += AsciiNameLength({p, static_cast<std::size_t>(pEnd - p)}, uSeen);
+        if (p == pEnd) break;
         const unsigned uLength = NameCharacterLength(p, pEnd, p == sText.data());
         if (uLength == 0) break;
         p += uLength;
@@ -248,7 +252,11 @@ void DecodeName(Arr<char>& oOut, std::string_view sName) {
 }
 
 bool IsVerbatimName(std::string_view sName) noexcept {
-    if (sName.empty() || NameLength(sName) != sName.size()) return false;
+    if (sName.empty() || !Is(sName[0], NAME_START)) return false;
+    u0_t uSeen;
+    const bool bAscii = AsciiNameLength(sName, uSeen) == sName.size();
+    if (!bAscii && NameLength(sName) != sName.size()) return false;
+    if ((uSeen & ESCAPE) == 0 && bAscii) return true;
     if (!HasEscapes(sName)) return true;
     for (std::size_t u = 0; u < sName.size(); ++u) {
         std::size_t uLength;

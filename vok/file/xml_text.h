@@ -15,8 +15,10 @@ enum Class : u0_t {
     NAME_START = 1,
     NAME = 2,
     BLANK = 4,
-    INERT = 8,     // means nothing in a text or a value, and is no NUL
-    CONTROL = 16,  // has to be written as a reference to survive in a value
+    INERT = 8,        // means nothing in a text or a value, and is no NUL
+    CONTROL = 16,     // has to be written as a reference to survive in a value
+    ASCII_NAME = 32,  // part of a name, and below 0x80
+    ESCAPE = 64,      // starts an escape in a name if what follows does, too
 };
 
 inline constexpr std::array<u0_t, 256> CLASSES = [] {
@@ -26,6 +28,8 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
         const bool bStart = bLetter || u == '_' || u == ':' || u >= 0x80;
         if (bStart) au[u] |= NAME_START;
         if (bStart || (u >= '0' && u <= '9') || u == '-' || u == '.') au[u] |= NAME;
+        if ((au[u] & NAME) != 0 && u < 0x80) au[u] |= ASCII_NAME;
+        if (u == '_') au[u] |= ESCAPE;
         if (u == ' ' || u == '\t' || u == '\r' || u == '\n') au[u] |= BLANK;
         if (u != 0 && u != '<' && u != '&' && u != '>' && u != '"' && u != '\'') au[u] |= INERT;
         if (u < 0x20) au[u] |= CONTROL;
@@ -42,6 +46,16 @@ inline constexpr std::array<u0_t, 256> CLASSES = [] {
         if (!Is(c, BLANK)) return false;
     }
     return true;
+}
+
+// Bytes at the start of a text that are ASCII and may stand in a name; uSeen receives the classes
+// that any of them has.
+[[nodiscard]] inline std::size_t AsciiNameLength(std::string_view sText, u0_t& uSeen) noexcept {
+    std::size_t u = 0;
+    for (uSeen = 0; u < sText.size() && Is(sText[u], ASCII_NAME); ++u) {
+        uSeen |= CLASSES[static_cast<u0_t>(sText[u])];
+    }
+    return u;
 }
 
 // Bytes of the name at the start of a text (XML 1.0, productions 4 and 4a); 0 when there is

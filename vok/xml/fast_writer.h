@@ -18,6 +18,18 @@ inline char* PutText(char* p, std::string_view s) noexcept {
     return p + s.size();
 }
 
+// The same for a text of the heap or a table of names that is not empty, behind which SLACK bytes
+// can be read and written: pieces of that size are quicker than asking how many bytes there are.
+inline char* PutPieces(char* p, const char* pText, std::size_t uSize) noexcept {
+    static_assert(Hash::SLACK == Data_Heap::SLACK);
+    std::size_t u = 0;
+    do {
+        std::memcpy(p + u, pText + u, Hash::SLACK);
+        u += Hash::SLACK;
+    } while (u < uSize);
+    return p + uSize;
+}
+
 template <class Sink>
 inline void XmlWriter<Sink>::WriteFastElements() {
     Frame& f = m_oFrame.Last();
@@ -33,7 +45,7 @@ inline void XmlWriter<Sink>::WriteFastElements() {
         if ((FAST_TYPES >> eType & 1u) == 0 || !IsVerbatim(oNode.uKey)) break;
         if ((m_bAttributes && m_oBase.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
         const Hash_Text& oName = pNames[oNode.uKey];
-        if (oName.uLength > Hash::SLACK) break;
+        if (oName.uLength > SHORT_NAME) break;
         if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {
             m_oSink.Cut(p);
             p = m_oSink.Space(PLAIN_ROOM);
@@ -42,8 +54,7 @@ inline void XmlWriter<Sink>::WriteFastElements() {
         char* const pBegin = p;
         p = StoreTabs(p);
         *p++ = '<';
-        std::memcpy(p, oName.sText, Hash::SLACK);
-        p += oName.uLength;
+        p = PutPieces(p, oName.sText, oName.uLength);
         switch (eType) {
             case Node::Integer:
                 p = PutText(p, xml::TypeTag<Node::Integer>::TEXT);
@@ -66,15 +77,14 @@ inline void XmlWriter<Sink>::WriteFastElements() {
                 }
                 *p++ = '>';
                 p = PutText(p, xml::CDATA);
-                for (std::size_t u = 0; u < uSize; u += 16) std::memcpy(p + u, pText + u, 16);
-                p = PutText(p + uSize, xml::CDATA_END);
+                if (uSize != 0) p = PutPieces(p, pText, uSize);
+                p = PutText(p, xml::CDATA_END);
                 break;
             }
             default: p = PutText(p, "/>\n"); continue;
         }
         p = PutText(p, "</");
-        std::memcpy(p, oName.sText, Hash::SLACK);
-        p = PutText(p + oName.uLength, ">\n");
+        p = PutText(PutPieces(p, oName.sText, oName.uLength), ">\n");
     }
     m_oSink.Cut(p);
 }

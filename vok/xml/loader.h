@@ -159,6 +159,8 @@ class XmlLoader {
     [[nodiscard]] static bool ParseNoDate(std::string_view sText, double& dSeconds) noexcept;
     void SetQuad(u2_t uId, std::string_view sText);
     void SetBlock(u2_t uId, std::string_view sText);
+    // Adds the bytes of a text in base64 and gives the value of a block; false for any other text.
+    bool AddBlock(std::string_view sText, u3_t& uValue);
 
     // ---- the fast way -----------------------------------------------------
 
@@ -178,7 +180,9 @@ class XmlLoader {
     [[nodiscard]] u2_t ScanName(const char* p);
     [[nodiscard]] Content FastContent(const char*& p, const Hash_Text& oName, Node& oNode);
     [[nodiscard]] Content FastCdata(const char*& p, const Hash_Text& oName, Node& oNode);
-    [[nodiscard]] Content FastTyped(const char*& p, const Hash_Text& oName, Node& oNode) const;
+    [[nodiscard]] Content FastTyped(const char*& p, const Hash_Text& oName, Node& oNode);
+    [[nodiscard]] const char* FastBlock(const char* p, const Hash_Text& oName, u3_t& uBlock);
+    [[nodiscard]] u2_t PlaceText(std::string_view sText);
     [[nodiscard]] bool AddFastText(Node& oNode, std::string_view sText);
 
     Data_Base& m_oBase;

@@ -167,10 +167,17 @@ void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
+    u3_t uValue;
+    if (!AddBlock(sText, uValue)) RaiseUnknownText(sText);
+    m_oBase.m_oNode(uId).SetValue64(uValue);
+}
+
+bool XmlLoader::AddBlock(std::string_view sText, u3_t& uValue) {
     m_oBlock.Truncate(0);
-    if (!DecodeBase64(sText, m_oBlock)) RaiseUnknownText(sText);
+    if (!DecodeBase64(sText, m_oBlock)) return false;
     const u2_t uOffset = m_oBase.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
-    m_oBase.m_oNode(uId).SetValue64(u3_t{m_oBlock.Size()} << 32 | uOffset);
+    uValue = u3_t{m_oBlock.Size()} << 32 | uOffset;
+    return true;
 }
 
 }  // namespace vok::detail

@@ -139,12 +139,11 @@ void XmlWriter<Sink>::WriteValue(u2_t uId) {
         case Node::Binary: {
             StartTyped(oNode.GetType());
             Add(xml::CDATA);
-            for (std::size_t u = 0; u < oNode.uWord3; u += PIECE) {
-                const std::size_t uSize = std::min(oNode.uWord3 - u, PIECE);
-                m_oValue.Truncate(0);
-                EncodeBase64(m_oBase.m_oHeap.At(oNode.uWord2) + u, uSize,
-                             m_oValue.AddSpace(Base64Size(uSize)));
-                Add({m_oValue.Beg(), m_oValue.Size()});
+            for (std::size_t u = 0; u < oNode.uWord3; u += BLOCK_PIECE) {
+                const std::size_t uSize = std::min(oNode.uWord3 - u, BLOCK_PIECE);
+                char* const p = m_oSink.Space(Base64Size(uSize));
+                EncodeBase64(m_oBase.m_oHeap.At(oNode.uWord2) + u, uSize, p);
+                m_oSink.Cut(p + Base64Size(uSize));
             }
             Add(xml::CDATA_END);
             return WriteEndTag(uId);

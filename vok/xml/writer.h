@@ -9,6 +9,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "vok/base/base64.h"
 #include "vok/data/id_map.h"
 #include "vok/data/store.h"
 #include "vok/file/sinks.h"
@@ -56,12 +57,15 @@ class XmlWriter {
 
     static constexpr u2_t TO_COME = 0xFFFFFFFF;
 
-    // Long values are converted in pieces; base64 takes three bytes at a time.
+    // Long values are converted in pieces: base64, of three bytes at a time, in its place.
     static constexpr std::size_t PIECE = 3 << 14;
+    static constexpr std::size_t BLOCK_PIECE = 3 << 10;
+    static_assert(Base64Size(BLOCK_PIECE) <= PieceSink::LARGEST_SPACE);
     static constexpr u2_t FAST_TYPES = 1u << Node::Integer | 1u << Node::Double |
                                        1u << Node::Boolean | 1u << Node::String | 1u << Node::Empty;
+    static constexpr u2_t SHORT_NAME = 64;
     static constexpr u2_t SHORT_TEXT = 64;
-    static constexpr std::size_t PLAIN_ROOM = 2 * Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
+    static constexpr std::size_t PLAIN_ROOM = 2 * SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
 
     void MarkTarget(const Node& oNode) {
         if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) return;
