@@ -35,11 +35,7 @@ class Data_Names : public Hash {
     // What Intern looks at first, for codecs that look at names where they stand in a document.
     [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
     // Whether documents carry a name as it stands. Remembered.
-    [[nodiscard]] bool IsVerbatim(u2_t uKey) {
-        if (!m_oGuess.IsKnown(uKey)) [[unlikely]]
-            m_oGuess.SetVerbatim(uKey, uKey != 0 && !detail::HasReserved((*this)(uKey).View()), Size());
-        return m_oGuess.IsVerbatim(uKey);
-    }
+    [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
 
     // Takes the names of oNew in place of its own.
     void Renew(Hash& oNew) noexcept {
@@ -66,6 +62,7 @@ class Data_Names : public Hash {
 
   private:
     u2_t InternSlow(std::string_view sName);
+    bool LookAt(u2_t uKey);
 
     Hash_Guess m_oGuess;
 };

@@ -308,8 +308,8 @@ class Data_Base {
     Data_Heap m_oHeap;
     Data_Attributes m_oAtt;
     Data_UserTag m_oUserTag;
-    u2_t m_uIndexed = 0;  // nodes below stand in their groups
-    u2_t m_uDead = 0;     // removed nodes
+    u2_t m_uIndexed = 0;          // nodes below stand in their groups
+    u2_t m_uDead = 0;             // removed nodes
     bool m_bFormerNames = false;  // some of the names are those of former trees
 
   private:

@@ -133,17 +133,12 @@ class Reader<Source>::Fast {
         const char* const pStep = m_p + LENGTH;
         const std::size_t uSeen = uAtHand - LENGTH;
         if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > r.m_oLimits.m_uTextBytes) return false;
-        o.uKey = r.GuessName(pStep, uSeen);
-        if (o.uKey != 0) {
-            m_oBase.m_oName.Guess().Confirm(o.uKey);
-        } else {
-            o.uKey = r.ScanName(pStep, uStep);
-            if (o.uKey == 0) return false;
-        }
-        const std::size_t uName = m_oBase.m_oName(o.uKey).uLength;
+        const Name oName = ReadName(pStep, uSeen, uStep);
+        if (oName.uKey == 0) return false;
+        o.uKey = oName.uKey;
         const bool bSameRun = o.uKey == m_uRunKey;
         const u2_t uIndex = bSameRun ? m_uRunCount : 0;
-        if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
+        if (!IsIndex(pStep + oName.uLength + 1, uStep - oName.uLength - 1, uIndex)) return false;
         if (!bSameRun && m_uRunKey != NO_NAME && m_oBase.m_oName.IsLess(o.uKey, m_uRunKey)) {
             return false;
         }
@@ -152,6 +147,13 @@ class Reader<Source>::Fast {
         o.eCode = static_cast<Code>(pStep[uStep]);
         o.pValue = pStep + uStep + 1;
         return true;
+    }
+
+    [[gnu::always_inline]] Name ReadName(const char* p, std::size_t uSeen, std::size_t uStep) {
+        const u2_t uKey = r.GuessName(p, uSeen);
+        if (uKey == 0) return r.ScanName(p, uStep);
+        m_oBase.m_oName.Guess().Confirm(uKey);
+        return {uKey, m_oBase.m_oName(uKey).uLength};
     }
 
     [[gnu::always_inline]] void ReadValue(const Record& o) {
@@ -231,20 +233,28 @@ inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) {
     return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
 }
 
+// Out of line: what the loop keeps in registers is worth more than the call.
 template <class Source>
-inline u2_t Reader<Source>::ScanName(const char* p, std::size_t uStep) {
+[[gnu::noinline]] typename Reader<Source>::Name Reader<Source>::ScanName(const char* p,
+                                                                         std::size_t uStep) {
     std::size_t uName = uStep > 3 && p[uStep - 3] == '[' ? uStep - 3 : 0;
     if (uName == 0) {
         const void* pBracket = std::memchr(p, '[', uStep);
-        if (pBracket == nullptr || pBracket == p) return 0;
+        if (pBracket == nullptr || pBracket == p) return {};
         uName = static_cast<std::size_t>(static_cast<const char*>(pBracket) - p);
     }
     bool bVerbatim = true;
     for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
-    if (!bVerbatim) return 0;
-    const u2_t uKey = m_oBase.m_oName.Insert({p, uName});
+    u2_t uKey;
+    if (bVerbatim) {
+        uKey = m_oBase.m_oName.Insert({p, uName});
+    } else {
+        const u2_t uForm = m_oForm.Find({p, uName});
+        if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
+        uKey = m_oKeyOfForm(uForm);
+    }
     m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
-    return uKey;
+    return {uKey, uName};
 }
 
 template <class Source>

@@ -101,8 +101,12 @@ template <class Source>
 void Reader<Source>::ReadStep() {
     const std::size_t uLength = GetLength();
     if (uLength == 0) RaiseEmptyNodePath();
-    m_oStep.Parse(m_oSource.View(uLength));
+    const std::string_view sStep = m_oSource.View(uLength);
+    m_oStep.Parse(sStep);
     const u2_t uKey = m_oBase.m_oName.Intern(m_oStep.Name());
+    if constexpr (Source::IN_MEMORY) {
+        if (!m_oBase.m_oName.IsVerbatim(uKey)) NoteForm(sStep.substr(0, sStep.find('[')), uKey);
+    }
     if (m_bFirst) {
         m_oBase.m_oNode(0).uKey = uKey;
         m_bFirst = false;
@@ -119,6 +123,13 @@ void Reader<Source>::ReadStep() {
         m_oData.SetAttVal(oAttributes(u).sName, oAttributes(u).sValue);
     }
     if (m_oWork.IsMetered()) NoteBytes(oAttributes.Size() * MOST_PER_NODE);
+}
+
+template <class Source>
+void Reader<Source>::NoteForm(std::string_view sForm, u2_t uKey) {
+    const u2_t uForm = m_oForm.Insert(sForm);
+    if (uForm >= m_oKeyOfForm.Size()) m_oKeyOfForm.Resize(uForm + std::size_t{1});
+    m_oKeyOfForm(uForm) = uKey;
 }
 
 template <class Source>

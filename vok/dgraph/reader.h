@@ -109,8 +109,13 @@ class Reader {
     // The key of the name at p if it is one of those expected, else 0.
     [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize);
 
-    // The key of a name that documents carry as it stands and that "[" ends, else 0.
-    [[nodiscard]] u2_t ScanName(const char* p, std::size_t uStep);
+    // A name in a step text: its key, 0 for one that needs a second look, and its bytes there.
+    struct Name {
+        u2_t uKey = 0;
+        std::size_t uLength = 0;
+    };
+    // That of a name which documents carry as it stands, or which was seen before; "[" ends it.
+    [[nodiscard]] Name ScanName(const char* p, std::size_t uStep);
 
     // Whether the rest of a step text is this index in decimal and its bracket.
     [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
@@ -124,6 +129,7 @@ class Reader {
     void OpenLevel(i2_t iCount);
 
     void ReadStep();
+    void NoteForm(std::string_view sForm, u2_t uKey);
 
     // Appends the node of a record, behind placeholders for the run indexes that it skips.
     void AppendNode(u2_t uKey, i2_t iIndex);
@@ -182,6 +188,9 @@ class Reader {
     u3_t m_uMostNodes;  // nodes there may be before CheckMemory is asked
     u3_t m_uNoted = 0;  // bytes since it was asked
     Step m_oStep;
+    // Names as they stand in the document, where that is not as they are, and their keys.
+    Hash m_oForm;
+    Arr<u2_t> m_oKeyOfForm;
     Arr<Level> m_oLevel;
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;

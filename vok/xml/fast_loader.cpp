@@ -115,7 +115,7 @@ u2_t XmlLoader::ScanName(const char* p) {
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || IsSkipped(sName)) return 0;
     if ((uSeen & xml::ESCAPE) != 0 && xml::HasEscapes(sName)) return 0;
     const u2_t uKey = m_oBase.m_oName.Insert(sName);
-    m_oGuess.Note(uKey, true, m_oBase.m_oName.Size());
+    m_oGuess.Note(uKey, m_oBase.m_oName.Size());
     return uKey;
 }
 

@@ -112,7 +112,11 @@ class XmlLoader {
 
     u2_t InternName(std::string_view sName) {
         const u2_t uKey = m_oBase.m_oName.Intern(Decoded(sName, m_oNameRoom));
-        m_oGuess.Note(uKey, uKey != 0 && !xml::HasEscapes(sName), m_oBase.m_oName.Size());
+        if (uKey != 0 && !xml::HasEscapes(sName)) {
+            m_oGuess.Note(uKey, m_oBase.m_oName.Size());
+        } else {
+            m_oGuess.Confirm(0);
+        }
         return uKey;
     }
 
@@ -201,7 +205,7 @@ class XmlLoader {
     bool m_bBegun = false;  // a tag of any kind was there
     bool m_bDone = false;   // the top element is closed
     bool m_bText = false;   // the current element has a text, if only an empty one
-    Hash_Guess m_oGuess;    // usable are names that documents carry as they stand
+    Hash_Guess m_oGuess;    // of names that documents carry as they stand
     xml::Tag m_oTag;
     Arr<char> m_oText;  // of the current element
     Arr<char> m_oNameRoom;
