@@ -1,5 +1,8 @@
 #include "vok/data/names.h"
 
+#include <algorithm>
+#include <numeric>
+
 namespace vok {
 
 u2_t Data_Names::InternSlow(std::string_view sName) {
@@ -7,6 +10,17 @@ u2_t Data_Names::InternSlow(std::string_view sName) {
         IsAsciiText(sName.data(), sName.size()) ? Insert(sName) : Insert(Utf8_Text(sName).View());
     m_oGuess.Note(uKey, Size());
     return uKey;
+}
+
+Arr<u2_t> Data_Names::Ranks() const {
+    Arr<u2_t> oKey;
+    oKey.Resize(Size());
+    std::iota(oKey.Beg(), oKey.End(), u2_t{0});
+    std::sort(oKey.Beg(), oKey.End(), [this](u2_t uA, u2_t uB) { return IsLess(uA, uB); });
+    Arr<u2_t> oRank;
+    oRank.Resize(Size());
+    for (u2_t u = 0; u < oKey.Size(); ++u) oRank(oKey(u)) = u;
+    return oRank;
 }
 
 bool Data_Names::LookAt(u2_t uKey) {

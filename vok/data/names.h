@@ -32,6 +32,8 @@ class Data_Names : public Hash {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;
     }
 
+    // By key: how many names are below it in byte order.
+    [[nodiscard]] Arr<u2_t> Ranks() const;
     // What Intern looks at first, for codecs that look at names where they stand in a document.
     [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
     // Whether documents carry a name as it stands. Remembered.

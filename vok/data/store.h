@@ -322,13 +322,22 @@ class Data_Base {
     void PrepareAppend(u2_t uParent);
     void DropValueSlow(Node& oNode) noexcept;
     // The order of ids by name.
-    [[nodiscard]] auto ByName() const noexcept {
-        return
-            [this](u2_t uA, u2_t uB) { return m_oName.IsLess(m_oNode(uA).uKey, m_oNode(uB).uKey); };
-    }
+    struct NameOrder {
+        const Data_Base& b;
+
+        [[nodiscard]] u2_t WeightOf(u2_t uId) const noexcept { return b.m_oNode(uId).uKey; }
+        [[nodiscard]] bool IsBelow(u2_t uKey, u2_t uId) const noexcept {
+            return b.m_oName.IsLess(uKey, b.m_oNode(uId).uKey);
+        }
+        bool operator()(u2_t uA, u2_t uB) const noexcept { return IsBelow(WeightOf(uA), uB); }
+    };
+    [[nodiscard]] NameOrder ByName() const noexcept { return {*this}; }
     void Place(u2_t uId);
-    void PlaceOne(u2_t uId);
-    void PlaceNew();
+    template <class Less>
+    void PlaceOne(u2_t uId, const Less& oIsLess);
+    template <class Less>
+    void PlaceNew(const Less& oIsLess);
+    void PlaceByRank();
     const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;
     void GrowGroup(Node& oParent);

@@ -21,7 +21,8 @@ namespace vok {
 // what it leaves is dead until Compact. Nobody else knows these words, but for the dump, which
 // writes and reads them as they are.
 //
-// Less is an order of ids: that of the names of their nodes.
+// Less is an order of ids: that of the names of their nodes. WeightOf(id) is what of an id it
+// compares, IsBelow(weight, id) compares one with another id.
 class Data_Groups {
   public:
     static constexpr u2_t NONE = Data_Node::NONE;
@@ -221,10 +222,11 @@ class Data_Groups {
         if (!IsSorted(uStart) || uSize >= INSERT_UP_TO) return AddUnsorted(uStart, uId);
         u2_t* pFirst = Ids(uStart);
         u2_t* pPlace = pFirst + uSize;
+        const auto oWeight = oIsLess.WeightOf(uId);
         do {
             *pPlace = pPlace[-1];
             --pPlace;
-        } while (pPlace > pFirst && oIsLess(uId, pPlace[-1]));
+        } while (pPlace > pFirst && oIsLess.IsBelow(oWeight, pPlace[-1]));
         *pPlace = uId;
         ++m_oWord(uStart);
     }

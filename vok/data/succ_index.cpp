@@ -10,11 +10,26 @@ namespace {
 // Up to here a run is found by looking at every key of a group: one or two cache lines of
 // node records, without a branch that is hard to predict.
 constexpr u2_t SCAN_UP_TO = 24;
+// From here on ordering names costs less than comparing them does.
+constexpr std::size_t NODES_PER_NAME = 4;
+
+// An order of nodes by the ranks of their names.
+struct RankOrder {
+    const Data_Node* pNode;
+    const u2_t* pRank;
+
+    [[nodiscard]] u2_t WeightOf(u2_t uId) const noexcept { return pRank[pNode[uId].uKey]; }
+    [[nodiscard]] bool IsBelow(u2_t uRank, u2_t uId) const noexcept {
+        return uRank < WeightOf(uId);
+    }
+    bool operator()(u2_t uA, u2_t uB) const noexcept { return WeightOf(uA) < WeightOf(uB); }
+};
 
 }  // namespace
 
 // Puts one node in its parent's group. Nothing is changed if memory runs out.
-inline void Data_Base::PlaceOne(u2_t uId) {
+template <class Less>
+inline void Data_Base::PlaceOne(u2_t uId, const Less& oIsLess) {
     const u2_t uParent = m_oNode(uId).Pred();
     if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
     Node& oParent = m_oNode(uParent);
@@ -22,27 +37,47 @@ inline void Data_Base::PlaceOne(u2_t uId) {
     const bool bFull = oParent.Start() == NONE ||
                        m_oGroup.Placed(oParent.Start()) == m_oGroup.Room(oParent.Start());
     if (bFull) GrowGroup(oParent);
-    m_oGroup.Place(oParent.Start(), uId, ByName());
+    m_oGroup.Place(oParent.Start(), uId, oIsLess);
 }
 
 void Data_Base::Place(u2_t uId) {
-    PlaceOne(uId);
+    PlaceOne(uId, ByName());
 }
 
-void Data_Base::PlaceNew() {
-    while (m_uIndexed < m_oNode.Size()) {
-        PlaceOne(m_uIndexed);
-        ++m_uIndexed;
+template <class Less>
+inline void Data_Base::PlaceNew(const Less& oIsLess) {
+    // Most nodes have the parent of the one before.
+    u2_t uParent = NONE;
+    u2_t uStart = NONE;
+    for (; m_uIndexed < m_oNode.Size(); ++m_uIndexed) {
+        const u2_t uPred = m_oNode(m_uIndexed).Pred();
+        if (uPred == uParent && uStart != NONE && m_oGroup.HasRoom(uStart)) {
+            m_oGroup.Place(uStart, m_uIndexed, oIsLess);
+            continue;
+        }
+        PlaceOne(m_uIndexed, oIsLess);
+        uParent = uPred;
+        uStart = uPred < m_oNode.Size() ? m_oNode(uPred).Start() : NONE;
     }
 }
 
 void Data_Base::PlacePending() {
-    PlaceNew();
+    PlaceNew(ByName());
     if (!m_oGroup.IsAllSorted()) m_oGroup.SortAll(ByName());
 }
 
+// Numbers are compared faster than names: with many nodes to each name it pays to order these
+// first.
+void Data_Base::PlaceByRank() {
+    const Arr<u2_t> oRank = m_oName.Ranks();
+    const RankOrder oIsLess{m_oNode.Beg(), oRank.Beg()};
+    PlaceNew(oIsLess);
+    if (!m_oGroup.IsAllSorted()) m_oGroup.SortAll(oIsLess);
+}
+
 void Data_Base::UpdateSucc() {
-    PlacePending();
+    const std::size_t uNew = m_oNode.Size() - m_uIndexed;
+    uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlacePending();
     if (!m_oGroup.IsWorthCompacting()) return;
     m_oGroup.Compact([this](const auto& oMove) {
         for (Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
@@ -75,7 +110,7 @@ void Data_Base::GrowGroup(Node& oParent) {
 
 // The group of uId with all of its successors in runs; null for one that is in order.
 const Data_Groups::Unsorted* Data_Base::RunsOf(u2_t uId) {
-    PlaceNew();
+    PlaceNew(ByName());
     return m_oGroup.RunsOf(m_oNode(uId).Start(), ByName());
 }
 
