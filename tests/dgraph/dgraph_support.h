@@ -7,7 +7,9 @@
 #include <memory>
 
 #include "tests/support.h"
+#include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/zip/archive.h"
 
 namespace vok {
 
@@ -104,9 +106,7 @@ inline std::string Show(const Data& o) {
 
 // The bytes that a tree is written as.
 inline std::string Save(const Data& oTree) {
-    File_Buf oBuf("w");
-    Dgraph_SaveDGraph(oTree, oBuf);
-    return Content(oBuf);
+    return Written([&](File_Buf& o) { Dgraph_SaveDGraph(oTree, o); });
 }
 inline Data Versioned(int iMinor = 3) {
     Data oRoot = NewTree();
@@ -138,6 +138,22 @@ inline std::string Load(std::string_view sBytes, const Limits& oLimits = {}) {
     FromBoth(sBytes, [&](File_Stream& oIn) { oShown.push_back(LoadFrom(oIn, oLimits)); });
     EXPECT_EQ(oShown[0], oShown[1]);
     return oShown[0];
+}
+// Documents in their wrappings; an archive is made in the current directory.
+inline std::string Compressed(const std::string& sBytes) {
+    Arr<char> oOut;
+    oOut.Add("gone", 4);
+    DGraph_Compress(oOut, sBytes.data(), static_cast<u2_t>(sBytes.size()));
+    return Content(oOut);
+}
+inline std::string Zipped(const Texts& sMembers) {
+    Zip_Archive oZip("made.zip", "w");
+    for (const std::string& s : sMembers) {
+        oZip.OpenNewFile("m");
+        oZip.Write(s.data(), s.size());
+    }
+    oZip.Close();
+    return OnDisk("made.zip");
 }
 inline Data LoadTree(std::string_view sBytes) {
     Data oTree;

@@ -6,10 +6,6 @@ namespace {
 
 constexpr i3_t MOST = 0x7FFFFFFF;
 
-std::string Repeat(const std::string& s, std::size_t uTimes) {
-    return Joined(Texts(uTimes, s));
-}
-
 // Records of one name.
 std::string RunOf(int iCount) {
     std::string s;
@@ -100,6 +96,7 @@ TEST(DgraphLimits, ReportSaysWhetherTheDocumentWasComplete) {
     const std::string sWhole = AllTypes();
     for (std::size_t uSize = 0; uSize <= sWhole.size() + 3; ++uSize) {
         const std::string sBytes = (sWhole + "xyz").substr(0, uSize);
+        (void)Load(sBytes);  // checks that it is the same from memory and from a stream
         FromBoth(sBytes, [&](File_Stream& oIn) {
             Data oTree;
             Load_Report r;
