@@ -1,21 +1,9 @@
 // Documents in streams; that memory and other streams agree is for every test that loads, and
 // for random trees, damaged ones too, the fuzz targets dgraph and roundtrip.
 #include "tests/dgraph/dgraph_support.h"
-#include "vok/file/file.h"
 
 namespace vok {
 namespace {
-
-TEST(DgraphStreams, Files) {
-    const Scratch_Dir oDir;
-    const Data oTree = LoadTree(AllTypes());
-    File oFile("a.dgraph", "w");
-    Dgraph_SaveDGraph(oTree, oFile);
-    oFile.Open("a.dgraph", "r");
-    EXPECT_EQ(OnDisk("a.dgraph"), Save(oTree));
-    EXPECT_TRUE(Dgraph_CanLoadDGraph(oFile));
-    EXPECT_EQ(LoadFrom(oFile), Show(oTree));
-}
 
 TEST(DgraphStreams, DocumentsFollowEachOther) {
     // Whatever the last record is, the position is right behind it.
