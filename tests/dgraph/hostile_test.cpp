@@ -59,11 +59,7 @@ std::string Numbered(unsigned uCount, const std::string& sBefore, const std::str
 
 // XML of lines that differ in a number only.
 std::string Log(unsigned uLines) {
-    const std::string sText(860, 't');
-    std::string s = "<log>";
-    for (unsigned u = 0; u < uLines; ++u)
-        s += "<e n='" + std::to_string(u) + "'>" + sText + "</e>\n";
-    return s + "</log>";
+    return "<log>" + Numbered(uLines, "<e n='", "'>" + std::string(860, 't') + "</e>\n") + "</log>";
 }
 
 struct Case {

@@ -127,13 +127,10 @@ TEST(DgraphReader, RunIndexes) {
         }
         const std::string sDocument = Document(static_cast<i3_t>(o.oSteps.size()), sRecords);
         SCOPED_TRACE(o.oSteps.back());
-        EXPECT_EQ(Load(sDocument), o.sOutcome);
-        FromBoth(sDocument, [&](File_Stream& oIn) {
-            Data oTree;
-            Load_Report oReport;
-            (void)Raised([&] { Dgraph_LoadDGraph(oTree, oIn, {}, &oReport); });
+        for (const auto& [sShown, bGood, oReport] : LoadFromBoth(sDocument)) {
+            EXPECT_EQ(sShown, o.sOutcome);
             EXPECT_EQ(oReport.m_uNodes, o.uNodes);
-        });
+        }
     }
 }
 

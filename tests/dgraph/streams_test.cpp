@@ -14,9 +14,9 @@ TEST(DgraphStreams, DocumentsFollowEachOther) {
         oBuf.Write("ahead", 5);
         for (int i = 0; i < 2; ++i) oBuf.Write(sBytes.data(), sBytes.size());
         oBuf.Seek(5);
-        const std::string sShown = LoadFrom(oBuf);
+        const std::string sShown = LoadFrom(oBuf).sShown;
         EXPECT_EQ(static_cast<std::size_t>(oBuf.Tell()), 5 + sBytes.size());
-        EXPECT_EQ(LoadFrom(oBuf), sShown);
+        EXPECT_EQ(LoadFrom(oBuf).sShown, sShown);
         EXPECT_EQ(oBuf.Remaining(), 0u);
     }
 }
