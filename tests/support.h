@@ -241,6 +241,12 @@ inline std::string Joined(const Texts& oTexts) {
     return sAll;
 }
 
+inline std::string Repeat(const std::string& s, std::size_t uTimes) {
+    std::string sAll;
+    for (; uTimes != 0; --uTimes) sAll += s;
+    return sAll;
+}
+
 // Bytes that deflate to about so many bits each, the same ones every time.
 inline std::string Noise(std::size_t uSize, unsigned uBits, unsigned uSeed = 1) {
     std::mt19937 oRandom(uSeed);
@@ -318,6 +324,17 @@ inline std::string BlockOf(const Data& o) {
     u2_t uSize = 0;
     const void* pData = o.GetValBin(uSize);
     return {static_cast<const char*>(pData), uSize};
+}
+
+// What oWrite writes into an empty buffer.
+template <class F>
+std::string Written(F&& oWrite) {
+    File_Buf oBuf("w");
+    oWrite(oBuf);
+    return Content(oBuf);
+}
+inline std::string DumpOf(const Data& oTree) {
+    return Written([&](File_Buf& o) { oTree.Dump(o); });
 }
 
 // The attributes of a node as "name=value" texts in the order they are delivered.

@@ -355,7 +355,7 @@ TEST_F(MsgLog, MessagesOfThreadsArriveWhole) {
         ++oLines[sLine.substr(sLine.find("> ") + 2)];
     }
     EXPECT_EQ(oLines, oExpected);
-    EXPECT_EQ(Msg_Capture::TakeConsole(), Joined(Texts(4 * ROUNDS, "1 open files (peak 1)\n|")));
+    EXPECT_EQ(Msg_Capture::TakeConsole(), Repeat("1 open files (peak 1)\n|", 4 * ROUNDS));
 }
 
 }  // namespace

@@ -12,23 +12,15 @@ TEST(CreateNode, MakesWhatIsMissing) {
         u2_t uCreated;
         const char* sResult;
     } oRows[] = {
-        {"", 0, "/"},
-        {"/", 0, "/"},
-        {"a/b/c", 3, "/a[0]/b[0]/c[0]"},
-        {"/a/./b/../d", 1, "/a[0]/d[0]"},
-        {"a[2]", 2, "/a[2]"},
-        {"a[1]", 1, "/a[1]"},
+        // clang-format off
+        {"", 0, "/"}, {"/", 0, "/"}, {"a/b/c", 3, "/a[0]/b[0]/c[0]"},
+        {"/a/./b/../d", 1, "/a[0]/d[0]"}, {"a[2]", 2, "/a[2]"}, {"a[1]", 1, "/a[1]"},
         {"a[1]/", 0, "/a[1]"},
-        {"x[3]/y[1]", 6, "/x[3]/y[1]"},
-        {"\b47;[0]", 1, "/\b47;[0]"},
-        {"\b0;", 1, "/\b0;[0]"},
-        {"e[@k=\"1\"]", 1, "/e[0]"},
-        {"e[@k=\"2\"]", 1, "/e[1]"},
-        {"e[@k=\"2\"]", 0, "/e[1]"},
-        {"e[1][@k=\"2\"]", 0, "/e[1]"},
-        {"e[3][@k=\"2\"][@l=\"\"]", 2, "/e[3]"},
-        {"e[@l=\"\"]", 0, "/e[3]"},
-        {"e[2][@k=\"4\"]/f", 2, "/e[2]/f[0]"},
+        {"x[3]/y[1]", 6, "/x[3]/y[1]"}, {"\b47;[0]", 1, "/\b47;[0]"}, {"\b0;", 1, "/\b0;[0]"},
+        {"e[@k=\"1\"]", 1, "/e[0]"}, {"e[@k=\"2\"]", 1, "/e[1]"}, {"e[@k=\"2\"]", 0, "/e[1]"},
+        {"e[1][@k=\"2\"]", 0, "/e[1]"}, {"e[3][@k=\"2\"][@l=\"\"]", 2, "/e[3]"},
+        {"e[@l=\"\"]", 0, "/e[3]"}, {"e[2][@k=\"4\"]/f", 2, "/e[2]/f[0]"},
+        // clang-format on
     };
     for (const auto& oRow : oRows) {
         u2_t uCreated = 99;
@@ -90,11 +82,6 @@ TEST(CreateNode, TakesBackWhatItMade) {
         "big/in/../../two",
         "a[1][@=\"1\"]",
     };
-    const auto oDump = [](const Data& o) {
-        File_Buf oBuf("w");
-        o.Dump(oBuf);
-        return Content(oBuf);
-    };
     for (const char* sPath : PATHS) {
         for (const bool bRead : {false, true}) {
             Data oRoot = NewTree();
@@ -111,12 +98,12 @@ TEST(CreateNode, TakesBackWhatItMade) {
                 oRoot.MakeKey(std::string(s, strcspn(s, "/[")).c_str());
             if (bRead) oRoot.SetAccessMode();
             const Data oBefore = oRoot.MkClone();
-            const std::string sBefore = oDump(oRoot);
+            const std::string sBefore = DumpOf(oRoot);
             u2_t uCreated = 9;
             EXPECT_NE(Failing([&] { oRoot.CreateNode(sPath, &uCreated); }), "") << sPath;
             EXPECT_EQ(uCreated, 0u);
             EXPECT_TRUE(Data::Equal(oBefore, oRoot)) << sPath;
-            EXPECT_EQ(oDump(oRoot), sBefore) << sPath;
+            EXPECT_EQ(DumpOf(oRoot), sBefore) << sPath;
         }
     }
     // Without memory at any point.

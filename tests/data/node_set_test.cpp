@@ -39,28 +39,17 @@ TEST(NodeSet, Selects) {
         const char* sPath;
         const char* sSelected;
     } oRows[] = {
-        {5, "", "/a[0]/b[1] "},
-        {5, "/", "/ "},
-        {5, "//", "/ "},
-        {5, "/a", "/a[0] /a[1] /a[2] "},
-        {5, "/a//", "/a[0] /a[1] /a[2] "},
-        {0, "a[1000000009]", ""},
-        {0, "a[*]", "/a[0] /a[1] /a[2] "},
-        {0, "*[0]", "/\b0;[0] "},
-        {0, "b[0]", ""},  // removed, but it keeps its place
-        {0, "b[1]", "/b[1] "},
-        {0, "b/d", ""},
-        {0, "\b0;", "/\b0;[0] "},
-        {0, "[0]", "/\b0;[0] "},
-        {5, "//.", ALL},  // in the order of ids, whatever the way to them
-        {0, ".//./.", ALL},
-        {0, "//*[@x=\"1\"][@y=\"\"]", "/a[0]/b[1] "},
-        {0, "//*[@y=\"\"]", "/a[0]/b[1] "},
-        {0, "//*[@z=\"\"]", ""},
-        {0, "a/b[1][@x=\"1\"]", "/a[0]/b[1] "},
-        {9, ".", ""},  // from a removed node nothing but the root is to be seen
-        {9, "/a[0]", "/a[0] "},
-        {0, "nobody/../..", ""},
+        // clang-format off
+        {5, "", "/a[0]/b[1] "}, {5, "/", "/ "}, {5, "//", "/ "}, {5, "/a", "/a[0] /a[1] /a[2] "},
+        {5, "/a//", "/a[0] /a[1] /a[2] "}, {0, "a[*]", "/a[0] /a[1] /a[2] "},
+        {0, "*[0]", "/\b0;[0] "}, {0, "\b0;", "/\b0;[0] "}, {0, "[0]", "/\b0;[0] "},
+        {0, "b[0]", ""}, {0, "b[1]", "/b[1] "}, {0, "b/d", ""},  // a removed one keeps its place
+        {5, "//.", ALL}, {0, ".//./.", ALL},  // in the order of ids, whatever the way to them
+        {0, "//*[@x=\"1\"][@y=\"\"]", "/a[0]/b[1] "}, {0, "//*[@y=\"\"]", "/a[0]/b[1] "},
+        {0, "//*[@z=\"\"]", ""}, {0, "a/b[1][@x=\"1\"]", "/a[0]/b[1] "},
+        {0, "a[1000000009]", ""}, {0, "nobody/../..", ""},
+        {9, ".", ""}, {9, "/a[0]", "/a[0] "},  // from a removed node only the root is to be seen
+        // clang-format on
     };
     const Data oRoot = Sample();
     for (const auto& oRow : oRows) {

@@ -16,21 +16,16 @@ std::string Parsed(const char* sPath) {
 
 TEST(Xpath, Parses) {
     const std::pair<const char*, const char*> ROWS[] = {
-        {"", ""},
-        {nullptr, ""},
-        {"/", "Absolute\n"},
-        {"//", "Absolute\nStopEach\n"},
-        {"a/", "Name=\"a\"\n"},
-        {"a//", "Name=\"a\" StopEach\n"},
-        {"//a//b/c", "Absolute\nStopEach\nName=\"a\" StopEach\nName=\"b\"\nName=\"c\"\n"},
-        {"a[1000000009]", "Name=\"a\" [1000000009]\n"},
-        {"a[*]", "Name=\"a\"\n"},
-        {"[3]", "Name=\"\" Empty [3]\n"},
-        {"*[@x=\"\"][7][@y=\"a/b]\"]/c", "Name=\"*\" [7] @x=\"\" @y=\"a/b]\"\nName=\"c\"\n"},
-        {"a[@x y=\"=\"]", "Name=\"a\" @x y=\"=\"\n"},
-        {"./../.a/...", "Name=\".\"\nName=\"..\"\nName=\".a\"\nName=\"...\"\n"},
-        {"a]b\"@=c", "Name=\"a]b\"@=c\"\n"},
+        // clang-format off
+        {"", ""}, {nullptr, ""}, {"/", "Absolute\n"}, {"//", "Absolute\nStopEach\n"},
+        {"a/", "Name=\"a\"\n"}, {"a//", "Name=\"a\" StopEach\n"}, {"a[*]", "Name=\"a\"\n"},
+        {"a[1000000009]", "Name=\"a\" [1000000009]\n"}, {"[3]", "Name=\"\" Empty [3]\n"},
+        {"a[@x y=\"=\"]", "Name=\"a\" @x y=\"=\"\n"}, {"a]b\"@=c", "Name=\"a]b\"@=c\"\n"},
         {"\xE4[@\xFC=\"\xF6\"]", "Name=\"ä\" @ü=\"ö\"\n"},
+        // clang-format on
+        {"//a//b/c", "Absolute\nStopEach\nName=\"a\" StopEach\nName=\"b\"\nName=\"c\"\n"},
+        {"*[@x=\"\"][7][@y=\"a/b]\"]/c", "Name=\"*\" [7] @x=\"\" @y=\"a/b]\"\nName=\"c\"\n"},
+        {"./../.a/...", "Name=\".\"\nName=\"..\"\nName=\".a\"\nName=\"...\"\n"},
         // Escapes are undone where they stand, without effect on what follows.
         {"a\b0;b/c\b47;d", "Name=\"a\"\nName=\"c/d\"\n"},
         {"a[@x\b61;=\"\b34;\b0;lost\"][@y=\"1\"]", "Name=\"a\" @x==\"\"\" @y=\"1\"\n"},
@@ -108,18 +103,12 @@ TEST(Escapes, Encode) {
 
 TEST(Escapes, DecodeLeavesWhatIsNone) {
     const Pair ROWS[] = {
-        {"", ""},
-        {"\b", "\b"},
-        {"\b;", "\b;"},
-        {"\b46", "\b46"},
-        {"\b46x;", "\b46x;"},
-        {"\b\b46;", "\b."},
-        {"\b1114112;", "\b1114112;"},
+        // clang-format off
+        {"", ""}, {"\b", "\b"}, {"\b;", "\b;"}, {"\b46", "\b46"}, {"\b46x;", "\b46x;"},
+        {"\b\b46;", "\b."}, {"\b1114112;", "\b1114112;"}, {"\b000046;", "."}, {"a\b0;b", "a"},
         {"\b99999999999999999999;", "\b99999999999999999999;"},
-        {"\b228;\b8364;\b128512;", "ä€😀"},
-        {"\b000046;", "."},
-        {"a\b0;b", "a"},
-        {"\b8;46;", "\b46;"},  // undone once, not twice
+        {"\b228;\b8364;\b128512;", "ä€😀"}, {"\b8;46;", "\b46;"},  // undone once, not twice
+        // clang-format on
     };
     for (const auto& [sText, sDecoded] : ROWS) EXPECT_EQ(Decoded(sText), sDecoded);
     char sText[] = "\b46;\b47;";

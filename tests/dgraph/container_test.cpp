@@ -3,40 +3,10 @@
 
 #include "tests/dgraph/dgraph_support.h"
 #include "vok/file/file.h"
-#include "vok/zip/archive.h"
 #include "vok/zip/buf.h"
 
 namespace vok {
 namespace {
-
-std::string Zipped(const Texts& sMembers) {
-    Zip_Archive oZip("made.zip", "w");
-    for (const std::string& s : sMembers) {
-        oZip.OpenNewFile("m");
-        oZip.Write(s.data(), s.size());
-    }
-    oZip.Close();
-    return OnDisk("made.zip");
-}
-
-std::string Compressed(const std::string& sBytes) {
-    Arr<char> oOut;
-    oOut.Add("gone", 4);
-    DGraph_Compress(oOut, sBytes.data(), static_cast<u2_t>(sBytes.size()));
-    return Content(oOut);
-}
-
-std::string Xml(const Data& oTree) {
-    File_Buf oBuf("w");
-    oTree.SaveToXML(oBuf);
-    return Content(oBuf);
-}
-
-std::string Dump(const Data& oTree) {
-    File_Buf oBuf("w");
-    oTree.Dump(oBuf);
-    return Content(oBuf);
-}
 
 Data Sample() {
     Data oTree = Versioned();
@@ -66,7 +36,8 @@ TEST(Container, EveryFormInEveryWrapping) {
     const Scratch_Dir oDir;
     const Data oTree = Sample();
     const std::string sShown = Show(oTree);
-    for (const std::string& sForm : {Save(oTree), Xml(oTree), Dump(oTree)}) {
+    const std::string sXml = Written([&](File_Buf& o) { oTree.SaveToXML(o); });
+    for (const std::string& sForm : {Save(oTree), sXml, DumpOf(oTree)}) {
         EXPECT_EQ(LoadBoth(sForm), sShown);
         EXPECT_EQ(LoadBoth(Compressed(sForm)), sShown);
         EXPECT_EQ(LoadBoth(Zipped({sForm})), sShown);

@@ -7,7 +7,9 @@
 #include <memory>
 
 #include "tests/support.h"
+#include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/zip/archive.h"
 
 namespace vok {
 
@@ -104,9 +106,7 @@ inline std::string Show(const Data& o) {
 
 // The bytes that a tree is written as.
 inline std::string Save(const Data& oTree) {
-    File_Buf oBuf("w");
-    Dgraph_SaveDGraph(oTree, oBuf);
-    return Content(oBuf);
+    return Written([&](File_Buf& o) { Dgraph_SaveDGraph(oTree, o); });
 }
 inline Data Versioned(int iMinor = 3) {
     Data oRoot = NewTree();
@@ -114,11 +114,21 @@ inline Data Versioned(int iMinor = 3) {
     return oRoot;
 }
 
-// What loading gives: the tree as text, or the message without its line break.
-inline std::string LoadFrom(File_Stream& oIn, const Limits& oLimits = {}) {
+// What loading gives: the tree as text, or the message without its line break; and the report.
+struct Loaded {
+    std::string sShown;
+    bool bGood = false;
+    Load_Report oReport;
+};
+inline Loaded LoadFrom(File_Stream& oIn, const Limits& oLimits = {}) {
     Data oTree;
-    const std::string s = Failing([&] { Dgraph_LoadDGraph(oTree, oIn, oLimits); });
-    return s.empty() ? Show(oTree) : s;
+    Loaded o;
+    o.oReport.m_oPath = Str("stale");
+    o.oReport.m_uLine = 5;
+    o.sShown = Failing([&] { Dgraph_LoadDGraph(oTree, oIn, oLimits, &o.oReport); });
+    o.bGood = o.sShown.empty();
+    if (o.bGood) o.sShown = Show(oTree);
+    return o;
 }
 // Calls oBody with the bytes in memory and in a foreign stream.
 template <class F>
@@ -132,12 +142,31 @@ void FromBoth(std::string_view sBytes, F&& oBody) {
     oBody(oStream);
     EXPECT_EQ(oBuf.Remaining(), oStream.m_sBytes.size());
 }
-// What loading the bytes gives, which both have to agree on.
+// From memory and from a stream, which have to agree.
+inline std::vector<Loaded> LoadFromBoth(std::string_view sBytes, const Limits& oLimits = {}) {
+    std::vector<Loaded> oBoth;
+    FromBoth(sBytes, [&](File_Stream& oIn) { oBoth.push_back(LoadFrom(oIn, oLimits)); });
+    EXPECT_EQ(oBoth[0].sShown, oBoth[1].sShown);
+    return oBoth;
+}
 inline std::string Load(std::string_view sBytes, const Limits& oLimits = {}) {
-    Texts oShown;
-    FromBoth(sBytes, [&](File_Stream& oIn) { oShown.push_back(LoadFrom(oIn, oLimits)); });
-    EXPECT_EQ(oShown[0], oShown[1]);
-    return oShown[0];
+    return LoadFromBoth(sBytes, oLimits)[0].sShown;
+}
+// Documents in their wrappings; an archive is made in the current directory.
+inline std::string Compressed(const std::string& sBytes) {
+    Arr<char> oOut;
+    oOut.Add("gone", 4);
+    DGraph_Compress(oOut, sBytes.data(), static_cast<u2_t>(sBytes.size()));
+    return Content(oOut);
+}
+inline std::string Zipped(const Texts& sMembers) {
+    Zip_Archive oZip("made.zip", "w");
+    for (const std::string& s : sMembers) {
+        oZip.OpenNewFile("m");
+        oZip.Write(s.data(), s.size());
+    }
+    oZip.Close();
+    return OnDisk("made.zip");
 }
 inline Data LoadTree(std::string_view sBytes) {
     Data oTree;

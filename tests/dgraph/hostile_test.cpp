@@ -3,42 +3,12 @@
 #include <functional>
 
 #include "tests/dgraph/dgraph_support.h"
-#include "vok/dgraph/container.h"
-#include "vok/zip/archive.h"
 
 namespace vok {
 namespace {
 
 constexpr Limit WORK{&Limits::m_uWorkPerByte, "work for a byte", "m_uWorkPerByte"};
 constexpr Limit MEMORY{&Limits::m_uMemoryPerByte, "memory for a byte", "m_uMemoryPerByte"};
-
-std::string Times(std::size_t uTimes, const std::string& s) {
-    std::string sAll = s;
-    while (sAll.size() < uTimes * s.size()) sAll += sAll;
-    sAll.resize(uTimes * s.size());
-    return sAll;
-}
-
-std::string Zlib(const std::string& sBytes) {
-    Arr<char> oOut;
-    DGraph_Compress(oOut, sBytes.data(), static_cast<u2_t>(sBytes.size()));
-    return Content(oOut);
-}
-
-std::string Zipped(const std::string& sBytes) {
-    const Scratch_Dir oDir;
-    Zip_Archive oArchive(Str("a.zip"), "w");
-    oArchive.OpenNewFile(Str("member"));
-    oArchive.Write(sBytes.data(), sBytes.size());
-    oArchive.Close();
-    return OnDisk("a.zip");
-}
-
-std::string DumpOf(const Data& oTree) {
-    File_Buf oBuf("w");
-    oTree.Dump(oBuf);
-    return Content(oBuf);
-}
 
 // Records b[0], b[1], ... with an attribute each.
 std::string Wide(int iCount) {
@@ -56,8 +26,8 @@ std::string LinkAlong(const std::string& sPath) {
 
 // uCount nodes one below the other, then as many links to the last one.
 std::string DeepXml(unsigned uLevels, unsigned uLinks) {
-    return "<r>" + Times(uLevels, "<a>") + "<a CDNodeID='ID1'/>" + Times(uLevels, "</a>") +
-           Times(uLinks, "<b CDNodeIDREF='ID1'/>") + "</r>";
+    return "<r>" + Repeat("<a>", uLevels) + "<a CDNodeID='ID1'/>" + Repeat("</a>", uLevels) +
+           Repeat("<b CDNodeIDREF='ID1'/>", uLinks) + "</r>";
 }
 std::string DeepDgraph(int iLevels, int iLinks) {
     std::string s;
@@ -89,11 +59,7 @@ std::string Numbered(unsigned uCount, const std::string& sBefore, const std::str
 
 // XML of lines that differ in a number only.
 std::string Log(unsigned uLines) {
-    const std::string sText(860, 't');
-    std::string s = "<log>";
-    for (unsigned u = 0; u < uLines; ++u)
-        s += "<e n='" + std::to_string(u) + "'>" + sText + "</e>\n";
-    return s + "</log>";
+    return "<log>" + Numbered(uLines, "<e n='", "'>" + std::string(860, 't') + "</e>\n") + "</log>";
 }
 
 struct Case {
@@ -103,25 +69,31 @@ struct Case {
 };
 
 const Case HOSTILE[] = {
-    {"predicates", [] { return LinkAlong("b" + Times(40'000, "[@a=\"1\"]")); },
+    {"predicates", [] { return LinkAlong("b" + Repeat("[@a=\"1\"]", 40'000)); },
      Exceeded(WORK, 100)},
-    {"predicates, compressed", [] { return Zlib(LinkAlong("b" + Times(400'000, "[@a=\"1\"]"))); },
+    {"predicates, compressed",
+     [] { return Compressed(LinkAlong("b" + Repeat("[@a=\"1\"]", 400'000))); },
      Exceeded(WORK, 100)},
-    {"up and down", [] { return LinkAlong(Times(200'000, "*/../") + "a"); }, Exceeded(WORK, 100)},
-    {"everything again", [] { return LinkAlong(Times(200'000, "//*//..")); }, Exceeded(WORK, 100)},
+    {"up and down", [] { return LinkAlong(Repeat("*/../", 200'000) + "a"); }, Exceeded(WORK, 100)},
+    {"everything again", [] { return LinkAlong(Repeat("//*//..", 200'000)); }, Exceeded(WORK, 100)},
     {"slots", [] { return Document(1, Open("a[1000000]", 0)); }, ""},
     {"too many slots", [] { return Document(1, Open("a[1100000]", 0)); },
      Exceeded(LIMIT_SLOTS, 1 << 20)},
-    {"elements, compressed", [] { return Zlib("<r>" + Times(4'000'000, "<a/>") + "</r>"); },
+    {"elements, compressed", [] { return Compressed("<r>" + Repeat("<a/>", 4'000'000) + "</r>"); },
      Exceeded(MEMORY, 200)},
-    {"elements, zipped", [] { return Zipped("<r>" + Times(3'000'000, "<a/>") + "</r>"); },
+    {"elements, zipped", [] { return Zipped({"<r>" + Repeat("<a/>", 3'000'000) + "</r>"}); },
      Exceeded(MEMORY, 200)},
-    {"names of elements", [] { return Zlib("<r>" + Numbered(200'000, "<a", "/>") + "</r>"); }, ""},
-    {"names of attributes", [] { return Zlib("<r " + Numbered(200'000, "a", "='' ") + "/>"); }, ""},
+    {"names of elements", [] { return Compressed("<r>" + Numbered(200'000, "<a", "/>") + "</r>"); },
+     ""},
+    {"names of attributes",
+     [] { return Compressed("<r " + Numbered(200'000, "a", "='' ") + "/>"); }, ""},
     {"records",
-     [] { return Zlib(Document(3'000'000, Times(1'500'000, Open("a[0]", 0) + Open("b[0]", 0)))); },
+     [] {
+         return Compressed(
+             Document(3'000'000, Repeat(Open("a[0]", 0) + Open("b[0]", 0), 1'500'000)));
+     },
      Exceeded(MEMORY, 200)},
-    {"nothing but blanks", [] { return Zlib(std::string(70'000'000, ' ')); },
+    {"nothing but blanks", [] { return Compressed(std::string(70'000'000, ' ')); },
      Exceeded(MEMORY, 200)},
     {"texts that nodes of a dump share", [] { return DumpOf(Shared(false)); },
      Exceeded(MEMORY, 200)},
@@ -134,6 +106,7 @@ const Case HOSTILE[] = {
 };
 
 TEST(Hostile, NothingCostsMoreThanItsShare) {
+    const Scratch_Dir oDir;
     for (const Case& o : HOSTILE) {
         SCOPED_TRACE(o.sWhat);
         const std::string sBytes = o.oMake();
@@ -153,7 +126,7 @@ TEST(Hostile, NothingCostsMoreThanItsShare) {
 
 TEST(Hostile, LargeOnesThatMeanWellLoad) {
     const std::string sLog = Log(80'000);
-    const std::string sPacked = Zlib(sLog);
+    const std::string sPacked = Compressed(sLog);
     EXPECT_GT(sLog.size() / sPacked.size(), 150u);
     EXPECT_LT(sLog.size() / sPacked.size(), 200u);
     Data oTree;

@@ -27,27 +27,21 @@ TEST(Names, Checks) {
         std::string sWhat;
     };
     const Case CASES[] = {
-        {Attribute, "a/b c.*", GOOD, ""},
-        {Attribute, nullptr, NO_ATTRIBUTE, ""},
-        {Attribute, "", NO_ATTRIBUTE, ""},
+        // clang-format off
+        {Attribute, "a/b c.*", GOOD, ""}, {Attribute, nullptr, NO_ATTRIBUTE, ""},
+        {Attribute, "", NO_ATTRIBUTE, ""}, {Attribute, "\\[", BAD_ATTRIBUTE, "["},
         {Attribute, "a<b>=c", BAD_ATTRIBUTE, "="},  // the first of the list, not of the name
-        {Attribute, "\\[", BAD_ATTRIBUTE, "["},
-        {Name, "...", GOOD, ""},
-        {Name, ".x=b&<>\\", GOOD, ""},
-        {Name, nullptr, NO_NAME, ""},
-        {Name, "", NO_NAME, ""},
-        {Name, ".", RESERVED, "."},
-        {Name, "..", RESERVED, ".."},
+        {Name, "...", GOOD, ""}, {Name, ".x=b&<>\\", GOOD, ""}, {Name, nullptr, NO_NAME, ""},
+        {Name, "", NO_NAME, ""}, {Name, ".", RESERVED, "."}, {Name, "..", RESERVED, ".."},
         {Name, "CDNodeReference", RESERVED, "CDNodeReference"},
-        {Name, "CDNodeReference2", GOOD, ""},
-        {Name, "a\"b'c]d[e/", BAD_NAME, "/"},
-        {Path, "/a/b[2]//c[@k=\"v\"]", GOOD, ""},
-        {Path, "a/../b", RESERVED, ".."},
+        {Name, "CDNodeReference2", GOOD, ""}, {Name, "a\"b'c]d[e/", BAD_NAME, "/"},
+        {Path, "/a/b[2]//c[@k=\"v\"]", GOOD, ""}, {Path, "a/../b", RESERVED, ".."},
         {Path, "a\b47;b", BAD_NAME, "/"},
         // In the first step only the first attribute is looked at, in the second the second.
         {Path, "a[@x<=\"1\"]", BAD_ATTRIBUTE, "<"},
         {Path, "a[@x=\"1\"][@y<=\"1\"]/b[@x<=\"1\"]", GOOD, ""},
         {Path, "a/b[@x=\"1\"][@y<=\"1\"]", BAD_ATTRIBUTE, "<"},
+        // clang-format on
     };
     for (const Case& oCase : CASES) {
         for (const u2_t uLanguage : {Msg::GERMAN, Msg::ENGLISH}) {

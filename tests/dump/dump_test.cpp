@@ -52,12 +52,6 @@ struct Parts {
     }
 };
 
-std::string Dump(const Data& oTree) {
-    File_Buf oBuf("w");
-    oTree.Dump(oBuf);
-    return Content(oBuf);
-}
-
 // The message that loading raises; "" and the tree when there is none.
 std::string Load(std::string_view sBytes, Data& oTree, const Limits& oLimits = {},
                  Load_Report* pReport = nullptr) {
@@ -104,12 +98,12 @@ TEST(Dump, BytesOfASmallTree) {
     oA.SetValInt(7);
     oA.SetAttVal("k", "v");
     oRoot.CreateNewSucc("b").Remove();
-    EXPECT_EQ(Dump(oA), Parts().All());  // from anywhere in the tree
+    EXPECT_EQ(DumpOf(oA), Parts().All());  // from anywhere in the tree
     Data oLoaded = oA;
     EXPECT_EQ(Load(Parts().All(), oLoaded), "");
     EXPECT_EQ(oLoaded.GetId(), 0u);
     EXPECT_TRUE(Data::Equal(oRoot, oLoaded));
-    EXPECT_EQ(Dump(oLoaded), Parts().All());
+    EXPECT_EQ(DumpOf(oLoaded), Parts().All());
     EXPECT_STREQ(oLoaded.GetUserTag().CStr(), "t");
     EXPECT_EQ(oLoaded.GetNthSucc("b", 1).GetType(), Data_Node::Zombi);
     EXPECT_EQ(Raised([&] { Data().Dump(*std::make_unique<File_Buf>("w")); }), "node is empty\n");
@@ -118,7 +112,7 @@ TEST(Dump, BytesOfASmallTree) {
 // Through memory, through a stream that gives a byte at a time, and as a document.
 TEST(Dump, KeepsEverything) {
     const Data oRich = Rich();
-    const std::string sBytes = Dump(oRich);
+    const std::string sBytes = DumpOf(oRich);
     Drop_Stream oOut, oIn(sBytes);
     oRich.Dump(oOut);
     EXPECT_EQ(Joined(oOut.m_oWritten), sBytes);
@@ -131,13 +125,13 @@ TEST(Dump, KeepsEverything) {
     EXPECT_TRUE(oIn.m_sBytes.empty());
     for (const Data& o : {oFirst, oSecond}) {
         EXPECT_TRUE(Data::Equal(oRich, o));
-        EXPECT_EQ(Dump(o), sBytes);
+        EXPECT_EQ(DumpOf(o), sBytes);
     }
     Data oTagged = oRich.MkClone(), oLoaded;
     Dgraph_SetVersion(oTagged, 2, 5, 7);
     File_Buf oBuf("w");
     Dgraph_SaveDGraph(oTagged, oBuf);
-    EXPECT_EQ(Content(oBuf), "DGraphBin\2\5\7"s + std::string(18, '\0') + Dump(oTagged));
+    EXPECT_EQ(Content(oBuf), "DGraphBin\2\5\7"s + std::string(18, '\0') + DumpOf(oTagged));
     oBuf.Seek(0);
     Dgraph_LoadDGraph(oLoaded, oBuf, {}, &oReport);
     EXPECT_EQ(oReport.m_uOffset, oBuf.Size());
@@ -299,7 +293,7 @@ TEST(Dump, HasLimits) {
     Data oDeep = oTree;
     for (int i = 0; i < 5; ++i) oDeep.SetToNewSucc("n");
     oDeep.SetAttVal("a", "123456"), oDeep.SetAttVal("b", "1"), oDeep.SetValStr("1234");
-    const std::string sBytes = Dump(oTree);
+    const std::string sBytes = DumpOf(oTree);
     const std::pair<Limit, u3_t> ENOUGH[] = {
         {LIMIT_NODES, 6}, {LIMIT_DEPTH, 6}, {LIMIT_TEXT_BYTES, 6}, {LIMIT_ATTRIBUTES, 2}};
     for (const auto& [oLimit, uEnough] : ENOUGH) {
@@ -326,7 +320,7 @@ TEST(Dump, MemoryFollowsTheBytes) {
 
 // Every byte changed in some ways, every length: refused, or a tree as good as any.
 TEST(Dump, SurvivesEveryChange) {
-    const std::string sBytes = Dump(Rich());
+    const std::string sBytes = DumpOf(Rich());
     Data oTree;
     for (std::size_t u = 0; u < sBytes.size(); ++u) {
         const auto uOld = static_cast<u0_t>(sBytes[u]);
@@ -343,7 +337,7 @@ TEST(Dump, SurvivesEveryChange) {
 }
 
 TEST(Dump, MemoryRunsOut) {
-    const std::string sBytes = Dump(Rich());
+    const std::string sBytes = DumpOf(Rich());
     for (unsigned uNth = 1;; ++uNth) {
         const Mem_Probe oProbe;
         File_Buf oBuf(sBytes.data(), sBytes.size());
