@@ -245,7 +245,7 @@ TEST(SysPages, KeepTheirBytes) {
 }
 
 TEST(SysPages, CacheHandsOutWhatFits) {
-    PageHeader oBlocks[] = {{8 * MIB, 0}, {2 * MIB, 0}, {32 * MIB, 0}, {23 * MIB, 0}};
+    PageHeader oBlocks[] = {{32 * MIB, 0}, {8 * MIB, 0}, {128 * MIB, 0}, {89 * MIB, 0}};
     PageCache oCache;
     EXPECT_EQ(oCache.Take(1, false), nullptr);
     for (std::size_t u = 0; u < 4; ++u) EXPECT_EQ(oCache.Give(&oBlocks[u]), u < 3) << u;
@@ -254,13 +254,15 @@ TEST(SysPages, CacheHandsOutWhatFits) {
         bool bLargest;
         PageHeader* pBlock;
     } oRows[] = {
-        {33 * MIB, false, nullptr}, {3 * MIB, false, &oBlocks[0]}, {1, true, &oBlocks[2]},
-        {1, false, &oBlocks[1]},    {1, false, nullptr},
+        {129 * MIB, false, nullptr}, {9 * MIB, false, &oBlocks[0]}, {1, true, &oBlocks[2]},
+        {1, false, &oBlocks[1]},     {1, false, nullptr},
     };
     for (const auto& oRow : oRows) EXPECT_EQ(oCache.Take(oRow.uMapped, oRow.bLargest), oRow.pBlock);
-    // No more than eight of them.
-    PageHeader oSmall[9] = {};
-    for (std::size_t u = 0; u < 9; ++u) EXPECT_EQ(oCache.Give(&oSmall[u]), u < 8) << u;
+    // No more than sixteen of them.
+    PageHeader oSmall[17] = {};
+    for (std::size_t u = 0; u < 17; ++u) EXPECT_EQ(oCache.Give(&oSmall[u]), u < 16) << u;
+    EXPECT_TRUE(oCache.IsFirmFor(64 * MIB));
+    EXPECT_FALSE(oCache.IsFirmFor(64 * MIB + 1));
 }
 
 }  // namespace

@@ -23,6 +23,14 @@ static_assert(sizeof(PageHeader) == 16, "blocks are aligned to 16 bytes");
 // Several threads may use one.
 class PageCache {
   public:
+    // Beyond so many bytes the system is told that it may take the pages of a block back, should it
+    // need them: two large trees that are alive in turn then wait for no fresh pages, and nobody
+    // else runs out of memory for that.
+    static constexpr std::size_t FIRM = std::size_t{64} << 20;
+
+    [[nodiscard]] bool IsFirmFor(std::size_t uMapped) const noexcept {
+        return m_uBytes.load(std::memory_order_relaxed) + uMapped <= FIRM;
+    }
     // A block of at least uMapped bytes, null when there is none: the smallest one, or the
     // largest one for an array that goes on growing.
     PageHeader* Take(std::size_t uMapped, bool bLargest) noexcept {
@@ -33,17 +41,17 @@ class PageCache {
             if (pBest == nullptr || (p->uMapped > (*pBest)->uMapped) == bLargest) pBest = &p;
         }
         if (pBest == nullptr) return nullptr;
-        m_uBytes -= (*pBest)->uMapped;
+        m_uBytes.fetch_sub((*pBest)->uMapped, std::memory_order_relaxed);
         return std::exchange(*pBest, nullptr);
     }
     // False when there is no room: the block stays the caller's.
     bool Give(PageHeader* pBlock) noexcept {
         const Guard oGuard(*this);
-        if (pBlock->uMapped > MOST - m_uBytes) return false;
+        if (pBlock->uMapped > MOST - m_uBytes.load(std::memory_order_relaxed)) return false;
         for (PageHeader*& p : m_apBlock) {
             if (p != nullptr) continue;
             p = pBlock;
-            m_uBytes += pBlock->uMapped;
+            m_uBytes.fetch_add(pBlock->uMapped, std::memory_order_relaxed);
             return true;
         }
         return false;
@@ -59,8 +67,8 @@ class PageCache {
     }
 
   private:
-    static constexpr std::size_t COUNT = 8;
-    static constexpr std::size_t MOST = std::size_t{64} << 20;
+    static constexpr std::size_t COUNT = 16;
+    static constexpr std::size_t MOST = 4 * FIRM;
 
     // Trees may be made before and freed after everything that is constructed at run time, and
     // a mutex is that on some systems.
@@ -77,7 +85,7 @@ class PageCache {
 
     std::atomic_flag m_oTaken;
     PageHeader* m_apBlock[COUNT] = {};
-    std::size_t m_uBytes = 0;
+    std::atomic<std::size_t> m_uBytes{0};
 };
 
 }  // namespace vok::sys

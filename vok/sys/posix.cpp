@@ -427,6 +427,10 @@ void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noe
 void FreePages(void* pPages, std::size_t) noexcept {
     PageHeader* pBlock = HeaderOf(pPages);
     const std::size_t uMapped = pBlock->uMapped;
+    if (!g_oPages.IsFirmFor(uMapped)) {
+        static const auto uPage = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+        ::madvise(reinterpret_cast<char*>(pBlock) + uPage, uMapped - uPage, MADV_FREE);
+    }
     if (!g_oPages.Give(pBlock)) ::munmap(pBlock, uMapped);
 }
 

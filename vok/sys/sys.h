@@ -160,8 +160,8 @@ bool MakeDirectories(const char* sPath) noexcept;
 // ---- memory ---------------------------------------------------------------
 
 // Blocks so large that growing them must not copy: page tables are moved instead. Their bytes
-// are not initialised. Up to 64 MiB of freed blocks are kept for the next ones. Null when
-// there is no memory.
+// are not initialised. Up to 64 MiB of freed blocks are kept for the next ones, and up to 256 MiB
+// as long as the system has memory to spare. Null when there is none.
 [[nodiscard]] void* AllocPages(std::size_t uSize) noexcept;
 [[nodiscard]] void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noexcept;
 void FreePages(void* pPages, std::size_t uSize) noexcept;

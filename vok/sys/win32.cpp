@@ -491,6 +491,10 @@ void* ReallocPages(void* pPages, std::size_t uOldSize, std::size_t uNewSize) noe
 
 void FreePages(void* pPages, std::size_t) noexcept {
     PageHeader* pBlock = HeaderOf(pPages);
+    if (!g_oPages.IsFirmFor(pBlock->uMapped)) {
+        char* const pReset = reinterpret_cast<char*>(pBlock) + STEP;
+        ::VirtualAlloc(pReset, pBlock->uMapped - STEP, MEM_RESET, PAGE_READWRITE);
+    }
     if (!g_oPages.Give(pBlock)) ::VirtualFree(pBlock, 0, MEM_RELEASE);
 }
 
