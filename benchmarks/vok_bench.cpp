@@ -2,7 +2,6 @@
 
 #include "benchmarks/contender.h"
 #include "benchmarks/vok_tree.h"
-#include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
@@ -74,23 +73,20 @@ class Vok {
 
     std::uint64_t Lookup() {
         std::uint64_t uSum = 0;
-        const auto oAskAll = [&](const Data& oMap) {
+        const auto oAskAll = [&](const vok::Data_View& oMap) {
             for (std::size_t u = 0; u < m_oSet.lookups.size(); ++u) {
                 if constexpr (BY_KEY) {
-                    uSum += oMap.GetNthSucc(m_aoAsked[u], 0).GetId();
+                    uSum += oMap.Find(m_aoAsked[u]).GetId();
                 } else {
-                    uSum += oMap.GetNthSucc(m_oSet.names[m_oSet.lookups[u]].c_str(), 0).GetId();
+                    uSum += oMap.Find(m_oSet.names[m_oSet.lookups[u]]).GetId();
                 }
             }
         };
+        const vok::Data_View oRoot(m_oRead);
         if (m_oSet.uMaps == 1) {
-            oAskAll(m_oRead);
+            oAskAll(oRoot);
         } else {
-            Data oMap = m_oRead;
-            for (auto oIt = m_oRead.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
-                oMap.SetToNode(oIt.GetId());
-                oAskAll(oMap);
-            }
+            for (vok::u2_t u = 0; u < oRoot.GetSuccs(); ++u) oAskAll(oRoot.GetSucc(u));
         }
         return uSum;
     }

@@ -185,6 +185,30 @@ TEST(Values, AsAWalkGivesThem) {
     EXPECT_EQ(sNames, "Rmnnnnnnnnnnntz");
 }
 
+// Few successors and many, removed ones among them, names that are not there.
+TEST(Values, AViewFindsWhatCursorsFind) {
+    for (const int iNames : {1, 3, 30}) {
+        Data oRoot = NewTree();
+        for (int i = 0; i < 60; ++i) oRoot.AddInt("n" + std::to_string(i * 7 % iNames), i);
+        oRoot.GetNthSucc(20).Remove();
+        const Data_View oView(oRoot);
+        ASSERT_EQ(oView.GetSuccs(), 60u);
+        EXPECT_EQ(oView.GetSucc(20).GetType(), Data_Node::Zombi);
+        for (const char* sName : {"n0", "n2", "n29", "n\xFF", ""}) {
+            for (u2_t uNth = 0; uNth < 62; ++uNth) {
+                const Data oNode = oRoot.GetNthSucc(sName, uNth);
+                const Data_View oFound = oView.Find(sName, uNth);
+                ASSERT_EQ(oFound.IsNode(), oNode.IsNode()) << sName << uNth;
+                if (!oNode.IsNode()) continue;
+                EXPECT_EQ(oFound.GetId(), oNode.GetId());
+                EXPECT_EQ(oFound.Int(), static_cast<i2_t>(oNode.GetNode().uWord2));
+            }
+        }
+        EXPECT_FALSE(oView.GetSucc(0).Find("n0").IsNode());
+    }
+    EXPECT_EQ(Failing([] { (void)Data_View(Data()); }), "node is empty");
+}
+
 #ifndef _WIN32
 // Texts and blocks share 2 GiB: what does not fit is refused before anything is changed.
 TEST(Values, TheHeapHasALimit) {

@@ -432,7 +432,7 @@ class Data {
     friend class Data_NodeIt;
     friend class Data_NodeSet;
     friend class Data_SuccIt;
-    friend class Data_Walk;
+    friend class Data_View;
 
     Data(const Mem::Ref<Base>& oBase, u2_t uId) noexcept : m_oBase(oBase), m_uId(uId) {}
 

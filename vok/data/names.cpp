@@ -30,9 +30,11 @@ bool Data_Names::LookAt(u2_t uKey) {
     return bVerbatim;
 }
 
+// What is there is valid UTF-8: only a text that is not there may be one that is to be made so.
 u2_t Data_Names::LookIn(const Hash& oNames, std::string_view sName) {
-    if (IsAsciiText(sName.data(), sName.size())) [[likely]]
-        return oNames.Find(sName);
+    const u2_t uKey = oNames.Find(sName);
+    if (uKey != NONE || IsAsciiText(sName.data(), sName.size())) [[likely]]
+        return uKey;
     return oNames.Find(Utf8_Text(sName).View());
 }
 

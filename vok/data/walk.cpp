@@ -1,20 +1,13 @@
 #include "vok/data/walk.h"
 
 #include "vok/base/where.h"
-#include "vok/data/checks.h"
 
 namespace vok {
 
-Data_Walk::Data_Walk(const Data& oFrom) : m_oFrom(oFrom) {
-    Where("vok::Data_Walk::Data_Walk", [&] {
-        Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
-        b.UpdateSucc();
-        m_pNodes = b.m_oNode.Beg();
-        m_pIds = b.m_oGroup.IdsAtZero();
-        m_pHeap = b.m_oHeap.Begin();
-        m_pNames = b.m_oName.Texts();
-        m_uId = oFrom.m_uId;
-    });
+Data_Walk::Data_Walk(const Data& oFrom)
+    : Data_View(Where("vok::Data_Walk::Data_Walk", [&] { return Data_View(oFrom); })),
+      m_oFrom(oFrom) {
+    m_pNode = nullptr;  // until the first call of Next
 }
 
 bool Data_Walk::Start() noexcept {

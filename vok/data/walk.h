@@ -2,12 +2,7 @@
 #ifndef VOK_DATA_WALK_H
 #define VOK_DATA_WALK_H
 
-#include <bit>
-#include <cstring>
-#include <string_view>
-
-#include "vok/base/hash_text.h"
-#include "vok/data/data.h"
+#include "vok/data/view.h"
 
 namespace vok {
 
@@ -20,9 +15,8 @@ namespace vok {
 // one entry per open level. Keeps the tree alive, but the tree must not be changed while a
 // walk is under way. Several threads may walk a tree that SetAccessMode has prepared.
 //
-// A value must be asked for by its own type: unlike those of a cursor, the getters here do
-// not check it again after the caller has looked at GetType().
-class Data_Walk {
+// The walk is a view of the node that it has come to.
+class Data_Walk : public Data_View {
   public:
     // Brings the order of successors up to date. Raises "node is empty".
     explicit Data_Walk(const Data& oFrom);
@@ -46,37 +40,9 @@ class Data_Walk {
     // Leaves out what is below the current node.
     void SkipSuccessors() noexcept { m_pNode = &LEAF; }
 
-    [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
     // 0 for the node that the walk began at.
     [[nodiscard]] std::size_t GetDepth() const noexcept { return m_oOpen.Size(); }
-    [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_pNode->GetType(); }
-    [[nodiscard]] Data_Key GetKey() const noexcept { return {m_pNode->uKey}; }
-    // As Data::GetName: null for an unnamed node, "Root" for an unnamed root.
-    [[nodiscard]] const char* GetName() const noexcept { return NameOf(m_pNodes[m_uId].uKey); }
-    [[nodiscard]] Data GetData() const { return m_oFrom.GetNodeFromID(m_uId); }
-
-    // Boolean, Integer, Char.
-    [[nodiscard]] i2_t Int() const noexcept { return static_cast<i2_t>(m_pNode->uWord2); }
-    // Float, Double, Date.
-    [[nodiscard]] double Dbl() const noexcept { return std::bit_cast<double>(m_pNode->Value64()); }
-    // Long.
-    [[nodiscard]] u3_t Lng() const noexcept { return m_pNode->Value64(); }
-    // String, NUL-terminated; valid until the tree is changed.
-    [[nodiscard]] std::string_view Text() const noexcept {
-        return {m_pHeap + m_pNode->uWord2, m_pNode->uWord3 - std::size_t{1}};
-    }
-    // Binary.
-    [[nodiscard]] std::string_view Block() const noexcept {
-        return {m_pHeap + m_pNode->uWord2, m_pNode->uWord3};
-    }
-    // Quad: word uNth from 0 to 3.
-    [[nodiscard]] u2_t QuadWord(unsigned uNth) const noexcept {
-        u2_t uWord = m_pNode->uWord3;
-        if (uNth != 0) std::memcpy(&uWord, m_pHeap + m_pNode->uWord2 + 4 * (uNth - 1), 4);
-        return uWord;
-    }
-    // Link: id of the target or Data_Node::NONE.
-    [[nodiscard]] u2_t LinkId() const noexcept { return m_pNode->uWord2; }
+    [[nodiscard]] Data GetData() const { return m_oFrom.GetNodeFromID(GetId()); }
 
   private:
     // Successors still to come on a level that was left for a deeper one.
@@ -87,11 +53,6 @@ class Data_Walk {
     static constexpr Data_Node LEAF{0, Data_Node::Empty, 0, 0};
 
     bool Start() noexcept;
-    [[nodiscard]] const char* NameOf(u2_t uKey) const noexcept {
-        if (uKey != 0) [[likely]]
-            return m_pNames[uKey].sText;
-        return m_uId != 0 ? nullptr : "Root";
-    }
     void Descend() {
         m_oOpen.Add(Open{m_pNext, m_pEnd});
         m_pNext = m_pIds + m_pNode->Start();
@@ -104,14 +65,8 @@ class Data_Walk {
         m_oOpen.Pop();
     }
 
-    const Data_Node* m_pNode = nullptr;  // null before the first call of Next
-    const Data_Node* m_pNodes;
     const u2_t* m_pNext = nullptr;
     const u2_t* m_pEnd = nullptr;
-    const u2_t* m_pIds;  // those of a group begin as far behind as its place
-    const char* m_pHeap;
-    const Hash_Text* m_pNames;
-    u2_t m_uId;
     Arr<Open> m_oOpen;
     Data m_oFrom;
 };

@@ -1,0 +1,33 @@
+#include "vok/data/view.h"
+
+#include "vok/base/where.h"
+#include "vok/data/checks.h"
+
+namespace vok {
+
+Data_View::Data_View(const Data& oNode) {
+    Where("vok::Data_View::Data_View", [&] {
+        Data_Base& b = detail::NodeOf(oNode.m_oBase, oNode.m_uId);
+        b.UpdateSucc();
+        m_uId = oNode.m_uId;
+        m_pNodes = b.m_oNode.Beg();
+        m_pNode = m_pNodes + m_uId;
+        m_pIds = b.m_oGroup.IdsAtZero();
+        m_pHeap = b.m_oHeap.Begin();
+        m_pNames = b.m_oName.Texts();
+        m_pBase = &b;
+    });
+}
+
+Data_Key Data_View::KeyOf(std::string_view sName) const {
+    return {m_pBase->FindKey(sName)};
+}
+
+Data_View Data_View::FindAmongMany(Data_Key oKey, u2_t uNth) const noexcept {
+    if (oKey.uKey >= m_pBase->m_oName.Size()) return {};
+    const Data_Base::Group oGroup{m_pIds + m_pNode->Start(), m_pNode->Size()};
+    const Data_Base::Run oRun = m_pBase->FindRun(oGroup, oKey.uKey);
+    return uNth < oRun.uSize ? At(oGroup.pId[oRun.uFirst + uNth]) : Data_View();
+}
+
+}  // namespace vok
