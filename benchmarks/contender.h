@@ -58,6 +58,7 @@ void TimeOnce(benchmark::State& oState, const Set& oSet, const Make& oMake, cons
 // Contender is a class with
 //     static constexpr const char* NAME;
 //     explicit Contender(const Set&);      builds the tree
+//     void BuildAgain();                   builds it once more, where it was; may be left out
 //     void Write(); size_t Size() const;   writes it to memory of its own, replacing the last
 //     void Read();                         reads that into a new tree of its own
 //     void ReadAgain();                    into the tree of the last one; may be left out
@@ -83,6 +84,18 @@ void Register(const Set& oSet) {
         Count(oState, dNodes);
         oState.counters["heap/node"] = o.HeapBytes() / dNodes;
     });
+    if constexpr (requires(Contender & o) { o.BuildAgain(); }) {
+        oAdd("build reused", [&oSet, dNodes](benchmark::State& oState) {
+            Contender o(oSet);
+            o.BuildAgain();
+            const Region oRegion;
+            for (auto _ : oState) {
+                o.BuildAgain();
+                benchmark::ClobberMemory();
+            }
+            Count(oState, dNodes);
+        });
+    }
     oAdd("write", [&oSet, dNodes](benchmark::State& oState) {
         std::size_t uBytes = 0;
         TimeOnce<Contender>(

@@ -50,9 +50,9 @@ class TableReporter : public benchmark::BenchmarkReporter {
     using Row = std::map<std::string, double>;  // what -> best figure
     using Table = std::map<std::string, Row>;   // contender -> row
 
-    static constexpr const char* COLUMNS[] = {"build",       "write", "write reused", "read",
-                                              "read reused", "walk",  "lookup",       "load",
-                                              "save",        "heap"};
+    static constexpr const char* COLUMNS[] = {"build", "build reused", "write", "write reused",
+                                              "read",  "read reused",  "walk",  "lookup",
+                                              "load",  "save",         "heap"};
 
     static void Note(Row& oRow, const std::string& sWhat, double dValue) {
         const auto [oFound, bNew] = oRow.try_emplace(sWhat, dValue);
@@ -136,6 +136,7 @@ void PrintColumns(const bench::Set& oSet) {
     } COLUMNS[] = {
         {"/vok/build", uNodes},
         {"/vok-keys/build", uNodes},
+        {"/vok-keys/build reused", uNodes},
         {"/vok/write", uNodes * bench::ThingsAtOnce(oSet)},
         {"/vok/write reused", uNodes},
         {"/vok/read", uNodes},
@@ -145,6 +146,7 @@ void PrintColumns(const bench::Set& oSet) {
         {"/vok-keys/lookup", uQuestions},
         {"/facade/build+write", uNodes},
         {"/facade/read", uNodes},
+        {"/facade/read values", uNodes},
         {" as XML/vok/load", uNodes},
         {" as XML/vok/save", uNodes},
     };

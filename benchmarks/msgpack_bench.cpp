@@ -20,6 +20,13 @@ class Msgpack {
         Build(m_oBuilt, uNext);
     }
 
+    // In the zone of the tree built last.
+    void BuildAgain() {
+        m_oZone.clear();
+        std::size_t uNext = 0;
+        Build(m_oBuilt, uNext);
+    }
+
     void Write() {
         m_oBuffer.clear();
         msgpack::pack(m_oBuffer, m_oBuilt);

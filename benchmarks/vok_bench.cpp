@@ -29,12 +29,21 @@ class Vok {
             for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s.c_str()));
         }
         m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());
-        std::size_t uNext = 1;
-        BuildTree(oSet, m_oBuilt, oSet.items[0].uChildren, uNext, [&](const Item& oItem) {
+        BuildTree(oSet, m_oBuilt, [&](const Item& oItem) {
             return BY_KEY ? Data_Name(aoKeys[oItem.uName]) : Data_Name(oSet.names[oItem.uName]);
         });
     }
 
+    // In place of the tree built last, with the keys looked up then.
+    void BuildAgain() {
+        m_oAgain.Reset();
+        if (m_aoKeys.empty()) {
+            for (const std::string& s : m_oSet.names) m_aoKeys.push_back(m_oAgain.MakeKey(s));
+        }
+        BuildTree(m_oSet, m_oAgain, [&](const Item& oItem) {
+            return BY_KEY ? Data_Name(m_aoKeys[oItem.uName]) : Data_Name(m_oSet.names[oItem.uName]);
+        });
+    }
     void Write() {
         m_oBuffer.Open("w");
         vok::Dgraph_SaveDGraph(m_oBuilt, m_oBuffer);
@@ -101,6 +110,8 @@ class Vok {
     Data m_oBuilt;
     vok::File_Buf m_oBuffer;
     Data m_oRead;
+    Data m_oAgain;
+    std::vector<Data_Key> m_aoKeys;
     std::vector<Data_Key> m_aoAsked;  // keys of the names to look up
 };
 

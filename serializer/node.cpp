@@ -5,35 +5,61 @@
 #include "serializer/utilities.h"
 #include "vok/base/msg.h"
 #include "vok/base/types.h"
-#include "vok/data/succ_it.h"
+#include "vok/data/view.h"
 
 namespace Velmar::Q7R::Serializer {
 
 using vok::Data;
 using vok::Data_Node;
+using vok::Data_View;
 
 namespace {
 
 // Hands oUse a name for the native side: UTF-8 as it is, UTF-16 converted.
 template <class F>
 decltype(auto) WithName(StringRef oName, F&& oUse) {
-    if (oName.Utf8().data() != nullptr) return oUse(vok::Data_Name(oName.Utf8()));
-    return oUse(vok::Data_Name(Utilities::NativeText(oName).CStr()));
+    if (oName.Utf8().data() != nullptr) return oUse(oName.Utf8());
+    return oUse(std::string_view(Utilities::NativeText(oName).CStr()));
 }
 
-// The successor of a name, handed to oUse if there is one; tells whether there was.
-template <class F>
-bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, F&& oUse) {
-    const Data oSucc = WithName(oName, [&](vok::Data_Name o) {
-        return oNode.GetNthSucc(o, static_cast<vok::u2_t>(iIndex));
+// The successor of a name, handed to one of two functions if there is one; tells whether there
+// was. oFromView gets a value of the type asked for where it lies, oFromCursor all others.
+template <class FromView, class FromCursor>
+bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, Data_Node::Type eType,
+                   const FromView& oFromView, const FromCursor& oFromCursor) {
+    const auto uIndex = static_cast<vok::u2_t>(iIndex);
+    return WithName(oName, [&](std::string_view sName) {
+        Data oSucc;
+        if (const Data_View oParent = Data_View::IfOrdered(oNode); oParent.IsNode()) {
+            const Data_View oFound = oParent.Find(sName, uIndex);
+            if (!oFound.IsNode()) return false;
+            if (oFound.GetType() == eType) {
+                oFromView(oFound);
+                return true;
+            }
+            oSucc = oNode.GetNodeFromID(oFound.GetId());
+        } else {
+            oSucc = oNode.GetNthSucc(sName, uIndex);
+            if (!oSucc.IsNode()) return false;
+        }
+        oFromCursor(oSucc);
+        return true;
     });
-    if (!oSucc.IsNode()) return false;
-    oUse(oSucc);
-    return true;
+}
+
+// The same where a cursor is what is wanted.
+template <class FromCursor>
+bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex,
+                   const FromCursor& oFromCursor) {
+    return WithName(oName, [&](std::string_view sName) {
+        const Data oSucc = oNode.GetNthSucc(sName, static_cast<vok::u2_t>(iIndex));
+        if (oSucc.IsNode()) oFromCursor(oSucc);
+        return oSucc.IsNode();
+    });
 }
 
 Data NewSuccessor(Data& oNode, StringRef oName) {
-    return WithName(oName, [&](vok::Data_Name o) { return oNode.CreateNewSucc(o); });
+    return WithName(oName, [&](std::string_view sName) { return oNode.CreateNewSucc(sName); });
 }
 
 constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
@@ -65,40 +91,43 @@ Data& Node::Cursor() {
 
 void Node::AddValue(StringRef name, StringRef value) {
     Guarded("Failed to add Node String value", [&] {
-        WithName(name, [&](vok::Data_Name oName) {
+        WithName(name, [&](std::string_view sName) {
             if (value.Utf8().data() != nullptr) {
-                Cursor().AddStr(oName, value.Utf8());
+                Cursor().AddStr(sName, value.Utf8());
             } else {
-                Cursor().AddStr(oName, Utilities::NativeText(value).CStr());
+                Cursor().AddStr(sName, Utilities::NativeText(value).CStr());
             }
         });
     });
 }
 
 void Node::AddValue(StringRef name, Int32 value) {
-    Guarded("Failed to add Node int value",
-            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddInt(oName, value); }); });
+    Guarded("Failed to add Node int value", [&] {
+        WithName(name, [&](std::string_view sName) { Cursor().AddInt(sName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, double value) {
-    Guarded("Failed to add Node double value",
-            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddDbl(oName, value); }); });
+    Guarded("Failed to add Node double value", [&] {
+        WithName(name, [&](std::string_view sName) { Cursor().AddDbl(sName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, bool value) {
-    Guarded("Failed to add Node bool value",
-            [&] { WithName(name, [&](vok::Data_Name oName) { Cursor().AddBool(oName, value); }); });
+    Guarded("Failed to add Node bool value", [&] {
+        WithName(name, [&](std::string_view sName) { Cursor().AddBool(sName, value); });
+    });
 }
 
 void Node::AddValue(StringRef name, std::span<const Byte> value) {
     Guarded("Failed to add Node byte array", [&] {
-        WithName(name, [&](vok::Data_Name oName) {
+        WithName(name, [&](std::string_view sName) {
             if (!vok::Msg::IsInt32(value.size())) {
                 // The successor is there, the value is not.
-                Cursor().CreateNewSucc(oName);
+                Cursor().CreateNewSucc(sName);
                 (void)vok::Msg::ToInt32(value.size());
             }
-            Cursor().AddBin(oName, value.data(), static_cast<vok::u2_t>(value.size()));
+            Cursor().AddBin(sName, value.data(), static_cast<vok::u2_t>(value.size()));
         });
     });
 }
@@ -119,10 +148,12 @@ Node Node::AddSubnode(StringRef name) {
 
 bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const {
     try {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            const char* sText = oSucc.GetStr(nullptr);
-            value = sText != nullptr ? sText : "";
-        });
+        return WithSuccessor(
+            Cursor(), name, index, Data_Node::String, [&](const Data_View& o) { value = o.Text(); },
+            [&](const Data& o) {
+                const char* sText = o.GetStr(nullptr);
+                value = sText != nullptr ? sText : "";
+            });
     } catch (const vok::Msg_Exception& e) {
         std::throw_with_nested(System::ApplicationException(e.what(), e.where()));
     } catch (...) {
@@ -137,27 +168,35 @@ bool Node::TryGetValue(StringRef name, Int32 index, String& value) const {
     return true;
 }
 
+bool Node::TryGetValue(StringRef name, Int32 index, std::string& value) const {
+    std::string_view sText;
+    if (!PeekText(name, index, sText)) return false;
+    Guarded("Failed to get Node String value", [&] { value = sText; });
+    return true;
+}
+
 bool Node::TryGetValue(StringRef name, Int32 index, Int32& value) const {
     return Guarded("Failed to get Node int value", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            value = oSucc.GetValInt(Data_Node::Integer);
-        });
+        return WithSuccessor(
+            Cursor(), name, index, Data_Node::Integer, [&](const Data_View& o) { value = o.Int(); },
+            [&](const Data& o) { value = o.GetValInt(Data_Node::Integer); });
     });
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, double& value) const {
     return Guarded("Failed to get Node double value", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            value = oSucc.GetValDbl(Data_Node::Double);
-        });
+        return WithSuccessor(
+            Cursor(), name, index, Data_Node::Double, [&](const Data_View& o) { value = o.Dbl(); },
+            [&](const Data& o) { value = o.GetValDbl(Data_Node::Double); });
     });
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, bool& value) const {
     return Guarded("Failed to get Node bool value", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
-            value = oSucc.GetValInt(Data_Node::Boolean) != 0;
-        });
+        return WithSuccessor(
+            Cursor(), name, index, Data_Node::Boolean,
+            [&](const Data_View& o) { value = o.Int() != 0; },
+            [&](const Data& o) { value = o.GetValInt(Data_Node::Boolean) != 0; });
     });
 }
 
@@ -206,8 +245,8 @@ bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
 
 Int32 Node::GetSubnodeCount(StringRef name) const {
     return Guarded("Failed to get subnode count", [&] {
-        return WithName(name, [&](vok::Data_Name oName) {
-            return static_cast<Int32>(Cursor().GetSuccCount(oName));
+        return WithName(name, [&](std::string_view sName) {
+            return static_cast<Int32>(Cursor().GetSuccCount(sName));
         });
     });
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -78,6 +79,8 @@ class Node {
 
     // An empty node reads as the empty text. Fails with the native message and its trail.
     bool TryGetValue(StringRef name, Int32 index, String& value) const;
+    // The same as UTF-8, which costs no conversion.
+    bool TryGetValue(StringRef name, Int32 index, std::string& value) const;
     // "Failed to get Node int value".
     bool TryGetValue(StringRef name, Int32 index, Int32& value) const;
     // "Failed to get Node double value".
@@ -92,6 +95,9 @@ class Node {
 
     // The same with index 0.
     bool TryGetValue(StringRef name, String& value) const { return TryGetValue(name, 0, value); }
+    bool TryGetValue(StringRef name, std::string& value) const {
+        return TryGetValue(name, 0, value);
+    }
     bool TryGetValue(StringRef name, Int32& value) const { return TryGetValue(name, 0, value); }
     bool TryGetValue(StringRef name, double& value) const { return TryGetValue(name, 0, value); }
     bool TryGetValue(StringRef name, bool& value) const { return TryGetValue(name, 0, value); }

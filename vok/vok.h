@@ -7,6 +7,7 @@
 #include "vok/data/data.h"
 #include "vok/data/diff.h"
 #include "vok/data/succ_it.h"
+#include "vok/data/builder.h"
 #include "vok/data/view.h"
 #include "vok/data/walk.h"
 #include "vok/data/xpath.h"

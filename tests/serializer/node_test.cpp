@@ -180,6 +180,9 @@ TEST(Node, Strings) {
                    EXPECT_FALSE(oValue.IsNull());
                    EXPECT_EQ(oValue.Text(), o.sRead);
                    EXPECT_EQ(oValue.ToUtf8(), o.sUtf8);
+                   std::string sUtf8Read;
+                   EXPECT_TRUE(node.TryGetValue("s", sUtf8Read));
+                   EXPECT_EQ(sUtf8Read, o.sUtf8);
                });
         // As a name it finds what was added under its other form.
         OnBoth([&](Node& node) { node.AddValue(o.oValue, 5); },

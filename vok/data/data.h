@@ -52,6 +52,7 @@ class Data_Name {
 
   private:
     friend class Data_Base;
+    friend class Data_Builder;
     static constexpr std::size_t MOST = 0xFFFFFFFF;
 
     // 16 bytes, so that it travels in two registers.
@@ -429,6 +430,7 @@ class Data {
 
   private:
     friend struct dgraph::Access;
+    friend class Data_Builder;
     friend class Data_NodeIt;
     friend class Data_NodeSet;
     friend class Data_SuccIt;

@@ -5,18 +5,26 @@
 
 namespace vok {
 
-Data_View::Data_View(const Data& oNode) {
-    Where("vok::Data_View::Data_View", [&] {
-        Data_Base& b = detail::NodeOf(oNode.m_oBase, oNode.m_uId);
-        b.UpdateSucc();
-        m_uId = oNode.m_uId;
-        m_pNodes = b.m_oNode.Beg();
-        m_pNode = m_pNodes + m_uId;
-        m_pIds = b.m_oGroup.IdsAtZero();
-        m_pHeap = b.m_oHeap.Begin();
-        m_pNames = b.m_oName.Texts();
-        m_pBase = &b;
-    });
+Data_View::Data_View(const Data_Base& b, u2_t uId) noexcept
+    : m_pNode(b.m_oNode.Beg() + uId),
+      m_uId(uId),
+      m_pNodes(b.m_oNode.Beg()),
+      m_pIds(b.m_oGroup.IdsAtZero()),
+      m_pHeap(b.m_oHeap.Begin()),
+      m_pNames(b.m_oName.Texts()),
+      m_pBase(&b) {}
+
+Data_View::Data_View(const Data& oNode)
+    : Data_View(Where("vok::Data_View::Data_View", [&] {
+          Data_Base& b = detail::NodeOf(oNode.m_oBase, oNode.m_uId);
+          b.UpdateSucc();
+          return Data_View(b, oNode.m_uId);
+      })) {}
+
+Data_View Data_View::IfOrdered(const Data& oNode) noexcept {
+    const Data_Base* const p = oNode.m_oBase.Get();
+    if (p == nullptr || oNode.m_uId >= p->m_oNode.Size() || !p->IsIndexed()) return {};
+    return Data_View(*p, oNode.m_uId);
 }
 
 Data_Key Data_View::KeyOf(std::string_view sName) const {

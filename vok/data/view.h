@@ -31,6 +31,11 @@ class Data_View {
     // node".
     explicit Data_View(const Data& oNode);
 
+    // The same where the order is up to date; else, and where that would raise, a view of nothing:
+    // for those who ask in turns with changing the tree, which cursors answer without putting all
+    // in order.
+    [[nodiscard]] static Data_View IfOrdered(const Data& oNode) noexcept;
+
     [[nodiscard]] bool IsNode() const noexcept { return m_pNode != nullptr; }
     [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_pNode->GetType(); }
@@ -120,6 +125,7 @@ class Data_View {
   private:
     static constexpr u2_t FEW = 24;
 
+    Data_View(const Data_Base& b, u2_t uId) noexcept;
     [[nodiscard]] Data_View FindAmongMany(Data_Key oKey, u2_t uNth) const noexcept;
 };
 

@@ -1,0 +1,117 @@
+#include "vok/data/builder.h"
+
+#include <algorithm>
+
+#include "vok/base/where.h"
+#include "vok/data/checks.h"
+
+namespace vok {
+
+Data_Builder::Data_Builder(Data& oParent) {
+    Where("vok::Data_Builder::Data_Builder", [&] {
+        if (!oParent.IsNode()) oParent.SetToRoot();
+        m_oTree = oParent;
+        m_pBase = &detail::NodeOf(oParent.m_oBase, oParent.m_uId);
+        m_uParent = oParent.m_uId;
+        m_pBase->CheckAppend(m_uParent);
+        m_pBase->CheckIds(m_uParent, 1);
+        const Data_Node& oNode = m_pBase->m_oNode(m_uParent);
+        m_uCount = oNode.GetType() == Data_Node::Tree ? oNode.Size() : 0;
+        Load();
+    });
+}
+
+void Data_Builder::Finish() noexcept {
+    if (m_pNodes == nullptr) return;
+    while (m_oOpen.Size() != 0) Close();
+    StoreCount();
+    Sync();
+    m_pNodes = nullptr;
+    m_uRoom = 0;
+}
+
+void Data_Builder::Load() noexcept {
+    m_pNodes = m_pBase->m_oNode.Beg();
+    m_uNext = static_cast<u2_t>(m_pBase->m_oNode.Size());
+    m_uRoom = static_cast<u2_t>(std::min<std::size_t>(m_pBase->m_oNode.Capacity(), 0x80000000));
+    m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
+}
+
+void Data_Builder::Sync() noexcept {
+    m_pBase->m_oNode.SetSize(m_uNext);
+}
+
+u2_t Data_Builder::Intern(Data_Name oName) {
+    const u2_t uKey = m_pBase->KeyOf(oName);
+    m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
+    return uKey;
+}
+
+void Data_Builder::Grow() {
+    Where("vok::Data_Builder::Append", [&] {
+        if (m_pNodes == nullptr) Msg::ObjectPointsToNothing();
+        Sync();
+        m_pBase->CheckIds(m_uParent, 1);
+        m_pBase->m_oNode.ReserveMore(1);
+        Load();
+    });
+}
+
+u2_t Data_Builder::AddStr(Data_Name oName, std::string_view sText) {
+    return Where("vok::Data_Builder::AddStr", [&] {
+        const u2_t uKey = KeyOf(oName);
+        if (m_uNext < m_uRoom) [[likely]] {
+            const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
+            if (uOffset != 0) [[likely]]
+                return Append(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
+        }
+        const u2_t uId = Append(uKey, Data_Node::Empty, 0);
+        Sync();
+        m_pBase->SetNewText(uId, sText);
+        return uId;
+    });
+}
+
+u2_t Data_Builder::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
+    return Where("vok::Data_Builder::AddBin", [&] {
+        if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
+        const u2_t uId = Append(oName, Data_Node::Empty, 0);
+        Sync();
+        m_pBase->SetNewValue(uId, Data_Node::Binary, m_pBase->m_oHeap.Add(pData, uSize), uSize);
+        return uId;
+    });
+}
+
+u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
+    return Where("vok::Data_Builder::AddQuad", [&] {
+        const u2_t uId = Append(oName, Data_Node::Empty, 0);
+        Sync();
+        const u2_t uOffset = m_pBase->m_oHeap.AddQuad({uW0, uW1, uW2, uW3});
+        m_pBase->SetNewValue(uId, Data_Node::Quad, uOffset, uW0);
+        return uId;
+    });
+}
+
+void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
+    Where("vok::Data_Builder::SetAttVal", [&] {
+        if (m_pNodes == nullptr || m_uNext == 0) Msg::ObjectPointsToNothing();
+        Sync();
+        Data oNode = m_oTree;
+        oNode.SetToNode(m_uNext - 1);
+        oNode.SetAttVal(sName, sValue);
+    });
+}
+
+void Data_Builder::DropBlanks() noexcept {
+    m_pBase->MakeTree(m_uParent);
+}
+
+void Data_Builder::RaiseTooMany() {
+    Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
+}
+
+void Data_Builder::RaiseNothingOpen() {
+    Msg::NodeHasNoPredecessor();
+}
+
+}  // namespace vok

@@ -1,0 +1,137 @@
+// The fast way to build a tree: nodes behind each other, each in the one that is open.
+#ifndef VOK_DATA_BUILDER_H
+#define VOK_DATA_BUILDER_H
+
+#include <bit>
+#include <string_view>
+
+#include "vok/data/data.h"
+#include "vok/data/node.h"
+
+namespace vok {
+
+// Appends below a node what is told in the order of a document, the counterpart of Data_Walk:
+//
+//     Data_Builder oBuilder(oRoot);
+//     oBuilder.Open("order");
+//     oBuilder.AddInt("id", 7);
+//     oBuilder.AddStr("symbol", "ALFA");
+//     oBuilder.Close();
+//     oBuilder.Finish();
+//
+// The tree is that of CreateNewSucc and the setters, for about half of their time; least of all it
+// takes with keys that were looked up once (Data::MakeKey). Nothing else may use the tree until the
+// builder is finished or gone, both of which close what is open; it keeps the tree alive. What an
+// operation that fails was to add is not there, or is there without its value; the nodes before it
+// are.
+//
+// Errors are those of CreateNewSucc and of the setters.
+class Data_Builder {
+  public:
+    // Builds below a node that takes successors; an empty cursor gets a tree first.
+    explicit Data_Builder(Data& oParent);
+    Data_Builder(const Data_Builder&) = delete;
+    Data_Builder& operator=(const Data_Builder&) = delete;
+    ~Data_Builder() { Finish(); }
+
+    // Appends a node for those up to the Close that belongs to it. One that is given no successors
+    // is empty. Raises "assertion failed: %0" behind 16 million nodes.
+    u2_t Open(Data_Name oName) {
+        const u2_t uId = Append(oName, Data_Node::Empty, 0);
+        if (uId >= Data_Node::CUT_LOOSE - 1) [[unlikely]]
+            RaiseTooMany();
+        m_oOpen.Add(Level{m_uParent, m_uCount});
+        m_uParent = uId;
+        m_uCount = 0;
+        return uId;
+    }
+    // Raises "node has no predecessor" when nothing is open.
+    void Close() {
+        if (m_oOpen.Size() == 0) [[unlikely]]
+            RaiseNothingOpen();
+        StoreCount();
+        m_uParent = m_oOpen.Last().uParent;
+        m_uCount = m_oOpen.Last().uCount;
+        m_oOpen.Pop();
+    }
+    // Closes all that is open and gives the tree back. May be called again.
+    void Finish() noexcept;
+
+    // Each appends a node and returns its id.
+    u2_t AddEmpty(Data_Name oName) { return Append(oName, Data_Node::Empty, 0); }
+    u2_t AddInt(Data_Name oName, i2_t iValue) {
+        return Append(oName, Data_Node::Integer, static_cast<u2_t>(iValue));
+    }
+    u2_t AddBool(Data_Name oName, bool bValue) { return Append(oName, Data_Node::Boolean, bValue); }
+    u2_t AddDbl(Data_Name oName, double dValue) {
+        return Append(oName, Data_Node::Double, std::bit_cast<u3_t>(dValue));
+    }
+    // Seconds since 1970-01-01 UTC.
+    u2_t AddDate(Data_Name oName, double dSeconds) {
+        return Append(oName, Data_Node::Date, std::bit_cast<u3_t>(dSeconds));
+    }
+    u2_t AddLng(Data_Name oName, u3_t uValue) { return Append(oName, Data_Node::Long, uValue); }
+    // A text ends at its first NUL.
+    u2_t AddStr(Data_Name oName, std::string_view sText);
+    u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
+    u2_t AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3);
+
+    // Sets an attribute of the node appended last. Errors are those of Data::SetAttVal.
+    void SetAttVal(const char* sName, const char* sValue);
+
+  private:
+    struct Level {
+        u2_t uParent;
+        u2_t uCount;
+    };
+
+    u2_t Append(Data_Name oName, Data_Node::Type eType, u3_t uValue) {
+        return Append(KeyOf(oName), eType, uValue);
+    }
+    u2_t Append(u2_t uKey, Data_Node::Type eType, u3_t uValue) {
+        if (m_uNext >= m_uRoom) [[unlikely]]
+            Grow();
+        Data_Node& o = m_pNodes[m_uNext];
+        o.uKey = uKey;
+        o.uFlags = (m_uParent + 1) << 4 | eType;
+        o.SetValue64(uValue);
+        ++m_uCount;
+        return m_uNext++;
+    }
+    u2_t KeyOf(Data_Name oName) {
+        return oName.m_sName == nullptr && oName.m_uKey < m_uNames ? oName.m_uKey : Intern(oName);
+    }
+    // Gives the open node its count. The others of the levels have theirs when they are closed.
+    void StoreCount() noexcept {
+        Data_Node& o = m_pNodes[m_uParent];
+        if (m_uCount == 0) return;
+        if (o.GetType() == Data_Node::Empty) {
+            o.SetType(Data_Node::Tree);
+            o.uWord2 = Data_Node::NONE;
+        } else if (o.GetType() != Data_Node::Tree) {
+            DropBlanks();
+        }
+        o.uWord3 = m_uCount;
+    }
+    void DropBlanks() noexcept;
+    u2_t Intern(Data_Name oName);
+    void Grow();
+    void Load() noexcept;
+    void Sync() noexcept;
+    [[noreturn]] static void RaiseTooMany();
+    [[noreturn]] static void RaiseNothingOpen();
+
+    Data m_oTree;
+    Data_Base* m_pBase;
+    Data_Node* m_pNodes = nullptr;
+    u2_t m_uNext = 0;   // id of the next node
+    u2_t m_uRoom = 0;   // nodes that there is room for
+    u2_t m_uNames = 0;  // keys that there are
+    u2_t m_uParent = 0;
+    u2_t m_uCount = 0;  // successors that it has
+    Arr<Level> m_oOpen;
+};
+
+}  // namespace vok
+
+#endif  // VOK_DATA_BUILDER_H
