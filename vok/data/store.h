@@ -36,6 +36,9 @@
 // calls UpdateSucc first, after which SuccOf only reads until the tree is changed. Keys of names
 // are good until Shrink, ids too.
 //
+// A tree that another document is loaded into keeps its names (Restart): those that no node bears
+// are m_bFormerNames, and only a dump has to leave them out.
+//
 // Threads: a tree belongs to one thread at a time. After UpdateSucc reading does not write.
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
