@@ -4,35 +4,21 @@
 #include <numeric>
 #include <string_view>
 
+#include "vok/data/walk.h"
+
 namespace vok {
 
-Data_Copy::Data_Copy(Data_Base& oFrom, Data_Base& oTo, u2_t uTop)
+Data_Copy::Data_Copy(const Data& oTop, Data_Base& oFrom, Data_Base& oTo)
     : m_oFrom(oFrom), m_oTo(oTo), m_bSame(&oFrom == &oTo) {
-    struct Open {
-        Data_Base::Group oGroup;
-        u2_t uPos;
-        u2_t uEntry;
-    };
-    m_oFrom.UpdateSucc();
-    Arr<Open> oOpen;
-    m_bLinks = m_oFrom.m_oNode(uTop).GetType() == Data_Node::Link;
-    m_oEntry.Add(Entry{uTop, 0, 0});
-    oOpen.Add(Open{m_oFrom.SuccOf(uTop), 0, 0});
-    while (oOpen.Size() != 0) {
-        Open& oTop = oOpen.Last();
-        if (oTop.uPos == oTop.oGroup.uSize) {
-            oOpen.Pop();
-            continue;
-        }
-        const u2_t uId = oTop.oGroup.pId[oTop.uPos++];
-        const Data_Node::Type eType = m_oFrom.m_oNode(uId).GetType();
-        if (eType == Data_Node::Zombi) continue;
-        const u2_t uEntry = static_cast<u2_t>(m_oEntry.Size());
-        Entry& oParent = m_oEntry(oTop.uEntry);
-        m_uGroups += oParent.uSuccs++ == 0;
-        m_oEntry.Add(Entry{uId, oTop.uEntry, 0});
-        m_bLinks = m_bLinks || eType == Data_Node::Link;
-        if (eType == Data_Node::Tree) oOpen.Add(Open{m_oFrom.SuccOf(uId), 0, uEntry});
+    Arr<u2_t> oOpen;  // by depth: the entry that the walk went down from
+    for (Data_Walk oWalk(oTop); oWalk.Next();) {
+        const std::size_t uDepth = oWalk.GetDepth();
+        const u2_t uParent = uDepth != 0 ? oOpen(uDepth - 1) : 0;
+        if (uDepth != 0) m_uGroups += m_oEntry(uParent).uSuccs++ == 0;
+        oOpen.Truncate(uDepth);
+        oOpen.Add(static_cast<u2_t>(m_oEntry.Size()));
+        m_oEntry.Add(Entry{oWalk.GetId(), uParent, 0});
+        m_bLinks = m_bLinks || oWalk.GetType() == Data_Node::Link;
     }
 }
 

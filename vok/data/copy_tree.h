@@ -2,6 +2,7 @@
 #ifndef VOK_DATA_COPY_TREE_H
 #define VOK_DATA_COPY_TREE_H
 
+#include "vok/data/data.h"
 #include "vok/data/store.h"
 #include "vok/data/text_ranges.h"
 
@@ -14,7 +15,8 @@ namespace vok {
 class Data_Copy {
   public:
     // Lists what is to be copied: what is done to either tree later does not change it.
-    Data_Copy(Data_Base& oFrom, Data_Base& oTo, u2_t uTop);
+    // oTop is a live node of oFrom.
+    Data_Copy(const Data& oTop, Data_Base& oFrom, Data_Base& oTo);
 
     // Makes the copy a successor of uParent, which CheckAppend has passed, and returns its id.
     u2_t Below(u2_t uParent, u2_t uPos);

@@ -226,7 +226,7 @@ void Data::MoveTo(const Data& oParent, u2_t uPos) {
         }
         Arr<u2_t> oBelow;
         b.ListBelow(m_uId, oBelow);
-        const u2_t uCopy = Data_Copy(b, oTo, m_uId).Below(oParent.m_uId, uPos);
+        const u2_t uCopy = Data_Copy(*this, b, oTo).Below(oParent.m_uId, uPos);
         b.CutLoose(oBelow);
         b.Kill(m_uId);
         *this = Data(oParent.m_oBase, uCopy);
@@ -238,7 +238,7 @@ Data Data::MkCopy(const Data& oParent, u2_t uPos) const {
         Base& b = LiveNodeOf(m_oBase, m_uId);
         Base& oTo = detail::NodeOf(oParent.m_oBase, oParent.m_uId);
         oTo.CheckAppend(oParent.m_uId);
-        return Data(oParent.m_oBase, Data_Copy(b, oTo, m_uId).Below(oParent.m_uId, uPos));
+        return Data(oParent.m_oBase, Data_Copy(*this, b, oTo).Below(oParent.m_uId, uPos));
     });
 }
 
@@ -246,7 +246,7 @@ Data Data::MkClone() const {
     return Where("vok::Data::MkClone", [&] {
         Base& b = LiveNodeOf(m_oBase, m_uId);
         const Mem::Ref<Base> oTo = Mem::Ref<Base>::Create();
-        Data_Copy(b, *oTo, m_uId).AsRoot();
+        Data_Copy(*this, b, *oTo).AsRoot();
         oTo->m_oUserTag = b.m_oUserTag;
         return Data(oTo, 0);
     });
