@@ -151,12 +151,15 @@ class Arr {
     void Clear() noexcept { Release(); }
 
   private:
-    // Small arrays double. Large ones take the step at which moving them is a matter of
-    // page tables: 65,536 elements, or an eighth where that step would cost quadratic time.
+    // Small arrays double. Large ones, which are moved by their page tables, take steps of 65,536
+    // elements, or of an eighth where those would cost quadratic time.
     [[nodiscard]] std::size_t NextCapacity() const noexcept {
-        if (m_uCapacity <= 65536) return m_uCapacity < 8 ? 8 : 2 * m_uCapacity;
+        const bool bSmall = m_uCapacity <= 65536 || m_uCapacity * sizeof(T) <= COPIED;
+        if (bSmall) return m_uCapacity < 8 ? 8 : 2 * m_uCapacity;
         return m_uCapacity + (m_uCapacity / 8 > 65536 ? m_uCapacity / 8 : 65536);
     }
+    // Up to so many bytes growing copies an array.
+    static constexpr std::size_t COPIED = std::size_t{1} << 20;
     // More than can be counted in bytes; asking for it ends in the allocation error.
     static constexpr std::size_t TOO_MANY = std::numeric_limits<std::size_t>::max() / sizeof(T);
 
