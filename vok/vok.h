@@ -4,10 +4,10 @@
 
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
+#include "vok/data/builder.h"
 #include "vok/data/data.h"
 #include "vok/data/diff.h"
 #include "vok/data/succ_it.h"
-#include "vok/data/builder.h"
 #include "vok/data/view.h"
 #include "vok/data/walk.h"
 #include "vok/data/xpath.h"

@@ -79,8 +79,8 @@ class Hash {
     [[nodiscard]] std::size_t HeapBytes() const noexcept;
 
   private:
-    // Where the search for a text in a large table leads to: a key, and a hash that tells nearly all
-    // other texts apart.
+    // Where the search for a text in a large table leads to: a key, and a hash that tells nearly
+    // all other texts apart.
     struct Slot {
         u2_t uHash;
         u2_t uKey;  // 0 is free
