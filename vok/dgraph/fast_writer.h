@@ -1,7 +1,7 @@
 // The loop that most records are written by. Internal: writer.cpp includes it, so that a
 // compiler may put the loop where it is called.
-#ifndef VOK_DGRAPH_PLAIN_WRITER_H
-#define VOK_DGRAPH_PLAIN_WRITER_H
+#ifndef VOK_DGRAPH_FAST_WRITER_H
+#define VOK_DGRAPH_FAST_WRITER_H
 
 #include <cstring>
 #include <utility>
@@ -30,7 +30,7 @@ inline void Writer<Sink>::WriteFastRecords() {
         if ((FAST_TYPES >> eType & 1u) == 0 && !bShortText) break;
         if (!IsVerbatim(oNode.uKey) || (bAttributes && m_oBase.m_oAtt.Has(uId))) break;
         const Hash_Text& oName = pNames[oNode.uKey];
-        if (oName.uLength > Hash::SLACK) break;
+        if (oName.uLength > SHORT_NAME) break;
         if (static_cast<std::size_t>(pEnd - p) < PIECE) {
             m_oSink.Cut(p);
             p = m_oSink.Space(PIECE);
@@ -74,4 +74,4 @@ inline void Writer<Sink>::WriteFastRecords() {
 
 }  // namespace vok::dgraph
 
-#endif  // VOK_DGRAPH_PLAIN_WRITER_H
+#endif  // VOK_DGRAPH_FAST_WRITER_H

@@ -43,10 +43,12 @@ template <class Sink>
 inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
     const Data_Node& oNode = m_oBase.m_oNode(uId);
     // The step text, built behind the four bytes of its length.
-    if (m_oBase.m_oAtt.Has(uId) || !IsVerbatim(oNode.uKey)) {
+    const bool bVerbatim = IsVerbatim(oNode.uKey);
+    const bool bLong = !bVerbatim && m_oBase.m_oName(oNode.uKey).uLength > SHORT_NAME;
+    if (m_oBase.m_oAtt.Has(uId) || bLong || uId == 0) {
         WriteLongStep(uId, uIndex);
     } else {
-        const Hash_Text& oName = m_oBase.m_oName(oNode.uKey);
+        const Hash_Text& oName = bVerbatim ? m_oBase.m_oName(oNode.uKey) : Escaped(oNode.uKey);
         char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
         char* p = CopyName(pStep, oName);
         p = StoreIndex(p, uIndex);
@@ -55,6 +57,17 @@ inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
         m_oSink.Cut(p);
     }
     WriteValue(uId, oNode);
+}
+
+template <class Sink>
+const Hash_Text& Writer<Sink>::Escaped(u2_t uKey) {
+    u2_t& uForm = m_oFormOf(uKey);
+    if (uForm == 0) {
+        m_oStep.Truncate(0);
+        detail::AppendEncoded(m_oStep, m_oBase.m_oName(uKey).View(), detail::RESERVED.data());
+        uForm = m_oForm.Insert({m_oStep.Beg(), m_oStep.Size()});
+    }
+    return m_oForm(uForm);
 }
 
 template <class Sink>

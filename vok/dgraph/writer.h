@@ -10,6 +10,7 @@
 
 #include "vok/base/number.h"
 #include "vok/data/escape.h"
+#include "vok/data/id_map.h"
 #include "vok/data/store.h"
 #include "vok/dgraph/access.h"
 #include "vok/dgraph/format.h"
@@ -25,7 +26,8 @@ class Writer {
         : m_oBase(*Access::BaseOf(oRoot)),
           m_oRoot(oRoot),
           m_iMinor(oVersion.iMinor),
-          m_oSink(oSink) {
+          m_oSink(oSink),
+          m_oFormOf(m_oBase.m_oName.Size()) {
         m_oVerbatim.Resize(m_oBase.m_oName.Size());
     }
 
@@ -50,9 +52,10 @@ class Writer {
     static constexpr u2_t FAST_TYPES =
         1u << Data_Node::Integer | 1u << Data_Node::Double | 1u << Data_Node::Boolean;
     static constexpr u2_t SHORT_TEXT = 64;
+    static constexpr u2_t SHORT_NAME = 64;
     // Room for any record with a short name and a short text, and what copying in steps of 16
     // bytes writes behind it.
-    static constexpr std::size_t PIECE = Hash::SLACK + SHORT_TEXT + FIXED_ROOM;
+    static constexpr std::size_t PIECE = SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
 
     // Names longer than this go where their length is checked.
     static constexpr u2_t LONGEST_VERBATIM = 0x7FFFFF00;
@@ -69,7 +72,10 @@ class Writer {
         return uVerbatim == Yes;
     }
 
-    // Writes the records of the top level as long as they are like most records are: a name
+    // How another, short name is written. Remembered.
+    [[nodiscard]] const Hash_Text& Escaped(u2_t uKey);
+
+    // Writes the records of the top level as long as they are like most records are: a short name
     // written as it stands, no attributes, one of the common values. This loop is what
     // writing a document costs, so all it needs is at hand in locals: the bytes it stores
     // could otherwise be taken for any of the members.
@@ -79,11 +85,10 @@ class Writer {
 
     // The table of names has 16 bytes to spare behind each of its blocks.
     static char* CopyName(char* p, const Hash_Text& oName) noexcept {
-        if (oName.uLength <= Hash::SLACK) [[likely]] {
-            std::memcpy(p, oName.sText, Hash::SLACK);
-        } else {
-            std::memcpy(p, oName.sText, oName.uLength);
-        }
+        std::memcpy(p, oName.sText, Hash::SLACK);
+        for (u2_t u = Hash::SLACK; u < oName.uLength; u += Hash::SLACK) [[unlikely]] {
+                std::memcpy(p + u, oName.sText + u, Hash::SLACK);
+            }
         return p + oName.uLength;
     }
 
@@ -144,7 +149,9 @@ class Writer {
     const i2_t m_iMinor;
     Sink& m_oSink;
     Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oVerbatim;  // by key
+    Arr<u0_t> m_oVerbatim;       // by key
+    Hash m_oForm;                // of names that are not written as they stand
+    Data_IdMap<u2_t> m_oFormOf;  // theirs, by key of the name
     Arr<char> m_oStep;
     Arr<u2_t> m_oAttKeys;
 };

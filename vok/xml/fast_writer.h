@@ -1,7 +1,7 @@
 // The loop that most elements are written by. Internal: writer.cpp includes it, so that a
 // compiler may put the loop where it is called.
-#ifndef VOK_XML_PLAIN_WRITER_H
-#define VOK_XML_PLAIN_WRITER_H
+#ifndef VOK_XML_FAST_WRITER_H
+#define VOK_XML_FAST_WRITER_H
 
 #include <bit>
 #include <cstring>
@@ -36,7 +36,7 @@ inline void XmlWriter<Sink>::WriteFastElements() {
     const Node* const pNodes = std::as_const(m_oBase.m_oNode).Beg();
     const Hash_Text* const pNames = m_oBase.m_oName.Texts();
     const char* const pHeap = m_oBase.m_oHeap.Begin();
-    char* p = m_oSink.Space(PLAIN_ROOM);
+    char* p = m_oSink.Space(FAST_ROOM);
     const char* pEnd = m_oSink.SpaceEnd();
     for (; f.pNext != f.pEnd; ++f.pNext) {
         const u2_t uId = *f.pNext;
@@ -46,9 +46,9 @@ inline void XmlWriter<Sink>::WriteFastElements() {
         if ((m_bAttributes && m_oBase.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
         const Hash_Text& oName = pNames[oNode.uKey];
         if (oName.uLength > SHORT_NAME) break;
-        if (static_cast<std::size_t>(pEnd - p) < PLAIN_ROOM) {
+        if (static_cast<std::size_t>(pEnd - p) < FAST_ROOM) {
             m_oSink.Cut(p);
-            p = m_oSink.Space(PLAIN_ROOM);
+            p = m_oSink.Space(FAST_ROOM);
             pEnd = m_oSink.SpaceEnd();
         }
         char* const pBegin = p;
@@ -91,4 +91,4 @@ inline void XmlWriter<Sink>::WriteFastElements() {
 
 }  // namespace vok::detail
 
-#endif  // VOK_XML_PLAIN_WRITER_H
+#endif  // VOK_XML_FAST_WRITER_H

@@ -65,7 +65,7 @@ class XmlWriter {
                                        1u << Node::Boolean | 1u << Node::String | 1u << Node::Empty;
     static constexpr u2_t SHORT_NAME = 64;
     static constexpr u2_t SHORT_TEXT = 64;
-    static constexpr std::size_t PLAIN_ROOM = 2 * SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
+    static constexpr std::size_t FAST_ROOM = 2 * SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
 
     void MarkTarget(const Node& oNode) {
         if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) return;
