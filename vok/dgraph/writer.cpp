@@ -44,8 +44,9 @@ inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
     const Data_Node& oNode = m_oBase.m_oNode(uId);
     // The step text, built behind the four bytes of its length.
     const bool bVerbatim = IsVerbatim(oNode.uKey);
-    const bool bLong = !bVerbatim && m_oBase.m_oName(oNode.uKey).uLength > SHORT_NAME;
-    if (m_oBase.m_oAtt.Has(uId) || bLong || uId == 0) {
+    // An unnamed root has a name of its own.
+    const bool bLong = !bVerbatim && (uId == 0 || m_oBase.m_oName(oNode.uKey).uLength > SHORT_NAME);
+    if (m_oBase.m_oAtt.Has(uId) || bLong) {
         WriteLongStep(uId, uIndex);
     } else {
         const Hash_Text& oName = bVerbatim ? m_oBase.m_oName(oNode.uKey) : Escaped(oNode.uKey);
