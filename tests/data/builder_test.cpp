@@ -87,6 +87,7 @@ TEST(Builder, Refuses) {
     {
         Data_Builder o(oRoot);
         EXPECT_EQ(Failing([&] { o.Close(); }), "node has no predecessor");
+        EXPECT_EQ(Failing([&] { o.SetAttVal("k", "v"); }), "object points to nothing");
         EXPECT_EQ(Failing([&] { o.AddBin("n", nullptr, 1); }), "object points to nothing");
         EXPECT_EQ(Failing([&] { o.AddInt(Data_Key{77}, 1); }),
                   "assertion failed: b.m_oName.ValidHndl(uHndl)");

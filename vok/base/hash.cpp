@@ -98,8 +98,8 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
     if (sText.empty()) return 0;
     if (sText.size() > LONGEST) return NONE;
     const Hash_Text oText = TakeApart(sText);
-    const u2_t uKey =
-        !m_bIndexed ? m_auFew[FewSlotOf(oText)] : m_oIndex(SlotOf(oText, HashOf(oText))).uKey;
+    const u2_t uKey = m_oIndex.Size() == 0 ? m_auFew[FewSlotOf(oText)]
+                                           : m_oIndex(SlotOf(oText, HashOf(oText))).uKey;
     return uKey != 0 ? uKey : NONE;
 }
 
@@ -115,7 +115,7 @@ u2_t Hash::Insert(std::string_view sText) {
         if (uKey == 0) uKey = static_cast<u0_t>(Append(oText));
         return uKey;
     }
-    if (!m_bIndexed) MakeIndex();
+    if (m_oIndex.Size() == 0) MakeIndex();
     if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
     const u2_t uHash = HashOf(oText);
     Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
@@ -132,12 +132,11 @@ void Hash::PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept {
 
 // Either all texts are in the index or none.
 void Hash::MakeIndex() {
-    if (m_oIndex.Size() == 0) m_oIndex.Resize(FIRST_INDEX);
+    m_oIndex.Resize(FIRST_INDEX);
     m_uSeed = MakeSeed(this);
     for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
         PlaceSlot(m_oIndex, {HashOf(m_oText(uKey)), uKey});
     }
-    m_bIndexed = true;
 }
 
 void Hash::GrowIndex() {
@@ -163,25 +162,8 @@ void Hash::Swap(Hash& oHash) noexcept {
     std::swap(m_auFew, oHash.m_auFew);
     std::swap(m_uSeed, oHash.m_uSeed);
     m_oIndex.Swap(oHash.m_oIndex);
-    std::swap(m_bIndexed, oHash.m_bIndexed);
     std::swap(m_pBlock, oHash.m_pBlock);
     std::swap(m_uBlockUsed, oHash.m_uBlockUsed);
-}
-
-void Hash::Clear() noexcept {
-    // An index that others outgrew would take longer to empty than it saves.
-    if (m_oIndex.Size() > 16 * m_oText.Size()) m_oIndex.Clear();
-    if (m_bIndexed) std::fill_n(m_oIndex.Beg(), m_oIndex.Size(), Slot{0, 0});
-    m_bIndexed = false;
-    m_oText.Truncate(0);
-    std::fill_n(m_auFew, FEW_SLOTS, u0_t{0});
-    // The last block is the largest.
-    while (m_pBlock != nullptr && m_pBlock->pBefore != nullptr) {
-        Block* const pBefore = m_pBlock->pBefore;
-        m_pBlock->pBefore = pBefore->pBefore;
-        Mem::Free(pBefore);
-    }
-    m_uBlockUsed = 0;
 }
 
 std::size_t Hash::HeapBytes() const noexcept {

@@ -49,8 +49,6 @@ class Hash {
 
     // Exchanges the texts, and their keys.
     void Swap(Hash& oHash) noexcept;
-    // Drops all texts, and keeps most of their memory for others.
-    void Clear() noexcept;
 
     // Keys given, the empty text's included.
     [[nodiscard]] std::size_t Size() const noexcept {
@@ -111,7 +109,6 @@ class Hash {
     u0_t m_auFew[FEW_SLOTS] = {};  // keys of few texts, open addressing; 0 is free
     u3_t m_uSeed = 0;
     Arr<Slot> m_oIndex;         // of more texts, likewise; a power of two, or empty
-    bool m_bIndexed = false;    // whether they are in the index, or else it has free slots only
     Block* m_pBlock = nullptr;  // the last one
     std::size_t m_uBlockUsed = 0;
 };

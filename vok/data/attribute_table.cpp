@@ -189,7 +189,8 @@ void Data_Attributes::Reset() noexcept {
 void Data_Attributes::Restart() noexcept {
     for (Array* p : m_oArray) Mem::Dispose(p);
     m_oArray.Truncate(0);
-    m_oName.Clear();
+    Hash oNone;
+    m_oName.Swap(oNone);
     Reset();
 }
 

@@ -18,6 +18,7 @@ Data_Builder::Data_Builder(Data& oParent) {
         const Data_Node& oNode = m_pBase->m_oNode(m_uParent);
         m_uCount = oNode.GetType() == Data_Node::Tree ? oNode.Size() : 0;
         Load();
+        m_uFirst = m_uNext;
     });
 }
 
@@ -94,7 +95,7 @@ u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t u
 
 void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
     Where("vok::Data_Builder::SetAttVal", [&] {
-        if (m_pNodes == nullptr || m_uNext == 0) Msg::ObjectPointsToNothing();
+        if (m_pNodes == nullptr || m_uNext == m_uFirst) Msg::ObjectPointsToNothing();
         Sync();
         Data oNode = m_oTree;
         oNode.SetToNode(m_uNext - 1);

@@ -76,7 +76,8 @@ class Data_Builder {
     u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     u2_t AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3);
 
-    // Sets an attribute of the node appended last. Errors are those of Data::SetAttVal.
+    // Sets an attribute of the node appended last. Errors are those of Data::SetAttVal, and "object
+    // points to nothing" before the first one.
     void SetAttVal(const char* sName, const char* sValue);
 
   private:
@@ -124,6 +125,7 @@ class Data_Builder {
     Data m_oTree;
     Data_Base* m_pBase;
     Data_Node* m_pNodes = nullptr;
+    u2_t m_uFirst = 0;  // id of its first node
     u2_t m_uNext = 0;   // id of the next node
     u2_t m_uRoom = 0;   // nodes that there is room for
     u2_t m_uNames = 0;  // keys that there are

@@ -169,6 +169,7 @@ void Reader<Source>::CheckMemory() {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
     const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
+                       m_oForm.HeapBytes() + m_oKeyOfForm.HeapBytes() +
                        m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +
                        COPIES * m_uNoted;
     m_uNoted = 0;
