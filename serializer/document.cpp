@@ -22,8 +22,8 @@ Data& CursorOf(Data* pData) {
 
 }  // namespace
 
-void Document::StampVersion(vok::Data& root) {
-    vok::Dgraph_SetVersion(root, 1, 2, 0);
+void Document::StampVersion(vok::Data& root, int iMinor) {
+    vok::Dgraph_SetVersion(root, 1, iMinor, 0);
 }
 
 Node Document::NewRoot(const char* sFailure) {
@@ -39,12 +39,12 @@ void Document::SaveToFile(const Node& root, StringRef fileName) {
     });
 }
 
-std::vector<Byte> Document::SaveToBuffer(Node& root) {
+std::vector<Byte> Document::SaveToBuffer(Node& root, int iMinor) {
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
     return Guarded(WRITE_BUFFER_FAILED, [&] {
         vok::File_Buf buffer("w");
         data.SetToRoot();
-        StampVersion(data);
+        StampVersion(data, iMinor);
         vok::Dgraph_SaveDGraph(data, buffer);
         (void)vok::Msg::ToInt32(buffer.Size());
         const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());

@@ -15,14 +15,15 @@ namespace Velmar::Q7R::Serializer {
 // Failures raise System::ApplicationException with the text of the operation.
 class Document {
   public:
-    // Stamps the version that the facade writes, 1.2.0, on a tree, whatever it was read from.
-    static void StampVersion(vok::Data& root);
+    // Stamps the version that the facade writes, 1.2.0 unless told, on a tree, whatever it was read
+    // from.
+    static void StampVersion(vok::Data& root, int iMinor = 2);
 
     // The root of a fresh tree. sFailure is what a failure to make it says.
     [[nodiscard]] static Node NewRoot(const char* sFailure);
 
     static void SaveToFile(const Node& root, StringRef fileName);
-    [[nodiscard]] static std::vector<Byte> SaveToBuffer(Node& root);
+    [[nodiscard]] static std::vector<Byte> SaveToBuffer(Node& root, int iMinor = 2);
     // The root of the tree that was loaded.
     [[nodiscard]] static Node LoadFromFile(StringRef fileName);
     [[nodiscard]] static Node LoadFromBuffer(std::span<const Byte> bytes);

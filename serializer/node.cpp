@@ -9,7 +9,6 @@
 
 namespace Velmar::Q7R::Serializer {
 
-using vok::Data;
 using vok::Data_Node;
 using vok::Data_View;
 
@@ -25,11 +24,11 @@ decltype(auto) WithName(StringRef oName, F&& oUse) {
 // The successor of a name, handed to one of two functions if there is one; tells whether there
 // was. oFromView gets a value of the type asked for where it lies, oFromCursor all others.
 template <class FromView, class FromCursor>
-bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, Data_Node::Type eType,
+bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex, Data_Node::Type eType,
                    const FromView& oFromView, const FromCursor& oFromCursor) {
     const auto uIndex = static_cast<vok::u2_t>(iIndex);
     return WithName(oName, [&](std::string_view sName) {
-        Data oSucc;
+        vok::Data oSucc;
         if (const Data_View oParent = Data_View::IfOrdered(oNode); oParent.IsNode()) {
             const Data_View oFound = oParent.Find(sName, uIndex);
             if (!oFound.IsNode()) return false;
@@ -49,16 +48,16 @@ bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex, Data_Node::
 
 // The same where a cursor is what is wanted.
 template <class FromCursor>
-bool WithSuccessor(const Data& oNode, StringRef oName, Int32 iIndex,
+bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex,
                    const FromCursor& oFromCursor) {
     return WithName(oName, [&](std::string_view sName) {
-        const Data oSucc = oNode.GetNthSucc(sName, static_cast<vok::u2_t>(iIndex));
+        const vok::Data oSucc = oNode.GetNthSucc(sName, static_cast<vok::u2_t>(iIndex));
         if (oSucc.IsNode()) oFromCursor(oSucc);
         return oSucc.IsNode();
     });
 }
 
-Data NewSuccessor(Data& oNode, StringRef oName) {
+vok::Data NewSuccessor(vok::Data& oNode, StringRef oName) {
     return WithName(oName, [&](std::string_view sName) { return oNode.CreateNewSucc(sName); });
 }
 
@@ -77,12 +76,12 @@ void Node::Dispose(bool) {
     m_bDisposed = true;
 }
 
-const Data& Node::Cursor() const {
+const vok::Data& Node::Cursor() const {
     if (m_bDisposed) vok::Msg::ObjectPointsToNothing();
     return m_oData;
 }
 
-Data& Node::Cursor() {
+vok::Data& Node::Cursor() {
     if (m_bDisposed) vok::Msg::ObjectPointsToNothing();
     return m_oData;
 }
@@ -134,7 +133,7 @@ void Node::AddValue(StringRef name, std::span<const Byte> value) {
 
 void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {
     Guarded("Failed to add Node quad tuple", [&] {
-        Data oQuad = NewSuccessor(Cursor(), name);
+        vok::Data oQuad = NewSuccessor(Cursor(), name);
         const Int32 ai[] = {v1, v2, v3, v4};
         for (int i = 0; i < 4; ++i) oQuad.AddInt(QUAD_NAMES[i], ai[i]);
     });
@@ -150,7 +149,7 @@ bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const 
     try {
         return WithSuccessor(
             Cursor(), name, index, Data_Node::String, [&](const Data_View& o) { value = o.Text(); },
-            [&](const Data& o) {
+            [&](const vok::Data& o) {
                 const char* sText = o.GetStr(nullptr);
                 value = sText != nullptr ? sText : "";
             });
@@ -179,7 +178,7 @@ bool Node::TryGetValue(StringRef name, Int32 index, Int32& value) const {
     return Guarded("Failed to get Node int value", [&] {
         return WithSuccessor(
             Cursor(), name, index, Data_Node::Integer, [&](const Data_View& o) { value = o.Int(); },
-            [&](const Data& o) { value = o.GetValInt(Data_Node::Integer); });
+            [&](const vok::Data& o) { value = o.GetValInt(Data_Node::Integer); });
     });
 }
 
@@ -187,7 +186,7 @@ bool Node::TryGetValue(StringRef name, Int32 index, double& value) const {
     return Guarded("Failed to get Node double value", [&] {
         return WithSuccessor(
             Cursor(), name, index, Data_Node::Double, [&](const Data_View& o) { value = o.Dbl(); },
-            [&](const Data& o) { value = o.GetValDbl(Data_Node::Double); });
+            [&](const vok::Data& o) { value = o.GetValDbl(Data_Node::Double); });
     });
 }
 
@@ -196,12 +195,12 @@ bool Node::TryGetValue(StringRef name, Int32 index, bool& value) const {
         return WithSuccessor(
             Cursor(), name, index, Data_Node::Boolean,
             [&](const Data_View& o) { value = o.Int() != 0; },
-            [&](const Data& o) { value = o.GetValInt(Data_Node::Boolean) != 0; });
+            [&](const vok::Data& o) { value = o.GetValInt(Data_Node::Boolean) != 0; });
     });
 }
 
 bool Node::PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const {
-    return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) {
+    return WithSuccessor(Cursor(), name, index, [&](const vok::Data& oSucc) {
         vok::u2_t uSize = 0;
         const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
         (void)vok::Msg::ToInt32(uSize);
@@ -222,10 +221,10 @@ bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32&
                        Int32& v4) const {
     return Guarded("Failed to get Node int value", [&] {
         bool bAll = true;
-        const bool bFound = WithSuccessor(Cursor(), name, index, [&](const Data& oQuad) {
+        const bool bFound = WithSuccessor(Cursor(), name, index, [&](const vok::Data& oQuad) {
             Int32* const api[] = {&v1, &v2, &v3, &v4};
             for (int i = 0; i < 4; ++i) {
-                const Data oValue = oQuad.GetNthSucc(QUAD_NAMES[i], 0);
+                const vok::Data oValue = oQuad.GetNthSucc(QUAD_NAMES[i], 0);
                 if (oValue.IsNode()) {
                     *api[i] = oValue.GetValInt(Data_Node::Integer);
                 } else {
@@ -239,7 +238,7 @@ bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32&
 
 bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
     return Guarded("Failed to get subnode", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const Data& oSucc) { node = Node(oSucc); });
+        return WithSuccessor(Cursor(), name, index, [&](const vok::Data& oSucc) { node = Node(oSucc); });
     });
 }
 

@@ -33,6 +33,8 @@ using Int32 = std::int32_t;
 // A node and its tree are used from one thread at a time.
 class Node {
   public:
+    // A node of a tree that is there already.
+    explicit Node(const vok::Data& data) : m_oData(data) {}
     // A node of no tree; the first value or subnode added gives it one.
     Node() = default;
     // Nodes are handles: a copy designates the same node of the same tree.
@@ -44,6 +46,11 @@ class Node {
 
     // Gives up the tree; every later operation fails. May be called again.
     void Dispose() { Dispose(true); }
+
+    // The node of the tree beneath, with all that a tree can do. Raises "object points to nothing"
+    // once the node is disposed of.
+    [[nodiscard]] const vok::Data& Data() const { return Cursor(); }
+    [[nodiscard]] vok::Data& Data() { return Cursor(); }
 
     // ---- writing ----------------------------------------------------------
 
@@ -122,7 +129,6 @@ class Node {
 
     // The root of a fresh tree, stamped with the version that is written.
     explicit Node(bool isRootNode);
-    explicit Node(const vok::Data& data) : m_oData(data) {}
     // The native cursor; null once the node is disposed of.
     explicit operator vok::Data*() { return m_bDisposed ? nullptr : &m_oData; }
     explicit operator const vok::Data*() const { return m_bDisposed ? nullptr : &m_oData; }

@@ -12,6 +12,7 @@
 #ifndef SERIALIZER_SERIALIZER_H
 #define SERIALIZER_SERIALIZER_H
 
+#include <concepts>
 #include <span>
 #include <vector>
 
@@ -31,6 +32,15 @@ class ISerialisable {
     virtual void WriteValues(Node& node) = 0;
     // Takes the object's state from the given root.
     virtual void ReadValues(Node& node) = 0;
+};
+
+// An object that is written by its fields, which serializer/fields.h explains.
+template <class T>
+concept FieldObject = !std::derived_from<T, ISerialisable>;
+
+// How objects are read by their fields.
+struct ReadOptions {
+    bool refuseUnknown = false;  // nodes that no field asks for are an error
 };
 
 // Holds no state: one serializer may be used for any number of objects, from any thread.
@@ -56,6 +66,33 @@ class Serializer {
     // Untrusted bytes are safe: what a document may cost is bounded by vok::Limits. "Failed to
     // read data from file."; ReadValues is not called then.
     void ReadFromBinaryBuffer(ISerialisable& iSerialisable, std::span<const Byte> byteArray);
+
+    // ---- objects that say which fields they have: include serializer/fields.h ------------
+    //
+    // Errors name the field: "/legs[3]/strike: Double expected, String found, byte 1234". All are
+    // linear.
+
+    // The object as a DGraph document, of version 1.2.0, or 1.3.0 where it has a Long.
+    template <FieldObject T>
+    [[nodiscard]] std::vector<Byte> Write(const T& object);
+    // The same in place of what the buffer held, without a heap block of its own where there is
+    // room enough.
+    template <FieldObject T>
+    void Write(const T& object, std::vector<Byte>& buffer);
+    // An object from a DGraph document of any version.
+    template <FieldObject T>
+    [[nodiscard]] T Read(std::span<const Byte> bytes, const ReadOptions& options = {});
+    template <FieldObject T>
+    void Read(T& object, std::span<const Byte> bytes, const ReadOptions& options = {});
+    // As their namesakes above do.
+    template <FieldObject T>
+    void WriteToFile(const T& object, StringRef fileName);
+    template <FieldObject T>
+    void ReadFromFile(T& object, StringRef fileName, const ReadOptions& options = {});
+    template <FieldObject T>
+    [[nodiscard]] std::vector<Byte> WriteToBinaryBuffer(const T& object);
+    template <FieldObject T>
+    void ReadFromBinaryBuffer(T& object, std::span<const Byte> byteArray);
 
     void Dispose() { Dispose(true); }
 

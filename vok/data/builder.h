@@ -66,6 +66,9 @@ class Data_Builder {
     u2_t AddDbl(Data_Name oName, double dValue) {
         return Append(oName, Data_Node::Double, std::bit_cast<u3_t>(dValue));
     }
+    u2_t AddFlt(Data_Name oName, float fValue) {
+        return Append(oName, Data_Node::Float, std::bit_cast<u3_t>(double{fValue}));
+    }
     // Seconds since 1970-01-01 UTC.
     u2_t AddDate(Data_Name oName, double dSeconds) {
         return Append(oName, Data_Node::Date, std::bit_cast<u3_t>(dSeconds));

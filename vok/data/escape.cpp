@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/data.h"
@@ -22,10 +21,8 @@ void AppendEncoded(Arr<char>& oOut, std::string_view sText, const bool* pSet) {
             oOut.Add(c);
             continue;
         }
-        char sCode[NUMBER_ROOM];
-        oOut.Add('\b');
-        oOut.Add(sCode, FormatInteger(static_cast<unsigned>(static_cast<u0_t>(c)), sCode));
-        oOut.Add(';');
+        char sEscape[MOST_ENCODED];
+        oOut.Add(sEscape, static_cast<std::size_t>(EncodeByte(c, sEscape, pSet) - sEscape));
     }
 }
 

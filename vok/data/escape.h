@@ -1,4 +1,4 @@
-// The characters that the path syntax reserves. Internal.
+// The characters that the path syntax reserves, and how names and texts carry them.
 #ifndef VOK_DATA_ESCAPE_H
 #define VOK_DATA_ESCAPE_H
 
@@ -23,6 +23,24 @@ inline constexpr std::array<bool, 256> RESERVED = [] {
         if (RESERVED[static_cast<u0_t>(c)]) return true;
     }
     return false;
+}
+
+// Writes a byte as paths and step texts carry it to p, which has room for MOST_ENCODED, and returns
+// the place behind it: itself, or as an escape, which is a backspace, its decimal code and a
+// semicolon.
+inline constexpr std::size_t MOST_ENCODED = 5;
+constexpr char* EncodeByte(char c, char* p, const bool* pSet) noexcept {
+    const auto uByte = static_cast<u0_t>(c);
+    if (!pSet[uByte]) {
+        *p++ = c;
+        return p;
+    }
+    *p++ = '\b';
+    if (uByte >= 100) *p++ = static_cast<char>('0' + uByte / 100);
+    if (uByte >= 10) *p++ = static_cast<char>('0' + uByte / 10 % 10);
+    *p++ = static_cast<char>('0' + uByte % 10);
+    *p++ = ';';
+    return p;
 }
 
 // Appends a valid UTF-8 text with every byte of the set (256 flags) escaped; an empty text

@@ -1,5 +1,4 @@
 // Constants of the DGraph document; docs/format.md explains it. All numbers are little-endian.
-// Internal.
 #ifndef VOK_DGRAPH_FORMAT_H
 #define VOK_DGRAPH_FORMAT_H
 

@@ -1,0 +1,103 @@
+#include "serializer/fields/failure.h"
+
+#include <algorithm>
+
+#include "serializer/exception.h"
+#include "vok/dgraph/format.h"
+
+namespace Velmar::Q7R::Serializer::fields {
+
+namespace {
+
+// Where the record behind the one at uAt begins, or the end of a document that was cut short.
+// Records stand behind each other whatever contains what.
+std::size_t NextRecord(std::string_view sDocument, std::size_t uAt) {
+    const auto oNumberAt = [&](std::size_t u) {
+        return u + 4 <= sDocument.size() ? vok::le::Load<vok::u2_t>(sDocument.data() + u) : 0u;
+    };
+    uAt += 4 + std::size_t{oNumberAt(uAt)};
+    if (uAt >= sDocument.size()) return sDocument.size();
+    const char cCode = sDocument[uAt++];
+    switch (cCode) {
+        case vok::dgraph::CODE_NONE:
+        case vok::dgraph::CODE_INTEGER:
+        case vok::dgraph::CODE_FLOAT: uAt += 4; break;
+        case vok::dgraph::CODE_DOUBLE:
+        case vok::dgraph::CODE_DATE:
+        case vok::dgraph::CODE_LONG: uAt += 8; break;
+        case vok::dgraph::CODE_CHAR:
+        case vok::dgraph::CODE_BOOLEAN: uAt += 1; break;
+        case vok::dgraph::CODE_STRING:
+        case vok::dgraph::CODE_BINARY: uAt += 4 + std::size_t{oNumberAt(uAt)}; break;
+        case vok::dgraph::CODE_LINK:
+            uAt += 4 + std::size_t{oNumberAt(uAt)};
+            uAt += 4 + std::size_t{oNumberAt(uAt)};
+            break;
+        case vok::dgraph::CODE_QUAD: uAt += 16; break;
+        default: break;
+    }
+    return std::min(uAt, sDocument.size());
+}
+
+// Where what begins at uAt and ends with sEnd ends, or the end of the document.
+std::size_t Behind(std::string_view sDocument, std::string_view sEnd, std::size_t uAt) {
+    const std::size_t uEnd = sDocument.find(sEnd, uAt);
+    return uEnd == std::string_view::npos ? sDocument.size() : uEnd + sEnd.size();
+}
+
+}  // namespace
+
+std::string PathOf(const vok::Data& oNode) {
+    std::string sPath = oNode.GetPath().CStr();
+    if (sPath.ends_with("[0]")) sPath.resize(sPath.size() - 3);
+    return sPath;
+}
+
+void RaiseAt(const std::string& sPath, std::string_view sReason, std::string_view sWhere,
+             vok::u3_t uOffset, vok::u2_t uLine) {
+    System::ApplicationException::Place oPlace{uOffset, uLine, 0};
+    sPath.copy(oPlace.sPath, sizeof(oPlace.sPath) - 1);
+    std::string sText = sPath + ": ";
+    sText += sReason;
+    if (!sWhere.empty()) {
+        sText += ", ";
+        sText += sWhere;
+    }
+    throw System::ApplicationException(sText.c_str(), oPlace);
+}
+
+void RaiseInDGraph(const Fault& oFault, std::span<const Byte> oDocument) {
+    const std::string_view sDocument(reinterpret_cast<const char*>(oDocument.data()),
+                                     oDocument.size());
+    std::size_t uAt = std::min(vok::dgraph::HEADER_SIZE, sDocument.size());
+    for (vok::u2_t u = 0; u < oFault.uNode; ++u) uAt = NextRecord(sDocument, uAt);
+    RaiseAt(oFault.sPath, oFault.sReason, "byte " + std::to_string(uAt), uAt);
+}
+
+void RaiseInXml(const Fault& oFault, std::string_view sDocument) {
+    vok::u2_t uLeft = oFault.uNode + 1;
+    std::size_t uAt = 0;
+    while ((uAt = sDocument.find('<', uAt)) != std::string_view::npos) {
+        const std::string_view sTag = sDocument.substr(uAt);
+        if (sTag.starts_with("<!--")) {
+            uAt = Behind(sDocument, "-->", uAt);
+        } else if (sTag.starts_with("<![CDATA[")) {
+            uAt = Behind(sDocument, "]]>", uAt);
+        } else if (sTag.starts_with("<?")) {
+            uAt = Behind(sDocument, "?>", uAt);
+        } else if (sTag.starts_with("</") || sTag.starts_with("<!")) {
+            ++uAt;
+        } else if (--uLeft == 0) {
+            const auto uLine = static_cast<vok::u2_t>(
+                std::count(sDocument.begin(), sDocument.begin() + static_cast<std::ptrdiff_t>(uAt),
+                           '\n') +
+                1);
+            RaiseAt(oFault.sPath, oFault.sReason, "line " + std::to_string(uLine), uAt, uLine);
+        } else {
+            ++uAt;
+        }
+    }
+    RaiseAt(oFault.sPath, oFault.sReason);
+}
+
+}  // namespace Velmar::Q7R::Serializer::fields

@@ -1,0 +1,86 @@
+#include "serializer/fields/forms.h"
+
+#include "serializer/document.h"
+#include "serializer/fields/failure.h"
+#include "serializer/utilities.h"
+#include "vok/base/msg_exception.h"
+#include "vok/file/file.h"
+
+namespace Velmar::Q7R::Serializer::fields {
+
+namespace {
+
+// What the tree refuses is nested in the text of the operation; what objects raise passes.
+void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure,
+               bool* pHasLongs = nullptr) {
+    try {
+        TreeOut out(oData);
+        oSource.pWrite(out, oSource.pObject);
+        out.Finish();
+        if (pHasLongs != nullptr) *pHasLongs = out.HasLongs();
+    } catch (const vok::Msg_Exception&) {
+        std::throw_with_nested(System::ApplicationException(sFailure));
+    }
+}
+
+void ReadFrom(const vok::Data& oData, const Target& oTarget, bool bRefuseUnknown) {
+    TreeIn in(oData, bRefuseUnknown);
+    oTarget.pRead(in, oTarget.pObject);
+}
+
+}  // namespace
+
+void WriteBelow(Node& node, const Source& oSource) {
+    WriteInto(node.Data(), oSource, "Failed to add subnode");
+}
+
+void ReadBelow(Node& node, const Target& oTarget, bool bRefuseUnknown) {
+    try {
+        if (node.Data().IsNode()) ReadFrom(node.Data(), oTarget, bRefuseUnknown);
+    } catch (const Fault& e) {
+        RaiseAt(e.sPath, e.sReason);
+    }
+}
+
+std::vector<Byte> WriteThroughTree(const Source& oSource, bool bNewer) {
+    Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
+    bool bHasLongs = false;
+    WriteInto(root.Data(), oSource, Document::WRITE_BUFFER_FAILED, &bHasLongs);
+    return Document::SaveToBuffer(root, bNewer && bHasLongs ? 3 : 2);
+}
+
+void ReadThroughTree(std::span<const Byte> oDocument, const Target& oTarget, bool bRefuseUnknown) {
+    Node root = Document::LoadFromBuffer(oDocument);
+    try {
+        ReadFrom(root.Data(), oTarget, bRefuseUnknown);
+    } catch (const Fault& e) {
+        RaiseInDGraph(e, oDocument);
+    }
+}
+
+void WriteXml(StringRef oFile, const Source& oSource) {
+    Node root = Document::NewRoot(Document::WRITE_FILE_FAILED);
+    WriteInto(root.Data(), oSource, Document::WRITE_FILE_FAILED);
+    Document::SaveToFile(root, oFile);
+}
+
+void ReadXml(StringRef oFile, const Target& oTarget, bool bRefuseUnknown) {
+    Node root = Document::LoadFromFile(oFile);
+    try {
+        ReadFrom(root.Data(), oTarget, bRefuseUnknown);
+    } catch (const Fault& e) {
+        std::string sDocument;
+        try {
+            vok::File oIn;
+            vok::Arr<char> oBytes;
+            oIn.Open(Utilities::String2Str(oFile), "r", true);
+            oIn.Read(oBytes, vok::File_Stream::ALL);
+            sDocument.assign(oBytes.Beg(), oBytes.Size());
+        } catch (const vok::Msg_Exception&) {
+            // Gone, or not to be read twice: then there is no line to tell.
+        }
+        RaiseInXml(e, sDocument);
+    }
+}
+
+}  // namespace Velmar::Q7R::Serializer::fields

@@ -1,0 +1,249 @@
+#include "serializer/fields/record_in.h"
+
+#include <algorithm>
+#include <array>
+
+#include "serializer/fields/convert.h"
+#include "serializer/utilities.h"
+#include "vok/base/date.h"
+#include "vok/base/utf8.h"
+#include "vok/data/escape.h"
+
+namespace Velmar::Q7R::Serializer::fields {
+
+namespace {
+
+constexpr std::size_t MOST_BYTES = 0x40000000;
+
+// A text that a tree takes as it stands.
+bool IsText(std::string_view s) noexcept {
+    return s.empty() || vok::IsAsciiText(s.data(), s.size()) ||
+           (vok::IsUtf8(s.data(), s.size()) && s.find('\0') == std::string_view::npos);
+}
+
+// Names as they follow each other among the successors of a node.
+class NameOrder {
+  public:
+    explicit NameOrder(std::string_view sBefore) noexcept : m_sName(sBefore) {}
+    // Whether the next one is of a name behind the last and the first of it, or the next of the
+    // same.
+    [[nodiscard]] bool Takes(std::string_view sName, vok::u2_t uIndex) noexcept {
+        const bool bSame = m_bAny && sName == m_sName;
+        if (bSame ? uIndex != m_uIndex + 1 : sName <= m_sName || uIndex != 0) return false;
+        m_sName = sName;
+        m_uIndex = uIndex;
+        m_bAny = true;
+        return true;
+    }
+
+  private:
+    std::string_view m_sName;
+    vok::u2_t m_uIndex = 0;
+    bool m_bAny = false;
+};
+
+}  // namespace
+
+RecordIn::RecordIn(std::span<const Byte> oDocument, bool bRefuseUnknown) noexcept
+    : m_bRefuseUnknown(bRefuseUnknown) {
+    const char* const p = reinterpret_cast<const char*>(oDocument.data());
+    vok::dgraph::Version oVersion;
+    if (oDocument.size() < vok::dgraph::HEADER_SIZE ||
+        !vok::dgraph::LoadHeader(p, oDocument.size(), oVersion) || oVersion.iMajor != 1) {
+        m_bFailed = true;
+        return;
+    }
+    m_p = p + vok::dgraph::HEADER_SIZE;
+    m_pEnd = p + oDocument.size();
+}
+
+// ---- finding --------------------------------------------------------------------
+
+std::size_t RecordIn::DigitsOf(vok::u2_t uIndex) noexcept {
+    std::size_t uDigits = 1;
+    for (; uIndex >= 10; uIndex /= 10) ++uDigits;
+    return uDigits;
+}
+
+bool RecordIn::IsIndexAt(const char* p, vok::u2_t uIndex) noexcept {
+    const std::size_t uDigits = DigitsOf(uIndex);
+    if (p[uDigits] != ']') return false;
+    for (std::size_t u = uDigits; u-- > 0; uIndex /= 10) {
+        if (p[u] != static_cast<char>('0' + uIndex % 10)) return false;
+    }
+    return true;
+}
+
+bool RecordIn::ParseHead(Head& o) const noexcept {
+    if (Left() < 4) return false;
+    const std::size_t uStep = vok::le::Load<vok::u2_t>(m_p);
+    // Behind it a type code.
+    if (uStep > MOST_BYTES || Left() - 4 <= uStep) return false;
+    const char* const pStep = m_p + 4;
+    const char* const pEnd = pStep + uStep;
+    const char* p = pStep;
+    while (p != pEnd && static_cast<unsigned char>(*p) - 1u < 0x7F &&
+           !vok::detail::RESERVED[static_cast<unsigned char>(*p)]) {
+        ++p;
+    }
+    if (p == pStep || p == pEnd || *p != '[') return false;
+    o.sName = {pStep, static_cast<std::size_t>(p - pStep)};
+    ++p;
+    const auto oIndex = std::from_chars(p, pEnd, o.uIndex);
+    // Not "00", which no document of this library has.
+    if (oIndex.ec != std::errc() || oIndex.ptr != pEnd - 1 || *oIndex.ptr != ']' ||
+        (*p == '0' && oIndex.ptr != p + 1) || o.uIndex > 0x7FFFFFFF) {
+        return false;
+    }
+    o.pCode = pEnd;
+    return true;
+}
+
+bool RecordIn::Look(std::string_view sStem, std::string_view sBefore) noexcept {
+    const std::string_view sName = sStem.substr(0, sStem.size() - !sStem.empty());
+    // The order of names is not that of their escapes.
+    if (sStem.find('\b') != std::string_view::npos) return Fail(), false;
+    NameOrder oOrder(sBefore);
+    while (m_uPending != 0) {
+        Head o;
+        if (!ParseHead(o)) return Fail(), false;
+        if (!sStem.empty() && o.sName >= sName) {
+            if (o.sName > sName) return false;
+            if (o.uIndex != 0) return Fail(), false;
+            m_p = o.pCode;
+            return true;
+        }
+        if (sBefore.data() == nullptr || m_bRefuseUnknown || !oOrder.Takes(o.sName, o.uIndex)) {
+            return Fail(), false;
+        }
+        m_p = o.pCode;
+        if (!SkipValue()) return Fail(), false;
+        --m_uPending;
+    }
+    return false;
+}
+
+void RecordIn::CheckBehind(std::string_view sStem) noexcept {
+    Head o;
+    if (!ParseHead(o) || sStem.find('\b') != std::string_view::npos ||
+        o.sName <= sStem.substr(0, sStem.size() - 1)) {
+        Fail();
+    }
+}
+
+bool RecordIn::SkipValue() noexcept {
+    struct Level {
+        vok::u2_t uPending;
+        NameOrder oOrder{""};
+    };
+    std::array<Level, 16> aoLevel{};
+    std::size_t uLevels = 0;
+    vok::u2_t uSuccessors = 0;
+    if (!SkipOneValue(uSuccessors)) return false;
+    for (;;) {
+        if (uSuccessors != 0) {
+            if (uLevels == aoLevel.size()) return false;
+            aoLevel[uLevels++] = {uSuccessors};
+        }
+        while (uLevels != 0 && aoLevel[uLevels - 1].uPending == 0) --uLevels;
+        if (uLevels == 0) return true;
+        Head o;
+        Level& oLevel = aoLevel[uLevels - 1];
+        if (!ParseHead(o) || !oLevel.oOrder.Takes(o.sName, o.uIndex)) return false;
+        --oLevel.uPending;
+        m_p = o.pCode;
+        if (!SkipOneValue(uSuccessors)) return false;
+    }
+}
+
+bool RecordIn::SkipOneValue(vok::u2_t& uSuccessors) noexcept {
+    uSuccessors = 0;
+    std::size_t uSize = 0;
+    switch (*m_p++) {
+        case vok::dgraph::CODE_NONE:
+            if (Left() < 4) return false;
+            uSuccessors = vok::le::Load<vok::u2_t>(m_p);
+            if (uSuccessors > 0x7FFFFFFF) return false;
+            [[fallthrough]];
+        case vok::dgraph::CODE_INTEGER:
+        case vok::dgraph::CODE_FLOAT: uSize = 4; break;
+        case vok::dgraph::CODE_DOUBLE:
+        case vok::dgraph::CODE_DATE:
+        case vok::dgraph::CODE_LONG: uSize = 8; break;
+        case vok::dgraph::CODE_CHAR:
+        case vok::dgraph::CODE_BOOLEAN: uSize = 1; break;
+        case vok::dgraph::CODE_STRING:
+        case vok::dgraph::CODE_BINARY:
+            if (Left() < 4) return false;
+            uSize = vok::le::Load<vok::u2_t>(m_p);
+            if (uSize > MOST_BYTES) return false;
+            uSize += 4;
+            break;
+        default: return false;
+    }
+    if (Left() < uSize) return false;
+    m_p += uSize;
+    return true;
+}
+
+// ---- values ---------------------------------------------------------------------
+
+const char* RecordIn::Block(vok::dgraph::Code eCode, std::size_t& uSize) noexcept {
+    if (Left() < 5 || *m_p != static_cast<char>(eCode)) return Fail(), nullptr;
+    uSize = vok::le::Load<vok::u2_t>(m_p + 1);
+    if (uSize > MOST_BYTES || uSize > Left() - 5) return Fail(), nullptr;
+    const char* const p = m_p + 5;
+    m_p = p + uSize;
+    --m_uPending;
+    return p;
+}
+
+void RecordIn::Get(std::string_view& sText) noexcept {
+    std::size_t uSize = 0;
+    const char* const p = Block(vok::dgraph::CODE_STRING, uSize);
+    if (p == nullptr) return;
+    if (uSize == 0 || p[uSize - 1] != 0 || !IsText({p, uSize - 1})) return Fail();
+    sText = {p, uSize - 1};
+}
+
+void RecordIn::Get(std::u16string& sText) {
+    std::string_view s;
+    Get(s);
+    if (!m_bFailed) sText = Utilities::Utf8ToString(s).Text();
+}
+
+bool RecordIn::GetLong(vok::u3_t& u, bool bSigned) noexcept {
+    if (Left() != 0 && *m_p == vok::dgraph::CODE_STRING) {
+        std::string_view s;
+        Number oNumber;
+        Get(s);
+        if (m_bFailed) return false;
+        if (!ParseNumber(s, bSigned, oNumber) || (oNumber.bNegative && !bSigned))
+            return Fail(), false;
+        u = oNumber.uBits;
+        return true;
+    }
+    const char* const p = Value(vok::dgraph::CODE_LONG, 8);
+    if (p != nullptr) u = vok::le::Load<vok::u3_t>(p);
+    return p != nullptr;
+}
+
+bool RecordIn::GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
+                       std::uint64_t uHighest) noexcept {
+    const char* const p = Value(vok::dgraph::CODE_DATE, 8);
+    if (p == nullptr) return false;
+    const double dSeconds = vok::SecondsOfDays(std::bit_cast<double>(vok::le::Load<vok::u3_t>(p)));
+    if (!TicksOf(dSeconds, iPeriod, iTicks) || !Number::Of(iTicks).IsWithin(iLowest, uHighest)) {
+        return Fail(), false;
+    }
+    return true;
+}
+
+bool RecordIn::GetBytes(std::span<const Byte>& oBytes) noexcept {
+    std::size_t uSize = 0;
+    const char* const p = Block(vok::dgraph::CODE_BINARY, uSize);
+    if (p != nullptr) oBytes = {reinterpret_cast<const Byte*>(p), uSize};
+    return p != nullptr;
+}
+
+}  // namespace Velmar::Q7R::Serializer::fields

@@ -1,0 +1,101 @@
+#include "serializer/fields/record_out.h"
+
+#include <algorithm>
+
+#include "vok/base/date.h"
+#include "vok/base/utf8.h"
+#include "vok/dgraph/format.h"
+
+namespace Velmar::Q7R::Serializer::fields {
+
+using vok::dgraph::HEADER_SIZE;
+
+namespace {
+
+constexpr std::size_t FIRST_ROOM = 1024;
+// A large buffer is not cleared for a small message.
+constexpr std::size_t MOST_CLEARED = std::size_t{1} << 16;
+// Sizes of documents are told in 32 bits.
+constexpr std::size_t MOST_DOCUMENT = 0x7FFFFFFF;
+
+}  // namespace
+
+RecordOut::RecordOut(std::vector<Byte>& aoBuffer, bool bNewer)
+    : m_aoBuffer(aoBuffer), m_bNewer(bNewer) {
+    if (m_aoBuffer.size() < FIRST_ROOM) {
+        m_aoBuffer.resize(std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED));
+    }
+    m_p = Begin() + HEADER_SIZE;
+    m_pEnd = Begin() + m_aoBuffer.size();
+}
+
+bool RecordOut::Finish() {
+    const std::size_t uSize = Size();
+    if (m_bFailed || uSize > MOST_DOCUMENT) return false;
+    vok::dgraph::StoreHeader(Begin(), {1, m_bHasLongs ? 3 : 2, 0});
+    m_aoBuffer.resize(uSize);
+    return true;
+}
+
+void RecordOut::Grow(std::size_t uSize) {
+    const std::size_t uUsed = Size();
+    if (uSize <= m_aoBuffer.size() - uUsed) return;
+    // At least half as much again, so that all copies together are linear.
+    m_aoBuffer.resize(uUsed + std::max(uSize + uSize / 16, uUsed / 2 + FIRST_ROOM));
+    m_p = Begin() + uUsed;
+    m_pEnd = Begin() + m_aoBuffer.size();
+}
+
+void RecordOut::PutNull(char* pRecord) noexcept {
+    const auto uStep = vok::le::Load<vok::u2_t>(pRecord);
+    char* p = pRecord + 4 + uStep;
+    std::memcpy(p, NULL_MARK.data(), NULL_MARK.size());
+    p += NULL_MARK.size();
+    vok::le::Store(pRecord, static_cast<vok::u2_t>(uStep + NULL_MARK.size()));
+    *p++ = static_cast<char>(vok::dgraph::CODE_NONE);
+    m_p = vok::le::Store(p, vok::u2_t{0});
+}
+
+void RecordOut::LongText(char* p, vok::u3_t uValue) noexcept {
+    char* const pEnd = std::to_chars(p + 4, p + LONG_TEXT, uValue).ptr;
+    *pEnd = 0;
+    vok::le::Store(p, static_cast<vok::u2_t>(pEnd + 1 - (p + 4)));
+    m_p = pEnd + 1;
+}
+
+void RecordOut::PutText(char* p, std::string_view sText) noexcept {
+    const std::size_t uSize = sText.size();
+    p = vok::le::Store(p, static_cast<vok::u2_t>(uSize + 1));
+    if (uSize != 0) {
+        // A tree would re-encode what is not UTF-8, and end the text at a NUL.
+        if (!vok::IsAsciiText(sText.data(), uSize) &&
+            (!vok::IsUtf8(sText.data(), uSize) || sText.find('\0') != std::string_view::npos)) {
+            m_bFailed = true;
+        }
+        std::memcpy(p, sText.data(), uSize);
+    }
+    p[uSize] = 0;
+    m_p = p + uSize + 1;
+}
+
+void RecordOut::PutText(char* p, std::u16string_view sText) noexcept {
+    char* const pText = p + 4;
+    char* pTo = pText;
+    for (std::size_t u = 0; u < sText.size(); ++u) {
+        vok::u2_t uCode = sText[u];
+        if (uCode == 0) m_bFailed = true;
+        const bool bPair =
+            (uCode & 0xFC00) == 0xD800 && u + 1 < sText.size() && (sText[u + 1] & 0xFC00) == 0xDC00;
+        if (bPair) uCode = 0x10000 + ((uCode & 0x3FF) << 10) + (sText[++u] & 0x3FFu);
+        pTo += vok::EncodeUtf8(uCode, pTo);
+    }
+    *pTo++ = 0;
+    vok::le::Store(p, static_cast<vok::u2_t>(pTo - pText));
+    m_p = pTo;
+}
+
+double RecordOut::DaysOf(double dSeconds) noexcept {
+    return vok::DaysOfSeconds(dSeconds);
+}
+
+}  // namespace Velmar::Q7R::Serializer::fields

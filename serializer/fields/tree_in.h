@@ -1,0 +1,203 @@
+// Objects from the nodes of a tree. Internal.
+#ifndef SERIALIZER_FIELDS_TREE_IN_H
+#define SERIALIZER_FIELDS_TREE_IN_H
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <typeindex>
+#include <utility>
+
+#include "serializer/fields/read.h"
+#include "vok/data/view.h"
+
+namespace Velmar::Q7R::Serializer::fields {
+
+// Finds nodes by their names, in whatever order they stand, and takes every form of a value that
+// a document may have for it. What does not fit raises a Fault.
+class TreeIn {
+  public:
+    // Reads below a node. bRefuseUnknown: nodes that no field asked for are an error.
+    TreeIn(const vok::Data& oNode, bool bRefuseUnknown);
+
+    template <class T>
+    void ReadObject(T& object) {
+        ReadContent<RootName>(*this, object);
+        CheckTaken();
+    }
+
+    [[nodiscard]] static bool HasFailed() noexcept { return false; }
+
+    // ---- finding ----------------------------------------------------------
+
+    template <class S>
+    [[nodiscard]] bool Next(First) {
+        return Find(S::NAME, S::WAS, 0);
+    }
+    template <class S>
+    [[nodiscard]] bool Next(vok::u2_t uIndex) {
+        return Find(S::NAME, S::WAS, uIndex);
+    }
+    template <class T>
+    static void FinishFields() noexcept {}
+    static constexpr bool RUNS_HOOKS = true;
+    // Whether the node stands for what is not there.
+    [[nodiscard]] bool SkipNull() const;
+
+    // The node around the one that is entered.
+    using Mark = std::optional<vok::u2_t>;
+    [[nodiscard]] Mark Enter();
+    void Leave(const Mark& oMark);
+
+    // ---- values -----------------------------------------------------------
+
+    void Get(bool& b) const;
+    void Get(float& f) const;
+    void Get(double& d) const;
+    template <Whole T>
+    void Get(T& value) const {
+        using Limits = std::numeric_limits<T>;
+        value = static_cast<T>(WholeOf(Limits::min(), Limits::max()));
+    }
+    void Get(std::string_view& sText) const;
+    void Get(std::string& sText) const {
+        std::string_view s;
+        Get(s);
+        sText = s;
+    }
+    void Get(std::u16string& sText) const;
+    // Ticks of iPeriod seconds.
+    bool GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
+                 std::uint64_t uHighest) const;
+    bool GetBytes(std::span<const Byte>& oBytes) const;
+    void GetHost(ISerialisable& oHost);
+
+    template <class S, class T>
+    void GetAttribute(T& value) const {
+        // Attributes are those of the object whose fields are read.
+        const char* const sText = AttributeOf(m_uParent, std::string(S::NAME).c_str());
+        if constexpr (Utf8Text<T>) {
+            // One without text is not stored.
+            value = sText != nullptr ? sText : "";
+        } else if (sText == nullptr) {
+            return;
+        } else if constexpr (std::same_as<T, bool>) {
+            value = FlagOf(sText);
+        } else if constexpr (Whole<T>) {
+            using Limits = std::numeric_limits<T>;
+            value = static_cast<T>(WholeOf(sText, Limits::min(), Limits::max()));
+        } else if constexpr (Real<T>) {
+            value = static_cast<T>(RealOf(sText));
+        } else if constexpr (NamedEnumeration<T>) {
+            static constexpr auto NAMES = Names(Type<T>());
+            for (const auto& [eOne, sOne] : NAMES.m_aoName) {
+                if (sOne == sText) {
+                    value = eOne;
+                    return;
+                }
+            }
+            FailAttribute(sText);
+        } else {
+            using Limits = std::numeric_limits<std::underlying_type_t<T>>;
+            value = static_cast<T>(WholeOf(sText, Limits::min(), Limits::max()));
+        }
+    }
+
+    // ---- pointers ---------------------------------------------------------
+
+    template <class S, class T>
+    void GetPointer(std::shared_ptr<T>& p) {
+        p = nullptr;
+        if (SkipNull()) return;
+        const vok::u2_t uId = TargetId();
+        if (const auto pKnown = m_oShared.find(uId); pKnown != m_oShared.end()) {
+            if (pKnown->second.second != typeid(T)) FailPointer();
+            p = std::static_pointer_cast<T>(pKnown->second.first);
+            return;
+        }
+        const vok::u2_t uNode = std::exchange(m_uNode, uId);
+        const auto oShare = [&](const std::shared_ptr<T>& pNew) {
+            m_oShared.insert_or_assign(
+                uId, std::pair(std::static_pointer_cast<void>(pNew), std::type_index(typeid(T))));
+            p = pNew;
+        };
+        if constexpr (Polymorphic<T>) {
+            if (auto oOpen = Enter()) {
+                ReadKind<S, T>(*this, [&]<class K>() -> K& {
+                    auto pNew = std::make_shared<K>();
+                    oShare(pNew);
+                    return *pNew;
+                });
+                Leave(oOpen);
+            }
+        } else {
+            auto pNew = std::make_shared<T>();
+            oShare(pNew);
+            ReadNode<S>(*this, *pNew);
+        }
+        m_uNode = uNode;
+    }
+    template <class S, class T>
+    void GetPointer(std::weak_ptr<T>& pWeak) {
+        std::shared_ptr<T> p;
+        GetPointer<S>(p);
+        pWeak = p;
+    }
+
+    // ---- failures ---------------------------------------------------------
+
+    template <class NameAt>
+    [[noreturn]] void FailName(std::size_t uNames, const NameAt& oNameAt) const {
+        std::string sReason = "one of";
+        for (std::size_t u = 0; u < uNames; ++u) {
+            sReason += u != 0 ? ", " : " ";
+            sReason += oNameAt(u);
+        }
+        FailFound(sReason);
+    }
+    [[noreturn]] void FailCount(std::size_t uExpected, std::size_t uFound) const;
+    [[noreturn]] void FailKind() const;
+
+  private:
+    static constexpr vok::u2_t MOST_DEPTH = 256;
+
+    // A view of any node of the tree.
+    struct View : vok::Data_View {
+        using vok::Data_View::Data_View;
+        [[nodiscard]] vok::Data_View Of(vok::u2_t uId) const noexcept { return At(uId); }
+    };
+
+    [[nodiscard]] vok::Data_View NodeView() const noexcept { return m_oView.Of(m_uNode); }
+    bool Find(std::string_view sName, std::string_view sWas, vok::u2_t uIndex);
+    [[nodiscard]] vok::u3_t WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const;
+    [[nodiscard]] vok::u3_t WholeOf(const char* sText, std::int64_t iLowest,
+                                    std::uint64_t uHighest) const;
+    [[nodiscard]] double RealOf(const char* sText) const;
+    [[nodiscard]] bool FlagOf(const char* sText) const;
+    [[nodiscard]] const char* AttributeOf(vok::u2_t uId, const char* sName) const;
+    [[nodiscard]] vok::u2_t TargetId() const;
+    void CheckTaken() const;
+
+    // "... expected, TYPE found", with the value where there is one.
+    [[noreturn]] void FailFound(std::string_view sExpected) const;
+    [[noreturn]] void FailAttribute(std::string_view sText) const;
+    [[noreturn]] void FailPointer() const;
+    [[noreturn]] void Fail(std::string sReason) const;
+
+    vok::Data m_oTree;
+    View m_oView;
+    vok::u2_t m_uParent;
+    vok::u2_t m_uNode;  // the one that Next has found
+    vok::u2_t m_uDepth = 0;
+    std::map<vok::u2_t, std::pair<std::shared_ptr<void>, std::type_index>> m_oShared;
+    const bool m_bRefuseUnknown;
+    std::set<vok::u2_t> m_oTaken;  // where unknown ones are refused
+};
+
+}  // namespace Velmar::Q7R::Serializer::fields
+
+#endif  // SERIALIZER_FIELDS_TREE_IN_H
