@@ -237,6 +237,8 @@ void ReadField(In& in, T& value) {
         } else {
             ReadPointee<S>(in, value);
         }
+    } else if constexpr (requires { in.template Fetch<S>(value); }) {
+        in.template Fetch<S>(value);
     } else {
         if (in.template Next<S>(First())) ReadNode<S>(in, value);
     }

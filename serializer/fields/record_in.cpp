@@ -21,27 +21,6 @@ bool IsText(std::string_view s) noexcept {
            (vok::IsUtf8(s.data(), s.size()) && s.find('\0') == std::string_view::npos);
 }
 
-// Names as they follow each other among the successors of a node.
-class NameOrder {
-  public:
-    explicit NameOrder(std::string_view sBefore) noexcept : m_sName(sBefore) {}
-    // Whether the next one is of a name behind the last and the first of it, or the next of the
-    // same.
-    [[nodiscard]] bool Takes(std::string_view sName, vok::u2_t uIndex) noexcept {
-        const bool bSame = m_bAny && sName == m_sName;
-        if (bSame ? uIndex != m_uIndex + 1 : sName <= m_sName || uIndex != 0) return false;
-        m_sName = sName;
-        m_uIndex = uIndex;
-        m_bAny = true;
-        return true;
-    }
-
-  private:
-    std::string_view m_sName;
-    vok::u2_t m_uIndex = 0;
-    bool m_bAny = false;
-};
-
 }  // namespace
 
 RecordIn::RecordIn(std::span<const Byte> oDocument, bool bRefuseUnknown) noexcept
@@ -55,6 +34,17 @@ RecordIn::RecordIn(std::span<const Byte> oDocument, bool bRefuseUnknown) noexcep
     }
     m_p = p + vok::dgraph::HEADER_SIZE;
     m_pEnd = p + oDocument.size();
+}
+
+void RecordIn::Fail() noexcept {
+    m_bFailed = true;
+    m_uPending = 0;
+    m_p = m_pEnd;
+}
+
+const char* RecordIn::FailValue() noexcept {
+    Fail();
+    return nullptr;
 }
 
 // ---- finding --------------------------------------------------------------------
@@ -99,42 +89,71 @@ bool RecordIn::ParseHead(Head& o) const noexcept {
     return true;
 }
 
-bool RecordIn::Look(std::string_view sStem, std::string_view sBefore) noexcept {
-    const std::string_view sName = sStem.substr(0, sStem.size() - !sStem.empty());
+bool NameOrder::Takes(std::string_view sName, vok::u2_t uIndex) noexcept {
+    const bool bSame = m_bAny && sName == m_sName;
+    if (m_sName.data() == nullptr ||
+        (bSame ? uIndex != m_uIndex + 1 : sName <= m_sName || uIndex != 0)) {
+        return false;
+    }
+    m_sName = sName;
+    m_uIndex = uIndex;
+    m_bAny = true;
+    return true;
+}
+
+bool RecordIn::Look(const Place& oPlace) noexcept {
+    // Most that are not there have a record behind them that differs in its first letter.
+    const auto oByte = [](char c) { return static_cast<unsigned char>(c); };
+    if (Left() > 4 && oByte(m_p[4]) > oByte(oPlace.sName[0]) && oByte(oPlace.sName[0]) != '\b')
+        return false;
     // The order of names is not that of their escapes.
-    if (sStem.find('\b') != std::string_view::npos) return Fail(), false;
-    NameOrder oOrder(sBefore);
-    while (m_uPending != 0) {
-        Head o;
+    if (oPlace.sName.find('\b') != std::string_view::npos) return Fail(), false;
+    NameOrder oOrder(oPlace.sBefore);
+    for (Head o; m_uPending != 0;) {
         if (!ParseHead(o)) return Fail(), false;
-        if (!sStem.empty() && o.sName >= sName) {
-            if (o.sName > sName) return false;
+        if (o.sName > oPlace.sName) return false;
+        if (o.sName == oPlace.sName) {
             if (o.uIndex != 0) return Fail(), false;
             m_p = o.pCode;
             return true;
         }
-        if (sBefore.data() == nullptr || m_bRefuseUnknown || !oOrder.Takes(o.sName, o.uIndex)) {
-            return Fail(), false;
-        }
-        m_p = o.pCode;
-        if (!SkipValue()) return Fail(), false;
-        --m_uPending;
+        if (!SkipUnknown(o, oOrder)) return Fail(), false;
     }
     return false;
 }
 
-void RecordIn::CheckBehind(std::string_view sStem) noexcept {
-    Head o;
-    if (!ParseHead(o) || sStem.find('\b') != std::string_view::npos ||
-        o.sName <= sStem.substr(0, sStem.size() - 1)) {
-        Fail();
+const char* RecordIn::FetchOther(const Place& oPlace, vok::dgraph::Code eCode,
+                                 std::size_t uSize) noexcept {
+    if (m_uPending == 0) return nullptr;
+    // As expected but for its value, or not.
+    return Look(oPlace) ? Value(eCode, uSize) : nullptr;
+}
+
+void RecordIn::SkipRest(std::string_view sBefore) noexcept {
+    NameOrder oOrder(sBefore);
+    for (Head o; m_uPending != 0;) {
+        if (!ParseHead(o) || !SkipUnknown(o, oOrder)) return Fail();
     }
+}
+
+bool RecordIn::SkipUnknown(const Head& o, NameOrder& oOrder) noexcept {
+    if (m_bRefuseUnknown || !oOrder.Takes(o.sName, o.uIndex)) return false;
+    m_p = o.pCode;
+    --m_uPending;
+    return SkipValue();
+}
+
+void RecordIn::CheckBehind(const Place& oPlace) noexcept {
+    Head o;
+    if (!ParseHead(o) || oPlace.sName.find('\b') != std::string_view::npos ||
+        o.sName <= oPlace.sName)
+        Fail();
 }
 
 bool RecordIn::SkipValue() noexcept {
     struct Level {
         vok::u2_t uPending;
-        NameOrder oOrder{""};
+        NameOrder oOrder = NameOrder();
     };
     std::array<Level, 16> aoLevel{};
     std::size_t uLevels = 0;
@@ -143,7 +162,7 @@ bool RecordIn::SkipValue() noexcept {
     for (;;) {
         if (uSuccessors != 0) {
             if (uLevels == aoLevel.size()) return false;
-            aoLevel[uLevels++] = {uSuccessors};
+            aoLevel[uLevels++] = Level{uSuccessors, NameOrder()};
         }
         while (uLevels != 0 && aoLevel[uLevels - 1].uPending == 0) --uLevels;
         if (uLevels == 0) return true;
@@ -204,6 +223,12 @@ void RecordIn::Get(std::string_view& sText) noexcept {
     if (p == nullptr) return;
     if (uSize == 0 || p[uSize - 1] != 0 || !IsText({p, uSize - 1})) return Fail();
     sText = {p, uSize - 1};
+}
+
+void RecordIn::Get(std::string& sText) {
+    std::string_view s;
+    Get(s);
+    if (!m_bFailed) sText.assign(s);
 }
 
 void RecordIn::Get(std::u16string& sText) {

@@ -14,6 +14,69 @@
 
 namespace Velmar::Q7R::Serializer::fields {
 
+// Names as they follow each other among the successors of a node.
+class NameOrder {
+  public:
+    // Behind sBefore; null where nothing may follow.
+    explicit NameOrder(std::string_view sBefore = "") noexcept : m_sName(sBefore) {}
+    // Whether the next one is of a name behind the last and the first of it, or the next of the
+    // same.
+    [[nodiscard]] bool Takes(std::string_view sName, vok::u2_t uIndex) noexcept;
+
+  private:
+    std::string_view m_sName;
+    vok::u2_t m_uIndex = 0;
+    bool m_bAny = false;
+};
+
+// The place as steps have its name.
+template <class S>
+inline constexpr Place STEP_PLACE{Step<S>::STEP_NAME, {}, S::BEFORE};
+
+// Values of one size.
+template <class T>
+concept Plain = std::same_as<T, bool> || ShortWhole<T> || Real<T>;
+template <class T>
+struct Form;
+template <>
+struct Form<bool> {
+    static constexpr auto CODE = vok::dgraph::CODE_BOOLEAN;
+    static constexpr std::size_t SIZE = 1;
+    template <class In>
+    static void Load(In&, const char* p, bool& b) noexcept {
+        b = *p != 0;
+    }
+};
+template <>
+struct Form<float> {
+    static constexpr auto CODE = vok::dgraph::CODE_FLOAT;
+    static constexpr std::size_t SIZE = 4;
+    template <class In>
+    static void Load(In&, const char* p, float& f) noexcept {
+        f = std::bit_cast<float>(vok::le::Load<vok::u2_t>(p));
+    }
+};
+template <>
+struct Form<double> {
+    static constexpr auto CODE = vok::dgraph::CODE_DOUBLE;
+    static constexpr std::size_t SIZE = 8;
+    template <class In>
+    static void Load(In&, const char* p, double& d) noexcept {
+        d = std::bit_cast<double>(vok::le::Load<vok::u3_t>(p));
+    }
+};
+template <ShortWhole T>
+struct Form<T> {
+    static constexpr auto CODE = vok::dgraph::CODE_INTEGER;
+    static constexpr std::size_t SIZE = 4;
+    template <class In>
+    static void Load(In& in, const char* p, T& value) noexcept {
+        const auto i = vok::le::Load<vok::i2_t>(p);
+        if (!std::in_range<T>(i)) return in.Fail();
+        value = static_cast<T>(i);
+    }
+};
+
 // Goes through records in the order in which documents of this library have them: by name, and
 // those of one name by their index. A record that comes as expected is compared with a constant;
 // one of a name that no field has is skipped where nothing depends on it. Anything else is for a
@@ -49,9 +112,7 @@ class RecordIn {
             m_p += Known::HEAD_SIZE;
             return true;
         }
-        // Most that are not there have a record behind them that differs in its first letter.
-        if (Left() > 4 && IsBehind(m_p[4], Known::STEM[0])) return false;
-        return Look(Known::STEM, S::BEFORE);
+        return Look(STEP_PLACE<S>);
     }
     // The node of a name and an index.
     template <class S>
@@ -66,15 +127,14 @@ class RecordIn {
             m_p += 4 + uStep;
             return true;
         }
-        // What stands behind the last one has another name, of which this must be the first.
-        if (Left() <= 4 || !IsBehind(m_p[4], Known::STEM[0])) CheckBehind(Known::STEM);
+        CheckBehind(STEP_PLACE<S>);
         return false;
     }
     // Behind the last field of T.
     template <class T>
     void FinishFields() noexcept {
         if (m_uPending != 0) [[unlikely]]
-            (void)Look({}, BEHIND<T>);
+            SkipRest(BEHIND<T>);
     }
     [[nodiscard]] static bool SkipNull() noexcept { return false; }
     // Whether objects are told that they were read: not those that may be thrown away.
@@ -86,9 +146,9 @@ class RecordIn {
         explicit operator bool() const noexcept { return bEntered; }
     };
     [[nodiscard]] Mark Enter() noexcept {
-        if (Left() < 5 || *m_p != vok::dgraph::CODE_NONE) return Fail(), Mark{false, 0};
+        if (Left() < 5 || *m_p != vok::dgraph::CODE_NONE) return NoMark();
         const auto uCount = vok::le::Load<vok::u2_t>(m_p + 1);
-        if (uCount > 0x7FFFFFFF || ++m_uDepth > MOST_DEPTH) return Fail(), Mark{false, 0};
+        if (uCount > 0x7FFFFFFF || ++m_uDepth > MOST_DEPTH) return NoMark();
         m_p += 5;
         return {true, std::exchange(m_uPending, uCount) - 1};
     }
@@ -101,38 +161,38 @@ class RecordIn {
 
     // ---- values -----------------------------------------------------------
 
-    void Get(bool& b) noexcept {
-        if (const char* p = Value(vok::dgraph::CODE_BOOLEAN, 1)) b = *p != 0;
-    }
-    void Get(float& f) noexcept {
-        if (const char* p = Value(vok::dgraph::CODE_FLOAT, 4))
-            f = std::bit_cast<float>(vok::le::Load<vok::u2_t>(p));
-    }
-    void Get(double& d) noexcept {
-        if (const char* p = Value(vok::dgraph::CODE_DOUBLE, 8))
-            d = std::bit_cast<double>(vok::le::Load<vok::u3_t>(p));
+    template <Plain T>
+    void Get(T& value) noexcept {
+        using As = Form<T>;
+        if (const char* p = Value(As::CODE, As::SIZE)) As::Load(*this, p, value);
     }
     template <Whole T>
-    void Get(T& value) noexcept {
-        if constexpr (ShortWhole<T>) {
-            const char* p = Value(vok::dgraph::CODE_INTEGER, 4);
-            if (p == nullptr) return;
-            const auto i = vok::le::Load<vok::i2_t>(p);
-            if (!std::in_range<T>(i)) return Fail();
-            value = static_cast<T>(i);
+    requires(!Plain<T>) void Get(T& value) noexcept {
+        vok::u3_t u = 0;
+        if (!GetLong(u, std::is_signed_v<T>)) return;
+        if (sizeof(T) < 8 && u > std::numeric_limits<T>::max()) return Fail();
+        value = static_cast<T>(u);
+    }
+    // Next and Get in one.
+    template <class S, Plain T>
+    void Fetch(T& value) noexcept {
+        using Known = Step<S>;
+        using As = Form<T>;
+        const char* p = m_p + Known::HEAD_SIZE;
+        if (m_uPending != 0 && Left() > Known::HEAD_SIZE + As::SIZE &&
+            std::memcmp(m_p, Known::HEAD.data(), Known::HEAD_SIZE) == 0 && *p == As::CODE)
+            [[likely]] {
+            ++p;
+            m_p = p + As::SIZE;
+            --m_uPending;
         } else {
-            vok::u3_t u = 0;
-            if (!GetLong(u, std::is_signed_v<T>)) return;
-            if (sizeof(T) < 8 && u > std::numeric_limits<T>::max()) return Fail();
-            value = static_cast<T>(u);
+            p = FetchOther(STEP_PLACE<S>, As::CODE, As::SIZE);
+            if (p == nullptr) return;
         }
+        As::Load(*this, p, value);
     }
     void Get(std::string_view& sText) noexcept;
-    void Get(std::string& sText) {
-        std::string_view s;
-        Get(s);
-        if (!m_bFailed) sText.assign(s);
-    }
+    void Get(std::string& sText);
     void Get(std::u16string& sText);
     bool GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
                  std::uint64_t uHighest) noexcept;
@@ -156,23 +216,27 @@ class RecordIn {
     void FailCount(std::size_t, std::size_t) noexcept { Fail(); }
     void FailKind() noexcept { Fail(); }
 
+    // Nothing is there any more.
+    [[gnu::cold, gnu::noinline]] void Fail() noexcept;
+
   private:
     static constexpr vok::u2_t MOST_DEPTH = 256;
 
     [[nodiscard]] std::size_t Left() const noexcept {
         return static_cast<std::size_t>(m_pEnd - m_p);
     }
-    // Nothing is there any more.
-    void Fail() noexcept {
-        m_bFailed = true;
-        m_uPending = 0;
-        m_p = m_pEnd;
+    [[gnu::cold, gnu::noinline]] const char* FailValue() noexcept;
+    [[nodiscard]] const char* FetchOther(const Place& oPlace, vok::dgraph::Code eCode,
+                                         std::size_t uSize) noexcept;
+    [[nodiscard]] Mark NoMark() noexcept {
+        Fail();
+        return {false, 0};
     }
     // The bytes of a value of one type, behind which the next record begins; null where it is of
     // another.
     [[nodiscard]] const char* Value(vok::dgraph::Code eCode, std::size_t uSize) noexcept {
         if (Left() <= uSize || *m_p != static_cast<char>(eCode)) [[unlikely]]
-            return Fail(), nullptr;
+            return FailValue();
         const char* const p = m_p + 1;
         m_p = p + uSize;
         --m_uPending;
@@ -189,18 +253,19 @@ class RecordIn {
         const char* pCode;
     };
     [[nodiscard]] bool ParseHead(Head& o) const noexcept;
-    // Goes to the first record of a name; false where there is none. Records of names between
-    // sBefore, that of the field before, and this one are unknown, and skipped unless sBefore is
-    // null; for an empty sStem all that are left are.
-    [[nodiscard]] bool Look(std::string_view sStem, std::string_view sBefore) noexcept;
-    void CheckBehind(std::string_view sStem) noexcept;
+    // Goes to the first record of a name, whose head was not as expected; false where there is
+    // none. Records of names between that of the field before and this one are unknown, and
+    // skipped unless the place has null for that name.
+    [[nodiscard]] bool Look(const Place& oPlace) noexcept;
+    // Skips all that are left, of names behind sBefore.
+    void SkipRest(std::string_view sBefore) noexcept;
+    [[nodiscard]] bool SkipUnknown(const Head& o, NameOrder& oOrder) noexcept;
+    // Fails unless the record at hand is of a name behind that of the place.
+    void CheckBehind(const Place& oPlace) noexcept;
     // Skips a value, and the records below it. False, as below, at what is not for this class.
     [[nodiscard]] bool SkipValue() noexcept;
     [[nodiscard]] bool SkipOneValue(vok::u2_t& uSuccessors) noexcept;
 
-    [[nodiscard]] static bool IsBehind(char c, char cThan) noexcept {
-        return static_cast<unsigned char>(c) > static_cast<unsigned char>(cThan);
-    }
     [[nodiscard]] static std::size_t DigitsOf(vok::u2_t uIndex) noexcept;
     [[nodiscard]] static bool IsIndexAt(const char* p, vok::u2_t uIndex) noexcept;
 

@@ -21,7 +21,7 @@ constexpr std::size_t MOST_DOCUMENT = 0x7FFFFFFF;
 }  // namespace
 
 RecordOut::RecordOut(std::vector<Byte>& aoBuffer, bool bNewer)
-    : m_aoBuffer(aoBuffer), m_bNewer(bNewer) {
+    : m_aoBuffer(aoBuffer), m_eLong(bNewer ? vok::dgraph::CODE_LONG : vok::dgraph::CODE_STRING) {
     if (m_aoBuffer.size() < FIRST_ROOM) {
         m_aoBuffer.resize(std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED));
     }
@@ -56,7 +56,12 @@ void RecordOut::PutNull(char* pRecord) noexcept {
     m_p = vok::le::Store(p, vok::u2_t{0});
 }
 
-void RecordOut::LongText(char* p, vok::u3_t uValue) noexcept {
+void RecordOut::PutLong(char* p, vok::u3_t uValue) noexcept {
+    if (m_eLong == vok::dgraph::CODE_LONG) {
+        m_bHasLongs = true;
+        m_p = vok::le::Store(p, uValue);
+        return;
+    }
     char* const pEnd = std::to_chars(p + 4, p + LONG_TEXT, uValue).ptr;
     *pEnd = 0;
     vok::le::Store(p, static_cast<vok::u2_t>(pEnd + 1 - (p + 4)));

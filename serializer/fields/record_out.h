@@ -42,8 +42,7 @@ class RecordOut {
 
     template <class S, class At>
     void Bool(At at, bool b) {
-        *Head<S>(at, vok::dgraph::CODE_BOOLEAN, 1) = b;
-        ++m_p;
+        m_p = vok::le::Store(Head<S>(at, vok::dgraph::CODE_BOOLEAN, 1), static_cast<vok::u0_t>(b));
     }
     template <class S, class At>
     void Int(At at, vok::i2_t i) {
@@ -51,9 +50,7 @@ class RecordOut {
     }
     template <class S, class At>
     void Long(At at, vok::u3_t u) {
-        if (!m_bNewer) return LongText(Head<S>(at, vok::dgraph::CODE_STRING, LONG_TEXT), u);
-        m_bHasLongs = true;
-        m_p = vok::le::Store(Head<S>(at, vok::dgraph::CODE_LONG, 8), u);
+        PutLong(Head<S>(at, m_eLong, LONG_TEXT), u);
     }
     template <class S, class At>
     void Float(At at, float f) {
@@ -184,7 +181,7 @@ class RecordOut {
     // Makes the record that begins there one of what is not there.
     void PutNull(char* pRecord) noexcept;
 
-    void LongText(char* p, vok::u3_t uValue) noexcept;
+    void PutLong(char* p, vok::u3_t uValue) noexcept;
     void PutText(char* p, std::string_view sText) noexcept;
     void PutText(char* p, std::u16string_view sText) noexcept;
     [[nodiscard]] static double DaysOf(double dSeconds) noexcept;
@@ -194,7 +191,7 @@ class RecordOut {
     char* m_pEnd = nullptr;
     vok::u2_t m_uCount = 0;  // nodes in the one that is open
     vok::u2_t m_uDepth = 0;
-    const bool m_bNewer;
+    const vok::dgraph::Code m_eLong;  // how a Long is written
     bool m_bHasLongs = false;
     bool m_bFailed = false;
 };

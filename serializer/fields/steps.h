@@ -83,6 +83,15 @@ inline constexpr std::string_view BEHIND = NameBefore<T>(COUNT<T> + 1);
 //
 // A type for every place that bears a name: NAME, and the names within it: KEY, VALUE, ITEM.
 
+// What is asked of a place at run time.
+struct Place {
+    std::string_view sName;
+    std::string_view sWas;
+    std::string_view sBefore;
+};
+template <class S>
+inline constexpr Place PLACE{S::NAME, S::WAS, S::BEFORE};
+
 struct Outermost {
     static constexpr std::string_view WAS = {}, BEFORE = {};
     static constexpr std::string_view KEY = "key", VALUE = "value", ITEM = "item";
@@ -194,19 +203,25 @@ struct Step {
     static_assert(!S::NAME.empty(), "a field needs a name");
     static constexpr std::size_t STEM_SIZE = EncodedSize<S>() + 1;
     static constexpr std::size_t HEAD_SIZE = 4 + STEM_SIZE + 2;
-    static constexpr std::array<char, HEAD_SIZE> HEAD = [] {
-        std::array<char, HEAD_SIZE> s{};
-        for (std::size_t u = 0; u < 4; ++u) s[u] = static_cast<char>((STEM_SIZE + 2) >> 8 * u);
-        char* p = s.data() + 4;
+    static constexpr std::array<char, STEM_SIZE> STEM = [] {
+        std::array<char, STEM_SIZE> s{};
+        char* p = s.data();
         for (const char c : S::NAME) {
             p = vok::detail::EncodeByte(c, p, vok::detail::RESERVED.data());
         }
-        *p++ = '[';
-        *p++ = '0';
-        *p++ = ']';
+        *p = '[';
         return s;
     }();
-    static constexpr std::string_view STEM{HEAD.data() + 4, STEM_SIZE};
+    static constexpr std::array<char, HEAD_SIZE> HEAD = [] {
+        std::array<char, HEAD_SIZE> s{};
+        for (std::size_t u = 0; u < 4; ++u) s[u] = static_cast<char>((STEM_SIZE + 2) >> 8 * u);
+        std::copy(STEM.begin(), STEM.end(), s.begin() + 4);
+        s[HEAD_SIZE - 2] = '0';
+        s[HEAD_SIZE - 1] = ']';
+        return s;
+    }();
+    // The name as steps have it.
+    static constexpr std::string_view STEP_NAME{STEM.data(), STEM_SIZE - 1};
 };
 
 // The place of the only node of a name, and of the first of several.

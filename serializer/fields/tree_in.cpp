@@ -27,11 +27,12 @@ TreeIn::TreeIn(const vok::Data& oNode, bool bRefuseUnknown)
       m_uNode(m_uParent),
       m_bRefuseUnknown(bRefuseUnknown) {}
 
-bool TreeIn::Find(std::string_view sName, std::string_view sWas, vok::u2_t uIndex) {
+bool TreeIn::Find(const Place& oPlace, vok::u2_t uIndex) {
     const Data_View oParent = m_oView.Of(m_uParent);
-    Data_View oNode = oParent.Find(sName, uIndex);
-    if (!oNode.IsNode() && !sWas.empty() && (uIndex == 0 || !oParent.Find(sName).IsNode())) {
-        oNode = oParent.Find(sWas, uIndex);
+    Data_View oNode = oParent.Find(oPlace.sName, uIndex);
+    if (!oNode.IsNode() && !oPlace.sWas.empty() &&
+        (uIndex == 0 || !oParent.Find(oPlace.sName).IsNode())) {
+        oNode = oParent.Find(oPlace.sWas, uIndex);
     }
     if (!oNode.IsNode() || oNode.GetType() == Data_Node::Zombi) return false;
     m_uNode = oNode.GetId();
@@ -122,6 +123,12 @@ void TreeIn::Get(std::string_view& sText) const {
     } else {
         FailFound("String");
     }
+}
+
+void TreeIn::Get(std::string& sText) const {
+    std::string_view s;
+    Get(s);
+    sText.assign(s);
 }
 
 void TreeIn::Get(std::u16string& sText) const {

@@ -36,11 +36,11 @@ class TreeIn {
 
     template <class S>
     [[nodiscard]] bool Next(First) {
-        return Find(S::NAME, S::WAS, 0);
+        return Find(PLACE<S>, 0);
     }
     template <class S>
     [[nodiscard]] bool Next(vok::u2_t uIndex) {
-        return Find(S::NAME, S::WAS, uIndex);
+        return Find(PLACE<S>, uIndex);
     }
     template <class T>
     static void FinishFields() noexcept {}
@@ -64,11 +64,7 @@ class TreeIn {
         value = static_cast<T>(WholeOf(Limits::min(), Limits::max()));
     }
     void Get(std::string_view& sText) const;
-    void Get(std::string& sText) const {
-        std::string_view s;
-        Get(s);
-        sText = s;
-    }
+    void Get(std::string& sText) const;
     void Get(std::u16string& sText) const;
     // Ticks of iPeriod seconds.
     bool GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
@@ -172,7 +168,7 @@ class TreeIn {
     };
 
     [[nodiscard]] vok::Data_View NodeView() const noexcept { return m_oView.Of(m_uNode); }
-    bool Find(std::string_view sName, std::string_view sWas, vok::u2_t uIndex);
+    bool Find(const Place& oPlace, vok::u2_t uIndex);
     [[nodiscard]] vok::u3_t WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const;
     [[nodiscard]] vok::u3_t WholeOf(const char* sText, std::int64_t iLowest,
                                     std::uint64_t uHighest) const;

@@ -41,21 +41,75 @@ void TreeOut::FailAt(vok::u2_t uId, const char* sReason) {
     RaiseAt(PathOf(m_oTree.GetNodeFromID(uId)), sReason);
 }
 
-void TreeOut::AddText(std::string_view sName, std::string_view sText) {
-    Put(m_oBuilder.AddStr(sName, sText));
+// ---- values ---------------------------------------------------------------------
+
+void TreeOut::Put(vok::u2_t uId) {
+    m_uLast = uId;
+    if (m_oNextIs) m_oStored.emplace(*std::exchange(m_oNextIs, std::nullopt), uId);
+}
+
+void TreeOut::AddBool(const Place& oPlace, bool b) {
+    Put(m_oBuilder.AddBool(oPlace.sName, b));
+}
+
+void TreeOut::AddInt(const Place& oPlace, vok::i2_t i) {
+    Put(m_oBuilder.AddInt(oPlace.sName, i));
+}
+
+void TreeOut::AddLong(const Place& oPlace, vok::u3_t u) {
+    Put(m_oBuilder.AddLng(oPlace.sName, u));
+    m_bHasLongs = true;
+}
+
+void TreeOut::AddFloat(const Place& oPlace, float f) {
+    Put(m_oBuilder.AddFlt(oPlace.sName, f));
+}
+
+void TreeOut::AddDouble(const Place& oPlace, double d) {
+    Put(m_oBuilder.AddDbl(oPlace.sName, d));
+}
+
+void TreeOut::AddDate(const Place& oPlace, double dSeconds) {
+    Put(m_oBuilder.AddDate(oPlace.sName, dSeconds));
+}
+
+void TreeOut::AddText(const Place& oPlace, std::string_view sText) {
+    Put(m_oBuilder.AddStr(oPlace.sName, sText));
     if (sText.find('\0') != std::string_view::npos) Fail("a text ends at its first NUL: use bytes");
 }
 
-void TreeOut::AddText(std::string_view sName, std::u16string_view sText) {
-    if (sText.find(u'\0') != std::u16string_view::npos) {
-        Put(m_oBuilder.AddEmpty(sName));
+void TreeOut::AddText(const Place& oPlace, std::u16string_view sText) {
+    Put(m_oBuilder.AddStr(oPlace.sName, Utilities::String2Str(sText).View()));
+    if (sText.find(u'\0') != std::u16string_view::npos)
         Fail("a text ends at its first NUL: use bytes");
-    }
-    Put(m_oBuilder.AddStr(sName, Utilities::String2Str(sText).View()));
 }
 
-void TreeOut::AddBinary(std::string_view sName, const void* pData, std::size_t uSize) {
-    Put(m_oBuilder.AddBin(sName, pData, static_cast<vok::u2_t>(vok::Msg::ToInt32(uSize))));
+void TreeOut::AddBinary(const Place& oPlace, const void* pData, std::size_t uSize) {
+    Put(m_oBuilder.AddBin(oPlace.sName, pData, static_cast<vok::u2_t>(vok::Msg::ToInt32(uSize))));
+}
+
+void TreeOut::AddNull(const Place& oPlace) {
+    Put(m_oBuilder.AddEmpty(oPlace.sName));
+    m_oLater.push_back({m_uLast, "null", "true"});
+}
+
+// ---- nodes in nodes -------------------------------------------------------------
+
+vok::u2_t TreeOut::OpenNode(const Place& oPlace) {
+    Put(m_oBuilder.Open(oPlace.sName));
+    if (++m_uDepth > MOST_DEPTH) Fail("nested too deeply");
+    return std::exchange(m_uOpen, m_uLast);
+}
+
+void TreeOut::Close(const Mark& oMark) {
+    --m_uDepth;
+    m_oBuilder.Close();
+    m_uOpen = *oMark;
+}
+
+void TreeOut::AddHost(const Place& oPlace, const ISerialisable& oHost) {
+    Put(m_oBuilder.AddEmpty(oPlace.sName));
+    m_oHost.emplace_back(m_uLast, &oHost);
 }
 
 void TreeOut::SetAttribute(std::string_view sName, std::string sValue) {
@@ -68,8 +122,12 @@ std::string TreeOut::TextOf(double dValue) {
     return {sText, vok::FormatReal(dValue, sText)};
 }
 
-void TreeOut::PutLink(std::string_view sName, const Key& oKey) {
-    Put(m_oBuilder.AddEmpty(sName));
+bool TreeOut::IsStored(const Key& oKey) const {
+    return m_oStored.contains(oKey);
+}
+
+void TreeOut::PutLink(const Place& oPlace, const Key& oKey) {
+    Put(m_oBuilder.AddEmpty(oPlace.sName));
     m_oLink.emplace_back(m_uLast, oKey);
 }
 

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "serializer/fields/steps.h"
 #include "serializer/fields/types.h"
 #include "vok/data/builder.h"
 
@@ -34,45 +35,43 @@ class TreeOut {
 
     template <class S, class At>
     void Bool(At, bool b) {
-        Put(m_oBuilder.AddBool(S::NAME, b));
+        AddBool(PLACE<S>, b);
     }
     template <class S, class At>
     void Int(At, vok::i2_t i) {
-        Put(m_oBuilder.AddInt(S::NAME, i));
+        AddInt(PLACE<S>, i);
     }
     template <class S, class At>
     void Long(At, vok::u3_t u) {
-        Put(m_oBuilder.AddLng(S::NAME, u));
-        m_bHasLongs = true;
+        AddLong(PLACE<S>, u);
     }
     template <class S, class At>
     void Float(At, float f) {
-        Put(m_oBuilder.AddFlt(S::NAME, f));
+        AddFloat(PLACE<S>, f);
     }
     template <class S, class At>
     void Double(At, double d) {
-        Put(m_oBuilder.AddDbl(S::NAME, d));
+        AddDouble(PLACE<S>, d);
     }
     template <class S, class At>
     void Date(At, double dSeconds) {
-        Put(m_oBuilder.AddDate(S::NAME, dSeconds));
+        AddDate(PLACE<S>, dSeconds);
     }
     template <class S, class At>
     void Utf8(At, std::string_view sText) {
-        AddText(S::NAME, sText);
+        AddText(PLACE<S>, sText);
     }
     template <class S, class At>
     void Utf16(At, std::u16string_view sText) {
-        AddText(S::NAME, sText);
+        AddText(PLACE<S>, sText);
     }
     template <class S, class At>
     void Binary(At, const void* pData, std::size_t uSize) {
-        AddBinary(S::NAME, pData, uSize);
+        AddBinary(PLACE<S>, pData, uSize);
     }
     template <class S, class At>
     void Null(At) {
-        Put(m_oBuilder.AddEmpty(S::NAME));
-        m_oLater.push_back({m_uLast, "null", "true"});
+        AddNull(PLACE<S>);
     }
     // Of the object whose node is open.
     template <class S, class T>
@@ -101,20 +100,13 @@ class TreeOut {
     using Mark = std::optional<vok::u2_t>;
     template <class S, class At>
     [[nodiscard]] Mark Open(At) {
-        Put(m_oBuilder.Open(S::NAME));
-        if (++m_uDepth > MOST_DEPTH) Fail("nested too deeply");
-        return std::exchange(m_uOpen, m_uLast);
+        return OpenNode(PLACE<S>);
     }
-    void Close(const Mark& oMark) {
-        --m_uDepth;
-        m_oBuilder.Close();
-        m_uOpen = *oMark;
-    }
+    void Close(const Mark& oMark);
 
     template <class S, class At>
     void Host(At, const ISerialisable& oHost) {
-        Put(m_oBuilder.AddEmpty(S::NAME));
-        m_oHost.push_back({m_uLast, &oHost});
+        AddHost(PLACE<S>, oHost);
     }
 
     // An object that others may point to as well: stored where it is met first, and linked to from
@@ -122,7 +114,7 @@ class TreeOut {
     template <class S, class At, class T>
     void Pointer(At at, const std::shared_ptr<T>& p) {
         if (p == nullptr) return Null<S>(at);
-        if (IsStored(KeyOf(p))) return PutLink(S::NAME, KeyOf(p));
+        if (IsStored(KeyOf(p))) return PutLink(PLACE<S>, KeyOf(p));
         m_oNextIs = KeyOf(p);
         WritePointee<S>(*this, at, *p);
     }
@@ -131,7 +123,7 @@ class TreeOut {
     void Pointer(At at, const std::weak_ptr<T>& pWeak) {
         const std::shared_ptr<T> p = pWeak.lock();
         if (p == nullptr) return Null<S>(at);
-        PutLink(S::NAME, KeyOf(p));
+        PutLink(PLACE<S>, KeyOf(p));
     }
 
     [[nodiscard]] bool HasLongs() const noexcept { return m_bHasLongs; }
@@ -157,18 +149,23 @@ class TreeOut {
     }
 
     // A node was appended.
-    void Put(vok::u2_t uId) {
-        m_uLast = uId;
-        if (m_oNextIs) [[unlikely]]
-            m_oStored.emplace(*std::exchange(m_oNextIs, std::nullopt), uId);
-    }
-    void AddText(std::string_view sName, std::string_view sText);
-    void AddText(std::string_view sName, std::u16string_view sText);
-    void AddBinary(std::string_view sName, const void* pData, std::size_t uSize);
+    void Put(vok::u2_t uId);
+    void AddBool(const Place& oPlace, bool b);
+    void AddInt(const Place& oPlace, vok::i2_t i);
+    void AddLong(const Place& oPlace, vok::u3_t u);
+    void AddFloat(const Place& oPlace, float f);
+    void AddDouble(const Place& oPlace, double d);
+    void AddDate(const Place& oPlace, double dSeconds);
+    void AddText(const Place& oPlace, std::string_view sText);
+    void AddText(const Place& oPlace, std::u16string_view sText);
+    void AddBinary(const Place& oPlace, const void* pData, std::size_t uSize);
+    void AddNull(const Place& oPlace);
+    void AddHost(const Place& oPlace, const ISerialisable& oHost);
+    [[nodiscard]] vok::u2_t OpenNode(const Place& oPlace);
     void SetAttribute(std::string_view sName, std::string sValue);
     [[nodiscard]] static std::string TextOf(double dValue);
-    [[nodiscard]] bool IsStored(const Key& oKey) const { return m_oStored.contains(oKey); }
-    void PutLink(std::string_view sName, const Key& oKey);
+    [[nodiscard]] bool IsStored(const Key& oKey) const;
+    void PutLink(const Place& oPlace, const Key& oKey);
     [[noreturn]] void FailAt(vok::u2_t uId, const char* sReason);
 
     vok::Data m_oTree;
