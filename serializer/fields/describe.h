@@ -205,9 +205,9 @@ template <class T>
     }
 // Beside an enumeration: its values are written by name.
 //
-//     constexpr auto Names(Type<Side>) { return EnumValues(std::pair(Side::Buy, "Buy"), ...); }
+//     constexpr auto NamesOf(Type<Side>) { return EnumValues(std::pair(Side::Buy, "Buy"), ...); }
 #define VOK_ENUM(ENUM, ...)                                            \
-    constexpr auto Names(::Velmar::Q7R::Serializer::Type<ENUM>) {      \
+    constexpr auto NamesOf(::Velmar::Q7R::Serializer::Type<ENUM>) {    \
         return ::Velmar::Q7R::Serializer::EnumValues(                  \
             VOK_DETAIL_FOR_EACH(VOK_DETAIL_VALUE, ENUM, __VA_ARGS__)); \
     }

@@ -9,6 +9,9 @@ namespace Velmar::Q7R::Serializer::fields {
 
 namespace {
 
+// Bytes of a path in a message.
+constexpr std::size_t MOST_PATH = 512;
+
 // Where the record behind the one at uAt begins, or the end of a document that was cut short.
 // Records stand behind each other whatever contains what.
 std::size_t NextRecord(std::string_view sDocument, std::size_t uAt) {
@@ -57,7 +60,10 @@ void RaiseAt(const std::string& sPath, std::string_view sReason, std::string_vie
              vok::u3_t uOffset, vok::u2_t uLine) {
     System::ApplicationException::Place oPlace{uOffset, uLine, 0};
     sPath.copy(oPlace.sPath, sizeof(oPlace.sPath) - 1);
-    std::string sText = sPath + ": ";
+    // The end of a long one says more than its beginning, and the reason more than both.
+    std::string sText = sPath;
+    if (sText.size() > MOST_PATH) sText.replace(0, sText.size() - MOST_PATH, "...");
+    sText += ": ";
     sText += sReason;
     if (!sWhere.empty()) {
         sText += ", ";

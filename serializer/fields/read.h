@@ -24,14 +24,23 @@ void ReadField(In& in, T& value);
 template <class In, class T>
 void ReadFields(In& in, T& object);
 
+template <class T>
+constexpr bool IsView() {
+    return std::same_as<T, std::string_view> || std::same_as<T, std::u16string_view>;
+}
+
 template <class In, Scalar T>
 void ReadScalar(In& in, T& value) {
     if constexpr (std::same_as<T, bool> || Whole<T> || Real<T> || Text<T>) {
-        static_assert(!std::same_as<T, std::string_view> && !std::same_as<T, std::u16string_view>,
-                      "a view owns no text that could be read into it: make the field a string");
-        in.Get(value);
+        if constexpr (IsView<T>()) {
+            static_assert(
+                NEVER<T>,
+                "a view owns no text that could be read into it: make the field a string");
+        } else {
+            in.Get(value);
+        }
     } else if constexpr (NamedEnumeration<T>) {
-        static constexpr auto NAMES = Names(Type<T>());
+        static constexpr auto NAMES = NamesOf(Type<T>());
         std::string_view sName;
         in.Get(sName);
         if (in.HasFailed()) return;
@@ -207,7 +216,7 @@ void ReadNode(In& in, T& value) {
         if (!in.SkipNull()) ReadPointee<S>(in, value);
     } else if constexpr (HostObject<T>) {
         in.GetHost(value);
-    } else {
+    } else if constexpr (Opened<T>) {
         if (auto oOpen = in.Enter()) {
             ReadContent<S>(in, value);
             in.Leave(oOpen);

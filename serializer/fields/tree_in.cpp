@@ -1,6 +1,8 @@
 #include "serializer/fields/tree_in.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstring>
 
 #include "serializer/fields/convert.h"
 #include "serializer/fields/failure.h"
@@ -76,25 +78,36 @@ void TreeIn::Get(bool& b) const {
     b = o.Int() != 0;
 }
 
-void TreeIn::Get(double& d) const {
+double TreeIn::RealOf(const char* sExpected) const {
     const Data_View o = NodeView();
     switch (o.GetType()) {
         case Data_Node::Float:
-        case Data_Node::Double: d = o.Dbl(); return;
-        case Data_Node::Integer: d = o.Int(); return;
-        default: FailFound("Double");
+        case Data_Node::Double: return o.Dbl();
+        case Data_Node::Integer: return o.Int();
+        case Data_Node::Long: {
+            // With a sign, as a tree converts it; beyond 53 bits a Double has gaps.
+            const auto i = std::bit_cast<std::int64_t>(o.Lng());
+            constexpr std::int64_t MOST = std::int64_t{1} << 53;
+            if (i < -MOST || i > MOST) FailFound("a number that a Double holds");
+            return static_cast<double>(i);
+        }
+        default: FailFound(sExpected);
     }
 }
 
+void TreeIn::Get(double& d) const {
+    d = RealOf("Double");
+}
+
 void TreeIn::Get(float& f) const {
-    const Data_Node::Type eType = NodeView().GetType();
-    if (eType != Data_Node::Float && eType != Data_Node::Double && eType != Data_Node::Integer)
-        FailFound("Float");
-    double d = 0;
-    Get(d);
-    f = static_cast<float>(d);
+    const double d = RealOf("Float");
+    constexpr double MOST = std::numeric_limits<float>::max();
     // What a Double has beyond a Float would be lost.
-    if (static_cast<double>(f) != d && !std::isnan(d)) FailFound("a number that a Float holds");
+    if (std::isfinite(d) &&
+        (std::fabs(d) > MOST || static_cast<double>(static_cast<float>(d)) != d)) {
+        FailFound("a number that a Float holds");
+    }
+    f = static_cast<float>(d);
 }
 
 vok::u3_t TreeIn::WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const {
@@ -177,8 +190,12 @@ vok::u3_t TreeIn::WholeOf(const char* sText, std::int64_t iLowest, std::uint64_t
     return oNumber.uBits;
 }
 
-double TreeIn::RealOf(const char* sText) const {
-    return vok::ParseReal(sText);
+double TreeIn::RealOfText(const char* sText) const {
+    double d = 0;
+    const char* const pEnd = sText + std::strlen(sText);
+    const auto oResult = std::from_chars(sText, pEnd, d);
+    if (oResult.ec != std::errc() || oResult.ptr != pEnd) FailAttribute(sText);
+    return d;
 }
 
 bool TreeIn::FlagOf(const char* sText) const {

@@ -87,9 +87,9 @@ class TreeIn {
             using Limits = std::numeric_limits<T>;
             value = static_cast<T>(WholeOf(sText, Limits::min(), Limits::max()));
         } else if constexpr (Real<T>) {
-            value = static_cast<T>(RealOf(sText));
+            value = static_cast<T>(RealOfText(sText));
         } else if constexpr (NamedEnumeration<T>) {
-            static constexpr auto NAMES = Names(Type<T>());
+            static constexpr auto NAMES = NamesOf(Type<T>());
             for (const auto& [eOne, sOne] : NAMES.m_aoName) {
                 if (sOne == sText) {
                     value = eOne;
@@ -172,7 +172,8 @@ class TreeIn {
     [[nodiscard]] vok::u3_t WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const;
     [[nodiscard]] vok::u3_t WholeOf(const char* sText, std::int64_t iLowest,
                                     std::uint64_t uHighest) const;
-    [[nodiscard]] double RealOf(const char* sText) const;
+    [[nodiscard]] double RealOf(const char* sExpected) const;
+    [[nodiscard]] double RealOfText(const char* sText) const;
     [[nodiscard]] bool FlagOf(const char* sText) const;
     [[nodiscard]] const char* AttributeOf(vok::u2_t uId, const char* sName) const;
     [[nodiscard]] vok::u2_t TargetId() const;

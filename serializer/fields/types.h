@@ -75,7 +75,7 @@ template <class T>
 concept Enumeration = std::is_enum_v<T> && !std::same_as<T, std::byte>;
 template <class T>
 concept NamedEnumeration = Enumeration<T> && requires {
-    Names(Type<T>());
+    NamesOf(Type<T>());
 };
 template <class T>
 concept Utf8Text = std::same_as<T, std::string> || std::same_as<T, std::string_view>;

@@ -16,6 +16,11 @@ namespace Velmar::Q7R::Serializer::fields {
 template <class T>
 inline constexpr bool NEVER = false;
 
+// What is a node with nodes in it.
+template <class T>
+concept Opened = Described<T> || Container<T> || Variant<T> || Pair<T> || Tuple<T> ||
+    std::same_as<T, std::monostate>;
+
 template <class T>
 constexpr void CheckList() {
     static_assert(HAS_OWN_LIST<T>,
@@ -32,7 +37,7 @@ template <class T>
 
 template <class Out, class E>
 [[nodiscard]] std::string_view NameOf(E eValue, Out& out) {
-    static constexpr auto NAMES = Names(Type<E>());
+    static constexpr auto NAMES = NamesOf(Type<E>());
     for (const auto& [eOne, sName] : NAMES.m_aoName) {
         if (eOne == eValue) return sName;
     }
@@ -167,15 +172,16 @@ void WriteNode(Out& out, At at, const T& value) {
         WritePointee<S>(out, at, *value);
     } else if constexpr (HostObject<T>) {
         out.template Host<S>(at, value);
-    } else {
-        static_assert(
-            Described<T> || Container<T> || Variant<T> || Pair<T> || Tuple<T> ||
-                std::same_as<T, std::monostate>,
-            "a type without fields: give it VOK_FIELDS, a function Fields, or a StoredAs");
+    } else if constexpr (Opened<T>) {
         if (auto oOpen = out.template Open<S>(at)) {
             WriteContent<S>(out, value);
             out.Close(oOpen);
         }
+    } else if constexpr (Character<T>) {
+        static_assert(NEVER<T>, "a char is no number and no text: make the field one of them");
+    } else {
+        static_assert(NEVER<T>,
+                      "a type without fields: give it VOK_FIELDS, a function Fields or a StoredAs");
     }
 }
 

@@ -1,0 +1,211 @@
+// Types with fields of every kind, and random values for them.
+#ifndef TESTS_SERIALIZER_FIELD_TYPES_H
+#define TESTS_SERIALIZER_FIELD_TYPES_H
+
+#include <array>
+#include <chrono>
+#include <deque>
+#include <limits>
+#include <list>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <set>
+#include <string>
+#include <tuple>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "serializer/fields.h"
+
+namespace field_types {
+
+using namespace Velmar::Q7R::Serializer;
+
+enum class Side : std::int8_t { Buy, Sell = 5 };
+VOK_ENUM(Side, Buy, Sell)
+enum class Level : std::uint16_t { Low, High = 40000 };
+
+struct Leg {
+    std::int32_t ratio = 1;
+    double strike = 0;
+    bool operator==(const Leg&) const = default;
+    VOK_FIELDS(Leg, ratio, strike)
+};
+
+// Values of one node, in no order of names.
+struct Scalars {
+    bool flag = false;
+    std::int8_t i1 = 0;
+    std::uint16_t u2 = 0;
+    std::int32_t i4 = 7;
+    std::uint32_t u4 = 0;
+    std::int64_t i8 = 0;
+    std::uint64_t u8 = 0;
+    float f = 0;
+    double d = 0;
+    Side side = Side::Buy;
+    Level level = Level::Low;
+    std::string text;
+    std::u16string wide;
+    std::vector<std::uint8_t> bytes;
+    std::array<std::byte, 3> three{};
+    std::chrono::sys_seconds at;
+    std::chrono::sys_days day;
+    std::chrono::sys_time<std::chrono::milliseconds> exact;
+    std::chrono::minutes lasts{};
+    Quad quad;
+    bool operator==(const Scalars&) const = default;
+    VOK_FIELDS(Scalars, flag, i1, u2, i4, u4, i8, u8, f, d, side, level, text, wide, bytes, three,
+               at, day, exact, lasts, quad)
+};
+
+// Names that need escapes, one that begins another, and what has a name of its own.
+struct Names {
+    int a = 0;
+    int ab = 0;
+    std::string spaced;
+    std::optional<int> slashed;
+    bool operator==(const Names&) const = default;
+    static constexpr auto Fields() {
+        return List<Names>(Field("ab", &Names::ab), Field("a", &Names::a),
+                           Field("with space", &Names::spaced),
+                           Field("\xC3\xA4/[0]", &Names::slashed));
+    }
+};
+
+struct Containers {
+    std::vector<Leg> legs;
+    std::deque<std::string> texts;
+    std::list<double> reals;
+    std::vector<bool> flags;
+    std::array<int, 3> fixed{};
+    std::set<std::string> names;
+    std::map<std::string, int> counts;
+    std::map<int, std::vector<Leg>> groups;
+    std::vector<std::vector<int>> matrix;
+    std::vector<std::optional<int>> gaps;
+    std::pair<int, std::string> pair;
+    std::tuple<int, std::vector<bool>, std::string> tuple;
+    std::variant<std::monostate, int, Leg, std::vector<std::string>> choice;
+    bool operator==(const Containers&) const = default;
+    VOK_FIELDS(Containers, legs, texts, reals, flags, fixed, names, counts, groups, matrix, gaps,
+               pair, tuple, choice)
+};
+
+// Objects in objects, as deep as they like.
+struct Tree {
+    std::string name;
+    std::optional<Leg> leg;
+    std::unique_ptr<Tree> child;
+    std::vector<Tree> children;
+    bool operator==(const Tree& o) const {
+        return name == o.name && leg == o.leg && children == o.children && !child == !o.child &&
+               (!child || *child == *o.child);
+    }
+    VOK_FIELDS(Tree, name, leg, child, children)
+};
+
+struct All {
+    Scalars scalars;
+    Names names;
+    Containers containers;
+    Tree tree;
+    bool operator==(const All&) const = default;
+    VOK_FIELDS(All, scalars, names, containers, tree)
+};
+
+// ---- random values --------------------------------------------------------------
+
+class Filler {
+  public:
+    explicit Filler(unsigned uSeed) : m_oRandom(uSeed) {}
+
+    template <class T>
+    void Fill(T& value) {
+        if constexpr (std::same_as<T, bool>) {
+            value = Below(2) != 0;
+        } else if constexpr (std::integral<T>) {
+            value = static_cast<T>(Below(3) == 0 ? m_oRandom() : Below(100));
+            if (Below(8) == 0) value = std::numeric_limits<T>::min();
+            if (Below(8) == 0) value = std::numeric_limits<T>::max();
+        } else if constexpr (std::floating_point<T>) {
+            value = static_cast<T>(m_oRandom()) / T{64} - T{1000};
+        } else if constexpr (std::same_as<T, Side>) {
+            value = Below(2) != 0 ? Side::Buy : Side::Sell;
+        } else if constexpr (std::same_as<T, Level>) {
+            value = Below(2) != 0 ? Level::Low : Level::High;
+        } else if constexpr (std::same_as<T, std::string>) {
+            value.clear();
+            for (auto n = Below(20); n-- > 0;) value += Below(10) != 0 ? "x" : "\xC3\xA4";
+        } else if constexpr (std::same_as<T, std::u16string>) {
+            value.assign(Below(9), u'\u0416');
+        } else if constexpr (fields::Clocked<T>) {
+            value = T(typename T::duration(static_cast<typename T::rep>(Below(50000)) - 1000));
+        } else if constexpr (fields::Ticking<T>) {
+            value = T(static_cast<typename T::rep>(m_oRandom()));
+        } else if constexpr (fields::IS_OF<T, std::optional>) {
+            value.reset();
+            if (Below(2) != 0) Fill(value.emplace());
+        } else if constexpr (fields::IS_OF<T, std::unique_ptr>) {
+            value.reset();
+            if (++m_uDepth < 4 && Below(2) != 0)
+                Fill(*(value = std::make_unique<typename T::element_type>()));
+            --m_uDepth;
+        } else if constexpr (fields::FixedRange<T>) {
+            for (auto& element : value) FillElement(element);
+        } else if constexpr (fields::Map<T>) {
+            value.clear();
+            for (auto n = Below(4); n-- > 0;) {
+                typename T::key_type key{};
+                Fill(key);
+                Fill(value[key]);
+            }
+        } else if constexpr (fields::Range<T>) {
+            value.clear();
+            // Two digits of index now and then.
+            for (auto n = ++m_uDepth < 4 ? Below(Below(8) != 0 ? 4 : 14) : 0; n-- > 0;) {
+                typename T::value_type element{};
+                FillElement(element);
+                value.insert(value.end(), std::move(element));
+            }
+            --m_uDepth;
+        } else if constexpr (fields::Pair<T>) {
+            Fill(value.first);
+            Fill(value.second);
+        } else if constexpr (fields::Tuple<T>) {
+            std::apply([&](auto&... part) { (Fill(part), ...); }, value);
+        } else if constexpr (fields::Variant<T>) {
+            switch (Below(4)) {
+                case 0: value = {}; break;
+                case 1: Fill(value.template emplace<1>()); break;
+                case 2: Fill(value.template emplace<2>()); break;
+                default: Fill(value.template emplace<3>());
+            }
+        } else {
+            std::apply([&](const auto&... f) { (Fill(std::invoke(f.m_oAccess, value)), ...); },
+                       fields::LIST<T>.m_oFields);
+        }
+    }
+
+    std::size_t Below(std::size_t uMost) { return m_oRandom() % uMost; }
+
+  private:
+    template <class T>
+    void FillElement(T& element) {
+        if constexpr (std::same_as<T, std::byte>) {
+            element = std::byte(Below(256));
+        } else {
+            Fill(element);
+        }
+    }
+
+    std::mt19937 m_oRandom;
+    unsigned m_uDepth = 0;
+};
+
+}  // namespace field_types
+
+#endif  // TESTS_SERIALIZER_FIELD_TYPES_H
