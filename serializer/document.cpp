@@ -20,6 +20,13 @@ Data& CursorOf(Data* pData) {
     return *pData;
 }
 
+bool HasLong(const vok::Data& data) {
+    for (vok::u2_t u = 0; u < data.GetNodes(); ++u) {
+        if (data.GetNodeFromID(u).GetType() == vok::Data_Node::Long) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 void Document::StampVersion(vok::Data& root, int iMinor) {
@@ -39,12 +46,12 @@ void Document::SaveToFile(const Node& root, StringRef fileName) {
     });
 }
 
-std::vector<Byte> Document::SaveToBuffer(Node& root, int iMinor) {
+std::vector<Byte> Document::SaveToBuffer(Node& root, bool bNewer) {
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
     return Guarded(WRITE_BUFFER_FAILED, [&] {
         vok::File_Buf buffer("w");
         data.SetToRoot();
-        StampVersion(data, iMinor);
+        StampVersion(data, bNewer && HasLong(data) ? 3 : 2);
         vok::Dgraph_SaveDGraph(data, buffer);
         (void)vok::Msg::ToInt32(buffer.Size());
         const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());
@@ -76,16 +83,6 @@ Node Document::LoadFromBuffer(std::span<const Byte> bytes) {
         StampVersion(data);
     });
     return root;
-}
-
-bool Document::PeekBytes(const Node& node, StringRef name, Int32 index,
-                         std::span<const Byte>& bytes) {
-    return Guarded("Failed to get Node byte array",
-                   [&] { return node.PeekBytes(name, index, bytes); });
-}
-
-bool Document::PeekText(const Node& node, StringRef name, Int32 index, std::string_view& text) {
-    return node.PeekText(name, index, text);
 }
 
 }  // namespace Velmar::Q7R::Serializer

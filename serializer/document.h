@@ -23,19 +23,11 @@ class Document {
     [[nodiscard]] static Node NewRoot(const char* sFailure);
 
     static void SaveToFile(const Node& root, StringRef fileName);
-    [[nodiscard]] static std::vector<Byte> SaveToBuffer(Node& root, int iMinor = 2);
+    // bNewer: of version 1.3.0 where there is a Long, which is a text before. Linear.
+    [[nodiscard]] static std::vector<Byte> SaveToBuffer(Node& root, bool bNewer = false);
     // The root of the tree that was loaded.
     [[nodiscard]] static Node LoadFromFile(StringRef fileName);
     [[nodiscard]] static Node LoadFromBuffer(std::span<const Byte> bytes);
-
-    // The bytes of a successor, inside the tree: valid until it is changed. False when there is
-    // no such successor.
-    static bool PeekBytes(const Node& node, StringRef name, Int32 index,
-                          std::span<const Byte>& bytes);
-
-    // The same for a text, UTF-8; an empty node has the empty one. Fails with the native message
-    // and its trail.
-    static bool PeekText(const Node& node, StringRef name, Int32 index, std::string_view& text);
 
     static constexpr char INVALID_ROOT[] = "Invalid vok::Data";
     static constexpr char WRITE_BUFFER_FAILED[] = "Failed to write data to buffer";

@@ -1,6 +1,8 @@
 #include "serializer/node.h"
 
 #include "serializer/document.h"
+#include "serializer/fields/failure.h"
+#include "serializer/fields/tree_in.h"
 #include "serializer/guarded.h"
 #include "serializer/utilities.h"
 #include "vok/base/msg.h"
@@ -55,6 +57,23 @@ bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex,
         if (oSucc.IsNode()) oFromCursor(oSucc);
         return oSucc.IsNode();
     });
+}
+
+// The successor of a name read as fields are, with their errors.
+template <class Read>
+bool ReadSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex, const char* sFailure,
+                   const Read& oRead) {
+    vok::Data oFound;
+    const bool bFound = Guarded(sFailure, [&] {
+        return WithSuccessor(oNode, oName, iIndex, [&](const vok::Data& o) { oFound = o; });
+    });
+    if (!bFound) return false;
+    try {
+        oRead(fields::TreeIn(oFound, false));
+    } catch (const fields::Fault& e) {
+        fields::RaiseAt(e.sPath, e.sReason);
+    }
+    return true;
 }
 
 vok::Data NewSuccessor(vok::Data& oNode, StringRef oName) {
@@ -139,13 +158,26 @@ void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {
     });
 }
 
+void Node::AddLong(StringRef name, std::uint64_t value) {
+    Guarded("Failed to add Node int value", [&] {
+        WithName(name, [&](std::string_view sName) { Cursor().AddLng(sName, value); });
+    });
+}
+
+void Node::AddDate(StringRef name, double seconds) {
+    Guarded("Failed to add Node int value", [&] {
+        WithName(name,
+                 [&](std::string_view sName) { Cursor().AddDbl(sName, seconds, Data_Node::Date); });
+    });
+}
+
 Node Node::AddSubnode(StringRef name) {
     return Guarded("Failed to add subnode", [&] { return Node(NewSuccessor(Cursor(), name)); });
 }
 
 // ---- reading ----------------------------------------------------------------
 
-bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const {
+bool Node::TryGetValue(StringRef name, Int32 index, std::string_view& value) const {
     try {
         return WithSuccessor(
             Cursor(), name, index, Data_Node::String, [&](const Data_View& o) { value = o.Text(); },
@@ -162,14 +194,14 @@ bool Node::PeekText(StringRef name, Int32 index, std::string_view& value) const 
 
 bool Node::TryGetValue(StringRef name, Int32 index, String& value) const {
     std::string_view sText;
-    if (!PeekText(name, index, sText)) return false;
+    if (!TryGetValue(name, index, sText)) return false;
     Guarded("Failed to get Node String value", [&] { value = Utilities::Utf8ToString(sText); });
     return true;
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, std::string& value) const {
     std::string_view sText;
-    if (!PeekText(name, index, sText)) return false;
+    if (!TryGetValue(name, index, sText)) return false;
     Guarded("Failed to get Node String value", [&] { value = sText; });
     return true;
 }
@@ -199,22 +231,40 @@ bool Node::TryGetValue(StringRef name, Int32 index, bool& value) const {
     });
 }
 
-bool Node::PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const {
-    return WithSuccessor(Cursor(), name, index, [&](const vok::Data& oSucc) {
-        vok::u2_t uSize = 0;
-        const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
-        (void)vok::Msg::ToInt32(uSize);
-        value = {pData, uSize};
+bool Node::TryGetValue(StringRef name, Int32 index, std::span<const Byte>& value) const {
+    return Guarded("Failed to get Node byte array", [&] {
+        return WithSuccessor(Cursor(), name, index, [&](const vok::Data& oSucc) {
+            vok::u2_t uSize = 0;
+            const Byte* pData = static_cast<const Byte*>(oSucc.GetValBin(uSize));
+            (void)vok::Msg::ToInt32(uSize);
+            value = {pData, uSize};
+        });
     });
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, std::vector<Byte>& value) const {
-    return Guarded("Failed to get Node byte array", [&] {
-        std::span<const Byte> oBytes;
-        const bool bFound = PeekBytes(name, index, oBytes);
-        if (bFound) value.assign(oBytes.begin(), oBytes.end());
-        return bFound;
-    });
+    std::span<const Byte> oBytes;
+    if (!TryGetValue(name, index, oBytes)) return false;
+    Guarded("Failed to get Node byte array", [&] { value.assign(oBytes.begin(), oBytes.end()); });
+    return true;
+}
+
+bool Node::TryGetWhole(StringRef name, Int32 index, std::int64_t lowest, std::uint64_t highest,
+                       std::uint64_t& bits) const {
+    return ReadSuccessor(Cursor(), name, index, "Failed to get Node int value",
+                         [&](const fields::TreeIn& in) { bits = in.WholeOf(lowest, highest); });
+}
+
+bool Node::TryGetValue(StringRef name, Int32 index, float& value) const {
+    return ReadSuccessor(Cursor(), name, index, "Failed to get Node double value",
+                         [&](const fields::TreeIn& in) { in.Get(value); });
+}
+
+bool Node::TryGetTicks(StringRef name, Int32 index, std::int64_t period, std::int64_t lowest,
+                       std::uint64_t highest, std::int64_t& ticks) const {
+    return ReadSuccessor(
+        Cursor(), name, index, "Failed to get Node int value",
+        [&](const fields::TreeIn& in) { (void)in.GetDate(ticks, period, lowest, highest); });
 }
 
 bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32& v3,
@@ -238,7 +288,8 @@ bool Node::TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32&
 
 bool Node::TryGetSubnode(StringRef name, Int32 index, Node& node) const {
     return Guarded("Failed to get subnode", [&] {
-        return WithSuccessor(Cursor(), name, index, [&](const vok::Data& oSucc) { node = Node(oSucc); });
+        return WithSuccessor(Cursor(), name, index,
+                             [&](const vok::Data& oSucc) { node = Node(oSucc); });
     });
 }
 
@@ -247,6 +298,24 @@ Int32 Node::GetSubnodeCount(StringRef name) const {
         return WithName(name, [&](std::string_view sName) {
             return static_cast<Int32>(Cursor().GetSuccCount(sName));
         });
+    });
+}
+
+Node::Subnodes Node::GetSubnodes() const {
+    return Guarded("Failed to get subnode", [&] { return Subnodes(Cursor().GetSuccIt()); });
+}
+
+Node::Subnodes Node::GetSubnodes(StringRef name) const {
+    return Guarded("Failed to get subnode", [&] {
+        return WithName(
+            name, [&](std::string_view sName) { return Subnodes(Cursor().GetSuccIt(sName)); });
+    });
+}
+
+std::string_view Node::GetName() const {
+    return Guarded("Failed to get subnode", [&] {
+        const char* const sName = Cursor().GetName();
+        return std::string_view(sName != nullptr ? sName : "");
     });
 }
 

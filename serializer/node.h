@@ -3,6 +3,9 @@
 #define SERIALIZER_NODE_H
 
 #include <cstdint>
+#include <iterator>
+#include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,8 +13,10 @@
 #include <vector>
 
 #include "serializer/exception.h"
+#include "serializer/fields/numbers.h"
 #include "serializer/string.h"
 #include "vok/data/data.h"
+#include "vok/data/succ_it.h"
 
 namespace Velmar::Q7R::Serializer {
 
@@ -76,6 +81,32 @@ class Node {
     }
     // A subnode with the integers "V1" to "V4". "Failed to add Node quad tuple".
     void AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4);
+    // Other integers: as an Integer where 32 bits with sign hold all of their type, else as a Long,
+    // negative ones as their two's complement. "Failed to add Node int value".
+    template <fields::Whole T>
+    requires(!std::same_as<T, Int32>) void AddValue(StringRef name, T value) {
+        if constexpr (fields::ShortWhole<T>) {
+            AddValue(name, Int32{value});
+        } else {
+            AddLong(name, static_cast<std::uint64_t>(value));
+        }
+    }
+    // A time point: a Date where it counts in whole seconds, else its ticks, since a Date keeps no
+    // fractions. "Failed to add Node int value".
+    template <fields::Clocked T>
+    void AddValue(StringRef name, const T& value) {
+        const auto ticks = value.time_since_epoch().count();
+        if constexpr (fields::Dated<T>) {
+            AddDate(name, static_cast<double>(ticks) * static_cast<double>(T::period::num));
+        } else {
+            AddValue(name, ticks);
+        }
+    }
+    // What there is; nothing where there is none.
+    template <class T>
+    void AddValue(StringRef name, const std::optional<T>& value) {
+        if (value) AddValue(name, *value);
+    }
     // A subnode to be filled by the caller. "Failed to add subnode".
     Node AddSubnode(StringRef name);
 
@@ -100,15 +131,51 @@ class Node {
     // int value".
     bool TryGetValue(StringRef name, Int32 index, Int32& v1, Int32& v2, Int32& v3, Int32& v4) const;
 
-    // The same with index 0.
-    bool TryGetValue(StringRef name, String& value) const { return TryGetValue(name, 0, value); }
-    bool TryGetValue(StringRef name, std::string& value) const {
-        return TryGetValue(name, 0, value);
+    // Where they lie in the tree, for as long as it is not changed: a text as UTF-8, and bytes.
+    // Errors are those of copies.
+    bool TryGetValue(StringRef name, Int32 index, std::string_view& value) const;
+    bool TryGetValue(StringRef name, Int32 index, std::span<const Byte>& value) const;
+    // Other numbers, taken from an Integer, a Long or the decimal text that older documents have
+    // for one; from Float or Double. What the type does not hold is a failure that says so:
+    // "/price: a number from 0 to 255 expected, Integer 300 found".
+    template <fields::Whole T>
+    requires(!std::same_as<T, Int32>) bool TryGetValue(StringRef name, Int32 index,
+                                                       T& value) const {
+        using Range = std::numeric_limits<T>;
+        std::uint64_t bits = 0;
+        if (!TryGetWhole(name, index, Range::min(), Range::max(), bits)) return false;
+        value = static_cast<T>(bits);
+        return true;
     }
-    bool TryGetValue(StringRef name, Int32& value) const { return TryGetValue(name, 0, value); }
-    bool TryGetValue(StringRef name, double& value) const { return TryGetValue(name, 0, value); }
-    bool TryGetValue(StringRef name, bool& value) const { return TryGetValue(name, 0, value); }
-    bool TryGetValue(StringRef name, std::vector<Byte>& value) const {
+    bool TryGetValue(StringRef name, Int32 index, float& value) const;
+    // As AddValue stores it.
+    template <fields::Clocked T>
+    bool TryGetValue(StringRef name, Int32 index, T& value) const {
+        using Range = std::numeric_limits<typename T::rep>;
+        typename T::rep ticks{};
+        if constexpr (fields::Dated<T>) {
+            std::int64_t whole = 0;
+            if (!TryGetTicks(name, index, T::period::num, Range::min(), Range::max(), whole)) {
+                return false;
+            }
+            ticks = static_cast<typename T::rep>(whole);
+        } else {
+            if (!TryGetValue(name, index, ticks)) return false;
+        }
+        value = T(typename T::duration(ticks));
+        return true;
+    }
+    template <class T>
+    bool TryGetValue(StringRef name, Int32 index, std::optional<T>& value) const {
+        T found{};
+        if (!TryGetValue(name, index, found)) return false;
+        value = std::move(found);
+        return true;
+    }
+
+    // The same with index 0.
+    template <class T>
+    bool TryGetValue(StringRef name, T& value) const {
         return TryGetValue(name, 0, value);
     }
     bool TryGetValue(StringRef name, Int32& v1, Int32& v2, Int32& v3, Int32& v4) const {
@@ -120,6 +187,17 @@ class Node {
     bool TryGetSubnode(StringRef name, Node& node) const { return TryGetSubnode(name, 0, node); }
     // The number of successors of that name. "Failed to get subnode count".
     [[nodiscard]] Int32 GetSubnodeCount(StringRef name) const;
+
+    // The subnodes for range-for, all of them or those of one name, in order:
+    //
+    //     for (const Node leg : node.GetSubnodes("leg")) ...
+    //
+    // "Failed to get subnode".
+    class Subnodes;
+    [[nodiscard]] Subnodes GetSubnodes() const;
+    [[nodiscard]] Subnodes GetSubnodes(StringRef name) const;
+    // Its name, for as long as the tree is not changed; empty where it has none.
+    [[nodiscard]] std::string_view GetName() const;
 
   protected:
     virtual void Dispose(bool bDisposing);
@@ -133,16 +211,49 @@ class Node {
     explicit operator vok::Data*() { return m_bDisposed ? nullptr : &m_oData; }
     explicit operator const vok::Data*() const { return m_bDisposed ? nullptr : &m_oData; }
 
-    // The bytes of a successor where they lie, until the tree is changed; its text likewise, with
-    // the failures of reading it.
-    bool PeekBytes(StringRef name, Int32 index, std::span<const Byte>& value) const;
-    bool PeekText(StringRef name, Int32 index, std::string_view& value) const;
+    void AddLong(StringRef name, std::uint64_t value);
+    void AddDate(StringRef name, double seconds);
+    // A number between two others, as 64 bits; a Date as a number of periods of so many seconds.
+    bool TryGetWhole(StringRef name, Int32 index, std::int64_t lowest, std::uint64_t highest,
+                     std::uint64_t& bits) const;
+    bool TryGetTicks(StringRef name, Int32 index, std::int64_t period, std::int64_t lowest,
+                     std::uint64_t highest, std::int64_t& ticks) const;
 
     [[nodiscard]] const vok::Data& Cursor() const;
     [[nodiscard]] vok::Data& Cursor();
 
     vok::Data m_oData;
     bool m_bDisposed = false;
+};
+
+class Node::Subnodes {
+  public:
+    explicit Subnodes(vok::Data_SuccIt oSuccessors) : m_oSuccessors(std::move(oSuccessors)) {}
+
+    class Iterator {
+      public:
+        using value_type = Node;
+        using difference_type = std::ptrdiff_t;
+
+        explicit Iterator(const vok::Data_SuccIt& oSuccessors) : m_oAt(oSuccessors) {}
+        [[nodiscard]] Node operator*() const { return Node(*m_oAt); }
+        Iterator& operator++() {
+            ++m_oAt;
+            return *this;
+        }
+        void operator++(int) { ++m_oAt; }
+        friend bool operator==(const Iterator& o, std::default_sentinel_t oEnd) {
+            return o.m_oAt == oEnd;
+        }
+
+      private:
+        vok::Data_Range<vok::Data_SuccIt> m_oAt;
+    };
+    [[nodiscard]] Iterator begin() const { return Iterator(m_oSuccessors); }
+    [[nodiscard]] static std::default_sentinel_t end() noexcept { return {}; }
+
+  private:
+    vok::Data_SuccIt m_oSuccessors;
 };
 
 }  // namespace Velmar::Q7R::Serializer

@@ -21,6 +21,12 @@ std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) 
     return Document::SaveToBuffer(root);
 }
 
+std::vector<Byte> Serializer::Write(ISerialisable& iSerialisable) {
+    Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
+    iSerialisable.WriteValues(root);
+    return Document::SaveToBuffer(root, true);
+}
+
 void Serializer::ReadFromBinaryBuffer(ISerialisable& iSerialisable,
                                       std::span<const Byte> byteArray) {
     Node root = Document::LoadFromBuffer(byteArray);

@@ -67,6 +67,9 @@ class Serializer {
     // read data from file."; ReadValues is not called then.
     void ReadFromBinaryBuffer(ISerialisable& iSerialisable, std::span<const Byte> byteArray);
 
+    // As WriteToBinaryBuffer, but of version 1.3.0 where it has a Long: before, that is a text.
+    [[nodiscard]] std::vector<Byte> Write(ISerialisable& iSerialisable);
+
     // ---- objects that say which fields they have: include serializer/fields.h ------------
     //
     // Errors name the field: "/legs[3]/strike: Double expected, String found, byte 1234". All are

@@ -86,7 +86,7 @@ vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32
                                const vok_char** value, int32_t* length) {
     return Call([&] {
         std::string_view sText;
-        if (!Document::PeekText(Use(node), Text(name), index, sText)) return false;
+        if (!Use(node).TryGetValue(Text(name), index, sText)) return false;
         // Kept for the caller, who may hand it to other functions. UTF-16 has no more units than
         // the text has bytes, which 32 bits can count.
         auto* pUnits =
@@ -124,7 +124,7 @@ vok_status vok_node_get_bytes(const vok_node* node, const vok_char* name, int32_
                               const uint8_t** bytes, int32_t* size) {
     return Call([&] {
         std::span<const Byte> oBytes;
-        if (!Document::PeekBytes(Use(node), Text(name), index, oBytes)) return false;
+        if (!Use(node).TryGetValue(Text(name), index, oBytes)) return false;
         *bytes = oBytes.empty() ? nullptr : oBytes.data();
         *size = static_cast<int32_t>(oBytes.size());
         return true;

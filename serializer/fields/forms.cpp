@@ -11,13 +11,11 @@ namespace Velmar::Q7R::Serializer::fields {
 namespace {
 
 // What the tree refuses is nested in the text of the operation; what objects raise passes.
-void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure,
-               bool* pHasLongs = nullptr) {
+void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure) {
     try {
         TreeOut out(oData);
         oSource.pWrite(out, oSource.pObject);
         out.Finish();
-        if (pHasLongs != nullptr) *pHasLongs = out.HasLongs();
     } catch (const vok::Msg_Exception&) {
         std::throw_with_nested(System::ApplicationException(sFailure));
     }
@@ -44,9 +42,8 @@ void ReadBelow(Node& node, const Target& oTarget, bool bRefuseUnknown) {
 
 std::vector<Byte> WriteThroughTree(const Source& oSource, bool bNewer) {
     Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
-    bool bHasLongs = false;
-    WriteInto(root.Data(), oSource, Document::WRITE_BUFFER_FAILED, &bHasLongs);
-    return Document::SaveToBuffer(root, bNewer && bHasLongs ? 3 : 2);
+    WriteInto(root.Data(), oSource, Document::WRITE_BUFFER_FAILED);
+    return Document::SaveToBuffer(root, bNewer);
 }
 
 void ReadThroughTree(std::span<const Byte> oDocument, const Target& oTarget, bool bRefuseUnknown) {

@@ -63,6 +63,8 @@ class TreeIn {
         using Limits = std::numeric_limits<T>;
         value = static_cast<T>(WholeOf(Limits::min(), Limits::max()));
     }
+    // A number between two others, its bits.
+    [[nodiscard]] vok::u3_t WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const;
     void Get(std::string_view& sText) const;
     void Get(std::string& sText) const;
     void Get(std::u16string& sText) const;
@@ -169,7 +171,6 @@ class TreeIn {
 
     [[nodiscard]] vok::Data_View NodeView() const noexcept { return m_oView.Of(m_uNode); }
     bool Find(const Place& oPlace, vok::u2_t uIndex);
-    [[nodiscard]] vok::u3_t WholeOf(std::int64_t iLowest, std::uint64_t uHighest) const;
     [[nodiscard]] vok::u3_t WholeOf(const char* sText, std::int64_t iLowest,
                                     std::uint64_t uHighest) const;
     [[nodiscard]] double RealOf(const char* sExpected) const;

@@ -58,7 +58,6 @@ void TreeOut::AddInt(const Place& oPlace, vok::i2_t i) {
 
 void TreeOut::AddLong(const Place& oPlace, vok::u3_t u) {
     Put(m_oBuilder.AddLng(oPlace.sName, u));
-    m_bHasLongs = true;
 }
 
 void TreeOut::AddFloat(const Place& oPlace, float f) {

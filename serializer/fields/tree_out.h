@@ -126,8 +126,6 @@ class TreeOut {
         PutLink(PLACE<S>, KeyOf(p));
     }
 
-    [[nodiscard]] bool HasLongs() const noexcept { return m_bHasLongs; }
-
   private:
     static constexpr vok::u2_t MOST_DEPTH = 256;
 
@@ -173,7 +171,6 @@ class TreeOut {
     vok::u2_t m_uOpen;
     vok::u2_t m_uLast;  // the node that was appended last
     vok::u2_t m_uDepth = 0;
-    bool m_bHasLongs = false;
     std::vector<LaterAttribute> m_oLater;
     std::vector<std::pair<vok::u2_t, const ISerialisable*>> m_oHost;
     std::optional<Key> m_oNextIs;

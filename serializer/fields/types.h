@@ -17,6 +17,7 @@
 #include <variant>
 
 #include "serializer/fields/describe.h"
+#include "serializer/fields/numbers.h"
 #include "serializer/serializer.h"
 
 namespace Velmar::Q7R::Serializer {
@@ -64,16 +65,6 @@ concept Adapted = requires {
 };
 
 template <class T>
-concept Character = std::same_as<T, char> || std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
-    std::same_as<T, char16_t> || std::same_as<T, char32_t>;
-template <class T>
-concept Whole = std::integral<T> && !std::same_as<T, bool> && !Character<T>;
-// Those that the 32 bits of an Integer hold.
-template <class T>
-concept ShortWhole = Whole<T> &&(sizeof(T) < 4 || (sizeof(T) == 4 && std::signed_integral<T>));
-template <class T>
-concept Enumeration = std::is_enum_v<T> && !std::same_as<T, std::byte>;
-template <class T>
 concept NamedEnumeration = Enumeration<T> && requires {
     NamesOf(Type<T>());
 };
@@ -83,23 +74,12 @@ template <class T>
 concept Text =
     Utf8Text<T> || std::same_as<T, std::u16string> || std::same_as<T, std::u16string_view>;
 template <class T>
-concept Clocked = requires(const T& t) {
-    typename T::clock;
-    typename T::period;
-    t.time_since_epoch().count();
-};
-// Ticks of a whole number of seconds, which are what a Date keeps.
-template <class T>
-concept Dated = Clocked<T> && T::period::den == 1 && std::integral<typename T::rep>;
-template <class T>
 concept Ticking = requires(const T& t) {
     typename T::rep;
     typename T::period;
     t.count();
 };
 
-template <class T>
-concept Real = std::same_as<T, float> || std::same_as<T, double>;
 // One value in one node.
 template <class T>
 concept Scalar = std::same_as<T, bool> || Whole<T> || Real<T> || Enumeration<T> || Text<T> ||

@@ -1,4 +1,5 @@
-// One mistake each, which the compiler must tell in a readable line: tests/CMakeLists.txt says which.
+// One mistake each, which the compiler must tell in a readable line: tests/CMakeLists.txt says
+// which.
 #include "serializer/fields.h"
 
 using namespace Velmar::Q7R::Serializer;

@@ -1,10 +1,12 @@
 // Every kind of value through the facade, in a fresh tree and in one read back from bytes.
 #include <array>
 #include <bit>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -297,6 +299,82 @@ TEST(Node, DisposeGivesUpTheNodeNotTheTree) {
     // A new value for the variable is a usable node again.
     node = copy;
     EXPECT_EQ(node.GetSubnodeCount("sub"), 1);
+}
+
+// What a value of one type becomes when it is read as another.
+template <class From, class To>
+std::string Reread(const From& from, To to = {}) {
+    Node node;
+    node.AddValue("x", from);
+    const std::string sError = Failure([&] { EXPECT_TRUE(node.TryGetValue("x", to)); });
+    if (!sError.empty()) return sError;
+    if constexpr (requires { to.time_since_epoch(); }) {
+        return std::to_string(to.time_since_epoch().count());
+    } else if constexpr (requires { *to; }) {
+        return std::to_string(*to);
+    } else {
+        return std::to_string(to);
+    }
+}
+
+TEST(Node, NumbersOfEveryWidth) {
+    using std::chrono::sys_days, std::chrono::sys_seconds;
+    using Ms = std::chrono::sys_time<std::chrono::milliseconds>;
+    constexpr auto LOWEST = std::numeric_limits<std::int64_t>::min();
+    constexpr auto HIGHEST = std::numeric_limits<std::uint64_t>::max();
+    const sys_days day(std::chrono::days(-3));
+    const vok::Pair CASES[] = {
+        {Reread<std::int8_t, std::int8_t>(-128), "-128"},
+        {Reread<std::uint16_t, std::int8_t>(128),
+         "/x: a number from -128 to 127 expected, Integer 128 found"},
+        {Reread<std::uint32_t, std::uint32_t>(0xFFFFFFFF), "4294967295"},
+        {Reread<std::int64_t, std::int64_t>(LOWEST), std::to_string(LOWEST)},
+        {Reread<std::uint64_t, std::uint64_t>(HIGHEST), std::to_string(HIGHEST)},
+        {Reread<std::uint64_t, std::uint32_t>(HIGHEST),
+         "/x: a number from 0 to 4294967295 expected, Long 18446744073709551615 found"},
+        {Reread<std::int64_t, std::int16_t>(-5), "-5"},
+        {Reread<Int32, std::uint64_t>(-1),
+         "/x: a number from 0 to 18446744073709551615 expected, Integer -1 found"},
+        {Reread<double, float>(1.5), "1.500000"},
+        {Reread<std::optional<int>, std::optional<int>>(4), "4"},
+        {Reread<sys_days, sys_seconds>(day), "-259200"},
+        {Reread<sys_seconds, sys_days>(sys_seconds(day)), "-3"},
+        {Reread<Ms, Ms>(Ms(std::chrono::milliseconds(5))), "5"},
+        {Reread<bool, std::int64_t>(true), "/x: Long expected, Boolean found"},
+    };
+    for (const auto& [sGot, sExpected] : CASES) EXPECT_EQ(sGot, sExpected);
+    Node node;
+    node.AddValue("none", std::optional<int>());
+    std::int64_t iUntouched = 7;
+    EXPECT_FALSE(node.TryGetValue("none", iUntouched));
+    EXPECT_EQ(iUntouched, 7);
+}
+
+TEST(Node, TextsAndSubnodesWhereTheyLie) {
+    Node node;
+    node.AddValue(std::string("a"), std::string("text"));
+    node.AddValue(std::string_view("b"), Bytes{1});
+    for (int i = 0; i < 3; ++i) node.AddSubnode("leg").AddValue("n", i);
+    std::string_view sText;
+    std::span<const Byte> oBytes;
+    EXPECT_TRUE(node.TryGetValue("a", sText) && node.TryGetValue("b", oBytes));
+    EXPECT_EQ(sText, "text");
+    EXPECT_EQ(oBytes[0], 1);
+    std::string sAll;
+    for (const Node leg : node.GetSubnodes("leg")) {
+        Int32 n = -1;
+        EXPECT_TRUE(leg.TryGetValue("n", n));
+        sAll += std::to_string(n);
+    }
+    for (const Node sub : node.GetSubnodes()) sAll += sub.GetName();
+    EXPECT_EQ(sAll, "012ableglegleg");
+    node.Data().SetAttVal("k", "v");
+    node.Data().CreateNode(std::string("/leg[1]/deep"));
+    for (const auto& [sName, sValue] : node.Data().GetAttributes())
+        sAll = std::string(sName) + std::string(sValue);
+    for (const vok::Data& oFound : node.Data().GetNodeSet(std::string("//deep")))
+        sAll += oFound.GetPath().View();
+    EXPECT_EQ(sAll, "kv/leg[1]/deep[0]");
 }
 
 }  // namespace

@@ -32,6 +32,15 @@ const char* Data::GetAttVal(Data_Name oName) const {
     });
 }
 
+std::vector<std::pair<std::string_view, std::string_view>> Data::GetAttributes() const {
+    Arr<const char*> oNames, oValues;
+    GetAttributes(oNames, oValues, true);
+    std::vector<std::pair<std::string_view, std::string_view>> asAttribute;
+    asAttribute.reserve(oNames.Size());
+    for (std::size_t u = 0; u < oNames.Size(); ++u) asAttribute.emplace_back(oNames(u), oValues(u));
+    return asAttribute;
+}
+
 void Data::GetAttributes(Arr<const char*>& oNames, Arr<const char*>& oValues, bool bSorted,
                          bool bNamesOnly) const {
     return Where("vok::Data::GetAttributes", [&] {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "vok/base/arr.h"
 #include "vok/base/limits.h"
@@ -196,6 +197,9 @@ class Data {
     // failure on the way takes back what was made. The placeholders of all steps together count
     // against m_uSkippedSlots, their work like that of GetNodeSet.
     Data CreateNode(const char* sPath, u2_t* pCreated = nullptr, const Limits& oLimits = {});
+    Data CreateNode(std::string_view sPath, u2_t* pCreated = nullptr, const Limits& oLimits = {}) {
+        return CreateNode(Str(sPath).CStr(), pCreated, oLimits);
+    }
 
     // ---- values -----------------------------------------------------------
     //
@@ -261,12 +265,19 @@ class Data {
     // Null removes the attribute. Raises "unallowed attribute "%0"" for an empty name, "try to
     // access deleted node" on a removed node.
     void SetAttVal(const char* sName, const char* sValue);
+    void SetAttVal(std::string_view sName, std::string_view sValue) {
+        SetAttVal(Str(sName).CStr(), Str(sValue).CStr());
+    }
     // Null when there is no such attribute.
     [[nodiscard]] const char* GetAttVal(Data_Name oName) const;
     // Names and values of all attributes, entry i of one belonging to entry i of the other;
     // in name order, or in the order in which names first appeared in the tree.
     void GetAttributes(Arr<const char*>& oNames, Arr<const char*>& oValues, bool bSorted = false,
                        bool bNamesOnly = false) const;
+    // The same for range-for, in name order; texts as long as those of the tree:
+    //
+    //     for (const auto& [sName, sValue] : oNode.GetAttributes()) ...
+    [[nodiscard]] std::vector<std::pair<std::string_view, std::string_view>> GetAttributes() const;
     void RemoveAttributes();
     // Gives oDst, which may be in another tree, the attributes of this node and no others.
     void CopyAtt(Data& oDst) const;
@@ -278,6 +289,7 @@ class Data {
     // limits on nodes looked at (m_uPathSteps) and on work, whose input are the path and the
     // records of the tree. Every step looks at each node once at most.
     [[nodiscard]] Data_NodeSet GetNodeSet(const char* sPath, const Limits& oLimits = {}) const;
+    [[nodiscard]] Data_NodeSet GetNodeSet(std::string_view sPath, const Limits& oLimits = {}) const;
     // Whether the node has the attributes that a step asks for; removed nodes never have.
     [[nodiscard]] bool Test(const Data_XpathStep& oStep) const;
     // The path that selects just this node: "/" or "/a[0]/b[2]". Linear in its depth, and after

@@ -155,6 +155,10 @@ void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, Work& oWork, Arr<
 
 }  // namespace detail
 
+Data_NodeSet Data::GetNodeSet(std::string_view sPath, const Limits& oLimits) const {
+    return GetNodeSet(Str(sPath).CStr(), oLimits);
+}
+
 Data_NodeSet Data::GetNodeSet(const char* sPath, const Limits& oLimits) const {
     Data_NodeSet oSet;
     Base& b =

@@ -2,13 +2,40 @@
 #ifndef VOK_DATA_SUCC_IT_H
 #define VOK_DATA_SUCC_IT_H
 
+#include <cstddef>
+#include <iterator>
+
 #include "vok/data/data.h"
 
 namespace vok {
 
+// Live nodes one after the other, for range-for; It is one of the iterators below.
+template <class It>
+class Data_Range {
+  public:
+    using value_type = Data;
+    using difference_type = std::ptrdiff_t;
+
+    explicit Data_Range(const It& oIt) : m_oIt(oIt) { m_oIt.SkipZombies(); }
+    [[nodiscard]] Data operator*() const { return m_oIt.GetData(); }
+    Data_Range& operator++() {
+        m_oIt.Advance();
+        m_oIt.SkipZombies();
+        return *this;
+    }
+    void operator++(int) { ++*this; }
+    friend bool operator==(const Data_Range& o, std::default_sentinel_t) {
+        return !o.m_oIt.GetData().IsNode();
+    }
+
+  private:
+    It m_oIt;
+};
+
 // Walks the successors of one node, or those of one name, in their order. The position runs
 // from 0 to Size() and counts removed nodes, which SkipZombies steps over:
 //
+//     for (const Data& oSucc : oNode.GetSuccIt("order")) Use(oSucc);
 //     for (auto oIt = oNode.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) Use(oIt.GetData());
 //
 // It keeps the tree alive. Positions are those of the moment it was made: after a change to
@@ -32,6 +59,10 @@ class Data_SuccIt {
     [[nodiscard]] Data GetData() const;
     // Its id, Data_Node::NONE at the end. Costs no reference count.
     [[nodiscard]] u2_t GetId() const noexcept;
+
+    // The live nodes from the position on.
+    [[nodiscard]] Data_Range<Data_SuccIt> begin() const { return Data_Range(*this); }
+    [[nodiscard]] static std::default_sentinel_t end() noexcept { return {}; }
 
   private:
     friend class Data;
@@ -84,6 +115,31 @@ class Data_NodeSet {
     [[nodiscard]] std::size_t Size() const noexcept { return m_oId.Size() - m_uGap; }
     // Cursor on the n-th node; empty when there are not so many.
     [[nodiscard]] Data GetNth(std::size_t uNth) const noexcept;
+
+    // For range-for; good as long as the set is, and until it is changed.
+    class Iterator {
+      public:
+        using value_type = Data;
+        using difference_type = std::ptrdiff_t;
+
+        Iterator(const Data_NodeSet& oSet, std::size_t uNth) noexcept
+            : m_pSet(&oSet), m_uNth(uNth) {}
+        [[nodiscard]] Data operator*() const noexcept { return m_pSet->GetNth(m_uNth); }
+        Iterator& operator++() noexcept {
+            ++m_uNth;
+            return *this;
+        }
+        void operator++(int) noexcept { ++m_uNth; }
+        friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
+            return a.m_uNth == b.m_uNth;
+        }
+
+      private:
+        const Data_NodeSet* m_pSet;
+        std::size_t m_uNth;
+    };
+    [[nodiscard]] Iterator begin() const noexcept { return {*this, 0}; }
+    [[nodiscard]] Iterator end() const noexcept { return {*this, Size()}; }
 
   private:
     friend class Data;
