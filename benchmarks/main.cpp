@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "benchmarks/contender.h"
+#include "benchmarks/objects.h"
 #include "vok/base/msg.h"
 
 namespace {
@@ -125,6 +126,9 @@ void RegisterAll(const bench::Set& oSet) {
     bench::RegisterMsgpack(oSet);
     bench::RegisterRapidjson(oSet);
     bench::RegisterXml(oSet);
+    bench::RegisterObjects(oSet);
+    bench::RegisterCereal(oSet);
+    bench::RegisterBoost(oSet);
 }
 
 void PrintColumns(const bench::Set& oSet) {
@@ -151,6 +155,11 @@ void PrintColumns(const bench::Set& oSet) {
         {" as XML/vok/save", uNodes},
     };
     for (const auto& o : COLUMNS) std::printf("%s%s\t%zu\n", oSet.sName, o.sColumn, o.uUnits);
+    const std::size_t uObjectNodes = bench::ObjectNodes(oSet);
+    if (uObjectNodes == 0) return;
+    for (const char* sColumn : {"write", "write reused", "read"}) {
+        std::printf("%s as objects/vok/%s\t%zu\n", oSet.sName, sColumn, uObjectNodes);
+    }
 }
 
 // Takes an argument out of the list: the rest of it behind its name, null when it is not there.
