@@ -60,6 +60,7 @@
 //
 // Errors are System::ApplicationException with the place and what is wrong with it:
 //     /legs[3]/strike: Double expected, String found, byte 1234
+// or the text of the operation; std::bad_alloc where there is no memory for what is read into.
 // Reading that fails leaves an object with some of its fields read.
 //
 // Objects nest at most 256 levels deep; a text holds no NUL. What is written through pointers to

@@ -1,5 +1,7 @@
 #include "serializer/fields/forms.h"
 
+#include <new>
+
 #include "serializer/document.h"
 #include "serializer/fields/failure.h"
 #include "serializer/utilities.h"
@@ -17,6 +19,8 @@ void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure) {
         oSource.pWrite(out, oSource.pObject);
         out.Finish();
     } catch (const vok::Msg_Exception&) {
+        std::throw_with_nested(System::ApplicationException(sFailure));
+    } catch (const std::bad_alloc&) {
         std::throw_with_nested(System::ApplicationException(sFailure));
     }
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "serializer/document.h"
+#include "serializer/guarded.h"
 #include "vok/base/date.h"
 #include "vok/base/utf8.h"
 #include "vok/dgraph/format.h"
@@ -23,10 +25,14 @@ constexpr std::size_t MOST_DOCUMENT = 0x7FFFFFFF;
 RecordOut::RecordOut(std::vector<Byte>& aoBuffer, bool bNewer)
     : m_aoBuffer(aoBuffer), m_eLong(bNewer ? vok::dgraph::CODE_LONG : vok::dgraph::CODE_STRING) {
     if (m_aoBuffer.size() < FIRST_ROOM) {
-        m_aoBuffer.resize(std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED));
+        Resize(std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED));
     }
     m_p = Begin() + HEADER_SIZE;
     m_pEnd = Begin() + m_aoBuffer.size();
+}
+
+void RecordOut::Resize(std::size_t uSize) {
+    Guarded(Document::WRITE_BUFFER_FAILED, [&] { m_aoBuffer.resize(uSize); });
 }
 
 bool RecordOut::Finish() {
@@ -41,7 +47,7 @@ void RecordOut::Grow(std::size_t uSize) {
     const std::size_t uUsed = Size();
     if (uSize <= m_aoBuffer.size() - uUsed) return;
     // At least half as much again, so that all copies together are linear.
-    m_aoBuffer.resize(uUsed + std::max(uSize + uSize / 16, uUsed / 2 + FIRST_ROOM));
+    Resize(uUsed + std::max(uSize + uSize / 16, uUsed / 2 + FIRST_ROOM));
     m_p = Begin() + uUsed;
     m_pEnd = Begin() + m_aoBuffer.size();
 }

@@ -150,6 +150,7 @@ class RecordOut {
         return m_p;
     }
     void Grow(std::size_t uSize);
+    void Resize(std::size_t uSize);
 
     // Begins a record, up to its type code, and returns where the value goes, for which there is
     // room.

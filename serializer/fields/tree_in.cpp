@@ -150,6 +150,26 @@ void TreeIn::Get(std::u16string& sText) const {
     sText = Utilities::Utf8ToString(s).Text();
 }
 
+void TreeIn::FetchAt(const Place& oPlace, bool& b) {
+    if (Find(oPlace, 0)) Get(b);
+}
+
+void TreeIn::FetchAt(const Place& oPlace, std::int32_t& i) {
+    if (Find(oPlace, 0)) Get(i);
+}
+
+void TreeIn::FetchAt(const Place& oPlace, std::int64_t& i) {
+    if (Find(oPlace, 0)) Get(i);
+}
+
+void TreeIn::FetchAt(const Place& oPlace, double& d) {
+    if (Find(oPlace, 0)) Get(d);
+}
+
+void TreeIn::FetchAt(const Place& oPlace, std::string& sText) {
+    if (Find(oPlace, 0)) Get(sText);
+}
+
 bool TreeIn::GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
                      std::uint64_t uHighest) const {
     const Data_View o = NodeView();

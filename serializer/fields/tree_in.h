@@ -17,6 +17,10 @@
 
 namespace Velmar::Q7R::Serializer::fields {
 
+template <class T>
+concept Common = std::same_as<T, bool> || std::same_as<T, std::int32_t> ||
+    std::same_as<T, std::int64_t> || std::same_as<T, double> || std::same_as<T, std::string>;
+
 // Finds nodes by their names, in whatever order they stand, and takes every form of a value that
 // a document may have for it. What does not fit raises a Fault.
 class TreeIn {
@@ -68,6 +72,16 @@ class TreeIn {
     void Get(std::string_view& sText) const;
     void Get(std::string& sText) const;
     void Get(std::u16string& sText) const;
+    // Next and Get in one, for the most common types: a call for each field.
+    template <class S, Common T>
+    void Fetch(T& value) {
+        FetchAt(PLACE<S>, value);
+    }
+    void FetchAt(const Place& oPlace, bool& b);
+    void FetchAt(const Place& oPlace, std::int32_t& i);
+    void FetchAt(const Place& oPlace, std::int64_t& i);
+    void FetchAt(const Place& oPlace, double& d);
+    void FetchAt(const Place& oPlace, std::string& sText);
     // Ticks of iPeriod seconds.
     bool GetDate(std::int64_t& iTicks, std::int64_t iPeriod, std::int64_t iLowest,
                  std::uint64_t uHighest) const;

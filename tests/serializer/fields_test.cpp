@@ -339,6 +339,17 @@ TEST(Fields, ObjectsThatWriteThemselves) {
                   node.AddValue("z", 1);
               }));
     EXPECT_EQ(Serializer().Read<Outer>(aoBytes).list[1].x, 5);
+    // A Long is one from version 1.3.0 on.
+    struct Wide {
+        std::int64_t w = -2;
+        VOK_FIELDS(Wide, w)
+    };
+    Host host;
+    host.oWrite = [](Node& node) { node.AddValue("w", std::int64_t{-2}); };
+    EXPECT_EQ(Serializer().Write(Wide()), Serializer().Write(host));
+    EXPECT_EQ(Serializer().WriteToBinaryBuffer(Wide()), Serializer().WriteToBinaryBuffer(host));
+    EXPECT_EQ(Serializer().Write(Wide())[10], 3);
+    EXPECT_EQ(Serializer().Read<Wide>(Serializer().WriteToBinaryBuffer(host)).w, -2);
 }
 
 // ---- documents of other times ---------------------------------------------------
@@ -527,6 +538,57 @@ TEST(Fields, ABufferIsUsedAgain) {
     EXPECT_EQ(aoBuffer, aoLarge);
     serializer.Write(leg, aoBuffer);
     EXPECT_EQ(aoBuffer, aoFirst);
+}
+
+TEST(Fields, NoMemoryIsNeededForABufferThatIsThere) {
+    const auto object = Random<Tree>(3);
+    Bytes aoBuffer;
+    Serializer().Write(object, aoBuffer);
+    const Bytes aoFirst = aoBuffer;
+    const vok::Mem_Probe oProbe;
+    vok::Mem_Probe::FailIn(1);
+    Serializer().Write(object, aoBuffer);
+    EXPECT_TRUE(vok::Mem_Probe::IsArmed());
+    vok::Mem_Probe::FailIn(0);
+    EXPECT_EQ(aoBuffer, aoFirst);
+}
+
+TEST(Fields, NoMemoryIsTold) {
+    Company company = MakeCompany();
+    const auto all = Random<All>(5);
+    const Bytes aoCompany = Serializer().Write(company), aoAll = Serializer().Write(all);
+    const std::string sWriting = "Failed to write data to buffer",
+                      sReading = "Failed to read data from file.";
+    const struct {
+        std::string sError;
+        std::function<void()> oDo;
+    } CASES[] = {
+        {sWriting, [&] { (void)Serializer().Write(company); }},
+        {sWriting, [&] { (void)Serializer().Write(all); }},
+        {sReading, [&] { Serializer().Read<Company>(aoCompany).staff[1]->friends.clear(); }},
+        {sReading, [&] { (void)Serializer().Read<All>(aoAll); }},
+    };
+    const vok::Mem_Probe oProbe;
+    for (const auto& [sError, oDo] : CASES) {
+        bool bRefused = true;
+        int iTold = 0;
+        for (unsigned uNth = 1; bRefused; ++uNth) {
+            std::string sRaised;
+            vok::Mem_Probe::FailIn(uNth);
+            try {
+                sRaised = ErrorOf(oDo);
+            } catch (const std::bad_alloc&) {
+                sRaised = sReading;
+            }
+            bRefused = !vok::Mem_Probe::IsArmed();
+            vok::Mem_Probe::FailIn(0);
+            // What only saves memory may do without.
+            ASSERT_TRUE(sRaised.empty() || (bRefused && sRaised == sError)) << uNth << sRaised;
+            iTold += !sRaised.empty();
+        }
+        EXPECT_GT(iTold, 1);
+    }
+    company.staff[1]->friends.clear();
 }
 
 }  // namespace field_types
