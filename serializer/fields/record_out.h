@@ -30,6 +30,10 @@ class RecordOut {
     [[nodiscard]] bool Finish();
 
     void Fail(const char*) noexcept { m_bFailed = true; }
+    template <class S>
+    void FailAt(const char*) noexcept {
+        m_bFailed = true;
+    }
     [[nodiscard]] bool HasFailed() const noexcept { return m_bFailed; }
 
     // Bytes so far, and how many more are to be expected.

@@ -21,7 +21,7 @@ void TreeOut::Finish() {
     for (const auto& [uId, oKey] : m_oLink) {
         const auto pStored = m_oStored.find(oKey);
         if (pStored == m_oStored.end())
-            FailAt(uId, "nothing that is written owns what this points to");
+            FailAtNode(uId, "nothing that is written owns what this points to");
         oNode(uId).SetValLink(oNode(pStored->second));
     }
     for (const auto& [uId, pHost] : m_oHost) {
@@ -33,10 +33,10 @@ void TreeOut::Finish() {
 
 void TreeOut::Fail(const char* sReason) {
     m_oBuilder.Finish();
-    FailAt(m_uLast, sReason);
+    FailAtNode(m_uLast, sReason);
 }
 
-void TreeOut::FailAt(vok::u2_t uId, const char* sReason) {
+void TreeOut::FailAtNode(vok::u2_t uId, const char* sReason) {
     m_oBuilder.Finish();
     RaiseAt(PathOf(m_oTree.GetNodeFromID(uId)), sReason);
 }

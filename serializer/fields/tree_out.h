@@ -26,7 +26,13 @@ class TreeOut {
     // objects that write themselves. To be called once, at the end.
     void Finish();
 
+    // At the node that was appended last, or at one that was to be.
     [[noreturn]] void Fail(const char* sReason);
+    template <class S>
+    [[noreturn]] void FailAt(const char* sReason) {
+        Put(m_oBuilder.AddEmpty(S::NAME));
+        Fail(sReason);
+    }
     [[nodiscard]] static bool HasFailed() noexcept { return false; }
     [[nodiscard]] static std::size_t Size() noexcept { return 0; }
     static void Expect(std::size_t) noexcept {}
@@ -85,7 +91,7 @@ class TreeOut {
         } else if constexpr (Real<T>) {
             SetAttribute(S::NAME, TextOf(static_cast<double>(value)));
         } else if constexpr (NamedEnumeration<T>) {
-            SetAttribute(S::NAME, std::string(NameOf(value, *this)));
+            SetAttribute(S::NAME, std::string(NameOf<S>(*this, value)));
         } else if constexpr (Enumeration<T>) {
             SetAttribute(S::NAME, std::to_string(static_cast<std::underlying_type_t<T>>(value)));
         } else {
@@ -164,7 +170,7 @@ class TreeOut {
     [[nodiscard]] static std::string TextOf(double dValue);
     [[nodiscard]] bool IsStored(const Key& oKey) const;
     void PutLink(const Place& oPlace, const Key& oKey);
-    [[noreturn]] void FailAt(vok::u2_t uId, const char* sReason);
+    [[noreturn]] void FailAtNode(vok::u2_t uId, const char* sReason);
 
     vok::Data m_oTree;
     vok::Data_Builder m_oBuilder;

@@ -35,13 +35,14 @@ template <class T>
            static_cast<double>(T::period::num);
 }
 
-template <class Out, class E>
-[[nodiscard]] std::string_view NameOf(E eValue, Out& out) {
+// The name of a value of an enumeration; fails at the place of the field where it has none.
+template <class S, class Out, class E>
+[[nodiscard]] std::string_view NameOf(Out& out, E eValue) {
     static constexpr auto NAMES = NamesOf(Type<E>());
     for (const auto& [eOne, sName] : NAMES.m_aoName) {
         if (eOne == eValue) return sName;
     }
-    out.Fail("a value without a name");
+    out.template FailAt<S>("a value without a name");
     return {};
 }
 
@@ -59,7 +60,7 @@ void WriteScalar(Out& out, At at, const T& value) {
     } else if constexpr (std::same_as<T, double>) {
         out.template Double<S>(at, value);
     } else if constexpr (NamedEnumeration<T>) {
-        out.template Utf8<S>(at, NameOf(value, out));
+        out.template Utf8<S>(at, NameOf<S>(out, value));
     } else if constexpr (Enumeration<T>) {
         WriteScalar<S>(out, at, static_cast<std::underlying_type_t<T>>(value));
     } else if constexpr (Utf8Text<T>) {

@@ -507,7 +507,7 @@ TEST(Fields, WhatCannotBeWrittenIsTold) {
          "/boss: nothing that is written owns what this points to"},
         {[] { (void)Serializer().Write(Leaf{std::string("a\0b", 3)}); },
          "/name: a text ends at its first NUL: use bytes"},
-        {[] { (void)Serializer().Write(Named{Side{77}}); }, "/: a value without a name"},
+        {[] { (void)Serializer().Write(Named{Side{77}}); }, "/side: a value without a name"},
     };
     for (const auto& [oWrite, sError] : CASES) EXPECT_EQ(ErrorOf(oWrite), sError);
     EXPECT_TRUE(
