@@ -62,7 +62,7 @@ TEST(Edit, ResetIsSeenByAllCursors) {
     EXPECT_EQ(o.oC, o.oRoot);
     EXPECT_EQ(o.oRoot.GetType(), Data_Node::Empty);
     EXPECT_TRUE(o.oRoot.GetUserTag().IsEmpty());
-    EXPECT_EQ(Raised([&] { (void)o.oA.GetName(); }), "try to access deleted node\n");
+    EXPECT_EQ(Raised([&] { (void)o.oA.GetName(); }), DELETED);
     EXPECT_STREQ(o.oRoot.CreateNewSucc(oKey).GetName(), "b");
     EXPECT_EQ(o.oRoot.GetNthSucc(0).GetAttVal("k"), nullptr);
     o.oA = Data();

@@ -177,6 +177,10 @@ TEST(NodeIt, ListsNodesOfOneTree) {
     oList.Add(oRoot);
     EXPECT_EQ(Raised([&] { oList.Add(NewTree()); }), "\"Root\" with wrong data type\n");
     EXPECT_EQ(Trail([&] { oList.Add(NewTree()); }), "vok::Data_NodeIt::Add(const Data&)\n");
+    Data_NodeSet oSet;
+    oSet.Add(oRoot);
+    EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
+    EXPECT_FALSE(oSet.GetNth(1).IsNode());
     EXPECT_EQ(oList.Size(), 4u);
     Ids oIds;
     for (; oList.SkipZombies(); oList.Advance()) oIds.push_back(oList.GetData().GetId());
@@ -186,17 +190,6 @@ TEST(NodeIt, ListsNodesOfOneTree) {
     for (oList.SetPos(0); oList.SkipZombies(); oList.Advance()) {
         EXPECT_LT(oList.GetData().GetId(), 3u);
     }
-}
-
-TEST(NodeSet, AscendingWithoutDuplicates) {
-    Data oRoot = NewTree();
-    for (int i = 0; i < 5; ++i) oRoot.CreateNewSucc("n");
-    Data_NodeSet oSet;
-    for (const u2_t u : {3u, 1u, 3u, 5u, 0u, 5u, 1u}) oSet.Add(oRoot.GetNodeFromID(u));
-    oSet.Add(Data());
-    EXPECT_EQ(IdsOf(oSet), (Ids{0, 1, 3, 5}));
-    EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
-    EXPECT_FALSE(oSet.GetNth(4).IsNode());
 }
 
 }  // namespace

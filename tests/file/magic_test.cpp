@@ -45,7 +45,6 @@ TEST(Magic, GoldenBytes) {
         EXPECT_EQ(oBuf.Remaining(), 0u);
         EXPECT_EQ(uVersion, oCase.uVersion == File::NO_VERSION ? 0 : oCase.uVersion);
     }
-    const Msg_Capture oCapture;
     File_Buf oBuf("w");
     EXPECT_EQ(Raised([&] { File::WriteMagic(oBuf, "abcdefghijklmnopqrstuv", File::NO_VERSION); }),
               "assertion failed: magicAndClassnameLen <= tmp\n");
@@ -96,7 +95,6 @@ constexpr Checked CHECKS[] = {
 };
 
 TEST(Magic, Check) {
-    const Msg_Capture oCapture;
     for (const Checked& oCase : CHECKS) {
         SCOPED_TRACE(std::to_string(oCase.uNth) + ": " + oCase.sChange);
         const std::string sChange = Bytes(oCase.sChange);
@@ -118,7 +116,6 @@ TEST(Magic, Check) {
 }
 
 TEST(Magic, TruncatedAnywhere) {
-    const Msg_Capture oCapture;
     for (const char* sHex : {LONG_DATA, SHORT_DATA}) {
         const std::string sBytes = Bytes(sHex);
         for (std::size_t uSize = 0; uSize < sBytes.size(); ++uSize) {

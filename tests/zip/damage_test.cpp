@@ -120,7 +120,7 @@ TEST_F(Zip_Test, NamesWhatIsWrong) {
         ToDisk("disk.zip", sZip);
         const std::string sOnDisk = Raised([] { (void)ReadZip("disk.zip"); });
         EXPECT_EQ(sOnDisk == "invalid or corrupted zip file \"disk.zip\"\n", bInvalid);
-        EXPECT_NE(sOnDisk.find("\"disk.zip\""), std::string::npos) << sOnDisk;
+        EXPECT_TRUE(Has(sOnDisk, "\"disk.zip\""));
         EXPECT_EQ(File::OpenFiles(), 0u);
     }
     std::string sBad = sSample;
