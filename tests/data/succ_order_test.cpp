@@ -50,31 +50,6 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
     }
 }
 
-// Every place and length that the run of one name can have in a group long enough to be
-// searched rather than scanned.
-TEST(SuccOrder, RunsInLongGroups) {
-    std::mt19937 oRandom(11);
-    for (const u2_t uSize : {1u, 23u, 24u, 25u, 26u, 47u, 64u, 200u}) {
-        for (unsigned uTry = 0; uTry < 30; ++uTry) {
-            const u2_t uBefore = Below(oRandom, uSize + 1);
-            const u2_t uRun = Below(oRandom, uSize - uBefore + 1);
-            Data oRoot = NewTree();
-            for (u2_t u = 0; u < uSize; ++u) {
-                const bool bRun = u >= uBefore && u < uBefore + uRun;
-                const std::string sOther = (u < uBefore ? "a" : "z") + std::to_string(u % 7);
-                oRoot.CreateNewSucc(bRun ? "m" : sOther.c_str());
-            }
-            oRoot.MakeKey("n");
-            ASSERT_EQ(oRoot.GetSuccIt("m").Size(), uRun) << uSize << " " << uBefore;
-            ASSERT_EQ(oRoot.GetSuccIt("n").Size(), 0u);
-            if (uRun == 0) continue;
-            EXPECT_EQ(oRoot.GetNthSucc("m", uRun - 1).GetId(), uBefore + uRun);
-            EXPECT_STREQ(oRoot.GetNodeFromID(uBefore + uRun).GetPath().CStr(),
-                         ("/m[" + std::to_string(uRun - 1) + "]").c_str());
-        }
-    }
-}
-
 // Reading after every append must not move groups each time: memory asked for, which counts
 // every copy, stays linear however parents and names alternate.
 TEST(SuccOrder, ReadingWhileBuildingStaysLinear) {
