@@ -141,21 +141,6 @@ TEST(Values, NodesMadeWithTheirValue) {
     for (const u2_t u : oIds) EXPECT_TRUE(KINDS[u - 1].pGet(oRoot.GetNodeFromID(u)));
 }
 
-TEST(Values, GetStr) {
-    Data oNode;
-    for (const char* sDefault : {static_cast<const char*>(nullptr), "x"}) {
-        EXPECT_EQ(oNode.GetStr(sDefault), sDefault);
-        EXPECT_EQ(NewTree().GetStr(sDefault), sDefault);
-    }
-    oNode.SetValStr("");
-    EXPECT_STREQ(oNode.GetStr("x"), "");
-    oNode.SetValInt(5);
-    EXPECT_EQ(Failing([&] { (void)oNode.GetStr("x"); }),
-              "node \"Root\" with wrong data type: 'String' expected but got 'Integer'");
-    oNode.ClearVal();
-    EXPECT_EQ(oNode.GetNode().Value64(), 0u);
-}
-
 constexpr double NONE = 7.5;  // the default of CvtDbl below; -7 and "dflt" of the others
 
 struct Row {
