@@ -85,6 +85,7 @@ TEST(Values, Texts) {
         for (const Data& o : {oAdded, oSet}) {
             EXPECT_STREQ(o.GetValStr(), sStored);
             EXPECT_EQ(o.GetValText(), sStored);
+            EXPECT_STREQ(o.GetStr("the default"), sStored);
             EXPECT_EQ(o.GetNode().uWord2 == 0, *sStored == 0);  // one empty text for all
         }
     }

@@ -137,6 +137,7 @@ TEST(DgraphLimits, ClaimsWithoutBytesCostNothing) {
         {Document(1, Leaf("a[0]", 7, Block("t") + I32(1 << 30) + ".")), "Root(a->/)"},
         {Document(MOST, ""), sEnd},
         {Document(MOST, Repeat(Open("a[0]", MOST), 3)), sEnd},
+        {Document(1000, Repeat(Open("a[0]", 1000), 20'000)), sEnd},
     };
     for (const auto& o : aCases) {
         SCOPED_TRACE(o.second);
