@@ -31,6 +31,32 @@ std::string LoadBoth(const std::string& sBytes, const Limits& oLimits = {}) {
     return Show(oFromFile);
 }
 
+TEST(Container, FormsAreToldApart) {
+    std::string sOther = DumpOf(Sample());
+    sOther.replace(sOther.find("Data"), 4, "Test");
+    const struct {
+        std::string sBytes;
+        bool bDump, bDocument;
+    } aCases[] = {
+        // clang-format off
+        {DumpOf(Sample()), true, false},  {sOther, false, false},    {"", false, false},
+        {"DGraphBin", false, true},       {"DGraphBi", false, false}, {"xDGraphBin", false, false},
+        {Header(9, 9, 9), false, true},   {"DGraphBin\xFF and more", false, true},
+        // clang-format on
+    };
+    for (const auto& [sBytes, bDump, bDocument] : aCases) {
+        const std::string sAll = "12" + sBytes;
+        File_Buf oBuf(sAll.data(), sAll.size());
+        oBuf.Seek(2);
+        EXPECT_EQ(Data::CanLoad(oBuf), bDump) << sBytes;
+        EXPECT_EQ(oBuf.Tell(), 2);
+        EXPECT_EQ(Dgraph_CanLoadDGraph(oBuf), bDocument) << sBytes;
+        EXPECT_EQ(oBuf.Tell(), 2);
+    }
+    Drop_Stream oStream("DGraphBin");
+    EXPECT_EQ(Trail([&] { (void)Dgraph_CanLoadDGraph(oStream); }), "vok::Dgraph_CanLoadDGraph\n");
+}
+
 TEST(Container, EveryFormInEveryWrapping) {
     const Scratch_Dir oDir;
     const Data oTree = Sample();

@@ -139,18 +139,6 @@ TEST(Dump, KeepsEverything) {
     EXPECT_STREQ(oLoaded.GetUserTag().CStr(), "DGraphBin 2.5.7");
 }
 
-TEST(Dump, CanLoadLooksOnly) {
-    const std::string sOther = Parts().sMagic.replace(25, 4, "Test");
-    for (const auto& [sBytes, bCan] :
-         {std::pair(Parts().sMagic, true), std::pair("abc"s, false), std::pair(sOther, false)}) {
-        const std::string sAll = "abc" + sBytes;
-        File_Buf oBuf(sAll.data(), sAll.size());
-        oBuf.Seek(3);
-        EXPECT_EQ(Data::CanLoad(oBuf), bCan);
-        EXPECT_EQ(oBuf.Tell(), 3);
-    }
-}
-
 TEST(Dump, Refuses) {
     const std::string sInvalid = "binary data is a dump of an invalid object \"Data\"";
     const std::string sForeign = "binary data is not a dump of object \"Data\"";
