@@ -127,21 +127,6 @@ TEST(Values, Links) {
     EXPECT_EQ(oLink.GetValLink(), oLink);
 }
 
-TEST(Values, NodesMadeWithTheirValue) {
-    Data oRoot;
-    const Ids oIds = {oRoot.AddBool("n", true),
-                      oRoot.AddInt("n", std::numeric_limits<i2_t>::min()),
-                      oRoot.AddInt("n", -1, Data_Node::Char),
-                      oRoot.AddDbl("n", 0.1, Data_Node::Float),
-                      oRoot.AddDbl("n", std::bit_cast<double>(0x7FF8DEADBEEF0001)),
-                      oRoot.AddDbl("n", -0.0, Data_Node::Date),
-                      oRoot.AddStr("n", "text"),
-                      oRoot.AddBin("n", "\0\xFF\0", 3),
-                      oRoot.AddLng("n", ~u3_t{0})};
-    EXPECT_EQ(IdsOf(oRoot.GetSuccIt("n")), oIds);
-    for (const u2_t u : oIds) EXPECT_TRUE(KINDS[u - 1].pGet(oRoot.GetNodeFromID(u)));
-}
-
 constexpr double NONE = 7.5;  // the default of CvtDbl below; -7 and "dflt" of the others
 
 struct Row {
