@@ -153,9 +153,10 @@ TEST(NodeIt, ListsNodesOfOneTree) {
     EXPECT_EQ(Raised([&] { oList.Add(NewTree()); }), "\"Root\" with wrong data type\n");
     EXPECT_EQ(Trail([&] { oList.Add(NewTree()); }), "vok::Data_NodeIt::Add(const Data&)\n");
     Data_NodeSet oSet;
-    oSet.Add(oRoot);
+    for (const u2_t u : {1u, 3u, 0u, 3u, 2u, 1u}) oSet.Add(oRoot.GetNodeFromID(u));
+    EXPECT_EQ(IdsOf(oSet), (Ids{0, 1, 2, 3}));
     EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
-    EXPECT_FALSE(oSet.GetNth(1).IsNode());
+    EXPECT_FALSE(oSet.GetNth(4).IsNode());
     EXPECT_EQ(oList.Size(), 4u);
     Ids oIds;
     for (; oList.SkipZombies(); oList.Advance()) oIds.push_back(oList.GetData().GetId());

@@ -305,6 +305,9 @@ TEST(DgraphReader, LeavesItsFastWayAndComesBack) {
     EXPECT_EQ(Load(Document(3, Leaf("a\b46;b[0]", 1, I32(1)) + Leaf("a\b46;b[1]", 1, I32(2)) +
                                    Leaf("a\b92;b[0]", 1, I32(3)))),
               "Root(a.b:1 a.b:2 a\\b:3)");
+    EXPECT_EQ(Load(Document(4, Leaf("[0]", 1, I32(1)) + Leaf("[1]", 1, I32(2)) +
+                                   Leaf("a[0]", 1, I32(3)) + Text("b[0]", "text enough behind"))),
+              "Root(?:1 ?:2 a:3 b:'text enough behind')");
     EXPECT_EQ(Load(Document(2, Leaf("a\b46;b[0]", 1, I32(1)) + Leaf("a.b[1]", 1, I32(2)))),
               "Root(a.b:1 a.b:2)");
 }

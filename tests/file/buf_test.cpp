@@ -163,8 +163,8 @@ TEST(ExtBuf, StaysInsideItsBlock) {
     oBuf.Write("DEF");
     EXPECT_STREQ(sBlock, "abcDEF..");
     EXPECT_EQ(oBuf.Used(), 6u);
-    EXPECT_NE(Raised([&] { oBuf.Seek(7); }), "(nothing raised)");
-    EXPECT_NE(Raised([&] { oBuf.Seek(-1); }), "(nothing raised)");
+    EXPECT_NE(Raised([&] { oBuf.Seek(7); }), NOTHING_RAISED);
+    EXPECT_NE(Raised([&] { oBuf.Seek(-1); }), NOTHING_RAISED);
     oBuf.Seek(4);
     Arr<char> oArr;
     EXPECT_EQ(oBuf.Read(oArr, File_Stream::ALL), 2u);

@@ -290,12 +290,8 @@ TEST_F(File_Test, GzipOfOthersAndDamage) {
     File oFile(sPath.c_str(), "rz");
     oFile.Read(oArr, File::ALL);
     EXPECT_EQ(Content(oArr), sText + sText);
-    oFile.Seek(6);
-    EXPECT_EQ(oFile.Tell(), 6);
-    oFile.Read(oArr, 4);
-    EXPECT_EQ(Content(oArr), "gzip");
     EXPECT_EQ(oFile.Size(), static_cast<i3_t>(2 * sGood.size()));
-    EXPECT_NE(Raised([&] { oFile.Seek(0, File::FROM_END); }), "(nothing raised)");
+    EXPECT_NE(Raised([&] { oFile.Seek(0, File::FROM_END); }), NOTHING_RAISED);
     EXPECT_THROW(oFile.Seek(std::numeric_limits<i3_t>::max(), File::FROM_POSITION), Msg_Exception);
     oFile.Seek(i3_t{5} << 30);  // farther than some builds of zlib can count
     EXPECT_EQ(oFile.Tell(), i3_t{5} << 30);
@@ -326,7 +322,7 @@ TEST_F(File_Test, GzipOfOthersAndDamage) {
                       while (oFile.Read(&cByte, 1, true) == 1) {
                       }
                   }),
-                  "(nothing raised)");
+                  NOTHING_RAISED);
     }
 
     oFile.Open(sPath.c_str(), "wz");
