@@ -54,6 +54,12 @@ std::string Failing(F&& oBody) {
     return s;
 }
 
+// Whether a text has another one in it; where it has not, it is shown.
+inline testing::AssertionResult Has(const std::string& sText, std::string_view sPart) {
+    if (sText.find(sPart) != std::string::npos) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "no \"" << sPart << "\" in \"" << sText << '"';
+}
+
 // The limits of loading as their messages name them.
 struct Limit {
     u3_t Limits::*pField;
@@ -93,6 +99,12 @@ inline std::string Fault(const Data& oTree) {
     const Data_Base* pBase = dgraph::Access::BaseOf(oTree);
     const char* sFault = pBase != nullptr ? CheckStore(*pBase) : nullptr;
     return sFault != nullptr ? sFault : "";
+}
+
+// Where loading stopped: "20 4:5 /d[0]" for byte, line, column and path.
+inline std::string PlaceOf(const Load_Report& o) {
+    return std::to_string(o.m_uOffset) + " " + std::to_string(o.m_uLine) + ":" +
+           std::to_string(o.m_uColumn) + " " + (o.m_oPath.IsEmpty() ? "" : o.m_oPath.CStr());
 }
 
 // English, no banner, no log file; console and debugger output go into texts. Everything
@@ -347,6 +359,47 @@ inline Texts AttributesOf(const Data& oNode, bool bSorted = false) {
         oListed.push_back(oNames(u) + std::string("=") + oValues(u));
     }
     return oListed;
+}
+
+inline std::string ShowValue(const Data& o) {
+    switch (o.GetType()) {
+        case Data_Node::Empty:
+        case Data_Node::Tree:
+        case Data_Node::Zombi: return "";
+        case Data_Node::Boolean: return o.GetValBool() ? ":yes" : ":no";
+        case Data_Node::Char: return ":'" + std::to_string(o.GetValInt(Data_Node::Char));
+        case Data_Node::String: return ":'" + std::string(o.GetValText()) + "'";
+        case Data_Node::Binary: {
+            std::string s = ":#";
+            for (const char c : BlockOf(o)) {
+                for (const int iShift : {4, 0}) s += "0123456789ABCDEF"[c >> iShift & 15];
+            }
+            return s;
+        }
+        case Data_Node::Link: {
+            const Data oTarget = o.GetValLink();
+            return oTarget.IsNode() ? std::string("->") + oTarget.GetPath().CStr() : "->nothing";
+        }
+        default: {
+            Str oText;
+            o.CvtStr(oText);
+            static constexpr const char* SUFFIX[] = {"", "", "", "", "f", "d", "", "", "", "u", ""};
+            return std::string(":") + oText.CStr() + SUFFIX[o.GetType()];
+        }
+    }
+}
+
+// "Root(a:1 b@k=v:'text' c(d))": names, attributes, values and successors of a small tree.
+inline std::string Show(const Data& o) {
+    std::string s = o.GetName() != nullptr ? o.GetName() : "?";
+    for (const std::string& sAttribute : AttributesOf(o)) s += "@" + sAttribute;
+    s += ShowValue(o);
+    if (o.GetType() != Data_Node::Tree) return s;
+    s += '(';
+    for (Data_SuccIt oIt = o.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
+        s += (s.back() == '(' ? "" : " ") + Show(oIt.GetData());
+    }
+    return s + ")";
 }
 
 inline u2_t Below(std::mt19937& oRandom, std::size_t uEnd) {

@@ -47,14 +47,12 @@ TEST(Msg, LongMessagesAreCutBetweenCharacters) {
         const char* sRest;
         const char* sEnd;  // what is left of sRest and the line break
     } oRows[] = {
-        {1021, "b", "b\n"},
-        {1022, "b", "b"},
-        {1023, "b", ""},
-        {1021, "ä", "ä"},
+        // clang-format off
+        {1021, "b", "b\n"}, {1022, "b", "b"}, {1023, "b", ""}, {1021, "ä", "ä"},
         {1022, "ä", "\n"},  // the character does not fit, the line break does
-        {1020, "\xF0\x9F\x98\x80", "\n"},
-        {1019, "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+        {1020, "\xF0\x9F\x98\x80", "\n"}, {1019, "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
         {1022, "\xE4", "\n"},  // one byte of Latin-1 takes two
+        // clang-format on
     };
     const Msg_Capture oCapture;
     for (const auto& oRow : oRows) {

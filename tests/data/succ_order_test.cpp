@@ -50,31 +50,6 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
     }
 }
 
-// Every place and length that the run of one name can have in a group long enough to be
-// searched rather than scanned.
-TEST(SuccOrder, RunsInLongGroups) {
-    std::mt19937 oRandom(11);
-    for (const u2_t uSize : {1u, 23u, 24u, 25u, 26u, 47u, 64u, 200u}) {
-        for (unsigned uTry = 0; uTry < 30; ++uTry) {
-            const u2_t uBefore = Below(oRandom, uSize + 1);
-            const u2_t uRun = Below(oRandom, uSize - uBefore + 1);
-            Data oRoot = NewTree();
-            for (u2_t u = 0; u < uSize; ++u) {
-                const bool bRun = u >= uBefore && u < uBefore + uRun;
-                const std::string sOther = (u < uBefore ? "a" : "z") + std::to_string(u % 7);
-                oRoot.CreateNewSucc(bRun ? "m" : sOther.c_str());
-            }
-            oRoot.MakeKey("n");
-            ASSERT_EQ(oRoot.GetSuccIt("m").Size(), uRun) << uSize << " " << uBefore;
-            ASSERT_EQ(oRoot.GetSuccIt("n").Size(), 0u);
-            if (uRun == 0) continue;
-            EXPECT_EQ(oRoot.GetNthSucc("m", uRun - 1).GetId(), uBefore + uRun);
-            EXPECT_STREQ(oRoot.GetNodeFromID(uBefore + uRun).GetPath().CStr(),
-                         ("/m[" + std::to_string(uRun - 1) + "]").c_str());
-        }
-    }
-}
-
 // Reading after every append must not move groups each time: memory asked for, which counts
 // every copy, stays linear however parents and names alternate.
 TEST(SuccOrder, ReadingWhileBuildingStaysLinear) {
@@ -177,6 +152,11 @@ TEST(NodeIt, ListsNodesOfOneTree) {
     oList.Add(oRoot);
     EXPECT_EQ(Raised([&] { oList.Add(NewTree()); }), "\"Root\" with wrong data type\n");
     EXPECT_EQ(Trail([&] { oList.Add(NewTree()); }), "vok::Data_NodeIt::Add(const Data&)\n");
+    Data_NodeSet oSet;
+    for (const u2_t u : {1u, 3u, 0u, 3u, 2u, 1u}) oSet.Add(oRoot.GetNodeFromID(u));
+    EXPECT_EQ(IdsOf(oSet), (Ids{0, 1, 2, 3}));
+    EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
+    EXPECT_FALSE(oSet.GetNth(4).IsNode());
     EXPECT_EQ(oList.Size(), 4u);
     Ids oIds;
     for (; oList.SkipZombies(); oList.Advance()) oIds.push_back(oList.GetData().GetId());
@@ -186,17 +166,6 @@ TEST(NodeIt, ListsNodesOfOneTree) {
     for (oList.SetPos(0); oList.SkipZombies(); oList.Advance()) {
         EXPECT_LT(oList.GetData().GetId(), 3u);
     }
-}
-
-TEST(NodeSet, AscendingWithoutDuplicates) {
-    Data oRoot = NewTree();
-    for (int i = 0; i < 5; ++i) oRoot.CreateNewSucc("n");
-    Data_NodeSet oSet;
-    for (const u2_t u : {3u, 1u, 3u, 5u, 0u, 5u, 1u}) oSet.Add(oRoot.GetNodeFromID(u));
-    oSet.Add(Data());
-    EXPECT_EQ(IdsOf(oSet), (Ids{0, 1, 3, 5}));
-    EXPECT_EQ(Raised([&] { oSet.Add(NewTree()); }), "\"Root\" with wrong data type\n");
-    EXPECT_FALSE(oSet.GetNth(4).IsNode());
 }
 
 }  // namespace

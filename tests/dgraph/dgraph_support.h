@@ -63,47 +63,6 @@ inline std::string AllTypes() {
                 Text("x[0]", "y") + Leaf("x[1]", 6, U8(1)) + Leaf("yes[0]", 6, U8(1)));
 }
 
-inline std::string ShowValue(const Data& o) {
-    switch (o.GetType()) {
-        case Data_Node::Empty:
-        case Data_Node::Tree:
-        case Data_Node::Zombi: return "";
-        case Data_Node::Boolean: return o.GetValBool() ? ":yes" : ":no";
-        case Data_Node::Char: return ":'" + std::to_string(o.GetValInt(Data_Node::Char));
-        case Data_Node::String: return ":'" + std::string(o.GetValText()) + "'";
-        case Data_Node::Binary: {
-            std::string s = ":#";
-            for (const char c : BlockOf(o)) {
-                for (const int iShift : {4, 0}) s += "0123456789ABCDEF"[c >> iShift & 15];
-            }
-            return s;
-        }
-        case Data_Node::Link: {
-            const Data oTarget = o.GetValLink();
-            return oTarget.IsNode() ? "->"s + oTarget.GetPath().CStr() : "->nothing";
-        }
-        default: {
-            Str oText;
-            o.CvtStr(oText);
-            static constexpr const char* SUFFIX[] = {"", "", "", "", "f", "d", "", "", "", "u", ""};
-            return ":"s + oText.CStr() + SUFFIX[o.GetType()];
-        }
-    }
-}
-
-// "Root(a:1 b@k=v:'text' c(d))": names, attributes, values and successors of a small tree.
-inline std::string Show(const Data& o) {
-    std::string s = o.GetName() != nullptr ? o.GetName() : "?";
-    for (const std::string& sAttribute : AttributesOf(o)) s += "@" + sAttribute;
-    s += ShowValue(o);
-    if (o.GetType() != Data_Node::Tree) return s;
-    s += '(';
-    for (Data_SuccIt oIt = o.GetSuccIt(); oIt.SkipZombies(); oIt.Advance()) {
-        s += (s.back() == '(' ? "" : " ") + Show(oIt.GetData());
-    }
-    return s + ")";
-}
-
 // The bytes that a tree is written as.
 inline std::string Save(const Data& oTree) {
     return Written([&](File_Buf& o) { Dgraph_SaveDGraph(oTree, o); });

@@ -32,6 +32,8 @@ struct State {
     Data oTree;
     std::string sBytes;
     std::string sResult;
+
+    [[nodiscard]] std::string Shown() const { return sResult + Show(oTree) + Save(oTree); }
 };
 
 struct Case {
@@ -85,33 +87,32 @@ void Prepare(State& oState) {
 TEST(FailureSweep, Allocations) {
     const Mem_Probe oProbe;
     for (const Case& oCase : g_aCases) {
-        std::string sExpected;
+        State oUndisturbed;
+        Prepare(oUndisturbed);
+        oCase.pOperation(oUndisturbed);
+        const std::string sExpected = oUndisturbed.Shown();
         unsigned uFailures = 0;
-        for (unsigned uNth = 0;; ++uNth) {
+        bool bRefused = true;
+        for (unsigned uNth = 1; bRefused; ++uNth) {
             SCOPED_TRACE(oCase.sWhat + " "s + std::to_string(uNth));
             const u3_t uBlocks = Mem::BlocksInUse();
-            bool bRefused = false;
-            std::string sResult;
             {
                 State oState;
                 Prepare(oState);
                 Mem_Probe::FailIn(uNth);
+                bool bFailed = false;
                 try {
                     oCase.pOperation(oState);
-                    bRefused = uNth != 0 && !Mem_Probe::IsArmed();
-                    Mem_Probe::FailIn(0);
                 } catch (const std::exception&) {
-                    bRefused = true;
-                    ++uFailures;
-                    Mem_Probe::FailIn(0);
-                    oCase.pOperation(oState);
+                    bFailed = true;
                 }
-                sResult = oState.sResult + Show(oState.oTree) + Save(oState.oTree);
+                bRefused = !Mem_Probe::IsArmed();
+                Mem_Probe::FailIn(0);
+                uFailures += bFailed;
+                if (bFailed) oCase.pOperation(oState);
+                ASSERT_EQ(oState.Shown(), sExpected);
             }
             ASSERT_EQ(Mem::BlocksInUse(), uBlocks);
-            if (uNth == 0) sExpected = sResult;
-            ASSERT_EQ(sResult, sExpected);
-            if (uNth != 0 && !bRefused) break;
         }
         EXPECT_GT(uFailures, 1u) << oCase.sWhat;
     }

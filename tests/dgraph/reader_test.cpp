@@ -1,5 +1,6 @@
-// What documents are read as. Each goes through memory and through a stream that gives one
-// byte at a time, which have to agree.
+// What documents are read as, into new trees and into such as had others before. Each goes through
+// memory and through a stream that gives one byte at a time, which have to agree; for random trees,
+// damaged ones too, that is for the fuzz targets dgraph and roundtrip.
 #include <limits>
 
 #include "tests/dgraph/dgraph_support.h"
@@ -40,8 +41,11 @@ TEST(DgraphReader, Values) {
         const std::string sDocument =
             Document(3, sRecord + Leaf("v[1]", o.iCode, o.sBytes) + Leaf("w[0]", 1, I32(7)));
         EXPECT_EQ(Load(sDocument), "Root(v" + o.sShown + " v" + o.sShown + " w:7)");
-        // A root with a value is a whole document, whatever follows.
-        EXPECT_EQ(Load(Header() + sRecord + "rest"), "v" + o.sShown);
+        // A root with a value is a whole document, whatever follows; where that is, the stream
+        // stands.
+        const Loaded oRoot = LoadFromBoth(Header() + sRecord + "rest")[0];
+        EXPECT_EQ(oRoot.sShown, "v" + o.sShown);
+        EXPECT_EQ(oRoot.oReport.m_uBytesLeft, 4u);
         EXPECT_EQ(Save(LoadTree(sDocument)) == sDocument, o.bWritten);
     }
 }
@@ -250,6 +254,106 @@ TEST(DgraphReader, MissingBytesAreZero) {
         EXPECT_EQ(Load(Document(2, sBefore + o.first)),
                   "Root(a:'" + std::string(64, '\x55') + "' " + o.second + ")");
     }
+}
+
+Data LoadInto(Data o, std::string_view sBytes) {
+    File_Buf oBuf(sBytes.data(), sBytes.size());
+    Dgraph_LoadDGraph(o, oBuf);
+    return o;
+}
+
+// A tree with names, attributes and values of many kinds, in no order.
+std::string RandomDocument(unsigned uSeed) {
+    static const Texts NAMES = {"a",  "b.c",           "\xC3\xA4",      "a b",
+                                "id", "a longer name", "longest of all"};
+    std::mt19937 oRandom(uSeed);
+    Data oTree = Versioned();
+    Grow(oTree, oRandom, uSeed, NAMES);
+    // Runs with more than one digit, gaps in them, and texts for which the reader takes its time.
+    for (unsigned u = 0; u < uSeed * 5; ++u) {
+        const std::string& sName = NAMES[Below(oRandom, NAMES.size()) % (1 + uSeed % 7)];
+        switch (Below(oRandom, 8)) {
+            case 0: oTree.AddStr(sName, "\xC3\xA4\xC3\xB6"); break;
+            case 1: oTree.AddStr(sName, ""); break;
+            case 2: oTree.AddBin(sName, "\0\1", 2); break;
+            case 3: oTree.AddLng(sName, oRandom()); break;
+            case 4: oTree.CreateNewSucc(sName).SetAttVal("k", sName.c_str()); break;
+            case 5: oTree.CreateNewSucc(sName).AddStr("text", "text of a name seen once"); break;
+            case 6: oTree.CreateNewSucc(sName).Remove(); break;
+            default: oTree.AddInt(sName, static_cast<i2_t>(oRandom()));
+        }
+    }
+    return Save(oTree);
+}
+
+TEST(DgraphReader, LeavesItsFastWayAndComesBack) {
+    for (unsigned uSeed = 0; uSeed < 60; ++uSeed) {
+        const std::string sDocument = RandomDocument(uSeed);
+        Data oFirst;
+        FromBoth(sDocument, [&](File_Stream& oIn) {
+            Data oTree;
+            Dgraph_LoadDGraph(oTree, oIn);
+            ASSERT_EQ(Fault(oTree), "");
+            if (!oFirst.IsNode()) oFirst = oTree;
+            ASSERT_EQ(DumpOf(oTree), DumpOf(oFirst)) << uSeed;
+        });
+    }
+    // An empty node in the middle of a run, and names that are not what their documents say.
+    EXPECT_EQ(
+        Load(Document(3, Leaf("a[0]", 1, I32(1)) + Open("a[1]", 0) + Leaf("a[2]", 1, I32(2)))),
+        "Root(a:1 a a:2)");
+    EXPECT_EQ(Load(Document(3, Leaf("a\b46;b[0]", 1, I32(1)) + Leaf("a\b46;b[1]", 1, I32(2)) +
+                                   Leaf("a\b92;b[0]", 1, I32(3)))),
+              "Root(a.b:1 a.b:2 a\\b:3)");
+    EXPECT_EQ(Load(Document(4, Leaf("[0]", 1, I32(1)) + Leaf("[1]", 1, I32(2)) +
+                                   Leaf("a[0]", 1, I32(3)) + Text("b[0]", "text enough behind"))),
+              "Root(?:1 ?:2 a:3 b:'text enough behind')");
+    EXPECT_EQ(Load(Document(2, Leaf("a\b46;b[0]", 1, I32(1)) + Leaf("a.b[1]", 1, I32(2)))),
+              "Root(a.b:1 a.b:2)");
+}
+
+// Whatever a tree was before, it is what the document makes of a new one, down to its dump.
+TEST(DgraphReader, ATreeUsedAgainIsAsNew) {
+    Texts sDocuments = {AllTypes(), Document(0, ""), Save(Versioned())};
+    for (const unsigned uSeed : {3u, 20u, 59u}) sDocuments.push_back(RandomDocument(uSeed));
+    Data oUsed;
+    for (const std::string& sBefore : sDocuments) {
+        for (const std::string& sDocument : sDocuments) {
+            oUsed = LoadInto(LoadInto(std::move(oUsed), sBefore), sDocument);
+            const Data oNew = LoadTree(sDocument);
+            ASSERT_EQ(Fault(oUsed), "");
+            ASSERT_EQ(DumpOf(oUsed), DumpOf(oNew));
+            ASSERT_TRUE(Data::Equal(oUsed, oNew));
+            // It goes on like any other.
+            oUsed.CreateNewSucc("later").SetAttVal("k", "v");
+            ASSERT_EQ(Show(LoadTree(Save(oUsed))), Show(oUsed));
+        }
+    }
+    // Who else looks at the tree keeps it.
+    const Data oOther = oUsed;
+    const std::string sShown = Show(oOther);
+    oUsed = LoadInto(std::move(oUsed), AllTypes());
+    EXPECT_EQ(Show(oOther), sShown);
+    EXPECT_EQ(Show(oUsed), Load(AllTypes()));
+}
+
+TEST(DgraphReader, ASmallDocumentGivesTheMemoryOfALargeOneBack) {
+    Data oLarge = Versioned();
+    for (int i = 0; i < 20000; ++i) {
+        oLarge.AddStr("name" + std::to_string(i), std::string(30, 'x'));
+        oLarge.GetNodeFromID(1).SetAttVal(("k" + std::to_string(i % 2000)).c_str(), "v");
+    }
+    Data oTree = LoadInto(Data(), Save(oLarge));
+    const std::size_t uLarge = oTree.HeapBytes();
+    oTree = LoadInto(std::move(oTree), AllTypes());
+    EXPECT_LT(oTree.HeapBytes(), uLarge / 10);
+    EXPECT_FALSE(oTree.FindKey("name7").IsKnown());
+    // Neither a failure nor a Reset in between changes what comes next.
+    EXPECT_NE(Failing([&] { LoadInto(oTree, Document(1, Leaf("a", 1, I32(1)))); }), "");
+    oTree.Reset();
+    oTree.AddInt("n", 1);
+    EXPECT_EQ(Fault(oTree), "");
+    EXPECT_EQ(Show(LoadInto(std::move(oTree), AllTypes())), Load(AllTypes()));
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ TEST(DgraphWriter, Links) {
     oGone.Remove();
     oExpect(oGone, Open("link[0]", 0));
     oExpect(oDetached, Open("link[0]", 0));
-    EXPECT_NE(Raised([&] { oLink.SetValLink(Versioned()); }), "(nothing raised)");
+    EXPECT_NE(Raised([&] { oLink.SetValLink(Versioned()); }), NOTHING_RAISED);
 }
 
 TEST(DgraphWriter, VersionTag) {
@@ -199,7 +199,7 @@ TEST(DgraphWriter, IntoBuffers) {
     EXPECT_EQ(oText.Size(), sBytes.size() + 1);  // the line break is two bytes
 
     File_Buf oReadOnly;
-    EXPECT_NE(Raised([&] { Dgraph_SaveDGraph(oRoot, oReadOnly); }), "(nothing raised)");
+    EXPECT_NE(Raised([&] { Dgraph_SaveDGraph(oRoot, oReadOnly); }), NOTHING_RAISED);
     EXPECT_EQ(oReadOnly.Size(), 0u);
 }
 

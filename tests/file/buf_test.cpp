@@ -10,7 +10,6 @@ constexpr char NOT_WRITABLE[] = "file \"*** File_Buf ***\" is not open for write
 constexpr char AT_END[] = "unexpected end of file in \"*** File_Buf ***\"\n";
 
 TEST(Buf, Modes) {
-    const Msg_Capture oCapture;
     // What "12345" is after "ab\n" was written in that mode; null: refused.
     const std::pair<const char*, const char*> oModes[] = {
         {nullptr, nullptr}, {"r", nullptr},         {"", nullptr},   {"rt", nullptr},
@@ -46,7 +45,6 @@ TEST(Buf, Modes) {
 }
 
 TEST(Buf, SeekAndShortReads) {
-    const Msg_Capture oCapture;
     constexpr i3_t iMost = std::numeric_limits<i3_t>::max();
     // Offset, whence, position; -1: refused.
     const std::tuple<i3_t, int, i3_t> oCases[] = {
@@ -92,7 +90,6 @@ TEST(Buf, SeekAndShortReads) {
 }
 
 TEST(Buf, WritingBehindTheEndFillsWithZeros) {
-    const Msg_Capture oCapture;
     File_Buf oBuf("w");
     oBuf.Write("ab");
     oBuf.Seek(4);
@@ -141,7 +138,6 @@ TEST(Buf, DirectDoorsAndSharedStorage) {
 }
 
 TEST(Buf, ExternalBlocks) {
-    const Msg_Capture oCapture;
     File_Buf oBuf("w");
     oBuf.Write("own");
     oBuf.Open("abc", 3);
@@ -158,7 +154,6 @@ TEST(Buf, ExternalBlocks) {
 }
 
 TEST(ExtBuf, StaysInsideItsBlock) {
-    const Msg_Capture oCapture;
     char sBlock[] = "........";
     File_ExtBuf oBuf(sBlock, 6);
     oBuf.Write("abcd");
@@ -168,8 +163,8 @@ TEST(ExtBuf, StaysInsideItsBlock) {
     oBuf.Write("DEF");
     EXPECT_STREQ(sBlock, "abcDEF..");
     EXPECT_EQ(oBuf.Used(), 6u);
-    EXPECT_NE(Raised([&] { oBuf.Seek(7); }), "(nothing raised)");
-    EXPECT_NE(Raised([&] { oBuf.Seek(-1); }), "(nothing raised)");
+    EXPECT_NE(Raised([&] { oBuf.Seek(7); }), NOTHING_RAISED);
+    EXPECT_NE(Raised([&] { oBuf.Seek(-1); }), NOTHING_RAISED);
     oBuf.Seek(4);
     Arr<char> oArr;
     EXPECT_EQ(oBuf.Read(oArr, File_Stream::ALL), 2u);

@@ -77,13 +77,13 @@ TEST_F(Program, EveryFormToEveryForm) {
             EXPECT_EQ(Run("diff a.xml " + sFile).iExit, 0) << sTo << OnDisk("out");
         }
     }
-    EXPECT_NE(OnDisk("a.xml").find("für die Oberfläche"), std::string::npos);
+    EXPECT_TRUE(Has(OnDisk("a.xml"), "für die Oberfläche"));
     // Pipes, and versions.
     Outcome o = Run("convert - - --to dgraph --dgraph-version 1.2.7", g_sTree);
     EXPECT_EQ(o.sOut.substr(0, 12), "DGraphBin\1\2\7");
     o = Run("convert - - --to xml", o.sOut);
     EXPECT_EQ(o.iExit, 0);
-    EXPECT_NE(o.sOut.find("<n dt:dt=\"r8\">0.1</n>"), std::string::npos);
+    EXPECT_TRUE(Has(o.sOut, "<n dt:dt=\"r8\">0.1</n>"));
 }
 
 TEST_F(Program, ShowGetInfo) {
@@ -107,7 +107,7 @@ TEST_F(Program, ShowGetInfo) {
     const std::string sInfo = Run("info -", g_sTree).sOut;
     for (const char* s : {"format      xml\n", "nodes       10\n", "names       8\n",
                           "depth       3\n", "attributes  1\n", "  Tree      2\n"}) {
-        EXPECT_NE(sInfo.find(s), std::string::npos) << s << sInfo;
+        EXPECT_TRUE(Has(sInfo, s));
     }
 }
 
@@ -115,9 +115,7 @@ TEST_F(Program, FaultsHavePlaces) {
     ToDisk("good.xml", g_sTree);
     ToDisk("bad.xml", "<a>\n <b></c></a>");
     ToDisk("bad.dgraph", "DGraphBin\1\3\0"s + std::string(18, '\0') + "\1\0\0\0x"s);
-    std::string sDeep;
-    for (unsigned u = 0; u < 1000; ++u) sDeep += "<ä>";
-    ToDisk("deep.xml", sDeep);
+    ToDisk("deep.xml", Repeat("<ä>", 1000));
     const Outcome o = Run("check good.xml bad.xml bad.dgraph none deep.xml " + Sample("page.html"));
     EXPECT_EQ(o.iExit, 2) << "one is not there";
     EXPECT_EQ(o.sOut.substr(0, o.sOut.find("none:")),
@@ -125,11 +123,10 @@ TEST_F(Program, FaultsHavePlaces) {
               "bad.xml: byte 8, line 2, column 5, at /b[0]: no XML stream or stream is corrupted\n"
               "bad.dgraph: byte 35, at /: Dgraph_LoadDGraph: Invalid path specification! No index "
               "specified\n");
-    EXPECT_NE(o.sOut.find("page.html: byte 18, line 2, column 12, at /p[0]: node \"p\" with wrong "
-                          "data type: 'String'\n"),
-              std::string::npos)
-        << o.sOut;
-    EXPECT_NE(o.sOut.find("/ä[0]/ ... 0]/ä[0]/"), std::string::npos) << o.sOut;
+    EXPECT_TRUE(Has(o.sOut,
+                    "page.html: byte 18, line 2, column 12, at /p[0]: node \"p\" with wrong "
+                    "data type: 'String'\n"));
+    EXPECT_TRUE(Has(o.sOut, "/ä[0]/ ... 0]/ä[0]/"));
     // Blanks and comments may stand behind a document in any coding, and nothing else.
     std::string sWide = "\xFF\xFE";
     for (const char c : "<a>x</a>\n<!-- c -->\n"s) sWide += {c, '\0'};
@@ -138,7 +135,7 @@ TEST_F(Program, FaultsHavePlaces) {
     ToDisk("wide.xml", sWide + "Z\0"s);
     EXPECT_EQ(Run("check wide.xml").sOut, "wide.xml: 26 bytes behind the document\n");
     EXPECT_EQ(Run("show bad.xml").iExit, 2);
-    EXPECT_NE(OnDisk("err").find("vok: bad.xml: byte 8"), std::string::npos);
+    EXPECT_TRUE(Has(OnDisk("err"), "vok: bad.xml: byte 8"));
     for (const char* s : {"", "nonsense", "convert good.xml", "convert good.xml x.unknown",
                           "get good.xml \"a[\"", "convert good.xml x.dgraph --dgraph-version 3.0.0",
                           "convert good.xml x.dgraph --dgraph-version one",
@@ -151,7 +148,7 @@ TEST_F(Program, FaultsHavePlaces) {
         EXPECT_EQ(oEntry.path().string().find("x."), std::string::npos) << oEntry.path();
     }
     EXPECT_EQ(Run("--version").sOut, "2.1.143\n");
-    EXPECT_NE(Run("convert --help").sOut.find("--dgraph-version"), std::string::npos);
+    EXPECT_TRUE(Has(Run("convert --help").sOut, "--dgraph-version"));
 }
 
 TEST_F(Program, Differences) {
@@ -161,9 +158,8 @@ TEST_F(Program, Differences) {
     ToDisk("b.xml", sOther);
     const Outcome o = Run("diff a.xml b.xml");
     EXPECT_EQ(o.iExit, 1);
-    EXPECT_NE(o.sOut.find("/list[0]/n[0] value\n  < Integer 1\n  > Integer 2\n"), std::string::npos)
-        << o.sOut;
-    EXPECT_NE(o.sOut.find("/ attribute v\n  < \"1\"\n  > (none)\n"), std::string::npos) << o.sOut;
+    EXPECT_TRUE(Has(o.sOut, "/list[0]/n[0] value\n  < Integer 1\n  > Integer 2\n"));
+    EXPECT_TRUE(Has(o.sOut, "/ attribute v\n  < \"1\"\n  > (none)\n"));
     EXPECT_EQ(Run("diff -q a.xml b.xml").sOut, "");
     EXPECT_EQ(Run("diff a.xml a.xml").iExit, 0);
 }
@@ -174,12 +170,12 @@ TEST_F(Program, Archives) {
     ToDisk("two", "2");
     EXPECT_EQ(Run("zip add a.zip d two").iExit, 0) << OnDisk("err");
     EXPECT_EQ(Run("zip add a.zip a.zip in --store").iExit, 0) << OnDisk("err");  // never itself
-    EXPECT_NE(Run("zip list a.zip").sOut.find("5 members"), std::string::npos) << OnDisk("out");
+    EXPECT_TRUE(Has(Run("zip list a.zip").sOut, "5 members"));
     EXPECT_EQ(Run("zip test a.zip").sOut,
               "d/: good\nd/e/: good\nd/e/one: good\ntwo: good\nin: good\n");
     EXPECT_EQ(Run("zip add a.zip two two ./two").iExit, 0);
-    EXPECT_NE(LinesOnDisk("err").find("\"two\" was in the archive already"), std::string::npos);
-    EXPECT_NE(Run("zip list a.zip").sOut.find("6 members"), std::string::npos) << "once";
+    EXPECT_TRUE(Has(LinesOnDisk("err"), "\"two\" was in the archive already"));
+    EXPECT_TRUE(Has(Run("zip list a.zip").sOut, "6 members")) << "once";
     EXPECT_EQ(Run("zip extract a.zip -d to").iExit, 0) << OnDisk("err");
     EXPECT_EQ(OnDisk("to/d/e/one"), OnDisk("d/e/one"));
     EXPECT_EQ(Run("zip extract a.zip -d to2 two none").iExit, 1);
@@ -190,7 +186,7 @@ TEST_F(Program, Archives) {
     fs::create_directory_symlink("../d", "to3/d", oError);
     if (!oError) {  // not everybody may make links
         EXPECT_EQ(Run("zip extract a.zip -d to3").iExit, 1);
-        EXPECT_NE(OnDisk("err").find("\"d/e/one\" would follow a link out"), std::string::npos);
+        EXPECT_TRUE(Has(OnDisk("err"), "\"d/e/one\" would follow a link out"));
     }
     std::string sBroken = OnDisk("a.zip");
     sBroken[sBroken.find("two") + 12] ^= 1;  // behind the field for the time: data
@@ -201,20 +197,19 @@ TEST_F(Program, Archives) {
     EXPECT_EQ(OnDisk("to4/in") + OnDisk("to4/d/e/one"), OnDisk("d/e/one"));
     ToDisk("behind.zip", OnDisk("a.zip") + "PK\3\4 cut off");
     EXPECT_EQ(Run("zip test behind.zip").iExit, 1);
-    EXPECT_NE(LinesOnDisk("out").find("12 bytes behind the archive"), std::string::npos);
+    EXPECT_TRUE(Has(LinesOnDisk("out"), "12 bytes behind the archive"));
     EXPECT_EQ(Run("zip test in").iExit, 1) << "no archive";
     EXPECT_EQ(Run("zip test none.zip").iExit, 2);
     EXPECT_EQ(Run("zip test a.zip --limit inflated=150000").iExit, 0);
     EXPECT_EQ(Run("zip add a.zip d/e/one").iExit, 0);
     EXPECT_EQ(Run("zip test a.zip --limit inflated=150000").iExit, 2) << "all together";
-    EXPECT_NE(LinesOnDisk("err").find("raise it with --limit inflated"), std::string::npos);
+    EXPECT_TRUE(Has(LinesOnDisk("err"), "raise it with --limit inflated"));
     // No limit stands in the way of a large member, real or not.
     for (const std::size_t u : {sBroken.find("d/e/one") - 8, sBroken.rfind("d/e/one") - 22}) {
         sBroken.replace(u, 4, "\xFE\xFF\xFF\xFF");
     }
     ToDisk("broken.zip", sBroken);
-    EXPECT_NE(Run("zip test broken.zip").sOut.find("has another size"), std::string::npos)
-        << OnDisk("out");
+    EXPECT_TRUE(Has(Run("zip test broken.zip").sOut, "has another size"));
 }
 
 // Times and the right to be run go into an archive and come out.
@@ -275,7 +270,7 @@ TEST_F(Program, LossesAreTold) {
     }
     const std::string sQuad = sDt + "<a dt:dt='quad'>1,2,3,4</a></R>";
     EXPECT_EQ(Run("convert - y --to dgraph --dgraph-version 1.2.0", sQuad).iExit, 2);
-    EXPECT_NE(LinesOnDisk("err").find("quadruples cannot be read back"), std::string::npos);
+    EXPECT_TRUE(Has(LinesOnDisk("err"), "quadruples cannot be read back"));
     // Every prefix of a document is faulty, and so is one with something behind it.
     ASSERT_EQ(Run("convert - y.dgraph", g_sTree).iExit, 0);
     const std::string sWhole = OnDisk("y.dgraph");
@@ -290,60 +285,51 @@ TEST_F(Program, LossesAreTold) {
 
 // Whatever --lossless lets pass is the same tree when it is read back, in every form.
 TEST_F(Program, LosslessIsLossless) {
-    const double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-    const double INFINITE = std::numeric_limits<double>::infinity();
-    const std::function<void(Data&, const Data&)> oFills[] = {
-        [](Data& o, const Data&) { o.CreateSucc("leaf").CreateSucc("x").Remove(); },
-        [](Data& o, const Data&) { o.ClearVal(); },
-        [](Data& o, const Data& oRoot) { o.SetValLink(oRoot); },
-        [](Data& o, const Data& oRoot) {
-            Data oGone = oRoot.GetNthSucc("gone", 0);
-            o.SetValLink(oGone);
-            oGone.Remove();
+    std::vector<std::function<void(Data)>> oFills = {
+        [](Data o) { o.CreateSucc("leaf").CreateSucc("x").Remove(); },
+        [](Data o) { o.ClearVal(); },
+        [](Data o) { o.SetValLink(o.GetRoot()); },
+        [](Data o) { o.SetValLink(o.GetRoot().GetNthSucc("gone", 0)); },
+        [](Data o) {
+            o.SetValLink(o.GetRoot().GetNthSucc("gone", 0));
+            o.GetValLink().Remove();
         },
-        [](Data& o, const Data& oRoot) { o.SetValLink(oRoot.GetNthSucc("gone", 0)); },
-        [](Data& o, const Data&) { o.SetAttVal("empty", ""); },
-        [](Data& o, const Data&) { o.SetAttVal("dt:dt", "<\xE2\x82\xAC\t\n>"); },
-        [](Data& o, const Data&) { o.SetValInt(0x20AC, Data_Node::Char); },
-        [](Data& o, const Data&) { o.SetValInt(0xD800, Data_Node::Char); },
-        [](Data& o, const Data&) { o.SetValInt(-1, Data_Node::Char); },
-        [](Data& o, const Data&) { o.SetValInt(0, Data_Node::Char); },
-        [](Data& o, const Data&) { o.SetValInt(' ', Data_Node::Char); },
-        [](Data& o, const Data&) { o.SetValInt(-5); },
-        [](Data& o, const Data&) { o.SetValBool(true); },
-        [](Data& o, const Data&) { o.SetValDbl(0.1, Data_Node::Float); },
-        [](Data& o, const Data&) { o.SetValDbl(1e300, Data_Node::Float); },
-        [&](Data& o, const Data&) { o.SetValDbl(NOT_A_NUMBER, Data_Node::Float); },
-        [&](Data& o, const Data&) { o.SetValDbl(-INFINITE); },
-        [](Data& o, const Data&) { o.SetValDbl(-0.0); },
-        [](Data& o, const Data&) { o.SetValDbl(0.25, Data_Node::Date); },
-        [](Data& o, const Data&) { o.SetValDbl(1e10, Data_Node::Date); },
-        [](Data& o, const Data&) { o.SetValDbl(-1e15, Data_Node::Date); },
-        [&](Data& o, const Data&) { o.SetValDbl(INFINITE, Data_Node::Date); },
-        [&](Data& o, const Data&) { o.SetValDbl(NOT_A_NUMBER, Data_Node::Date); },
-        [](Data& o, const Data&) { o.SetValLng(~u3_t{0}); },
-        [](Data& o, const Data&) { o.SetValQuad(1, 2, 3, ~0u); },
-        [](Data& o, const Data&) { o.SetValStr(""); },
-        [](Data& o, const Data&) { o.SetValStr(" \r\n\1]]>"); },
-        [](Data& o, const Data&) { o.SetValBin("", 0); },
-        [](Data& o, const Data&) { o.SetValBin("\0\1", 2); },
-        [](Data& o, const Data&) { o.CreateSucc("").SetValInt(1); },
+        [](Data o) { o.SetAttVal("empty", ""); },
+        [](Data o) { o.SetAttVal("dt:dt", "<\xE2\x82\xAC\t\n>"); },
+        [](Data o) { o.SetValInt(-5); },
+        [](Data o) { o.SetValBool(true); },
+        [](Data o) { o.SetValLng(~u3_t{0}); },
+        [](Data o) { o.SetValQuad(1, 2, 3, ~0u); },
+        [](Data o) { o.SetValStr(""); },
+        [](Data o) { o.SetValStr(" \r\n\1]]>"); },
+        [](Data o) { o.SetValBin("", 0); },
+        [](Data o) { o.SetValBin("\0\1", 2); },
+        [](Data o) { o.CreateSucc("").SetValInt(1); },
     };
+    for (const i2_t iCode : {0x20AC, 0xD800, -1, 0, 0x20}) {
+        oFills.emplace_back([=](Data o) { o.SetValInt(iCode, Data_Node::Char); });
+    }
+    using Reals = std::numeric_limits<double>;
+    const double INFINITE = Reals::infinity(), NOT_A_NUMBER = Reals::quiet_NaN();
+    const std::pair<Data_Node::Type, std::vector<double>> REALS[] = {
+        {Data_Node::Float, {0.1, 1e300, -0.0, -INFINITE, NOT_A_NUMBER}},
+        {Data_Node::Double, {0.1, 1e300, -0.0, -INFINITE, NOT_A_NUMBER}},
+        {Data_Node::Date, {0.25, 1e10, -1e15, INFINITE, NOT_A_NUMBER}},
+    };
+    for (const auto& [eType, oValues] : REALS) {
+        for (const double d : oValues) {
+            oFills.emplace_back([=, e = eType](Data o) { o.SetValDbl(d, e); });
+        }
+    }
     unsigned uNth = 0;
     for (const auto& oFill : oFills) {
-        Data oRoot;
-        oRoot.SetToRoot();
-        oRoot.CreateSucc("gone");
-        Data oNode = oRoot.CreateSucc("n");
-        oFill(oNode, oRoot);
-        {
-            File oFile("in.dump", "w");
-            oRoot.Dump(oFile);
-        }
+        Data oRoot = NewTree();
+        oRoot.CreateNewSucc("gone");
+        oFill(oRoot.CreateNewSucc("n"));
+        ToDisk("in.dump", DumpOf(oRoot));
         for (const char* sTo : {"xml", "dump", "dgraph", "dgraph --dgraph-version 1.2.0",
                                 "dgraph --dgraph-version 1.0.0"}) {
-            const int iExit = Run("convert in.dump out2 --lossless --to "s + sTo).iExit;
-            if (iExit != 0) {
+            if (Run("convert in.dump out2 --lossless --to "s + sTo).iExit != 0) {
                 EXPECT_NE(sTo, "dump"s) << "keeps everything";
                 continue;
             }
@@ -363,7 +349,7 @@ TEST_F(Program, WordsAndEndings) {
     for (const char* s :
          {"\"attributes\": {\n   \"a\": \"\\\"\",\n   \"z\": \"2\"\n  }", "\"value\": 228\n",
           "\"value\": 0.5\n", "\"value\": 18446744073709551615\n"}) {
-        EXPECT_NE(sJson.find(s), std::string::npos) << s << sJson;
+        EXPECT_TRUE(Has(sJson, s));
     }
     // Endings in any case, compressed ones too.
     std::string sTree = g_sTree;
@@ -382,15 +368,11 @@ TEST_F(Program, WordsAndEndings) {
     const std::string sWild = "<a>\xE2\x80\xAE\xC2\x9B\xF0\x9D\x85\xB3\xF3\xA0\x81\x81</a>";
     EXPECT_EQ(Run("get - /", sWild).sOut, "\\u202E\\u009B\\U0001D173\\U000E0041\n");
     EXPECT_EQ(Run("check -", "<\xE2\x80\xAE/></x>").sOut.find("\xE2\x80\xAE"), std::string::npos);
-    {
-        Data oTagged;
-        oTagged.SetToRoot();
-        oTagged.SetUserTag("\xE2\x80\xAE\x1B[m");
-        File oFile("tagged", "w");
-        oTagged.Dump(oFile);
-    }
+    Data oTagged = NewTree();
+    oTagged.SetUserTag("\xE2\x80\xAE\x1B[m");
+    ToDisk("tagged", DumpOf(oTagged));
     EXPECT_EQ(Run("info tagged").iExit, 0);
-    EXPECT_NE(OnDisk("out").find("\\u202E"), std::string::npos) << OnDisk("out");
+    EXPECT_TRUE(Has(OnDisk("out"), "\\u202E"));
     EXPECT_EQ(OnDisk("out").find_first_of("\x1B\xAE"), std::string::npos) << OnDisk("out");
     Run("check none\xE2\x80\xAE");
     EXPECT_EQ(OnDisk("out").find("\xE2\x80\xAE"), std::string::npos);
@@ -399,15 +381,14 @@ TEST_F(Program, WordsAndEndings) {
     EXPECT_EQ(Run("check -", "what is this").sOut, "-: not a document this program knows\n");
     // A limit is raised with what the message says.
     EXPECT_EQ(Run("check - --limit depth=2", g_sTree).iExit, 1);
-    EXPECT_NE(OnDisk("out").find("(raise it with --limit depth=...)"), std::string::npos)
-        << OnDisk("out");
+    EXPECT_TRUE(Has(OnDisk("out"), "(raise it with --limit depth=...)"));
     EXPECT_EQ(Run("--limit depth=3 check -", g_sTree).iExit, 0);
     EXPECT_EQ(Run("check - --limit depth=many", g_sTree).iExit, 2);
 }
 
 // What compressed input may cost goes by the bytes that were there.
 TEST_F(Program, CompressedInputIsSmall) {
-    const std::string sMany = "<R>" + Joined(Texts(4000000, "<a/>")) + "</R>";
+    const std::string sMany = "<R>" + Repeat("<a/>", 4000000) + "</R>";
     ToDisk("plain.xml", sMany);
     EXPECT_EQ(Run("check plain.xml").iExit, 0) << OnDisk("out");
     {
@@ -415,21 +396,19 @@ TEST_F(Program, CompressedInputIsSmall) {
         oFile.Write(sMany.data(), sMany.size());
     }
     EXPECT_EQ(Run("check many.xml.gz").iExit, 1);
-    EXPECT_NE(OnDisk("out").find("(raise it with --limit "), std::string::npos) << OnDisk("out");
+    EXPECT_TRUE(Has(OnDisk("out"), "(raise it with --limit "));
 }
 
 // What is small and deep does not give much to read.
 TEST_F(Program, PrintsInProportion) {
     constexpr unsigned DEPTH = 60000;
-    std::string sDeep;
-    for (unsigned u = 0; u < DEPTH; ++u) sDeep += "<a>";
-    for (unsigned u = 0; u < DEPTH; ++u) sDeep += "</a>";
+    const std::string sDeep = Repeat("<a>", DEPTH) + Repeat("</a>", DEPTH);
     EXPECT_EQ(Run("show --json -", sDeep).iExit, 0);
     EXPECT_LT(OnDisk("out").size(), 100 * DEPTH);
     for (const char* s : {"show - \"//*\"", "show --json - \"//*\""}) {
         EXPECT_EQ(Run(s, sDeep).iExit, 2) << s;
         EXPECT_LE(fs::file_size("out"), (64u << 20) + 200 * sDeep.size()) << s;
-        EXPECT_NE(LinesOnDisk("err").find("the rest is left out"), std::string::npos) << s;
+        EXPECT_TRUE(Has(LinesOnDisk("err"), "the rest is left out"));
     }
 }
 
@@ -476,8 +455,7 @@ TEST_F(Program, OutputTakesItsPlace) {
           "zip test a.zip", "convert a.xml /dev/full --to xml"}) {
         ToDisk("d.xml", "<R/>");
         EXPECT_EQ(Shell("vok "s + s + " >/dev/full 2>err; test $? = 2"), 0) << s;
-        EXPECT_NE(OnDisk("err").find("vok: file write error"), std::string::npos)
-            << s << OnDisk("err");
+        EXPECT_TRUE(Has(OnDisk("err"), "vok: file write error"));
     }
 }
 
@@ -505,7 +483,7 @@ class Failing_Program : public Program {
         return o.sTarget.empty() ? oOutcome.sOut : OnDisk(o.sTarget);
     }
     void SetUp() override {
-        for (const char* s : {"one", "two"}) ToDisk(s, Repeated(s, 100000));
+        for (const char* s : {"one", "two"}) ToDisk(s, Repeat(s, 100000));
         ASSERT_EQ(Run("zip add old.zip one").iExit, 0);
         const std::string sOld = OnDisk("old.zip");
         m_aoWork = {{"convert - x.xml", "x.xml", "old", ""},
@@ -520,9 +498,6 @@ class Failing_Program : public Program {
             o.sNew = Result(o, oOutcome);
             ASSERT_NE(o.sNew, o.sOld) << o.sCommand;
         }
-    }
-    static std::string Repeated(const std::string& s, std::size_t uTimes) {
-        return Joined(Texts(uTimes, s));
     }
 
     std::vector<Work> m_aoWork;
@@ -592,8 +567,8 @@ TEST_F(Failing_Program, CanBeKilled) {
                 // works.
                 ASSERT_TRUE(o.sOld.starts_with("PK") && sResult.starts_with(o.sOld));
                 EXPECT_EQ(Run("zip test x.zip").iExit, 1);
-                EXPECT_NE(OnDisk("out").find("one: good\n"), std::string::npos) << OnDisk("out");
-                EXPECT_NE(OnDisk("out").find(" behind the archive"), std::string::npos);
+                EXPECT_TRUE(Has(OnDisk("out"), "one: good\n"));
+                EXPECT_TRUE(Has(OnDisk("out"), " behind the archive"));
                 EXPECT_EQ(Run("zip add x.zip two").iExit, 0);
                 EXPECT_EQ(Run("zip test x.zip").sOut, "one: good\ntwo: good\n");
             }

@@ -17,15 +17,6 @@ std::string Unzlib(const std::string& sBytes, std::size_t uSize) {
     return sOut;
 }
 
-void WriteInPieces(File_Stream& oOut, const std::string& sBytes, std::mt19937& oRandom) {
-    for (std::size_t u = 0; u < sBytes.size();) {
-        const std::size_t uPart =
-            std::min<std::size_t>(sBytes.size() - u, 1 + Below(oRandom, 1u << Below(oRandom, 19)));
-        oOut.Write(sBytes.data() + u, uPart);
-        u += uPart;
-    }
-}
-
 TEST_F(Zip_Test, StreamsAgreeWithZlib) {
     std::mt19937 oRandom(5);
     for (const std::size_t uSize : {0u, 1u, 1000u, 65536u, 1000000u}) {
@@ -58,8 +49,7 @@ TEST_F(Zip_Test, StreamsAgreeWithZlib) {
         ToDisk("around", sAround);
         File oFile("around");
         File_Buf oMemory(sAround.data(), sAround.size());
-        for (File_Stream* pBelow :
-             {static_cast<File_Stream*>(&oFile), static_cast<File_Stream*>(&oMemory)}) {
+        for (File_Stream* pBelow : std::initializer_list<File_Stream*>{&oFile, &oMemory}) {
             pBelow->Seek(5);
             Zip_Stream oZip(*pBelow);
             EXPECT_EQ(oZip.Read(oRead, File_Stream::ALL), uSize);
