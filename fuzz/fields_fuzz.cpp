@@ -45,7 +45,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* pData, std::size_t 
     if (oFiller.Below(8) == 0) {
         All object;
         oFiller.Fill(object);
-        const auto aoBytes = Serializer().Write(object);
+        const auto aoBytes = Shuffler(uSeed).Shuffle(Serializer().Write(object));
         if (aoBytes.size() <= uMost) {
             std::copy(aoBytes.begin(), aoBytes.end(), pData);
             uSize = aoBytes.size();

@@ -15,6 +15,7 @@ using vok::dgraph::HEADER_SIZE;
 namespace {
 
 constexpr std::size_t FIRST_ROOM = 1024;
+constexpr std::size_t MOST_AHEAD = std::size_t{1} << 26;
 // A large buffer is not cleared for a small message.
 constexpr std::size_t MOST_CLEARED = std::size_t{1} << 16;
 // Sizes of documents are told in 32 bits.
@@ -45,11 +46,24 @@ bool RecordOut::Finish() {
 
 void RecordOut::Grow(std::size_t uSize) {
     const std::size_t uUsed = Size();
-    if (uSize <= m_aoBuffer.size() - uUsed) return;
-    // At least half as much again, so that all copies together are linear.
-    Resize(uUsed + std::max(uSize + uSize / 16, uUsed / 2 + FIRST_ROOM));
+    // At least half as much again, so that all copies together are linear; no more than is reserved
+    // if that is enough.
+    std::size_t uNew = uUsed + std::max(uSize, uUsed / 2 + FIRST_ROOM);
+    if (uUsed + uSize <= m_aoBuffer.capacity()) uNew = std::min(uNew, m_aoBuffer.capacity());
+    Resize(uNew);
     m_p = Begin() + uUsed;
     m_pEnd = Begin() + m_aoBuffer.size();
+}
+
+void RecordOut::Expect(std::size_t uSize) {
+    const std::size_t uUsed = Size();
+    // What there was says little of very much more.
+    uSize = std::min(uSize + uSize / 16, std::max(MOST_AHEAD, 8 * uUsed));
+    if (uUsed + uSize / 2 <= m_aoBuffer.capacity()) return;
+    const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - m_p);
+    Guarded(Document::WRITE_BUFFER_FAILED, [&] { m_aoBuffer.reserve(uUsed + uSize); });
+    m_p = Begin() + uUsed;
+    m_pEnd = m_p + uRoom;
 }
 
 void RecordOut::PutNull(char* pRecord) noexcept {

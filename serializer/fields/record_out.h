@@ -36,11 +36,12 @@ class RecordOut {
     }
     [[nodiscard]] bool HasFailed() const noexcept { return m_bFailed; }
 
-    // Bytes so far, and how many more are to be expected.
+    // Bytes so far, and how many more are to be expected: a place is reserved where there is room
+    // for them, which takes no memory until they come.
     [[nodiscard]] std::size_t Size() const noexcept {
         return static_cast<std::size_t>(m_p - Begin());
     }
-    void Expect(std::size_t uSize) { Grow(uSize); }
+    void Expect(std::size_t uSize);
 
     // ---- values -----------------------------------------------------------
 

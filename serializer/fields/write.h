@@ -5,6 +5,7 @@
 #ifndef SERIALIZER_FIELDS_WRITE_H
 #define SERIALIZER_FIELDS_WRITE_H
 
+#include <bit>
 #include <functional>
 #include <typeinfo>
 
@@ -105,7 +106,10 @@ void WriteElements(Out& out, const T& range) {
             const typename T::value_type& value = element;
             WriteNode<S>(out, uIndex, value);
         }
-        if (++uIndex == 32) out.Expect((out.Size() - uBegin) / 32 * (range.size() - 32));
+        // Now and then, what the rest may take if it is like what there was.
+        if (std::has_single_bit(++uIndex) && uIndex >= 32) {
+            out.Expect((out.Size() - uBegin) / uIndex * (range.size() - uIndex));
+        }
     }
 }
 

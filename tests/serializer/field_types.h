@@ -76,6 +76,16 @@ struct Names {
     }
 };
 
+// Other names in documents of former times.
+struct Renamed {
+    int id = 0;
+    std::vector<int> n;
+    bool operator==(const Renamed&) const = default;
+    static constexpr auto Fields() {
+        return List<Renamed>(Field("id", &Renamed::id).Was("aa"), Field("n", &Renamed::n).Was("m"));
+    }
+};
+
 struct Containers {
     std::vector<Leg> legs;
     std::deque<std::string> texts;
@@ -204,6 +214,127 @@ class Filler {
 
     std::mt19937 m_oRandom;
     unsigned m_uDepth = 0;
+};
+
+// ---- documents that are not as they should be -----------------------------------
+
+// Takes a document apart into its records, changes some of them, and puts it together again with
+// all counts right: duplicates, other orders, names, indexes and types, unknown fields.
+class Shuffler {
+  public:
+    explicit Shuffler(unsigned uSeed) : m_oRandom(uSeed) {}
+
+    std::vector<Byte> Shuffle(const std::vector<Byte>& aoDocument) {
+        m_p = reinterpret_cast<const char*>(aoDocument.data()) + HEADER;
+        Record oRoot = Parse();
+        for (auto n = Below(4) + 1; n-- > 0;) Change(oRoot);
+        std::string sOut(aoDocument.begin(), aoDocument.begin() + HEADER);
+        Put(oRoot, sOut);
+        return {sOut.begin(), sOut.end()};
+    }
+
+  private:
+    static constexpr int HEADER = 30;
+    struct Record {
+        std::string sStep;
+        char cCode = 0;
+        std::string sValue;
+        std::vector<Record> aoIn;
+    };
+
+    std::size_t Below(std::size_t uMost) { return m_oRandom() % uMost; }
+    std::string Take(std::size_t uSize) {
+        const std::string s(m_p, uSize);
+        m_p += uSize;
+        return s;
+    }
+    std::uint32_t TakeNumber() { return vok::le::Load<std::uint32_t>(Take(4).data()); }
+    Record Parse() {
+        static constexpr std::size_t SIZES[] = {0, 4, 4, 8, 1, 0, 1, 0, 0, 8, 8, 16};
+        Record o;
+        o.sStep = Take(TakeNumber());
+        o.cCode = *m_p++;
+        if (o.cCode == 0) {
+            for (auto n = TakeNumber(); n-- > 0;) o.aoIn.push_back(Parse());
+        } else if (o.cCode == 5 || o.cCode == 8) {
+            o.sValue = Take(4);
+            o.sValue += Take(vok::le::Load<std::uint32_t>(o.sValue.data()));
+        } else {
+            o.sValue = Take(SIZES[static_cast<std::size_t>(o.cCode)]);
+        }
+        return o;
+    }
+    static void PutNumber(std::size_t u, std::string& sOut) {
+        char s[4];
+        vok::le::Store(s, static_cast<std::uint32_t>(u));
+        sOut.append(s, 4);
+    }
+    static void Put(const Record& o, std::string& sOut) {
+        PutNumber(o.sStep.size(), sOut);
+        sOut += o.sStep + o.cCode;
+        if (o.cCode == 0) PutNumber(o.aoIn.size(), sOut);
+        sOut += o.sValue;
+        for (const Record& oIn : o.aoIn) Put(oIn, sOut);
+    }
+
+    Record Unknown() {
+        static const char* const STEPS[] = {"zz[0]",     "aa[0]", "id[0]",          "m[0]",
+                                            "m[1]",      "m[00]", "k[0][@a=\"b\"]", "text[0]",
+                                            "x\b32;[0]", "ab[1]"};
+        Record o;
+        o.sStep = STEPS[Below(std::size(STEPS))];
+        for (auto n = Below(3); n-- > 0;) o.aoIn.push_back(Unknown());
+        if (!o.aoIn.empty()) return o;
+        if (Below(2) == 0) {
+            o.cCode = 5;
+            const std::string sText = Below(2) != 0 ? "-5" : "18446744073709551615";
+            PutNumber(sText.size() + 1, o.sValue);
+            o.sValue += sText + '\0';
+        } else {
+            o.cCode = 1;
+            PutNumber(Below(70000), o.sValue);
+        }
+        return o;
+    }
+    void Change(Record& oRoot) {
+        Record* p = &oRoot;
+        while (Below(3) != 0 && !p->aoIn.empty()) p = &p->aoIn[Below(p->aoIn.size())];
+        if (p->cCode != 0 || p->aoIn.empty()) return;
+        std::vector<Record>& ao = p->aoIn;
+        const auto pAt = ao.begin() + static_cast<std::ptrdiff_t>(Below(ao.size()));
+        const Record oOther = ao[Below(ao.size())];
+        const std::size_t uBracket = pAt->sStep.find('[');
+        switch (Below(9)) {
+            case 0: ao.insert(pAt, Record(*pAt)); break;
+            case 1: std::swap(*pAt, ao[Below(ao.size())]); break;
+            case 2: pAt->sStep = oOther.sStep; break;
+            case 3: pAt->sStep.replace(uBracket, std::string::npos, "[1]"); break;
+            case 4: pAt->sStep.replace(uBracket, std::string::npos, "[00]"); break;
+            case 5:
+                pAt->cCode = oOther.cCode;
+                pAt->sValue = oOther.sValue;
+                pAt->aoIn = oOther.aoIn;
+                break;
+            case 6: ao.erase(pAt); break;
+            case 7: {
+                const Record o = Unknown();
+                pAt->cCode = o.cCode;
+                pAt->sValue = o.sValue;
+                pAt->aoIn = o.aoIn;
+                break;
+            }
+            // Where it belongs by its name, more often than not.
+            default: {
+                const Record o = Unknown();
+                auto q = ao.begin();
+                while (Below(9) != 0 && q != ao.end() && q->sStep < o.sStep) ++q;
+                ao.insert(q, o);
+            }
+        }
+    }
+
+    std::mt19937 m_oRandom;
+    const char* m_p = nullptr;
 };
 
 }  // namespace field_types

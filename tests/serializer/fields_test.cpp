@@ -48,8 +48,8 @@ T Random(unsigned uSeed) {
 
 template <class T>
 class FieldsOf : public testing::Test {};
-using Everything = testing::Types<Leg, Scalars, Names, Containers, Tree, All, std::vector<Leg>,
-                                  std::map<std::string, Tree>>;
+using Everything = testing::Types<Leg, Scalars, Names, Renamed, Containers, Tree, All,
+                                  std::vector<Leg>, std::map<std::string, Tree>>;
 TYPED_TEST_SUITE(FieldsOf, Everything);
 
 TYPED_TEST(FieldsOf, RandomObjectsBothWays) {
@@ -103,6 +103,19 @@ TYPED_TEST(FieldsOf, DamagedDocumentsBothWays) {
         }
         ASSERT_EQ(Straight<TypeParam>(aoDocument), ByTree<TypeParam>(aoDocument)) << uSeed;
     }
+}
+
+TYPED_TEST(FieldsOf, ShuffledDocumentsBothWays) {
+    int iStraight = 0;
+    for (unsigned uSeed = 0; uSeed < 1000; ++uSeed) {
+        const Bytes aoDocument =
+            Shuffler(uSeed).Shuffle(Serializer().Write(Random<TypeParam>(uSeed % 50)));
+        ASSERT_EQ(Straight<TypeParam>(aoDocument), ByTree<TypeParam>(aoDocument)) << uSeed;
+        TypeParam object{};
+        iStraight += fields::RecordIn(aoDocument, false).ReadObject(object);
+    }
+    // Fields that are missing or unknown are no reason for a tree.
+    EXPECT_GT(iStraight, 50);
 }
 
 TEST(Fields, TheBytesOfAHostThatAddsThemByHand) {
