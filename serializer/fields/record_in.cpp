@@ -13,8 +13,6 @@ namespace Velmar::Q7R::Serializer::fields {
 
 namespace {
 
-constexpr std::size_t MOST_BYTES = 0x40000000;
-
 // A text that a tree takes as it stands.
 bool IsText(std::string_view s) noexcept {
     return s.empty() || vok::IsAsciiText(s.data(), s.size()) ||
@@ -80,9 +78,8 @@ bool RecordIn::ParseHead(Head& o) const noexcept {
     o.sName = {pStep, static_cast<std::size_t>(p - pStep)};
     ++p;
     const auto oIndex = std::from_chars(p, pEnd, o.uIndex);
-    // Not "00", which no document of this library has.
     if (oIndex.ec != std::errc() || oIndex.ptr != pEnd - 1 || *oIndex.ptr != ']' ||
-        (*p == '0' && oIndex.ptr != p + 1) || o.uIndex > 0x7FFFFFFF) {
+        o.uIndex > 0x7FFFFFFF) {
         return false;
     }
     o.pCode = pEnd;

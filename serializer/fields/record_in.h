@@ -220,8 +220,6 @@ class RecordIn {
     [[gnu::cold, gnu::noinline]] void Fail() noexcept;
 
   private:
-    static constexpr vok::u2_t MOST_DEPTH = 256;
-
     [[nodiscard]] std::size_t Left() const noexcept {
         return static_cast<std::size_t>(m_pEnd - m_p);
     }

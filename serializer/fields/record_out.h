@@ -18,10 +18,6 @@ namespace Velmar::Q7R::Serializer::fields {
 // hold, and what only a tree can be asked for, it fails at, and what it wrote is of no use.
 class RecordOut {
   public:
-    // Levels of nesting that objects may have: they are written and read by functions that call
-    // each other.
-    static constexpr vok::u2_t MOST_DEPTH = 256;
-
     // Uses what the buffer has for room. A document of minor version 2 has 64-bit numbers as
     // texts; where bNewer, one becomes version 3 by its first.
     RecordOut(std::vector<Byte>& aoBuffer, bool bNewer);
@@ -136,7 +132,6 @@ class RecordOut {
     }
 
   private:
-    static constexpr std::size_t MOST_BYTES = 0x40000000;
     // Length, NUL, and what copying in words may write behind a text.
     static constexpr std::size_t TEXT_ROOM = 4 + 1 + 8;
     static constexpr std::size_t LONG_TEXT = TEXT_ROOM + 20;

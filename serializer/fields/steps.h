@@ -13,6 +13,12 @@
 
 namespace Velmar::Q7R::Serializer::fields {
 
+// Levels of nesting that objects may have: they are written and read by functions that call each
+// other.
+inline constexpr vok::u2_t MOST_DEPTH = 256;
+// Bytes of a text or a block that go straight.
+inline constexpr std::size_t MOST_BYTES = 0x40000000;
+
 template <class T>
 inline constexpr auto LIST = FieldsAccess::Of<T>();
 template <class T>

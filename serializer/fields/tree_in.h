@@ -175,8 +175,6 @@ class TreeIn {
     [[noreturn]] void FailKind() const;
 
   private:
-    static constexpr vok::u2_t MOST_DEPTH = 256;
-
     // A view of any node of the tree.
     struct View : vok::Data_View {
         using vok::Data_View::Data_View;

@@ -8,6 +8,12 @@
 
 namespace Velmar::Q7R::Serializer::fields {
 
+namespace {
+
+constexpr char TEXT_WITH_NUL[] = "a text ends at its first NUL: use bytes";
+
+}  // namespace
+
 TreeOut::TreeOut(vok::Data& oParent)
     : m_oTree(oParent), m_oBuilder(oParent), m_uOpen(oParent.GetId()), m_uLast(m_uOpen) {
     m_oTree = oParent;  // which has a tree by now
@@ -74,13 +80,12 @@ void TreeOut::AddDate(const Place& oPlace, double dSeconds) {
 
 void TreeOut::AddText(const Place& oPlace, std::string_view sText) {
     Put(m_oBuilder.AddStr(oPlace.sName, sText));
-    if (sText.find('\0') != std::string_view::npos) Fail("a text ends at its first NUL: use bytes");
+    if (sText.find('\0') != std::string_view::npos) Fail(TEXT_WITH_NUL);
 }
 
 void TreeOut::AddText(const Place& oPlace, std::u16string_view sText) {
     Put(m_oBuilder.AddStr(oPlace.sName, Utilities::String2Str(sText).View()));
-    if (sText.find(u'\0') != std::u16string_view::npos)
-        Fail("a text ends at its first NUL: use bytes");
+    if (sText.find(u'\0') != std::u16string_view::npos) Fail(TEXT_WITH_NUL);
 }
 
 void TreeOut::AddBinary(const Place& oPlace, const void* pData, std::size_t uSize) {
@@ -112,7 +117,7 @@ void TreeOut::AddHost(const Place& oPlace, const ISerialisable& oHost) {
 }
 
 void TreeOut::SetAttribute(std::string_view sName, std::string sValue) {
-    if (sValue.find('\0') != std::string::npos) Fail("a text ends at its first NUL: use bytes");
+    if (sValue.find('\0') != std::string::npos) Fail(TEXT_WITH_NUL);
     m_oLater.push_back({m_uOpen, std::string(sName), std::move(sValue)});
 }
 

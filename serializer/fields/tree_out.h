@@ -133,8 +133,6 @@ class TreeOut {
     }
 
   private:
-    static constexpr vok::u2_t MOST_DEPTH = 256;
-
     // An object: an address alone may be that of its first member as well.
     using Key = std::pair<const void*, std::type_index>;
     struct LaterAttribute {

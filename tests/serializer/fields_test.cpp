@@ -411,6 +411,10 @@ TEST(Fields, ThreeGenerations) {
     EXPECT_EQ(s.Read<First>(ao2).id, 8);
     EXPECT_FALSE(s.Read<Third>(ao2).title.has_value());
     EXPECT_EQ(s.Read<First>(ao3).name, "n");
+    const Bytes aoBoth = Write([](Node& node) {
+        for (const char* sName : {"m", "n", "m"}) node.AddValue(sName, 1);
+    });
+    EXPECT_EQ(s.Read<Renamed>(aoBoth).n.size(), 1u);
     struct Few {
         double price = 0;
         VOK_FIELDS(Few, price)
@@ -434,6 +438,7 @@ std::string ErrorOf(const F& oBody) {
 TEST(Fields, ErrorsTellWhereAndWhat) {
     struct Small {
         std::uint8_t tiny = 0;
+        std::uint64_t big = 0;
         float real = 0;
         std::array<int, 2> two{};
         Side side = Side::Buy;
@@ -442,7 +447,7 @@ TEST(Fields, ErrorsTellWhereAndWhat) {
         std::vector<Leg> legs;
         std::variant<int, bool> choice;
         std::shared_ptr<Leg> shared;
-        VOK_FIELDS(Small, tiny, real, two, side, day, text, legs, choice, shared)
+        VOK_FIELDS(Small, tiny, big, real, two, side, day, text, legs, choice, shared)
     };
     const struct {
         std::function<void(Node&)> oMake;
@@ -450,6 +455,8 @@ TEST(Fields, ErrorsTellWhereAndWhat) {
     } CASES[] = {
         {[](Node& n) { n.AddValue("tiny", 256); },
          "/tiny: a number from 0 to 255 expected, Integer 256 found, byte 46"},
+        {[](Node& n) { n.AddValue("big", "-5"); },
+         "/big: a number from 0 to 18446744073709551615 expected, String found, byte 46"},
         {[](Node& n) { n.AddValue("tiny", "1"); },
          "/tiny: Integer expected, String found, byte 46"},
         {[](Node& n) { n.AddValue("real", 0.1); },
