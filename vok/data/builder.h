@@ -131,7 +131,7 @@ class Data_Builder {
     u2_t m_uNames = 0;  // keys that there are
     u2_t m_uParent = 0;
     u2_t m_uCount = 0;  // successors that it has
-    Arr<Level> m_oOpen;
+    Arr_Near<Level, 16> m_oOpen;
 };
 
 }  // namespace vok

@@ -14,8 +14,10 @@ namespace vok {
 
 // A table of names that looks first where the next one is likely to be: names of trees follow
 // each other in patterns. Names ever borne stay until Renew.
-class Data_Names : public Hash {
+class Data_Names : private Hash::Near, public Hash {
   public:
+    Data_Names() : Hash(static_cast<Hash::Near&>(*this)) { Start(); }
+
     // Key of a name, which ends at its first NUL; "" is key 0.
     u2_t Intern(std::string_view sName) {
         u2_t uKey = m_oGuess.First();

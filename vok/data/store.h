@@ -61,6 +61,9 @@ class Data_Base {
     using Group = Data_Groups::View;
 
     static constexpr u2_t NONE = Data_Node::NONE;
+    // Small trees have all of their parts in one block with this object: this many nodes, and what
+    // goes with them.
+    static constexpr std::size_t FIRST_NODES = 32;
 
     Data_Base();
     Data_Base(const Data_Base&) = delete;
@@ -305,7 +308,7 @@ class Data_Base {
 
     // ---- fields -----------------------------------------------------------
 
-    Arr<Node> m_oNode;  // by id
+    Arr_Near<Node, FIRST_NODES> m_oNode;  // by id
     Data_Names m_oName;
     Data_Groups m_oGroup;
     Data_Heap m_oHeap;
@@ -316,8 +319,6 @@ class Data_Base {
     bool m_bFormerNames = false;  // some of the names are those of former trees
 
   private:
-    static constexpr std::size_t FIRST_NODES = 32;  // what small trees need grows in one step
-
     [[nodiscard]] static std::string_view ViewOf(const Data_Name& o) noexcept {
         return {o.m_sName, o.m_uLength};
     }

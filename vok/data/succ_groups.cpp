@@ -6,10 +6,8 @@ namespace vok {
 
 u2_t Data_Groups::Add(u2_t uRoom) {
     const std::size_t uStart = m_oWord.Size();
-    if (!Msg::IsInt32(static_cast<i3_t>(uStart + HEADER + uRoom))) {
+    if (!Msg::IsInt32(static_cast<i3_t>(uStart + HEADER + uRoom))) [[unlikely]]
         Msg::AssertionFailed("vok::Msg::IsInt32(x)");
-    }
-    if (m_oWord.Capacity() == 0) m_oWord.Reserve(FIRST);
     u2_t* pGroup = m_oWord.AddSpace(std::size_t{HEADER} + uRoom);
     pGroup[0] = 0;
     pGroup[1] = uRoom;

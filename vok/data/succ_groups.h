@@ -209,7 +209,7 @@ class Data_Groups {
     // Up to here a successor that comes out of order is moved to its place at once; longer
     // groups are sorted as a whole when all of them are there.
     static constexpr u2_t INSERT_UP_TO = 32;
-    // What small trees need grows in one step.
+    // What small trees need.
     static constexpr std::size_t FIRST = 64;
 
     [[nodiscard]] u2_t EntryOf(u2_t uStart) const noexcept { return m_oWord(uStart) & ~UNSORTED; }
@@ -231,7 +231,7 @@ class Data_Groups {
         ++m_oWord(uStart);
     }
 
-    Arr<u2_t> m_oWord;
+    Arr_Near<u2_t, FIRST> m_oWord;
     Arr<Unsorted> m_oUnsorted;
     u3_t m_uDead = 0;  // words of abandoned groups
     u3_t m_uMoved = 0;

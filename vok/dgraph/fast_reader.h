@@ -46,6 +46,20 @@ class Reader<Source>::Fast {
         while (LoadLevel() && ReadLevel()) {
         }
     }
+    // Reads the first record, which is the root's; false when it is not for this.
+    [[nodiscard]] bool ReadRoot() {
+        m_uRunKey = NO_NAME;
+        Record o;
+        if (!ReadHead(o) || o.eCode != CODE_NONE) return false;
+        const i2_t iCount = Load<i2_t>(o.pValue);
+        if (iCount <= 0) return false;
+        m_oBase.m_oNode(0).uKey = o.uKey;
+        r.m_bFirst = false;
+        --r.Top().uPending;
+        r.m_oSource.Skip(static_cast<std::size_t>(o.pValue + 4 - r.m_oSource.Peek()));
+        r.OpenLevel(iCount);
+        return true;
+    }
 
   private:
     static constexpr std::size_t LENGTH = 4;
@@ -102,7 +116,7 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] bool ReadLevel() {
         do {
             Record o;
-            if (!ReadHead(o)) return false;
+            if (!ReadHead(o) || m_uNode >= m_uMostNodes || m_pId == m_pLast) return false;
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
@@ -124,15 +138,15 @@ class Reader<Source>::Fast {
         m_bAhead = false;
     }
 
-    // An expected name, no attributes, the next index of its run, in the order of names, and room
-    // for it.
+    // An expected name, no attributes, the next index of its run, in the order of names.
     [[gnu::always_inline]] bool ReadHead(Record& o) {
         const auto uAtHand = static_cast<std::size_t>(m_pEnd - m_p);
         if (uAtHand < LENGTH) return false;
         const std::size_t uStep = Load<u2_t>(m_p);
         const char* const pStep = m_p + LENGTH;
         const std::size_t uSeen = uAtHand - LENGTH;
-        if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > r.m_oLimits.m_uTextBytes) return false;
+        if (uStep > r.m_oLimits.m_uTextBytes) return false;
+        if (uSeen < uStep + 1 + LARGEST_VALUE && !IsThere(pStep, uSeen, uStep)) return false;
         const Name oName = ReadName(pStep, uSeen, uStep);
         if (oName.uKey == 0) return false;
         o.uKey = oName.uKey;
@@ -142,11 +156,28 @@ class Reader<Source>::Fast {
         if (!bSameRun && m_uRunKey != NO_NAME && m_oBase.m_oName.IsLess(o.uKey, m_uRunKey)) {
             return false;
         }
-        if (m_uNode >= m_uMostNodes || m_pId == m_pLast) return false;
         o.uIndex = uIndex;
         o.eCode = static_cast<Code>(pStep[uStep]);
         o.pValue = pStep + uStep + 1;
         return true;
+    }
+
+    // The same for a record at the end of the document: whether all that ReadValue looks at without
+    // asking is there.
+    [[gnu::noinline]] static bool IsThere(const char* pStep, std::size_t uSeen,
+                                          std::size_t uStep) noexcept {
+        if (uSeen <= uStep) return false;
+        std::size_t uValue = 0;
+        switch (static_cast<Code>(pStep[uStep])) {
+            case CODE_NONE:
+            case CODE_INTEGER:
+            case CODE_STRING: uValue = 4; break;
+            case CODE_DOUBLE:
+            case CODE_LONG: uValue = 8; break;
+            case CODE_BOOLEAN: uValue = 1; break;
+            default: break;
+        }
+        return uSeen - uStep - 1 >= uValue;
     }
 
     [[gnu::always_inline]] Name ReadName(const char* p, std::size_t uSeen, std::size_t uStep) {
@@ -284,6 +315,11 @@ bool Reader<Source>::IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) 
     const std::size_t uDigits = FormatInteger(uIndex, sIndex);
     sIndex[uDigits] = ']';
     return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
+}
+
+template <class Source>
+bool Reader<Source>::ReadFastRoot() {
+    return Fast(*this).ReadRoot();
 }
 
 template <class Source>
