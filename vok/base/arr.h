@@ -204,8 +204,8 @@ class Arr {
     std::size_t m_uCapacity = 0;
 };
 
-// An array that needs no memory for its first elements, of which there may be COUNT: they lie in it.
-// It stays where it is, and one that swaps with it ends before it does.
+// An array that needs no memory for its first elements, of which there may be COUNT: they lie in
+// it. It stays where it is, and one that swaps with it ends before it does.
 template <class T, std::size_t COUNT>
 class Arr_Near : private Mem::Room<(COUNT * sizeof(T) + 15) / 16 * 16>, public Arr<T> {
   public:
