@@ -205,7 +205,7 @@ class Arr {
 };
 
 // An array that needs no memory for its first elements, of which there may be COUNT: they lie in
-// it. It stays where it is, and one that swaps with it ends before it does.
+// it. It stays where it is, and one that shares its elements or swaps with it ends before it does.
 template <class T, std::size_t COUNT>
 class Arr_Near : private Mem::Room<(COUNT * sizeof(T) + 15) / 16 * 16>, public Arr<T> {
   public:

@@ -12,6 +12,8 @@
 
 #include "vok/base/copy.h"
 #include "vok/base/msg.h"
+#include "vok/base/str.h"
+#include "vok/base/utf8.h"
 
 namespace vok {
 
@@ -104,7 +106,7 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
 
 // ---- adding -----------------------------------------------------------------
 
-inline u2_t Hash::Append(const Hash_Text& oText) {
+[[gnu::always_inline]] inline u2_t Hash::Append(const Hash_Text& oText) {
     const std::size_t uKey = m_oText.Size();
     const std::size_t uSize = oText.uLength + std::size_t{1};
     m_oText.ReserveMore(1);
@@ -119,25 +121,38 @@ inline u2_t Hash::Append(const Hash_Text& oText) {
     return static_cast<u2_t>(uKey);
 }
 
-u2_t Hash::Insert(std::string_view sText) {
+template <bool OUTSIDE>
+inline u2_t Hash::EnterMany(const Hash_Text& oText) {
+    if (m_oIndex.Size() == 0) MakeIndex();
+    if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
+    const u2_t uHash = HashOf(oText);
+    Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
+    if (oSlot.uKey != 0) return oSlot.uKey;
+    if (OUTSIDE && !IsAsciiText(oText.sText, oText.uLength)) return EnterUtf8(oText.View());
+    oSlot = {uHash, Append(oText)};
+    return oSlot.uKey;
+}
+
+template <bool OUTSIDE>
+u2_t Hash::Enter(std::string_view sText) {
     if (sText.empty()) return 0;
     if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
     if (m_oText.Size() == 0) [[unlikely]]
         Start();
     const Hash_Text oText = TakeApart(sText);
-    if (m_oText.Size() > FEW) return InsertMany(oText);
+    if (m_oText.Size() > FEW) return EnterMany<OUTSIDE>(oText);
     u0_t& uKey = m_auFew[FewSlotOf(oText)];
-    if (uKey == 0) uKey = static_cast<u0_t>(Append(oText));
+    if (uKey != 0) return uKey;
+    if (OUTSIDE && !IsAsciiText(sText.data(), sText.size())) return EnterUtf8(sText);
+    uKey = static_cast<u0_t>(Append(oText));
     return uKey;
 }
 
-u2_t Hash::InsertMany(const Hash_Text& oText) {
-    if (m_oIndex.Size() == 0) MakeIndex();
-    if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
-    const u2_t uHash = HashOf(oText);
-    Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
-    if (oSlot.uKey == 0) oSlot = {uHash, Append(oText)};
-    return oSlot.uKey;
+template u2_t Hash::Enter<false>(std::string_view);
+template u2_t Hash::Enter<true>(std::string_view);
+
+u2_t Hash::EnterUtf8(std::string_view sText) {
+    return Enter<false>(Utf8_Text(sText).View());
 }
 
 void Hash::PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept {

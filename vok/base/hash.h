@@ -49,7 +49,10 @@ class Hash {
     // The key of a text, NONE when it is not in the table.
     [[nodiscard]] u2_t Find(std::string_view sText) const noexcept;
     // The key of a text, added if need be: a new one is the Size() of before.
-    u2_t Insert(std::string_view sText);
+    u2_t Insert(std::string_view sText) { return Enter<false>(sText); }
+    // The same for a text from outside, which is made UTF-8 and ends at its first NUL: one that is
+    // there already needs no look at its bytes.
+    u2_t InsertOutside(std::string_view sText) { return Enter<true>(sText); }
 
     // Exchanges the texts, and their keys.
     void Swap(Hash& oHash) noexcept;
@@ -101,7 +104,11 @@ class Hash {
     static void PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept;
     void MakeIndex();
     void GrowIndex();
-    [[nodiscard]] u2_t InsertMany(const Hash_Text& oText);
+    template <bool OUTSIDE>
+    u2_t Enter(std::string_view sText);
+    template <bool OUTSIDE>
+    [[nodiscard]] u2_t EnterMany(const Hash_Text& oText);
+    [[nodiscard]] u2_t EnterUtf8(std::string_view sText);
     [[nodiscard]] u2_t Append(const Hash_Text& oText);
     void AddBlock(std::size_t uSize);
 

@@ -42,10 +42,10 @@ void Data_Builder::Sync() noexcept {
     m_pBase->m_oNode.SetSize(m_uNext);
 }
 
+// Keys made after the builder was are known from the first time on.
 u2_t Data_Builder::Intern(Data_Name oName) {
-    const u2_t uKey = m_pBase->KeyOf(oName);
-    m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
-    return uKey;
+    if (oName.m_sName == nullptr) m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
+    return m_pBase->KeyOf(oName);
 }
 
 void Data_Builder::Grow() {

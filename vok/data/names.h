@@ -18,11 +18,12 @@ class Data_Names : private Hash::Near, public Hash {
   public:
     Data_Names() : Hash(static_cast<Hash::Near&>(*this)) { Start(); }
 
-    // Key of a name, which ends at its first NUL; "" is key 0.
+    // Key of a name, which ends at its first NUL; "" is key 0, which is also what is expected where
+    // nothing is known.
     u2_t Intern(std::string_view sName) {
-        u2_t uKey = m_oGuess.First();
-        if (uKey == 0 || !IsText(uKey, sName)) uKey = m_oGuess.Second();
-        if (uKey == 0 || !IsText(uKey, sName)) return InternSlow(sName);
+        const u2_t uKey = m_oGuess.First();
+        if (!IsText(uKey, sName)) [[unlikely]]
+            return InternSlow(sName);
         m_oGuess.Confirm(uKey);
         return uKey;
     }
