@@ -82,11 +82,6 @@ class Data_Groups {
     // The group at uStart is needed no more.
     void Abandon(u2_t uStart) noexcept;
 
-    // Adds an id that comes last in the order, to a group that HasRoom.
-    void Append(u2_t uStart, u2_t uId) noexcept {
-        u2_t* pGroup = m_oWord.Beg() + uStart;
-        pGroup[HEADER + pGroup[0]++] = uId;
-    }
     // Declares that so many ids stand in a group, which is in order: by one who has put them there.
     void SetPlaced(u2_t uStart, u2_t uSize) noexcept { m_oWord(uStart) = uSize; }
     // Adds an id to a group with room for it. Short groups stay in order; a long one is put in

@@ -26,7 +26,7 @@ inline constexpr std::array<bool, 256> VERBATIM = [] {
 // otherwise have every field of theirs read and written again for every record.
 //
 // m_p is the next record. The level is the reader's last one, its successors came in the order of
-// names and stand in a group that is in order; m_pId is where the next one goes, m_uNode its id.
+// names and stand in a group that is in order; m_pId is where the id of the next one goes.
 template <class Source>
 class Reader<Source>::Fast {
   public:
@@ -86,10 +86,7 @@ class Reader<Source>::Fast {
         m_uPending = oLevel.uPending;
         m_uRunKey = oLevel.uRunKey;
         m_uRunCount = static_cast<u2_t>(oLevel.iRunCount);
-        m_pNodes = m_oBase.m_oNode.Beg();
-        m_uNode = static_cast<u2_t>(m_oBase.m_oNode.Size());
-        m_uMostNodes = static_cast<u2_t>(
-            std::min<u3_t>({m_oBase.m_oNode.Capacity(), r.m_uMostNodes, u3_t{0x7FFFFFFF}}));
+        m_oTail = m_oBase.TakeTail(r.m_uMostNodes);
         m_pFirst = m_oBase.m_oGroup.Ids(oParent.Start());
         m_pId = m_pFirst + oParent.Size();
         m_pLast = m_pFirst + m_oBase.m_oGroup.Room(oParent.Start());
@@ -102,13 +99,13 @@ class Reader<Source>::Fast {
         oLevel.uPending = m_uPending;
         oLevel.uRunKey = m_uRunKey;
         oLevel.iRunCount = static_cast<i2_t>(m_uRunCount);
-        m_oBase.m_oNode.SetSize(m_uNode);
-        m_oBase.m_uIndexed = m_uNode;
-        Data_Node& oParent = m_pNodes[m_uParent];
+        m_oBase.GiveBack(m_oTail);
+        m_oBase.m_uIndexed = m_oTail.uNext;
+        Data_Node& oParent = m_oTail.pNodes[m_uParent];
         oParent.uWord3 = static_cast<u2_t>(m_pId - m_pFirst);
         m_oBase.m_oGroup.SetPlaced(oParent.Start(), oParent.uWord3);
         r.m_oSource.Skip(static_cast<std::size_t>(m_p - r.m_oSource.Peek()));
-        r.m_uNode = m_uNode - 1;
+        r.m_uNode = m_oTail.uNext - 1;
     }
 
     // Reads records until another level is the last one; false in front of a record that is not
@@ -116,7 +113,7 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] bool ReadLevel() {
         do {
             Record o;
-            if (!ReadHead(o) || m_uNode >= m_uMostNodes || m_pId == m_pLast) return false;
+            if (!ReadHead(o) || m_oTail.IsFull() || m_pId == m_pLast) return false;
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
@@ -224,11 +221,7 @@ class Reader<Source>::Fast {
     }
     [[gnu::always_inline]] void Append(const Record& o, Data_Node::Type eType,
                                        u3_t uValue) noexcept {
-        Data_Node& oNode = m_pNodes[m_uNode];
-        oNode.uKey = o.uKey;
-        oNode.uFlags = (m_uParent + 1) << 4 | eType;
-        oNode.SetValue64(uValue);
-        *m_pId++ = m_uNode++;
+        *m_pId++ = m_oTail.Add(m_uParent, o.uKey, eType, uValue);
         m_uRunKey = o.uKey;
         m_uRunCount = o.uIndex + 1;
         --m_uPending;
@@ -243,9 +236,7 @@ class Reader<Source>::Fast {
     u2_t m_uPending;
     u2_t m_uRunKey;
     u2_t m_uRunCount;
-    Data_Node* m_pNodes;
-    u2_t m_uNode;
-    u2_t m_uMostNodes;
+    Data_Tail m_oTail;
     u2_t* m_pFirst;
     u2_t* m_pId;
     u2_t* m_pLast;
