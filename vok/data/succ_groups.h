@@ -206,9 +206,12 @@ class Data_Groups {
     static constexpr u2_t INSERT_UP_TO = 32;
     // What small trees need.
     static constexpr std::size_t FIRST = 64;
+    // Places are signed 32-bit numbers elsewhere.
+    static constexpr std::size_t MOST = 0x7FFFFFFF;
 
     [[nodiscard]] u2_t EntryOf(u2_t uStart) const noexcept { return m_oWord(uStart) & ~UNSORTED; }
     void AddUnsorted(u2_t uStart, u2_t uId);
+    void MakeRoom(std::size_t uEnd);
 
     // Place for an id that does not come last, or in a group that is not in order.
     template <class Less>

@@ -276,6 +276,7 @@ template <class Source>
         uKey = m_oKeyOfForm(uForm);
     }
     m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
+    if (bVerbatim) m_oBase.m_oName.Guess().SetVerbatim(uKey, true, m_oBase.m_oName.Size());
     return {uKey, uName};
 }
 
