@@ -121,7 +121,7 @@ TEST(Edit, MemoryRunsOut) {
             const Mem_Probe oProbe;
             Sample o;
             o.oRoot.Insert("gone", 0).Remove();
-            o.oB2.CreateNewSucc("text").SetValStr(std::string(600, 'x'));
+            o.oB2.CreateNewSucc("text").SetValStr(std::string(300, 'x'));
             uFull == 0 ? oFillNodes(o) : oFillGroups(o);
             Data oOther = NewTree();
             const Data oBefore = o.oRoot.MkClone();

@@ -89,7 +89,7 @@ TEST(DgraphReader, AMessageNeedsOneBlock) {
     const auto oBuild = [] {
         Data oTree = Versioned();
         for (int i = 0; i < 20; ++i) {
-            oTree.AddStr("name" + std::to_string(20 - i), std::string(20, 'x'));
+            oTree.AddStr("name" + std::to_string(20 - i), std::string(10, 'x'));
         }
         Data oSub = oTree.CreateNewSucc("sub");
         for (int i = 0; i < 4; ++i) oSub.AddInt("n", i);
@@ -101,7 +101,7 @@ TEST(DgraphReader, AMessageNeedsOneBlock) {
     File_Buf oBuf("w");
     Dgraph_SaveDGraph(oTree, oBuf);
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks + 2);
-    EXPECT_LT(oTree.HeapBytes(), oTree.GetNodes() * 130);
+    EXPECT_LT(oTree.HeapBytes(), oTree.GetNodes() * 120);
     const std::string_view sDocument(oBuf.Data(), oBuf.Size());
     Data oRead = LoadInto(Data(), sDocument);
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks + 3);

@@ -42,6 +42,9 @@ class Data_Names : private Hash::Near, public Hash {
     // Whether documents carry a name as it stands. Remembered.
     [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
 
+    // For one who has looked at it: they do.
+    void SetVerbatim(u2_t uKey) { m_oGuess.SetVerbatim(uKey, true, Size()); }
+
     // Takes the names of oNew in place of its own.
     void Renew(Hash& oNew) noexcept {
         Swap(oNew);

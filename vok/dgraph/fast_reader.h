@@ -269,14 +269,15 @@ template <class Source>
     for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
     u2_t uKey;
     if (bVerbatim) {
+        const std::size_t uNames = m_oBase.m_oName.Size();
         uKey = m_oBase.m_oName.Insert({p, uName});
+        if (uKey == uNames) m_oBase.m_oName.SetVerbatim(uKey);
     } else {
         const u2_t uForm = m_oForm.Find({p, uName});
         if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
         uKey = m_oKeyOfForm(uForm);
     }
     m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
-    if (bVerbatim) m_oBase.m_oName.Guess().SetVerbatim(uKey, true, m_oBase.m_oName.Size());
     return {uKey, uName};
 }
 
