@@ -137,7 +137,7 @@ class Data_Heap {
 
   private:
     // What small trees need.
-    static constexpr std::size_t FIRST = 256;
+    static constexpr std::size_t FIRST = 256 - Mem::HEADER_SIZE;
 
     u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
     char* Space(std::size_t uSize);
