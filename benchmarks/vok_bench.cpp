@@ -24,8 +24,9 @@ class Vok {
     explicit Vok(const Set& oSet) : m_oSet(oSet) {
         m_oBuilt.SetToRoot();
         vok::Dgraph_SetVersion(m_oBuilt, 1, 3, 0);
-        std::vector<Data_Key> aoKeys(BY_KEY ? 0 : oSet.names.size());
+        std::vector<Data_Key> aoKeys;
         if constexpr (BY_KEY) {
+            aoKeys.reserve(oSet.names.size());
             for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s.c_str()));
         }
         m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());

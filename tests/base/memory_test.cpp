@@ -109,6 +109,41 @@ TEST(Arr, SharedElementsAreCopiedBeforeTheyChange) {
     EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
 }
 
+// It needs memory for what does not fit into it, and for nothing else.
+TEST(Arr, NearElementsLieInTheArray) {
+    const Mem_Probe oProbe;
+    const u3_t uBlocks = Mem::BlocksInUse();
+    {
+        Arr_Near<u2_t, 6> oArr;  // rounded up to whole words of 16 bytes
+        ASSERT_EQ(oArr.Capacity(), 8u);
+        for (u2_t u = 0; u < 8; ++u) oArr.Add(u);
+        oArr.Trim();
+        EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+        EXPECT_EQ(oArr.HeapBytes(), 0u);
+        Mem_Probe::FailIn(1);
+        EXPECT_THROW(oArr.Add(8), Msg_Exception);
+        EXPECT_EQ(oArr.Size(), 8u);
+        oArr.Add(8);
+        EXPECT_EQ(Mem::BlocksInUse(), uBlocks + 1);
+        EXPECT_EQ(oArr.HeapBytes(), 16 * sizeof(u2_t) + Mem::HEADER_SIZE);
+        for (u2_t u = 0; u < 9; ++u) EXPECT_EQ(oArr(u), u);
+    }
+    {
+        Arr_Near<char, 16> oNear;
+        oNear.Add("near", 4);
+        Arr<char> oFar;
+        oFar.Add("farther", 7);
+        oNear.Swap(oFar);
+        EXPECT_EQ(Content(oNear) + " " + Content(oFar), "farther near");
+        oFar.Clear();
+        oFar.Add('x');
+        oNear.Clear();
+        oNear.Add('y');
+        EXPECT_EQ(Content(oNear) + Content(oFar), "yx");
+    }
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
 TEST(Arr, GrowsAndFailsWithoutLoss) {
     const Mem_Probe oProbe;
     Arr<u2_t> oArr;

@@ -89,11 +89,11 @@ TEST(Edit, HasCycle) {
 
 // A step that runs out of memory changes nothing that can be seen.
 TEST(Edit, MemoryRunsOut) {
+    const auto oNeedsNone = [](Sample& o, Data&) { o.oB.MoveTo(o.oRoot, 1); };
     const std::function<void(Sample&, Data&)> STEPS[] = {
         [](Sample& o, Data&) { o.oRoot.Insert("b", 0); },
         [](Sample& o, Data&) { o.oA.Insert("new name", 0); },
         [](Sample& o, Data&) { o.oC.MoveTo(o.oA); },
-        [](Sample& o, Data&) { o.oB.MoveTo(o.oRoot, 1); },  // this one needs none
         [](Sample& o, Data&) { (void)o.oB2.MkCopy(o.oA, 0); },
         [](Sample& o, Data&) { (void)o.oRoot.MkCopy(o.oB2); },
         [](Sample& o, Data&) { (void)o.oRoot.MkClone(); },
@@ -101,17 +101,34 @@ TEST(Edit, MemoryRunsOut) {
         [](Sample& o, Data&) { o.oB2.Remove(); },
         [](Sample& o, Data&) { o.oRoot.RemoveSuccs(); },
         [](Sample& o, Data&) { o.oRoot.Shrink(); },
-        [](Sample& o, Data&) { o.oRoot.Reset(); },
+    };
+    // There is no room for another node, or for another group.
+    const auto oFillNodes = [](Sample& o) {
+        while (o.oRoot.GetNodes() % 32 != 0) o.oRoot.CreateNewSucc("filler");
+    };
+    const auto oFillGroups = [](Sample& o) {
+        const Arr<u2_t>& oWords = dgraph::Access::BaseOf(o.oRoot)->m_oGroup.Words();
+        for (Data oNode = o.oA; oWords.Capacity() - oWords.Size() > 4;) {
+            oNode = oNode.Insert("filler", 0);
+        }
     };
     for (const auto& oStep : STEPS) {
-        for (unsigned uNth = 1;; ++uNth) {
+        unsigned uRefused = 0;
+        for (unsigned uNth = 1, uFull = 0; uFull < 2;) {
             const Mem_Probe oProbe;
             Sample o;
             o.oRoot.Insert("gone", 0).Remove();
+            o.oB2.CreateNewSucc("text").SetValStr(std::string(300, 'x'));
+            uFull == 0 ? oFillNodes(o) : oFillGroups(o);
             Data oOther = NewTree();
             const Data oBefore = o.oRoot.MkClone();
             const u2_t uNodes = o.oRoot.GetNodes();
-            if (!Mem_Probe::HasRefused(uNth, [&] { oStep(o, oOther); })) break;
+            if (!Mem_Probe::HasRefused(uNth++, [&] { oStep(o, oOther); })) {
+                uNth = 1;
+                ++uFull;
+                continue;
+            }
+            ++uRefused;
             EXPECT_EQ(o.oRoot.GetNodes(), uNodes);
             EXPECT_TRUE(Data::Equal(oBefore, o.oRoot));
             EXPECT_EQ(Fault(o.oRoot) + Fault(oOther), "");
@@ -123,7 +140,12 @@ TEST(Edit, MemoryRunsOut) {
             oNew.Remove(), oNew.Erase();
             oStep(o, oOther);  // what failed can be done again
         }
+        EXPECT_GT(uRefused, 0u) << "step " << &oStep - STEPS;
     }
+    const Mem_Probe oProbe;
+    Sample o;
+    EXPECT_FALSE(Mem_Probe::HasRefused(1, [&] { oNeedsNone(o, o.oRoot); }));
+    EXPECT_FALSE(Mem_Probe::HasRefused(1, [&] { o.oRoot.Reset(); }));
 }
 
 // Parents have 24 bits in a record: one that does not fit must never become another one.

@@ -337,6 +337,34 @@ TEST(DgraphReader, ATreeUsedAgainIsAsNew) {
     EXPECT_EQ(Show(oUsed), Load(AllTypes()));
 }
 
+// A message needs one block for its tree, none for the tree that the last one had, and one for its
+// document.
+TEST(DgraphReader, AMessageNeedsOneBlock) {
+    const auto oBuild = [] {
+        Data oTree = Versioned();
+        for (int i = 0; i < 20; ++i) {
+            oTree.AddStr("name" + std::to_string(20 - i), std::string(10, 'x'));
+        }
+        Data oSub = oTree.CreateNewSucc("sub");
+        for (int i = 0; i < 4; ++i) oSub.AddInt("n", i);
+        return oTree;
+    };
+    const u3_t uBlocks = Mem::BlocksInUse();
+    const Mem_Probe oProbe;
+    Data oTree = oBuild();
+    File_Buf oBuf("w");
+    Dgraph_SaveDGraph(oTree, oBuf);
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks + 2);
+    EXPECT_LT(oTree.HeapBytes(), oTree.GetNodes() * 120);
+    const std::string_view sDocument(oBuf.Data(), oBuf.Size());
+    Data oRead = LoadInto(Data(), sDocument);
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks + 3);
+    const std::size_t uAsked = Mem_Probe::Asked();
+    oRead = LoadInto(std::move(oRead), sDocument);
+    EXPECT_EQ(Mem_Probe::Asked(), uAsked);
+    EXPECT_TRUE(Data::Equal(oRead, oTree));
+}
+
 TEST(DgraphReader, ASmallDocumentGivesTheMemoryOfALargeOneBack) {
     Data oLarge = Versioned();
     for (int i = 0; i < 20000; ++i) {

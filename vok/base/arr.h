@@ -50,6 +50,13 @@ class Arr {
         std::swap(m_uCapacity, oArr.m_uCapacity);
     }
 
+    // Takes a room for its first block; it has none yet.
+    template <std::size_t BYTES>
+    void Start(Mem::Room<BYTES>& oRoom) noexcept {
+        m_pData = static_cast<T*>(oRoom.Block());
+        m_uCapacity = BYTES / sizeof(T);
+    }
+
     [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
     [[nodiscard]] std::size_t Capacity() const noexcept { return m_uCapacity; }
     // What its block takes of the heap.
@@ -195,6 +202,17 @@ class Arr {
     T* m_pData = nullptr;
     std::size_t m_uSize = 0;
     std::size_t m_uCapacity = 0;
+};
+
+// An array that needs no memory for its first elements, of which there may be COUNT: they lie in
+// it. It stays where it is, and one that shares its elements or swaps with it ends before it does.
+template <class T, std::size_t COUNT>
+class Arr_Near : private Mem::Room<(COUNT * sizeof(T) + 15) / 16 * 16>, public Arr<T> {
+  public:
+    Arr_Near() noexcept { this->Start(static_cast<Room&>(*this)); }
+
+  private:
+    using Room = Mem::Room<(COUNT * sizeof(T) + 15) / 16 * 16>;
 };
 
 }  // namespace vok

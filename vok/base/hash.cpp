@@ -12,12 +12,13 @@
 
 #include "vok/base/copy.h"
 #include "vok/base/msg.h"
+#include "vok/base/str.h"
+#include "vok/base/utf8.h"
 
 namespace vok {
 
 namespace {
 
-constexpr std::size_t FIRST_BLOCK = 256;
 constexpr std::size_t LARGEST_BLOCK = 64 * 1024;
 // 2^64 over the golden ratio: multiplying by it spreads what differs (Knuth, volume 3, 6.4).
 constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
@@ -72,7 +73,7 @@ Hash::~Hash() {
 // The slot of a text among few, or the free one that is for it: at most half of them are taken.
 // The length, the first and the last bytes tell most names apart, and all of them reach the top
 // bits of the product.
-std::size_t Hash::FewSlotOf(const Hash_Text& oText) const noexcept {
+inline std::size_t Hash::FewSlotOf(const Hash_Text& oText) const noexcept {
     const u3_t uMixed = (oText.uPrefix ^ u3_t{oText.uSuffix} << 29 ^ oText.uLength) * FACTOR;
     for (std::size_t uSlot = uMixed >> (64 - FEW_BITS);; ++uSlot) {
         const u2_t uKey = m_auFew[uSlot % FEW_SLOTS];
@@ -105,22 +106,53 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
 
 // ---- adding -----------------------------------------------------------------
 
-u2_t Hash::Insert(std::string_view sText) {
-    if (sText.empty()) return 0;
-    if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
-    Start();
-    const Hash_Text oText = TakeApart(sText);
-    if (m_oText.Size() <= FEW) {
-        u0_t& uKey = m_auFew[FewSlotOf(oText)];
-        if (uKey == 0) uKey = static_cast<u0_t>(Append(oText));
-        return uKey;
-    }
+[[gnu::always_inline]] inline u2_t Hash::Append(const Hash_Text& oText) {
+    const std::size_t uKey = m_oText.Size();
+    const std::size_t uSize = oText.uLength + std::size_t{1};
+    m_oText.ReserveMore(1);
+    if (m_uFree < uSize) [[unlikely]]
+        AddBlock(uSize);
+    char* const pText = m_pFree;
+    CopyBytes(pText, oText.sText, oText.uLength);
+    std::memset(pText + oText.uLength, 0, SLACK);
+    m_pFree += uSize;
+    m_uFree -= uSize;
+    *m_oText.AddSpacePrivate() = {pText, oText.uPrefix, oText.uLength, oText.uSuffix};
+    return static_cast<u2_t>(uKey);
+}
+
+template <bool OUTSIDE>
+inline u2_t Hash::EnterMany(const Hash_Text& oText) {
     if (m_oIndex.Size() == 0) MakeIndex();
     if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
     const u2_t uHash = HashOf(oText);
     Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
-    if (oSlot.uKey == 0) oSlot = {uHash, Append(oText)};
+    if (oSlot.uKey != 0) return oSlot.uKey;
+    if (OUTSIDE && !IsAsciiText(oText.sText, oText.uLength)) return EnterUtf8(oText.View());
+    oSlot = {uHash, Append(oText)};
     return oSlot.uKey;
+}
+
+template <bool OUTSIDE>
+u2_t Hash::Enter(std::string_view sText) {
+    if (sText.empty()) return 0;
+    if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
+    if (m_oText.Size() == 0) [[unlikely]]
+        Start();
+    const Hash_Text oText = TakeApart(sText);
+    if (m_oText.Size() > FEW) return EnterMany<OUTSIDE>(oText);
+    u0_t& uKey = m_auFew[FewSlotOf(oText)];
+    if (uKey != 0) return uKey;
+    if (OUTSIDE && !IsAsciiText(sText.data(), sText.size())) return EnterUtf8(sText);
+    uKey = static_cast<u0_t>(Append(oText));
+    return uKey;
+}
+
+template u2_t Hash::Enter<false>(std::string_view);
+template u2_t Hash::Enter<true>(std::string_view);
+
+u2_t Hash::EnterUtf8(std::string_view sText) {
+    return Enter<false>(Utf8_Text(sText).View());
 }
 
 void Hash::PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept {
@@ -148,13 +180,12 @@ void Hash::GrowIndex() {
     m_oIndex.Swap(oIndex);
 }
 
-u2_t Hash::Append(const Hash_Text& oText) {
-    const u2_t uKey = static_cast<u2_t>(m_oText.Size());
-    m_oText.ReserveMore(1);
-    Hash_Text oOwn = oText;
-    oOwn.sText = StoreText(oText.View());
-    m_oText.Add(oOwn);
-    return uKey;
+void Hash::AddBlock(std::size_t uSize) {
+    const std::size_t uHas = m_pBlock != nullptr ? m_pBlock->uSize : 0;
+    const std::size_t uNext = std::max(uSize, std::clamp(2 * uHas, FIRST_BLOCK, LARGEST_BLOCK));
+    m_pBlock = new (Mem::Create(sizeof(Block) + uNext + SLACK)) Block{m_pBlock, uNext};
+    m_pFree = m_pBlock->Bytes();
+    m_uFree = uNext;
 }
 
 void Hash::Swap(Hash& oHash) noexcept {
@@ -163,7 +194,8 @@ void Hash::Swap(Hash& oHash) noexcept {
     std::swap(m_uSeed, oHash.m_uSeed);
     m_oIndex.Swap(oHash.m_oIndex);
     std::swap(m_pBlock, oHash.m_pBlock);
-    std::swap(m_uBlockUsed, oHash.m_uBlockUsed);
+    std::swap(m_pFree, oHash.m_pFree);
+    std::swap(m_uFree, oHash.m_uFree);
 }
 
 std::size_t Hash::HeapBytes() const noexcept {
@@ -179,22 +211,6 @@ bool Hash::IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept {
         const u3_t uB = BigEndianAt<u3_t>(oB.sText + u);
         if (uA != uB) return uA < uB;
     }
-}
-
-char* Hash::StoreText(std::string_view sText) {
-    const std::size_t uSize = sText.size() + 1;
-    const std::size_t uHas = m_pBlock != nullptr ? m_pBlock->uSize : 0;
-    if (uHas - m_uBlockUsed < uSize) {
-        const std::size_t uNext = std::max(uSize, std::clamp(2 * uHas, FIRST_BLOCK, LARGEST_BLOCK));
-        const std::size_t uBytes = sizeof(Block) + uNext + SLACK;
-        m_pBlock = new (Mem::Create(uBytes)) Block{m_pBlock, uNext};
-        m_uBlockUsed = 0;
-    }
-    char* pText = m_pBlock->Bytes() + m_uBlockUsed;
-    CopyBytes(pText, sText.data(), sText.size());
-    std::memset(pText + sText.size(), 0, SLACK);
-    m_uBlockUsed += uSize;
-    return pText;
 }
 
 }  // namespace vok

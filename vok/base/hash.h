@@ -2,7 +2,7 @@
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H
 
-#include <memory>
+#include <new>
 #include <string_view>
 
 #include "vok/base/arr.h"
@@ -33,7 +33,11 @@ class Hash {
     // So many bytes may be read from any byte of a text on, its NUL included.
     static constexpr std::size_t SLACK = 16;
 
+    // Room for few texts in the object that holds the table; stands in front of it.
+    struct Near;
+
     Hash() noexcept = default;
+    explicit Hash(Near& oNear) noexcept;
     Hash(const Hash&) = delete;
     Hash& operator=(const Hash&) = delete;
     ~Hash();
@@ -45,7 +49,10 @@ class Hash {
     // The key of a text, NONE when it is not in the table.
     [[nodiscard]] u2_t Find(std::string_view sText) const noexcept;
     // The key of a text, added if need be: a new one is the Size() of before.
-    u2_t Insert(std::string_view sText);
+    u2_t Insert(std::string_view sText) { return Enter<false>(sText); }
+    // The same for a text from outside, which is made UTF-8 and ends at its first NUL: one that is
+    // there already needs no look at its bytes.
+    u2_t InsertOutside(std::string_view sText) { return Enter<true>(sText); }
 
     // Exchanges the texts, and their keys.
     void Swap(Hash& oHash) noexcept;
@@ -97,21 +104,40 @@ class Hash {
     static void PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept;
     void MakeIndex();
     void GrowIndex();
+    template <bool OUTSIDE>
+    u2_t Enter(std::string_view sText);
+    template <bool OUTSIDE>
+    [[nodiscard]] u2_t EnterMany(const Hash_Text& oText);
+    [[nodiscard]] u2_t EnterUtf8(std::string_view sText);
     [[nodiscard]] u2_t Append(const Hash_Text& oText);
-    [[nodiscard]] char* StoreText(std::string_view sText);
+    void AddBlock(std::size_t uSize);
 
     static constexpr std::size_t FEW = 31;  // texts that do without an index
     static constexpr unsigned FEW_BITS = 6;
     static constexpr std::size_t FEW_SLOTS = 1 << FEW_BITS;
     static constexpr std::size_t FIRST_INDEX = 128;
+    static constexpr std::size_t FIRST_BLOCK = 256;
 
     Arr<Hash_Text> m_oText;
     u0_t m_auFew[FEW_SLOTS] = {};  // keys of few texts, open addressing; 0 is free
     u3_t m_uSeed = 0;
     Arr<Slot> m_oIndex;         // of more texts, likewise; a power of two, or empty
     Block* m_pBlock = nullptr;  // the last one
-    std::size_t m_uBlockUsed = 0;
+    char* m_pFree = nullptr;    // the next text
+    std::size_t m_uFree = 0;    // bytes for texts from there on
 };
+
+struct Hash::Near {
+    Mem::Room<(FEW + 1) * sizeof(Hash_Text)> oTexts;
+    Mem::Room<sizeof(Block) + FIRST_BLOCK + SLACK> oBlock;
+};
+
+inline Hash::Hash(Near& oNear) noexcept {
+    m_oText.Start(oNear.oTexts);
+    m_pBlock = new (oNear.oBlock.Block()) Block{nullptr, FIRST_BLOCK};
+    m_pFree = m_pBlock->Bytes();
+    m_uFree = FIRST_BLOCK;
+}
 
 }  // namespace vok
 

@@ -52,13 +52,14 @@ class Hash_Guess {
     static constexpr u2_t KNOWN = 0x40000000;
     static constexpr u2_t VERBATIM = 0x80000000;
 
+    // As far as its memory goes.
     void Grow(std::size_t uKeys) {
-        if (m_oEntry.Capacity() == 0) m_oEntry.Reserve(FIRST_KEYS);
-        while (m_oEntry.Size() < uKeys) m_oEntry.Add(0);
+        m_oEntry.ReserveMore(uKeys - m_oEntry.Size());
+        m_oEntry.Resize(m_oEntry.Capacity());
     }
 
     // By key: what came behind it, 0 for nothing known, and its two bits.
-    Arr<u2_t> m_oEntry;
+    Arr_Near<u2_t, FIRST_KEYS> m_oEntry;
     u2_t m_uLast = 0;
 };
 

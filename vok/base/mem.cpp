@@ -90,6 +90,10 @@ void* Create(std::size_t uSize) {
 void* Resize(void* pData, std::size_t uNewSize) {
     if (pData == nullptr) return Create(uNewSize);
     const std::size_t uOldSize = SizeOf(pData);
+    if (IsInPlace(pData)) {
+        if (uNewSize <= uOldSize) return pData;
+        return std::memcpy(Create(uNewSize), pData, uOldSize);
+    }
     void* pBlock =
         IsTooLarge(uNewSize)
             ? nullptr
@@ -105,7 +109,7 @@ void* Resize(void* pData, std::size_t uNewSize) {
 }
 
 void Free(void* pData) noexcept {
-    if (pData == nullptr) return;
+    if (pData == nullptr || IsInPlace(pData)) return;
     const std::size_t uSize = SizeOf(pData);
     g_oAllocator.pFree(Header(pData), HEADER_SIZE + uSize);
     sys::FetchAdd<u3_t>(g_uBytes, ~static_cast<u3_t>(uSize) + 1);

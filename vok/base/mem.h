@@ -7,6 +7,9 @@
 //
 // Counts are atomic: several threads may share a block, add and drop references. The
 // bytes of a block belong to whoever owns it alone.
+//
+// A block may also lie in an object that uses it (Room): the top bit of its size tells. It is no
+// block of the heap, so nobody frees it and it counts for nothing.
 #ifndef VOK_BASE_MEM_H
 #define VOK_BASE_MEM_H
 
@@ -24,6 +27,7 @@ class Str;
 namespace vok::Mem {
 
 inline constexpr std::size_t HEADER_SIZE = 16;
+inline constexpr u3_t IN_PLACE = u3_t{1} << 63;
 
 // Where blocks come from. Sizes are those of whole blocks, header included; a null
 // result raises "allocation of %0 bytes failed, ...". Replaceable for tests and for
@@ -42,10 +46,10 @@ Allocator SetAllocator(const Allocator& oAllocator) noexcept;
 // Raises "allocation of %0 bytes failed, %1 bytes and %2 blocks in use".
 [[nodiscard]] void* Create(std::size_t uSize);
 // Changes the size of a block with one owner and returns where it is now; null creates
-// one. The block is unchanged when "reallocation of block %0 to %1 bytes failed, ..."
-// is raised.
+// one. The block is unchanged when "reallocation of block %0 to %1 bytes failed, ..." is raised.
+// One that lies in a room leaves it when it becomes larger, with the errors of Create.
 [[nodiscard]] void* Resize(void* pData, std::size_t uNewSize);
-// Frees a block, whatever its count; null is ignored.
+// Frees a block, whatever its count; null is ignored, and so is one that lies in a room.
 void Free(void* pData) noexcept;
 
 // Bytes and blocks in use by the whole process, headers not counted.
@@ -69,8 +73,14 @@ void TraceDecrement(const void* pData, u3_t uOld) noexcept;
 [[nodiscard]] inline u3_t GetRefCnt(const void* pData) noexcept {
     return RefCnt(const_cast<void*>(pData)).load(std::memory_order_acquire);
 }
-[[nodiscard]] inline std::size_t SizeOf(const void* pData) noexcept {
+[[nodiscard]] inline u3_t SizeWordOf(const void* pData) noexcept {
     return *reinterpret_cast<const u3_t*>(static_cast<const char*>(pData) - 8);
+}
+[[nodiscard]] inline std::size_t SizeOf(const void* pData) noexcept {
+    return static_cast<std::size_t>(SizeWordOf(pData) & ~IN_PLACE);
+}
+[[nodiscard]] inline bool IsInPlace(const void* pData) noexcept {
+    return (SizeWordOf(pData) & IN_PLACE) != 0;
 }
 
 inline void AddRef(void* pData) noexcept {
@@ -166,10 +176,31 @@ struct Std_Allocator {
     friend bool operator==(const Std_Allocator&, const Std_Allocator&) noexcept = default;
 };
 
-// What a block takes of the heap, its header included; 0 for null.
+// What a block takes of the heap, its header included; 0 for null, and for one in a room.
 [[nodiscard]] inline std::size_t HeapBytes(const void* pData) noexcept {
-    return pData != nullptr ? SizeOf(pData) + HEADER_SIZE : 0;
+    return pData != nullptr && !IsInPlace(pData) ? SizeOf(pData) + HEADER_SIZE : 0;
 }
+
+// The first block of an array, in the object that holds the array: as long as that is enough, no
+// memory is asked for. It may be used once, and must be given up before the room ends: the room
+// stands in front of the array, as a member or a base.
+template <std::size_t BYTES>
+class alignas(16) Room {
+    static_assert(BYTES % 16 == 0, "blocks are aligned");
+
+  public:
+    Room() noexcept = default;
+    Room(const Room&) = delete;
+    Room& operator=(const Room&) = delete;
+
+    static constexpr std::size_t SIZE = BYTES;
+    [[nodiscard]] void* Block() noexcept { return m_auData; }
+
+  private:
+    std::atomic<u3_t> m_uRefCnt{0};
+    u3_t m_uSize = IN_PLACE | BYTES;
+    u0_t m_auData[BYTES];
+};
 
 // The string type under its second name.
 using Str = vok::Str;

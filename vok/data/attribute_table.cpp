@@ -187,6 +187,7 @@ void Data_Attributes::Reset() noexcept {
 }
 
 void Data_Attributes::Restart() noexcept {
+    if (m_oName.Size() == 1) return;
     for (Array* p : m_oArray) Mem::Dispose(p);
     m_oArray.Truncate(0);
     Hash oNone;

@@ -1,7 +1,5 @@
 #include "vok/data/builder.h"
 
-#include <algorithm>
-
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
 
@@ -18,40 +16,33 @@ Data_Builder::Data_Builder(Data& oParent) {
         const Data_Node& oNode = m_pBase->m_oNode(m_uParent);
         m_uCount = oNode.GetType() == Data_Node::Tree ? oNode.Size() : 0;
         Load();
-        m_uFirst = m_uNext;
+        m_uFirst = m_oTail.uNext;
     });
 }
 
 void Data_Builder::Finish() noexcept {
-    if (m_pNodes == nullptr) return;
+    if (m_oTail.pNodes == nullptr) return;
     while (m_oOpen.Size() != 0) Close();
     StoreCount();
-    Sync();
-    m_pNodes = nullptr;
-    m_uRoom = 0;
+    m_pBase->GiveBack(m_oTail);
+    m_oTail = {};
 }
 
 void Data_Builder::Load() noexcept {
-    m_pNodes = m_pBase->m_oNode.Beg();
-    m_uNext = static_cast<u2_t>(m_pBase->m_oNode.Size());
-    m_uRoom = static_cast<u2_t>(std::min<std::size_t>(m_pBase->m_oNode.Capacity(), 0x80000000));
+    m_oTail = m_pBase->TakeTail();
     m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
 }
 
-void Data_Builder::Sync() noexcept {
-    m_pBase->m_oNode.SetSize(m_uNext);
-}
-
+// Keys made after the builder was are known from the first time on.
 u2_t Data_Builder::Intern(Data_Name oName) {
-    const u2_t uKey = m_pBase->KeyOf(oName);
-    m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
-    return uKey;
+    if (oName.m_sName == nullptr) m_uNames = static_cast<u2_t>(m_pBase->m_oName.Size());
+    return m_pBase->KeyOf(oName);
 }
 
 void Data_Builder::Grow() {
     Where("vok::Data_Builder::Append", [&] {
-        if (m_pNodes == nullptr) Msg::ObjectPointsToNothing();
-        Sync();
+        if (m_oTail.pNodes == nullptr) Msg::ObjectPointsToNothing();
+        m_pBase->GiveBack(m_oTail);
         m_pBase->CheckIds(m_uParent, 1);
         m_pBase->m_oNode.ReserveMore(1);
         Load();
@@ -61,13 +52,13 @@ void Data_Builder::Grow() {
 u2_t Data_Builder::AddStr(Data_Name oName, std::string_view sText) {
     return Where("vok::Data_Builder::AddStr", [&] {
         const u2_t uKey = KeyOf(oName);
-        if (m_uNext < m_uRoom) [[likely]] {
+        if (!m_oTail.IsFull()) [[likely]] {
             const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
             if (uOffset != 0) [[likely]]
-                return Append(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
+                return AppendHere(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
         }
         const u2_t uId = Append(uKey, Data_Node::Empty, 0);
-        Sync();
+        m_pBase->GiveBack(m_oTail);
         m_pBase->SetNewText(uId, sText);
         return uId;
     });
@@ -77,7 +68,7 @@ u2_t Data_Builder::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
     return Where("vok::Data_Builder::AddBin", [&] {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
         const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        Sync();
+        m_pBase->GiveBack(m_oTail);
         m_pBase->SetNewValue(uId, Data_Node::Binary, m_pBase->m_oHeap.Add(pData, uSize), uSize);
         return uId;
     });
@@ -86,7 +77,7 @@ u2_t Data_Builder::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
 u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
     return Where("vok::Data_Builder::AddQuad", [&] {
         const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        Sync();
+        m_pBase->GiveBack(m_oTail);
         const u2_t uOffset = m_pBase->m_oHeap.AddQuad({uW0, uW1, uW2, uW3});
         m_pBase->SetNewValue(uId, Data_Node::Quad, uOffset, uW0);
         return uId;
@@ -95,10 +86,10 @@ u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t u
 
 void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
     Where("vok::Data_Builder::SetAttVal", [&] {
-        if (m_pNodes == nullptr || m_uNext == m_uFirst) Msg::ObjectPointsToNothing();
-        Sync();
+        if (m_oTail.uNext <= m_uFirst) Msg::ObjectPointsToNothing();
+        m_pBase->GiveBack(m_oTail);
         Data oNode = m_oTree;
-        oNode.SetToNode(m_uNext - 1);
+        oNode.SetToNode(m_oTail.uNext - 1);
         oNode.SetAttVal(sName, sValue);
     });
 }

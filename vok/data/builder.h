@@ -93,21 +93,20 @@ class Data_Builder {
         return Append(KeyOf(oName), eType, uValue);
     }
     u2_t Append(u2_t uKey, Data_Node::Type eType, u3_t uValue) {
-        if (m_uNext >= m_uRoom) [[unlikely]]
+        if (m_oTail.IsFull()) [[unlikely]]
             Grow();
-        Data_Node& o = m_pNodes[m_uNext];
-        o.uKey = uKey;
-        o.uFlags = (m_uParent + 1) << 4 | eType;
-        o.SetValue64(uValue);
+        return AppendHere(uKey, eType, uValue);
+    }
+    u2_t AppendHere(u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
         ++m_uCount;
-        return m_uNext++;
+        return m_oTail.Add(m_uParent, uKey, eType, uValue);
     }
     u2_t KeyOf(Data_Name oName) {
         return oName.m_sName == nullptr && oName.m_uKey < m_uNames ? oName.m_uKey : Intern(oName);
     }
     // Gives the open node its count. The others of the levels have theirs when they are closed.
     void StoreCount() noexcept {
-        Data_Node& o = m_pNodes[m_uParent];
+        Data_Node& o = m_oTail.pNodes[m_uParent];
         if (m_uCount == 0) return;
         if (o.GetType() == Data_Node::Empty) {
             o.SetType(Data_Node::Tree);
@@ -121,20 +120,17 @@ class Data_Builder {
     u2_t Intern(Data_Name oName);
     void Grow();
     void Load() noexcept;
-    void Sync() noexcept;
     [[noreturn]] static void RaiseTooMany();
     [[noreturn]] static void RaiseNothingOpen();
 
     Data m_oTree;
     Data_Base* m_pBase;
-    Data_Node* m_pNodes = nullptr;
+    Data_Tail m_oTail;
     u2_t m_uFirst = 0;  // id of its first node
-    u2_t m_uNext = 0;   // id of the next node
-    u2_t m_uRoom = 0;   // nodes that there is room for
     u2_t m_uNames = 0;  // keys that there are
     u2_t m_uParent = 0;
     u2_t m_uCount = 0;  // successors that it has
-    Arr<Level> m_oOpen;
+    Arr_Near<Level, 16> m_oOpen;
 };
 
 }  // namespace vok

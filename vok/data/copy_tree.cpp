@@ -10,7 +10,7 @@ namespace vok {
 
 Data_Copy::Data_Copy(const Data& oTop, Data_Base& oFrom, Data_Base& oTo)
     : m_oFrom(oFrom), m_oTo(oTo), m_bSame(&oFrom == &oTo) {
-    Arr<u2_t> oOpen;  // by depth: the entry that the walk went down from
+    Arr_Near<u2_t, 16> oOpen;  // by depth: the entry that the walk went down from
     for (Data_Walk oWalk(oTop); oWalk.Next();) {
         const std::size_t uDepth = oWalk.GetDepth();
         const u2_t uParent = uDepth != 0 ? oOpen(uDepth - 1) : 0;

@@ -206,7 +206,7 @@ std::size_t Data::HeapBytes() const noexcept {
 }
 
 std::size_t Data::TextBytes() const noexcept {
-    return m_oBase ? m_oBase->m_oHeap.HeapBytes() : 0;
+    return m_oBase ? m_oBase->m_oHeap.Capacity() : 0;
 }
 
 }  // namespace vok

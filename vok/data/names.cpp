@@ -6,8 +6,8 @@
 namespace vok {
 
 u2_t Data_Names::InternSlow(std::string_view sName) {
-    const u2_t uKey =
-        IsAsciiText(sName.data(), sName.size()) ? Insert(sName) : Insert(Utf8_Text(sName).View());
+    if (IsText(m_oGuess.Second(), sName)) return m_oGuess.Second();
+    const u2_t uKey = InsertOutside(sName);
     m_oGuess.Note(uKey, Size());
     return uKey;
 }

@@ -14,13 +14,16 @@ namespace vok {
 
 // A table of names that looks first where the next one is likely to be: names of trees follow
 // each other in patterns. Names ever borne stay until Renew.
-class Data_Names : public Hash {
+class Data_Names : private Hash::Near, public Hash {
   public:
-    // Key of a name, which ends at its first NUL; "" is key 0.
+    Data_Names() : Hash(static_cast<Hash::Near&>(*this)) { Start(); }
+
+    // Key of a name, which ends at its first NUL; "" is key 0, which is also what is expected where
+    // nothing is known.
     u2_t Intern(std::string_view sName) {
-        u2_t uKey = m_oGuess.First();
-        if (uKey == 0 || !IsText(uKey, sName)) uKey = m_oGuess.Second();
-        if (uKey == 0 || !IsText(uKey, sName)) return InternSlow(sName);
+        const u2_t uKey = m_oGuess.First();
+        if (!IsText(uKey, sName)) [[unlikely]]
+            return InternSlow(sName);
         m_oGuess.Confirm(uKey);
         return uKey;
     }
@@ -38,6 +41,9 @@ class Data_Names : public Hash {
     [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
     // Whether documents carry a name as it stands. Remembered.
     [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
+
+    // For one who has looked at it: they do.
+    void SetVerbatim(u2_t uKey) { m_oGuess.SetVerbatim(uKey, true, Size()); }
 
     // Takes the names of oNew in place of its own.
     void Renew(Hash& oNew) noexcept {

@@ -69,10 +69,32 @@ struct Data_Node {
         uWord3 = static_cast<u2_t>(uValue >> 32);
     }
 
+    // Makes it the record of a new node below uParent.
+    void Make(u2_t uParent, u2_t uNewKey, Type eType = Empty, u3_t uValue = 0) noexcept {
+        uKey = uNewKey;
+        uFlags = (uParent + 1) << 4 | eType;
+        SetValue64(uValue);
+    }
+
     // "Empty", "Boolean", ...; "Unknown" for a code without a type.
     [[nodiscard]] static const char* TypeName(u2_t uType) noexcept;
 };
 static_assert(sizeof(Data_Node) == 16, "the tree is an array of 16-byte records");
+
+// The end of that array, for who appends many nodes: taken from the tree, which knows of them when
+// it is given back. Parents get their counts from who holds it.
+struct Data_Tail {
+    Data_Node* pNodes = nullptr;  // all of them
+    u2_t uNext = 0;               // id of the next node
+    u2_t uRoom = 0;               // nodes that there may be
+
+    [[nodiscard]] bool IsFull() const noexcept { return uNext >= uRoom; }
+    // Appends a node where it is not full, and returns its id.
+    u2_t Add(u2_t uParent, u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
+        pNodes[uNext].Make(uParent, uKey, eType, uValue);
+        return uNext++;
+    }
+};
 
 }  // namespace vok
 

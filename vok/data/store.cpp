@@ -21,8 +21,6 @@ const char* Data_Node::TypeName(u2_t uType) noexcept {
 }
 
 Data_Base::Data_Base() {
-    m_oName.Start();
-    m_oNode.Reserve(FIRST_NODES);
     m_oNode.Add(Node{0, 0, 0, 0});
 }
 

@@ -43,6 +43,7 @@
 #ifndef VOK_DATA_STORE_H
 #define VOK_DATA_STORE_H
 
+#include <algorithm>
 #include <string_view>
 
 #include "vok/base/msg.h"
@@ -61,6 +62,11 @@ class Data_Base {
     using Group = Data_Groups::View;
 
     static constexpr u2_t NONE = Data_Node::NONE;
+    // Small trees have all of their parts in one block with this object: this many nodes, and what
+    // goes with them.
+    static constexpr std::size_t FIRST_NODES = 32;
+    // Ids are signed 32-bit numbers elsewhere.
+    static constexpr u2_t MOST_IDS = 0x7FFFFFFF;
 
     Data_Base();
     Data_Base(const Data_Base&) = delete;
@@ -114,16 +120,20 @@ class Data_Base {
     u2_t Append(u2_t uParent, u2_t uKey, Node::Type eType = Node::Empty, u3_t uValue = 0) {
         const std::size_t uId = m_oNode.Size();
         const bool bFirst = m_oNode(uParent).GetType() != Node::Tree;
-        if (bFirst || uId == m_oNode.Capacity() || uId > 0x7FFFFFFF) [[unlikely]] {
+        if (bFirst || uId == m_oNode.Capacity() || uId > MOST_IDS) [[unlikely]] {
             PrepareAppend(uParent);
         }
-        Node* pNode = m_oNode.AddSpacePrivate();
-        pNode->uKey = uKey;
-        pNode->uFlags = (uParent + 1) << 4 | eType;
-        pNode->SetValue64(uValue);
+        m_oNode.AddSpacePrivate()->Make(uParent, uKey, eType, uValue);
         ++m_oNode(uParent).uWord3;
         return static_cast<u2_t>(uId);
     }
+    // The end of the nodes, of which there shall be at most uMost, for who appends to it and gives
+    // it back before anything else uses the tree.
+    [[nodiscard]] Data_Tail TakeTail(u3_t uMost = MOST_IDS) noexcept {
+        const auto uRoom = std::min({u3_t{m_oNode.Capacity()}, uMost, u3_t{MOST_IDS}});
+        return {m_oNode.Beg(), static_cast<u2_t>(m_oNode.Size()), static_cast<u2_t>(uRoom)};
+    }
+    void GiveBack(const Data_Tail& oTail) noexcept { m_oNode.SetSize(oTail.uNext); }
     // The same with a text, which ends at its first NUL.
     u2_t AppendText(u2_t uParent, u2_t uKey, std::string_view sText) {
         const u2_t uOffset = m_oHeap.TryAddText(sText);
@@ -209,26 +219,15 @@ class Data_Base {
         m_uIndexed = uId + 1;
         return uId;
     }
-    // Whether AppendLast may be called: a tree node of less successors than its group has
-    // room for, and nothing pending or unsorted.
+    // Whether nodes may be appended and put in a group in one go: a tree node of less successors
+    // than its group has room for, and nothing pending or unsorted.
     [[nodiscard]] bool CanPlace(u2_t uParent) const noexcept {
         const Node& oParent = m_oNode(uParent);
         if (oParent.GetType() != Node::Tree || oParent.Start() == NONE || !IsIndexed() ||
-            uParent >= Node::CUT_LOOSE - 1 || m_oNode.Size() > 0x7FFFFFFF) {
+            uParent >= Node::CUT_LOOSE - 1) {
             return false;
         }
         return m_oGroup.HasRoom(oParent.Start());
-    }
-    // Appends a finished record, whose predecessor is uParent, behind all others in the order
-    // of successors.
-    u2_t AppendLast(u2_t uParent, const Node& oNode) {
-        const u2_t uId = static_cast<u2_t>(m_oNode.Size());
-        m_oNode.Add(oNode);
-        Node& oParent = m_oNode(uParent);
-        ++oParent.uWord3;
-        m_oGroup.Append(oParent.Start(), uId);
-        m_uIndexed = uId + 1;
-        return uId;
     }
     // A view of the successors of uId, all placed; empty for a node that is no tree.
     Group SuccOf(u2_t uId) {
@@ -305,7 +304,7 @@ class Data_Base {
 
     // ---- fields -----------------------------------------------------------
 
-    Arr<Node> m_oNode;  // by id
+    Arr_Near<Node, FIRST_NODES> m_oNode;  // by id
     Data_Names m_oName;
     Data_Groups m_oGroup;
     Data_Heap m_oHeap;
@@ -316,8 +315,6 @@ class Data_Base {
     bool m_bFormerNames = false;  // some of the names are those of former trees
 
   private:
-    static constexpr std::size_t FIRST_NODES = 32;  // what small trees need grows in one step
-
     [[nodiscard]] static std::string_view ViewOf(const Data_Name& o) noexcept {
         return {o.m_sName, o.m_uLength};
     }

@@ -82,11 +82,6 @@ class Data_Groups {
     // The group at uStart is needed no more.
     void Abandon(u2_t uStart) noexcept;
 
-    // Adds an id that comes last in the order, to a group that HasRoom.
-    void Append(u2_t uStart, u2_t uId) noexcept {
-        u2_t* pGroup = m_oWord.Beg() + uStart;
-        pGroup[HEADER + pGroup[0]++] = uId;
-    }
     // Declares that so many ids stand in a group, which is in order: by one who has put them there.
     void SetPlaced(u2_t uStart, u2_t uSize) noexcept { m_oWord(uStart) = uSize; }
     // Adds an id to a group with room for it. Short groups stay in order; a long one is put in
@@ -209,11 +204,14 @@ class Data_Groups {
     // Up to here a successor that comes out of order is moved to its place at once; longer
     // groups are sorted as a whole when all of them are there.
     static constexpr u2_t INSERT_UP_TO = 32;
-    // What small trees need grows in one step.
+    // What small trees need.
     static constexpr std::size_t FIRST = 64;
+    // Places are signed 32-bit numbers elsewhere.
+    static constexpr std::size_t MOST = 0x7FFFFFFF;
 
     [[nodiscard]] u2_t EntryOf(u2_t uStart) const noexcept { return m_oWord(uStart) & ~UNSORTED; }
     void AddUnsorted(u2_t uStart, u2_t uId);
+    void MakeRoom(std::size_t uEnd);
 
     // Place for an id that does not come last, or in a group that is not in order.
     template <class Less>
@@ -231,7 +229,7 @@ class Data_Groups {
         ++m_oWord(uStart);
     }
 
-    Arr<u2_t> m_oWord;
+    Arr_Near<u2_t, FIRST> m_oWord;
     Arr<Unsorted> m_oUnsorted;
     u3_t m_uDead = 0;  // words of abandoned groups
     u3_t m_uMoved = 0;

@@ -77,7 +77,7 @@ void Data_Base::PlaceByRank() {
 
 void Data_Base::UpdateSucc() {
     const std::size_t uNew = m_oNode.Size() - m_uIndexed;
-    uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlacePending();
+    if (!IsIndexed()) uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlacePending();
     if (!m_oGroup.IsWorthCompacting()) return;
     m_oGroup.Compact([this](const auto& oMove) {
         for (Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {

@@ -31,6 +31,8 @@ class Data_Heap {
 
     [[nodiscard]] std::size_t Size() const noexcept { return m_oBytes.Size(); }
     [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oBytes.HeapBytes(); }
+    // Bytes that there is room for.
+    [[nodiscard]] std::size_t Capacity() const noexcept { return m_oBytes.Capacity(); }
     [[nodiscard]] const char* Begin() const noexcept { return m_oBytes.Beg(); }
     [[nodiscard]] const char* At(u2_t uOffset) const noexcept { return m_oBytes.Beg() + uOffset; }
     // For who has just added them.
@@ -39,7 +41,6 @@ class Data_Heap {
     // Makes the empty text be there.
     void Start() {
         if (m_oBytes.Size() != 0) return;
-        m_oBytes.Reserve(FIRST);
         m_oBytes.Add('\0');
     }
     // Appends bytes and returns their offset; they may lie in the heap.
@@ -135,13 +136,13 @@ class Data_Heap {
     void Swap(Arr<char>& oBytes) noexcept { m_oBytes.Swap(oBytes); }
 
   private:
-    // What small trees need grows in one step.
+    // What small trees need.
     static constexpr std::size_t FIRST = 256 - Mem::HEADER_SIZE;
 
     u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
     char* Space(std::size_t uSize);
 
-    Arr<char> m_oBytes;
+    Arr_Near<char, FIRST> m_oBytes;
     i3_t m_iUnused = 0;  // bytes less those that references name; negative where they share
 };
 

@@ -23,11 +23,16 @@ class Data_UserTag {
         }
         m_oLong.Clear();
         if (!sTag.empty()) std::memcpy(m_sShort, sTag.data(), sTag.size());
+        m_sShort[sTag.size()] = 0;
         m_uShort = static_cast<u0_t>(sTag.size());
     }
     [[nodiscard]] Mem::Str Get() const { return m_uShort != 0 ? Mem::Str(View()) : m_oLong; }
     [[nodiscard]] std::string_view View() const noexcept {
         return m_uShort != 0 ? std::string_view(m_sShort, m_uShort) : m_oLong.View();
+    }
+    // Good until it is set again.
+    [[nodiscard]] const char* CStr() const noexcept {
+        return m_uShort != 0 ? m_sShort : m_oLong.CStr();
     }
     void Clear() noexcept {
         m_oLong.Clear();
@@ -36,10 +41,10 @@ class Data_UserTag {
     [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oLong.HeapBytes(); }
 
   private:
-    static constexpr std::size_t SHORT = 23;
+    static constexpr std::size_t SHORT = 22;
 
     u0_t m_uShort = 0;  // bytes of one in place
-    char m_sShort[SHORT];
+    char m_sShort[SHORT + 1];
     Mem::Str m_oLong;
 };
 

@@ -67,7 +67,7 @@ class Data_Walk : public Data_View {
 
     const u2_t* m_pNext = nullptr;
     const u2_t* m_pEnd = nullptr;
-    Arr<Open> m_oOpen;
+    Arr_Near<Open, 16> m_oOpen;
     Data m_oFrom;
 };
 

@@ -26,7 +26,7 @@ inline constexpr std::array<bool, 256> VERBATIM = [] {
 // otherwise have every field of theirs read and written again for every record.
 //
 // m_p is the next record. The level is the reader's last one, its successors came in the order of
-// names and stand in a group that is in order; m_pId is where the next one goes, m_uNode its id.
+// names and stand in a group that is in order; m_pId is where the id of the next one goes.
 template <class Source>
 class Reader<Source>::Fast {
   public:
@@ -45,6 +45,20 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] void Run() {
         while (LoadLevel() && ReadLevel()) {
         }
+    }
+    // Reads the first record, which is the root's; false when it is not for this.
+    [[nodiscard]] bool ReadRoot() {
+        m_uRunKey = NO_NAME;
+        Record o;
+        if (!ReadHead(o) || o.eCode != CODE_NONE) return false;
+        const i2_t iCount = Load<i2_t>(o.pValue);
+        if (iCount <= 0) return false;
+        m_oBase.m_oNode(0).uKey = o.uKey;
+        r.m_bFirst = false;
+        --r.Top().uPending;
+        r.m_oSource.Skip(static_cast<std::size_t>(o.pValue + 4 - r.m_oSource.Peek()));
+        r.OpenLevel(iCount);
+        return true;
     }
 
   private:
@@ -72,10 +86,7 @@ class Reader<Source>::Fast {
         m_uPending = oLevel.uPending;
         m_uRunKey = oLevel.uRunKey;
         m_uRunCount = static_cast<u2_t>(oLevel.iRunCount);
-        m_pNodes = m_oBase.m_oNode.Beg();
-        m_uNode = static_cast<u2_t>(m_oBase.m_oNode.Size());
-        m_uMostNodes = static_cast<u2_t>(
-            std::min<u3_t>({m_oBase.m_oNode.Capacity(), r.m_uMostNodes, u3_t{0x7FFFFFFF}}));
+        m_oTail = m_oBase.TakeTail(r.m_uMostNodes);
         m_pFirst = m_oBase.m_oGroup.Ids(oParent.Start());
         m_pId = m_pFirst + oParent.Size();
         m_pLast = m_pFirst + m_oBase.m_oGroup.Room(oParent.Start());
@@ -88,13 +99,13 @@ class Reader<Source>::Fast {
         oLevel.uPending = m_uPending;
         oLevel.uRunKey = m_uRunKey;
         oLevel.iRunCount = static_cast<i2_t>(m_uRunCount);
-        m_oBase.m_oNode.SetSize(m_uNode);
-        m_oBase.m_uIndexed = m_uNode;
-        Data_Node& oParent = m_pNodes[m_uParent];
+        m_oBase.GiveBack(m_oTail);
+        m_oBase.m_uIndexed = m_oTail.uNext;
+        Data_Node& oParent = m_oTail.pNodes[m_uParent];
         oParent.uWord3 = static_cast<u2_t>(m_pId - m_pFirst);
         m_oBase.m_oGroup.SetPlaced(oParent.Start(), oParent.uWord3);
         r.m_oSource.Skip(static_cast<std::size_t>(m_p - r.m_oSource.Peek()));
-        r.m_uNode = m_uNode - 1;
+        r.m_uNode = m_oTail.uNext - 1;
     }
 
     // Reads records until another level is the last one; false in front of a record that is not
@@ -102,7 +113,7 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] bool ReadLevel() {
         do {
             Record o;
-            if (!ReadHead(o)) return false;
+            if (!ReadHead(o) || m_oTail.IsFull() || m_pId == m_pLast) return false;
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
@@ -124,15 +135,15 @@ class Reader<Source>::Fast {
         m_bAhead = false;
     }
 
-    // An expected name, no attributes, the next index of its run, in the order of names, and room
-    // for it.
+    // An expected name, no attributes, the next index of its run, in the order of names.
     [[gnu::always_inline]] bool ReadHead(Record& o) {
         const auto uAtHand = static_cast<std::size_t>(m_pEnd - m_p);
         if (uAtHand < LENGTH) return false;
         const std::size_t uStep = Load<u2_t>(m_p);
         const char* const pStep = m_p + LENGTH;
         const std::size_t uSeen = uAtHand - LENGTH;
-        if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > r.m_oLimits.m_uTextBytes) return false;
+        if (uStep > r.m_oLimits.m_uTextBytes) return false;
+        if (uSeen < uStep + 1 + LARGEST_VALUE && !IsThere(pStep, uSeen, uStep)) return false;
         const Name oName = ReadName(pStep, uSeen, uStep);
         if (oName.uKey == 0) return false;
         o.uKey = oName.uKey;
@@ -142,11 +153,28 @@ class Reader<Source>::Fast {
         if (!bSameRun && m_uRunKey != NO_NAME && m_oBase.m_oName.IsLess(o.uKey, m_uRunKey)) {
             return false;
         }
-        if (m_uNode >= m_uMostNodes || m_pId == m_pLast) return false;
         o.uIndex = uIndex;
         o.eCode = static_cast<Code>(pStep[uStep]);
         o.pValue = pStep + uStep + 1;
         return true;
+    }
+
+    // The same for a record at the end of the document: whether all that ReadValue looks at without
+    // asking is there.
+    [[gnu::noinline]] static bool IsThere(const char* pStep, std::size_t uSeen,
+                                          std::size_t uStep) noexcept {
+        if (uSeen <= uStep) return false;
+        std::size_t uValue = 0;
+        switch (static_cast<Code>(pStep[uStep])) {
+            case CODE_NONE:
+            case CODE_INTEGER:
+            case CODE_STRING: uValue = 4; break;
+            case CODE_DOUBLE:
+            case CODE_LONG: uValue = 8; break;
+            case CODE_BOOLEAN: uValue = 1; break;
+            default: break;
+        }
+        return uSeen - uStep - 1 >= uValue;
     }
 
     [[gnu::always_inline]] Name ReadName(const char* p, std::size_t uSeen, std::size_t uStep) {
@@ -193,11 +221,7 @@ class Reader<Source>::Fast {
     }
     [[gnu::always_inline]] void Append(const Record& o, Data_Node::Type eType,
                                        u3_t uValue) noexcept {
-        Data_Node& oNode = m_pNodes[m_uNode];
-        oNode.uKey = o.uKey;
-        oNode.uFlags = (m_uParent + 1) << 4 | eType;
-        oNode.SetValue64(uValue);
-        *m_pId++ = m_uNode++;
+        *m_pId++ = m_oTail.Add(m_uParent, o.uKey, eType, uValue);
         m_uRunKey = o.uKey;
         m_uRunCount = o.uIndex + 1;
         --m_uPending;
@@ -212,9 +236,7 @@ class Reader<Source>::Fast {
     u2_t m_uPending;
     u2_t m_uRunKey;
     u2_t m_uRunCount;
-    Data_Node* m_pNodes;
-    u2_t m_uNode;
-    u2_t m_uMostNodes;
+    Data_Tail m_oTail;
     u2_t* m_pFirst;
     u2_t* m_pId;
     u2_t* m_pLast;
@@ -247,7 +269,9 @@ template <class Source>
     for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
     u2_t uKey;
     if (bVerbatim) {
+        const std::size_t uNames = m_oBase.m_oName.Size();
         uKey = m_oBase.m_oName.Insert({p, uName});
+        if (uKey == uNames) m_oBase.m_oName.SetVerbatim(uKey);
     } else {
         const u2_t uForm = m_oForm.Find({p, uName});
         if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
@@ -284,6 +308,11 @@ bool Reader<Source>::IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) 
     const std::size_t uDigits = FormatInteger(uIndex, sIndex);
     sIndex[uDigits] = ']';
     return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
+}
+
+template <class Source>
+bool Reader<Source>::ReadFastRoot() {
+    return Fast(*this).ReadRoot();
 }
 
 template <class Source>

@@ -22,8 +22,10 @@ namespace dgraph {
 
 template <class Source>
 void Reader<Source>::Run() {
-    m_oLevel.Reserve(32);
     m_oLevel.Add(Level{1, NO_NAME, 0, 0, true});
+    if constexpr (Source::IN_MEMORY) {
+        if (ReadFastRoot()) ReadFastRecords();
+    }
     while (Top().uPending != 0) {
         m_uNode = Top().uParent;
         if (!ReadRecord()) break;

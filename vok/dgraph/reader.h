@@ -104,6 +104,8 @@ class Reader {
     // Stops in front of the first other one, which is for ReadRecord. This loop is what
     // loading a document costs.
     void ReadFastRecords();
+    // The same for the record of the root, which is the first one; false when it is for ReadRecord.
+    bool ReadFastRoot();
     class Fast;
 
     // The key of the name at p if it is one of those expected, else 0.
@@ -191,7 +193,7 @@ class Reader {
     // Names as they stand in the document, where that is not as they are, and their keys.
     Hash m_oForm;
     Arr<u2_t> m_oKeyOfForm;
-    Arr<Level> m_oLevel;
+    Arr_Near<Level, 32> m_oLevel;
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;
     u2_t m_uNode = 0;  // of the record being read; its parent as long as its name is not known

@@ -30,7 +30,7 @@ class Step {
     char* ParseIndex(char* p);
     char* ParseAttribute(char* p, char* pEnd);
 
-    Arr<char> m_oText;
+    Arr_Near<char, 64> m_oText;
     i2_t m_iIndex = 0;
     Arr<Attribute> m_oAttribute;
 };

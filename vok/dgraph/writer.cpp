@@ -1,6 +1,7 @@
 // Writes a tree as a DGraph document; of major version 2 that is a header and a native dump.
 #include "vok/dgraph/writer.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <cstring>
@@ -194,9 +195,20 @@ void Writer<Sink>::WriteLink(const Data_Node& oNode) {
 
 namespace {
 
+// What is asked for at first: as much as most records take, what the writer wants at hand for the
+// last one included, and no more than is little for any process.
+constexpr std::size_t FIRST_ROOM = 4096;
+constexpr std::size_t PER_NODE = 32;
+
 template <class Sink>
 void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
-    char* p = oSink.Space(HEADER_SIZE);
+    std::size_t uRoom = HEADER_SIZE;
+    if constexpr (Sink::IN_MEMORY) {
+        // That of a small document in one step.
+        const Data_Base& b = *Access::BaseOf(oRoot);
+        uRoom = std::min(FIRST_ROOM, b.m_oNode.Size() * PER_NODE + b.m_oHeap.Size());
+    }
+    char* p = oSink.Space(std::max(uRoom, HEADER_SIZE));
     StoreHeader(p, oVersion);
     oSink.Cut(p + HEADER_SIZE);
     oRoot.SetAccessMode();
@@ -211,7 +223,8 @@ void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
 void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
     return Where("vok::Dgraph_SaveDGraph", [&] {
         dgraph::Version oVersion;
-        if (!data.IsNode() || !dgraph::ParseVersion(data.GetUserTag().CStr(), oVersion)) {
+        const Data_Base* const pBase = dgraph::Access::BaseOf(data);
+        if (pBase == nullptr || !dgraph::ParseVersion(pBase->m_oUserTag.CStr(), oVersion)) {
             dgraph::RaiseNoDGraph();
         }
         if (oVersion.iMajor != 1 && oVersion.iMajor != 2) dgraph::RaiseWrongVersion();

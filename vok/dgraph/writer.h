@@ -148,10 +148,10 @@ class Writer {
     const Data& m_oRoot;
     const i2_t m_iMinor;
     Sink& m_oSink;
-    Arr<Frame> m_oFrame;
-    Arr<u0_t> m_oVerbatim;       // by key
-    Hash m_oForm;                // of names that are not written as they stand
-    Data_IdMap<u2_t> m_oFormOf;  // theirs, by key of the name
+    Arr_Near<Frame, 16> m_oFrame;
+    Arr_Near<u0_t, 64> m_oVerbatim;  // by key
+    Hash m_oForm;                    // of names that are not written as they stand
+    Data_IdMap<u2_t> m_oFormOf;      // theirs, by key of the name
     Arr<char> m_oStep;
     Arr<u2_t> m_oAttKeys;
 };

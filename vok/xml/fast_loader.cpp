@@ -227,7 +227,7 @@ void XmlLoader::ReadFastElements() {
         p += oName.uLength;
         if (m_pEnd - p < ROOM) return;
 
-        Node oNode{uKey, (m_uNode + 1) << 4, 0, 0};
+        Node oNode{uKey, 0, 0, 0};  // its type and value
         Content eContent;
         if (*p != '>') {
             eContent = FastTyped(p, oName, oNode);
