@@ -89,41 +89,45 @@ void ReadBytes(In& in, T& value) {
     }
 }
 
-// The nodes of one name, as many as there are.
-template <class S, class In, class T>
+// The nodes of one name, as many as there are: into an array, of which all or none must be there.
+template <class S, class In, FixedRange T>
 void ReadElements(In& in, T& range) {
     vok::u2_t uIndex = 0;
-    if constexpr (FixedRange<T>) {
-        for (; in.template Next<S>(uIndex); ++uIndex) {
-            if (uIndex == range.size()) return in.FailCount(range.size(), uIndex + std::size_t{1});
-            ReadNode<S>(in, range[uIndex]);
+    for (; in.template Next<S>(uIndex); ++uIndex) {
+        if (uIndex == range.size()) return in.FailCount(range.size(), uIndex + std::size_t{1});
+        ReadNode<S>(in, range[uIndex]);
+    }
+    if (uIndex != 0 && uIndex != range.size()) in.FailCount(range.size(), uIndex);
+}
+
+// Into a map: an entry of each, its parts by the order of their names.
+template <class S, class In, Map T>
+void ReadElements(In& in, T& range) {
+    range.clear();
+    for (vok::u2_t uIndex = 0; in.template Next<S>(uIndex); ++uIndex) {
+        typename T::key_type key{};
+        typename T::mapped_type mapped{};
+        if (auto oOpen = in.Enter()) {
+            if constexpr (S::KEY < S::VALUE) ReadField<KeyOf<S>>(in, key);
+            ReadField<ValueOf<S>>(in, mapped);
+            if constexpr (S::VALUE < S::KEY) ReadField<KeyOf<S>>(in, key);
+            in.Leave(oOpen);
         }
-        if (uIndex != 0 && uIndex != range.size()) in.FailCount(range.size(), uIndex);
-    } else {
-        range.clear();
-        for (; in.template Next<S>(uIndex); ++uIndex) {
-            if constexpr (Map<T>) {
-                typename T::key_type key{};
-                typename T::mapped_type mapped{};
-                if (auto oOpen = in.Enter()) {
-                    if constexpr (S::KEY < S::VALUE) ReadField<KeyOf<S>>(in, key);
-                    ReadField<ValueOf<S>>(in, mapped);
-                    if constexpr (S::VALUE < S::KEY) ReadField<KeyOf<S>>(in, key);
-                    in.Leave(oOpen);
-                }
-                range.emplace(std::move(key), std::move(mapped));
-            } else if constexpr (Sequence<T> &&
-                                 std::same_as<typename T::reference, typename T::value_type&>) {
-                ReadNode<S>(in, range.emplace_back());
-            } else {
-                typename T::value_type element{};
-                ReadNode<S>(in, element);
-                if constexpr (Sequence<T>) {
-                    range.push_back(element);
-                } else {
-                    range.insert(std::move(element));
-                }
-            }
+        range.emplace(std::move(key), std::move(mapped));
+    }
+}
+
+// Into whatever else takes elements: in their place where it gives one.
+template <class S, class In, class T>
+void ReadElements(In& in, T& range) {
+    range.clear();
+    for (vok::u2_t uIndex = 0; in.template Next<S>(uIndex); ++uIndex) {
+        if constexpr (Sequence<T> && std::same_as<typename T::reference, typename T::value_type&>) {
+            ReadNode<S>(in, range.emplace_back());
+        } else {
+            typename T::value_type element{};
+            ReadNode<S>(in, element);
+            range.insert(range.end(), std::move(element));
         }
     }
 }
