@@ -94,6 +94,8 @@ struct Containers {
     std::array<int, 3> fixed{};
     std::set<std::string> names;
     std::map<std::string, int> counts;
+    std::unordered_map<int, std::string> hashed;
+    std::multimap<int, bool> several;
     std::map<int, std::vector<Leg>> groups;
     std::vector<std::vector<int>> matrix;
     std::vector<std::optional<int>> gaps;
@@ -101,8 +103,8 @@ struct Containers {
     std::tuple<int, std::vector<bool>, std::string> tuple;
     std::variant<std::monostate, int, Leg, std::vector<std::string>> choice;
     bool operator==(const Containers&) const = default;
-    VOK_FIELDS(Containers, legs, texts, reals, flags, fixed, names, counts, groups, matrix, gaps,
-               pair, tuple, choice)
+    VOK_FIELDS(Containers, legs, texts, reals, flags, fixed, names, counts, hashed, several, groups,
+               matrix, gaps, pair, tuple, choice)
 };
 
 // Objects in objects, as deep as they like.
@@ -170,8 +172,10 @@ class Filler {
             value.clear();
             for (auto n = Below(4); n-- > 0;) {
                 typename T::key_type key{};
+                typename T::mapped_type mapped{};
                 Fill(key);
-                Fill(value[key]);
+                Fill(mapped);
+                value.emplace(std::move(key), std::move(mapped));
             }
         } else if constexpr (fields::Range<T>) {
             value.clear();

@@ -82,6 +82,9 @@ class Data_Builder {
     // Sets an attribute of the node appended last. Errors are those of Data::SetAttVal, and "object
     // points to nothing" before the first one.
     void SetAttVal(const char* sName, const char* sValue);
+    void SetAttVal(std::string_view sName, std::string_view sValue) {
+        SetAttVal(Str(sName).CStr(), Str(sValue).CStr());
+    }
 
   private:
     struct Level {

@@ -30,6 +30,9 @@ void Dgraph_CheckPath(const char* pBegin, const char* pEnd = nullptr);
 // attributes; otherwise a new node is inserted, past the end appended. A negative index appends
 // two nodes and gives the second one. Errors are those of Data::Append and Data::Insert.
 void Dgraph_InsertChild(Data& oResult, Data& oParent, const char* sName, i2_t iIndex);
+inline void Dgraph_InsertChild(Data& oResult, Data& oParent, std::string_view sName, i2_t iIndex) {
+    Dgraph_InsertChild(oResult, oParent, Str(sName).CStr(), iIndex);
+}
 
 }  // namespace vok
 
