@@ -14,6 +14,7 @@
 #include "vok/dgraph/container.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/names.h"
+#include "vok/dgraph/records.h"
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"

@@ -589,9 +589,9 @@ TEST(Fields, NoMemoryIsTold) {
         {sReading, [&] { (void)Serializer().Read<All>(aoAll); }},
     };
     const vok::Mem_Probe oProbe;
+    int iTold = 0;
     for (const auto& [sError, oDo] : CASES) {
         bool bRefused = true;
-        int iTold = 0;
         for (unsigned uNth = 1; bRefused; ++uNth) {
             std::string sRaised;
             vok::Mem_Probe::FailIn(uNth);
@@ -606,8 +606,8 @@ TEST(Fields, NoMemoryIsTold) {
             ASSERT_TRUE(sRaised.empty() || (bRefused && sRaised == sError)) << uNth << sRaised;
             iTold += !sRaised.empty();
         }
-        EXPECT_GT(iTold, 1);
     }
+    EXPECT_GT(iTold, 3);
     company.staff[1]->friends.clear();
 }
 

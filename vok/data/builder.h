@@ -69,6 +69,9 @@ class Data_Builder {
     u2_t AddFlt(Data_Name oName, float fValue) {
         return Append(oName, Data_Node::Float, std::bit_cast<u3_t>(double{fValue}));
     }
+    u2_t AddChar(Data_Name oName, i2_t iChar) {
+        return Append(oName, Data_Node::Char, static_cast<u2_t>(iChar));
+    }
     // Seconds since 1970-01-01 UTC.
     u2_t AddDate(Data_Name oName, double dSeconds) {
         return Append(oName, Data_Node::Date, std::bit_cast<u3_t>(dSeconds));

@@ -14,13 +14,6 @@
 
 namespace vok::dgraph {
 
-// The bytes of names that need no second look: ASCII without the reserved ones.
-inline constexpr std::array<bool, 256> VERBATIM = [] {
-    std::array<bool, 256> abVerbatim{};
-    for (std::size_t u = 1; u < 128; ++u) abVerbatim[u] = !detail::RESERVED[u];
-    return abVerbatim;
-}();
-
 // The reader's state in locals, while records are like most records are. What is appended and
 // consumed counts for the reader and the tree only after Sync: loops and stores of bytes would
 // otherwise have every field of theirs read and written again for every record.
