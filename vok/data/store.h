@@ -130,10 +130,10 @@ class Data_Base {
         if (uOffset != 0) [[likely]] {
             return Append(uParent, uKey, Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
         }
-        const u2_t uId = Append(uParent, uKey);
-        SetNewText(uId, sText);
-        return uId;
+        return Append(uParent, uKey, Node::String, AddText(sText));
     }
+    // Adds a text, which ends at its first NUL, and returns the value of a node that has it.
+    [[nodiscard]] u3_t AddText(std::string_view sText);
     // The value of a node that Append has just made.
     void SetNewValue(u2_t uId, Node::Type eType, u2_t uWord2, u2_t uWord3) noexcept {
         Node& oNode = m_oNode(uId);
