@@ -150,14 +150,16 @@ TEST(Edit, ParentsHaveALimit) {
     for (const u2_t uId : {BOUND, BOUND + 1}) {
         Data oHigh = oRoot.GetNodeFromID(uId);
         const std::function<void()> STEPS[] = {
-            [&] { oHigh.CreateNewSucc("x"); },      [&] { oHigh.AddInt("x", 1); },
-            [&] { oHigh.Insert("x", 0); },          [&] { oChild.MoveTo(oHigh); },
-            [&] { (void)oChild.MkCopy(oHigh); },    [&] { const Data_Builder oBuilder(oHigh); },
-            [&] { Data_Builder(oRoot).Open("x"); },
+            [&] { oHigh.CreateNewSucc("x"); },   [&] { oHigh.AddInt("x", 1); },
+            [&] { oHigh.Insert("x", 0); },       [&] { oChild.MoveTo(oHigh); },
+            [&] { (void)oChild.MkCopy(oHigh); }, [&] { const Data_Builder oBuilder(oHigh); },
+            [&] { oHigh.AddStr("x", "text"); },  [&] { oHigh.AddBin("x", "block", 5); },
+            [&] { oHigh.CreateNode("x/y"); },    [&] { Data_Builder(oRoot).Open("x"); },
         };
         for (const auto& oStep : STEPS) {
             EXPECT_EQ(Failing(oStep), TOO_HIGH);
             EXPECT_EQ(oHigh.GetType(), Data_Node::Empty);
+            EXPECT_EQ(b.m_oHeap.Size(), 0u);
             EXPECT_EQ(oRoot.GetNodes(), BOUND + 2);
             EXPECT_EQ(oRoot.GetNthSucc(0), oChild);
         }

@@ -45,7 +45,10 @@ void Data_Base::CheckAppendSlow(u2_t uParent) const {
     const bool bBlank =
         eType == Node::String &&
         m_oHeap.At(oNode.uWord2)[std::strspn(m_oHeap.At(oNode.uWord2), " \t\n\r\f")] == 0;
-    if (!bBlank) Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
+    if (eType != Node::Empty && !bBlank) {
+        Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
+    }
+    Node::CheckPred(uParent);
 }
 
 void Data_Base::CheckIds(u2_t uParent, std::size_t uCount) const {

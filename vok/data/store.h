@@ -105,8 +105,7 @@ class Data_Base {
 
     // Raises the error for a node that takes no successors.
     void CheckAppend(u2_t uParent) const {
-        const u2_t uType = m_oNode(uParent).uFlags & 0xFu;
-        if (uType != Node::Tree && uType != Node::Empty) [[unlikely]]
+        if (m_oNode(uParent).GetType() != Node::Tree) [[unlikely]]
             CheckAppendSlow(uParent);
     }
     // Appends a node with an inline value, or an empty one, below uParent, which CheckAppend
