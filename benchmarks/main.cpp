@@ -1,6 +1,7 @@
 // All benchmarks, contender by contender within a data set, so that ratios come from one run.
 //
 //     vok_benchmarks [--set=NAME] [--table | --columns] [flags of Google Benchmark]
+//     vok_benchmarks --large[=NODES]
 //
 // With --set only that data set is made and registered. --columns lists our own columns of it with
 // what is counted in each: nodes, or questions asked, of one iteration.
@@ -8,10 +9,13 @@
 // With --table every benchmark runs several times in mixed order, and the best time per node of
 // each is printed as one Markdown table per data set, beside its ratio to the peer to beat:
 // MessagePack, or pugixml for documents in XML.
+//
+// --large is one tree of 100 million nodes, or of as many as it says, and nothing else.
 #include <malloc.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -19,6 +23,7 @@
 #include <vector>
 
 #include "benchmarks/contender.h"
+#include "benchmarks/large.h"
 #include "benchmarks/objects.h"
 #include "vok/base/msg.h"
 
@@ -182,6 +187,10 @@ int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     std::vector<char*> asArgs(argv, argv + argc);
+    if (const char* sLarge = Take(asArgs, "--large"); sLarge != nullptr) {
+        constexpr std::size_t uNodes = 100'000'000;
+        return bench::RunLarge(*sLarge == '=' ? std::strtoull(sLarge + 1, nullptr, 10) : uNodes);
+    }
     const char* sSet = Take(asArgs, "--set=");
     const bool bColumns = Take(asArgs, "--columns") != nullptr;
     const bool bTable = Take(asArgs, "--table") != nullptr;

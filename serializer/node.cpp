@@ -80,6 +80,24 @@ vok::Data NewSuccessor(vok::Data& oNode, StringRef oName) {
     return WithName(oName, [&](std::string_view sName) { return oNode.CreateNewSucc(sName); });
 }
 
+// Adds a value; a successor whose value cannot be had stays, without one.
+template <class Add>
+void AddOrLeave(vok::Data& oNode, std::string_view sName, const Add& oAdd) {
+    const vok::u2_t uNodes = oNode.GetNodes();
+    try {
+        oAdd();
+    } catch (...) {
+        if (uNodes != 0 && oNode.GetNodes() == uNodes && oNode.FindKey(sName).IsKnown()) {
+            try {
+                (void)oNode.CreateNewSucc(sName);
+            } catch (...) {
+                // Then it is not to be had either; the first reason is the one to tell.
+            }
+        }
+        throw;
+    }
+}
+
 constexpr const char* QUAD_NAMES[] = {"V1", "V2", "V3", "V4"};
 
 }  // namespace
@@ -110,11 +128,14 @@ vok::Data& Node::Cursor() {
 void Node::AddValue(StringRef name, StringRef value) {
     Guarded("Failed to add Node String value", [&] {
         WithName(name, [&](std::string_view sName) {
-            if (value.Utf8().data() != nullptr) {
-                Cursor().AddStr(sName, value.Utf8());
-            } else {
-                Cursor().AddStr(sName, Utilities::NativeText(value).CStr());
-            }
+            vok::Data& oNode = Cursor();
+            AddOrLeave(oNode, sName, [&] {
+                if (value.Utf8().data() != nullptr) {
+                    oNode.AddStr(sName, value.Utf8());
+                } else {
+                    oNode.AddStr(sName, Utilities::NativeText(value).CStr());
+                }
+            });
         });
     });
 }
@@ -145,7 +166,9 @@ void Node::AddValue(StringRef name, std::span<const Byte> value) {
                 Cursor().CreateNewSucc(sName);
                 (void)vok::Msg::ToInt32(value.size());
             }
-            Cursor().AddBin(sName, value.data(), static_cast<vok::u2_t>(value.size()));
+            AddOrLeave(Cursor(), sName, [&] {
+                Cursor().AddBin(sName, value.data(), static_cast<vok::u2_t>(value.size()));
+            });
         });
     });
 }

@@ -1,10 +1,12 @@
 #include "tools/loss.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
 
+#include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/data/walk.h"
 
@@ -27,6 +29,21 @@ class Losses {
     std::vector<std::string> m_asLine;
 };
 
+// How dates are written: as days, or as texts, which in XML may be no date.
+enum class Dates { Days, Texts, XmlTexts };
+
+// The date that is read back.
+double ReadBack(double dSeconds, Dates eDates) {
+    if (eDates == Dates::Days) return vok::SecondsOfDays(vok::DaysOfSeconds(dSeconds));
+    char s[128];
+    if (eDates == Dates::XmlTexts && !std::isfinite(dSeconds)) {
+        return vok::ParseReal({s, vok::FormatReal(dSeconds, s)});
+    }
+    double dRead = 0;
+    (void)vok::ParseDate({s, vok::FormatDate(dSeconds, ' ', s)}, dRead);
+    return dRead;
+}
+
 // Everything that some form drops, counted.
 struct Counts {
     vok::u3_t uEmptyAttributes = 0;
@@ -35,13 +52,14 @@ struct Counts {
     vok::u3_t uChars = 0;      // beyond one byte
     vok::u3_t uNoChars = 0;    // that are no character of Unicode
     vok::u3_t uDates = 0;
+    vok::u3_t uOtherDates = 0;  // that become others, not for their fractions
     vok::u3_t uLongs = 0;
     vok::u3_t uQuads = 0;
     vok::u3_t uDeadLinks = 0;  // that lead to nothing, or to what was removed
     vok::u3_t uTopLinks = 0;   // that lead to the top
 
     // Without attributes it takes half the time.
-    Counts(const Data& oTree, bool bAttributes) {
+    Counts(const Data& oTree, bool bAttributes, Dates eDates) : m_eDates(eDates) {
         Data oNode = oTree;
         for (vok::Data_Walk o(oTree); o.Next();) {
             oNode.SetToNode(o.GetId());
@@ -63,10 +81,16 @@ struct Counts {
                 uFloats += std::isfinite(d) && static_cast<double>(static_cast<float>(d)) != d;
                 break;
             }
-            case Data_Node::Date:
+            case Data_Node::Date: {
+                const double d = o.Dbl();
+                const bool bFraction = std::isfinite(d) && std::floor(d) != d;
                 ++uDates;
-                uFractions += std::isfinite(o.Dbl()) && std::floor(o.Dbl()) != o.Dbl();
+                uFractions += bFraction;
+                // By their bits: 0 is not -0.
+                uOtherDates += !bFraction && std::bit_cast<vok::u3_t>(ReadBack(d, m_eDates)) !=
+                                                 std::bit_cast<vok::u3_t>(d);
                 break;
+            }
             case Data_Node::Char: {
                 const auto uCode = static_cast<vok::u2_t>(o.Int());
                 uChars += uCode > 0xFF;
@@ -86,6 +110,7 @@ struct Counts {
         }
     }
 
+    const Dates m_eDates;
     vok::Arr<const char*> m_oNames;
     vok::Arr<const char*> m_oValues;
 };
@@ -110,9 +135,11 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
     Losses o;
     if (sFormat == "dump") return {};
     const bool bXml = sFormat == "xml";
-    const Counts n(oTree, !bXml);
+    const Dates eDates = bXml ? Dates::XmlTexts : iMinor < 2 ? Dates::Texts : Dates::Days;
+    const Counts n(oTree, !bXml, eDates);
     if (bXml) {
         o.Add(n.uFractions, "fraction of a second", "fractions of a second");
+        o.Add(n.uOtherDates, "date that becomes another", "dates that become others");
         o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
         o.Add(n.uNoChars, "number that is no character", "numbers that are no characters");
         return std::move(o).Lines();
@@ -120,6 +147,7 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
     o.Add(n.uEmptyAttributes, "empty attribute", "empty attributes");
     o.Add(n.uFloats, "real cut to 32 bits", "reals cut to 32 bits");
     o.Add(n.uFractions, "fraction of a second", "fractions of a second");
+    o.Add(n.uOtherDates, "date that becomes another", "dates that become others");
     o.Add(n.uChars, "character beyond one byte", "characters beyond one byte");
     o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
     o.Add(n.uTopLinks, "link to the top", "links to the top");
@@ -130,7 +158,7 @@ std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFo
 
 std::string WhyNot(const Data& oTree, const std::string& sFormat, int iMinor) {
     if (sFormat != "dgraph" || iMinor >= 3) return {};
-    if (Counts(oTree, false).uQuads == 0) return {};
+    if (Counts(oTree, false, Dates::Days).uQuads == 0) return {};
     return "quadruples cannot be read back from a document before version 1.3";
 }
 

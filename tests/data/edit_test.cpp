@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/support.h"
+#include "vok/data/builder.h"
 #include "vok/dgraph/access.h"
 #include "vok/dgraph/dgraph.h"
 
@@ -148,35 +149,77 @@ TEST(Edit, MemoryRunsOut) {
     EXPECT_FALSE(Mem_Probe::HasRefused(1, [&] { o.oRoot.Reset(); }));
 }
 
-// Parents have 24 bits in a record: one that does not fit must never become another one.
+#ifndef _WIN32
+constexpr u2_t BOUND = Data_Node::CUT_LOOSE - 1;  // the first id that takes no successors
+const char* const TOO_HIGH = "assertion failed: uParent + 1 < 0xFFFFFFF";
+
+// Makes a tree one of so many nodes, which hang nowhere: records that nobody has written cost no
+// memory.
+Data_Base& Widen(const Data& oTree, u2_t uNodes) {
+    Data_Base& b = *dgraph::Access::BaseOf(oTree);
+    b.UpdateSucc();
+    b.m_oNode.Reserve(std::size_t{BOUND} + 4096);
+    b.m_oNode.SetSize(uNodes);
+    b.m_uIndexed = uNodes;
+    return b;
+}
+
+// Parents have 28 bits in a record: one that does not fit must never become another one.
 TEST(Edit, ParentsHaveALimit) {
     Data oRoot = NewTree();
     Data oChild = oRoot.CreateNewSucc("c");
-    const Data_Key oKey = oRoot.MakeKey("n");
-    u2_t uId = 0;
-    while (uId < Data_Node::CUT_LOOSE) uId = oRoot.AddBool(oKey, true);
-    const u2_t uNodes = oRoot.GetNodes();
-    for (const u2_t u : {uId - 1, uId}) {
-        Data oLast = oRoot.GetNodeFromID(u);
-        oLast.ClearVal();
+    const Data_Base& b = Widen(oRoot, BOUND + 2);
+    for (const u2_t uId : {BOUND, BOUND + 1}) {
+        Data oHigh = oRoot.GetNodeFromID(uId);
         const std::function<void()> STEPS[] = {
-            [&] { oLast.CreateNewSucc("x"); },
-            [&] { oLast.Insert("x", 0); },
-            [&] { oChild.MoveTo(oLast); },
-            [&] { (void)oChild.MkCopy(oLast); },
+            [&] { oHigh.CreateNewSucc("x"); },   [&] { oHigh.AddInt("x", 1); },
+            [&] { oHigh.Insert("x", 0); },       [&] { oChild.MoveTo(oHigh); },
+            [&] { (void)oChild.MkCopy(oHigh); }, [&] { const Data_Builder oBuilder(oHigh); },
+            [&] { oHigh.AddStr("x", "text"); },  [&] { oHigh.AddBin("x", "block", 5); },
+            [&] { oHigh.CreateNode("x/y"); },    [&] { Data_Builder(oRoot).Open("x"); },
         };
         for (const auto& oStep : STEPS) {
-            EXPECT_EQ(Raised(oStep), "assertion failed: uParent + 1 < 0xFFFFFF\n");
+            EXPECT_EQ(Failing(oStep), TOO_HIGH);
+            EXPECT_EQ(oHigh.GetType(), Data_Node::Empty);
+            EXPECT_EQ(b.m_oHeap.Size(), 0u);
+            EXPECT_EQ(oRoot.GetNodes(), BOUND + 2);
+            EXPECT_EQ(oRoot.GetNthSucc(0), oChild);
         }
     }
-    Data oGood = oRoot.GetNodeFromID(Data_Node::CUT_LOOSE - 2);
-    oGood.ClearVal();
-    EXPECT_EQ(oGood.CreateNewSucc("x").GetPred(), oGood);
-    oChild.CreateNewSucc("d");
-    EXPECT_EQ(Raised([&] { (void)oChild.MkCopy(oRoot); }),  // the copy has a successor
-              "assertion failed: uParent + 1 < 0xFFFFFF\n");
-    EXPECT_EQ(oRoot.GetNodes(), uNodes + 2);
+    EXPECT_EQ(oRoot.AddInt("leaf", 7), BOUND + 2);  // which any id will do for
+    EXPECT_EQ(oRoot.GetNthSucc("leaf", 0).GetPred(), oRoot);
+    // Far behind where 24 bits end, and the last one.
+    for (const u2_t uId : {u2_t{1} << 24, BOUND - 1}) {
+        Data oHigh = oRoot.GetNodeFromID(uId), oNew = oHigh.CreateNewSucc("x");
+        EXPECT_EQ(oNew.GetPred(), oHigh);
+        EXPECT_EQ(oHigh.GetNthSucc("x", 0), oNew);
+        EXPECT_EQ(oChild.MkCopy(oHigh).GetPred(), oHigh);
+        Data oMoved = oHigh.Insert("a", 0);
+        oMoved.MoveTo(oRoot);
+        EXPECT_EQ(oMoved.GetPred(), oRoot);
+        oNew.Remove();
+        EXPECT_EQ(oNew.GetNode().uFlags, (uId + 1) << 4 | Data_Node::Zombi);
+    }
+    EXPECT_EQ(b.m_oNode.Size(), BOUND + 9);
 }
+
+// Whatever of a copy has successors must fit as well; texts are not copied before that is known.
+TEST(Edit, ParentsInCopiesHaveALimit) {
+    for (const bool bOtherTree : {false, true}) {
+        Data oRoot = NewTree(), oOther = bOtherTree ? NewTree() : oRoot;
+        Data oTop = oOther.CreateNewSucc("top");
+        oTop.AddStr("a", "text");
+        oTop.CreateNewSucc("b").CreateNewSucc("c");
+        const Data_Base& b = Widen(oRoot, BOUND - 2);
+        const std::size_t uHeap = b.m_oHeap.Size();
+        EXPECT_EQ(Failing([&] { (void)oTop.MkCopy(oRoot); }), TOO_HIGH);
+        EXPECT_EQ(oRoot.GetNodes(), BOUND - 2);
+        EXPECT_EQ(b.m_oHeap.Size(), uHeap);
+        Widen(oRoot, BOUND - 3);
+        EXPECT_TRUE(Data::Equal(oTop.MkCopy(oRoot), oTop));
+    }
+}
+#endif
 
 // Nothing recurses: one node below the other a million times.
 TEST(Edit, AMillionLevels) {

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/data/kinds.h"
+#include "vok/data/builder.h"
 #include "vok/data/walk.h"
 #include "vok/dgraph/access.h"
 
@@ -300,45 +301,80 @@ TEST(Values, AViewFindsWhatCursorsFind) {
     EXPECT_EQ(Failing([] { (void)Data_View(Data()); }), "node is empty");
 }
 
-#ifndef _WIN32
-// Texts and blocks share 2 GiB: what does not fit is refused before anything is changed.
+// Texts and blocks share 2 GiB, here some bytes: what does not fit is refused before anything is
+// changed. Each step asks for more than is left, some for it in parts of which the first would fit.
 TEST(Values, TheHeapHasALimit) {
+    const char* const sLong = "a text that is longer";
+    const char* const sUmlaut = "a text that has an \u00FC";
     Data oRoot = NewTree();
-    oRoot.CreateNewSucc("s").SetValStr("text");
-    oRoot.CreateNewSucc("q").SetValQuad(1, 2, 3, 4);
-    oRoot.SetAttVal("a", "value");
-    Data_Heap& oHeap = dgraph::Access::BaseOf(oRoot)->m_oHeap;
-    const std::size_t uSize = oHeap.Size();
-    const auto oSetSize = [&oHeap](std::size_t uBytes) {
-        Arr<char> oBytes;
-        oHeap.Swap(oBytes);
-        oBytes.Reserve((std::size_t{1} << 31) + 4096);  // which costs no memory before it is used
-        oBytes.SetSize(uBytes);
-        oHeap.Swap(oBytes);
-    };
-    Data oOther = NewTree();
-    oOther.SetValStr("a text that is longer");
+    Data oText = oRoot.CreateNewSucc("s"), oQuad = oRoot.CreateNewSucc("q");
+    oText.SetValStr("text");
+    oQuad.SetValQuad(1, 2, 3, 4);
+    oText.SetAttVal("a", "value");
+    oText.SetAttVal("b", "value");
+    for (const char* sName : {"n", "x", "y", "top"}) (void)oRoot.MakeKey(sName);
+    const Data oOther = NewTree().CreateNewSucc("top");
+    Data(oOther).SetAttVal("a", "small");
+    Data(oOther).SetAttVal("b", sLong);
+    Data(oOther).AddStr("n", "small");
+    Data(oOther).AddStr("n", sLong);
+    Data oLong = oOther.GetNthSucc("n", 1);
+    Data oBlock = NewTree(), oWords = NewTree();
+    oBlock.SetValBin(sLong, 20);
+    oWords.SetValQuad(5, 6, 7, 8);
     const std::function<void()> STEPS[] = {
-        [&] { oRoot.AddStr("n", "a text that is longer"); },
-        [&] { oRoot.AddBin("n", "a block that is longer", 22); },
-        [&] { oRoot.GetNthSucc("s", 0).SetValStr("a text that is longer"); },
-        [&] { oRoot.GetNthSucc("s", 0).SetValBin("a block that is longer", 22); },
-        [&] { oRoot.GetNthSucc("q", 0).SetValQuad(5, 6, 7, 8); },
-        [&] { oRoot.SetAttVal("a", "a text that is longer"); },
+        [&] { oRoot.AddStr("n", sLong); },
+        [&] { oRoot.AddStr("n", sUmlaut); },
+        [&] { oRoot.AddBin("n", sLong, 22); },
+        [&] { oText.SetValStr(sLong); },
+        [&] { oText.SetValBin(sLong, 22); },
+        [&] { oQuad.SetValQuad(5, 6, 7, 8); },
+        [&] { oText.SetAttVal("a", sLong); },
+        [&] { oQuad.SetAttVal("a", sLong); },
+        [&] { oRoot.CreateNode("x/y[@a=\"small\"][@b=\"a text that is longer\"]"); },
         [&] { (void)oOther.MkCopy(oRoot); },
-        [&] { oRoot.CreateNode("x/y[@k=\"a text that is longer\"]"); },
+        [&] { oOther.CopyAtt(oText); },
+        [&] { Data::CopyVal(oLong, oText); },
+        [&] { Data::CopyVal(oBlock, oText); },
+        [&] { Data::CopyVal(oWords, oText); },
+        [&] { Data_Builder(oRoot).AddStr("n", sLong); },
+        [&] { Data_Builder(oRoot).AddStr("n", sUmlaut); },
+        [&] { Data_Builder(oRoot).AddBin("n", sLong, 22); },
+        [&] { Data_Builder(oRoot).AddQuad("n", 5, 6, 7, 8); },
+        [&] { Data(oOther).MoveTo(oRoot); },  // after which it is gone
     };
+    Data_Heap& oHeap = dgraph::Access::BaseOf(oRoot)->m_oHeap;
+    const std::string sBefore = DumpOf(oRoot), sOther = DumpOf(oOther);  // heap and names as well
     for (const auto& oStep : STEPS) {
-        oSetSize(0x7FFFFFF8);
+        oHeap.SetMost(oHeap.Size() + 8);
         EXPECT_EQ(Failing(oStep), "assertion failed: vok::Msg::IsInt32(x)");
-        oSetSize(uSize);
-        EXPECT_STREQ(oRoot.GetNthSucc("s", 0).GetValStr(), "text");
-        EXPECT_STREQ(oRoot.GetAttVal("a"), "value");
-        u2_t auWord[4];
-        oRoot.GetNthSucc("q", 0).GetValQuad(auWord[0], auWord[1], auWord[2], auWord[3]);
-        EXPECT_EQ(auWord[3], 4u);
-        EXPECT_FALSE(oRoot.GetNthSucc("x", 0).IsNode());
+        EXPECT_EQ(DumpOf(oRoot), sBefore);
+        EXPECT_EQ(DumpOf(oOther), sOther);
     }
+    // To the last byte, by either way in.
+    for (const std::size_t uMost : {oHeap.Size() + 6, std::size_t{0x7FFFFFFF}}) {
+        oHeap.SetMost(uMost);
+        const u2_t uId = oRoot.AddStr("n", "small");
+        EXPECT_STREQ(oRoot.GetNodeFromID(uId).GetValStr(), "small");
+    }
+    for (const auto& oStep : STEPS) EXPECT_EQ(Failing(oStep), "");
+}
+
+#ifndef _WIN32
+// The border itself: where offsets end.
+TEST(Values, TheHeapEndsAt2GiB) {
+    Data oRoot = NewTree();
+    Data_Heap& oHeap = dgraph::Access::BaseOf(oRoot)->m_oHeap;
+    Arr<char> oBytes;
+    oBytes.Reserve((std::size_t{1} << 31) + 4096);  // which costs no memory before it is used
+    oBytes.SetSize(0x7FFFFFF8);
+    oHeap.Swap(oBytes);
+    EXPECT_EQ(Failing([&] { oRoot.AddStr("n", "seven b"); }),
+              "assertion failed: vok::Msg::IsInt32(x)");
+    EXPECT_EQ(oRoot.GetNodes(), 1u);
+    oRoot.AddStr("n", "six by");
+    EXPECT_EQ(oRoot.GetNthSucc(0).GetValText(), "six by");
+    EXPECT_EQ(oHeap.Size(), 0x7FFFFFFFu);
 }
 #endif
 

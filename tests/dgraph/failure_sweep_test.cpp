@@ -3,7 +3,9 @@
 #include <functional>
 
 #include "tests/dgraph/dgraph_support.h"
+#include "vok/data/store_check.h"
 #include "vok/data/xpath.h"
+#include "vok/dgraph/access.h"
 
 namespace vok {
 namespace {
@@ -144,6 +146,40 @@ TEST(FailureSweep, Streams) {
         Dgraph_LoadDGraph(oTree, o);
     });
     EXPECT_EQ(Load(oState.sBytes), sShown);
+}
+
+// A heap that has room for all but some of what a document has: refused, wherever that is, and
+// what was read until then is a tree that holds together.
+TEST(FailureSweep, TheHeapIsFull) {
+    State o;
+    Build(o.oTree);
+    const std::string sXml = Written([&](File_Buf& oOut) { o.oTree.SaveToXML(oOut); });
+    const std::string asDocument[] = {Save(o.oTree), sXml};
+    for (const std::string& sDocument : asDocument) {
+        const auto oLoad = [&](Data& oTree, bool bStream) {
+            File_Buf oBuf(sDocument.data(), sDocument.size());
+            Drop_Stream oStream(sDocument);
+            File_Stream& oIn = bStream ? static_cast<File_Stream&>(oStream) : oBuf;
+            const bool bXml = &sDocument != asDocument;
+            bXml ? (void)oTree.LoadFromXML(oIn, 0) : Dgraph_LoadDGraph(oTree, oIn);
+        };
+        Data oWhole = NewTree();
+        oLoad(oWhole, false);
+        const std::size_t uNeeded = dgraph::Access::BaseOf(oWhole)->m_oHeap.Size();
+        EXPECT_GT(uNeeded, 100u);
+        for (std::size_t uMost = 1; uMost <= uNeeded; ++uMost) {
+            for (const bool bStream : {false, true}) {
+                SCOPED_TRACE(uMost);
+                Data oTree = NewTree();
+                dgraph::Access::BaseOf(oTree)->m_oHeap.SetMost(uMost);
+                EXPECT_EQ(Failing([&] { oLoad(oTree, bStream); }),
+                          uMost < uNeeded ? "assertion failed: vok::Msg::IsInt32(x)" : "");
+                EXPECT_STREQ(CheckStore(*dgraph::Access::BaseOf(oTree)), nullptr);
+                EXPECT_LE(dgraph::Access::BaseOf(oTree)->m_oHeap.Size(), uMost);
+                EXPECT_EQ(Data::Equal(oTree, oWhole), uMost == uNeeded);
+            }
+        }
+    }
 }
 
 }  // namespace

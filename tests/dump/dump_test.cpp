@@ -28,7 +28,7 @@ u2_t Flags(u2_t uPredField, Data_Node::Type eType) {
 //       b[0]  String "hi"
 //       b[1]  removed
 struct Parts {
-    std::string sMagic = "\x0B\x17\x01\x01\x78\x56\x34\x12\2\0\0\0\1\0\0\0\x0A\0\0\0vok::Data\0"s;
+    std::string sMagic = "\x0B\x17\x01\x01\x78\x56\x34\x12\2\0\0\0\2\0\0\0\x0A\0\0\0vok::Data\0"s;
     std::string sTag = "t";
     std::string sNames = "b\0a\0"s;
     Words oNodes = {
@@ -42,6 +42,11 @@ struct Parts {
     Words oAttributes = {1, 2, 4};
     std::string sEnd = "\0\0\0\0"s;
 
+    [[nodiscard]] Parts OfVersion(u2_t uVersion) const {
+        Parts o = *this;
+        o.sMagic.replace(12, 4, Number(uVersion));
+        return o;
+    }
     [[nodiscard]] std::string All() const {
         std::string s = sMagic + I32(static_cast<i3_t>(sTag.size())) + sTag;
         for (const std::string& sBlock :
@@ -104,6 +109,8 @@ TEST(Dump, BytesOfASmallTree) {
     EXPECT_EQ(oLoaded.GetId(), 0u);
     EXPECT_TRUE(Data::Equal(oRoot, oLoaded));
     EXPECT_EQ(DumpOf(oLoaded), Parts().All());
+    EXPECT_EQ(Load(Parts().OfVersion(1).All(), oLoaded), "");
+    EXPECT_EQ(DumpOf(oLoaded), Parts().All());
     EXPECT_STREQ(oLoaded.GetUserTag().CStr(), "t");
     EXPECT_EQ(oLoaded.GetNthSucc("b", 1).GetType(), Data_Node::Zombi);
     EXPECT_EQ(Raised([&] { Data().Dump(*std::make_unique<File_Buf>("w")); }), "node is empty\n");
@@ -158,11 +165,11 @@ TEST(Dump, Refuses) {
     std::vector<std::pair<std::string, Parts>> oCases = {
         {sForeign, {.sMagic = Magic(0, 1)}},
         {sForeign, {.sMagic = Magic(25, 'd')}},
-        {sVersion + "2-2, expected 2-1", {.sMagic = Magic(12, 2)}},
-        {sVersion + "3-1, expected 2-1", {.sMagic = Magic(8, 3)}},
+        {sVersion + "2-3, expected 2-2", {.sMagic = Magic(12, 3)}},
+        {sVersion + "2-0, expected 2-2", {.sMagic = Magic(12, 0)}},
+        {sVersion + "3-2, expected 2-2", {.sMagic = Magic(8, 3)}},
         {sEnd, {.sEnd = ""}},
         {"", {.sEnd = "\3\0\0\0new\0\0\0\0"s}},  // of a later writer
-        {"", {.oNodes = Nodes({{9, uPlain | 0xF0000000}})}},
         {"", {.oGroups = {3, 3, 2, 3, 1}}},      // nodes of one name in another order
         {"", {.oAttributes = {1, 2, 2}}},        // the end of another text
         {"", {.oAttributes = {2, 1, 2, 2, 1}}},  // and all of it
@@ -186,8 +193,8 @@ TEST(Dump, Refuses) {
     const Changes oWords = {
         // clang-format off
         {4, 3}, {1, Flags(1, Tree)}, {9, Flags(2, Integer)}, {9, Flags(99, Integer)},
-        {9, Flags(0, Integer)}, {9, Flags(0xFFFFFF, Zombi)}, {9, uPlain | 11}, {9, uPlain | 14},
-        {9, Flags(1, Link)}, {2, 1}, {2, uNone}, {3, 2}, {3, uNone}, {6, uNone}, {7, 0}, {7, 2},
+        {9, Flags(0, Integer)}, {9, Flags(0xFFFFFF, Zombi)}, {9, Flags(0xFFFFFFF, Zombi)},
+        {9, uPlain | 11}, {9, uPlain | 14}, {9, Flags(1, Link)}, {2, 1}, {2, uNone}, {3, 2}, {3, uNone}, {6, uNone}, {7, 0}, {7, 2},
         {7, 0x1000}, {5, uQuad},
         // clang-format on
     };
@@ -224,12 +231,44 @@ TEST(Dump, Refuses) {
         EXPECT_EQ(oTree == oBefore, !sMessage.empty());
         EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
     }
+    // The same in the version before, but for the bits that no predecessor had there.
+    for (std::size_t u = 0; u < oCases.size(); ++u) {
+        SCOPED_TRACE(u);
+        const auto& [sMessage, oParts] = oCases[u];
+        if (oParts.sMagic != Parts().sMagic) continue;
+        Data oTree, oNow;
+        EXPECT_EQ(Load(oParts.OfVersion(1).All(), oTree), sMessage);
+        if (!sMessage.empty()) continue;
+        EXPECT_EQ(Load(oParts.All(), oNow), "");
+        EXPECT_EQ(DumpOf(oTree), DumpOf(oNow));
+    }
     Load_Report oReport;
     Data oTree;
     Parts o;
     o.oNodes[9] |= 14;
     EXPECT_NE(Load(o.All(), oTree, {}, &oReport), "");
     EXPECT_EQ(oReport.m_uOffset, 0x57u);  // of the third record
+}
+
+// Records with 24 bits for the predecessor: all ones are nobody, the bits above them nothing.
+TEST(Dump, RecordsOfTheVersionBefore) {
+    using enum Data_Node::Type;
+    const Words oLoose = {2, Flags(0xFFFFFF, Zombi), 0, 0, 2, Flags(0xFFFFFFF, Zombi), 0, 0};
+    Parts oOld;
+    for (std::size_t u = 1; u < oOld.oNodes.size(); u += 4) oOld.oNodes[u] |= 0xA0000000;
+    oOld.oNodes.insert(oOld.oNodes.end(), oLoose.begin(), oLoose.end());
+    Data oTree, oAgain;
+    EXPECT_EQ(Load(oOld.OfVersion(1).All(), oTree), "");
+    for (const u2_t uId : {4u, 5u}) {
+        const Data oNode = oTree.GetNodeFromID(uId);
+        EXPECT_EQ(oNode.GetNode().uFlags, Flags(Data_Node::CUT_LOOSE, Zombi));
+    }
+    EXPECT_NE(Load(oOld.All(), oAgain), "");  // read as records of today
+    EXPECT_EQ(Load(DumpOf(oTree), oAgain), "");
+    EXPECT_EQ(DumpOf(oAgain), DumpOf(oTree));
+    EXPECT_TRUE(Data::Equal(oTree, oAgain));
+    oTree.Shrink();
+    EXPECT_EQ(oTree.GetNodes(), 3u);
 }
 
 TEST(Dump, HasLimits) {
@@ -262,21 +301,44 @@ TEST(Dump, MemoryFollowsTheBytes) {
     }
 }
 
+// A heap, or groups, beyond what places can name are refused by their length.
+TEST(Dump, PlacesHaveALimit) {
+    const Parts o;
+    const std::string sFront = o.sMagic + I32(1) + "t" + U64(o.sNames.size()) + o.sNames +
+                               U64(4 * o.oNodes.size()) + Bytes(o.oNodes);
+    const std::string sGroups = U64(4 * o.oGroups.size()) + Bytes(o.oGroups);
+    const std::pair<std::string, u3_t> TOO_LONG[] = {{sFront, u3_t{1} << 33},
+                                                     {sFront + sGroups, u3_t{1} << 31}};
+    for (const auto& [sBefore, uBytes] : TOO_LONG) {
+        Data oTree = NewTree();
+        const Data oWas = oTree;
+        Load_Report oReport;
+        EXPECT_EQ(Load(sBefore + U64(uBytes), oTree, {}, &oReport),
+                  "binary data is a dump of an invalid object \"Data\"");
+        EXPECT_EQ(oReport.m_uOffset, sBefore.size());
+        EXPECT_EQ(oTree, oWas);
+    }
+}
+
 // Every byte changed in some ways, every length: refused, or a tree as good as any.
 TEST(Dump, SurvivesEveryChange) {
-    const std::string sBytes = DumpOf(Rich());
-    Data oTree;
-    for (std::size_t u = 0; u < sBytes.size(); ++u) {
-        const auto uOld = static_cast<u0_t>(sBytes[u]);
-        for (const unsigned uNew : {0u, 1u, 255u, uOld ^ 1u, uOld ^ 128u, uOld + 1u, uOld + 16u}) {
-            std::string sChanged = sBytes;
-            sChanged[u] = static_cast<char>(uNew);
-            if (!Load(sChanged, oTree).empty()) continue;
-            EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
-            oTree.RemoveSuccs();
-            oTree.Shrink();
+    const std::string sNow = DumpOf(Rich());
+    for (const char cVersion : {'\2', '\1'}) {
+        const std::string sBytes = std::string(sNow).replace(12, 1, 1, cVersion);
+        Data oTree;
+        for (std::size_t u = 0; u < sBytes.size(); ++u) {
+            const auto uOld = static_cast<u0_t>(sBytes[u]);
+            for (const unsigned uNew :
+                 {0u, 1u, 255u, uOld ^ 1u, uOld ^ 128u, uOld + 1u, uOld + 16u}) {
+                std::string sChanged = sBytes;
+                sChanged[u] = static_cast<char>(uNew);
+                if (!Load(sChanged, oTree).empty()) continue;
+                EXPECT_TRUE(Data::Equal(oTree, oTree.MkClone()));
+                oTree.RemoveSuccs();
+                oTree.Shrink();
+            }
+            EXPECT_NE(Load(sBytes.substr(0, u), oTree), "");
         }
-        EXPECT_NE(Load(sBytes.substr(0, u), oTree), "");
     }
 }
 

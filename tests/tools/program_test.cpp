@@ -283,6 +283,46 @@ TEST_F(Program, LossesAreTold) {
     EXPECT_EQ(Run("check -", "<a/> <!-- c -->\n<?p?>").iExit, 0);
 }
 
+// Dates are compared with what would be read back.
+TEST_F(Program, DatesThatChangeAreTold) {
+    using Reals = std::numeric_limits<double>;
+    const char* const FRACTION = "1 fraction of a second";
+    const char* const OTHER = "1 date that becomes another";
+    const struct {
+        double dSeconds;
+        const char* sXml;  // what is lost; nullptr: nothing
+        const char* sDgraph;
+        const char* sOldDgraph;  // besides being a text
+    } CASES[] = {
+        {0.0, nullptr, nullptr, nullptr},
+        {-1.0, nullptr, nullptr, nullptr},
+        {-62'200'000'000.0, nullptr, nullptr, nullptr},  // before the year 0
+        {1'764'000'000.5, FRACTION, FRACTION, FRACTION},
+        {-0.0, OTHER, OTHER, OTHER},
+        {6.7e16, nullptr, OTHER, nullptr},        // days have fewer digits than seconds
+        {0x1p40 * 86400, OTHER, nullptr, OTHER},  // behind the last year that is written
+        {1e300, OTHER, nullptr, OTHER},
+        {Reals::infinity(), nullptr, nullptr, OTHER},
+        {Reals::quiet_NaN(), nullptr, nullptr, OTHER},
+    };
+    for (const auto& o : CASES) {
+        Data oRoot = NewTree();
+        oRoot.AddDbl("d", o.dSeconds, Data_Node::Date);
+        ToDisk("in.dump", DumpOf(oRoot));
+        for (const auto& [sTo, sLost] : {std::pair{"xml", o.sXml}, {"dgraph", o.sDgraph}}) {
+            SCOPED_TRACE(std::to_string(o.dSeconds) + sTo);
+            EXPECT_EQ(Run("convert in.dump y --lossless --to "s + sTo).iExit,
+                      sLost != nullptr ? 2 : 0);
+            EXPECT_TRUE(Has(LinesOnDisk("err"), sLost != nullptr ? sLost : ""));
+        }
+        EXPECT_EQ(Run("convert in.dump y --to dgraph --dgraph-version 1.0.0").iExit, 0);
+        const std::string sLines = LinesOnDisk("err");
+        EXPECT_TRUE(Has(sLines, "1 date, kept as text"));
+        EXPECT_EQ(Has(sLines, OTHER), o.sOldDgraph == OTHER);
+        EXPECT_EQ(Has(sLines, FRACTION), o.sOldDgraph == FRACTION);
+    }
+}
+
 // Whatever --lossless lets pass is the same tree when it is read back, in every form.
 TEST_F(Program, LosslessIsLossless) {
     std::vector<std::function<void(Data)>> oFills = {
@@ -314,7 +354,8 @@ TEST_F(Program, LosslessIsLossless) {
     const std::pair<Data_Node::Type, std::vector<double>> REALS[] = {
         {Data_Node::Float, {0.1, 1e300, -0.0, -INFINITE, NOT_A_NUMBER}},
         {Data_Node::Double, {0.1, 1e300, -0.0, -INFINITE, NOT_A_NUMBER}},
-        {Data_Node::Date, {0.25, 1e10, -1e15, INFINITE, NOT_A_NUMBER}},
+        {Data_Node::Date,
+         {0.25, -0.0, 1e10, -1e15, 6.7e16, 1e17 + 16, 1e300, INFINITE, NOT_A_NUMBER}},
     };
     for (const auto& [eType, oValues] : REALS) {
         for (const double d : oValues) {

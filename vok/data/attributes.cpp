@@ -72,6 +72,10 @@ void Data::CopyAtt(Data& oDst) const {
         Arr<const char*> oNames;
         Arr<const char*> oValues;
         GetAttributes(oNames, oValues);
+        u3_t uCopied = 0;
+        for (const char* sValue : oValues) uCopied += *sValue != 0 ? std::strlen(sValue) + 1 : 0;
+        // Within a tree values are shared.
+        if (m_oBase != oDst.m_oBase) oDst.m_oBase->m_oHeap.CheckRoom(uCopied);
         oDst.RemoveAttributes();
         // Setting values may move the heap they stand in when both nodes share a tree.
         const char* pHeap = m_oBase->m_oHeap.Begin();

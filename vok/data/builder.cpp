@@ -52,35 +52,31 @@ void Data_Builder::Grow() {
 u2_t Data_Builder::AddStr(Data_Name oName, std::string_view sText) {
     return Where("vok::Data_Builder::AddStr", [&] {
         const u2_t uKey = KeyOf(oName);
-        if (!m_oTail.IsFull()) [[likely]] {
-            const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
-            if (uOffset != 0) [[likely]]
-                return AppendHere(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
-        }
-        const u2_t uId = Append(uKey, Data_Node::Empty, 0);
-        m_pBase->GiveBack(m_oTail);
-        m_pBase->SetNewText(uId, sText);
-        return uId;
+        if (m_oTail.IsFull()) [[unlikely]]
+            Grow();
+        const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
+        if (uOffset != 0) [[likely]]
+            return AppendHere(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
+        return AppendHere(uKey, Data_Node::String, m_pBase->AddText(sText));
     });
 }
 
 u2_t Data_Builder::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
     return Where("vok::Data_Builder::AddBin", [&] {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
-        const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        m_pBase->GiveBack(m_oTail);
-        m_pBase->SetNewValue(uId, Data_Node::Binary, m_pBase->m_oHeap.Add(pData, uSize), uSize);
-        return uId;
+        const u2_t uKey = KeyOf(oName);
+        if (m_oTail.IsFull()) Grow();
+        const u2_t uOffset = m_pBase->m_oHeap.Add(pData, uSize);
+        return AppendHere(uKey, Data_Node::Binary, u3_t{uSize} << 32 | uOffset);
     });
 }
 
 u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3) {
     return Where("vok::Data_Builder::AddQuad", [&] {
-        const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        m_pBase->GiveBack(m_oTail);
+        const u2_t uKey = KeyOf(oName);
+        if (m_oTail.IsFull()) Grow();
         const u2_t uOffset = m_pBase->m_oHeap.AddQuad({uW0, uW1, uW2, uW3});
-        m_pBase->SetNewValue(uId, Data_Node::Quad, uOffset, uW0);
-        return uId;
+        return AppendHere(uKey, Data_Node::Quad, u3_t{uW0} << 32 | uOffset);
     });
 }
 
@@ -96,10 +92,6 @@ void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
 
 void Data_Builder::DropBlanks() noexcept {
     m_pBase->MakeTree(m_uParent);
-}
-
-void Data_Builder::RaiseTooMany() {
-    Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
 }
 
 void Data_Builder::RaiseNothingOpen() {

@@ -22,8 +22,7 @@ namespace vok {
 // The tree is that of CreateNewSucc and the setters, for about half of their time; least of all it
 // takes with keys that were looked up once (Data::MakeKey). Nothing else may use the tree until the
 // builder is finished or gone, both of which close what is open; it keeps the tree alive. What an
-// operation that fails was to add is not there, or is there without its value; the nodes before it
-// are.
+// operation that fails was to add is not there; the nodes before it are.
 //
 // Errors are those of CreateNewSucc and of the setters.
 class Data_Builder {
@@ -35,11 +34,10 @@ class Data_Builder {
     ~Data_Builder() { Finish(); }
 
     // Appends a node for those up to the Close that belongs to it. One that is given no successors
-    // is empty. Raises "assertion failed: %0" behind 16 million nodes.
+    // is empty. Raises "assertion failed: %0" behind 2^28 - 2 nodes, with or without successors.
     u2_t Open(Data_Name oName) {
+        Data_Node::CheckPred(m_oTail.uNext);
         const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        if (uId >= Data_Node::CUT_LOOSE - 1) [[unlikely]]
-            RaiseTooMany();
         m_oOpen.Add(Level{m_uParent, m_uCount});
         m_uParent = uId;
         m_uCount = 0;
@@ -126,7 +124,6 @@ class Data_Builder {
     u2_t Intern(Data_Name oName);
     void Grow();
     void Load() noexcept;
-    [[noreturn]] static void RaiseTooMany();
     [[noreturn]] static void RaiseNothingOpen();
 
     Data m_oTree;

@@ -14,7 +14,10 @@ Data_Copy::Data_Copy(const Data& oTop, Data_Base& oFrom, Data_Base& oTo)
     for (Data_Walk oWalk(oTop); oWalk.Next();) {
         const std::size_t uDepth = oWalk.GetDepth();
         const u2_t uParent = uDepth != 0 ? oOpen(uDepth - 1) : 0;
-        if (uDepth != 0) m_uGroups += m_oEntry(uParent).uSuccs++ == 0;
+        if (uDepth != 0) {
+            m_uGroups += m_oEntry(uParent).uSuccs++ == 0;
+            m_uLastPred = std::max(m_uLastPred, uParent);
+        }
         oOpen.Truncate(uDepth);
         oOpen.Add(static_cast<u2_t>(m_oEntry.Size()));
         m_oEntry.Add(Entry{oWalk.GetId(), uParent, 0});
@@ -25,8 +28,9 @@ Data_Copy::Data_Copy(const Data& oTop, Data_Base& oFrom, Data_Base& oTo)
 u2_t Data_Copy::Below(u2_t uParent, u2_t uPos) {
     m_oTo.UpdateSucc();
     m_oTo.CheckIds(uParent, m_oEntry.Size());
-    CopyTexts();
     const u2_t uFirst = static_cast<u2_t>(m_oTo.m_oNode.Size());
+    if (m_uGroups != 0) Data_Node::CheckPred(uFirst + m_uLastPred);
+    CopyTexts();
     try {
         AddNodes(uFirst, uParent);
         m_oTo.ReservePlaces(uParent, m_oEntry.Size(), m_uGroups);
@@ -43,6 +47,7 @@ u2_t Data_Copy::Below(u2_t uParent, u2_t uPos) {
 }
 
 void Data_Copy::AsRoot() {
+    if (m_uGroups != 0) Data_Node::CheckPred(m_uLastPred);
     CopyTexts();
     m_oTo.m_oNode.Truncate(0);
     AddNodes(0, Data_Node::NONE);
@@ -53,7 +58,6 @@ void Data_Copy::AddNodes(u2_t uFirst, u2_t uParent) {
     m_oTo.m_oNode.ReserveMore(m_oEntry.Size());
     for (std::size_t u = 0; u < m_oEntry.Size(); ++u) {
         const Entry& oEntry = m_oEntry(u);
-        if (oEntry.uSuccs != 0) m_oTo.CheckIds(static_cast<u2_t>(uFirst + u), 0);
         Data_Node oNode = m_oFrom.m_oNode(oEntry.uId);
         oNode.uKey = KeyFor(oNode);
         oNode.SetPredField((u == 0 ? uParent : uFirst + oEntry.uParent) + 1);
@@ -84,6 +88,7 @@ void Data_Copy::CopyTexts() {
             m_oRanges.Keep(uText, m_oFrom.m_oHeap.BytesOf(uText));
         }
     }
+    m_oTo.m_oHeap.CheckRoom(m_oRanges.Join());
     // Nobody refers to what is copied yet.
     m_oRanges.Copy(m_oFrom.m_oHeap, [this](const char* pText, std::size_t uSize) {
         const u2_t uOffset = m_oTo.m_oHeap.Add(pText, uSize);

@@ -43,6 +43,7 @@ class Data_Copy {
     const bool m_bSame;
     Arr<Entry> m_oEntry;  // in pre-order
     std::size_t m_uGroups = 0;
+    u2_t m_uLastPred = 0;  // index of the last entry with successors
     bool m_bLinks = false;
     Arr<u2_t> m_oById;  // indexes of entries by id, where there are links
     Data_TextRanges m_oRanges;

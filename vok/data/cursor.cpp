@@ -180,9 +180,11 @@ u2_t Data::AddBin(Data_Name oName, const void* pData, u2_t uSize) {
     return Where("vok::Data::AddBin", [&] {
         if (pData == nullptr && uSize != 0) Msg::ObjectPointsToNothing();
         if (!m_oBase) SetToRoot();
-        const u2_t uId = AppendTo(m_oBase, m_uId, oName);
-        m_oBase->SetNewValue(uId, Node::Binary, m_oBase->m_oHeap.Add(pData, uSize), uSize);
-        return uId;
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        b.CheckAppend(m_uId);
+        const u2_t uKey = b.KeyOf(oName);
+        const u2_t uOffset = b.m_oHeap.Add(pData, uSize);
+        return b.Append(m_uId, uKey, Node::Binary, u3_t{uSize} << 32 | uOffset);
     });
 }
 

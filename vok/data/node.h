@@ -11,8 +11,7 @@ namespace vok {
 //     word  bits   meaning
 //     0     0-31   name handle, 0 = unnamed
 //     1     0-3    type
-//     1     4-27   predecessor id + 1; 0 = none (the root), all ones = cut loose
-//     1     28-31  reserved, kept as they are
+//     1     4-31   predecessor id + 1; 0 = none (the root), all ones = cut loose
 //     2, 3         the payload, by type (below)
 //
 // Payload: Boolean, Integer, Char: the number in word 2. Float, Double, Date, Long: 64 bits,
@@ -38,8 +37,8 @@ struct Data_Node {
         Zombi = 15,
     };
 
-    static constexpr u2_t NONE = 0xFFFFFFFF;     // no node, no group
-    static constexpr u2_t CUT_LOOSE = 0xFFFFFF;  // predecessor field of a removed descendant
+    static constexpr u2_t NONE = 0xFFFFFFFF;      // no node, no group
+    static constexpr u2_t CUT_LOOSE = 0xFFFFFFF;  // predecessor field of a removed descendant
 
     u2_t uKey;
     u2_t uFlags;
@@ -49,14 +48,18 @@ struct Data_Node {
     [[nodiscard]] Type GetType() const noexcept { return static_cast<Type>(uFlags & 0xFu); }
     void SetType(Type eType) noexcept { uFlags = (uFlags & ~0xFu) | eType; }
 
-    [[nodiscard]] u2_t PredField() const noexcept { return uFlags >> 4 & 0xFFFFFFu; }
-    void SetPredField(u2_t uField) noexcept {
-        uFlags = (uFlags & 0xF000000Fu) | (uField & 0xFFFFFFu) << 4;
-    }
+    [[nodiscard]] u2_t PredField() const noexcept { return uFlags >> 4; }
+    void SetPredField(u2_t uField) noexcept { uFlags = (uFlags & 0xFu) | uField << 4; }
     // Id of the predecessor; NONE for the root and for a node cut loose.
     [[nodiscard]] u2_t Pred() const noexcept {
         const u2_t uField = PredField();
         return uField != CUT_LOOSE ? uField - 1 : NONE;
+    }
+    // Raises unless a node of that id can have successors, whose fields must not look like those of
+    // nodes cut loose. Without successors a node may have any id below 2^31.
+    static void CheckPred(u2_t uId) {
+        if (uId >= CUT_LOOSE - 1) [[unlikely]]
+            RaiseNoPred();
     }
 
     // Tree nodes: place of the successor group, number of successors.
@@ -78,6 +81,9 @@ struct Data_Node {
 
     // "Empty", "Boolean", ...; "Unknown" for a code without a type.
     [[nodiscard]] static const char* TypeName(u2_t uType) noexcept;
+
+  private:
+    [[noreturn]] static void RaiseNoPred();
 };
 static_assert(sizeof(Data_Node) == 16, "the tree is an array of 16-byte records");
 

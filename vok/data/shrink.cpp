@@ -25,6 +25,7 @@ class Data_Shrink {
         m_oBase.m_oHeap.Start();
         for (const Data_Node& o : m_oBase.m_oNode) m_oRanges.Keep(o);
         m_uReferred = oAtt.KeepValues(m_oRanges, m_oBase.m_oHeap);
+        m_oRanges.Join();
         m_oRanges.Copy(m_oBase.m_oHeap, [this](const char* pText, std::size_t uSize) {
             const u2_t uOffset = static_cast<u2_t>(m_oHeap.Size());
             m_oHeap.Add(pText, uSize);

@@ -20,6 +20,10 @@ const char* Data_Node::TypeName(u2_t uType) noexcept {
     return NAMES[uType & 15];
 }
 
+void Data_Node::RaiseNoPred() {
+    Msg::AssertionFailed("uParent + 1 < 0xFFFFFFF");
+}
+
 Data_Base::Data_Base() {
     m_oNode.Add(Node{0, 0, 0, 0});
 }
@@ -39,12 +43,14 @@ void Data_Base::CheckAppendSlow(u2_t uParent) const {
     const bool bBlank =
         eType == Node::String &&
         m_oHeap.At(oNode.uWord2)[std::strspn(m_oHeap.At(oNode.uWord2), " \t\n\r\f")] == 0;
-    if (!bBlank) Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
+    if (eType != Node::Empty && !bBlank) {
+        Msg::NodeWithWrongDataType(ShownName(uParent), Node::TypeName(eType));
+    }
+    Node::CheckPred(uParent);
 }
 
 void Data_Base::CheckIds(u2_t uParent, std::size_t uCount) const {
-    // The id plus one must not look like a node cut loose.
-    if (uParent >= Node::CUT_LOOSE - 1) Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
+    Node::CheckPred(uParent);
     if (m_oNode.GetRefCnt() != 0) Msg::AssertionFailed("oNodes.GetRefCnt() == 0");
     if (uCount != 0) (void)Msg::ToInt32(m_oNode.Size() + uCount - 1);
 }
@@ -76,14 +82,19 @@ void Data_Base::SetOutsideAttribute(u2_t uId, std::string_view sName, std::strin
 
 // ---- values -----------------------------------------------------------------
 
-void Data_Base::SetNewText(u2_t uId, std::string_view sText) {
+u3_t Data_Base::AddText(std::string_view sText) {
     if (IsAsciiText(sText.data(), sText.size())) [[likely]] {
-        SetNewValue(uId, Node::String, m_oHeap.AddText(sText), static_cast<u2_t>(sText.size() + 1));
-        return;
+        const u2_t uOffset = m_oHeap.AddText(sText);
+        return u3_t{sText.size() + 1} << 32 | uOffset;
     }
     const Utf8_Text oText(sText);
-    SetNewValue(uId, Node::String, m_oHeap.AddText(oText.View()),
-                static_cast<u2_t>(oText.Len() + 1));
+    const u2_t uOffset = m_oHeap.AddText(oText.View());
+    return u3_t{oText.Len() + 1} << 32 | uOffset;
+}
+
+void Data_Base::SetNewText(u2_t uId, std::string_view sText) {
+    const u3_t uValue = AddText(sText);
+    SetNewValue(uId, Node::String, static_cast<u2_t>(uValue), static_cast<u2_t>(uValue >> 32));
 }
 
 void Data_Base::DropValueSlow(Node& oNode) noexcept {

@@ -111,8 +111,7 @@ class Data_Base {
 
     // Raises the error for a node that takes no successors.
     void CheckAppend(u2_t uParent) const {
-        const u2_t uType = m_oNode(uParent).uFlags & 0xFu;
-        if (uType != Node::Tree && uType != Node::Empty) [[unlikely]]
+        if (m_oNode(uParent).GetType() != Node::Tree) [[unlikely]]
             CheckAppendSlow(uParent);
     }
     // Appends a node with an inline value, or an empty one, below uParent, which CheckAppend
@@ -140,10 +139,10 @@ class Data_Base {
         if (uOffset != 0) [[likely]] {
             return Append(uParent, uKey, Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
         }
-        const u2_t uId = Append(uParent, uKey);
-        SetNewText(uId, sText);
-        return uId;
+        return Append(uParent, uKey, Node::String, AddText(sText));
     }
+    // Adds a text, which ends at its first NUL, and returns the value of a node that has it.
+    [[nodiscard]] u3_t AddText(std::string_view sText);
     // The value of a node that Append has just made.
     void SetNewValue(u2_t uId, Node::Type eType, u2_t uWord2, u2_t uWord3) noexcept {
         Node& oNode = m_oNode(uId);

@@ -93,7 +93,7 @@ void Data_Base::ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGro
 }
 
 void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
-    if (uId >= Node::CUT_LOOSE - 1) Msg::AssertionFailed("uParent + 1 < 0xFFFFFF");
+    Node::CheckPred(uId);
     const u2_t uStart = m_oGroup.Add(uCapacity);
     Node& oNode = m_oNode(uId);
     oNode.SetType(Node::Tree);

@@ -4,12 +4,13 @@
 
 namespace vok {
 
+void Data_Heap::RaiseFull() {
+    Msg::AssertionFailed("vok::Msg::IsInt32(x)");
+}
+
 char* Data_Heap::Space(std::size_t uSize) {
-    Start();
+    CheckRoom(uSize);
     const std::size_t uOffset = m_oBytes.Size();
-    if (uSize > MOST || uOffset > MOST - uSize) [[unlikely]] {
-        Msg::AssertionFailed("vok::Msg::IsInt32(x)");
-    }
     char* pSpace = m_oBytes.AddSpace(uSize + SLACK);
     m_oBytes.Truncate(uOffset + uSize);
     return pSpace;

@@ -38,6 +38,15 @@ class Data_Heap {
     // For who has just added them.
     [[nodiscard]] char* WritableAt(u2_t uOffset) noexcept { return m_oBytes.Beg() + uOffset; }
 
+    // Raises unless so many more bytes fit. Whoever adds several texts, or changes anything before
+    // the last of them, asks first; all others are refused by what they call, which then has not
+    // changed anything.
+    void CheckRoom(u3_t uSize) {
+        Start();
+        if (uSize > m_uMost || m_oBytes.Size() > m_uMost - uSize) [[unlikely]]
+            RaiseFull();
+    }
+
     // Makes the empty text be there.
     void Start() {
         if (m_oBytes.Size() != 0) return;
@@ -56,7 +65,7 @@ class Data_Heap {
     u2_t TryAddText(std::string_view sText) noexcept {
         const std::size_t uOffset = m_oBytes.Size();
         const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
-                           m_oBytes.Capacity() <= MOST && uOffset != 0;
+                           m_oBytes.Capacity() <= m_uMost && uOffset != 0;
         if (!bRoom || sText.empty() || !IsAsciiText(sText.data(), sText.size())) return 0;
         char* pText = m_oBytes.End();
         CopyBytes(pText, sText.data(), sText.size());
@@ -135,14 +144,19 @@ class Data_Heap {
     // Exchanges the bytes. Who brings others says what is referred to, and has left SLACK.
     void Swap(Arr<char>& oBytes) noexcept { m_oBytes.Swap(oBytes); }
 
+    // For tests: a border before that of offsets.
+    void SetMost(std::size_t uMost) noexcept { m_uMost = uMost; }
+
   private:
     // What small trees need.
     static constexpr std::size_t FIRST = 256 - Mem::HEADER_SIZE;
 
     u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
     char* Space(std::size_t uSize);
+    [[noreturn]] static void RaiseFull();
 
     Arr_Near<char, FIRST> m_oBytes;
+    std::size_t m_uMost = MOST;
     i3_t m_iUnused = 0;  // bytes less those that references name; negative where they share
 };
 

@@ -3,13 +3,14 @@
 #define VOK_DATA_TEXT_RANGES_H
 
 #include <algorithm>
+#include <utility>
 
 #include "vok/data/text_heap.h"
 
 namespace vok {
 
 // Nodes and attributes may refer to the same text, or to the end of another one: what they
-// share stays shared. First everything is named with Keep, then copied at once.
+// share stays shared. First everything is named with Keep, then joined, then copied at once.
 class Data_TextRanges {
   public:
     Data_TextRanges() { Keep(0, 1); }
@@ -27,9 +28,8 @@ class Data_TextRanges {
         m_oRange.Add(Range{uBegin, uEnd, 0});
     }
 
-    // Copies the texts of oHeap; oAdd takes address and size and gives the new offset.
-    template <class Add>
-    void Copy(const Data_Heap& oHeap, Add oAdd) {
+    // Puts what was named in order, each byte once; returns how many bytes that are.
+    u3_t Join() {
         std::sort(m_oRange.Beg(), m_oRange.End(),
                   [](const Range& oA, const Range& oB) { return oA.uBegin < oB.uBegin; });
         Arr<Range> oFound;
@@ -37,6 +37,13 @@ class Data_TextRanges {
         for (const Range* p = oFound.Beg(); p != oFound.End(); ++p) {
             Keep(p->uBegin, p->uEnd - p->uBegin);
         }
+        u3_t uBytes = 0;
+        for (const Range& o : std::as_const(m_oRange)) uBytes += o.uEnd - o.uBegin;
+        return uBytes;
+    }
+    // Copies the texts of oHeap; oAdd takes address and size and gives the new offset.
+    template <class Add>
+    void Copy(const Data_Heap& oHeap, Add oAdd) {
         for (Range* p = m_oRange.Beg(); p != m_oRange.End(); ++p) {
             p->uNew = oAdd(oHeap.At(p->uBegin), p->uEnd - p->uBegin);
         }

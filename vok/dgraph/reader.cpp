@@ -210,6 +210,7 @@ void Reader<Source>::ReadBlock() {
     const std::string_view sBlock = m_oSource.View(uLength);
     // Where the stream ends inside, zeros follow; not more than were worth reading.
     const std::size_t uMissing = std::min(uLength - sBlock.size(), StreamSource::CHUNK);
+    m_oBase.m_oHeap.CheckRoom(sBlock.size() + uMissing);
     const u2_t uOffset = m_oBase.m_oHeap.Add(sBlock.data(), sBlock.size());
     if (uMissing != 0) {
         Arr<char> oZeros;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "vok/data/link_bytes.h"
+#include "vok/dump/format.h"
 
 namespace vok::dump {
 
@@ -12,6 +13,7 @@ using detail::LinkBytes;
 
 void Checker::Run(const Arr<u2_t>& oAttributes) {
     if (m_oBase.m_oHeap.Size() != 0 && *m_oBase.m_oHeap.Begin() != 0) throw Fault{Fault::HEAP, 0};
+    if (m_uVersion == NARROW_VERSION) WidenNodes();
     CheckNodes();
     if (m_bUpward || m_oBase.m_oNode.Size() > m_oLimits.m_uDepth) CheckLevels();
     CheckAttributes(oAttributes);
@@ -37,6 +39,15 @@ inline bool Checker::IsNextText(const Data_Node& oNode) noexcept {
     m_uChecked = uBegin + uSize;
     m_uReferred += uSize;
     return true;
+}
+
+// Before anything is looked at: what the checks find must be what the tree will have.
+void Checker::WidenNodes() noexcept {
+    constexpr u2_t CUT_LOOSE = 0xFFFFFF;
+    for (Data_Node* p = m_oBase.m_oNode.Beg(); p != m_oBase.m_oNode.End(); ++p) {
+        const u2_t uField = p->PredField() & CUT_LOOSE;
+        p->SetPredField(uField != CUT_LOOSE ? uField : Data_Node::CUT_LOOSE);
+    }
 }
 
 void Checker::CheckNodes() {

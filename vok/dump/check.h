@@ -19,8 +19,13 @@ struct Fault {
 // errors of limits. Linear but for texts that are out of order, which are sorted.
 class Checker {
   public:
-    Checker(Data_Base& oBase, const Limits& oLimits, const Work& oWork)
-        : m_oBase(oBase), m_oWord(oBase.m_oGroup.Words()), m_oLimits(oLimits), m_oWork(oWork) {}
+    // uVersion is that of the dump: records of an older one become what they are today.
+    Checker(Data_Base& oBase, u2_t uVersion, const Limits& oLimits, const Work& oWork)
+        : m_oBase(oBase),
+          m_uVersion(uVersion),
+          m_oWord(oBase.m_oGroup.Words()),
+          m_oLimits(oLimits),
+          m_oWork(oWork) {}
 
     // Nodes, groups and texts, then the attributes: those of all names from the words of their
     // block.
@@ -36,6 +41,7 @@ class Checker {
         throw Fault{Fault::GROUPS, u3_t{uWord} * 4};
     }
 
+    void WidenNodes() noexcept;
     void CheckNodes();
     void CheckGroup(u2_t uId, const Data_Node& oNode);
     void CheckDistinct(const u2_t* pGroup, std::size_t uSize, std::size_t uFirst);
@@ -61,6 +67,7 @@ class Checker {
     void CheckShared() const;
 
     Data_Base& m_oBase;
+    const u2_t m_uVersion;
     const Arr<u2_t>& m_oWord;  // of the groups
     const Limits& m_oLimits;
     const Work& m_oWork;

@@ -28,7 +28,9 @@
 namespace vok::dump {
 
 inline constexpr char CLASS_NAME[] = "Data";
-inline constexpr u2_t VERSION = 1;
+// Records of version 1 have 24 bits for the predecessor, and four above it without a meaning.
+inline constexpr u2_t VERSION = 2;
+inline constexpr u2_t NARROW_VERSION = 1;
 
 // Bytes in front of a block, and of one attribute.
 inline constexpr std::size_t NARROW_LENGTH = 4;

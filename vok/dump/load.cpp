@@ -29,7 +29,8 @@ class Reader {
     Mem::Ref<Data_Base> Run() {
         u2_t uLibraryVersion = 0;
         u2_t uVersion = 0;
-        File::CheckMagic(m_oIn, CLASS_NAME, uLibraryVersion, uVersion, true, 1, VERSION, VERSION);
+        File::CheckMagic(m_oIn, CLASS_NAME, uLibraryVersion, uVersion, true, 1, NARROW_VERSION,
+                         VERSION);
         m_uAt = 20 + std::string_view("vok::").size() + sizeof(CLASS_NAME);
         ReadTag();
         ReadNames(false);
@@ -46,7 +47,7 @@ class Reader {
         }
         try {
             m_oWork.SetInput(m_uAt);
-            Checker(m_oBase, m_oLimits, m_oWork).Run(oAttributes);
+            Checker(m_oBase, uVersion, m_oLimits, m_oWork).Run(oAttributes);
         } catch (const Fault& oFault) {
             Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
         }
@@ -186,7 +187,8 @@ bool Data::CanLoad(File_Stream& oIn) {
         const i3_t iPosition = oIn.Tell();
         u2_t uLibraryVersion = 0;
         u2_t uVersion = 0;
-        if (!File::CheckMagic(oIn, dump::CLASS_NAME, uLibraryVersion, uVersion, false, 1, 1)) {
+        if (!File::CheckMagic(oIn, dump::CLASS_NAME, uLibraryVersion, uVersion, false, 1,
+                              dump::NARROW_VERSION)) {
             return false;
         }
         oIn.Seek(iPosition);
