@@ -80,21 +80,15 @@ vok::Data NewSuccessor(vok::Data& oNode, StringRef oName) {
     return WithName(oName, [&](std::string_view sName) { return oNode.CreateNewSucc(sName); });
 }
 
-// Adds a value; a successor whose value cannot be had stays, without one.
-template <class Add>
-void AddOrLeave(vok::Data& oNode, std::string_view sName, const Add& oAdd) {
-    const vok::u2_t uNodes = oNode.GetNodes();
+// A value that could not be added added nothing; its successor stays, without one.
+void LeaveSuccessor(vok::Data* pNode, StringRef oName) noexcept {
+    if (pNode == nullptr || !pNode->IsNode()) return;
     try {
-        oAdd();
+        WithName(oName, [&](std::string_view sName) {
+            if (pNode->FindKey(sName).IsKnown()) (void)pNode->CreateNewSucc(sName);
+        });
     } catch (...) {
-        if (uNodes != 0 && oNode.GetNodes() == uNodes && oNode.FindKey(sName).IsKnown()) {
-            try {
-                (void)oNode.CreateNewSucc(sName);
-            } catch (...) {
-                // Then it is not to be had either; the first reason is the one to tell.
-            }
-        }
-        throw;
+        // Then it is not to be had either; the first reason is the one to tell.
     }
 }
 
@@ -126,18 +120,18 @@ vok::Data& Node::Cursor() {
 // ---- writing ----------------------------------------------------------------
 
 void Node::AddValue(StringRef name, StringRef value) {
-    Guarded("Failed to add Node String value", [&] {
+    try {
         WithName(name, [&](std::string_view sName) {
-            vok::Data& oNode = Cursor();
-            AddOrLeave(oNode, sName, [&] {
-                if (value.Utf8().data() != nullptr) {
-                    oNode.AddStr(sName, value.Utf8());
-                } else {
-                    oNode.AddStr(sName, Utilities::NativeText(value).CStr());
-                }
-            });
+            if (value.Utf8().data() != nullptr) {
+                Cursor().AddStr(sName, value.Utf8());
+            } else {
+                Cursor().AddStr(sName, Utilities::NativeText(value).CStr());
+            }
         });
-    });
+    } catch (...) {
+        LeaveSuccessor(static_cast<vok::Data*>(*this), name);
+        std::throw_with_nested(System::ApplicationException("Failed to add Node String value"));
+    }
 }
 
 void Node::AddValue(StringRef name, Int32 value) {
@@ -159,18 +153,15 @@ void Node::AddValue(StringRef name, bool value) {
 }
 
 void Node::AddValue(StringRef name, std::span<const Byte> value) {
-    Guarded("Failed to add Node byte array", [&] {
+    try {
         WithName(name, [&](std::string_view sName) {
-            if (!vok::Msg::IsInt32(value.size())) {
-                // The successor is there, the value is not.
-                Cursor().CreateNewSucc(sName);
-                (void)vok::Msg::ToInt32(value.size());
-            }
-            AddOrLeave(Cursor(), sName, [&] {
-                Cursor().AddBin(sName, value.data(), static_cast<vok::u2_t>(value.size()));
-            });
+            const auto uSize = static_cast<vok::u2_t>(vok::Msg::ToInt32(value.size()));
+            Cursor().AddBin(sName, value.data(), uSize);
         });
-    });
+    } catch (...) {
+        LeaveSuccessor(static_cast<vok::Data*>(*this), name);
+        std::throw_with_nested(System::ApplicationException("Failed to add Node byte array"));
+    }
 }
 
 void Node::AddValue(StringRef name, Int32 v1, Int32 v2, Int32 v3, Int32 v4) {

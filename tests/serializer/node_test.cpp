@@ -362,5 +362,20 @@ TEST(Node, TextsAndSubnodesWhereTheyLie) {
     EXPECT_EQ(sAll, "kv/leg[1]/deep[0]");
 }
 
+TEST(Node, ASuccessorWhoseValueCannotBeHadStays) {
+    Node node;
+    node.AddValue("a", "x");
+    const vok::Mem_Probe oProbe;
+    const auto oRefused = [&](const auto& value) {
+        vok::Mem_Probe::FailIn(1);
+        const std::string sFailure = Failure([&] { node.AddValue("a", value); });
+        vok::Mem_Probe::FailIn(0);
+        return sFailure;
+    };
+    EXPECT_EQ(oRefused(std::string(100000, 'x')), "Failed to add Node String value");
+    EXPECT_EQ(oRefused(Bytes(100000)), "Failed to add Node byte array");
+    EXPECT_EQ(node.GetSubnodeCount("a"), 3);
+}
+
 }  // namespace
 }  // namespace Velmar::Q7R::Serializer
