@@ -56,7 +56,8 @@ void RaiseTargetMissing() {
 }
 
 void RaisePathNeedsTree(const char* sPath) {
-    Msg_Entry::Raise({"path \"%0\" needs the whole tree", "Pfad \"%0\" braucht den ganzen Baum"}, {Msg_Arg(sPath)});
+    Msg_Entry::Raise({"path \"%0\" needs the whole tree", "Pfad \"%0\" braucht den ganzen Baum"},
+                     {Msg_Arg(sPath)});
 }
 
 void RaiseTargetNotUnique() {
