@@ -178,11 +178,11 @@ class RecordIn {
     void Fetch(T& value) noexcept {
         using Known = Step<S>;
         using As = Form<T>;
-        const char* p = m_p + Known::HEAD_SIZE;
+        const char* p = nullptr;
         if (m_uPending != 0 && Left() > Known::HEAD_SIZE + As::SIZE &&
-            std::memcmp(m_p, Known::HEAD.data(), Known::HEAD_SIZE) == 0 && *p == As::CODE)
-            [[likely]] {
-            ++p;
+            std::memcmp(m_p, Known::HEAD.data(), Known::HEAD_SIZE) == 0 &&
+            m_p[Known::HEAD_SIZE] == As::CODE) [[likely]] {
+            p = m_p + Known::HEAD_SIZE + 1;
             m_p = p + As::SIZE;
             --m_uPending;
         } else {
