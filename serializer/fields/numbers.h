@@ -29,6 +29,7 @@ concept Clocked = requires(const T& t) {
 // Ticks of a whole number of seconds, which are what a Date keeps.
 template <class T>
 concept Dated = Clocked<T> && T::period::den == 1 && std::integral<typename T::rep>;
+
 }  // namespace Velmar::Q7R::Serializer::fields
 
 #endif  // SERIALIZER_FIELDS_NUMBERS_H

@@ -245,6 +245,14 @@ bool RecordIn::GetLong(vok::u3_t& u, bool bSigned) noexcept {
         u = oNumber.uBits;
         return true;
     }
+    if (Left() != 0 && *m_p == vok::dgraph::CODE_INTEGER) {
+        const char* const p = Value(vok::dgraph::CODE_INTEGER, 4);
+        if (p == nullptr) return false;
+        const auto i = vok::le::Load<vok::i2_t>(p);
+        if (i < 0 && !bSigned) return Fail(), false;
+        u = static_cast<vok::u3_t>(std::int64_t{i});
+        return true;
+    }
     const char* const p = Value(vok::dgraph::CODE_LONG, 8);
     if (p != nullptr) u = vok::le::Load<vok::u3_t>(p);
     return p != nullptr;

@@ -27,6 +27,8 @@ using namespace Velmar::Q7R::Serializer;
 enum class Side : std::int8_t { Buy, Sell = 5 };
 VOK_ENUM(Side, Buy, Sell)
 enum class Level : std::uint16_t { Low, High = 40000 };
+enum Plain { None, Some };
+enum class Huge : std::uint32_t { Low, High = 0xFFFFFFFF };
 
 struct Leg {
     std::int32_t ratio = 1;
@@ -48,6 +50,8 @@ struct Scalars {
     double d = 0;
     Side side = Side::Buy;
     Level level = Level::Low;
+    Plain plain = None;
+    Huge huge = Huge::Low;
     std::string text;
     std::u16string wide;
     std::vector<std::uint8_t> bytes;
@@ -58,8 +62,8 @@ struct Scalars {
     std::chrono::minutes lasts{};
     Quad quad;
     bool operator==(const Scalars&) const = default;
-    VOK_FIELDS(Scalars, flag, i1, u2, i4, u4, i8, u8, f, d, side, level, text, wide, bytes, three,
-               at, day, exact, lasts, quad)
+    VOK_FIELDS(Scalars, flag, i1, u2, i4, u4, i8, u8, f, d, side, level, plain, huge, text, wide,
+               bytes, three, at, day, exact, lasts, quad)
 };
 
 // Names that need escapes, one that begins another, and what has a name of its own.
@@ -149,6 +153,10 @@ class Filler {
             value = Below(2) != 0 ? Side::Buy : Side::Sell;
         } else if constexpr (std::same_as<T, Level>) {
             value = Below(2) != 0 ? Level::Low : Level::High;
+        } else if constexpr (std::same_as<T, Plain>) {
+            value = Below(2) != 0 ? None : Some;
+        } else if constexpr (std::same_as<T, Huge>) {
+            value = Below(2) != 0 ? Huge::Low : Huge::High;
         } else if constexpr (std::same_as<T, std::string>) {
             value.clear();
             for (auto n = Below(20); n-- > 0;) value += Below(10) != 0 ? "x" : "\xC3\xA4";
