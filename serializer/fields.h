@@ -42,6 +42,8 @@
 //     an ISerialisable                       a subnode that it fills
 //     types of other libraries               as what StoredAs makes of them
 //
+// Containers without an order of their own are written in the one they have at the time.
+//
 // A container in a container has a subnode with "item" nodes; an element that may be there or not
 // and is not is an empty node with the attribute null="true".
 //
