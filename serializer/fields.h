@@ -23,8 +23,8 @@
 //                                            as their two's complement
 //     float, double                          Float, Double
 //     std::string, u16string, String         String; views too, for writing
-//     enumerations                           by number: an Integer, or a Long where 32 bits with
-//                                            sign do not hold the value; by name with VOK_ENUM
+//     enumerations                           by number as the type that they name; by name with
+//                                            VOK_ENUM, which those without a type need
 //     bytes (vector, array, span of          Binary
 //       std::uint8_t or std::byte)
 //     Quad                                   a subnode with "V1" to "V4"

@@ -64,6 +64,11 @@ concept Adapted = requires {
     typename StoredAs<T>::Stored;
 };
 
+// Every number of its type is a value of it: not so of one that names no type.
+template <class T>
+concept TypedEnumeration = Enumeration<T> && requires {
+    T{0};
+};
 template <class T>
 concept NamedEnumeration = Enumeration<T> && requires {
     NamesOf(Type<T>());

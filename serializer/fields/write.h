@@ -63,14 +63,12 @@ void WriteScalar(Out& out, At at, const T& value) {
     } else if constexpr (NamedEnumeration<T>) {
         out.template Utf8<S>(at, NameOf<S>(out, value));
     } else if constexpr (Enumeration<T>) {
-        // Compilers choose the type of an enumeration that names none, with a sign or without:
-        // documents have an Integer for either, as long as its 32 bits hold the value.
-        const auto number = static_cast<std::underlying_type_t<T>>(value);
-        if (sizeof(T) == 4 && std::in_range<vok::i2_t>(number)) {
-            out.template Int<S>(at, static_cast<vok::i2_t>(number));
-        } else {
-            WriteScalar<S>(out, at, number);
-        }
+        // Not every number is a value of one that names no type, and which type it has is up to the
+        // compiler.
+        static_assert(
+            requires { T{0}; },
+            "an enumeration by number needs a type, as in enum E : int; or VOK_ENUM");
+        WriteScalar<S>(out, at, static_cast<std::underlying_type_t<T>>(value));
     } else if constexpr (Utf8Text<T>) {
         out.template Utf8<S>(at, value);
     } else if constexpr (Text<T>) {

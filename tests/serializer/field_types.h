@@ -27,7 +27,7 @@ using namespace Velmar::Q7R::Serializer;
 enum class Side : std::int8_t { Buy, Sell = 5 };
 VOK_ENUM(Side, Buy, Sell)
 enum class Level : std::uint16_t { Low, High = 40000 };
-enum Plain { None, Some };
+enum Plain : int { None, Some };
 enum class Huge : std::uint32_t { Low, High = 0xFFFFFFFF };
 
 struct Leg {

@@ -36,6 +36,12 @@ struct Object {
     char letter = 'a';
     VOK_FIELDS(Object, letter)
 };
+#elif MISTAKE == 6
+enum Color { Red, Green };
+struct Object {
+    Color color = Red;
+    VOK_FIELDS(Object, color)
+};
 #endif
 
 Object Copy(const Object& object) {
