@@ -93,6 +93,8 @@ class TreeOut {
         } else if constexpr (NamedEnumeration<T>) {
             SetAttribute(S::NAME, std::string(NameOf<S>(*this, value)));
         } else if constexpr (Enumeration<T>) {
+            static_assert(TypedEnumeration<T>,
+                          "an enumeration by number needs a type, as in enum E : int; or VOK_ENUM");
             SetAttribute(S::NAME, std::to_string(static_cast<std::underlying_type_t<T>>(value)));
         } else {
             static_assert(Utf8Text<T>, "an attribute's text is UTF-8");

@@ -63,11 +63,8 @@ void WriteScalar(Out& out, At at, const T& value) {
     } else if constexpr (NamedEnumeration<T>) {
         out.template Utf8<S>(at, NameOf<S>(out, value));
     } else if constexpr (Enumeration<T>) {
-        // Not every number is a value of one that names no type, and which type it has is up to the
-        // compiler.
-        static_assert(
-            requires { T{0}; },
-            "an enumeration by number needs a type, as in enum E : int; or VOK_ENUM");
+        static_assert(TypedEnumeration<T>,
+                      "an enumeration by number needs a type, as in enum E : int; or VOK_ENUM");
         WriteScalar<S>(out, at, static_cast<std::underlying_type_t<T>>(value));
     } else if constexpr (Utf8Text<T>) {
         out.template Utf8<S>(at, value);
