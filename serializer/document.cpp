@@ -6,6 +6,7 @@
 #include "serializer/utilities.h"
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
+#include "vok/data/walk.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
 #include "vok/file/file.h"
@@ -21,8 +22,8 @@ Data& CursorOf(Data* pData) {
 }
 
 bool HasLong(const vok::Data& data) {
-    for (vok::u2_t u = 0; u < data.GetNodes(); ++u) {
-        if (data.GetNodeFromID(u).GetType() == vok::Data_Node::Long) return true;
+    for (vok::Data_Walk walk(data); walk.Next();) {
+        if (walk.GetType() == vok::Data_Node::Long) return true;
     }
     return false;
 }

@@ -95,11 +95,10 @@ class Node {
     // fractions. "Failed to add Node int value".
     template <fields::Clocked T>
     void AddValue(StringRef name, const T& value) {
-        const auto ticks = value.time_since_epoch().count();
         if constexpr (fields::Dated<T>) {
-            AddDate(name, static_cast<double>(ticks) * static_cast<double>(T::period::num));
+            AddDate(name, fields::SecondsOf(value));
         } else {
-            AddValue(name, ticks);
+            AddValue(name, value.time_since_epoch().count());
         }
     }
     // What there is; nothing where there is none.

@@ -4,6 +4,16 @@
 
 namespace Velmar::Q7R::Serializer {
 
+namespace {
+
+std::vector<Byte> ToBuffer(ISerialisable& iSerialisable, bool bNewer) {
+    Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
+    iSerialisable.WriteValues(root);
+    return Document::SaveToBuffer(root, bNewer);
+}
+
+}  // namespace
+
 void Serializer::WriteToFile(ISerialisable& iSerialisable, StringRef fileName) {
     Node root = Document::NewRoot(Document::WRITE_FILE_FAILED);
     iSerialisable.WriteValues(root);
@@ -16,15 +26,11 @@ void Serializer::ReadFromFile(ISerialisable& iSerialisable, StringRef fileName) 
 }
 
 std::vector<Byte> Serializer::WriteToBinaryBuffer(ISerialisable& iSerialisable) {
-    Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
-    iSerialisable.WriteValues(root);
-    return Document::SaveToBuffer(root);
+    return ToBuffer(iSerialisable, false);
 }
 
 std::vector<Byte> Serializer::Write(ISerialisable& iSerialisable) {
-    Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
-    iSerialisable.WriteValues(root);
-    return Document::SaveToBuffer(root, true);
+    return ToBuffer(iSerialisable, true);
 }
 
 void Serializer::ReadFromBinaryBuffer(ISerialisable& iSerialisable,

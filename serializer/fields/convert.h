@@ -9,8 +9,15 @@
 #include <string_view>
 
 #include "vok/base/types.h"
+#include "vok/base/utf8.h"
 
 namespace Velmar::Q7R::Serializer::fields {
+
+// A text that a tree takes as it stands: others are re-encoded, and end at their first NUL.
+[[nodiscard]] inline bool IsTreeText(std::string_view s) noexcept {
+    return vok::IsAsciiText(s.data(), s.size()) ||
+           (vok::IsUtf8(s.data(), s.size()) && s.find('\0') == std::string_view::npos);
+}
 
 // A whole number: 64 bits, negative ones as their two's complement.
 struct Number {

@@ -20,25 +20,14 @@ std::size_t NextRecord(std::string_view sDocument, std::size_t uAt) {
     };
     uAt += 4 + std::size_t{oNumberAt(uAt)};
     if (uAt >= sDocument.size()) return sDocument.size();
-    const char cCode = sDocument[uAt++];
-    switch (cCode) {
-        case vok::dgraph::CODE_NONE:
-        case vok::dgraph::CODE_INTEGER:
-        case vok::dgraph::CODE_FLOAT: uAt += 4; break;
-        case vok::dgraph::CODE_DOUBLE:
-        case vok::dgraph::CODE_DATE:
-        case vok::dgraph::CODE_LONG: uAt += 8; break;
-        case vok::dgraph::CODE_CHAR:
-        case vok::dgraph::CODE_BOOLEAN: uAt += 1; break;
-        case vok::dgraph::CODE_STRING:
-        case vok::dgraph::CODE_BINARY: uAt += 4 + std::size_t{oNumberAt(uAt)}; break;
-        case vok::dgraph::CODE_LINK:
-            uAt += 4 + std::size_t{oNumberAt(uAt)};
-            uAt += 4 + std::size_t{oNumberAt(uAt)};
-            break;
-        case vok::dgraph::CODE_QUAD: uAt += 16; break;
-        default: break;
+    const auto uCode = static_cast<vok::u0_t>(sDocument[uAt++]);
+    const bool bLink = uCode == vok::dgraph::CODE_LINK;
+    // Bytes that a length stands in front of, once or twice.
+    if (bLink) uAt += 4 + std::size_t{oNumberAt(uAt)};
+    if (bLink || uCode == vok::dgraph::CODE_STRING || uCode == vok::dgraph::CODE_BINARY) {
+        uAt += oNumberAt(uAt);
     }
+    uAt += vok::dgraph::FixedSize(uCode);
     return std::min(uAt, sDocument.size());
 }
 
@@ -81,6 +70,8 @@ void RaiseInDGraph(const Fault& oFault, std::span<const Byte> oDocument) {
 }
 
 void RaiseInXml(const Fault& oFault, std::string_view sDocument) {
+    // UTF-16 has bytes of zero; its lines are not counted here.
+    if (sDocument.find('\0') != std::string_view::npos) RaiseAt(oFault.sPath, oFault.sReason);
     vok::u2_t uLeft = oFault.uNode + 1;
     std::size_t uAt = 0;
     while ((uAt = sDocument.find('<', uAt)) != std::string_view::npos) {

@@ -4,6 +4,7 @@
 
 #include "serializer/document.h"
 #include "serializer/fields/failure.h"
+#include "serializer/guarded.h"
 #include "serializer/utilities.h"
 #include "vok/base/msg_exception.h"
 #include "vok/file/file.h"
@@ -13,9 +14,9 @@ namespace Velmar::Q7R::Serializer::fields {
 namespace {
 
 // What the tree refuses is nested in the text of the operation; what objects raise passes.
-void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure) {
+void WriteInto(Node& node, const Source& oSource, const char* sFailure) {
     try {
-        TreeOut out(oData);
+        TreeOut out(node.Data());
         oSource.pWrite(out, oSource.pObject);
         out.Finish();
     } catch (const vok::Msg_Exception&) {
@@ -25,20 +26,22 @@ void WriteInto(vok::Data& oData, const Source& oSource, const char* sFailure) {
     }
 }
 
-void ReadFrom(const vok::Data& oData, const Target& oTarget, bool bRefuseUnknown) {
-    TreeIn in(oData, bRefuseUnknown);
+void ReadFrom(const Node& node, const Target& oTarget, bool bRefuseUnknown) {
+    TreeIn in = Guarded(Document::READ_FAILED, [&] { return TreeIn(node.Data(), bRefuseUnknown); });
     oTarget.pRead(in, oTarget.pObject);
 }
 
 }  // namespace
 
 void WriteBelow(Node& node, const Source& oSource) {
-    WriteInto(node.Data(), oSource, "Failed to add subnode");
+    WriteInto(node, oSource, "Failed to add subnode");
 }
 
 void ReadBelow(Node& node, const Target& oTarget, bool bRefuseUnknown) {
     try {
-        if (node.Data().IsNode()) ReadFrom(node.Data(), oTarget, bRefuseUnknown);
+        // A node of no tree has no fields.
+        const auto oHasTree = [&] { return node.Data().IsNode(); };
+        if (Guarded(Document::READ_FAILED, oHasTree)) ReadFrom(node, oTarget, bRefuseUnknown);
     } catch (const Fault& e) {
         RaiseAt(e.sPath, e.sReason);
     }
@@ -46,14 +49,14 @@ void ReadBelow(Node& node, const Target& oTarget, bool bRefuseUnknown) {
 
 std::vector<Byte> WriteThroughTree(const Source& oSource, bool bNewer) {
     Node root = Document::NewRoot(Document::WRITE_BUFFER_FAILED);
-    WriteInto(root.Data(), oSource, Document::WRITE_BUFFER_FAILED);
+    WriteInto(root, oSource, Document::WRITE_BUFFER_FAILED);
     return Document::SaveToBuffer(root, bNewer);
 }
 
 void ReadThroughTree(std::span<const Byte> oDocument, const Target& oTarget, bool bRefuseUnknown) {
     Node root = Document::LoadFromBuffer(oDocument);
     try {
-        ReadFrom(root.Data(), oTarget, bRefuseUnknown);
+        ReadFrom(root, oTarget, bRefuseUnknown);
     } catch (const Fault& e) {
         RaiseInDGraph(e, oDocument);
     }
@@ -61,14 +64,14 @@ void ReadThroughTree(std::span<const Byte> oDocument, const Target& oTarget, boo
 
 void WriteXml(StringRef oFile, const Source& oSource) {
     Node root = Document::NewRoot(Document::WRITE_FILE_FAILED);
-    WriteInto(root.Data(), oSource, Document::WRITE_FILE_FAILED);
+    WriteInto(root, oSource, Document::WRITE_FILE_FAILED);
     Document::SaveToFile(root, oFile);
 }
 
 void ReadXml(StringRef oFile, const Target& oTarget, bool bRefuseUnknown) {
     Node root = Document::LoadFromFile(oFile);
     try {
-        ReadFrom(root.Data(), oTarget, bRefuseUnknown);
+        ReadFrom(root, oTarget, bRefuseUnknown);
     } catch (const Fault& e) {
         std::string sDocument;
         try {

@@ -29,6 +29,11 @@ concept Clocked = requires(const T& t) {
 // Ticks of a whole number of seconds, which are what a Date keeps.
 template <class T>
 concept Dated = Clocked<T> && T::period::den == 1 && std::integral<typename T::rep>;
+template <Dated T>
+[[nodiscard]] double SecondsOf(const T& oTime) {
+    return static_cast<double>(oTime.time_since_epoch().count()) *
+           static_cast<double>(T::period::num);
+}
 
 }  // namespace Velmar::Q7R::Serializer::fields
 

@@ -29,6 +29,18 @@ constexpr bool IsView() {
     return std::same_as<T, std::string_view> || std::same_as<T, std::u16string_view>;
 }
 
+// The value of an enumeration that bears a name; false where none does.
+template <NamedEnumeration T>
+[[nodiscard]] bool ValueNamed(std::string_view sName, T& value) {
+    static constexpr auto NAMES = NamesOf(Type<T>());
+    for (const auto& [eOne, sOne] : NAMES.m_aoName) {
+        if (sOne != sName) continue;
+        value = eOne;
+        return true;
+    }
+    return false;
+}
+
 template <class In, Scalar T>
 void ReadScalar(In& in, T& value) {
     if constexpr (std::same_as<T, bool> || Whole<T> || Real<T> || Text<T>) {
@@ -40,16 +52,10 @@ void ReadScalar(In& in, T& value) {
             in.Get(value);
         }
     } else if constexpr (NamedEnumeration<T>) {
-        static constexpr auto NAMES = NamesOf(Type<T>());
         std::string_view sName;
         in.Get(sName);
-        if (in.HasFailed()) return;
-        for (const auto& [eOne, sOne] : NAMES.m_aoName) {
-            if (sOne == sName) {
-                value = eOne;
-                return;
-            }
-        }
+        if (in.HasFailed() || ValueNamed(sName, value)) return;
+        static constexpr auto NAMES = NamesOf(Type<T>());
         in.FailName(NAMES.m_aoName.size(), [](std::size_t u) { return NAMES.m_aoName[u].second; });
     } else if constexpr (Enumeration<T>) {
         auto eValue = static_cast<std::underlying_type_t<T>>(value);
@@ -113,7 +119,9 @@ void ReadElements(In& in, T& range) {
             if constexpr (S::VALUE < S::KEY) ReadField<KeyOf<S>>(in, key);
             in.Leave(oOpen);
         }
+        const std::size_t uBefore = range.size();
         range.emplace(std::move(key), std::move(mapped));
+        if (range.size() == uBefore) return in.FailDouble();
     }
 }
 
@@ -127,7 +135,9 @@ void ReadElements(In& in, T& range) {
         } else {
             typename T::value_type element{};
             ReadNode<S>(in, element);
+            const std::size_t uBefore = range.size();
             range.insert(range.end(), std::move(element));
+            if (range.size() == uBefore) return in.FailDouble();
         }
     }
 }
@@ -140,7 +150,7 @@ void ReadKind(In& in, const Make& oMake) {
         const auto oTry = [&]<std::size_t K>() {
             using Listed = typename std::remove_cvref_t<decltype(std::get<K>(
                 KindOf<S, T, K>::LISTED.m_oKinds))>::type;
-            if (bKnown || !in.template Next<KindOf<S, T, K>>(First())) return;
+            if (bKnown || !in.template Is<KindOf<S, T, K>>()) return;
             bKnown = true;
             ReadNode<KindOf<S, T, K>>(in, oMake.template operator()<Listed>());
         };
@@ -157,7 +167,7 @@ void ReadContent(In& in, T& value) {
         ReadElements<ItemOf<S>>(in, value);
     } else if constexpr (Variant<T>) {
         const bool bKnown = [&]<std::size_t... I>(std::index_sequence<I...>) {
-            return ((in.template Next<NumberedOf<S, I>>(First())
+            return ((in.template Is<NumberedOf<S, I>>()
                          ? (ReadNode<NumberedOf<S, I>>(in, value.template emplace<I>()), true)
                          : false) ||
                     ...);

@@ -6,20 +6,9 @@
 #include "serializer/fields/convert.h"
 #include "serializer/utilities.h"
 #include "vok/base/date.h"
-#include "vok/base/utf8.h"
-#include "vok/data/escape.h"
+#include "vok/dgraph/step.h"
 
 namespace Velmar::Q7R::Serializer::fields {
-
-namespace {
-
-// A text that a tree takes as it stands.
-bool IsText(std::string_view s) noexcept {
-    return s.empty() || vok::IsAsciiText(s.data(), s.size()) ||
-           (vok::IsUtf8(s.data(), s.size()) && s.find('\0') == std::string_view::npos);
-}
-
-}  // namespace
 
 RecordIn::RecordIn(std::span<const Byte> oDocument, bool bRefuseUnknown) noexcept
     : m_bRefuseUnknown(bRefuseUnknown) {
@@ -70,10 +59,7 @@ bool RecordIn::ParseHead(Head& o) const noexcept {
     const char* const pStep = m_p + 4;
     const char* const pEnd = pStep + uStep;
     const char* p = pStep;
-    while (p != pEnd && static_cast<unsigned char>(*p) - 1u < 0x7F &&
-           !vok::detail::RESERVED[static_cast<unsigned char>(*p)]) {
-        ++p;
-    }
+    while (p != pEnd && vok::dgraph::VERBATIM[static_cast<unsigned char>(*p)]) ++p;
     if (p == pStep || p == pEnd || *p != '[') return false;
     o.sName = {pStep, static_cast<std::size_t>(p - pStep)};
     ++p;
@@ -173,31 +159,14 @@ bool RecordIn::SkipValue() noexcept {
 }
 
 bool RecordIn::SkipOneValue(vok::u2_t& uSuccessors) noexcept {
-    uSuccessors = 0;
-    std::size_t uSize = 0;
-    switch (*m_p++) {
-        case vok::dgraph::CODE_NONE:
-            if (Left() < 4) return false;
-            uSuccessors = vok::le::Load<vok::u2_t>(m_p);
-            if (uSuccessors > 0x7FFFFFFF) return false;
-            [[fallthrough]];
-        case vok::dgraph::CODE_INTEGER:
-        case vok::dgraph::CODE_FLOAT: uSize = 4; break;
-        case vok::dgraph::CODE_DOUBLE:
-        case vok::dgraph::CODE_DATE:
-        case vok::dgraph::CODE_LONG: uSize = 8; break;
-        case vok::dgraph::CODE_CHAR:
-        case vok::dgraph::CODE_BOOLEAN: uSize = 1; break;
-        case vok::dgraph::CODE_STRING:
-        case vok::dgraph::CODE_BINARY:
-            if (Left() < 4) return false;
-            uSize = vok::le::Load<vok::u2_t>(m_p);
-            if (uSize > MOST_BYTES) return false;
-            uSize += 4;
-            break;
-        default: return false;
-    }
-    if (Left() < uSize) return false;
+    const auto uCode = static_cast<vok::u0_t>(*m_p++);
+    std::size_t uSize = vok::dgraph::FixedSize(uCode);
+    if (uSize == 0 || uCode == vok::dgraph::CODE_LINK || Left() < uSize) return false;
+    const bool bBlock = uCode == vok::dgraph::CODE_STRING || uCode == vok::dgraph::CODE_BINARY;
+    const std::size_t uNumber = uSize == 4 ? vok::le::Load<vok::u2_t>(m_p) : 0;
+    uSuccessors = uCode == vok::dgraph::CODE_NONE ? static_cast<vok::u2_t>(uNumber) : 0;
+    if (bBlock) uSize += uNumber;
+    if (uSuccessors > 0x7FFFFFFF || uSize > MOST_BYTES || Left() < uSize) return false;
     m_p += uSize;
     return true;
 }
@@ -218,7 +187,7 @@ void RecordIn::Get(std::string_view& sText) noexcept {
     std::size_t uSize = 0;
     const char* const p = Block(vok::dgraph::CODE_STRING, uSize);
     if (p == nullptr) return;
-    if (uSize == 0 || p[uSize - 1] != 0 || !IsText({p, uSize - 1})) return Fail();
+    if (uSize == 0 || p[uSize - 1] != 0 || !IsTreeText({p, uSize - 1})) return Fail();
     sText = {p, uSize - 1};
 }
 

@@ -105,14 +105,22 @@ class RecordIn {
     // The only node of a name, or the first.
     template <class S>
     [[nodiscard]] bool Next(First) noexcept {
-        using Known = Step<S>;
-        if (m_uPending == 0) return false;
-        if (Left() > Known::HEAD_SIZE &&
-            std::memcmp(m_p, Known::HEAD.data(), Known::HEAD_SIZE) == 0) [[likely]] {
-            m_p += Known::HEAD_SIZE;
+        if (Is<S>()) [[likely]]
             return true;
-        }
+        if (m_uPending == 0) return false;
         return Look(STEP_PLACE<S>);
+    }
+    // Whether the only node of the one that is entered has a name: one of several that are asked
+    // for in any order.
+    template <class S>
+    [[nodiscard]] bool Is() noexcept {
+        using Known = Step<S>;
+        if (m_uPending == 0 || Left() <= Known::HEAD_SIZE ||
+            std::memcmp(m_p, Known::HEAD.data(), Known::HEAD_SIZE) != 0) {
+            return false;
+        }
+        m_p += Known::HEAD_SIZE;
+        return true;
     }
     // The node of a name and an index.
     template <class S>
@@ -215,6 +223,7 @@ class RecordIn {
     }
     void FailCount(std::size_t, std::size_t) noexcept { Fail(); }
     void FailKind() noexcept { Fail(); }
+    void FailDouble() noexcept { Fail(); }
 
     // Nothing is there any more.
     [[gnu::cold, gnu::noinline]] void Fail() noexcept;

@@ -1,10 +1,11 @@
 #include "serializer/fields/record_out.h"
 
 #include <algorithm>
+#include <new>
 
 #include "serializer/document.h"
+#include "serializer/fields/convert.h"
 #include "serializer/guarded.h"
-#include "vok/base/date.h"
 #include "vok/base/utf8.h"
 #include "vok/dgraph/format.h"
 
@@ -61,7 +62,11 @@ void RecordOut::Expect(std::size_t uSize) {
     uSize = std::min(uSize + uSize / 16, std::max(MOST_AHEAD, 8 * uUsed));
     if (uUsed + uSize / 2 <= m_aoBuffer.capacity()) return;
     const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - m_p);
-    Guarded(Document::WRITE_BUFFER_FAILED, [&] { m_aoBuffer.reserve(uUsed + uSize); });
+    try {
+        m_aoBuffer.reserve(uUsed + uSize);
+    } catch (const std::bad_alloc&) {
+        return;  // then it grows step by step
+    }
     m_p = Begin() + uUsed;
     m_pEnd = m_p + uRoom;
 }
@@ -89,38 +94,23 @@ void RecordOut::PutLong(char* p, vok::u3_t uValue) noexcept {
 }
 
 void RecordOut::PutText(char* p, std::string_view sText) noexcept {
-    const std::size_t uSize = sText.size();
-    p = vok::le::Store(p, static_cast<vok::u2_t>(uSize + 1));
-    if (uSize != 0) {
-        // A tree would re-encode what is not UTF-8, and end the text at a NUL.
-        if (!vok::IsAsciiText(sText.data(), uSize) &&
-            (!vok::IsUtf8(sText.data(), uSize) || sText.find('\0') != std::string_view::npos)) {
-            m_bFailed = true;
-        }
-        std::memcpy(p, sText.data(), uSize);
-    }
-    p[uSize] = 0;
-    m_p = p + uSize + 1;
+    p = vok::le::Store(p, static_cast<vok::u2_t>(sText.size() + 1));
+    if (!IsTreeText(sText)) m_bFailed = true;
+    p += sText.copy(p, sText.size());
+    *p++ = 0;
+    m_p = p;
 }
 
 void RecordOut::PutText(char* p, std::u16string_view sText) noexcept {
     char* const pText = p + 4;
     char* pTo = pText;
-    for (std::size_t u = 0; u < sText.size(); ++u) {
-        vok::u2_t uCode = sText[u];
-        if (uCode == 0) m_bFailed = true;
-        const bool bPair =
-            (uCode & 0xFC00) == 0xD800 && u + 1 < sText.size() && (sText[u + 1] & 0xFC00) == 0xDC00;
-        if (bPair) uCode = 0x10000 + ((uCode & 0x3FF) << 10) + (sText[++u] & 0x3FFu);
-        pTo += vok::EncodeUtf8(uCode, pTo);
-    }
+    if (sText.find(u'\0') != std::u16string_view::npos) m_bFailed = true;
+    const char16_t* pFrom = sText.data();
+    const char16_t* const pEnd = pFrom + sText.size();
+    while (pFrom != pEnd) pTo += vok::EncodeUtf8(vok::DecodeUtf16(pFrom, pEnd), pTo);
     *pTo++ = 0;
     vok::le::Store(p, static_cast<vok::u2_t>(pTo - pText));
     m_p = pTo;
-}
-
-double RecordOut::DaysOf(double dSeconds) noexcept {
-    return vok::DaysOfSeconds(dSeconds);
 }
 
 }  // namespace Velmar::Q7R::Serializer::fields

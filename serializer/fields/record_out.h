@@ -10,6 +10,7 @@
 
 #include "serializer/fields/steps.h"
 #include "serializer/node.h"
+#include "vok/base/date.h"
 #include "vok/dgraph/format.h"
 
 namespace Velmar::Q7R::Serializer::fields {
@@ -64,7 +65,7 @@ class RecordOut {
     template <class S, class At>
     void Date(At at, double dSeconds) {
         m_p = vok::le::Store(Head<S>(at, vok::dgraph::CODE_DATE, 8),
-                             std::bit_cast<vok::u3_t>(DaysOf(dSeconds)));
+                             std::bit_cast<vok::u3_t>(vok::DaysOfSeconds(dSeconds)));
     }
     template <class S, class At>
     void Utf8(At at, std::string_view sText) {
@@ -132,8 +133,8 @@ class RecordOut {
     }
 
   private:
-    // Length, NUL, and what copying in words may write behind a text.
-    static constexpr std::size_t TEXT_ROOM = 4 + 1 + 8;
+    // Length and NUL.
+    static constexpr std::size_t TEXT_ROOM = 4 + 1;
     static constexpr std::size_t LONG_TEXT = TEXT_ROOM + 20;
     // Digits of an index, brackets, code, length.
     static constexpr std::size_t INDEX_ROOM = 20;
@@ -185,7 +186,6 @@ class RecordOut {
     void PutLong(char* p, vok::u3_t uValue) noexcept;
     void PutText(char* p, std::string_view sText) noexcept;
     void PutText(char* p, std::u16string_view sText) noexcept;
-    [[nodiscard]] static double DaysOf(double dSeconds) noexcept;
 
     std::vector<Byte>& m_aoBuffer;
     char* m_p = nullptr;

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstring>
 
 #include "serializer/fields/convert.h"
 #include "serializer/fields/failure.h"
@@ -18,6 +17,13 @@ namespace {
 
 std::string RangeText(std::int64_t iLowest, std::uint64_t uHighest) {
     return "a number from " + std::to_string(iLowest) + " to " + std::to_string(uHighest);
+}
+
+// Whether a Float holds all that a Double has: what it lacks would be lost.
+bool IsFloat(double d) {
+    constexpr double MOST = std::numeric_limits<float>::max();
+    return !std::isfinite(d) ||
+           (std::fabs(d) <= MOST && static_cast<double>(static_cast<float>(d)) == d);
 }
 
 }  // namespace
@@ -101,12 +107,7 @@ void TreeIn::Get(double& d) const {
 
 void TreeIn::Get(float& f) const {
     const double d = RealOf("Float");
-    constexpr double MOST = std::numeric_limits<float>::max();
-    // What a Double has beyond a Float would be lost.
-    if (std::isfinite(d) &&
-        (std::fabs(d) > MOST || static_cast<double>(static_cast<float>(d)) != d)) {
-        FailFound("a number that a Float holds");
-    }
+    if (!IsFloat(d)) FailFound("a number that a Float holds");
     f = static_cast<float>(d);
 }
 
@@ -199,29 +200,35 @@ void TreeIn::GetHost(ISerialisable& oHost) {
 
 // ---- attributes -----------------------------------------------------------------
 
-const char* TreeIn::AttributeOf(vok::u2_t uId, const char* sName) const {
+const char* TreeIn::AttributeOf(vok::u2_t uId, std::string_view sName) const {
     return m_oTree.GetNodeFromID(uId).GetAttVal(sName);
 }
 
-vok::u3_t TreeIn::WholeOf(const char* sText, std::int64_t iLowest, std::uint64_t uHighest) const {
+bool TreeIn::ParseFlag(std::string_view sText, bool& b) {
+    b = sText == "true" || sText == "1";
+    return b || sText == "false" || sText == "0";
+}
+
+bool TreeIn::ParseWhole(std::string_view sText, std::int64_t iLowest, std::uint64_t uHighest,
+                        vok::u3_t& uBits) {
     Number oNumber;
-    if (!ParseNumber(sText, iLowest < 0, oNumber) || !oNumber.IsWithin(iLowest, uHighest))
-        FailAttribute(sText);
-    return oNumber.uBits;
+    const bool bGood =
+        ParseNumber(sText, iLowest < 0, oNumber) && oNumber.IsWithin(iLowest, uHighest);
+    uBits = oNumber.uBits;
+    return bGood;
 }
 
-double TreeIn::RealOfText(const char* sText) const {
+bool TreeIn::ParseReal(std::string_view sText, double& d) {
+    const char* const pEnd = sText.data() + sText.size();
+    const auto oResult = std::from_chars(sText.data(), pEnd, d);
+    return oResult.ec == std::errc() && oResult.ptr == pEnd;
+}
+
+bool TreeIn::ParseReal(std::string_view sText, float& f) {
     double d = 0;
-    const char* const pEnd = sText + std::strlen(sText);
-    const auto oResult = std::from_chars(sText, pEnd, d);
-    if (oResult.ec != std::errc() || oResult.ptr != pEnd) FailAttribute(sText);
-    return d;
-}
-
-bool TreeIn::FlagOf(const char* sText) const {
-    const std::string_view s(sText);
-    if (s != "true" && s != "false" && s != "1" && s != "0") FailAttribute(s);
-    return s == "true" || s == "1";
+    if (!ParseReal(sText, d) || !IsFloat(d)) return false;
+    f = static_cast<float>(d);
+    return true;
 }
 
 // ---- pointers -------------------------------------------------------------------
@@ -259,8 +266,11 @@ void TreeIn::FailFound(std::string_view sExpected) const {
     Fail(sReason + " found");
 }
 
-void TreeIn::FailAttribute(std::string_view sText) const {
-    Fail("an attribute has the value \"" + std::string(sText) + "\", which does not fit");
+void TreeIn::FailAttribute(std::string_view sName, std::string_view sText) const {
+    throw Fault{PathOf(m_oTree.GetNodeFromID(m_uParent)),
+                "attribute \"" + std::string(sName) + "\" has the value \"" + std::string(sText) +
+                    "\", which does not fit",
+                m_uParent};
 }
 
 void TreeIn::FailCount(std::size_t uExpected, std::size_t uFound) const {
@@ -269,6 +279,10 @@ void TreeIn::FailCount(std::size_t uExpected, std::size_t uFound) const {
 
 void TreeIn::FailKind() const {
     Fail("none of the kinds that are known here");
+}
+
+void TreeIn::FailDouble() const {
+    Fail("the same as one before");
 }
 
 void TreeIn::FailPointer() const {

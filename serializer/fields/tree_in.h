@@ -46,6 +46,10 @@ class TreeIn {
     [[nodiscard]] bool Next(vok::u2_t uIndex) {
         return Find(PLACE<S>, uIndex);
     }
+    template <class S>
+    [[nodiscard]] bool Is() {
+        return Find(PLACE<S>, 0);
+    }
     template <class T>
     static void FinishFields() noexcept {}
     static constexpr bool RUNS_HOOKS = true;
@@ -88,34 +92,15 @@ class TreeIn {
     bool GetBytes(std::span<const Byte>& oBytes) const;
     void GetHost(ISerialisable& oHost);
 
+    // Of the object whose fields are read.
     template <class S, class T>
     void GetAttribute(T& value) const {
-        // Attributes are those of the object whose fields are read.
-        const char* const sText = AttributeOf(m_uParent, std::string(S::NAME).c_str());
+        const char* const sText = AttributeOf(m_uParent, S::NAME);
         if constexpr (Utf8Text<T>) {
             // One without text is not stored.
             value = sText != nullptr ? sText : "";
-        } else if (sText == nullptr) {
-            return;
-        } else if constexpr (std::same_as<T, bool>) {
-            value = FlagOf(sText);
-        } else if constexpr (Whole<T>) {
-            using Limits = std::numeric_limits<T>;
-            value = static_cast<T>(WholeOf(sText, Limits::min(), Limits::max()));
-        } else if constexpr (Real<T>) {
-            value = static_cast<T>(RealOfText(sText));
-        } else if constexpr (NamedEnumeration<T>) {
-            static constexpr auto NAMES = NamesOf(Type<T>());
-            for (const auto& [eOne, sOne] : NAMES.m_aoName) {
-                if (sOne == sText) {
-                    value = eOne;
-                    return;
-                }
-            }
-            FailAttribute(sText);
         } else {
-            using Limits = std::numeric_limits<std::underlying_type_t<T>>;
-            value = static_cast<T>(WholeOf(sText, Limits::min(), Limits::max()));
+            if (sText != nullptr && !ParseAttribute(sText, value)) FailAttribute(S::NAME, sText);
         }
     }
 
@@ -173,6 +158,7 @@ class TreeIn {
     }
     [[noreturn]] void FailCount(std::size_t uExpected, std::size_t uFound) const;
     [[noreturn]] void FailKind() const;
+    [[noreturn]] void FailDouble() const;
 
   private:
     // A view of any node of the tree.
@@ -183,18 +169,40 @@ class TreeIn {
 
     [[nodiscard]] vok::Data_View NodeView() const noexcept { return m_oView.Of(m_uNode); }
     bool Find(const Place& oPlace, vok::u2_t uIndex);
-    [[nodiscard]] vok::u3_t WholeOf(const char* sText, std::int64_t iLowest,
-                                    std::uint64_t uHighest) const;
     [[nodiscard]] double RealOf(const char* sExpected) const;
-    [[nodiscard]] double RealOfText(const char* sText) const;
-    [[nodiscard]] bool FlagOf(const char* sText) const;
-    [[nodiscard]] const char* AttributeOf(vok::u2_t uId, const char* sName) const;
+    template <class T>
+    [[nodiscard]] static bool ParseAttribute(std::string_view sText, T& value) {
+        if constexpr (std::same_as<T, bool>) {
+            return ParseFlag(sText, value);
+        } else if constexpr (Whole<T>) {
+            using Limits = std::numeric_limits<T>;
+            vok::u3_t uBits = 0;
+            const bool bGood = ParseWhole(sText, Limits::min(), Limits::max(), uBits);
+            if (bGood) value = static_cast<T>(uBits);
+            return bGood;
+        } else if constexpr (Real<T>) {
+            return ParseReal(sText, value);
+        } else if constexpr (NamedEnumeration<T>) {
+            return ValueNamed(sText, value);
+        } else {
+            std::underlying_type_t<T> number{};
+            const bool bGood = ParseAttribute(sText, number);
+            if (bGood) value = static_cast<T>(number);
+            return bGood;
+        }
+    }
+    [[nodiscard]] static bool ParseFlag(std::string_view sText, bool& b);
+    [[nodiscard]] static bool ParseWhole(std::string_view sText, std::int64_t iLowest,
+                                         std::uint64_t uHighest, vok::u3_t& uBits);
+    [[nodiscard]] static bool ParseReal(std::string_view sText, double& d);
+    [[nodiscard]] static bool ParseReal(std::string_view sText, float& f);
+    [[nodiscard]] const char* AttributeOf(vok::u2_t uId, std::string_view sName) const;
     [[nodiscard]] vok::u2_t TargetId() const;
     void CheckTaken() const;
 
     // "... expected, TYPE found", with the value where there is one.
     [[noreturn]] void FailFound(std::string_view sExpected) const;
-    [[noreturn]] void FailAttribute(std::string_view sText) const;
+    [[noreturn]] void FailAttribute(std::string_view sName, std::string_view sText) const;
     [[noreturn]] void FailPointer() const;
     [[noreturn]] void Fail(std::string sReason) const;
 

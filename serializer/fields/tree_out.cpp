@@ -22,8 +22,7 @@ TreeOut::TreeOut(vok::Data& oParent)
 void TreeOut::Finish() {
     m_oBuilder.Finish();
     const auto oNode = [&](vok::u2_t uId) { return m_oTree.GetNodeFromID(uId); };
-    for (const LaterAttribute& o : m_oLater)
-        oNode(o.uId).SetAttVal(o.sName.c_str(), o.sValue.c_str());
+    for (const LaterAttribute& o : m_oLater) oNode(o.uId).SetAttVal(o.sName, o.sValue);
     for (const auto& [uId, oKey] : m_oLink) {
         const auto pStored = m_oStored.find(oKey);
         if (pStored == m_oStored.end())
@@ -38,7 +37,6 @@ void TreeOut::Finish() {
 }
 
 void TreeOut::Fail(const char* sReason) {
-    m_oBuilder.Finish();
     FailAtNode(m_uLast, sReason);
 }
 
@@ -117,8 +115,8 @@ void TreeOut::AddHost(const Place& oPlace, const ISerialisable& oHost) {
 }
 
 void TreeOut::SetAttribute(std::string_view sName, std::string sValue) {
-    if (sValue.find('\0') != std::string::npos) Fail(TEXT_WITH_NUL);
-    m_oLater.push_back({m_uOpen, std::string(sName), std::move(sValue)});
+    if (sValue.find('\0') != std::string::npos) FailAtNode(m_uOpen, TEXT_WITH_NUL);
+    m_oLater.push_back({m_uOpen, sName, std::move(sValue)});
 }
 
 std::string TreeOut::TextOf(double dValue) {

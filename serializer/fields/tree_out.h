@@ -139,7 +139,7 @@ class TreeOut {
     using Key = std::pair<const void*, std::type_index>;
     struct LaterAttribute {
         vok::u2_t uId;
-        std::string sName;
+        std::string_view sName;  // of a field
         std::string sValue;
     };
 

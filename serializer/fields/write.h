@@ -6,6 +6,7 @@
 #define SERIALIZER_FIELDS_WRITE_H
 
 #include <bit>
+#include <cmath>
 #include <functional>
 #include <typeinfo>
 
@@ -27,13 +28,6 @@ constexpr void CheckList() {
     static_assert(HAS_OWN_LIST<T>,
                   "these fields are those of a base: give the class its own, VOK_FIELDS_AND_BASE");
     static_assert(AreNamesGood<T>(), "a field has no name, or two have the same");
-}
-
-// A duration that a Date counts in, and ticks of any other as they are.
-template <class T>
-[[nodiscard]] double SecondsOf(const T& oTime) {
-    return static_cast<double>(oTime.time_since_epoch().count()) *
-           static_cast<double>(T::period::num);
 }
 
 // The name of a value of an enumeration; fails at the place of the field where it has none.
@@ -234,6 +228,8 @@ template <class T>
 [[nodiscard]] bool IsEmptyValue(const T& value) {
     if constexpr (requires { value.empty(); }) {
         return value.empty();
+    } else if constexpr (Real<T>) {
+        return value == 0 && !std::signbit(value);
     } else {
         return value == T();
     }

@@ -35,6 +35,8 @@ const std::string g_sGaps =
 TEST(DgraphRecords, AllOfADocumentIsItsTree) {
     ExpectSame(AllTypes());
     ExpectSame(g_sGaps);
+    // An index that wraps is a negative one, and its run is one all the same.
+    ExpectSame(Document(2, Leaf("a[4294967295]", 1, I32(1)) + Leaf("a[4294967295]", 1, I32(2))));
     ExpectSame(Header() + Leaf("Me[0][@a=\"b\"]", 5, Block("text\0"s)));
     ExpectSame(
         Document(3, Leaf("a[0]", 1, I32(1)) + Leaf("b[0]", 1, I32(2)) + Leaf("a[0]", 1, I32(3))));
@@ -53,7 +55,8 @@ TEST(DgraphRecords, DamageIsToldAsByLoading) {
 }
 
 TEST(DgraphRecords, LimitsAreThoseOfLoading) {
-    const Limit ALL[] = {LIMIT_NODES, LIMIT_DEPTH, LIMIT_SLOTS, LIMIT_TEXT_BYTES, LIMIT_ATTRIBUTES};
+    const Limit ALL[] = {LIMIT_NODES,      LIMIT_DEPTH,      LIMIT_SLOTS,
+                         LIMIT_TEXT_BYTES, LIMIT_ATTRIBUTES, LIMIT_PATH_STEPS};
     for (const Limit& o : ALL) {
         for (u3_t uMost = 0; uMost < 25; ++uMost) {
             ExpectSame(AllTypes(), AtMost(o, uMost));

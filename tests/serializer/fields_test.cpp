@@ -173,7 +173,7 @@ struct Square : Shape {
     VOK_FIELDS(Square, side)
 };
 struct Star : Shape {};
-VOK_KINDS(Shape, Circle, Square)
+VOK_KINDS(Shape, Square, Circle)
 
 struct Person {
     std::string name;
@@ -229,6 +229,15 @@ TEST(Fields, SharedObjectsAndCycles) {
     Serializer().ReadFromFile(fromXml, sFile);
     ExpectCompany(fromXml);
     company.staff[1]->friends.clear();
+}
+
+TEST(Fields, KindsAreToldInAnyOrder) {
+    std::vector<std::unique_ptr<Shape>> shapes, read;
+    shapes.push_back(std::make_unique<Circle>());
+    shapes.push_back(std::make_unique<Square>());
+    EXPECT_TRUE(fields::RecordIn(Serializer().Write(shapes), true).ReadObject(read));
+    ASSERT_EQ(read.size(), 2u);
+    EXPECT_NE(dynamic_cast<const Circle*>(read[0].get()), nullptr);
 }
 
 // ---- what a type may say --------------------------------------------------------
@@ -488,6 +497,23 @@ TEST(Fields, ErrorsTellWhereAndWhat) {
             ErrorOf([&] { (void)Serializer().Read<Small>(aoBytes, {.refuseUnknown = true}); }),
             sError);
     }
+    const Bytes aoAttribute = Write([](Node& n) {
+        n.AddValue("empty", "x");
+        n.Data().SetAttVal("rank", "300");
+    });
+    EXPECT_EQ(ErrorOf([&] { (void)Serializer().Read<Options>(aoAttribute); }),
+              "/: attribute \"rank\" has the value \"300\", which does not fit, byte 30");
+    const Bytes aoTwice = Write([](Node& n) {
+        for (int i = 0; i < 2; ++i) n.AddSubnode("item").AddValue("key", 7);
+    });
+    EXPECT_EQ(ErrorOf([&] { (void)Serializer().Read<std::map<int, int>>(aoTwice); }),
+              "/item[1]: the same as one before, byte 77");
+    Node disposed;
+    disposed.Dispose();
+    Leg leg;
+    EXPECT_EQ(ErrorOf([&] { Serialisable(leg).WriteValues(disposed); }), "Failed to add subnode");
+    EXPECT_EQ(ErrorOf([&] { Serialisable(leg).ReadValues(disposed); }),
+              "Failed to read data from file.");
     const std::string sFile = testing::TempDir() + "errors.xml";
     std::ofstream(sFile) << "<?xml version=\"1.0\"?>\n<!-- <a> "
                             "-->\n<Root>\n<legs/>\n<legs><strike>x</strike></legs></Root>";
@@ -564,12 +590,15 @@ TEST(Fields, NoMemoryIsNeededForABufferThatIsThere) {
     const auto object = Random<Tree>(3);
     Bytes aoBuffer;
     Serializer().Write(object, aoBuffer);
-    const Bytes aoFirst = aoBuffer;
+    const Bytes aoFirst = aoBuffer, aoLeg = Serializer().Write(Leg{3, 4.5});
+    Leg leg;
     const vok::Mem_Probe oProbe;
     vok::Mem_Probe::FailIn(1);
     Serializer().Write(object, aoBuffer);
+    Serializer().Read(leg, aoLeg);
     EXPECT_TRUE(vok::Mem_Probe::IsArmed());
     vok::Mem_Probe::FailIn(0);
+    EXPECT_EQ(leg.ratio, 3);
     EXPECT_EQ(aoBuffer, aoFirst);
 }
 

@@ -74,13 +74,8 @@ void Str::Add(const char16_t* pText, const char16_t* pEnd) {
     if (pEnd == nullptr) pEnd = pText + std::char_traits<char16_t>::length(pText);
     Arr<char> oUtf8;
     while (pText < pEnd && *pText != 0) {
-        u2_t uCode = *pText++;
-        const bool bHigh = uCode >= 0xD800 && uCode < 0xDC00;
-        if (bHigh && pText < pEnd && *pText >= 0xDC00 && *pText < 0xE000) {
-            uCode = 0x10000 + ((uCode - 0xD800) << 10) + (u2_t{*pText++} - 0xDC00);
-        }
         char sCode[4];
-        oUtf8.Add(sCode, EncodeUtf8(uCode, sCode));
+        oUtf8.Add(sCode, EncodeUtf8(DecodeUtf16(pText, pEnd), sCode));
     }
     AddValid(oUtf8.Beg(), oUtf8.Size());
 }

@@ -32,6 +32,15 @@ inline std::size_t EncodeUtf16(u2_t uCode, char16_t* pOut) noexcept {
     return 2;
 }
 
+// The code point at pText, which moves behind it. A surrogate without its partner stands for
+// itself, which EncodeUtf8 writes as U+FFFD. pText must be below pEnd.
+[[nodiscard]] inline u2_t DecodeUtf16(const char16_t*& pText, const char16_t* pEnd) noexcept {
+    const u2_t uUnit = *pText++;
+    const bool bHigh = uUnit >= 0xD800 && uUnit < 0xDC00;
+    if (!bHigh || pText == pEnd || *pText < 0xDC00 || *pText >= 0xE000) return uUnit;
+    return 0x10000 + ((uUnit - 0xD800) << 10) + (u2_t{*pText++} - 0xDC00);
+}
+
 [[nodiscard]] bool IsUtf8(const char* pText, std::size_t uSize) noexcept;
 
 // The number of code points in a valid text.

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/base/where.h"
 #include "vok/data/data.h"
@@ -24,6 +25,14 @@ void AppendEncoded(Arr<char>& oOut, std::string_view sText, const bool* pSet) {
         char sEscape[MOST_ENCODED];
         oOut.Add(sEscape, static_cast<std::size_t>(EncodeByte(c, sEscape, pSet) - sEscape));
     }
+}
+
+void AppendStep(Arr<char>& oOut, std::string_view sName, u2_t uIndex) {
+    AppendEncoded(oOut, sName, RESERVED.data());
+    char sIndex[NUMBER_ROOM];
+    oOut.Add('[');
+    oOut.Add(sIndex, FormatInteger(uIndex, sIndex));
+    oOut.Add(']');
 }
 
 }  // namespace detail

@@ -47,6 +47,9 @@ constexpr char* EncodeByte(char c, char* p, const bool* pSet) noexcept {
 // as the escape of code 0.
 void AppendEncoded(Arr<char>& oOut, std::string_view sText, const bool* pSet);
 
+// Appends a step of a path: the name, encoded, and the index in brackets.
+void AppendStep(Arr<char>& oOut, std::string_view sName, u2_t uIndex);
+
 }  // namespace vok::detail
 
 #endif  // VOK_DATA_ESCAPE_H

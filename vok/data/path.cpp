@@ -24,13 +24,9 @@ Str Data::GetPath() const {
         }
         Arr<char> oPath;
         for (std::size_t u = oChain.Size(); u-- > 0;) {
-            char sIndex[NUMBER_ROOM];
             const Hash_Text& oName = b.m_oName(b.m_oNode(oChain(u)).uKey);
             oPath.Add('/');
-            detail::AppendEncoded(oPath, oName.View(), detail::RESERVED.data());
-            oPath.Add('[');
-            oPath.Add(sIndex, FormatInteger(b.PositionOf(oChain(u)), sIndex));
-            oPath.Add(']');
+            detail::AppendStep(oPath, oName.View(), b.PositionOf(oChain(u)));
         }
         return Str(std::string_view(oPath.Beg(), oPath.Size()));
     });

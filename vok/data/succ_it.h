@@ -9,27 +9,28 @@
 
 namespace vok {
 
-// Live nodes one after the other, for range-for; It is one of the iterators below.
+// Live nodes one after the other, for range-for, as an iterator below delivers them.
 template <class It>
 class Data_Range {
   public:
     using value_type = Data;
     using difference_type = std::ptrdiff_t;
 
-    explicit Data_Range(const It& oIt) : m_oIt(oIt) { m_oIt.SkipZombies(); }
+    explicit Data_Range(const It& oIt) : m_oIt(oIt), m_bMore(m_oIt.SkipZombies()) {}
     [[nodiscard]] Data operator*() const { return m_oIt.GetData(); }
     Data_Range& operator++() {
         m_oIt.Advance();
-        m_oIt.SkipZombies();
+        m_bMore = m_oIt.SkipZombies();
         return *this;
     }
     void operator++(int) { ++*this; }
-    friend bool operator==(const Data_Range& o, std::default_sentinel_t) {
-        return !o.m_oIt.GetData().IsNode();
+    friend bool operator==(const Data_Range& o, std::default_sentinel_t) noexcept {
+        return !o.m_bMore;
     }
 
   private:
     It m_oIt;
+    bool m_bMore;
 };
 
 // Walks the successors of one node, or those of one name, in their order. The position runs

@@ -156,18 +156,7 @@ class Reader<Source>::Fast {
     // asking is there.
     [[gnu::noinline]] static bool IsThere(const char* pStep, std::size_t uSeen,
                                           std::size_t uStep) noexcept {
-        if (uSeen <= uStep) return false;
-        std::size_t uValue = 0;
-        switch (static_cast<Code>(pStep[uStep])) {
-            case CODE_NONE:
-            case CODE_INTEGER:
-            case CODE_STRING: uValue = 4; break;
-            case CODE_DOUBLE:
-            case CODE_LONG: uValue = 8; break;
-            case CODE_BOOLEAN: uValue = 1; break;
-            default: break;
-        }
-        return uSeen - uStep - 1 >= uValue;
+        return uSeen > uStep && uSeen - uStep - 1 >= FixedSize(static_cast<u0_t>(pStep[uStep]));
     }
 
     [[gnu::always_inline]] Name ReadName(const char* p, std::size_t uSeen, std::size_t uStep) {

@@ -48,6 +48,26 @@ enum Code : u0_t {
     CODE_QUAD = 11,    // four words
 };
 
+// Bytes of fixed size behind a type code: those of the value, of a count, or of the length that
+// more bytes follow; of a link the first of its two.
+[[nodiscard]] constexpr std::size_t FixedSize(u0_t uCode) noexcept {
+    switch (uCode) {
+        case CODE_CHAR:
+        case CODE_BOOLEAN: return 1;
+        case CODE_NONE:
+        case CODE_INTEGER:
+        case CODE_FLOAT:
+        case CODE_STRING:
+        case CODE_BINARY:
+        case CODE_LINK: return 4;
+        case CODE_DOUBLE:
+        case CODE_DATE:
+        case CODE_LONG: return 8;
+        case CODE_QUAD: return 16;
+        default: return 0;
+    }
+}
+
 using le::Load;
 using le::Store;
 

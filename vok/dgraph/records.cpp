@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "vok/base/date.h"
-#include "vok/base/number.h"
 #include "vok/base/where.h"
+#include "vok/base/work.h"
 #include "vok/data/builder.h"
 #include "vok/data/escape.h"
-#include "vok/data/succ_it.h"
+#include "vok/data/select.h"
 #include "vok/data/xpath.h"
+#include "vok/dgraph/access.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/format.h"
 #include "vok/dgraph/messages.h"
@@ -34,10 +36,9 @@ class Window {
     // until the next call.
     std::string_view View(std::size_t uSize) {
         if (m_uEnd - m_uAt < uSize) [[unlikely]]
-            Fill(uSize);
-        const std::string_view sView(m_oBuffer.Beg() + m_uAt, std::min(uSize, m_uEnd - m_uAt));
-        m_uAt += sView.size();
-        m_uMissing += uSize - sView.size();
+            return Rest(uSize);
+        const std::string_view sView(m_oBuffer.Beg() + m_uAt, uSize);
+        m_uAt += uSize;
         return sView;
     }
     // A number, of which what is missing is zero.
@@ -52,11 +53,6 @@ class Window {
         return Load<T>(s);
     }
 
-    // What is at hand, without reading more.
-    [[nodiscard]] const char* At() const noexcept { return m_oBuffer.Beg() + m_uAt; }
-    [[nodiscard]] std::size_t Left() const noexcept { return m_uEnd - m_uAt; }
-    void Skip(std::size_t uSize) noexcept { m_uAt += uSize; }
-
     [[nodiscard]] u3_t Offset() const noexcept { return m_uBefore + m_uAt; }
     [[nodiscard]] u3_t Missing() const noexcept { return m_uMissing; }
     // Leaves the stream behind what was read, where it can seek.
@@ -68,6 +64,13 @@ class Window {
     }
 
   private:
+    std::string_view Rest(std::size_t uSize) {
+        Fill(uSize);
+        const std::string_view sView(m_oBuffer.Beg() + m_uAt, std::min(uSize, m_uEnd - m_uAt));
+        m_uAt += sView.size();
+        m_uMissing += uSize - sView.size();
+        return sView;
+    }
     void Fill(std::size_t uSize) {
         m_uEnd -= m_uAt;
         if (m_uEnd != 0) std::memmove(m_oBuffer.Beg(), m_oBuffer.Beg() + m_uAt, m_uEnd);
@@ -102,18 +105,21 @@ class Dgraph_Reader::Impl {
         if (!LoadHeader(sHeader.data(), sHeader.size(), m_oVersion)) RaiseNoBinaryDGraph();
         if (m_oVersion.iMajor != 1) RaiseWrongVersion();
         m_uMissingHeader = m_oWindow.Missing();
-        m_oLevel.Add(Level{1, 0, 0, 0});
+        m_oLevel.Add(Level{1, 0});
     }
 
     // The successors of an open node, of which the last one read is the node of this level.
     struct Level {
-        u2_t uPending;  // records still to come; a negative number is a large one
-        u2_t uRun;      // nodes so far in the run of its name, 0 before the first one
-        u2_t uName;     // of the last one, in m_oNames
-        u2_t uBefore;   // places that it left free in front of it
+        u2_t uPending;            // records still to come; a negative number is a large one
+        u2_t uName;               // of the last one, in m_oNames
+        u2_t uRun = 0;            // nodes so far in the run of its name
+        u2_t uBefore = NONE_YET;  // places that it left free in front of it
     };
+    static constexpr u2_t NONE_YET = 0xFFFFFFFF;
 
+    // Empty behind the end of the document.
     [[nodiscard]] std::string_view NameAt(std::size_t uLevel) const noexcept {
+        if (uLevel >= m_oLevel.Size()) return {};
         const u2_t uBegin = m_oLevel(uLevel).uName;
         const std::size_t uEnd =
             uLevel + 1 < m_oLevel.Size() ? m_oLevel(uLevel + 1).uName : m_oNames.Size();
@@ -129,14 +135,12 @@ class Dgraph_Reader::Impl {
         return m_oLevel.Size() > uFirst && !m_bEnd;
     }
 
-    // Reads a record that is like most are: a short, plain name, the next index of its run, no
-    // attributes, a common value, all of it at hand. False, with nothing read, for any other.
-    [[nodiscard]] bool ReadPlain(Dgraph_Reader& r);
     void ReadStep(Dgraph_Reader& r);
     void ReadValue(Dgraph_Reader& r);
 
     Window m_oWindow;
     const Limits m_oLimits;
+    Work m_oWork{m_oLimits};
     Version m_oVersion;
     u3_t m_uMissingHeader = 0;
     Arr<Level> m_oLevel;
@@ -198,75 +202,6 @@ std::size_t Dgraph_Reader::Impl::PlainName(std::string_view sStep) const noexcep
     return bVerbatim ? uName : 0;
 }
 
-bool Dgraph_Reader::Impl::ReadPlain(Dgraph_Reader& r) {
-    constexpr std::size_t LONGEST = 64, LARGEST = 8;
-    const char* const pStep = m_oWindow.At() + 4;
-    const std::size_t uLeft = m_oWindow.Left();
-    if (uLeft < 4) return false;
-    const std::size_t uStep = Load<u2_t>(pStep - 4);
-    if (uStep - 4 > LONGEST - 4 || uLeft < 4 + uStep + 1 + LARGEST ||
-        uStep > m_oLimits.m_uTextBytes) {
-        return false;
-    }
-    const std::size_t uName = PlainName({pStep, uStep});
-    if (uName == 0 || m_oLevel.Size() == 1 || m_uNodes >= m_oLimits.m_uNodes) return false;
-    Level& oLevel = m_oLevel.Last();
-    const std::string_view sName(pStep, uName);
-    const bool bSameRun = oLevel.uRun != 0 && NameAt(m_oLevel.Size() - 1) == sName;
-    u2_t uIndex = 0;
-    for (std::size_t u = uName + 1; u + 1 < uStep; ++u) {
-        uIndex = 10 * uIndex + static_cast<u2_t>(pStep[u] - '0');
-    }
-    if (uIndex != (bSameRun ? oLevel.uRun : 0)) return false;
-    const char* p = pStep + uStep + 1;
-    const auto oSet = [&](Data_Node::Type eType, u3_t uValue, std::size_t uBytes) {
-        if (eType != Data_Node::String) r.m_sText = {};
-        r.m_eType = eType;
-        r.m_uValue = uValue;
-        p += uBytes;
-    };
-    switch (static_cast<Code>(p[-1])) {
-        case CODE_INTEGER: oSet(Data_Node::Integer, Load<u2_t>(p), 4); break;
-        case CODE_DOUBLE: oSet(Data_Node::Double, Load<u3_t>(p), 8); break;
-        case CODE_LONG: oSet(Data_Node::Long, Load<u3_t>(p), 8); break;
-        case CODE_BOOLEAN: oSet(Data_Node::Boolean, *p != 0, 1); break;
-        case CODE_STRING: {
-            const std::size_t uText = Load<u2_t>(p);
-            const auto uRest = uLeft - static_cast<std::size_t>(p + 4 - (pStep - 4));
-            if (uText - 1 >= uRest || uText > m_oLimits.m_uTextBytes || p[4 + uText - 1] != 0 ||
-                std::memchr(p + 4, 0, uText - 1) != nullptr) {
-                return false;
-            }
-            r.m_sText = {p + 4, uText - 1};
-            oSet(Data_Node::String, 0, 4 + uText);
-            break;
-        }
-        case CODE_NONE: {
-            const auto uCount = Load<u2_t>(p);
-            if (uCount == 0 || m_oLevel.Size() >= m_oLimits.m_uDepth) return false;
-            oSet(Data_Node::Tree, uCount, 4);
-            break;
-        }
-        default: return false;
-    }
-    m_uDepth = static_cast<u2_t>(m_oLevel.Size() - 1);
-    if (!bSameRun) {
-        m_oNames.Truncate(oLevel.uName);
-        m_oNames.Add(sName.data(), sName.size());
-    }
-    oLevel.uRun = uIndex + 1;
-    oLevel.uBefore = 0;
-    --oLevel.uPending;
-    ++m_uNodes;
-    r.m_oAttribute.Truncate(0);
-    m_oWindow.Skip(static_cast<std::size_t>(p - (pStep - 4)));
-    if (r.m_eType == Data_Node::Tree) {
-        m_oLevel.Add(
-            Level{static_cast<u2_t>(r.m_uValue), 0, static_cast<u2_t>(m_oNames.Size()), 0});
-    }
-    return true;
-}
-
 void Dgraph_Reader::Impl::ReadStep(Dgraph_Reader& r) {
     const std::size_t uLength = GetLength();
     if (uLength == 0) RaiseEmptyNodePath();
@@ -294,11 +229,12 @@ void Dgraph_Reader::Impl::ReadStep(Dgraph_Reader& r) {
 void Dgraph_Reader::Impl::NoteName(std::string_view sName, i2_t iIndex) {
     Level& oLevel = m_oLevel.Last();
     m_uDepth = static_cast<u2_t>(m_oLevel.Size() - 1);
-    const bool bSameRun = oLevel.uRun != 0 && NameAt(m_uDepth) == sName;
+    const bool bSameRun = oLevel.uBefore != NONE_YET && NameAt(m_uDepth) == sName;
     if (!bSameRun) {
         oLevel.uRun = 0;
         m_oNames.Truncate(oLevel.uName);
         m_oNames.Add(sName.data(), sName.size());
+        (void)Msg::ToInt32(m_oNames.Size());
     }
     oLevel.uBefore = 0;
     if (m_uDepth != 0) {
@@ -336,7 +272,7 @@ void Dgraph_Reader::Impl::ReadValue(Dgraph_Reader& r) {
             if (m_oLevel.Size() >= m_oLimits.m_uDepth) {
                 m_oLimits.RaiseExceeded(&Limits::m_uDepth);
             }
-            m_oLevel.Add(Level{uCount, 0, static_cast<u2_t>(m_oNames.Size()), 0});
+            m_oLevel.Add(Level{uCount, static_cast<u2_t>(m_oNames.Size())});
             return oSet(Data_Node::Tree, uCount);
         }
         case CODE_INTEGER: return oSet(Data_Node::Integer, m_oWindow.Get<u2_t>());
@@ -387,13 +323,12 @@ bool Dgraph_Reader::Next() {
                 m_uMissingNodes = 0;
                 for (const Impl::Level& oLevel : o.m_oLevel) m_uMissingNodes += oLevel.uPending;
                 o.m_oWindow.GiveBack();
+                o.m_uDepth = 0;
                 return false;
             }
             m_uOffset = o.m_oWindow.Offset();
-            if (!o.ReadPlain(*this)) {
-                o.ReadStep(*this);
-                o.ReadValue(*this);
-            }
+            o.ReadStep(*this);
+            o.ReadValue(*this);
         } while (o.m_uDepth > o.m_uMostDepth);
         o.m_uMostDepth = ~u2_t{0};
         return true;
@@ -413,7 +348,8 @@ std::string_view Dgraph_Reader::GetName() const noexcept {
 }
 
 i2_t Dgraph_Reader::GetIndex() const noexcept {
-    return static_cast<i2_t>(m_pImpl->m_oLevel(m_pImpl->m_uDepth).uRun - 1);
+    const Impl& o = *m_pImpl;
+    return o.m_uDepth < o.m_oLevel.Size() ? static_cast<i2_t>(o.m_oLevel(o.m_uDepth).uRun - 1) : 0;
 }
 
 u3_t Dgraph_Reader::MissingBytes() const noexcept {
@@ -428,12 +364,8 @@ Str Dgraph_Reader::GetPath() const {
     return Where("vok::Dgraph_Reader::GetPath", [&] {
         Arr<char> oPath;
         for (u2_t u = 1; u <= m_pImpl->m_uDepth; ++u) {
-            char sIndex[NUMBER_ROOM];
             oPath.Add('/');
-            vok::detail::AppendEncoded(oPath, m_pImpl->NameAt(u), vok::detail::RESERVED.data());
-            oPath.Add('[');
-            oPath.Add(sIndex, FormatInteger(m_pImpl->m_oLevel(u).uRun - 1, sIndex));
-            oPath.Add(']');
+            vok::detail::AppendStep(oPath, m_pImpl->NameAt(u), m_pImpl->m_oLevel(u).uRun - 1);
         }
         if (m_pImpl->m_uDepth == 0) oPath.Add('/');
         return Str(std::string_view(oPath.Beg(), oPath.Size()));
@@ -476,7 +408,8 @@ class Taker {
     }
     // Resolves the links below the node whose path in the document is sTop; the others are put into
     // aoOuter.
-    void ResolveLinks(const Str& oTop, std::vector<Dgraph_Reader::Outer_Link>& aoOuter);
+    void ResolveLinks(const Str& oTop, Work& oWork,
+                      std::vector<Dgraph_Reader::Outer_Link>& aoOuter);
     [[nodiscard]] bool HasLinks() const noexcept { return !m_aoLink.empty(); }
     // At the end, the places that were free are gone.
     void DropFree() {
@@ -550,7 +483,10 @@ bool Taker::Append(Data_Builder& oBuilder) {
     return eType == Data_Node::Tree;
 }
 
-void Taker::ResolveLinks(const Str& oTop, std::vector<Dgraph_Reader::Outer_Link>& aoOuter) {
+void Taker::ResolveLinks(const Str& oTop, Work& oWork,
+                         std::vector<Dgraph_Reader::Outer_Link>& aoOuter) {
+    m_oTree.SetAccessMode();
+    Arr<u2_t> oFound;
     const std::string_view sTop = oTop.View().substr(!oTop.IsEmpty());  // no slash in front
     for (const Pending_Link& o : m_aoLink) {
         std::string_view sPath = o.oPath.View();
@@ -564,11 +500,11 @@ void Taker::ResolveLinks(const Str& oTop, std::vector<Dgraph_Reader::Outer_Link>
             continue;
         }
         sPath.remove_prefix(sTop.size());
-        const Data_NodeSet oFound =
-            m_oTree.GetNodeSet(sPath.empty() ? std::string_view("/") : sPath);
+        vok::detail::SelectNodes(*Access::BaseOf(m_oTree), 0, sPath.empty() ? "/" : sPath.data(),
+                                 oWork, oFound);
         if (oFound.Size() == 0) RaiseTargetMissing();
         if (oFound.Size() > 1) RaiseTargetNotUnique();
-        m_oTree.GetNodeFromID(o.uId).SetValLink(oFound.GetNth(0));
+        m_oTree.GetNodeFromID(o.uId).SetValLink(m_oTree.GetNodeFromID(oFound(0)));
     }
 }
 
@@ -588,48 +524,68 @@ void Dgraph_Reader::Take(Data& oTree) {
                              [&] { return o.m_oLevel(o.m_uDepth).uBefore; });
         }
         o.m_uDepth = static_cast<u2_t>(uTop);
-        if (oTaker.HasLinks()) oTaker.ResolveLinks(uTop == 0 ? Str() : GetPath(), o.m_aoOuter);
+        if (oTaker.HasLinks()) {
+            o.m_oWork.SetInput(o.m_oWindow.Offset());
+            oTaker.ResolveLinks(uTop == 0 ? Str() : GetPath(), o.m_oWork, o.m_aoOuter);
+        }
         oTaker.DropFree();
     });
 }
 
 // ---- Dgraph_Records -----------------------------------------------------------
 
-// The steps of a path, and how many nodes of each there were below the parents that are open.
+// The steps of a path without escapes, and how many nodes of each there were below the parents that
+// are open.
 class Dgraph_Records::Path {
   public:
-    explicit Path(std::string_view sPath) {
-        m_oPath.Parse(Str(sPath).CStr());
-        bool bLooksDown = !m_oPath.IsDescendantFromRoot();
-        for (std::size_t u = 0; u < m_oPath.Size(); ++u) {
-            const Data_XpathStep& o = m_oPath(u);
+    explicit Path(const Str& oPath) {
+        Data_Xpath oParsed;
+        oParsed.Parse(oPath.CStr());
+        bool bLooksDown = !oParsed.IsDescendantFromRoot();
+        for (std::size_t u = 0; u < oParsed.Size(); ++u) {
+            const Data_XpathStep& o = oParsed(u);
             bLooksDown = bLooksDown && o.m_eKind == Data_XpathStep::Named && !o.m_bDescendant &&
                          !(o.m_bAnyName && o.m_iIndex >= 0);
+            Step& oStep = m_aoStep.emplace_back(Step{{}, o.m_bAnyName, o.m_iIndex, {}, 0});
+            if (!o.m_bAnyName) oStep.oName = Decoded(o.m_sName);
+            for (std::size_t v = 0; v < o.m_oAttName.Size(); ++v) {
+                oStep.aoAttribute.emplace_back(Decoded(o.m_oAttName(v)), Decoded(o.AttVal(v)));
+            }
         }
-        if (!bLooksDown) RaisePathNeedsTree(Str(sPath).CStr());
-        m_oSeen.Resize(m_oPath.Size());
+        if (!bLooksDown) RaisePathNeedsTree(oPath.CStr());
     }
-    [[nodiscard]] std::size_t Size() const noexcept { return m_oPath.Size(); }
+    [[nodiscard]] std::size_t Size() const noexcept { return m_aoStep.size(); }
     // Whether a record, whose ancestors are those of the steps before, is that of a step.
     [[nodiscard]] bool Takes(const Dgraph_Reader& r) {
-        const std::size_t uStep = r.GetDepth() - 1;
-        const Data_XpathStep& o = m_oPath(uStep);
-        if (uStep + 1 < m_oSeen.Size()) m_oSeen(uStep + 1) = 0;
-        if (!o.m_bAnyName && Decoded(o.m_sName).View() != r.GetName()) return false;
-        const auto iPosition = static_cast<i2_t>(m_oSeen(uStep)++);
-        if (o.m_iIndex >= 0 && o.m_iIndex != iPosition) return false;
-        for (std::size_t u = 0; u < o.m_oAttName.Size(); ++u) {
-            const Str oName = Decoded(o.m_oAttName(u)), oValue = Decoded(o.AttVal(u));
-            const auto oIsIt = [&](const Dgraph_Reader::Attribute& a) {
-                return a.sName == oName.View() && a.sValue == oValue.View();
-            };
-            const Arr<Dgraph_Reader::Attribute>& ao = r.GetAttributes();
-            if (std::none_of(ao.begin(), ao.end(), oIsIt)) return false;
+        const std::size_t uDepth = r.GetDepth();
+        Step& o = m_aoStep[uDepth - 1];
+        if (uDepth < m_aoStep.size()) m_aoStep[uDepth].uSeen = 0;
+        if (!o.bAnyName && o.oName.View() != r.GetName()) return false;
+        const auto iPosition = static_cast<i2_t>(o.uSeen++);
+        if (o.iIndex >= 0 && o.iIndex != iPosition) return false;
+        for (const auto& [oName, oValue] : o.aoAttribute) {
+            // Of two of one name the last one counts.
+            std::string_view sHas;
+            bool bHas = false;
+            for (const Dgraph_Reader::Attribute& a : r.GetAttributes()) {
+                if (a.sName != oName.View()) continue;
+                sHas = a.sValue;
+                bHas = true;
+            }
+            if (!bHas || sHas != oValue.View()) return false;
         }
         return true;
     }
 
   private:
+    struct Step {
+        Str oName;
+        bool bAnyName;
+        i2_t iIndex;  // -1 for any
+        std::vector<std::pair<Str, Str>> aoAttribute;
+        u2_t uSeen;
+    };
+
     [[nodiscard]] static Str Decoded(const char* sText) {
         Arr<char> oText;
         oText.Add(sText, std::strlen(sText) + 1);
@@ -637,12 +593,11 @@ class Dgraph_Records::Path {
         return Str(oText.Beg());
     }
 
-    Data_Xpath m_oPath;
-    Arr<u2_t> m_oSeen;
+    std::vector<Step> m_aoStep;
 };
 
 Dgraph_Records::Dgraph_Records(File_Stream& oIn, std::string_view sPath, const Limits& oLimits)
-    : m_oReader(oIn, oLimits), m_pPath(std::make_unique<Path>(sPath)) {}
+    : m_oReader(oIn, oLimits), m_pPath(std::make_unique<Path>(Str(sPath))) {}
 
 Dgraph_Records::~Dgraph_Records() = default;
 

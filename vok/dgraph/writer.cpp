@@ -76,9 +76,7 @@ template <class Sink>
 void Writer<Sink>::WriteLongStep(u2_t uId, u2_t uIndex) {
     m_oStep.Truncate(0);
     const char* sName = m_oBase.NameOf(uId);
-    detail::AppendEncoded(m_oStep, sName != nullptr ? sName : "", detail::RESERVED.data());
-    char sIndex[NUMBER_ROOM + 2];
-    m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
+    detail::AppendStep(m_oStep, sName != nullptr ? sName : "", uIndex);
     m_oBase.m_oAtt.List(uId, m_oAttKeys);
     for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
         const char* sValue = m_oBase.AttributeOf(uId, *p);
