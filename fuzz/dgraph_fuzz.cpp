@@ -3,7 +3,6 @@
 #include "fuzz/fuzz_support.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
-#include "vok/dgraph/records.h"
 
 namespace {
 
@@ -30,29 +29,6 @@ Outcome LoadFromStream(std::string_view sBytes) {
     o.sError = Raised([&] { Dgraph_LoadDGraph(o.oTree, oStream, SmallLimits(), &o.oReport); });
     o.uLeft = oStream.m_sBytes.size();
     return o;
-}
-
-// Record by record: the same tree or the same error, but for links, which loading may find too dear
-// to follow.
-void CheckRecords(std::string_view sBytes, const Outcome& oLoaded) {
-    File_Buf oBuf(sBytes.data(), sBytes.size());
-    Data oTree;
-    bool bLinks = false;
-    const std::string sError = Raised([&] {
-        Dgraph_Reader oReader(oBuf, SmallLimits());
-        while (oReader.Next()) bLinks |= oReader.GetType() == Data_Node::Link;
-    });
-    if (!bLinks) Check(sError == oLoaded.sError);
-    Check(oLoaded.sError.empty() <= sError.empty());
-    File_Buf oAgain(sBytes.data(), sBytes.size());
-    const std::string sTaking = Raised([&] {
-        Dgraph_Reader oReader(oAgain, SmallLimits());
-        if (oReader.Next()) oReader.Take(oTree);
-    });
-    if (!bLinks && sError.empty()) {
-        Check(sTaking.empty());
-        Check(Save(oTree) == Save(oLoaded.oTree));
-    }
 }
 
 // Every node is found where its path says, successors stand in the order of names.
@@ -111,7 +87,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Check(o.oReport.m_uOffset == uSize - o.uLeft);
     Check(o.oReport.m_uNodes == oOther.oReport.m_uNodes);
     Check(std::string_view(o.oReport.m_oPath.CStr()) == oOther.oReport.m_oPath.CStr());
-    CheckRecords(sBytes, o);
     if (!o.sError.empty()) return 0;
     Check(Save(o.oTree) == Save(oOther.oTree));
     Use(o.oTree);

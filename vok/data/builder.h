@@ -64,8 +64,9 @@ class Data_Builder {
     u2_t AddDbl(Data_Name oName, double dValue) {
         return Append(oName, Data_Node::Double, std::bit_cast<u3_t>(dValue));
     }
-    u2_t AddFlt(Data_Name oName, float fValue) {
-        return Append(oName, Data_Node::Float, std::bit_cast<u3_t>(double{fValue}));
+    // Kept as it is: only DGraph documents hold no more than 32 bits of it.
+    u2_t AddFlt(Data_Name oName, double dValue) {
+        return Append(oName, Data_Node::Float, std::bit_cast<u3_t>(dValue));
     }
     u2_t AddChar(Data_Name oName, i2_t iChar) {
         return Append(oName, Data_Node::Char, static_cast<u2_t>(iChar));

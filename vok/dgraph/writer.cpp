@@ -51,12 +51,7 @@ inline void Writer<Sink>::WriteNode(u2_t uId, u2_t uIndex) {
         WriteLongStep(uId, uIndex);
     } else {
         const Hash_Text& oName = bVerbatim ? m_oBase.m_oName(oNode.uKey) : Escaped(oNode.uKey);
-        char* pStep = m_oSink.Space(oName.uLength + FIXED_ROOM) + 4;
-        char* p = CopyName(pStep, oName);
-        p = StoreIndex(p, uIndex);
-        Store(pStep - 4, static_cast<u2_t>(p - pStep));
-        m_oSink.Cut(pStep);
-        m_oSink.Cut(p);
+        Record::Step(oName, uIndex);
     }
     WriteValue(uId, oNode);
 }
@@ -65,73 +60,45 @@ template <class Sink>
 const Hash_Text& Writer<Sink>::Escaped(u2_t uKey) {
     u2_t& uForm = m_oFormOf(uKey);
     if (uForm == 0) {
-        m_oStep.Truncate(0);
-        detail::AppendEncoded(m_oStep, m_oBase.m_oName(uKey).View(), detail::RESERVED.data());
-        uForm = m_oForm.Insert({m_oStep.Beg(), m_oStep.Size()});
+        m_oEscaped.Truncate(0);
+        detail::AppendEncoded(m_oEscaped, m_oBase.m_oName(uKey).View(), detail::RESERVED.data());
+        uForm = m_oForm.Insert({m_oEscaped.Beg(), m_oEscaped.Size()});
     }
     return m_oForm(uForm);
 }
 
 template <class Sink>
 void Writer<Sink>::WriteLongStep(u2_t uId, u2_t uIndex) {
-    m_oStep.Truncate(0);
     const char* sName = m_oBase.NameOf(uId);
-    detail::AppendStep(m_oStep, sName != nullptr ? sName : "", uIndex);
+    Record::BeginStep(sName != nullptr ? sName : "", uIndex);
     m_oBase.m_oAtt.List(uId, m_oAttKeys);
-    for (const u2_t* p = m_oAttKeys.Beg(); p != m_oAttKeys.End(); ++p) {
-        const char* sValue = m_oBase.AttributeOf(uId, *p);
-        if (*sValue == 0) continue;
-        m_oStep.Add("[@", 2);
-        detail::AppendEncoded(m_oStep, m_oBase.m_oAtt.Names()(*p).sText, detail::RESERVED.data());
-        m_oStep.Add("=\"", 2);
-        detail::AppendEncoded(m_oStep, sValue, detail::RESERVED.data());
-        m_oStep.Add("\"]", 2);
+    for (const u2_t uKey : m_oAttKeys) {
+        const char* sValue = m_oBase.AttributeOf(uId, uKey);
+        if (*sValue != 0) Record::AddAttribute(m_oBase.m_oAtt.Names()(uKey).View(), sValue);
     }
-    WriteBlock(m_oStep.Beg(), m_oStep.Size());
+    Record::EndStep();
 }
 
 template <class Sink>
 inline void Writer<Sink>::WriteValue(u2_t uId, const Data_Node& oNode) {
-    char sBuf[128];
+    const char* const pHeap = m_oBase.m_oHeap.Begin();
+    const auto oDouble = [&] { return std::bit_cast<double>(oNode.Value64()); };
     switch (oNode.GetType()) {
-        case Data_Node::Empty: return WriteFixed(CODE_NONE, i2_t{0});
+        case Data_Node::Empty: return Record::Count(0);
         case Data_Node::Tree: return WriteTree(uId);
-        case Data_Node::Boolean:
-            return WriteFixed(CODE_BOOLEAN, static_cast<u0_t>(oNode.uWord2 != 0));
-        case Data_Node::Integer: return WriteFixed(CODE_INTEGER, oNode.uWord2);
-        case Data_Node::Char: return WriteFixed(CODE_CHAR, static_cast<u0_t>(oNode.uWord2));
-        case Data_Node::Float: {
-            const auto fValue = static_cast<float>(std::bit_cast<double>(oNode.Value64()));
-            return WriteFixed(CODE_FLOAT, std::bit_cast<u2_t>(fValue));
-        }
-        case Data_Node::Double: return WriteFixed(CODE_DOUBLE, oNode.Value64());
-        case Data_Node::Date: {
-            const double dSeconds = std::bit_cast<double>(oNode.Value64());
-            if (m_iMinor < 2) {
-                return WriteText(CODE_STRING, sBuf, FormatDate(dSeconds, ' ', sBuf));
-            }
-            return WriteFixed(CODE_DATE, std::bit_cast<u3_t>(DaysOfSeconds(dSeconds)));
-        }
-        case Data_Node::String: {
-            char* p = m_oSink.Space(FIXED_ROOM);
-            *p++ = static_cast<char>(CODE_STRING);
-            m_oSink.Cut(p);
-            m_oSink.Cut(Store(p, oNode.uWord3));
-            return m_oSink.HeapText(m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3);
-        }
-        case Data_Node::Binary:
-            WriteCode(CODE_BINARY);
-            return WriteBlock(m_oBase.m_oHeap.At(oNode.uWord2), oNode.uWord3);
-        case Data_Node::Long:
-            if (m_iMinor < 3) {
-                return WriteText(CODE_STRING, sBuf, FormatInteger(oNode.Value64(), sBuf));
-            }
-            return WriteFixed(CODE_LONG, oNode.Value64());
-        case Data_Node::Quad: return WriteQuad(oNode);
+        case Data_Node::Boolean: return Record::Bool(oNode.uWord2 != 0);
+        case Data_Node::Integer: return Record::Int(oNode.uWord2);
+        case Data_Node::Char: return Record::Char(oNode.uWord2);
+        case Data_Node::Float: return Record::Flt(oDouble());
+        case Data_Node::Double: return Record::Dbl(oNode.Value64());
+        case Data_Node::Date: return Record::Date(oDouble());
+        case Data_Node::String: return Record::HeapText(pHeap + oNode.uWord2, oNode.uWord3);
+        case Data_Node::Binary: return Record::Bin(pHeap + oNode.uWord2, oNode.uWord3);
+        case Data_Node::Long: return Record::Lng(oNode.Value64());
+        case Data_Node::Quad: return Record::Quad(m_oBase.m_oHeap.QuadOf(oNode));
         case Data_Node::Link: return WriteLink(oNode);
         case Data_Node::Zombi: return;
-        // A type without a form: not even a number of successors.
-        default: return WriteCode(CODE_NONE);
+        default: return Record::Nothing();
     }
 }
 
@@ -144,24 +111,9 @@ inline void Writer<Sink>::WriteTree(u2_t uId) {
             uLive -= m_oBase.m_oNode(oGroup.pId[u]).GetType() == Data_Node::Zombi;
         }
     }
-    WriteFixed(CODE_NONE, uLive);
+    Record::Count(uLive);
     // No key is this large: the first successor begins a run.
     if (uLive != 0) m_oFrame.Add(Frame{oGroup, 0, Hash::NONE, 0});
-}
-
-template <class Sink>
-void Writer<Sink>::WriteQuad(const Data_Node& oNode) {
-    const Data_Heap::Quad au = m_oBase.m_oHeap.QuadOf(oNode);
-    if (m_iMinor < 3) {
-        char sBuf[128];
-        const int iLength =
-            std::snprintf(sBuf, sizeof(sBuf), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
-        return WriteText(CODE_QUAD, sBuf, static_cast<std::size_t>(iLength));
-    }
-    char* p = m_oSink.Space(FIXED_ROOM);
-    *p++ = static_cast<char>(CODE_QUAD);
-    m_oSink.Cut(p);
-    for (const u2_t u : au) m_oSink.Cut(p = Store(p, u));
 }
 
 template <class Sink>
@@ -179,16 +131,12 @@ bool Writer<Sink>::IsInDocument(u2_t uId) const noexcept {
 
 template <class Sink>
 void Writer<Sink>::WriteLink(const Data_Node& oNode) {
-    if (!IsInDocument(oNode.uWord2)) return WriteFixed(CODE_NONE, i2_t{0});
+    if (!IsInDocument(oNode.uWord2)) return Record::Count(0);
     const Data oTarget = m_oRoot.GetNodeFromID(oNode.uWord2);
     const Str oPath = oTarget.GetPath();
     if (oPath.CStr()[0] != '/') Msg::AssertionFailed("sTmp[0] == '/'");
     const char* sName = oTarget.GetName();
-    // An empty name is refused by readers; its escape means the same.
-    if (sName == nullptr) sName = "\b0;";
-    WriteCode(CODE_LINK);
-    WriteBlock(sName, std::strlen(sName));
-    WriteBlock(oPath.CStr() + 1, oPath.Len() - 1);
+    Record::Link(sName != nullptr ? sName : "", oPath.View().substr(1));
 }
 
 namespace {

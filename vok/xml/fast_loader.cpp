@@ -84,13 +84,13 @@ inline bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
 inline const char* XmlLoader::FastClose(const char* p, const char* pBlanks) noexcept {
     const Node& oNode = m_oBase.m_oNode(m_uNode);
     // Blanks are the value of a node that has no other; the top element ends elsewhere.
-    if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uDepth == 1) return nullptr;
+    if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uOpen == 1) return nullptr;
     const Hash_Text& oName = m_oBase.m_oName(oNode.uKey);
     p += 2;
     if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return nullptr;
     if (p[oName.uLength] != '>' || IsSkipped(oName.View())) return nullptr;
     m_uNode = oNode.Pred();
-    --m_uDepth;
+    --m_uOpen;
     return p + oName.uLength + 1;
 }
 
@@ -219,7 +219,7 @@ void XmlLoader::ReadFastElements() {
         }
         const Node::Type eParent = m_oBase.m_oNode(m_uNode).GetType();
         if (eParent != Node::Tree && eParent != Node::Empty) return;
-        if (m_oBase.m_oNode.Size() >= m_uMostNodes || m_uDepth >= m_oLimits.m_uDepth) return;
+        if (m_oBase.m_oNode.Size() >= m_uMostNodes || m_uOpen >= m_oLimits.m_uDepth) return;
 
         const u2_t uKey = FastName(++p);
         if (uKey == 0) return;
@@ -241,7 +241,7 @@ void XmlLoader::ReadFastElements() {
         ++m_uElements;
         if (eContent == Content::Opens) {
             m_uNode = uId;
-            ++m_uDepth;
+            ++m_uOpen;
         } else {
             p += 2 + oName.uLength + 1;  // the end tag that EndsHere has seen
         }

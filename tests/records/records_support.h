@@ -1,0 +1,55 @@
+// What the tests of readers and writers of records share.
+#ifndef TESTS_RECORDS_RECORDS_SUPPORT_H
+#define TESTS_RECORDS_RECORDS_SUPPORT_H
+
+#include <optional>
+#include <ostream>
+
+#include "tests/dgraph/dgraph_support.h"
+#include "vok/records/reader.h"
+#include "vok/records/records.h"
+
+namespace vok {
+
+// What reading gives: the tree as text, or the message; and the report in one line.
+struct Reading {
+    std::string sShown;
+    std::string sReport;
+    friend bool operator==(const Reading&, const Reading&) = default;
+    friend std::ostream& operator<<(std::ostream& o, const Reading& r) {
+        return o << r.sShown << "; " << r.sReport;
+    }
+};
+inline std::string Line(const Load_Report& r) {
+    std::string s = PlaceOf(r);
+    for (const u3_t u :
+         {r.m_uNodes, r.m_uMissingBytes, r.m_uMissingNodes, r.m_uBytesLeft, r.m_uDroppedTexts,
+          r.m_uKeptReferences, r.m_uComments, r.m_uInstructions}) {
+        s += " " + std::to_string(u);
+    }
+    return s;
+}
+
+// The tree that all loaders give.
+inline Reading LoadWhole(File_Stream& oIn, const Limits& oLimits = {}) {
+    Data oTree;
+    Load_Report r;
+    const std::string sError = Failing([&] { Dgraph_Load(oTree, oIn, oLimits, &r); });
+    return {sError.empty() ? Show(oTree.GetRoot()) : sError, Line(r)};
+}
+// That of all records together; no report where there is not even a reader.
+inline Reading TakeWhole(File_Stream& oIn, const Limits& oLimits = {}) {
+    Data oTree;
+    std::optional<Data_Reader> oReader;
+    const std::string sError = Failing([&] {
+        oReader.emplace(oIn, oLimits).Next();
+        oReader->Take(oTree);
+        while (oReader->Next()) {
+        }
+    });
+    return {sError.empty() ? Show(oTree) : sError, oReader ? Line(oReader->GetReport()) : ""};
+}
+
+}  // namespace vok
+
+#endif  // TESTS_RECORDS_RECORDS_SUPPORT_H

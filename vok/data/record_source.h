@@ -1,0 +1,94 @@
+// What a codec is asked for by those who read record by record. Internal.
+#ifndef VOK_DATA_RECORD_SOURCE_H
+#define VOK_DATA_RECORD_SOURCE_H
+
+#include <string_view>
+
+#include "vok/base/limits.h"
+#include "vok/base/str.h"
+#include "vok/base/utf8.h"
+#include "vok/data/data.h"
+#include "vok/data/record.h"
+#include "vok/data/record_trail.h"
+
+namespace vok::detail {
+
+// A document of which the record says what the last call of Next has come to.
+class Record_Source : public Data_Record {
+  public:
+    Record_Source(const Record_Source&) = delete;
+    Record_Source& operator=(const Record_Source&) = delete;
+    virtual ~Record_Source() = default;
+
+    // Moves to the next record that is not left out; false behind the last one. Not to be called
+    // again after an error.
+    virtual bool Next() = 0;
+    // Whether Next would come to a record below the last node of level uLevel. What the record says
+    // is no longer valid.
+    virtual bool HasBelow(std::size_t uLevel) = 0;
+    // Gives an empty tree what the document says of itself.
+    virtual void Begin(Data&) {}
+    // Where reading has got to, or has failed, and what was met on the way.
+    virtual void AddTo(Load_Report& oReport) const = 0;
+    // Bytes read so far.
+    [[nodiscard]] virtual u3_t Offset() const = 0;
+
+    // Leaves out what is below the last node of a level.
+    void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
+    [[nodiscard]] const Record_Trail& Trail() const noexcept { return m_oTrail; }
+    // Makes the record the last node of an open level again, without a value.
+    void StandAt(std::size_t uLevel) noexcept {
+        m_uDepth = static_cast<u2_t>(uLevel);
+        m_iIndex = static_cast<i2_t>(m_oTrail.At(uLevel).uRun - 1);
+        m_sName = m_oTrail.NameAt(uLevel);
+        m_sText = {};
+        m_oAttribute.Truncate(0);
+        SetValue(Data_Node::Empty, 0);
+    }
+    // How many places the run of the record's name leaves free in front of it.
+    [[nodiscard]] u2_t FreePlaces() const noexcept { return m_uFree; }
+    // Numbers by which links lead to the record, and the one that the record leads to.
+    static constexpr u3_t NO_NUMBER = ~u3_t{0};
+    [[nodiscard]] const Arr<u3_t>& Numbers() const noexcept { return m_oNumber; }
+    [[nodiscard]] u3_t LinkedNumber() const noexcept { return m_uLinked; }
+
+  protected:
+    Record_Source() = default;
+
+    // A text from outside as the tree would have it, in place where it is so already.
+    [[nodiscard]] static std::string_view Valid(std::string_view s, Arr<char>& oRoom) {
+        if (IsAsciiText(s.data(), s.size())) [[likely]]
+            return s;
+        const Utf8_Text oText(s);
+        const bool bSame = oText.View().data() == s.data();
+        if (bSame) return oText.View();
+        oRoom.Truncate(0);
+        oRoom.Add(oText.View().data(), oText.View().size());
+        return {oRoom.Beg(), oRoom.Size()};
+    }
+    // The same for the last level, with the value and the attributes that it has.
+    void StandAtLast() noexcept {
+        m_uDepth = static_cast<u2_t>(m_oTrail.Size() - 1);
+        m_iIndex = static_cast<i2_t>(m_oTrail.Last().uRun - 1);
+        m_sName = m_oTrail.NameAt(m_uDepth);
+    }
+    // Whether the record is left out, which ends with the first one that is not.
+    [[nodiscard]] bool IsLeftOut() noexcept {
+        if (m_uDepth > m_uMostDepth) return true;
+        m_uMostDepth = ALL;
+        return false;
+    }
+
+    Record_Trail m_oTrail;
+    u2_t m_uFree = 0;
+    Arr<u3_t> m_oNumber;
+    u3_t m_uLinked = NO_NUMBER;
+
+  private:
+    static constexpr std::size_t ALL = ~std::size_t{0};
+    std::size_t m_uMostDepth = ALL;  // records below are left out
+};
+
+}  // namespace vok::detail
+
+#endif  // VOK_DATA_RECORD_SOURCE_H

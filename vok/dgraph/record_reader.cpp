@@ -1,0 +1,236 @@
+#include "vok/dgraph/record_reader.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "vok/base/date.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/messages.h"
+
+namespace vok::dgraph {
+
+namespace {
+
+// A step that is no more than a name as it stands and an index of up to nine digits.
+struct PlainStep {
+    std::size_t uName = 0;  // bytes of the name; 0 for any other step
+    u2_t uIndex = 0;
+};
+[[nodiscard]] PlainStep TakePlain(std::string_view sStep) noexcept {
+    const std::size_t uSize = sStep.size();
+    if (uSize < 4 || sStep[uSize - 1] != ']') return {};
+    PlainStep o;
+    if (sStep[uSize - 3] == '[') {
+        o.uName = uSize - 3;
+        o.uIndex = static_cast<u2_t>(static_cast<u0_t>(sStep[uSize - 2] - '0'));
+        if (o.uIndex > 9) return {};
+    } else {
+        o.uName = sStep.rfind('[', uSize - 3);
+        if (o.uName == std::string_view::npos || uSize - o.uName > 11) return {};
+        for (const char c : sStep.substr(o.uName + 1, uSize - o.uName - 2)) {
+            const u2_t uDigit = static_cast<u0_t>(c - '0');
+            if (uDigit > 9) return {};
+            o.uIndex = 10 * o.uIndex + uDigit;
+        }
+    }
+    bool bVerbatim = true;
+    for (std::size_t u = 0; u < o.uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(sStep[u])];
+    if (!bVerbatim) o.uName = 0;
+    return o;
+}
+
+}  // namespace
+
+RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
+    : m_oWindow(oIn), m_oLimits(oLimits) {
+    const std::string_view sHeader = m_oWindow.View(HEADER_SIZE);
+    if (!LoadHeader(sHeader.data(), sHeader.size(), m_oVersion)) RaiseNoBinaryDGraph();
+    if (m_oVersion.iMajor != 1) RaiseWrongVersion();
+    m_uMissingHeader = m_oWindow.Missing();
+    m_oTrail.Last().uPending = 1;
+}
+
+void RecordReader::Begin(Data& oTree) {
+    Dgraph_SetVersion(oTree, 1, m_oVersion.iMinor, m_oVersion.iPatch);
+}
+
+bool RecordReader::Next() {
+    do {
+        m_bNamed = false;
+        if (!CloseLevels(0)) {
+            m_bDone = true;
+            m_uLeft = m_oWindow.GiveBack();
+            return false;
+        }
+        m_uOffset = m_oWindow.Offset();
+        ReadStep();
+        ReadValue();
+    } while (IsLeftOut());
+    return true;
+}
+
+bool RecordReader::HasBelow(std::size_t uLevel) {
+    return CloseLevels(uLevel + 1);
+}
+
+void RecordReader::AddTo(Load_Report& oReport) const {
+    oReport.m_uOffset = m_oWindow.Offset();
+    oReport.m_uNodes = m_uNodes;
+    oReport.m_uMissingBytes = m_oWindow.Missing() - m_uMissingHeader;
+    for (const auto& o : m_oTrail.Levels()) oReport.m_uMissingNodes += o.uPending;
+    oReport.m_uBytesLeft = m_uLeft;
+    // The record being read, or its parent; at the end the root.
+    const std::size_t uLevel = m_oTrail.Size() == 0 ? 0 : m_oTrail.Size() - 1;
+    oReport.m_oPath = m_bDone || uLevel == 0 ? Str("/") : m_oTrail.PathTo(uLevel - !m_bNamed);
+}
+
+std::size_t RecordReader::GetLength() {
+    const auto iLength = m_oWindow.Get<i2_t>();
+    if (iLength < 0) RaiseNegativeLength();
+    if (static_cast<u3_t>(iLength) > m_oLimits.m_uTextBytes) {
+        m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
+    }
+    return static_cast<std::size_t>(iLength);
+}
+
+void RecordReader::ReadStep() {
+    const std::size_t uLength = GetLength();
+    if (uLength == 0) RaiseEmptyNodePath();
+    const std::string_view sStep = m_oWindow.View(uLength);
+    m_oAttribute.Truncate(0);
+    if (const PlainStep o = TakePlain(sStep); o.uName != 0) {
+        return NoteName(sStep.substr(0, o.uName), static_cast<i2_t>(o.uIndex));
+    }
+    m_oStep.Parse(sStep);
+    NoteName(Valid(m_oStep.Name(), m_oTexts), m_oStep.Index());
+    if (m_oStep.Attributes().Size() != 0) ReadAttributes();
+}
+
+void RecordReader::NoteName(std::string_view sName, i2_t iIndex) {
+    const bool bSameRun = m_oTrail.Continues(sName);
+    const auto iRun = static_cast<i2_t>(bSameRun ? m_oTrail.Last().uRun : 0);
+    m_uFree = 0;
+    if (m_oTrail.Size() > 1) {
+        Count(1);
+        m_bNamed = true;
+        m_oTrail.Note(sName, static_cast<u2_t>(iRun), bSameRun);
+        if (bSameRun && iIndex < iRun) RaiseElementExists();
+        if (iIndex > iRun) {
+            m_uFree = static_cast<u2_t>(iIndex - i3_t{iRun});
+            m_uSkipped += m_uFree;
+            if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
+                m_oLimits.RaiseExceeded(&Limits::m_uSkippedSlots);
+            }
+            // Where there are too many, as far as they go.
+            const u3_t uFits = m_oLimits.m_uNodes - m_uNodes;
+            m_oTrail.Last().uRun += static_cast<u2_t>(std::min<u3_t>(uFits, m_uFree));
+            Count(m_uFree);
+        }
+        m_oTrail.Last().uRun = static_cast<u2_t>(iIndex) + 1;
+    } else {
+        m_bNamed = true;
+        m_oTrail.Note(sName, static_cast<u2_t>(iIndex), bSameRun);
+    }
+    StandAtLast();
+}
+
+void RecordReader::ReadAttributes() {
+    const Arr<Step::Attribute>& oAttributes = m_oStep.Attributes();
+    if (oAttributes.Size() > m_oLimits.m_uAttributes) {
+        m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
+    }
+    // Texts that are not UTF-8 move, so that what refers to them is set in the end.
+    Arr<std::size_t> oSizes;
+    m_oTexts.Truncate(0);
+    bool bAllValid = true;
+    for (const Step::Attribute& o : oAttributes) {
+        if (*o.sName == 0) Msg::UnallowedAttribute("");
+        m_oAttribute.Add(Attribute{o.sName, o.sValue});
+        for (const std::string_view s : {m_oAttribute.Last().sName, m_oAttribute.Last().sValue}) {
+            const Utf8_Text oText(s);
+            bAllValid = bAllValid && oText.View().data() == s.data();
+            oSizes.Add(oText.Len());
+            m_oTexts.Add(oText.View().data(), oText.Len());
+        }
+    }
+    if (bAllValid) return;
+    std::size_t uAt = 0;
+    for (std::size_t u = 0; u < m_oAttribute.Size(); ++u) {
+        const auto oNext = [&](std::size_t uNth) {
+            const std::string_view s(m_oTexts.Beg() + uAt, oSizes(uNth));
+            uAt += s.size();
+            return s;
+        };
+        m_oAttribute(u).sName = oNext(2 * u);
+        m_oAttribute(u).sValue = oNext(2 * u + 1);
+    }
+}
+
+// A block that the stream cuts short is filled up with zeros, not more than were worth reading.
+std::string_view RecordReader::ReadBlock() {
+    const std::size_t uLength = GetLength();
+    const std::string_view sBlock = m_oWindow.View(uLength);
+    if (sBlock.size() == uLength) return sBlock;
+    m_oRoom.Truncate(0);
+    m_oRoom.Add(sBlock.data(), sBlock.size());
+    const std::size_t uZeros = std::min(uLength - sBlock.size(), File_Window::CHUNK);
+    for (std::size_t u = 0; u < uZeros; ++u) m_oRoom.Add('\0');
+    return {m_oRoom.Beg(), m_oRoom.Size()};
+}
+
+void RecordReader::ReadValue() {
+    m_sText = {};
+    SetValue(Data_Node::Empty, 0);
+    const auto eCode = static_cast<Code>(m_oWindow.Get<u0_t>());
+    --m_oTrail.Last().uPending;
+    switch (eCode) {
+        case CODE_NONE: {
+            std::size_t uGot = 0;
+            const auto uCount = m_oWindow.Get<u2_t>(&uGot);
+            m_bEnd = uGot < 4;
+            if (m_bEnd || uCount == 0) return;
+            if (m_oTrail.Size() >= m_oLimits.m_uDepth) {
+                m_oLimits.RaiseExceeded(&Limits::m_uDepth);
+            }
+            m_oTrail.Open(uCount);
+            return SetValue(Data_Node::Tree, uCount);
+        }
+        case CODE_INTEGER: return SetValue(Data_Node::Integer, m_oWindow.Get<u2_t>());
+        case CODE_FLOAT: {
+            const double dValue = std::bit_cast<float>(m_oWindow.Get<u2_t>());
+            return SetValue(Data_Node::Float, std::bit_cast<u3_t>(dValue));
+        }
+        case CODE_DOUBLE: return SetValue(Data_Node::Double, m_oWindow.Get<u3_t>());
+        case CODE_CHAR: return SetValue(Data_Node::Char, m_oWindow.Get<u0_t>());
+        case CODE_BOOLEAN: return SetValue(Data_Node::Boolean, m_oWindow.Get<u0_t>() != 0);
+        case CODE_DATE: {
+            const double dDays = std::bit_cast<double>(m_oWindow.Get<u3_t>());
+            return SetValue(Data_Node::Date, std::bit_cast<u3_t>(SecondsOfDays(dDays)));
+        }
+        case CODE_LONG: return SetValue(Data_Node::Long, m_oWindow.Get<u3_t>());
+        case CODE_STRING: {
+            std::string_view sText = m_oWindow.View(GetLength());
+            if (!sText.empty() && sText.back() == 0) sText.remove_suffix(1);
+            m_sText = Valid(sText, m_oRoom);
+            return SetValue(Data_Node::String, 0);
+        }
+        case CODE_BINARY: m_sText = ReadBlock(); return SetValue(Data_Node::Binary, 0);
+        case CODE_LINK: {
+            const std::size_t uName = GetLength();
+            if (uName == 0) RaiseEmptyTargetName();
+            (void)m_oWindow.View(uName);
+            const std::size_t uPath = GetLength();
+            if (uPath == 0) RaiseEmptyTargetPath();
+            m_sText = m_oWindow.View(uPath);
+            m_sText = Valid(m_sText.substr(0, m_sText.find('\0')), m_oRoom);
+            return SetValue(Data_Node::Link, 0);
+        }
+        case CODE_QUAD:
+            for (u2_t& u : m_auQuad) u = m_oWindow.Get<u2_t>();
+            return SetValue(Data_Node::Quad, 0);
+        default: return;  // a code without a value
+    }
+}
+
+}  // namespace vok::dgraph

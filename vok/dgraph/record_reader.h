@@ -1,0 +1,66 @@
+// DGraph documents of major version 1, record by record. Internal.
+#ifndef VOK_DGRAPH_RECORD_READER_H
+#define VOK_DGRAPH_RECORD_READER_H
+
+#include <algorithm>
+#include <string_view>
+
+#include "vok/data/record_source.h"
+#include "vok/dgraph/format.h"
+#include "vok/dgraph/step.h"
+#include "vok/file/window.h"
+
+namespace vok::dgraph {
+
+// Nothing that it is told is trusted: what Reader refuses it refuses at the same place and with the
+// same error, but for links, of which only the path is known. Limits are those of loading on nodes,
+// depth, skipped slots, bytes and attributes.
+class RecordReader final : public detail::Record_Source {
+  public:
+    // Reads the header. Raises what Dgraph_LoadDGraph raises for another one.
+    RecordReader(File_Stream& oIn, const Limits& oLimits);
+
+    bool Next() override;
+    bool HasBelow(std::size_t uLevel) override;
+    void Begin(Data& oTree) override;
+    void AddTo(Load_Report& oReport) const override;
+    [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
+
+  private:
+    // Closes levels without records to come, from uFirst on; false when that closes all of them,
+    // or the document is at its end.
+    bool CloseLevels(std::size_t uFirst) noexcept {
+        while (m_oTrail.Size() > uFirst && m_oTrail.Last().uPending == 0) m_oTrail.Close();
+        return m_oTrail.Size() > uFirst && !m_bEnd;
+    }
+    std::size_t GetLength();
+    void ReadStep();
+    void NoteName(std::string_view sName, i2_t iIndex);
+    void ReadAttributes();
+    void ReadValue();
+    [[nodiscard]] std::string_view ReadBlock();
+    void Count(u3_t uNodes) {
+        m_uNodes += uNodes;
+        if (m_uNodes <= m_oLimits.m_uNodes) return;
+        m_uNodes = std::max<u3_t>(m_oLimits.m_uNodes, 1);
+        m_oLimits.RaiseExceeded(&Limits::m_uNodes);
+    }
+
+    File_Window m_oWindow;
+    const Limits m_oLimits;
+    Version m_oVersion;
+    u3_t m_uMissingHeader = 0;
+    Step m_oStep;
+    Arr<char> m_oRoom;   // what of a value is not in the window
+    Arr<char> m_oTexts;  // attributes that were no UTF-8
+    u3_t m_uNodes = 1;
+    u3_t m_uSkipped = 0;
+    u3_t m_uLeft = 0;       // bytes behind the document
+    bool m_bNamed = false;  // of the record being read the name is known
+    bool m_bEnd = false;    // the stream was at its end
+    bool m_bDone = false;
+};
+
+}  // namespace vok::dgraph
+
+#endif  // VOK_DGRAPH_RECORD_READER_H

@@ -1,0 +1,114 @@
+#include "vok/records/reader.h"
+
+#include <optional>
+#include <utility>
+
+#include "vok/base/where.h"
+#include "vok/base/work.h"
+#include "vok/data/record_source.h"
+#include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/record_reader.h"
+#include "vok/records/messages.h"
+#include "vok/records/take.h"
+#include "vok/records/unwrapped.h"
+#include "vok/xml/record_reader.h"
+
+namespace vok {
+
+class Data_Reader::Impl {
+  public:
+    template <class From>
+    Impl(From& oFrom, const Limits& oLimits)
+        : m_oDocument(oFrom, oLimits), m_oWork(m_oDocument.GetLimits()) {
+        File_Stream& oIn = m_oDocument.In();
+        if (Data::CanLoad(oIn)) records::RaiseDump();
+        m_eForm = Dgraph_CanLoadDGraph(oIn) ? Form::DGraph : Form::Xml;
+        if (m_eForm == Form::DGraph) {
+            m_pSource = std::make_unique<dgraph::RecordReader>(oIn, m_oDocument.GetLimits());
+        } else {
+            m_oText.emplace(oIn);
+            m_pSource = std::make_unique<xml::RecordReader>(*m_oText, m_oDocument.GetLimits());
+        }
+    }
+
+    Unwrapped m_oDocument;
+    Work m_oWork;
+    Form m_eForm;
+    std::optional<xml::Source> m_oText;  // of an XML document
+    std::unique_ptr<detail::Record_Source> m_pSource;
+    std::vector<Outer_Link> m_aoOuter;
+    Str m_oFault;        // path of a link that was an error
+    u3_t m_uBehind = 0;  // bytes behind the document, once it is read
+    bool m_bDone = false;
+};
+
+namespace {
+
+constexpr char CONSTRUCTOR[] = "vok::Data_Reader::Data_Reader";
+
+}  // namespace
+
+Data_Reader::Data_Reader(File_Stream& oIn, const Limits& oLimits)
+    : m_pImpl(Where(CONSTRUCTOR, [&] { return std::make_unique<Impl>(oIn, oLimits); })),
+      m_pRecord(m_pImpl->m_pSource.get()) {}
+
+Data_Reader::Data_Reader(const Str& oPath, const Limits& oLimits)
+    : m_pImpl(Where(CONSTRUCTOR, [&] { return std::make_unique<Impl>(oPath, oLimits); })),
+      m_pRecord(m_pImpl->m_pSource.get()) {}
+
+Data_Reader::Data_Reader(Data_Reader&&) noexcept = default;
+Data_Reader& Data_Reader::operator=(Data_Reader&&) noexcept = default;
+Data_Reader::~Data_Reader() = default;
+
+Data_Reader::Form Data_Reader::GetForm() const noexcept {
+    return m_pImpl->m_eForm;
+}
+
+bool Data_Reader::Next() {
+    return Where("vok::Data_Reader::Next", [&] {
+        Impl& o = *m_pImpl;
+        if (o.m_pSource->Next()) return true;
+        if (!std::exchange(o.m_bDone, true)) {
+            Load_Report oReport;
+            o.m_pSource->AddTo(oReport);
+            o.m_uBehind = o.m_oDocument.Finish(oReport.m_uBytesLeft);
+        }
+        return false;
+    });
+}
+
+void Data_Reader::SkipSuccessors() noexcept {
+    m_pImpl->m_pSource->SkipBelow(m_pRecord->GetDepth());
+}
+
+Str Data_Reader::GetPath() const {
+    return Where("vok::Data_Reader::GetPath",
+                 [&] { return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth()); });
+}
+
+Load_Report Data_Reader::GetReport() const {
+    return Where("vok::Data_Reader::GetReport", [&] {
+        Load_Report oReport;
+        m_pImpl->m_pSource->AddTo(oReport);
+        if (!m_pImpl->m_oFault.IsEmpty()) oReport.m_oPath = m_pImpl->m_oFault;
+        if (m_pImpl->m_bDone) oReport.m_uBytesLeft = m_pImpl->m_uBehind;
+        return oReport;
+    });
+}
+
+void Data_Reader::Take(Data& oTree) {
+    return Where("vok::Data_Reader::Take", [&] {
+        m_pImpl->m_aoOuter.clear();
+        oTree.Reset();
+        const u2_t uTop = m_pRecord->GetDepth();
+        records::TakeTree(oTree, *m_pImpl->m_pSource, m_pImpl->m_oWork, m_pImpl->m_aoOuter,
+                          m_pImpl->m_oFault);
+        m_pImpl->m_pSource->StandAt(uTop);
+    });
+}
+
+const std::vector<Data_Reader::Outer_Link>& Data_Reader::GetOuterLinks() const noexcept {
+    return m_pImpl->m_aoOuter;
+}
+
+}  // namespace vok

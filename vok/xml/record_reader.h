@@ -1,0 +1,67 @@
+// XML documents, record by record. Internal.
+#ifndef VOK_XML_RECORD_READER_H
+#define VOK_XML_RECORD_READER_H
+
+#include <string_view>
+
+#include "vok/data/record_source.h"
+#include "vok/xml/tokens.h"
+
+namespace vok::xml {
+
+// What the loader makes a node of is a record here, and what it refuses is refused at the same
+// place and with the same error. What an element is shows with what comes behind its start tag: it
+// is held until then.
+class RecordReader final : public detail::Record_Source, private Tokens {
+  public:
+    // oSource and oLimits must outlive it.
+    RecordReader(Source& oSource, const Limits& oLimits);
+
+    bool Next() override;
+    bool HasBelow(std::size_t uLevel) override;
+    void AddTo(Load_Report& oReport) const override;
+    [[nodiscard]] u3_t Offset() const override { return m_oSource.OffsetOf(m_p); }
+
+  private:
+    void OnText(std::string_view sRun) override { AddText(OpenType(), sRun); }
+    void OnCdata(std::string_view sRun) override { AddCdata(OpenType(), sRun); }
+    bool OnStart() override;
+    void OnEnd(std::string_view sName) override;
+    [[nodiscard]] bool IsBinary() const noexcept override {
+        return OpenType() == Data_Node::Binary;
+    }
+    void BeforeFetch(u3_t uBytes) override;
+
+    // The type of the innermost open element: one that is not held any more has others in it.
+    [[nodiscard]] Data_Node::Type OpenType() const noexcept {
+        return m_bHeld ? m_eType : Data_Node::Tree;
+    }
+    void CheckLimits() const;
+    // Holds the element of m_oTag.
+    void Hold();
+    void TakeAttributes();
+    bool TakeType(std::string_view sType);
+    void NoteAttribute(std::string_view sName, std::string_view sValue);
+    void ShowAttributes();
+    // The element that is held has others in it, or ends: then it is the next record.
+    void EndAsTree();
+    void EndAsLeaf();
+    void TakeValue();
+    void CloseElement() noexcept;
+
+    u3_t m_uNodes = 1;
+    bool m_bHeld = false;   // the innermost element is held
+    bool m_bReady = false;  // the record is what Next is to come to
+    bool m_bEnd = false;
+    u3_t m_uLeft = 0;  // bytes behind the document
+    Arr<char> m_oNameRoom;
+    Arr<char> m_oValueRoom;
+    Arr<char> m_oValid;
+    Arr<char> m_oValue;          // of the record
+    Arr<char> m_oAttText;        // names and values of its attributes
+    Arr<std::size_t> m_oAttEnd;  // where each of them ends
+};
+
+}  // namespace vok::xml
+
+#endif  // VOK_XML_RECORD_READER_H
