@@ -44,6 +44,10 @@ class Data_Value {
     Data_Value(const T& oText) noexcept  // NOLINT(google-explicit-constructor)
         : m_eType(Data_Node::String), m_sText(oText) {}
 
+    // With what a tree may hold beyond 32 bits; documents but XML do not.
+    [[nodiscard]] static Data_Value Float(double dValue) noexcept {
+        return {Data_Node::Float, std::bit_cast<u3_t>(dValue)};
+    }
     // A code point.
     [[nodiscard]] static Data_Value Char(u2_t uCode) noexcept { return {Data_Node::Char, uCode}; }
     // Seconds since 1970-01-01 UTC.

@@ -57,13 +57,12 @@ void RaiseWrongCount(std::string_view sName, u2_t uHas, u2_t uTold) {
                      {Msg_Arg(Str(sName).CStr()), Msg_Arg(uHas), Msg_Arg(uTold)});
 }
 
-void RaiseCountNeeded(std::string_view sName) {
+void RaiseCountNeeded() {
     Msg_Entry::Raise(
-        {"the number of successors of node \"%0\" has to be told when it is opened: "
-         "the stream cannot seek",
-         "Die Zahl der Nachfolger von Knoten \"%0\" muss beim Öffnen angegeben werden: "
-         "der Datenstrom kann nicht positioniert werden"},
-        {Msg_Arg(Str(sName).CStr())});
+        {"the number of successors has to be told when a node is opened: the stream "
+         "cannot seek",
+         "Die Zahl der Nachfolger muss beim Öffnen eines Knotens angegeben werden: der "
+         "Datenstrom kann nicht positioniert werden"});
 }
 
 void RaiseUnknownTarget(std::string_view sPath) {

@@ -21,7 +21,7 @@ namespace vok::records {
 [[noreturn]] void RaiseComplete();
 [[noreturn]] void RaiseStillOpen(std::string_view sName);
 [[noreturn]] void RaiseWrongCount(std::string_view sName, u2_t uHas, u2_t uTold);
-[[noreturn]] void RaiseCountNeeded(std::string_view sName);
+[[noreturn]] void RaiseCountNeeded();
 [[noreturn]] void RaiseUnknownTarget(std::string_view sPath);
 
 }  // namespace vok::records
