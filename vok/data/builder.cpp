@@ -80,6 +80,20 @@ u2_t Data_Builder::AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t u
     });
 }
 
+u2_t Data_Builder::AddOther(Data_Name oName, const Data_Value& oValue) {
+    const std::string_view s = oValue.Text();
+    switch (oValue.GetType()) {
+        case Data_Node::String: return AddStr(oName, s);
+        case Data_Node::Binary:
+            return AddBin(oName, s.data(), static_cast<u2_t>(Msg::ToInt32(s.size())));
+        case Data_Node::Quad: {
+            const auto& au = oValue.QuadWords();
+            return AddQuad(oName, au[0], au[1], au[2], au[3]);
+        }
+        default: return AddEmpty(oName);
+    }
+}
+
 void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
     Where("vok::Data_Builder::SetAttVal", [&] {
         if (m_oTail.uNext <= m_uFirst) Msg::ObjectPointsToNothing();

@@ -7,6 +7,7 @@
 
 #include "vok/data/data.h"
 #include "vok/data/node.h"
+#include "vok/data/value.h"
 
 namespace vok {
 
@@ -81,6 +82,18 @@ class Data_Builder {
     u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     u2_t AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3);
 
+    // The same for a value of any type. Of a Link, whose target a path may not tell yet, it makes
+    // an empty node, as of a Tree.
+    u2_t Add(Data_Name oName, const Data_Value& oValue) {
+        constexpr u2_t INLINE = 1u << Data_Node::Empty | 1u << Data_Node::Boolean |
+                                1u << Data_Node::Integer | 1u << Data_Node::Char |
+                                1u << Data_Node::Float | 1u << Data_Node::Double |
+                                1u << Data_Node::Date | 1u << Data_Node::Long;
+        const Data_Node::Type eType = oValue.GetType();
+        return (INLINE >> eType & 1u) != 0 ? Append(oName, eType, oValue.Lng())
+                                           : AddOther(oName, oValue);
+    }
+
     // Sets an attribute of the node appended last. Errors are those of Data::SetAttVal, and "object
     // points to nothing" before the first one.
     void SetAttVal(const char* sName, const char* sValue);
@@ -94,6 +107,7 @@ class Data_Builder {
         u2_t uCount;
     };
 
+    u2_t AddOther(Data_Name oName, const Data_Value& oValue);
     u2_t Append(Data_Name oName, Data_Node::Type eType, u3_t uValue) {
         return Append(KeyOf(oName), eType, uValue);
     }

@@ -45,6 +45,8 @@ class Record_Source : public Data_Record {
         m_oAttribute.Truncate(0);
         SetValue(Data_Node::Empty, 0);
     }
+    // The key of the record's name in it.
+    [[nodiscard]] u2_t Key() const noexcept { return m_oTrail.At(m_uDepth).uKey; }
     // How many places the run of the record's name leaves free in front of it.
     [[nodiscard]] u2_t FreePlaces() const noexcept { return m_uFree; }
     // Numbers by which links lead to the record, and the one that the record leads to.
@@ -66,7 +68,7 @@ class Record_Source : public Data_Record {
         oRoom.Add(oText.View().data(), oText.View().size());
         return {oRoom.Beg(), oRoom.Size()};
     }
-    // The same for the last level, with the value and the attributes that it has.
+    // The same for the last level, with the value and the attributes that it is given.
     void StandAtLast() noexcept {
         m_uDepth = static_cast<u2_t>(m_oTrail.Size() - 1);
         m_iIndex = static_cast<i2_t>(m_oTrail.Last().uRun - 1);

@@ -2,63 +2,60 @@
 #ifndef VOK_DATA_RECORD_TRAIL_H
 #define VOK_DATA_RECORD_TRAIL_H
 
+#include <algorithm>
 #include <string_view>
 
 #include "vok/base/arr.h"
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
-#include "vok/data/escape.h"
+#include "vok/data/names.h"
 
 namespace vok::detail {
 
 // The levels that are open, from that of the root down, and of each the last node that came: its
-// name and its position in its run of equal names. Takes 16 bytes and that name for each level.
+// name and its position in its run of equal names. Takes 12 bytes for each level, and the names
+// that came last: at most MOST_NAMES of them, or as many as levels are open.
 class Record_Trail {
   public:
     struct Level {
-        u2_t uName = 0;  // of the last node, in m_oNames
-        u2_t uRun = 0;   // nodes so far in the run of its name
-        bool bBegun = false;
-        u2_t uPending = 0;  // records to come, as far as the document tells
+        u2_t uKey = Hash::NONE;  // of the name of the last node
+        u2_t uRun = 0;           // nodes so far in the run of its name
+        u2_t uPending = 0;       // records to come, as far as the document tells
     };
 
-    Record_Trail() { Open(0); }
+    Record_Trail() { m_oLevel.Add(Level{}); }
 
     // A level below the last node of the last one, and the end of the last one.
     void Open(u2_t uPending) {
-        (void)Msg::ToInt32(m_oNames.Size());
-        m_oLevel.Add(Level{static_cast<u2_t>(m_oNames.Size()), 0, false, uPending});
+        (void)Msg::ToInt32(m_oLevel.Size());
+        m_oLevel.Add(Level{Hash::NONE, 0, uPending});
     }
-    void Close() noexcept {
-        m_oNames.Truncate(m_oLevel.Last().uName);
-        m_oLevel.Pop();
-    }
+    void Close() noexcept { m_oLevel.Pop(); }
 
-    // Whether a node of that name would continue the run at the end of the last level.
-    [[nodiscard]] bool Continues(std::string_view sName) const noexcept {
-        return m_oLevel.Last().bBegun && NameAt(m_oLevel.Size() - 1) == sName;
+    // The key of a name, good until the next call with another one: the table may start again then,
+    // and the keys of the levels are others.
+    u2_t Intern(std::string_view sName) {
+        if (m_oNames.Size() > std::max(MOST_NAMES, 2 * m_oLevel.Size())) [[unlikely]]
+            StartAgain();
+        return m_oNames.Intern(sName);
     }
-    // A node behind the others of the last level, as the one at uIndex of its run; bContinues is
-    // what the question above said.
-    void Note(std::string_view sName, u2_t uIndex, bool bContinues) {
-        Level& o = m_oLevel.Last();
-        o.uRun = uIndex + 1;
-        if (bContinues) return;
-        m_oNames.Truncate(o.uName);
-        m_oNames.Add(sName.data(), sName.size());
-        o.bBegun = true;
+    [[nodiscard]] Data_Names& Names() noexcept { return m_oNames; }
+    [[nodiscard]] const Hash_Text& NameText(u2_t uKey) const noexcept { return m_oNames(uKey); }
+    // A node behind the others of the last level, as the one at uIndex of its run.
+    void Note(u2_t uKey, u2_t uIndex) noexcept { NoteAt(m_oLevel.Size() - 1, uKey, uIndex); }
+    void NoteAt(std::size_t uLevel, u2_t uKey, u2_t uIndex) noexcept {
+        m_oLevel(uLevel).uKey = uKey;
+        m_oLevel(uLevel).uRun = uIndex + 1;
     }
 
     [[nodiscard]] std::size_t Size() const noexcept { return m_oLevel.Size(); }
     [[nodiscard]] Level& Last() noexcept { return m_oLevel.Last(); }
+    [[nodiscard]] const Level& Last() const noexcept { return m_oLevel.Last(); }
     [[nodiscard]] const Level& At(std::size_t uLevel) const noexcept { return m_oLevel(uLevel); }
     [[nodiscard]] const Arr<Level>& Levels() const noexcept { return m_oLevel; }
-    // The name of the last node of an open level. Valid until the next change.
+    // The name of the last node of a level that has one. Valid as long as its key.
     [[nodiscard]] std::string_view NameAt(std::size_t uLevel) const noexcept {
-        const u2_t uBegin = m_oLevel(uLevel).uName;
-        const std::size_t uEnd =
-            uLevel + 1 < m_oLevel.Size() ? m_oLevel(uLevel + 1).uName : m_oNames.Size();
-        return {m_oNames.Beg() + uBegin, uEnd - uBegin};
+        return m_oNames(m_oLevel(uLevel).uKey).View();
     }
     // "/a[0]/b[2]" for the last node of a level. Linear in what it gives.
     [[nodiscard]] Str PathTo(std::size_t uLevel) const {
@@ -72,8 +69,21 @@ class Record_Trail {
     }
 
   private:
+    static constexpr std::size_t MOST_NAMES = 65536;
+
+    // Only the names of open levels are kept.
+    void StartAgain() {
+        Hash oNew;
+        oNew.Start();
+        for (std::size_t u = 0; u < m_oLevel.Size(); ++u) {
+            Level& o = m_oLevel(u);
+            if (o.uKey != Hash::NONE) o.uKey = oNew.Insert(m_oNames(o.uKey).View());
+        }
+        m_oNames.Renew(oNew);
+    }
+
     Arr<Level> m_oLevel;
-    Arr<char> m_oNames;
+    Data_Names m_oNames;
 };
 
 }  // namespace vok::detail

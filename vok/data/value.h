@@ -77,7 +77,7 @@ class Data_Value {
     [[nodiscard]] i2_t Int() const noexcept { return static_cast<i2_t>(m_uValue); }
     // Float, Double, Date (seconds since 1970).
     [[nodiscard]] double Dbl() const noexcept { return std::bit_cast<double>(m_uValue); }
-    // Long.
+    // Long. Of all others but texts, blocks and Quads the 64 bits that a tree has.
     [[nodiscard]] u3_t Lng() const noexcept { return m_uValue; }
     // String; the bytes of a Binary; of a Link what is said of its target. Not NUL-terminated.
     [[nodiscard]] std::string_view Text() const noexcept { return m_sText; }

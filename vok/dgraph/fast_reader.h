@@ -3,13 +3,7 @@
 #ifndef VOK_DGRAPH_FAST_READER_H
 #define VOK_DGRAPH_FAST_READER_H
 
-#include <algorithm>
-#include <array>
-#include <cstring>
-
-#include "vok/base/number.h"
-#include "vok/base/utf8.h"
-#include "vok/data/escape.h"
+#include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/reader.h"
 
 namespace vok::dgraph {
@@ -160,7 +154,7 @@ class Reader<Source>::Fast {
     }
 
     [[gnu::always_inline]] Name ReadName(const char* p, std::size_t uSeen, std::size_t uStep) {
-        const u2_t uKey = r.GuessName(p, uSeen);
+        const u2_t uKey = GuessName(m_oBase.m_oName, p, uSeen);
         if (uKey == 0) return r.ScanName(p, uStep);
         m_oBase.m_oName.Guess().Confirm(uKey);
         return {uKey, m_oBase.m_oName(uKey).uLength};
@@ -224,33 +218,14 @@ class Reader<Source>::Fast {
     u2_t* m_pLast;
 };
 
-template <class Source>
-inline u2_t Reader<Source>::GuessName(const char* p, std::size_t uSize) {
-    Data_Names& oNames = m_oBase.m_oName;
-    const auto oStandsAt = [&](u2_t uKey) {
-        const Hash_Text& oName = oNames(uKey);
-        return oName.StandsAt(p, uSize) && p[oName.uLength] == '[' && oNames.IsVerbatim(uKey);
-    };
-    const u2_t uFirst = oNames.Guess().First();
-    if (uFirst != 0 && oStandsAt(uFirst)) return uFirst;
-    const u2_t uSecond = oNames.Guess().Second();
-    return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
-}
-
 // Out of line: what the loop keeps in registers is worth more than the call.
 template <class Source>
 [[gnu::noinline]] typename Reader<Source>::Name Reader<Source>::ScanName(const char* p,
                                                                          std::size_t uStep) {
-    std::size_t uName = uStep > 3 && p[uStep - 3] == '[' ? uStep - 3 : 0;
-    if (uName == 0) {
-        const void* pBracket = std::memchr(p, '[', uStep);
-        if (pBracket == nullptr || pBracket == p) return {};
-        uName = static_cast<std::size_t>(static_cast<const char*>(pBracket) - p);
-    }
-    bool bVerbatim = true;
-    for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
+    const std::size_t uName = NameBytes(p, uStep);
+    if (uName == 0) return {};
     u2_t uKey;
-    if (bVerbatim) {
+    if (IsVerbatim(p, uName)) {
         const std::size_t uNames = m_oBase.m_oName.Size();
         uKey = m_oBase.m_oName.Insert({p, uName});
         if (uKey == uNames) m_oBase.m_oName.SetVerbatim(uKey);
@@ -261,35 +236,6 @@ template <class Source>
     }
     m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
     return {uKey, uName};
-}
-
-template <class Source>
-inline bool Reader<Source>::IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
-    if (uIndex < 10) [[likely]] {
-        return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
-    }
-    constexpr u3_t ZEROS = 0x3030303030303030u;
-    const std::size_t uDigits = uSize - 1;
-    if (uDigits - 2 > 6) return IsLongIndex(p, uSize, uIndex);
-    // Eight digits, the first ones zeros, as numbers of one digit, of two, of four, of eight. A
-    // name and a length stand in front of p, so that there is something to read.
-    const unsigned uOther = 64 - 8 * static_cast<unsigned>(uDigits);
-    u3_t uText = Load<u3_t>(p + uDigits - 8) >> uOther << uOther;
-    uText |= ((u3_t{1} << uOther) - 1) & ZEROS;
-    const u3_t uDigit = uText ^ ZEROS;
-    if (((uDigit | (uDigit + 0x0606060606060606u)) & 0xF0F0F0F0F0F0F0F0u) != 0) return false;
-    u3_t uValue = uDigit * (10 * 0x100 + 1) >> 8 & 0x00FF00FF00FF00FFu;
-    uValue = uValue * (100 * 0x10000 + 1) >> 16 & 0x0000FFFF0000FFFFu;
-    uValue = uValue * (10000 * 0x100000000u + 1) >> 32;
-    return uValue == uIndex && p[0] != '0' && p[uDigits] == ']';
-}
-
-template <class Source>
-bool Reader<Source>::IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
-    char sIndex[32];
-    const std::size_t uDigits = FormatInteger(uIndex, sIndex);
-    sIndex[uDigits] = ']';
-    return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
 }
 
 template <class Source>

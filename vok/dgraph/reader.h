@@ -108,9 +108,6 @@ class Reader {
     bool ReadFastRoot();
     class Fast;
 
-    // The key of the name at p if it is one of those expected, else 0.
-    [[nodiscard]] u2_t GuessName(const char* p, std::size_t uSize);
-
     // A name in a step text: its key, 0 for one that needs a second look, and its bytes there.
     struct Name {
         u2_t uKey = 0;
@@ -118,10 +115,6 @@ class Reader {
     };
     // That of a name which documents carry as it stands, or which was seen before; "[" ends it.
     [[nodiscard]] Name ScanName(const char* p, std::size_t uStep);
-
-    // Whether the rest of a step text is this index in decimal and its bracket.
-    [[nodiscard]] static bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
-    [[nodiscard]] static bool IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept;
 
     // Whether a name belongs before that of the last record.
     [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {

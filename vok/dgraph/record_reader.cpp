@@ -6,41 +6,10 @@
 
 #include "vok/base/date.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/messages.h"
 
 namespace vok::dgraph {
-
-namespace {
-
-// A step that is no more than a name as it stands and an index of up to nine digits.
-struct PlainStep {
-    std::size_t uName = 0;  // bytes of the name; 0 for any other step
-    u2_t uIndex = 0;
-};
-[[nodiscard]] PlainStep TakePlain(std::string_view sStep) noexcept {
-    const std::size_t uSize = sStep.size();
-    if (uSize < 4 || sStep[uSize - 1] != ']') return {};
-    PlainStep o;
-    if (sStep[uSize - 3] == '[') {
-        o.uName = uSize - 3;
-        o.uIndex = static_cast<u2_t>(static_cast<u0_t>(sStep[uSize - 2] - '0'));
-        if (o.uIndex > 9) return {};
-    } else {
-        o.uName = sStep.rfind('[', uSize - 3);
-        if (o.uName == std::string_view::npos || uSize - o.uName > 11) return {};
-        for (const char c : sStep.substr(o.uName + 1, uSize - o.uName - 2)) {
-            const u2_t uDigit = static_cast<u0_t>(c - '0');
-            if (uDigit > 9) return {};
-            o.uIndex = 10 * o.uIndex + uDigit;
-        }
-    }
-    bool bVerbatim = true;
-    for (std::size_t u = 0; u < o.uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(sStep[u])];
-    if (!bVerbatim) o.uName = 0;
-    return o;
-}
-
-}  // namespace
 
 RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     : m_oWindow(oIn), m_oLimits(oLimits) {
@@ -49,10 +18,104 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     if (m_oVersion.iMajor != 1) RaiseWrongVersion();
     m_uMissingHeader = m_oWindow.Missing();
     m_oTrail.Last().uPending = 1;
+    Data oTree;
+    oTree.SetToRoot();
+    Dgraph_SetVersion(oTree, 1, m_oVersion.iMinor, m_oVersion.iPatch);
+    m_oTag = oTree.GetUserTag();
 }
 
 void RecordReader::Begin(Data& oTree) {
-    Dgraph_SetVersion(oTree, 1, m_oVersion.iMinor, m_oVersion.iPatch);
+    oTree.SetUserTag(m_oTag.CStr());
+}
+
+// ---- the fast way -------------------------------------------------------------------
+
+[[gnu::always_inline]] inline u2_t RecordReader::FindName(const char* p, std::size_t uSeen,
+                                                          std::size_t uStep) {
+    Data_Names& oNames = m_oTrail.Names();
+    if (const u2_t uKey = GuessName(oNames, p, uSeen); uKey != 0) [[likely]] {
+        oNames.Guess().Confirm(uKey);
+        return uKey;
+    }
+    const std::size_t uName = NameBytes(p, uStep);
+    if (uName == 0 || !IsVerbatim(p, uName)) return 0;
+    const u2_t uKey = m_oTrail.Intern({p, uName});
+    oNames.SetVerbatim(uKey);
+    return uKey;
+}
+
+// A value of one of the frequent types, which begins at p; then the window is behind it.
+[[gnu::always_inline]] inline bool RecordReader::ReadFastValue(u0_t uCode, const char* p,
+                                                               const char* pEnd) {
+    switch (uCode) {
+        case CODE_INTEGER:
+            SetValue(Data_Node::Integer, Load<u2_t>(p));
+            p += 4;
+            break;
+        case CODE_DOUBLE:
+            SetValue(Data_Node::Double, Load<u3_t>(p));
+            p += 8;
+            break;
+        case CODE_LONG:
+            SetValue(Data_Node::Long, Load<u3_t>(p));
+            p += 8;
+            break;
+        case CODE_BOOLEAN: SetValue(Data_Node::Boolean, *p++ != 0); break;
+        case CODE_STRING: {
+            const std::size_t uText = Load<u2_t>(p);
+            p += 4;
+            if (uText - 1 >= static_cast<std::size_t>(pEnd - p)) return false;
+            if (uText > m_oLimits.m_uTextBytes || p[uText - 1] != 0) return false;
+            if (!IsAsciiText(p, uText - 1)) return false;
+            m_sText = {p, uText - 1};
+            SetValue(Data_Node::String, 0);
+            p += uText;
+            break;
+        }
+        case CODE_NONE: {
+            const auto uCount = Load<u2_t>(p);
+            p += 4;
+            if (uCount != 0 && m_oTrail.Size() >= m_oLimits.m_uDepth) return false;
+            --m_oTrail.Last().uPending;
+            SetValue(uCount != 0 ? Data_Node::Tree : Data_Node::Empty, uCount);
+            if (uCount != 0) m_oTrail.Open(uCount);
+            m_oWindow.Skip(static_cast<std::size_t>(p - m_oWindow.Peek()));
+            return true;
+        }
+        default: return false;
+    }
+    --m_oTrail.Last().uPending;
+    m_oWindow.Skip(static_cast<std::size_t>(p - m_oWindow.Peek()));
+    return true;
+}
+
+[[gnu::always_inline]] inline bool RecordReader::ReadFast() {
+    constexpr std::size_t LENGTH = 4;
+    constexpr std::size_t LARGEST_VALUE = 8;
+    const std::size_t uAtHand = m_oWindow.AtHand();
+    if (uAtHand < LENGTH || m_uNodes >= m_oLimits.m_uNodes) return false;
+    const char* const pStep = m_oWindow.Peek() + LENGTH;
+    const std::size_t uStep = Load<u2_t>(pStep - LENGTH);
+    const std::size_t uSeen = uAtHand - LENGTH;
+    if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > m_oLimits.m_uTextBytes) return false;
+    const u2_t uKey = FindName(pStep, uSeen, uStep);
+    if (uKey == 0) return false;
+    const std::size_t uName = m_oTrail.Names()(uKey).uLength;
+    const u2_t uIndex = uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0;
+    if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
+    const char* const pValue = pStep + uStep + 1;
+    // The record stands on its level, which may not be the last one any more behind its value.
+    const std::size_t uLevel = m_oTrail.Size() - 1;
+    if (!ReadFastValue(static_cast<u0_t>(pStep[uStep]), pValue, pStep + uSeen)) return false;
+    m_uNodes += uLevel != 0;
+    m_bNamed = true;
+    m_uFree = 0;
+    m_uDepth = static_cast<u2_t>(uLevel);
+    m_iIndex = static_cast<i2_t>(uIndex);
+    m_sName = m_oTrail.Names()(uKey).View();
+    m_oTrail.NoteAt(uLevel, uKey, uIndex);
+    if (m_oAttribute.Size() != 0) m_oAttribute.Truncate(0);
+    return true;
 }
 
 bool RecordReader::Next() {
@@ -64,6 +127,7 @@ bool RecordReader::Next() {
             return false;
         }
         m_uOffset = m_oWindow.Offset();
+        if (ReadFast()) continue;
         ReadStep();
         ReadValue();
     } while (IsLeftOut());
@@ -99,22 +163,20 @@ void RecordReader::ReadStep() {
     if (uLength == 0) RaiseEmptyNodePath();
     const std::string_view sStep = m_oWindow.View(uLength);
     m_oAttribute.Truncate(0);
-    if (const PlainStep o = TakePlain(sStep); o.uName != 0) {
-        return NoteName(sStep.substr(0, o.uName), static_cast<i2_t>(o.uIndex));
-    }
     m_oStep.Parse(sStep);
-    NoteName(Valid(m_oStep.Name(), m_oTexts), m_oStep.Index());
+    NoteName(m_oTrail.Intern(m_oStep.Name()), m_oStep.Index());
     if (m_oStep.Attributes().Size() != 0) ReadAttributes();
 }
 
-void RecordReader::NoteName(std::string_view sName, i2_t iIndex) {
-    const bool bSameRun = m_oTrail.Continues(sName);
+void RecordReader::NoteName(u2_t uKey, i2_t iIndex) {
+    const bool bSameRun = m_oTrail.Last().uKey == uKey;
     const auto iRun = static_cast<i2_t>(bSameRun ? m_oTrail.Last().uRun : 0);
     m_uFree = 0;
-    if (m_oTrail.Size() > 1) {
-        Count(1);
-        m_bNamed = true;
-        m_oTrail.Note(sName, static_cast<u2_t>(iRun), bSameRun);
+    const bool bRoot = m_oTrail.Size() == 1;
+    if (!bRoot) Count(1);
+    m_bNamed = true;
+    m_oTrail.Note(uKey, static_cast<u2_t>(bRoot ? iIndex : iRun));
+    if (!bRoot) {
         if (bSameRun && iIndex < iRun) RaiseElementExists();
         if (iIndex > iRun) {
             m_uFree = static_cast<u2_t>(iIndex - i3_t{iRun});
@@ -128,9 +190,6 @@ void RecordReader::NoteName(std::string_view sName, i2_t iIndex) {
             Count(m_uFree);
         }
         m_oTrail.Last().uRun = static_cast<u2_t>(iIndex) + 1;
-    } else {
-        m_bNamed = true;
-        m_oTrail.Note(sName, static_cast<u2_t>(iIndex), bSameRun);
     }
     StandAtLast();
 }

@@ -33,9 +33,14 @@ class RecordReader final : public detail::Record_Source {
         while (m_oTrail.Size() > uFirst && m_oTrail.Last().uPending == 0) m_oTrail.Close();
         return m_oTrail.Size() > uFirst && !m_bEnd;
     }
+    // Reads a record that is like most are: an expected name, no attributes, the next index of its
+    // run, a value that needs no second look, all at hand. False for any other, with nothing read.
+    [[nodiscard]] bool ReadFast();
+    [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep);
+    [[nodiscard]] bool ReadFastValue(u0_t uCode, const char* p, const char* pEnd);
     std::size_t GetLength();
     void ReadStep();
-    void NoteName(std::string_view sName, i2_t iIndex);
+    void NoteName(u2_t uKey, i2_t iIndex);
     void ReadAttributes();
     void ReadValue();
     [[nodiscard]] std::string_view ReadBlock();
@@ -49,6 +54,7 @@ class RecordReader final : public detail::Record_Source {
     File_Window m_oWindow;
     const Limits m_oLimits;
     Version m_oVersion;
+    Str m_oTag;  // that of trees of that version
     u3_t m_uMissingHeader = 0;
     Step m_oStep;
     Arr<char> m_oRoom;   // what of a value is not in the window

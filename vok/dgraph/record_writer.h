@@ -63,9 +63,7 @@ class RecordWriter {
     void Bool(bool bValue) { Fixed(CODE_BOOLEAN, static_cast<u0_t>(bValue)); }
     void Int(u2_t uValue) { Fixed(CODE_INTEGER, uValue); }
     void Char(u2_t uCode) { Fixed(CODE_CHAR, static_cast<u0_t>(uCode)); }
-    void Flt(double dValue) {
-        Fixed(CODE_FLOAT, std::bit_cast<u2_t>(static_cast<float>(dValue)));
-    }
+    void Flt(double dValue) { Fixed(CODE_FLOAT, std::bit_cast<u2_t>(static_cast<float>(dValue))); }
     void Dbl(u3_t uBits) { Fixed(CODE_DOUBLE, uBits); }
     void Date(double dSeconds) {
         if (m_iMinor >= 2) {
@@ -82,7 +80,8 @@ class RecordWriter {
     void Quad(const std::array<u2_t, 4>& au) {
         if (m_iMinor < 3) {
             char s[64];
-            const int iLength = std::snprintf(s, sizeof(s), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
+            const int iLength =
+                std::snprintf(s, sizeof(s), "%u,%u,%u,%u", au[0], au[1], au[2], au[3]);
             return Text(CODE_QUAD, s, static_cast<std::size_t>(iLength));
         }
         char* p = Begin(CODE_QUAD);

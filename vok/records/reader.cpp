@@ -29,6 +29,7 @@ class Data_Reader::Impl {
             m_oText.emplace(oIn);
             m_pSource = std::make_unique<xml::RecordReader>(*m_oText, m_oDocument.GetLimits());
         }
+        m_oTaker.emplace(*m_pSource);
     }
 
     Unwrapped m_oDocument;
@@ -36,8 +37,7 @@ class Data_Reader::Impl {
     Form m_eForm;
     std::optional<xml::Source> m_oText;  // of an XML document
     std::unique_ptr<detail::Record_Source> m_pSource;
-    std::vector<Outer_Link> m_aoOuter;
-    Str m_oFault;        // path of a link that was an error
+    std::optional<records::Taker> m_oTaker;
     u3_t m_uBehind = 0;  // bytes behind the document, once it is read
     bool m_bDone = false;
 };
@@ -90,7 +90,8 @@ Load_Report Data_Reader::GetReport() const {
     return Where("vok::Data_Reader::GetReport", [&] {
         Load_Report oReport;
         m_pImpl->m_pSource->AddTo(oReport);
-        if (!m_pImpl->m_oFault.IsEmpty()) oReport.m_oPath = m_pImpl->m_oFault;
+        const Str& oFault = m_pImpl->m_oTaker->Fault();
+        if (!oFault.IsEmpty()) oReport.m_oPath = oFault;
         if (m_pImpl->m_bDone) oReport.m_uBytesLeft = m_pImpl->m_uBehind;
         return oReport;
     });
@@ -98,17 +99,15 @@ Load_Report Data_Reader::GetReport() const {
 
 void Data_Reader::Take(Data& oTree) {
     return Where("vok::Data_Reader::Take", [&] {
-        m_pImpl->m_aoOuter.clear();
         oTree.Reset();
         const u2_t uTop = m_pRecord->GetDepth();
-        records::TakeTree(oTree, *m_pImpl->m_pSource, m_pImpl->m_oWork, m_pImpl->m_aoOuter,
-                          m_pImpl->m_oFault);
+        m_pImpl->m_oTaker->Take(oTree, m_pImpl->m_oWork);
         m_pImpl->m_pSource->StandAt(uTop);
     });
 }
 
 const std::vector<Data_Reader::Outer_Link>& Data_Reader::GetOuterLinks() const noexcept {
-    return m_pImpl->m_aoOuter;
+    return m_pImpl->m_oTaker->OuterLinks();
 }
 
 }  // namespace vok

@@ -4,7 +4,6 @@
 
 #include "vok/base/base64.h"
 #include "vok/base/number.h"
-#include "vok/base/utf8.h"
 #include "vok/xml/scalar.h"
 
 namespace vok::xml {
@@ -92,9 +91,9 @@ void RecordReader::CloseElement() noexcept {
 
 void RecordReader::Hold() {
     m_uOffset = m_oSource.OffsetOf(m_p);
-    const std::string_view sName = Valid(Decoded(m_oTag.Name(), m_oNameRoom), m_oValid);
-    const bool bContinues = m_oTrail.Continues(sName);
-    m_oTrail.Note(sName, bContinues ? m_oTrail.Last().uRun : 0, bContinues);
+    const std::string_view sName = Decoded(m_oTag.Name(), m_oNameRoom);
+    const u2_t uKey = m_oTrail.Intern(sName);
+    m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
     StandAtLast();
     SetValue(Data_Node::Empty, 0);
     m_sText = {};
@@ -175,7 +174,6 @@ void RecordReader::EndAsTree() {
     }
     SetValue(Data_Node::Tree, UNKNOWN);
     m_oTrail.Open(0);
-    m_sName = m_oTrail.NameAt(m_uDepth);
     m_bHeld = false;
     m_bReady = true;
 }

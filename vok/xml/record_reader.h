@@ -56,7 +56,6 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     u3_t m_uLeft = 0;  // bytes behind the document
     Arr<char> m_oNameRoom;
     Arr<char> m_oValueRoom;
-    Arr<char> m_oValid;
     Arr<char> m_oValue;          // of the record
     Arr<char> m_oAttText;        // names and values of its attributes
     Arr<std::size_t> m_oAttEnd;  // where each of them ends
