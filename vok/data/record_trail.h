@@ -40,6 +40,8 @@ class Record_Trail {
         return m_oNames.Intern(sName);
     }
     [[nodiscard]] Data_Names& Names() noexcept { return m_oNames; }
+    // How often the table has started again.
+    [[nodiscard]] u2_t Starts() const noexcept { return m_uStarts; }
     [[nodiscard]] const Hash_Text& NameText(u2_t uKey) const noexcept { return m_oNames(uKey); }
     // A node behind the others of the last level, as the one at uIndex of its run.
     void Note(u2_t uKey, u2_t uIndex) noexcept { NoteAt(m_oLevel.Size() - 1, uKey, uIndex); }
@@ -80,10 +82,12 @@ class Record_Trail {
             if (o.uKey != Hash::NONE) o.uKey = oNew.Insert(m_oNames(o.uKey).View());
         }
         m_oNames.Renew(oNew);
+        ++m_uStarts;
     }
 
     Arr<Level> m_oLevel;
     Data_Names m_oNames;
+    u2_t m_uStarts = 0;
 };
 
 }  // namespace vok::detail

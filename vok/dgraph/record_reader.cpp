@@ -47,6 +47,7 @@ void RecordReader::Begin(Data& oTree) {
 // A value of one of the frequent types, which begins at p; then the window is behind it.
 [[gnu::always_inline]] inline bool RecordReader::ReadFastValue(u0_t uCode, const char* p,
                                                                const char* pEnd) {
+    m_sText = {};
     switch (uCode) {
         case CODE_INTEGER:
             SetValue(Data_Node::Integer, Load<u2_t>(p));

@@ -138,7 +138,7 @@ class RecordWriter {
 
   private:
     // The type code; returns where the value goes, for which there is room.
-    char* Begin(Code eCode) {
+    [[gnu::always_inline]] char* Begin(Code eCode) {
         char* p = m_oSink.Space(FIXED_ROOM);
         *p++ = static_cast<char>(eCode);
         m_oSink.Cut(p);

@@ -6,7 +6,7 @@
 #include "vok/base/hash.h"
 #include "vok/base/where.h"
 #include "vok/data/escape.h"
-#include "vok/data/names.h"
+#include "vok/data/record_trail.h"
 #include "vok/data/walk.h"
 #include "vok/dgraph/record_writer.h"
 #include "vok/records/messages.h"
@@ -18,19 +18,20 @@ namespace vok {
 // What is the same in all forms: which nodes are open, their names and attributes.
 class Data_Writer::Impl {
   public:
-    explicit Impl(File_Stream& oOut) : m_oOut(oOut) { m_oLevel.Add(Level{}); }
+    explicit Impl(File_Stream& oOut) : m_oOut(oOut) { m_oOpen.Add(OpenNode{}); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
     virtual ~Impl() = default;
 
-    // A node behind the last one of the open level; it is neither a leaf nor a tree yet.
-    void Begin(std::string_view sName);
     void Open(std::string_view sName, u2_t uSuccs) {
         Begin(sName);
         m_eState = State::Opened;
         m_uTold = uSuccs;
     }
-    void SetAttVal(std::string_view sName, std::string_view sValue);
+    void SetAttVal(std::string_view sName, std::string_view sValue) {
+        if (m_eState != State::Opened) RaiseNotOpened(records::RaiseLateAttribute);
+        AddAtt(sName, sValue);
+    }
     void SetValue(const Data_Value& oValue) {
         if (m_eState != State::Opened) RaiseNotOpened(records::RaiseHasValue);
         Check(oValue);
@@ -43,26 +44,25 @@ class Data_Writer::Impl {
         Begin(sName);
         WriteLeaf(oValue);
     }
-    void AddAttributes(const Data_Record& oRecord) {
+    void Add(const Data_Record& oRecord) {
+        const bool bTree = oRecord.GetType() == Data_Node::Tree;
+        if (!bTree) Check(oRecord);
+        Begin(oRecord.GetName());
         for (const Data_Record::Attribute& o : oRecord.GetAttributes()) AddAtt(o.sName, o.sValue);
+        if (!bTree) return WriteLeaf(oRecord);
+        m_eState = State::Opened;
+        m_uTold = oRecord.GetSuccs();
     }
     void AnnounceTarget(std::string_view sPath);
     void Finish();
-    // Raises the errors of a value, before anything is changed.
-    virtual void Check(const Data_Value& oValue) const {
-        (void)Msg::ToInt32(oValue.Text().size() + 1);
-    }
-    void WriteLeaf(const Data_Value& oValue);
 
   protected:
-    // The successors of an open node, of which the last one has that name and position.
-    struct Level {
-        u2_t uKey = Hash::NONE;
-        u2_t uRun = 0;
-        u2_t uCount = 0;
+    // An open node, beside its level in the trail.
+    struct OpenNode {
+        u2_t uCount = 0;  // successors so far
         u2_t uTold = UNKNOWN;
-        u3_t uCountAt = 0;      // where the count is to be put
-        std::size_t uPath = 0;  // bytes of the path of the open node
+        u3_t uCountAt = 0;      // where their number is to be put
+        std::size_t uPath = 0;  // bytes of its path
     };
     struct Att {
         u2_t uKey;           // in m_oAttNames
@@ -74,23 +74,22 @@ class Data_Writer::Impl {
     // uCountAt receives where their number belongs; and the end of the latter.
     virtual void Leaf(const Data_Value& oValue) = 0;
     virtual void Tree(u2_t uSuccs, u3_t& uCountAt) = 0;
-    virtual void EndTree(const Level& oLevel) = 0;
+    virtual void EndTree(const OpenNode& oNode) = 0;
     virtual void End() = 0;
-    // Other keys belong to the names from now on.
-    virtual void ForgetNames() {}
+    // Raises the error of a link that the form cannot write.
+    virtual void CheckLink(std::string_view) const {}
 
-    [[nodiscard]] const Level& Last() const noexcept { return m_oLevel.Last(); }
-    [[nodiscard]] bool IsRoot() const noexcept { return m_oLevel.Size() == 1; }
-    [[nodiscard]] std::string_view NameOf(const Level& o) const noexcept {
-        return m_oNames(o.uKey).View();
-    }
+    [[nodiscard]] bool IsRoot() const noexcept { return m_oTrail.Size() == 1; }
+    // Of the node begun.
+    [[nodiscard]] u2_t Key() const noexcept { return m_oTrail.Last().uKey; }
+    [[nodiscard]] const Hash_Text& Name() const noexcept { return m_oTrail.NameText(Key()); }
     [[nodiscard]] std::string_view ValueOf(const Att& o) const noexcept {
         return {m_oAttText.Beg() + o.uValue, o.uSize};
     }
     // Of every attribute of the node begun the last value, in the order of their keys.
     void SortAttributes();
 
-    Data_Names m_oNames;
+    detail::Record_Trail m_oTrail;
     Hash m_oAttNames;  // keys in the order in which the document names them
     Arr<Att> m_oAtt;
     Arr<char> m_oAttText;
@@ -101,111 +100,113 @@ class Data_Writer::Impl {
     // Of the node that was told last.
     enum class State : u0_t { Closed, Opened, HasValue };
 
-    // Names beyond so many are forgotten.
-    static constexpr std::size_t MOST_NAMES = 65536;
-
-    void AddAtt(std::string_view sName, std::string_view sValue);
-    void OpenTree();
-    void RestartNames();
-    [[noreturn]] void RaiseNotOpened(void (*pRaise)(std::string_view)) const;
-
-    File_Stream& m_oOut;
-    Arr<Level> m_oLevel;
-    State m_eState = State::Closed;
-    u2_t m_uTold = UNKNOWN;
-    Arr<char> m_oValid;
-};
-
-void Data_Writer::Impl::Begin(std::string_view sName) {
-    if (m_eState == State::HasValue) records::RaiseHasValue(NameOf(Last()));
-    if (m_eState == State::Opened) OpenTree();
-    if (IsRoot()) {
-        if (Last().uKey != Hash::NONE) records::RaiseComplete();
-        if (sName.empty()) sName = "Root";
+    // A node behind the last one of the open level; it is neither a leaf nor a tree yet.
+    void Begin(std::string_view sName) {
+        if (m_eState != State::Closed || IsRoot() || m_oTarget.Size() != 1) [[unlikely]]
+            return BeginSlow(sName);
+        BeginHere(sName);
     }
-    if (m_oNames.Size() > std::max(MOST_NAMES, 2 * m_oLevel.Size())) RestartNames();
-    const u2_t uKey = m_oNames.Intern(sName);
-    Level& o = m_oLevel.Last();
-    if (uKey == o.uKey) {
-        ++o.uRun;
-    } else {
-        if (o.uKey != Hash::NONE && m_oNames.IsLess(uKey, o.uKey)) {
-            records::RaiseOutOfOrder(NameOf(o), m_oNames(uKey).View());
+    void BeginHere(std::string_view sName) {
+        const u2_t uKey = m_oTrail.Intern(sName);
+        detail::Record_Trail::Level& o = m_oTrail.Last();
+        if (uKey == o.uKey) {
+            ++o.uRun;
+        } else {
+            if (o.uKey != Hash::NONE && m_oTrail.Names().IsLess(uKey, o.uKey)) {
+                records::RaiseOutOfOrder(Name().View(), m_oTrail.NameText(uKey).View());
+            }
+            m_oTrail.Note(uKey, 0);
         }
-        o.uKey = uKey;
-        o.uRun = 0;
-    }
-    ++o.uCount;
-    if (m_oAtt.Size() != 0) {
+        ++m_oOpen.Last().uCount;
+        if (m_oAtt.Size() == 0) return;
         m_oAtt.Truncate(0);
         m_oAttText.Truncate(0);
     }
+    void BeginSlow(std::string_view sName);
+    void Check(const Data_Value& oValue) const {
+        (void)Msg::ToInt32(oValue.Text().size() + 1);
+        if (oValue.GetType() == Data_Node::Link) [[unlikely]]
+            CheckLink(oValue.Text());
+    }
+    void WriteLeaf(const Data_Value& oValue) {
+        constexpr u2_t TEXTS = 1u << Data_Node::String | 1u << Data_Node::Link;
+        const std::string_view s = oValue.Text();
+        if ((TEXTS >> oValue.GetType() & 1u) == 0 || IsAsciiText(s.data(), s.size())) [[likely]]
+            return Leaf(oValue);
+        // The text as a tree would have it.
+        const Utf8_Text oText(s);
+        Leaf(oValue.GetType() == Data_Node::Link ? Data_Value::Link(oText.View())
+                                                 : Data_Value(oText.View()));
+    }
+    void AddAtt(std::string_view sName, std::string_view sValue);
+    void OpenTree();
+    // The name of the innermost open node.
+    [[nodiscard]] std::string_view OpenName() const noexcept {
+        return m_oTrail.NameAt(m_oTrail.Size() - 2);
+    }
+    [[noreturn]] void RaiseNotOpened(void (*pRaise)(std::string_view)) const;
+
+    File_Stream& m_oOut;
+    Arr<OpenNode> m_oOpen;  // parallel to the levels of the trail
+    State m_eState = State::Closed;
+    u2_t m_uTold = UNKNOWN;
+};
+
+void Data_Writer::Impl::BeginSlow(std::string_view sName) {
+    if (m_eState == State::HasValue) records::RaiseHasValue(Name().View());
+    if (m_eState == State::Opened) OpenTree();
+    if (IsRoot() && Key() != Hash::NONE) records::RaiseComplete();
+    BeginHere(IsRoot() && sName.empty() ? "Root" : sName);
     if (m_oTarget.Size() == 1 || IsRoot()) return;
-    m_oPath.Truncate(o.uPath);
-    if (o.uPath != 0) m_oPath.Add('/');
-    detail::AppendStep(m_oPath, NameOf(o), o.uRun);
+    const std::size_t uParent = m_oOpen.Last().uPath;
+    m_oPath.Truncate(uParent);
+    if (uParent != 0) m_oPath.Add('/');
+    detail::AppendStep(m_oPath, Name().View(), m_oTrail.Last().uRun - 1);
 }
 
 // The node that was opened has others in it.
 void Data_Writer::Impl::OpenTree() {
-    (void)Msg::ToInt32(m_oLevel.Size());
-    Level oLevel;
-    oLevel.uTold = m_uTold;
-    oLevel.uPath = m_oPath.Size();
-    m_oLevel.ReserveMore(1);
-    Tree(m_uTold, oLevel.uCountAt);
-    m_oLevel.Add(oLevel);
+    OpenNode oNode;
+    oNode.uTold = m_uTold;
+    oNode.uPath = m_oPath.Size();
+    m_oOpen.ReserveMore(1);
+    Tree(m_uTold, oNode.uCountAt);
+    m_oTrail.Open(0);
+    m_oOpen.Add(oNode);
     m_eState = State::Closed;
 }
 
-void Data_Writer::Impl::WriteLeaf(const Data_Value& oValue) {
-    if (oValue.GetType() != Data_Node::String && oValue.GetType() != Data_Node::Link) {
-        return Leaf(oValue);
-    }
-    // The text as a tree would have it.
-    const std::string_view s = oValue.Text();
-    if (IsAsciiText(s.data(), s.size())) [[likely]]
-        return Leaf(oValue);
-    const Utf8_Text oText(s);
-    if (oValue.GetType() == Data_Node::Link) return Leaf(Data_Value::Link(oText.View()));
-    Leaf(oText.View());
-}
-
 void Data_Writer::Impl::Close() {
-    switch (std::exchange(m_eState, State::Closed)) {
-        case State::HasValue: return;
-        case State::Opened:
-            if (m_uTold != UNKNOWN && m_uTold != 0) {
-                m_eState = State::Opened;
-                records::RaiseWrongCount(NameOf(Last()), 0, m_uTold);
-            }
-            return WriteLeaf({});
-        case State::Closed: break;
+    if (m_eState == State::HasValue) {
+        m_eState = State::Closed;
+        return;
+    }
+    if (m_eState == State::Opened) {
+        if (m_uTold != UNKNOWN && m_uTold != 0) {
+            records::RaiseWrongCount(Name().View(), 0, m_uTold);
+        }
+        m_eState = State::Closed;
+        return WriteLeaf({});
     }
     if (IsRoot()) records::RaiseNoNode();
-    const Level& o = Last();
+    const OpenNode o = m_oOpen.Last();
     if (o.uTold != UNKNOWN && o.uTold != o.uCount) {
-        records::RaiseWrongCount(NameOf(m_oLevel(m_oLevel.Size() - 2)), o.uCount, o.uTold);
+        records::RaiseWrongCount(OpenName(), o.uCount, o.uTold);
     }
-    const Level oClosed = o;
-    m_oLevel.Pop();
-    EndTree(oClosed);
+    m_oOpen.Pop();
+    m_oTrail.Close();
+    EndTree(o);
 }
 
 void Data_Writer::Impl::Finish() {
-    if (m_eState != State::Closed) records::RaiseStillOpen(NameOf(Last()));
-    if (!IsRoot()) records::RaiseStillOpen(NameOf(m_oLevel(m_oLevel.Size() - 2)));
-    if (Last().uKey == Hash::NONE) records::RaiseNoNode();
+    if (m_eState != State::Closed) records::RaiseStillOpen(Name().View());
+    if (!IsRoot()) records::RaiseStillOpen(OpenName());
+    if (Key() == Hash::NONE) records::RaiseNoNode();
     End();
     m_oOut.Flush();
 }
 
 // ---- attributes -----------------------------------------------------------------
-
-void Data_Writer::Impl::SetAttVal(std::string_view sName, std::string_view sValue) {
-    if (m_eState != State::Opened) RaiseNotOpened(records::RaiseLateAttribute);
-    AddAtt(sName, sValue);
-}
 
 void Data_Writer::Impl::AddAtt(std::string_view sName, std::string_view sValue) {
     const Utf8_Text oName(sName);
@@ -228,28 +229,15 @@ void Data_Writer::Impl::SortAttributes() {
     m_oAtt.Truncate(uKept);
 }
 
-// ---- names and links --------------------------------------------------------------
+// ---- links --------------------------------------------------------------
 
 void Data_Writer::Impl::RaiseNotOpened(void (*pRaise)(std::string_view)) const {
-    if (Last().uKey == Hash::NONE) records::RaiseNoNode();
-    pRaise(NameOf(Last()));
-    records::RaiseNoNode();  // not reached
-}
-
-// Only those of open nodes are kept.
-void Data_Writer::Impl::RestartNames() {
-    Hash oNew;
-    oNew.Start();
-    for (std::size_t u = 0; u < m_oLevel.Size(); ++u) {
-        Level& o = m_oLevel(u);
-        if (o.uKey != Hash::NONE) o.uKey = oNew.Insert(NameOf(o));
-    }
-    m_oNames.Renew(oNew);
-    ForgetNames();
+    if (Key() != Hash::NONE) pRaise(Name().View());
+    records::RaiseNoNode();
 }
 
 void Data_Writer::Impl::AnnounceTarget(std::string_view sPath) {
-    if (Last().uKey != Hash::NONE) records::RaiseComplete();
+    if (Key() != Hash::NONE) records::RaiseComplete();
     if (sPath.starts_with('/')) sPath.remove_prefix(1);
     // The root has no path, and the empty text is always there.
     m_oTarget.Insert(sPath.empty() ? "/" : sPath);
@@ -289,18 +277,17 @@ class Data_Writer::ToDGraph final : public Impl {
         uCountAt = m_oSink.Offset() - 4;
         if (uSuccs == UNKNOWN) m_oSink.Keep(uCountAt);
     }
-    void EndTree(const Level& oLevel) override {
-        if (oLevel.uTold == UNKNOWN) m_oSink.Patch(oLevel.uCountAt, oLevel.uCount);
+    void EndTree(const OpenNode& o) override {
+        if (o.uTold == UNKNOWN) m_oSink.Patch(o.uCountAt, o.uCount);
     }
     void End() override { m_oSink.Finish(); }
 
     void Step() {
-        const Level& o = Last();
-        const u2_t uIndex = IsRoot() ? 0 : o.uRun;
-        if (m_oAtt.Size() == 0 && m_oNames.IsVerbatim(o.uKey)) {
-            return m_oRecord.Step(m_oNames(o.uKey), uIndex);
+        const u2_t uIndex = m_oTrail.Last().uRun - 1;
+        if (m_oAtt.Size() == 0 && m_oTrail.Names().IsVerbatim(Key())) [[likely]] {
+            return m_oRecord.Step(Name(), uIndex);
         }
-        m_oRecord.BeginStep(NameOf(o), uIndex);
+        m_oRecord.BeginStep(Name().View(), uIndex);
         SortAttributes();
         for (const Att& a : m_oAtt) {
             if (a.uSize != 0) m_oRecord.AddAttribute(m_oAttNames(a.uKey).View(), ValueOf(a));
@@ -333,11 +320,6 @@ class Data_Writer::ToXml final : public Impl {
         m_oElement.Declaration();
     }
 
-    void Check(const Data_Value& oValue) const override {
-        Impl::Check(oValue);
-        if (oValue.GetType() == Data_Node::Link) (void)Target(oValue.Text());
-    }
-
   private:
     void Leaf(const Data_Value& oValue) override {
         u2_t uTarget = 0;
@@ -365,9 +347,9 @@ class Data_Writer::ToXml final : public Impl {
         StartTag();
         m_oElement.BeginTree();
     }
-    void EndTree(const Level&) override { m_oElement.EndTree(WrittenName()); }
+    void EndTree(const OpenNode&) override { m_oElement.EndTree(WrittenName()); }
+    void CheckLink(std::string_view sPath) const override { (void)Target(sPath); }
     void End() override { m_oSink.Finish(); }
-    void ForgetNames() override { m_oVerbatim.Truncate(0); }
 
     void StartTag() {
         m_oElement.BeginTag(WrittenName());
@@ -388,10 +370,13 @@ class Data_Writer::ToXml final : public Impl {
         }
     }
     [[nodiscard]] std::string_view WrittenName() {
-        const u2_t uKey = Last().uKey;
-        if (uKey >= m_oVerbatim.Size()) m_oVerbatim.Resize(m_oNames.Size());
+        if (std::exchange(m_uStarts, m_oTrail.Starts()) != m_oTrail.Starts()) {
+            m_oVerbatim.Truncate(0);
+        }
+        const u2_t uKey = Key();
+        if (uKey >= m_oVerbatim.Size()) m_oVerbatim.Resize(m_oTrail.Names().Size());
         u0_t& uVerbatim = m_oVerbatim(uKey);
-        const std::string_view sName = NameOf(Last());
+        const std::string_view sName = Name().View();
         if (uVerbatim == 0) uVerbatim = xml::IsVerbatimName(sName) ? YES : NO;
         if (uVerbatim == YES) return sName;
         m_oWritten.Truncate(0);
@@ -417,6 +402,7 @@ class Data_Writer::ToXml final : public Impl {
 
     PieceSink m_oSink;
     xml::ElementWriter<PieceSink> m_oElement;
+    u2_t m_uStarts = 0;     // of the table of names
     Arr<u0_t> m_oVerbatim;  // by key of the name; 0 for what was not looked at
     Arr<char> m_oWritten;
     Arr<u2_t> m_oNumber;  // by target; 0 for none yet
@@ -456,17 +442,7 @@ void Data_Writer::Add(std::string_view sName, const Data_Value& oValue) {
 }
 
 void Data_Writer::Add(const Data_Record& oRecord) {
-    return Where("vok::Data_Writer::Add", [&] {
-        if (oRecord.GetType() == Data_Node::Tree) {
-            m_pImpl->Open(oRecord.GetName(), oRecord.GetSuccs());
-            m_pImpl->AddAttributes(oRecord);
-        } else {
-            m_pImpl->Check(oRecord);
-            m_pImpl->Begin(oRecord.GetName());
-            m_pImpl->AddAttributes(oRecord);
-            m_pImpl->WriteLeaf(oRecord);
-        }
-    });
+    return Where("vok::Data_Writer::Add", [&] { m_pImpl->Add(oRecord); });
 }
 
 void Data_Writer::Add(const Data& oNode) {
