@@ -58,7 +58,8 @@ TEST(Reader, DamageIsToldAsByLoading) {
     }
     // What is in front of an element is a value or nothing; what links is no tree.
     for (const char* s : {"<a>x<b/></a>", "<a>\f<b/></a>", "<a dt:dt='i4'><b/></a>", "<a><b></a>",
-                          "<a CDNodeID='ID1' CDNodeIDREF='ID1'><b/></a>", "<a></b>", "<a =''/>"}) {
+                          "<a CDNodeID='ID1' CDNodeIDREF='ID1'><b/></a>", "<a></b>",
+                          "<r><c/><a/><b/><c/><d/><a/></r>", "<a =''/>"}) {
         ExpectSame(s);
     }
 }

@@ -26,8 +26,8 @@ class Record_Source : public Data_Record {
     // Whether Next would come to a record below the last node of level uLevel. What the record says
     // is no longer valid.
     virtual bool HasBelow(std::size_t uLevel) = 0;
-    // Gives an empty tree what the document says of itself.
-    virtual void Begin(Data&) {}
+    // The user tag of trees of such a document.
+    [[nodiscard]] virtual Str Version() const { return {}; }
     // Where reading has got to, or has failed, and what was met on the way.
     virtual void AddTo(Load_Report& oReport) const = 0;
     // Bytes read so far.
@@ -36,6 +36,13 @@ class Record_Source : public Data_Record {
     // Leaves out what is below the last node of a level.
     void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
     [[nodiscard]] const Record_Trail& Trail() const noexcept { return m_oTrail; }
+    // Looks at the order of a name behind the last one of the last level.
+    void NoteOrder(u2_t uKey) noexcept {
+        const u2_t uLast = m_oTrail.Last().uKey;
+        if (uKey == uLast || uLast == Hash::NONE) return;
+        if (m_oTrail.Names().IsLess(uKey, uLast)) [[unlikely]]
+            m_bInOrder = false;
+    }
     // Makes the record the last node of an open level again, without a value.
     void StandAt(std::size_t uLevel) noexcept {
         m_uDepth = static_cast<u2_t>(uLevel);
@@ -53,6 +60,8 @@ class Record_Source : public Data_Record {
     static constexpr u3_t NO_NUMBER = ~u3_t{0};
     [[nodiscard]] const Arr<u3_t>& Numbers() const noexcept { return m_oNumber; }
     [[nodiscard]] u3_t LinkedNumber() const noexcept { return m_uLinked; }
+    // Whether successors came in the order of their names so far.
+    [[nodiscard]] bool IsInOrder() const noexcept { return m_bInOrder; }
 
   protected:
     Record_Source() = default;
@@ -85,6 +94,7 @@ class Record_Source : public Data_Record {
     u2_t m_uFree = 0;
     Arr<u3_t> m_oNumber;
     u3_t m_uLinked = NO_NUMBER;
+    bool m_bInOrder = true;
 
   private:
     static constexpr std::size_t ALL = ~std::size_t{0};

@@ -13,14 +13,15 @@
 namespace vok::detail {
 
 // The levels that are open, from that of the root down, and of each the last node that came: its
-// name and its position in its run of equal names. Takes 12 bytes for each level, and the names
+// name and its position in its run of equal names. Takes 16 bytes for each level, and the names
 // that came last: at most MOST_NAMES of them, or as many as levels are open.
 class Record_Trail {
   public:
     struct Level {
-        u2_t uKey = Hash::NONE;  // of the name of the last node
-        u2_t uRun = 0;           // nodes so far in the run of its name
-        u2_t uPending = 0;       // records to come, as far as the document tells
+        u2_t uKey = Hash::NONE;   // of the name of the last node
+        u2_t uRun = 0;            // nodes so far in the run of its name
+        u2_t uMost = Hash::NONE;  // of the highest name so far
+        u2_t uPending = 0;        // records to come, as far as the document tells
     };
 
     Record_Trail() { m_oLevel.Add(Level{}); }
@@ -28,14 +29,14 @@ class Record_Trail {
     // A level below the last node of the last one, and the end of the last one.
     void Open(u2_t uPending) {
         (void)Msg::ToInt32(m_oLevel.Size());
-        m_oLevel.Add(Level{Hash::NONE, 0, uPending});
+        m_oLevel.Add(Level{Hash::NONE, 0, Hash::NONE, uPending});
     }
     void Close() noexcept { m_oLevel.Pop(); }
 
     // The key of a name, good until the next call with another one: the table may start again then,
     // and the keys of the levels are others.
     u2_t Intern(std::string_view sName) {
-        if (m_oNames.Size() > std::max(MOST_NAMES, 2 * m_oLevel.Size())) [[unlikely]]
+        if (m_oNames.Size() > std::max(MOST_NAMES, 4 * m_oLevel.Size())) [[unlikely]]
             StartAgain();
         return m_oNames.Intern(sName);
     }
@@ -43,6 +44,15 @@ class Record_Trail {
     // How often the table has started again.
     [[nodiscard]] u2_t Starts() const noexcept { return m_uStarts; }
     [[nodiscard]] const Hash_Text& NameText(u2_t uKey) const noexcept { return m_oNames(uKey); }
+    // Whether a node of that name behind the others of the last level would stand in front of one
+    // of them in a tree. To be asked of each once.
+    [[nodiscard]] bool IsBehindHigher(u2_t uKey) noexcept {
+        u2_t& uMost = m_oLevel.Last().uMost;
+        if (uKey == uMost) return false;
+        if (uMost != Hash::NONE && m_oNames.IsLess(uKey, uMost)) return true;
+        uMost = uKey;
+        return false;
+    }
     // A node behind the others of the last level, as the one at uIndex of its run.
     void Note(u2_t uKey, u2_t uIndex) noexcept { NoteAt(m_oLevel.Size() - 1, uKey, uIndex); }
     void NoteAt(std::size_t uLevel, u2_t uKey, u2_t uIndex) noexcept {
@@ -79,7 +89,9 @@ class Record_Trail {
         oNew.Start();
         for (std::size_t u = 0; u < m_oLevel.Size(); ++u) {
             Level& o = m_oLevel(u);
-            if (o.uKey != Hash::NONE) o.uKey = oNew.Insert(m_oNames(o.uKey).View());
+            for (u2_t* p : {&o.uKey, &o.uMost}) {
+                if (*p != Hash::NONE) *p = oNew.Insert(m_oNames(*p).View());
+            }
         }
         m_oNames.Renew(oNew);
         ++m_uStarts;

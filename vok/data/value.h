@@ -20,9 +20,9 @@ class Data_Value {
     // Boolean; Integer for signed numbers of up to 32 bits and unsigned ones of up to 16; Long for
     // others.
     template <class T>
-        requires std::same_as<T, bool> || std::same_as<T, signed char> ||
-                 std::same_as<T, unsigned char> || (std::integral<T> && sizeof(T) >= 2)
-    Data_Value(T tValue) noexcept {  // NOLINT(google-explicit-constructor): numbers are values
+    requires std::same_as<T, bool> || std::same_as<T, signed char> ||
+        std::same_as<T, unsigned char> ||(std::integral<T> && sizeof(T) >= 2) Data_Value(
+            T tValue) noexcept {  // NOLINT(google-explicit-constructor): numbers are values
         if constexpr (std::same_as<T, bool>) {
             SetValue(Data_Node::Boolean, tValue);
         } else if constexpr (sizeof(T) < 4 || (sizeof(T) == 4 && std::signed_integral<T>)) {
@@ -40,8 +40,8 @@ class Data_Value {
     }
     // String, which ends at its first NUL.
     template <class T>
-        requires std::convertible_to<const T&, std::string_view>
-    Data_Value(const T& oText) noexcept  // NOLINT(google-explicit-constructor)
+    requires std::convertible_to<const T&, std::string_view> Data_Value(const T& oText)
+    noexcept  // NOLINT(google-explicit-constructor)
         : m_eType(Data_Node::String), m_sText(oText) {}
 
     // With what a tree may hold beyond 32 bits; documents but XML do not.
@@ -70,6 +70,17 @@ class Data_Value {
         Data_Value o(Data_Node::Link, 0);
         o.m_sText = sPath;
         return o;
+    }
+
+    // Of a type whose value is the 64 bits that a tree has; others are Empty.
+    [[nodiscard]] static Data_Value OfType(Data_Node::Type eType, u3_t uBits) noexcept {
+        constexpr u2_t BITS = 1u << Data_Node::Boolean | 1u << Data_Node::Integer |
+                              1u << Data_Node::Char | 1u << Data_Node::Float |
+                              1u << Data_Node::Double | 1u << Data_Node::Date |
+                              1u << Data_Node::Long;
+        if ((BITS >> eType & 1u) != 0) return {eType, uBits};
+        const bool bKept = eType == Data_Node::Tree || eType == Data_Node::Zombi;
+        return {bKept ? eType : Data_Node::Empty, 0};
     }
 
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_eType; }

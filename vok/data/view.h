@@ -8,6 +8,7 @@
 
 #include "vok/base/hash_text.h"
 #include "vok/data/data.h"
+#include "vok/data/value.h"
 
 namespace vok {
 
@@ -72,6 +73,19 @@ class Data_View {
     }
     // Link: id of the target or Data_Node::NONE.
     [[nodiscard]] u2_t LinkId() const noexcept { return m_pNode->uWord2; }
+
+    // All of it, apart from the tree; texts and bytes stay where they are. A Link has no text, and
+    // a type without a value is Empty, but for Tree and Zombi.
+    [[nodiscard]] Data_Value GetValue() const noexcept {
+        switch (const Data_Node::Type eType = GetType()) {
+            case Data_Node::String: return Data_Value(Text());
+            case Data_Node::Binary: return Data_Value::Binary(Block().data(), Block().size());
+            case Data_Node::Quad:
+                return Data_Value::Quad(QuadWord(0), QuadWord(1), QuadWord(2), QuadWord(3));
+            case Data_Node::Link: return Data_Value::Link({});
+            default: return Data_Value::OfType(eType, m_pNode->Value64());
+        }
+    }
 
     // ---- successors -------------------------------------------------------
 

@@ -24,10 +24,6 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     m_oTag = oTree.GetUserTag();
 }
 
-void RecordReader::Begin(Data& oTree) {
-    oTree.SetUserTag(m_oTag.CStr());
-}
-
 // ---- the fast way -------------------------------------------------------------------
 
 [[gnu::always_inline]] inline u2_t RecordReader::FindName(const char* p, std::size_t uSeen,
@@ -105,6 +101,7 @@ void RecordReader::Begin(Data& oTree) {
     const u2_t uIndex = uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0;
     if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
     const char* const pValue = pStep + uStep + 1;
+    NoteOrder(uKey);
     // The record stands on its level, which may not be the last one any more behind its value.
     const std::size_t uLevel = m_oTrail.Size() - 1;
     if (!ReadFastValue(static_cast<u0_t>(pStep[uStep]), pValue, pStep + uSeen)) return false;
@@ -174,6 +171,7 @@ void RecordReader::NoteName(u2_t uKey, i2_t iIndex) {
     const auto iRun = static_cast<i2_t>(bSameRun ? m_oTrail.Last().uRun : 0);
     m_uFree = 0;
     const bool bRoot = m_oTrail.Size() == 1;
+    NoteOrder(uKey);
     if (!bRoot) Count(1);
     m_bNamed = true;
     m_oTrail.Note(uKey, static_cast<u2_t>(bRoot ? iIndex : iRun));

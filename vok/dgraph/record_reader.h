@@ -22,7 +22,7 @@ class RecordReader final : public detail::Record_Source {
 
     bool Next() override;
     bool HasBelow(std::size_t uLevel) override;
-    void Begin(Data& oTree) override;
+    [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
 

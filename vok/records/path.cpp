@@ -5,19 +5,40 @@
 
 namespace vok::records {
 
+namespace {
+
+// Whether a step, which bDescend says may be taken at any depth, can be told as nodes go by. "//."
+// is every node below, the one above included: no step downward tells that.
+[[nodiscard]] bool LooksDown(const Data_XpathStep& o, bool bDescend) noexcept {
+    if (o.m_eKind == Data_XpathStep::Self) return !bDescend && !o.m_bDescendant;
+    return o.m_eKind == Data_XpathStep::Named && !(o.m_bAnyName && o.m_iIndex >= 0);
+}
+
+[[nodiscard]] bool LooksDown(const Data_Xpath& oPath) noexcept {
+    bool bDescend = oPath.IsDescendantFromRoot();
+    for (std::size_t u = 0; u < oPath.Size(); ++u) {
+        if (!LooksDown(oPath(u), bDescend)) return false;
+        bDescend = oPath(u).m_bDescendant;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool Path::NeedsTree(std::string_view sPath) {
+    Data_Xpath oParsed;
+    oParsed.Parse(Str(sPath).CStr());
+    return !LooksDown(oParsed);
+}
+
 Path::Path(std::string_view sPath) {
     const Str oPath(sPath);
     Data_Xpath oParsed;
     oParsed.Parse(oPath.CStr());
+    if (!LooksDown(oParsed)) RaisePathNeedsTree(oPath.CStr());
     bool bDescend = oParsed.IsDescendantFromRoot();
     for (std::size_t u = 0; u < oParsed.Size(); ++u) {
         const Data_XpathStep& o = oParsed(u);
-        const bool bDown =
-            o.m_eKind != Data_XpathStep::Parent && !(o.m_bAnyName && o.m_iIndex >= 0);
-        // "//." is every node below, the one above included: told by no step downward.
-        if (!bDown || (o.m_eKind == Data_XpathStep::Self && (bDescend || o.m_bDescendant))) {
-            RaisePathNeedsTree(oPath.CStr());
-        }
         if (o.m_eKind == Data_XpathStep::Self) continue;
         Step& oStep = m_aoStep.emplace_back();
         oStep.bAnyName = o.m_bAnyName;
@@ -29,6 +50,13 @@ Path::Path(std::string_view sPath) {
             oStep.aoAttribute.emplace_back(Str(o.m_oAttName(v)), Str(o.AttVal(v)));
         }
     }
+}
+
+bool Path::MayNest() const noexcept {
+    for (const Step& o : m_aoStep) {
+        if (o.bDescend) return true;
+    }
+    return false;
 }
 
 Path::Verdict Path::Look(const Data_Record& r) {

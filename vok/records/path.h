@@ -19,6 +19,10 @@ class Path {
     // Raises "path "%0" needs the whole tree" for one that goes up, or asks for a position among
     // all successors; other errors are those of Data_Xpath::Parse.
     explicit Path(std::string_view sPath);
+    // Whether that would be raised; raises the other errors.
+    [[nodiscard]] static bool NeedsTree(std::string_view sPath);
+    // Whether it may select nodes within others that it selects.
+    [[nodiscard]] bool MayNest() const noexcept;
 
     struct Verdict {
         bool bSelected = false;  // the path leads to the node

@@ -64,6 +64,10 @@ Data_Reader::Form Data_Reader::GetForm() const noexcept {
     return m_pImpl->m_eForm;
 }
 
+Str Data_Reader::GetVersion() const {
+    return m_pImpl->m_pSource->Version();
+}
+
 bool Data_Reader::Next() {
     return Where("vok::Data_Reader::Next", [&] {
         Impl& o = *m_pImpl;
@@ -84,6 +88,10 @@ void Data_Reader::SkipSuccessors() noexcept {
 Str Data_Reader::GetPath() const {
     return Where("vok::Data_Reader::GetPath",
                  [&] { return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth()); });
+}
+
+bool Data_Reader::IsInOrder() const noexcept {
+    return m_pImpl->m_pSource->IsInOrder();
 }
 
 Load_Report Data_Reader::GetReport() const {

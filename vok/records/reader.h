@@ -51,6 +51,8 @@ class Data_Reader {
     ~Data_Reader();
 
     [[nodiscard]] Form GetForm() const noexcept;
+    // The version of a DGraph document as a tree has it, "DGraphBin 1.2.0"; else empty.
+    [[nodiscard]] Str GetVersion() const;
 
     // Moves to the next record, the first of which is the root; false behind the last one. Linear
     // in the bytes gone over. Raises the errors of Dgraph_LoadDGraph or LoadFromXML, of Zip_Stream
@@ -65,8 +67,12 @@ class Data_Reader {
     // Its path, "/a[0]/b[2]". Linear in the depth.
     [[nodiscard]] Str GetPath() const;
 
+    // Whether the successors of every node came in the order of their names so far, as those of a
+    // tree stand: then positions are those in a tree.
+    [[nodiscard]] bool IsInOrder() const noexcept;
+
     // Where reading has got to or has failed, and what was met on the way; complete once Next has
-    // returned false. In XML the number of elements that a tree has elsewhere is not known.
+    // returned false.
     [[nodiscard]] Load_Report GetReport() const;
 
     // Makes oTree, whose nodes are lost and whose memory is used again, a tree of the record and of

@@ -15,7 +15,8 @@ namespace vok::records {
 // Trees of records, one after the other.
 class Taker {
   public:
-    explicit Taker(detail::Record_Source& oSource) : m_oSource(oSource) {}
+    explicit Taker(detail::Record_Source& oSource)
+        : m_oSource(oSource), m_oTag(oSource.Version()) {}
 
     // Makes an empty tree one of the record that the source has come to and of all below it. Links
     // are charged to oWork.
@@ -54,6 +55,7 @@ class Taker {
                                 u2_t& uTarget) const;
 
     detail::Record_Source& m_oSource;
+    const Str m_oTag;
     std::size_t m_uTop = 0;  // level of the root
     Arr<u2_t> m_oFree;       // ids of what stands for free places, ascending
     Arr<Numbered> m_oNumber;

@@ -247,9 +247,9 @@ void Data_Writer::Impl::AnnounceTarget(std::string_view sPath) {
 
 class Data_Writer::ToDGraph final : public Impl {
   public:
-    ToDGraph(File_Stream& oOut, int iMinor)
+    ToDGraph(File_Stream& oOut, int iMinor, int iPatch)
         : Impl(oOut), m_oSink(oOut), m_oRecord(m_oSink, iMinor) {
-        m_oRecord.Header({1, iMinor, 0});
+        m_oRecord.Header({1, iMinor, iPatch});
     }
 
   private:
@@ -411,10 +411,10 @@ class Data_Writer::ToXml final : public Impl {
 
 // ---- the public operations ----------------------------------------------------------
 
-Data_Writer::Data_Writer(File_Stream& oOut, Form eForm, int iMinor)
+Data_Writer::Data_Writer(File_Stream& oOut, Form eForm, int iMinor, int iPatch)
     : m_pImpl(Where("vok::Data_Writer::Data_Writer", [&]() -> std::unique_ptr<Impl> {
           if (eForm == Form::Xml) return std::make_unique<ToXml>(oOut);
-          return std::make_unique<ToDGraph>(oOut, iMinor);
+          return std::make_unique<ToDGraph>(oOut, iMinor, iPatch);
       })) {}
 
 Data_Writer::Data_Writer(Data_Writer&&) noexcept = default;
@@ -460,33 +460,13 @@ void Data_Writer::Add(const Data& oNode) {
                 m_pImpl->SetAttVal(oNames(u), oValues(u));
             }
             ++uOpen;
-            switch (o.GetType()) {
-                case Data_Node::Tree:
-                case Data_Node::Empty: break;
-                case Data_Node::Boolean: m_pImpl->SetValue(o.Int() != 0); break;
-                case Data_Node::Integer: m_pImpl->SetValue(o.Int()); break;
-                case Data_Node::Char:
-                    m_pImpl->SetValue(Data_Value::Char(static_cast<u2_t>(o.Int())));
-                    break;
-                case Data_Node::Float: m_pImpl->SetValue(Data_Value::Float(o.Dbl())); break;
-                case Data_Node::Double: m_pImpl->SetValue(o.Dbl()); break;
-                case Data_Node::Date: m_pImpl->SetValue(Data_Value::Date(o.Dbl())); break;
-                case Data_Node::String: m_pImpl->SetValue(o.Text()); break;
-                case Data_Node::Binary:
-                    m_pImpl->SetValue(Data_Value::Binary(o.Block().data(), o.Block().size()));
-                    break;
-                case Data_Node::Long: m_pImpl->SetValue(o.Lng()); break;
-                case Data_Node::Quad:
-                    m_pImpl->SetValue(Data_Value::Quad(o.QuadWord(0), o.QuadWord(1), o.QuadWord(2),
-                                                       o.QuadWord(3)));
-                    break;
-                case Data_Node::Link: {
-                    const Data oTarget = oHere.GetValLink();
-                    const bool bLive = oTarget.IsNode() && oTarget.GetType() != Data_Node::Zombi;
-                    if (bLive) m_pImpl->SetValue(Data_Value::Link(oTarget.GetPath().View()));
-                    break;
-                }
-                default: break;
+            const Data_Node::Type eType = o.GetType();
+            if (eType == Data_Node::Link) {
+                const Data oTarget = oHere.GetValLink();
+                const bool bLive = oTarget.IsNode() && oTarget.GetType() != Data_Node::Zombi;
+                if (bLive) m_pImpl->SetValue(Data_Value::Link(oTarget.GetPath().View()));
+            } else if (eType != Data_Node::Tree && eType != Data_Node::Empty) {
+                m_pImpl->SetValue(o.GetValue());
             }
         }
         for (; uOpen != 0; --uOpen) m_pImpl->Close();

@@ -41,9 +41,10 @@ class Data_Writer {
     enum class Form { DGraph, Xml };
     static constexpr u2_t UNKNOWN = Data_Record::UNKNOWN;
 
-    // Writes from the position of a stream on, which must outlive the writer. iMinor is the minor
-    // version of DGraph documents, from which the forms of dates, Longs and Quads follow.
-    explicit Data_Writer(File_Stream& oOut, Form eForm = Form::DGraph, int iMinor = 3);
+    // Writes from the position of a stream on, which must outlive the writer. DGraph documents are
+    // of version 1, with a minor version from which the forms of dates, Longs and Quads follow.
+    explicit Data_Writer(File_Stream& oOut, Form eForm = Form::DGraph, int iMinor = 3,
+                         int iPatch = 0);
     Data_Writer(Data_Writer&&) noexcept;
     Data_Writer& operator=(Data_Writer&&) noexcept;
     // What is not finished is not complete.

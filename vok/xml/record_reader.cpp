@@ -93,6 +93,8 @@ void RecordReader::Hold() {
     m_uOffset = m_oSource.OffsetOf(m_p);
     const std::string_view sName = Decoded(m_oTag.Name(), m_oNameRoom);
     const u2_t uKey = m_oTrail.Intern(sName);
+    NoteOrder(uKey);
+    m_oFound.m_uReordered += m_oTrail.IsBehindHigher(uKey);
     m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
     StandAtLast();
     SetValue(Data_Node::Empty, 0);
