@@ -24,6 +24,7 @@ struct ConvertOptions {
     bool bCompress = false;
     bool bZip = false;
     bool bLossless = false;
+    std::string sRecords;  // each node at this path by itself; empty: the document as a whole
 };
 int Convert(const ConvertOptions& o);
 
@@ -45,7 +46,8 @@ struct GetOptions {
 int Get(const GetOptions& o);
 
 int Info(const std::string& sFile);
-int Check(const std::vector<std::string>& asFile);
+// uAtOnce: how many at a time.
+int Check(const std::vector<std::string>& asFile, unsigned uAtOnce);
 
 struct DiffOptions {
     std::string sA;

@@ -2,20 +2,28 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/document.h"
 #include "tools/input.h"
+#include "tools/json_lines.h"
 #include "tools/loss.h"
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/standard_input.h"
+#include "tools/survey.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
+#include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/records/path.h"
+#include "vok/records/writer.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/stream.h"
 
@@ -37,6 +45,7 @@ Endings EndingsOf(const std::string& sName) {
     if (sLower.ends_with(".xml")) o.sFormat = "xml";
     if (sLower.ends_with(".dgraph") || sLower.ends_with(".dg")) o.sFormat = "dgraph";
     if (sLower.ends_with(".dump")) o.sFormat = "dump";
+    if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
     return o;
 }
 
@@ -63,78 +72,222 @@ std::array<int, 3> ParseVersion(const std::string& sVersion) {
 
 using Version = std::array<int, 3>;
 
-void Save(vok::Data& oTree, const std::string& sFormat, const Version& oVersion,
-          vok::File_Stream& oOut) {
-    if (sFormat == "xml") return oTree.SaveToXML(oOut);
-    if (sFormat == "dump") return oTree.Dump(oOut);
-    vok::Dgraph_SetVersion(oTree, oVersion[0], oVersion[1], oVersion[2]);
+// What is to be made of a document.
+struct Task {
+    const ConvertOptions& oOptions;
+    std::string sFormat;
+    Version oVersion;
+    bool bGzip = false;
+
+    // A document that holds a dump keeps all that a dump does.
+    [[nodiscard]] std::string Keeps() const {
+        return sFormat == "dgraph" && oVersion[0] == 2 ? "dump" : sFormat;
+    }
+    [[nodiscard]] bool IsByRecords() const { return !oOptions.sRecords.empty(); }
+    // Of JSON Lines every successor of the top is a record.
+    [[nodiscard]] std::string Records() const { return IsByRecords() ? oOptions.sRecords : "/*"; }
+};
+
+void Save(vok::Data& oTree, const Task& o, vok::File_Stream& oOut) {
+    if (o.sFormat == "xml") return oTree.SaveToXML(oOut);
+    if (o.sFormat == "dump") return oTree.Dump(oOut);
+    vok::Dgraph_SetVersion(oTree, o.oVersion[0], o.oVersion[1], o.oVersion[2]);
     vok::Dgraph_SaveDGraph(oTree, oOut);
 }
 
 // Says what is lost; with --lossless nothing may be.
-void TellLosses(const Input& oIn, const ConvertOptions& o, const std::string& sFormat,
-                const Version& oVersion) {
-    // A document that holds a dump keeps all that a dump does.
-    const bool bDump = sFormat == "dgraph" && oVersion[0] == 2;
-    const std::string sForm = bDump ? "dump" : sFormat;
-    const std::string sWhyNot = WhyNot(oIn.oTree, sForm, oVersion[1]);
+void TellLosses(const ConvertOptions& o, const vok::Load_Report& r, const std::string& sBehind,
+                const LossCount& oLosses) {
+    const std::string sWhyNot = oLosses.WhyNot();
     if (!sWhyNot.empty()) throw std::invalid_argument(sWhyNot);
-    std::vector<std::string> asLost = LostByReading(oIn);
-    for (std::string& s : LostByWriting(oIn.oTree, sForm, oVersion[1])) {
-        asLost.push_back(std::move(s));
-    }
-    const vok::Load_Report& r = oIn.oReport;
+    std::vector<std::string> asLost = LostByReading(r);
+    for (std::string& s : oLosses.Lines()) asLost.push_back(std::move(s));
     if (r.m_uMissingBytes + r.m_uMissingNodes != 0) asLost.push_back("the end: it was cut short");
-    if (!oIn.sBehind.empty()) asLost.push_back(oIn.sBehind);
+    if (!sBehind.empty()) asLost.push_back(sBehind);
     for (const std::string& s : asLost) {
         std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(o.sIn).c_str(), s.c_str());
     }
     if (o.bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
 }
 
-// Writes an archive of one member, named like the archive but for its ending.
-void SaveZipped(vok::Data& oTree, const std::string& sFormat, const Version& oVersion,
-                const ConvertOptions& o) {
-    if (o.sOut == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
-    const std::string sStem = ToText(ToPath(o.sOut).stem());
-    const std::string sMember = EndingsOf(sStem).sFormat.empty() ? sStem + '.' + sFormat : sStem;
-    Output oFile(o.sOut, false);
-    vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");
-    oArchive.OpenNewFile(vok::Str(sMember));
-    Save(oTree, sFormat, oVersion, oArchive);
-    oArchive.Close();
+// ---- where it goes --------------------------------------------------------------
+
+// Calls oWrite with the stream that becomes the file: plain, compressed, or the one member of an
+// archive, which is named like it but for its ending.
+template <class Write>
+void WriteFile(const Task& o, bool bWhole, const Write& oWrite) {
+    const ConvertOptions& r = o.oOptions;
+    if (r.bZip) {
+        if (r.sOut == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
+        const std::string sStem = ToText(ToPath(r.sOut).stem());
+        const bool bEnding = !EndingsOf(sStem).sFormat.empty();
+        Output oFile(r.sOut, false);
+        vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");
+        oArchive.OpenNewFile(vok::Str(bEnding ? sStem : sStem + '.' + o.sFormat));
+        oWrite(oArchive);
+        oArchive.Close();
+        return oFile.Commit();
+    }
+    const auto oPack = [&](vok::File_Stream& oOut) {
+        if (!r.bCompress && !o.bGzip) return oWrite(oOut);
+        vok::Zip_Stream oPacked(oOut, o.bGzip ? "wz" : "w");
+        oWrite(oPacked);
+        oPacked.Close();
+    };
+    if (r.sOut == "-" && !bWhole) {
+        oPack(StandardOutput());
+        return FinishPrinting();
+    }
+    Output oFile(r.sOut);
+    oPack(oFile.Stream());
     oFile.Commit();
+}
+
+// Trees that become a file each, in a folder that is made where it is missing.
+class Files {
+  public:
+    explicit Files(const Task& o) : m_oTask(o) {
+        if (o.oOptions.sOut == "-") throw std::invalid_argument("records need a folder, not \"-\"");
+        std::filesystem::create_directories(ToPath(o.oOptions.sOut));
+    }
+    void Add(vok::Data oTree) {
+        char sName[32];
+        std::snprintf(sName, sizeof(sName), "%08llu.", static_cast<unsigned long long>(++m_uFiles));
+        Output oFile(ToText(ToPath(m_oTask.oOptions.sOut) / (sName + m_oTask.sFormat)));
+        Save(oTree, m_oTask, oFile.Stream());
+        oFile.Commit(false);
+    }
+
+  private:
+    const Task& m_oTask;
+    std::uint64_t m_uFiles = 0;
+};
+
+// ---- record by record -------------------------------------------------------------
+
+// Calls oUse with the tree of every record.
+template <class Use>
+void ForEachRecord(const Task& o, const Use& oUse) {
+    Document oDocument(o.oOptions.sIn, o.oOptions.sFrom);
+    vok::records::Path oPath(o.Records());
+    vok::Data oTree;
+    while (oDocument.Next()) {
+        const auto oVerdict = oPath.Look(*oDocument);
+        if (oVerdict.bSelected) {
+            oDocument.Guard([&] { oDocument.Reader().Take(oTree); });
+            oUse(oTree);
+        } else if (!oVerdict.bBelow) {
+            oDocument.Reader().SkipSuccessors();
+        }
+    }
+}
+
+void WriteJsonLines(const Task& o, vok::File_Stream& oOut) {
+    Shape oTop;
+    ForEachRecord(o, [&](const vok::Data& oTree) { NoteShape(oTop, oTree); });
+    JsonLines oLines(oOut, oTop);
+    ForEachRecord(o, [&](const vok::Data& oTree) { oLines.Add(oTree); });
+    oLines.Finish();
+}
+
+void WriteDocument(const Task& o, bool bCounted, vok::File_Stream& oOut) {
+    using Writer = vok::Data_Writer;
+    Document oDocument(o.oOptions.sIn, o.oOptions.sFrom);
+    Writer oWriter(oOut, o.sFormat == "xml" ? Writer::Form::Xml : Writer::Form::DGraph,
+                   o.oVersion[1], o.oVersion[2]);
+    std::size_t uOpen = 0;
+    while (oDocument.Next()) {
+        const vok::Data_Record& r = *oDocument;
+        for (; uOpen > r.GetDepth(); --uOpen) oWriter.Close();
+        if (r.GetType() != vok::Data_Node::Tree || bCounted) {
+            oWriter.Add(r);
+        } else {
+            oWriter.Open(r.GetName());
+            for (const auto& a : r.GetAttributes()) oWriter.SetAttVal(a.sName, a.sValue);
+        }
+        uOpen += r.GetType() == vok::Data_Node::Tree;
+    }
+    for (; uOpen != 0; --uOpen) oWriter.Close();
+    oWriter.Finish();
+}
+
+int ByRecords(const Task& o) {
+    const ConvertOptions& r = o.oOptions;
+    const bool bJson = o.sFormat == "jsonl";
+    if (o.Keeps() == "dump" && !o.IsByRecords()) throw NeedsTree();
+    if (bJson || o.IsByRecords()) {
+        if (vok::records::Path::NeedsTree(o.Records())) throw NeedsTree();
+        if (vok::records::Path(o.Records()).MayNest()) throw NeedsTree();
+    }
+    // It is gone through more than once.
+    if (r.sIn == "-" && !StandardInput::The().IsWhole()) throw NeedsTree();
+    LossCount oLosses(o.Keeps(), o.oVersion[1]);
+    const Survey oSurvey = LookThrough(r.sIn, r.sFrom, nullptr, &oLosses);
+    const vok::Load_Report& oReport = oSurvey.oReport;
+    const bool bCounted = !oSurvey.bXml && oReport.m_uMissingBytes + oReport.m_uMissingNodes == 0;
+    // Only a tree knows where links lead to, and puts names in order.
+    if (oSurvey.bLinks) throw NeedsTree();
+    if (!oSurvey.bInOrder && !bJson && !o.IsByRecords()) throw NeedsTree();
+    // A stream that compresses cannot go back to a count.
+    const bool bPacks = r.bZip || r.bCompress || o.bGzip;
+    if (o.sFormat == "dgraph" && !o.IsByRecords() && !bCounted && bPacks) throw NeedsTree();
+    TellLosses(r, oReport, oSurvey.sBehind, oLosses);
+    if (bJson) {
+        WriteFile(o, false, [&](vok::File_Stream& oOut) { WriteJsonLines(o, oOut); });
+    } else if (o.IsByRecords()) {
+        Files oFiles(o);
+        ForEachRecord(o, [&](const vok::Data& oTree) { oFiles.Add(oTree); });
+    } else {
+        const bool bWhole = o.sFormat == "dgraph" && !bCounted;
+        WriteFile(o, bWhole, [&](vok::File_Stream& oOut) { WriteDocument(o, bCounted, oOut); });
+    }
+    return EXIT_GOOD;
+}
+
+// ---- with the whole tree ------------------------------------------------------------
+
+int ByTree(const Task& o) {
+    Input oIn = Load(o.oOptions.sIn, o.oOptions.sFrom);
+    oIn.oTree.SetToRoot();
+    LossCount oLosses(o.Keeps(), o.oVersion[1]);
+    if (o.Keeps() != "dump") CountTree(oIn.oTree, oLosses);
+    TellLosses(o.oOptions, oIn.oReport, oIn.sBehind, oLosses);
+    Progress oProgress("writing");
+    if (o.sFormat == "jsonl") {
+        const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.Records().c_str());
+        Shape oTop;
+        for (std::size_t u = 0; u < oFound.Size(); ++u) NoteShape(oTop, oFound.GetNth(u));
+        WriteFile(o, false, [&](vok::File_Stream& oOut) {
+            JsonLines oLines(oOut, oTop);
+            for (std::size_t u = 0; u < oFound.Size(); ++u) oLines.Add(oFound.GetNth(u));
+            oLines.Finish();
+        });
+    } else if (o.IsByRecords()) {
+        const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.Records().c_str());
+        Files oFiles(o);
+        for (std::size_t u = 0; u < oFound.Size(); ++u) oFiles.Add(oFound.GetNth(u).MkClone());
+    } else {
+        WriteFile(o, true, [&](vok::File_Stream& oOut) { Save(oIn.oTree, o, oOut); });
+    }
+    return EXIT_GOOD;
 }
 
 }  // namespace
 
 int Convert(const ConvertOptions& o) {
     const Endings oEndings = EndingsOf(o.sOut);
-    const std::string sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
-    if (sFormat.empty()) {
+    Task oTask{o, o.sTo.empty() ? oEndings.sFormat : o.sTo, ParseVersion(o.sVersion),
+               oEndings.bGzip};
+    if (oTask.sFormat.empty()) {
         throw std::invalid_argument("\"" + o.sOut +
                                     "\" does not tell a format by its ending (.xml, .dgraph, "
-                                    ".dump): name one with --to");
+                                    ".dump, .jsonl): name one with --to");
     }
-    const Version oVersion = ParseVersion(o.sVersion);
-    Input oIn = Load(o.sIn, o.sFrom);
-    oIn.oTree.SetToRoot();
-    TellLosses(oIn, o, sFormat, oVersion);
-    Progress oProgress("writing");
-    if (o.bZip) {
-        SaveZipped(oIn.oTree, sFormat, oVersion, o);
-        return EXIT_GOOD;
+    if (oTask.IsByRecords() && oTask.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
+        throw std::invalid_argument("files of records are not compressed");
     }
-    Output oFile(o.sOut);
-    if (o.bCompress || oEndings.bGzip) {
-        vok::Zip_Stream oPacked(oFile.Stream(), oEndings.bGzip ? "wz" : "w");
-        Save(oIn.oTree, sFormat, oVersion, oPacked);
-        oPacked.Close();
-    } else {
-        Save(oIn.oTree, sFormat, oVersion, oFile.Stream());
-    }
-    oFile.Commit();
-    return EXIT_GOOD;
+    return Answer(
+        o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });
 }
 
 }  // namespace tools

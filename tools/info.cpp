@@ -1,13 +1,11 @@
 // vok info: what is in a file.
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <set>
 #include <string>
 
 #include "tools/commands.h"
+#include "tools/document.h"
 #include "tools/input.h"
 #include "tools/output.h"
+#include "tools/survey.h"
 #include "tools/text.h"
 #include "vok/data/walk.h"
 
@@ -15,59 +13,46 @@ namespace tools {
 
 namespace {
 
-// Nodes as they are, removed ones left out.
-struct Census {
-    std::array<std::size_t, 16> auType{};
-    std::set<vok::u2_t> oKeys;
-    std::size_t uNodes = 0;
-    std::size_t uDepth = 0;
-    std::size_t uAttributes = 0;
+void PrintHead(const std::string& sFormat, const std::string& sWrapping,
+               const std::string& sVersion, std::uint64_t uBytes) {
+    Print("format      " + sFormat + (sWrapping.empty() ? "" : " in " + sWrapping) + '\n');
+    if (!sVersion.empty()) Print("version     " + Escaped(sVersion) + '\n');
+    Print("bytes       " + std::to_string(uBytes) + '\n');
+}
 
-    explicit Census(const vok::Data& oTree) {
-        vok::Arr<const char*> oNames;
-        vok::Arr<const char*> oNone;
-        vok::Data oNode = oTree;
-        for (vok::Data_Walk o(oTree); o.Next();) {
-            ++uNodes;
-            ++auType[o.GetType()];
-            oKeys.insert(o.GetKey().uKey);
-            uDepth = std::max(uDepth, o.GetDepth() + 1);
-            oNode.SetToNode(o.GetId());
-            oNode.GetAttributes(oNames, oNone, false, true);
-            uAttributes += oNames.Size();
-        }
+int ByRecords(const std::string& sFile) {
+    Census oCensus;
+    const Survey o = LookThrough(sFile, {}, &oCensus);
+    // Whether a link in XML leads anywhere, or else is empty, shows when all nodes are there.
+    if (o.bLinks && o.bXml) throw NeedsTree();
+    PrintHead(o.bXml ? "xml" : "dgraph", o.sWrapping, o.sVersion, o.uBytes);
+    oCensus.Print();
+    return EXIT_GOOD;
+}
+
+int ByTree(const std::string& sFile) {
+    const Input oIn = Load(sFile);
+    PrintHead(oIn.sFormat, oIn.sWrapping, oIn.oTree.GetUserTag().CStr(), oIn.uBytes);
+    Census oCensus;
+    vok::Arr<const char*> oNames;
+    vok::Arr<const char*> oNone;
+    vok::Data oNode = oIn.oTree;
+    for (vok::Data_Walk o(oIn.oTree); o.Next();) {
+        const char* sName = o.GetName();
+        oCensus.Add(sName != nullptr ? sName : "", o.GetDepth(), o.GetValue());
+        oNode.SetToNode(o.GetId());
+        oNode.GetAttributes(oNames, oNone, false, true);
+        for (std::size_t u = 0; u < oNames.Size(); ++u) oCensus.AddAttribute();
     }
-};
-
-template <class... Args>
-void PrintF(const char* sFormat, Args... oArgs) {
-    char s[512];
-    const int iSize = std::snprintf(s, sizeof(s), sFormat, oArgs...);
-    Print({s, std::min(static_cast<std::size_t>(iSize), sizeof(s) - 1)});
+    oCensus.Print();
+    return EXIT_GOOD;
 }
 
 }  // namespace
 
 int Info(const std::string& sFile) {
-    const Input oIn = Load(sFile);
-    const Census oCensus(oIn.oTree);
-    PrintF("format      %s%s%s\n", oIn.sFormat.c_str(), oIn.sWrapping.empty() ? "" : " in ",
-           oIn.sWrapping.c_str());
-    const vok::Str oTag = oIn.oTree.GetUserTag();
-    if (!oTag.IsEmpty()) PrintF("version     %s\n", Escaped(oTag.View()).c_str());
-    PrintF("bytes       %llu\n", static_cast<unsigned long long>(oIn.uBytes));
-    PrintF("nodes       %zu\n", oCensus.uNodes);
-    PrintF("names       %zu\n", oCensus.oKeys.size());
-    PrintF("depth       %zu\n", oCensus.uDepth);
-    PrintF("attributes  %zu\n", oCensus.uAttributes);
-    PrintF("text bytes  %zu\n", oIn.oTree.TextBytes());
-    PrintF("heap bytes  %zu\n", oIn.oTree.HeapBytes());
-    Print("types\n");
-    for (vok::u2_t u = 0; u < oCensus.auType.size(); ++u) {
-        if (oCensus.auType[u] == 0) continue;
-        PrintF("  %-9s %zu\n", vok::Data_Node::TypeName(u), oCensus.auType[u]);
-    }
-    return EXIT_GOOD;
+    return Answer(
+        sFile, [&] { return ByRecords(sFile); }, [&] { return ByTree(sFile); });
 }
 
 }  // namespace tools

@@ -10,6 +10,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
+#include "tools/standard_input.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
@@ -29,17 +30,6 @@ using vok::Arr;
 
 // Programs that read a file do not wait for one that is not there.
 constexpr char READ_AT_ONCE[] = "Tr";
-
-void ReadStandardInput(Arr<char>& oBytes) {
-    vok::sys::SetBinary(stdin);
-    Progress oProgress("reading");
-    char sPiece[65536];
-    while (const std::size_t uRead = std::fread(sPiece, 1, sizeof(sPiece), stdin)) {
-        oBytes.Add(sPiece, uRead);
-        oProgress.Add(uRead);
-    }
-    if (std::ferror(stdin) != 0) vok::Msg::UnexpectedEndOfFile("-", vok::sys::RuntimeError());
-}
 
 void ReadFile(const std::string& sPath, Arr<char>& oBytes) {
     vok::File oFile(vok::Str(sPath), READ_AT_ONCE);
@@ -112,9 +102,28 @@ bool IsUtf16(std::string_view sDocument) {
     return sStart == "\xFF\xFE" || sStart == "\xFE\xFF" || sStart.find('\0') != sStart.npos;
 }
 
+void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
+           const vok::Limits& oLimits) {
+    vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
+    o.sFormat = sFormat.empty() ? FormatOf(oIn) : sFormat;
+    if (o.sFormat == "dump") {
+        o.oTree.Load(oIn, oLimits, &o.oReport);
+    } else if (o.sFormat == "dgraph") {
+        vok::Dgraph_LoadDGraph(o.oTree, oIn, oLimits, &o.oReport);
+    } else {
+        if (sFormat.empty()) CheckMayBeXml({oBytes.Beg(), oBytes.Size()});
+        o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);
+    }
+    o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, oIn.Remaining(),
+                             {oBytes.Beg(), oBytes.Size()}, o.sFormat == "xml");
+}
+
+}  // namespace
+
 // Behind the top element of XML there may be blanks, comments and instructions.
-std::string WhatIsBehind(std::string_view s, std::string_view sDocument, bool bXml) {
-    const std::size_t uBytes = s.size();
+std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view sDocument,
+                         bool bXml) {
+    if (uBytes != s.size()) bXml = false;  // nobody writes so much behind it that means nothing
     std::string sNarrow;
     if (bXml && IsUtf16(sDocument)) {
         // All of them can be told without the upper half of their characters.
@@ -135,25 +144,14 @@ std::string WhatIsBehind(std::string_view s, std::string_view sDocument, bool bX
     return std::to_string(uBytes) + (uBytes == 1 ? " byte" : " bytes") + " behind the document";
 }
 
-void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
-           const vok::Limits& oLimits) {
-    vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
-    o.sFormat = sFormat.empty() ? FormatOf(oIn) : sFormat;
-    if (o.sFormat == "dump") {
-        o.oTree.Load(oIn, oLimits, &o.oReport);
-    } else if (o.sFormat == "dgraph") {
-        vok::Dgraph_LoadDGraph(o.oTree, oIn, oLimits, &o.oReport);
-    } else {
-        if (sFormat.empty() && !MayBeXml({oBytes.Beg(), oBytes.Size()})) {
-            throw std::invalid_argument("not a document this program knows");
-        }
-        o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);
-    }
-    o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, {oBytes.Beg(), oBytes.Size()},
-                             o.sFormat == "xml");
+void CheckMayBeXml(std::string_view sStart) {
+    if (!MayBeXml(sStart)) throw std::invalid_argument("not a document this program knows");
 }
 
-}  // namespace
+InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
+                   const std::exception& oError) {
+    return {sPath + ": " + PlaceText(oReport) + InOptions(Line(oError.what())), IsNoMemory(oError)};
+}
 
 // There is no other mark of it: the text is the library's own, in English.
 bool IsNoMemory(const std::exception& oError) {
@@ -163,13 +161,16 @@ bool IsNoMemory(const std::exception& oError) {
            sMessage.starts_with("unexpected error during reallocation");
 }
 
+void TellNothingAt(const std::string& sPath, std::string_view sTop) {
+    std::fprintf(stderr, "vok: no node at \"%s\"; \"/\" is the node \"%s\"\n",
+                 Escaped(Shortened(sPath)).c_str(), Escaped(Shortened(sTop)).c_str());
+}
+
 vok::Data_NodeSet Input::Find(const std::string& sPath) const {
     vok::Data_NodeSet oFound = oTree.GetNodeSet(sPath.c_str());
     if (oFound.Size() == 0) {
         const char* sTop = oTree.GetName();
-        std::fprintf(stderr, "vok: no node at \"%s\"; \"/\" is the node \"%s\"\n",
-                     Escaped(Shortened(sPath)).c_str(),
-                     Escaped(Shortened(sTop != nullptr ? sTop : "")).c_str());
+        TellNothingAt(sPath, sTop != nullptr ? sTop : "");
     }
     return oFound;
 }
@@ -179,7 +180,9 @@ Input Load(const std::string& sPath, const std::string& sFormat) {
     Arr<char> oStored;
     try {
         if (sPath == "-") {
-            ReadStandardInput(oStored);
+            StandardInput& oInput = StandardInput::The();
+            oInput.KeepAll();
+            oStored.Share(oInput.Bytes());
         } else {
             ReadFile(sPath, oStored);
         }
@@ -197,9 +200,7 @@ Input Load(const std::string& sPath, const std::string& sFormat) {
         AllowPrinting(oBytes.Size());
         Parse(o, oBytes, sFormat, oLimits);
     } catch (const std::exception& oError) {
-        const std::string sWhat = Line(oError.what());
-        throw InputError(sPath + ": " + PlaceText(o.oReport) + InOptions(sWhat),
-                         IsNoMemory(oError));
+        throw FaultIn(sPath, o.oReport, oError);
     }
     return o;
 }

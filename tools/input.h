@@ -5,6 +5,7 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "vok/base/limits.h"
 #include "vok/data/data.h"
@@ -32,8 +33,22 @@ struct InputError : std::runtime_error {
     bool m_bTrouble;
 };
 
+// That of what reading a document has raised, at the place where it did.
+InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
+                   const std::exception& oError);
+
+// Raises what is said of bytes that cannot be the beginning of XML, nor of anything else.
+void CheckMayBeXml(std::string_view sStart);
+// Why what stands behind a document, so many bytes of which the first ones are given, does not
+// belong to it; empty where it does. sDocument is the beginning of the document.
+std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view sDocument,
+                         bool bXml);
+
 // Whether the failure is that there was not enough memory.
 bool IsNoMemory(const std::exception& oError);
+
+// Says on standard error that there is nothing at a path in a tree whose top bears a name.
+void TellNothingAt(const std::string& sPath, std::string_view sTop);
 
 // Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content
 // must be. Raises InputError.

@@ -29,9 +29,6 @@ class Losses {
     std::vector<std::string> m_asLine;
 };
 
-// How dates are written: as days, or as texts, which in XML may be no date.
-enum class Dates { Days, Texts, XmlTexts };
-
 // The date that is read back.
 double ReadBack(double dSeconds, Dates eDates) {
     if (eDates == Dates::Days) return vok::SecondsOfDays(vok::DaysOfSeconds(dSeconds));
@@ -44,81 +41,105 @@ double ReadBack(double dSeconds, Dates eDates) {
     return dRead;
 }
 
-// Everything that some form drops, counted.
-struct Counts {
-    vok::u3_t uEmptyAttributes = 0;
-    vok::u3_t uFloats = 0;     // with more digits than 32 bits hold
-    vok::u3_t uFractions = 0;  // dates with parts of a second
-    vok::u3_t uChars = 0;      // beyond one byte
-    vok::u3_t uNoChars = 0;    // that are no character of Unicode
-    vok::u3_t uDates = 0;
-    vok::u3_t uOtherDates = 0;  // that become others, not for their fractions
-    vok::u3_t uLongs = 0;
-    vok::u3_t uQuads = 0;
-    vok::u3_t uDeadLinks = 0;  // that lead to nothing, or to what was removed
-    vok::u3_t uTopLinks = 0;   // that lead to the top
-
-    // Without attributes it takes half the time.
-    Counts(const Data& oTree, bool bAttributes, Dates eDates) : m_eDates(eDates) {
-        Data oNode = oTree;
-        for (vok::Data_Walk o(oTree); o.Next();) {
-            oNode.SetToNode(o.GetId());
-            if (bAttributes) CountAttributes(oNode);
-            Count(o, oNode);
-        }
-    }
-
-  private:
-    void CountAttributes(const Data& oNode) {
-        oNode.GetAttributes(m_oNames, m_oValues);
-        for (const char* sValue : m_oValues) uEmptyAttributes += *sValue == 0;
-    }
-
-    void Count(const vok::Data_Walk& o, const Data& oNode) {
-        switch (o.GetType()) {
-            case Data_Node::Float: {
-                const double d = o.Dbl();
-                uFloats += std::isfinite(d) && static_cast<double>(static_cast<float>(d)) != d;
-                break;
-            }
-            case Data_Node::Date: {
-                const double d = o.Dbl();
-                const bool bFraction = std::isfinite(d) && std::floor(d) != d;
-                ++uDates;
-                uFractions += bFraction;
-                // By their bits: 0 is not -0.
-                uOtherDates += !bFraction && std::bit_cast<vok::u3_t>(ReadBack(d, m_eDates)) !=
-                                                 std::bit_cast<vok::u3_t>(d);
-                break;
-            }
-            case Data_Node::Char: {
-                const auto uCode = static_cast<vok::u2_t>(o.Int());
-                uChars += uCode > 0xFF;
-                uNoChars += uCode > 0x10FFFF || (uCode >= 0xD800 && uCode < 0xE000);
-                break;
-            }
-            case Data_Node::Long: ++uLongs; break;
-            case Data_Node::Quad: ++uQuads; break;
-            case Data_Node::Link: {
-                const Data oTarget = oNode.GetValLink();
-                const bool bDead = !oTarget.IsNode() || oTarget.GetType() == Data_Node::Zombi;
-                uDeadLinks += bDead;
-                uTopLinks += !bDead && oTarget.GetId() == 0;
-                break;
-            }
-            default: break;
-        }
-    }
-
-    const Dates m_eDates;
-    vok::Arr<const char*> m_oNames;
-    vok::Arr<const char*> m_oValues;
-};
-
 }  // namespace
 
-std::vector<std::string> LostByReading(const Input& oIn) {
-    const vok::Load_Report& r = oIn.oReport;
+LossCount::LossCount(std::string sFormat, int iMinor)
+    : m_sFormat(std::move(sFormat)),
+      m_iMinor(iMinor),
+      m_eDates(m_sFormat == "xml" ? Dates::XmlTexts
+               : iMinor < 2       ? Dates::Texts
+                                  : Dates::Days) {}
+
+void LossCount::AddDate(double dSeconds) {
+    const bool bFraction = std::isfinite(dSeconds) && std::floor(dSeconds) != dSeconds;
+    ++m_uDates;
+    m_uFractions += bFraction;
+    // By their bits: 0 is not -0.
+    m_uOtherDates += !bFraction && std::bit_cast<vok::u3_t>(ReadBack(dSeconds, m_eDates)) !=
+                                       std::bit_cast<vok::u3_t>(dSeconds);
+}
+
+void LossCount::Add(const vok::Data_Value& o) {
+    switch (o.GetType()) {
+        case Data_Node::Float:
+        case Data_Node::Double: {
+            const double d = o.Dbl();
+            m_uNoNumbers += !std::isfinite(d);
+            m_uFloats += o.GetType() == Data_Node::Float && std::isfinite(d) &&
+                         static_cast<double>(static_cast<float>(d)) != d;
+            break;
+        }
+        case Data_Node::Date: AddDate(o.Dbl()); break;
+        case Data_Node::Char: {
+            const auto uCode = static_cast<vok::u2_t>(o.Int());
+            m_uChars += uCode > 0xFF;
+            m_uNoChars += uCode > 0x10FFFF || (uCode >= 0xD800 && uCode < 0xE000);
+            break;
+        }
+        case Data_Node::Long: ++m_uLongs; break;
+        case Data_Node::Quad: ++m_uQuads; break;
+        default: break;
+    }
+}
+
+std::vector<std::string> LossCount::Lines() const {
+    Losses o;
+    if (m_sFormat == "dump") return {};
+    if (m_sFormat == "jsonl") {
+        o.Add(m_uNoNumbers, "number that JSON does not have", "numbers that JSON does not have");
+        o.Add(m_uNoChars, "number that is no character", "numbers that are no characters");
+        o.Add(m_uDeadLinks, "link to nothing", "links to nothing");
+        return std::move(o).Lines();
+    }
+    if (m_sFormat == "xml") {
+        o.Add(m_uFractions, "fraction of a second", "fractions of a second");
+        o.Add(m_uOtherDates, "date that becomes another", "dates that become others");
+        o.Add(m_uDeadLinks, "link to nothing", "links to nothing");
+        o.Add(m_uNoChars, "number that is no character", "numbers that are no characters");
+        return std::move(o).Lines();
+    }
+    o.Add(m_uEmptyAttributes, "empty attribute", "empty attributes");
+    o.Add(m_uFloats, "real cut to 32 bits", "reals cut to 32 bits");
+    o.Add(m_uFractions, "fraction of a second", "fractions of a second");
+    o.Add(m_uOtherDates, "date that becomes another", "dates that become others");
+    o.Add(m_uChars, "character beyond one byte", "characters beyond one byte");
+    o.Add(m_uDeadLinks, "link to nothing", "links to nothing");
+    o.Add(m_uTopLinks, "link to the top", "links to the top");
+    if (m_iMinor < 2) o.Add(m_uDates, "date, kept as text", "dates, kept as texts");
+    if (m_iMinor < 3) {
+        o.Add(m_uLongs, "64-bit number, kept as text", "64-bit numbers, kept as texts");
+    }
+    return std::move(o).Lines();
+}
+
+std::string LossCount::WhyNot() const {
+    if (m_sFormat != "dgraph" || m_iMinor >= 3 || m_uQuads == 0) return {};
+    return "quadruples cannot be read back from a document before version 1.3";
+}
+
+void CountTree(const Data& oTree, LossCount& oCount) {
+    vok::Arr<const char*> oNames;
+    vok::Arr<const char*> oValues;
+    Data oNode = oTree;
+    for (vok::Data_Walk o(oTree); o.Next();) {
+        oNode.SetToNode(o.GetId());
+        // Without attributes it takes half the time.
+        if (oCount.WantsAttributes()) {
+            oNode.GetAttributes(oNames, oValues);
+            for (const char* sValue : oValues) oCount.AddAttribute(sValue);
+        }
+        if (o.GetType() != Data_Node::Link) {
+            oCount.Add(o.GetValue());
+            continue;
+        }
+        const Data oTarget = oNode.GetValLink();
+        const bool bDead = !oTarget.IsNode() || oTarget.GetType() == Data_Node::Zombi;
+        if (bDead) oCount.AddDeadLink();
+        if (!bDead && oTarget.GetId() == 0) oCount.AddTopLink();
+    }
+}
+
+std::vector<std::string> LostByReading(const vok::Load_Report& r) {
     Losses o;
     o.Add(r.m_uReordered, "element stands elsewhere: successors are ordered by name",
           "elements stand elsewhere: successors are ordered by name");
@@ -129,37 +150,6 @@ std::vector<std::string> LostByReading(const Input& oIn) {
     o.Add(r.m_uInstructions, "processing instruction or document type",
           "processing instructions and document types");
     return std::move(o).Lines();
-}
-
-std::vector<std::string> LostByWriting(const Data& oTree, const std::string& sFormat, int iMinor) {
-    Losses o;
-    if (sFormat == "dump") return {};
-    const bool bXml = sFormat == "xml";
-    const Dates eDates = bXml ? Dates::XmlTexts : iMinor < 2 ? Dates::Texts : Dates::Days;
-    const Counts n(oTree, !bXml, eDates);
-    if (bXml) {
-        o.Add(n.uFractions, "fraction of a second", "fractions of a second");
-        o.Add(n.uOtherDates, "date that becomes another", "dates that become others");
-        o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
-        o.Add(n.uNoChars, "number that is no character", "numbers that are no characters");
-        return std::move(o).Lines();
-    }
-    o.Add(n.uEmptyAttributes, "empty attribute", "empty attributes");
-    o.Add(n.uFloats, "real cut to 32 bits", "reals cut to 32 bits");
-    o.Add(n.uFractions, "fraction of a second", "fractions of a second");
-    o.Add(n.uOtherDates, "date that becomes another", "dates that become others");
-    o.Add(n.uChars, "character beyond one byte", "characters beyond one byte");
-    o.Add(n.uDeadLinks, "link to nothing", "links to nothing");
-    o.Add(n.uTopLinks, "link to the top", "links to the top");
-    if (iMinor < 2) o.Add(n.uDates, "date, kept as text", "dates, kept as texts");
-    if (iMinor < 3) o.Add(n.uLongs, "64-bit number, kept as text", "64-bit numbers, kept as texts");
-    return std::move(o).Lines();
-}
-
-std::string WhyNot(const Data& oTree, const std::string& sFormat, int iMinor) {
-    if (sFormat != "dgraph" || iMinor >= 3) return {};
-    if (Counts(oTree, false, Dates::Days).uQuads == 0) return {};
-    return "quadruples cannot be read back from a document before version 1.3";
 }
 
 }  // namespace tools

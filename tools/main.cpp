@@ -34,10 +34,14 @@ void AddConvert(CLI::App& oApp) {
     p->add_option("IN", o->sIn, "File to read, - for standard input; any form and wrapping")
         ->required();
     p->add_option("OUT", o->sOut, "File to write, - for standard output")->required();
-    const CLI::IsMember oFormats({"xml", "dgraph", "dump"});
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
-        ->check(oFormats);
-    p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")->check(oFormats);
+        ->check(CLI::IsMember({"xml", "dgraph", "dump"}));
+    p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
+        ->check(CLI::IsMember({"xml", "dgraph", "dump", "jsonl"}));
+    p->add_option(
+        "--records", o->sRecords,
+        "Write every node at this path by itself: a line each of JSON Lines, whose default "
+        "is \"/*\"; of other forms a file each, in the folder OUT");
     p->add_option("--dgraph-version", o->sVersion, "Version of DGraph documents")
         ->capture_default_str();
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
@@ -45,7 +49,13 @@ void AddConvert(CLI::App& oApp) {
     p->add_flag("--lossless", o->bLossless, "Write nothing if OUT would not keep all of IN");
     p->footer(
         "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
-        "standard error, a line for each kind of loss.");
+        "standard error, a line for each kind of loss.\n"
+        "JSON Lines (jsonl) are for other programs: each record is an object with its attributes\n"
+        "as \"@name\", its successors by name, those of a name that comes more than once anywhere "
+        "in\n"
+        "that place as a list, and beside attributes its value as \"#value\".\n"
+        "Documents are read piece by piece, however large they are; the whole tree is held for\n"
+        "dumps, for links, and for XML whose elements are not in the order of their names.");
     p->callback([o] { g_iExit = Convert(*o); });
 }
 
@@ -87,7 +97,10 @@ void AddFileCommands(CLI::App& oApp) {
         "A file is faulty also when it was cut short, or when bytes stand behind its document. "
         "Exit\n"
         "status 1 when one of them is faulty, 2 when one could not be read.");
-    pCheck->callback([asFile] { g_iExit = Check(*asFile); });
+    auto uAtOnce = std::make_shared<unsigned>(1);
+    pCheck->add_option("-j,--jobs", *uAtOnce, "Files to check at the same time")
+        ->check(CLI::Range(1, 256));
+    pCheck->callback([asFile, uAtOnce] { g_iExit = Check(*asFile, *uAtOnce); });
 
     auto* pDiff = oApp.add_subcommand("diff", "Compare two trees, whatever form they are in");
     auto o = std::make_shared<DiffOptions>();

@@ -141,8 +141,9 @@ Output::~Output() {
 
 namespace {
 
+constexpr vok::u3_t UNBOUNDED = ~vok::u3_t{0};
 // Bytes that may still be printed.
-vok::u3_t g_uAllowed = ~vok::u3_t{0};
+std::atomic<vok::u3_t> g_uAllowed{UNBOUNDED};
 
 [[noreturn]] void RaiseUnprinted(std::size_t uBytes) {
     vok::Msg::FileWriteError("standard output", uBytes, 0, vok::sys::RuntimeError());
@@ -206,9 +207,40 @@ void Print(std::string_view s) {
 
 void AllowPrinting(vok::u3_t uInputBytes) noexcept {
     constexpr vok::u3_t FREE = vok::u3_t{64} << 20;
+    if (g_uAllowed == UNBOUNDED) g_uAllowed = 0;
+    g_uAllowed += FREE;
+    AllowMorePrinting(uInputBytes);
+}
+
+void AllowMorePrinting(vok::u3_t uInputBytes) noexcept {
     constexpr vok::u3_t PER_BYTE = 200;
-    if (g_uAllowed == ~vok::u3_t{0}) g_uAllowed = 0;
-    g_uAllowed += FREE + PER_BYTE * uInputBytes;
+    if (g_uAllowed != UNBOUNDED) g_uAllowed += PER_BYTE * uInputBytes;
+}
+
+vok::File_Stream& StandardOutput() {
+    class Stream final : public vok::File_Stream {
+      public:
+        Stream() { vok::sys::SetBinary(stdout); }
+        std::size_t Read(vok::Arr<char>&, std::size_t, bool) override {
+            vok::Msg::StreamNotOpenForRead();
+        }
+        std::size_t Read(void*, std::size_t, bool) override { vok::Msg::StreamNotOpenForRead(); }
+        std::size_t Write(const void* pSource, std::size_t uCount) override {
+            Put({static_cast<const char*>(pSource), uCount});
+            return uCount;
+        }
+        void Seek(vok::i3_t iOffset, int iWhence) override {
+            vok::Msg::FileSeekFailed(iOffset, iWhence, 0);
+        }
+        [[nodiscard]] vok::i3_t Tell() override { return -1; }
+        int Flush() override {
+            FinishPrinting();
+            return 0;
+        }
+        [[nodiscard]] const char* Name() const override { return "standard output"; }
+    };
+    static Stream s_oStream;
+    return s_oStream;
 }
 
 void FinishPrinting() {

@@ -68,6 +68,10 @@ void Print(std::string_view s);
 // the parts of parts of a deep tree - stays in proportion to its bytes: 200 for each, and 64 MiB.
 // Nothing is bounded before the first call; each one allows more.
 void AllowPrinting(vok::u3_t uInputBytes) noexcept;
+// The same for bytes of an input that was allowed for, without the free ones.
+void AllowMorePrinting(vok::u3_t uInputBytes) noexcept;
+// What is written to it is printed, however much it is.
+[[nodiscard]] vok::File_Stream& StandardOutput();
 // For the end of the program: the same for what is still on its way.
 void FinishPrinting();
 

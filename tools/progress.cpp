@@ -39,15 +39,20 @@ void Progress::Run() {
 void Progress::Draw(double dSeconds) const {
     constexpr unsigned WIDTH = 30;
     const double dDone = static_cast<double>(m_uDone.load(std::memory_order_relaxed));
-    if (m_uTotal == 0) {
-        std::fprintf(stderr, "\r\x1b[K%s %.1f s", m_sWhat, dSeconds);
-    } else {
+    std::string sLine = m_sWhat;
+    char s[64];
+    if (m_uTotal != 0) {
         const double dShare = std::min(dDone / static_cast<double>(m_uTotal), 1.0);
         const auto uBar = static_cast<std::size_t>(dShare * WIDTH);
-        const std::string sBar = std::string(uBar, '#') + std::string(WIDTH - uBar, '.');
-        std::fprintf(stderr, "\r\x1b[K%s [%s] %3.0f %% %.0f MB", m_sWhat, sBar.c_str(),
-                     100 * dShare, dDone / 1e6);
+        std::snprintf(s, sizeof(s), "] %3.0f %%", 100 * dShare);
+        sLine += " [" + std::string(uBar, '#') + std::string(WIDTH - uBar, '.') + s;
     }
+    if (dDone > 0) {
+        std::snprintf(s, sizeof(s), " %.0f MB, %.0f MB/s", dDone / 1e6, dDone / 1e6 / dSeconds);
+    } else {
+        std::snprintf(s, sizeof(s), " %.1f s", dSeconds);
+    }
+    std::fprintf(stderr, "\r\x1b[K%s%s", sLine.c_str(), s);
     std::fflush(stderr);
 }
 

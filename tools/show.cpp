@@ -1,16 +1,19 @@
 // vok show: a tree as indented lines.
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/document.h"
 #include "tools/input.h"
 #include "tools/output.h"
+#include "tools/standard_input.h"
+#include "tools/survey.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
+#include "vok/records/path.h"
 
 namespace tools {
 
@@ -29,83 +32,142 @@ std::string Excerpt(std::string_view sText) {
     return Escaped(sText.substr(0, uCut)) + "... (" + std::to_string(sText.size()) + " bytes)";
 }
 
+// A node as it is shown.
+struct Shown {
+    std::string_view sName;
+    Data_Node::Type eType;
+    std::string sValue;
+    std::vector<vok::Data_Record::Attribute> aoAttribute;  // by name, each once
+};
+
 class Lines {
   public:
     explicit Lines(bool bColoured) : m_oPalette(bColoured) {}
 
-    void Show(const Data& oFrom, std::optional<unsigned> uMostDepth) {
-        m_aoRun.clear();
-        Data oNode = oFrom;
-        for (vok::Data_Walk o(oFrom); o.Next();) {
-            oNode.SetToNode(o.GetId());
-            ShowLine(oNode, o.GetDepth(), o.GetDepth() != 0 ? IndexOf(o) : 0);
-            if (uMostDepth && o.GetDepth() >= *uMostDepth) o.SkipSuccessors();
-        }
-    }
-
-  private:
-    struct Run {
-        vok::u2_t uKey;
-        unsigned uCount;
-    };
-
-    // The position among the siblings of the same name, which come one after the other.
-    unsigned IndexOf(const vok::Data_Walk& o) {
-        m_aoRun.resize(o.GetDepth(), Run{vok::Data_Key::UNKNOWN, 0});
-        Run& oRun = m_aoRun.back();
-        if (oRun.uKey != o.GetKey().uKey) oRun = {o.GetKey().uKey, 0};
-        return oRun.uCount++;
-    }
-
-    void ShowLine(const Data& oNode, std::size_t uDepth, unsigned uIndex) {
+    // For the node that is shown from, which nothing stands in front of.
+    void StartAt() noexcept { m_aoRun.clear(); }
+    // A node at a depth below that, in pre-order.
+    void Add(const Shown& o, std::size_t uDepth) {
+        const unsigned uIndex = uDepth != 0 ? IndexOf(o.sName, uDepth) : 0;
         // Deeper lines do not get longer, so that deep trees stay readable for programs.
         std::string sLine(2 * std::min<std::size_t>(uDepth, 100), ' ');
         const auto oAdd = [&](const char* sColour, std::string_view s) {
             sLine.append(sColour).append(s);
             if (*sColour != 0) sLine += m_oPalette.sEnd;
         };
-        const char* sName = oNode.GetName();
-        oAdd(m_oPalette.sName, sName != nullptr ? Escaped(sName) : "\"\"");
+        oAdd(m_oPalette.sName, !o.sName.empty() ? Escaped(o.sName) : "\"\"");
         if (uIndex != 0) sLine += '[' + std::to_string(uIndex) + ']';
-        ShowAttributes(oNode, oAdd);
-        const Data_Node::Type eType = oNode.GetType();
-        if (eType != Data_Node::Tree) {
-            sLine += ' ';
-            oAdd(m_oPalette.sType, Data_Node::TypeName(eType));
+        for (const vok::Data_Record::Attribute& a : o.aoAttribute) {
+            oAdd("", " ");
+            oAdd(m_oPalette.sAttribute, '@' + Escaped(a.sName) + "=\"" + Excerpt(a.sValue) + '"');
         }
-        if (eType != Data_Node::Tree && eType != Data_Node::Empty) {
+        if (o.eType != Data_Node::Tree) {
             sLine += ' ';
-            const std::string sValue = Excerpt(ValueText(oNode));
-            oAdd(m_oPalette.sValue, eType == Data_Node::String ? '"' + sValue + '"' : sValue);
+            oAdd(m_oPalette.sType, Data_Node::TypeName(o.eType));
         }
-        sLine += '\n';
-        Print(sLine);
+        if (o.eType != Data_Node::Tree && o.eType != Data_Node::Empty) {
+            sLine += ' ';
+            const std::string sValue = Excerpt(o.sValue);
+            oAdd(m_oPalette.sValue, o.eType == Data_Node::String ? '"' + sValue + '"' : sValue);
+        }
+        Print(sLine + '\n');
     }
 
-    template <class Add>
-    void ShowAttributes(const Data& oNode, const Add& oAdd) {
-        oNode.GetAttributes(m_oNames, m_oValues, true);
-        for (std::size_t u = 0; u < m_oNames.Size(); ++u) {
-            oAdd("", " ");
-            oAdd(m_oPalette.sAttribute,
-                 '@' + Escaped(m_oNames(u)) + "=\"" + Excerpt(m_oValues(u)) + '"');
-        }
+  private:
+    struct Run {
+        std::string sName;
+        unsigned uCount = 0;
+    };
+
+    // The position among the siblings of the same name, which come one after the other.
+    unsigned IndexOf(std::string_view sName, std::size_t uDepth) {
+        m_aoRun.resize(uDepth);
+        Run& oRun = m_aoRun.back();
+        if (oRun.sName != sName) oRun = {std::string(sName), 0};
+        return oRun.uCount++;
     }
 
     Palette m_oPalette;
     std::vector<Run> m_aoRun;  // by level
-    vok::Arr<const char*> m_oNames;
-    vok::Arr<const char*> m_oValues;
 };
+
+[[nodiscard]] bool IsBeyond(const ShowOptions& o, std::size_t uDepth) {
+    return o.uDepth && uDepth >= *o.uDepth;
+}
+
+int ByRecords(const ShowOptions& o, Lines& oLines) {
+    // Who is within another one is shown twice.
+    if (vok::records::Path::NeedsTree(o.sPath) || vok::records::Path(o.sPath).MayNest()) {
+        throw NeedsTree();
+    }
+    if (o.sFile == "-" && !StandardInput::The().IsWhole()) throw NeedsTree();
+    const Survey oSurvey = LookThrough(o.sFile);
+    // Only a tree knows where links lead to, and puts names in order.
+    if (oSurvey.bLinks || !oSurvey.bInOrder) throw NeedsTree();
+    Document oDocument(o.sFile);
+    vok::records::Path oPath(o.sPath);
+    std::string sTop;
+    std::size_t uFound = 0;
+    std::size_t uFrom = 0;  // depth of the node that is shown from
+    bool bShowing = false;
+    while (oDocument.Next()) {
+        const vok::Data_Record& r = *oDocument;
+        if (r.GetDepth() == 0) sTop = r.GetName();
+        bShowing = bShowing && r.GetDepth() > uFrom;
+        if (!bShowing) {
+            const auto oVerdict = oPath.Look(r);
+            if (!oVerdict.bSelected) {
+                if (!oVerdict.bBelow) oDocument.Reader().SkipSuccessors();
+                continue;
+            }
+            ++uFound;
+            bShowing = true;
+            uFrom = r.GetDepth();
+            oLines.StartAt();
+        }
+        Shown oShown{r.GetName(), r.GetType(), ValueText(r), {}};
+        for (const vok::Data_Record::Attribute& a : r.GetAttributes()) {
+            // Of two of one name the last one counts.
+            if (r.FindAttribute(a.sName) == &a) oShown.aoAttribute.push_back(a);
+        }
+        std::sort(oShown.aoAttribute.begin(), oShown.aoAttribute.end(),
+                  [](const auto& a, const auto& b) { return a.sName < b.sName; });
+        oLines.Add(oShown, r.GetDepth() - uFrom);
+        if (IsBeyond(o, r.GetDepth() - uFrom)) oDocument.Reader().SkipSuccessors();
+    }
+    if (uFound == 0) TellNothingAt(o.sPath, sTop);
+    return uFound != 0 ? EXIT_GOOD : EXIT_NEGATIVE;
+}
+
+int ByTree(const ShowOptions& o, Lines& oLines) {
+    const Input oIn = Load(o.sFile);
+    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
+    vok::Arr<const char*> oNames;
+    vok::Arr<const char*> oValues;
+    for (std::size_t u = 0; u < oFound.Size(); ++u) {
+        Data oNode = oFound.GetNth(u);
+        oLines.StartAt();
+        for (vok::Data_Walk oWalk(oNode); oWalk.Next();) {
+            oNode.SetToNode(oWalk.GetId());
+            const char* sName = oNode.GetName();
+            Shown oShown{sName != nullptr ? sName : "", oWalk.GetType(), ValueText(oNode), {}};
+            oNode.GetAttributes(oNames, oValues, true);
+            for (std::size_t v = 0; v < oNames.Size(); ++v) {
+                oShown.aoAttribute.push_back({oNames(v), oValues(v)});
+            }
+            oLines.Add(oShown, oWalk.GetDepth());
+            if (IsBeyond(o, oWalk.GetDepth())) oWalk.SkipSuccessors();
+        }
+    }
+    return oFound.Size() != 0 ? EXIT_GOOD : EXIT_NEGATIVE;
+}
 
 }  // namespace
 
 int Show(const ShowOptions& o) {
-    const Input oIn = Load(o.sFile);
-    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     Lines oLines(!o.bPlain && WantsColour());
-    for (std::size_t u = 0; u < oFound.Size(); ++u) oLines.Show(oFound.GetNth(u), o.uDepth);
-    return oFound.Size() != 0 ? EXIT_GOOD : EXIT_NEGATIVE;
+    return Answer(
+        o.sFile, [&] { return ByRecords(o, oLines); }, [&] { return ByTree(o, oLines); });
 }
 
 }  // namespace tools

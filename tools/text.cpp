@@ -9,48 +9,47 @@
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
+#include "vok/data/view.h"
 #include "vok/sys/sys.h"
 
 namespace tools {
 
 using vok::Data_Node;
 
-std::string ValueText(const vok::Data& oNode) {
+std::string ValueText(const vok::Data_Value& o) {
     char s[128];
-    switch (oNode.GetType()) {
-        case Data_Node::Boolean: return oNode.GetValBool() ? "true" : "false";
-        case Data_Node::Integer: return std::to_string(oNode.GetValInt());
-        case Data_Node::Char: return std::to_string(oNode.GetValInt(Data_Node::Char));
+    switch (o.GetType()) {
+        case Data_Node::Boolean: return o.Int() != 0 ? "true" : "false";
+        case Data_Node::Integer:
+        case Data_Node::Char: return std::to_string(o.Int());
         case Data_Node::Float:
-        case Data_Node::Double: return {s, vok::FormatReal(oNode.GetValDbl(oNode.GetType()), s)};
+        case Data_Node::Double: return {s, vok::FormatReal(o.Dbl(), s)};
         case Data_Node::Date: {
-            const double dSeconds = oNode.GetValDbl(Data_Node::Date);
+            const double dSeconds = o.Dbl();
             std::string sText(s, vok::FormatDate(dSeconds, 'T', s));
             const double dFraction = dSeconds - std::floor(dSeconds);
             if (dFraction > 0) sText += std::string(s, vok::FormatReal(dFraction, s)).substr(1);
             return sText + 'Z';
         }
-        case Data_Node::String: return std::string(oNode.GetValText());
         case Data_Node::Binary: {
-            vok::u2_t uSize = 0;
-            const void* pBlock = oNode.GetValBin(uSize);
-            std::string sText(vok::Base64Size(uSize), '\0');
-            vok::EncodeBase64(pBlock, uSize, sText.data());
+            std::string sText(vok::Base64Size(o.Text().size()), '\0');
+            vok::EncodeBase64(o.Text().data(), o.Text().size(), sText.data());
             return sText;
         }
-        case Data_Node::Long: return std::to_string(oNode.GetValLng());
+        case Data_Node::Long: return std::to_string(o.Lng());
         case Data_Node::Quad: {
-            vok::u2_t au[4];
-            oNode.GetValQuad(au[0], au[1], au[2], au[3]);
+            const auto& au = o.QuadWords();
             return std::to_string(au[0]) + ',' + std::to_string(au[1]) + ',' +
                    std::to_string(au[2]) + ',' + std::to_string(au[3]);
         }
-        case Data_Node::Link: {
-            const vok::Data oTarget = oNode.GetValLink();
-            return oTarget.IsNode() ? oTarget.GetPath().CStr() : "";
-        }
-        default: return {};
+        default: return std::string(o.Text());
     }
+}
+
+std::string ValueText(const vok::Data& oNode) {
+    if (oNode.GetType() != Data_Node::Link) return ValueText(vok::Data_View(oNode).GetValue());
+    const vok::Data oTarget = oNode.GetValLink();
+    return oTarget.IsNode() ? oTarget.GetPath().CStr() : "";
 }
 
 std::string Line(std::string_view sMessage) {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "vok/data/data.h"
+#include "vok/data/value.h"
 
 namespace tools {
 
@@ -14,6 +15,8 @@ namespace tools {
 // "2026-11-24T18:35:56Z", blocks as Base64, links as the path of their target; empty for nodes
 // without a value.
 std::string ValueText(const vok::Data& oNode);
+// The same for a value by itself; a link is the text that it has.
+std::string ValueText(const vok::Data_Value& o);
 
 // A message of the library without its line break.
 std::string Line(std::string_view sMessage);

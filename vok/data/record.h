@@ -31,6 +31,12 @@ class Data_Record : public Data_Value {
     // Of a Tree: how many are announced.
     [[nodiscard]] u2_t GetSuccs() const noexcept { return static_cast<u2_t>(m_uValue); }
 
+    // Whether the document says that it leads to another node. In XML it may have a value of its own
+    // besides, which is what it has if there is no such node.
+    [[nodiscard]] bool HasTarget() const noexcept {
+        return m_bTarget || m_eType == Data_Node::Link;
+    }
+
     // In the order of the document, which may name one twice: the last one counts.
     [[nodiscard]] const Arr<Attribute>& GetAttributes() const noexcept { return m_oAttribute; }
     // Null where there is none of that name. Linear in the attributes.
@@ -50,6 +56,7 @@ class Data_Record : public Data_Value {
 
     u2_t m_uDepth = 0;
     i2_t m_iIndex = 0;
+    bool m_bTarget = false;
     std::string_view m_sName;
     u3_t m_uOffset = 0;
     Arr<Attribute> m_oAttribute;

@@ -14,13 +14,14 @@ namespace vok::dgraph {
 RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     : m_oWindow(oIn), m_oLimits(oLimits) {
     const std::string_view sHeader = m_oWindow.View(HEADER_SIZE);
-    if (!LoadHeader(sHeader.data(), sHeader.size(), m_oVersion)) RaiseNoBinaryDGraph();
-    if (m_oVersion.iMajor != 1) RaiseWrongVersion();
+    dgraph::Version oVersion;
+    if (!LoadHeader(sHeader.data(), sHeader.size(), oVersion)) RaiseNoBinaryDGraph();
+    if (oVersion.iMajor != 1) RaiseWrongVersion();
     m_uMissingHeader = m_oWindow.Missing();
     m_oTrail.Last().uPending = 1;
     Data oTree;
     oTree.SetToRoot();
-    Dgraph_SetVersion(oTree, 1, m_oVersion.iMinor, m_oVersion.iPatch);
+    Dgraph_SetVersion(oTree, 1, oVersion.iMinor, oVersion.iPatch);
     m_oTag = oTree.GetUserTag();
 }
 

@@ -53,7 +53,6 @@ class RecordReader final : public detail::Record_Source {
 
     File_Window m_oWindow;
     const Limits m_oLimits;
-    Version m_oVersion;
     Str m_oTag;  // that of trees of that version
     u3_t m_uMissingHeader = 0;
     Step m_oStep;

@@ -100,6 +100,7 @@ void RecordReader::Hold() {
     SetValue(Data_Node::Empty, 0);
     m_sText = {};
     m_uLinked = NO_NUMBER;
+    m_bTarget = false;
     m_oNumber.Truncate(0);
     m_bHeld = true;
     ++m_uOpen;
@@ -125,6 +126,7 @@ void RecordReader::TakeAttributes() {
         } else if (o.sName == NODE_REFERENCE) {
             const u3_t uNumber = ParseNodeNumber(o.sValue);
             if (uNumber != NO_NUMBER) m_uLinked = uNumber;
+            m_bTarget = m_uLinked != NO_NUMBER;
         } else if (o.sName != REFERENCE_TYPE) {
             NoteAttribute(Decoded(o.sName, m_oNameRoom), DecodedValue(o.sValue, m_oValueRoom));
         }

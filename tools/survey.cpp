@@ -1,0 +1,77 @@
+#include "tools/survey.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "tools/document.h"
+#include "tools/output.h"
+
+namespace tools {
+
+using vok::Data_Node;
+
+void Census::Print() const {
+    const auto oLine = [](const char* sWhat, std::uint64_t u) {
+        char s[64];
+        std::snprintf(s, sizeof(s), "%-11s %llu\n", sWhat, static_cast<unsigned long long>(u));
+        tools::Print(s);
+    };
+    oLine("nodes", m_uNodes);
+    // Nobody counts as a name by being there at first.
+    oLine("names", m_oNames.Size() - 1 + m_bUnnamed);
+    oLine("depth", m_uDepth);
+    oLine("attributes", m_uAttributes);
+    oLine("text bytes", m_uTextBytes);
+    tools::Print("types\n");
+    for (vok::u2_t u = 0; u < m_auType.size(); ++u) {
+        if (m_auType[u] == 0) continue;
+        char s[64];
+        std::snprintf(s, sizeof(s), "  %-9s %llu\n", Data_Node::TypeName(u),
+                      static_cast<unsigned long long>(m_auType[u]));
+        tools::Print(s);
+    }
+}
+
+Survey LookThrough(const std::string& sPath, const std::string& sFormat, Census* pCensus,
+                   LossCount* pLosses) {
+    Document oDocument(sPath, sFormat);
+    Survey o;
+    o.bXml = oDocument.IsXml();
+    while (oDocument.Next()) {
+        const vok::Data_Record& r = *oDocument;
+        ++o.uNodes;
+        if (r.HasTarget()) {
+            o.bLinks = true;
+            o.bTreeLinks = o.bTreeLinks || r.GetType() == Data_Node::Tree;
+        }
+        if (pCensus != nullptr) {
+            pCensus->Add(r.GetName(), r.GetDepth(), r);
+            for (const vok::Data_Record::Attribute& a : r.GetAttributes()) {
+                // Of two of one name the last one counts.
+                if (r.FindAttribute(a.sName) == &a) pCensus->AddAttribute();
+            }
+        }
+        if (pLosses == nullptr) continue;
+        pLosses->Add(r);
+        for (const vok::Data_Record::Attribute& a : r.GetAttributes()) {
+            pLosses->AddAttribute(a.sValue);
+        }
+    }
+    o.sWrapping = oDocument.Wrapping();
+    o.sVersion = oDocument.Reader().GetVersion().CStr();
+    o.uBytes = oDocument.Bytes();
+    o.bInOrder = oDocument.Reader().IsInOrder();
+    o.oReport = oDocument.Report();
+    o.sBehind = oDocument.Behind();
+    return o;
+}
+
+std::string FaultOf(const vok::Load_Report& r, const std::string& sBehind) {
+    if (r.m_uMissingBytes + r.m_uMissingNodes != 0) {
+        return "cut short: " + std::to_string(r.m_uMissingBytes) + " bytes of its last field and " +
+               std::to_string(r.m_uMissingNodes) + " nodes are missing";
+    }
+    return sBehind;
+}
+
+}  // namespace tools
