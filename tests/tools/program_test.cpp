@@ -1,9 +1,11 @@
 // The program as a shell sees it: output, messages, exit status, files.
+#include <algorithm>
 #include <functional>
 #include <limits>
 
 #include "tests/support.h"
 #include "vok/file/file.h"
+#include "vok/records/writer.h"
 #include "vok/zip/archive.h"
 
 namespace vok {
@@ -426,6 +428,125 @@ TEST_F(Program, WordsAndEndings) {
     EXPECT_EQ(Run("--limit depth=3 check -", g_sTree).iExit, 0);
     EXPECT_EQ(Run("check - --limit depth=many", g_sTree).iExit, 2);
 }
+
+// Whatever a document takes to be read, record by record or as a whole, it says the same; a dump
+// is read as a whole.
+TEST_F(Program, RecordsSayWhatTreesSay) {
+    const Texts aoDocument = {
+        std::string(g_sTree).replace(g_sTree.find(".5<"), 2, ""),  // no form but a dump keeps it
+        "<R><a k='1'>x</a><a k='2'/><b><c>1</c><c>2</c><b><c>3</c></b></b><d "
+        "dt:dt='quad'>1,2,3,4</d></R>",
+        "<R><b><z/><y/></b><a>1</a><b>2</b><a k='v'>3</a></R>",  // not in the order of names
+        "<R><a CDNodeID='ID1' k='1' l='2' k='3'/><b CDNodeIDREF='ID1'/><c "
+        "CDNodeIDREF='ID2'>t</c></R>",
+        "<only/>",
+    };
+    for (const std::string& s : aoDocument) {
+        SCOPED_TRACE(s);
+        ToDisk("a.xml", s);
+        ASSERT_EQ(Run("convert a.xml a.dgraph").iExit, 0) << OnDisk("err");
+        for (const std::string sForm : {"a.xml", "a.dgraph"}) {
+            ASSERT_EQ(Run("convert " + sForm + " a.dump").iExit, 0) << OnDisk("err");
+            const auto oSame = [&](const std::string& sBefore, const std::string& sBehind,
+                                   const std::string& sFile) {
+                const Outcome oWhole = Run(sBefore + " a.dump " + sBehind);
+                const Outcome o = Run(sBefore + " " + sFile + " " + sBehind);
+                EXPECT_EQ(o.sOut, oWhole.sOut) << sBefore << " " << sFile << sBehind << o.sErr;
+                EXPECT_EQ(o.iExit, oWhole.iExit) << sBefore << " " << sFile << sBehind;
+            };
+            for (const char* sPath : {"/", "/a", "/a[1]", "//c", "/*", "/b/c[1]", "/a[@k=\"v\"]",
+                                      "/b/..", "/*[1]", "/to", "/nothing", "/b//c[0]", "//b"}) {
+                const std::string sQuoted = "'" + std::string(sPath) + "'";
+                oSame("get", sQuoted, sForm);
+                oSame("show --plain", sQuoted, sForm);
+                oSame("show --plain --depth 1", sQuoted, sForm);
+                oSame("convert --to jsonl --records " + sQuoted, "-", sForm);
+            }
+            oSame("convert --to xml", "-", sForm);
+            oSame("convert --to dgraph", "-", sForm);
+            ASSERT_EQ(Run("convert " + sForm + " b.dgraph.gz").iExit, 0) << OnDisk("err");
+            oSame("convert --to dgraph", "-", "b.dgraph.gz");
+            EXPECT_EQ(Run("convert " + sForm + " b.zip --zip --to xml").iExit, 0) << OnDisk("err");
+            oSame("convert --to xml", "-", "b.zip");
+        }
+    }
+}
+
+TEST_F(Program, RecordsAsJsonLinesAndFiles) {
+    ToDisk(
+        "a.xml",
+        "<R><n><a>1</a><b dt:dt='r8'>NaN</b></n><n k='\"'><a>x</a><a>y</a><c dt:dt='i4'>7</c></n>"
+        "<n><a/><c u='m' dt:dt='i4'>8</c><d dt:dt='char'>A</d><e dt:dt='i8'>9</e></n><o>z</o></R>");
+    EXPECT_EQ(Run("convert a.xml a.jsonl --records /n").iExit, 0);
+    EXPECT_EQ(OnDisk("a.jsonl"),
+              "{\"a\":[\"1\"],\"b\":null}\n"
+              "{\"@k\":\"\\\"\",\"a\":[\"x\",\"y\"],\"c\":{\"#value\":7}}\n"
+              "{\"a\":[null],\"c\":{\"@u\":\"m\",\"#value\":8},\"d\":\"A\",\"e\":9}\n");
+    EXPECT_TRUE(Has(OnDisk("err"), "1 number that JSON does not have"));
+    EXPECT_EQ(Run("convert a.xml - --to jsonl --lossless").iExit, 2);
+    EXPECT_EQ(OnDisk("out"), "");
+    EXPECT_EQ(Run("convert a.xml - --to jsonl").iExit, 0);
+    const std::string sLines = OnDisk("out");
+    EXPECT_EQ(std::count(sLines.begin(), sLines.end(), '\n'), 4);
+
+    for (const char* sIn : {"a.xml", "-"}) {
+        EXPECT_EQ(Run("convert "s + sIn + " records --to dgraph --records '/n[1]'", OnDisk("a.xml"))
+                      .iExit,
+                  0);
+        EXPECT_EQ(Run("get records/00000001.dgraph /a").sOut, "x\ny\n");
+        fs::remove_all("records");
+    }
+    EXPECT_EQ(Run("convert a.xml - --to xml --records /n").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
+// One file after the other or several at a time: the same words in the same order.
+TEST_F(Program, ChecksManyFilesAtOnce) {
+    std::string sFiles;
+    for (int i = 0; i < 40; ++i) {
+        const std::string sName = "f" + std::to_string(i) + ".xml";
+        const char* const asText[] = {"<a/>", "<a><b></a>", "<a/>x", "<b CDNodeID='ID1'/>"};
+        ToDisk(sName, asText[i % 4]);
+        sFiles += " " + sName;
+    }
+    const Outcome oOne = Run("check" + sFiles);
+    const Outcome oMany = Run("check -j 4" + sFiles);
+    EXPECT_EQ(oMany.sOut, oOne.sOut);
+    EXPECT_EQ(oMany.iExit, 1);
+    EXPECT_EQ(oOne.iExit, 1);
+    EXPECT_EQ(Run("check -j 4 gone.xml" + sFiles).iExit, 2);
+}
+
+#ifdef VOK_FAIL_SHIM  // where memory can be bounded
+// A document of 500 MB, where the process may have no more than 128 MB of addresses.
+TEST_F(Program, LargeDocumentsInLittleMemory) {
+    constexpr int ORDERS = 2000000;
+    {
+        File oFile("big.dgraph", "w");
+        Data_Writer o(oFile);
+        const std::string sNote(180, 'x');
+        o.Open("orders");
+        for (int i = 0; i < ORDERS; ++i) {
+            o.Open("order");
+            o.Add("id", i);
+            o.Add("note", sNote);
+            o.Add("price", 0.25 * i);
+            o.Close();
+        }
+        o.Close();
+        o.Finish();
+    }
+    EXPECT_GT(fs::file_size("big.dgraph"), 500000000u);
+    const auto oRun = [](const std::string& sLine) { return Run(sLine, {}, "ulimit -v 131072; "); };
+    EXPECT_EQ(oRun("get big.dgraph '/order[1999999]/id'").sOut, "1999999\n");
+    EXPECT_EQ(oRun("check big.dgraph").sOut, "big.dgraph: good (dgraph, 8000001 nodes)\n");
+    EXPECT_TRUE(Has(oRun("info big.dgraph").sOut, "nodes       8000001"));
+    EXPECT_EQ(oRun("convert big.dgraph big.xml").iExit, 0) << OnDisk("err");
+    EXPECT_EQ(oRun("get big.xml '/order[7]/price'").sOut, "1.75\n");
+    EXPECT_EQ(oRun("convert big.dgraph big.jsonl").iExit, 0) << OnDisk("err");
+    EXPECT_EQ(oRun("diff big.dgraph big.dgraph").iExit, 2);  // which takes the trees
+}
+#endif
 
 // What compressed input may cost goes by the bytes that were there.
 TEST_F(Program, CompressedInputIsSmall) {
