@@ -10,6 +10,7 @@
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/buf.h"
 #include "vok/file/file.h"
+#include "vok/records/unwrapped.h"
 
 namespace Velmar::Q7R::Serializer {
 
@@ -47,14 +48,34 @@ void Document::SaveToFile(const Node& root, StringRef fileName) {
     });
 }
 
-std::vector<Byte> Document::SaveToBuffer(Node& root, bool bNewer) {
+void Document::SaveToStream(Node& root, vok::File_Stream& stream, bool bXml, bool bNewer) {
     vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
-    return Guarded(WRITE_BUFFER_FAILED, [&] {
-        vok::File_Buf buffer("w");
+    Guarded(WRITE_STREAM_FAILED, [&] {
+        if (bXml) {
+            data.SaveToXML(stream, 1, 0);
+            stream.Flush();
+            return;
+        }
+        data.SetToRoot();
+        StampVersion(data, bNewer && HasLong(data) ? 3 : 2);
+        vok::Dgraph_SaveDGraph(data, stream);
+    });
+}
+
+void Document::SaveToBuffer(Node& root, vok::File_Buf& buffer, bool bNewer) {
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    Guarded(WRITE_BUFFER_FAILED, [&] {
         data.SetToRoot();
         StampVersion(data, bNewer && HasLong(data) ? 3 : 2);
         vok::Dgraph_SaveDGraph(data, buffer);
         (void)vok::Msg::ToInt32(buffer.Size());
+    });
+}
+
+std::vector<Byte> Document::SaveToBuffer(Node& root, bool bNewer) {
+    vok::File_Buf buffer("w");
+    SaveToBuffer(root, buffer, bNewer);
+    return Guarded(WRITE_BUFFER_FAILED, [&] {
         const Byte* pBytes = reinterpret_cast<const Byte*>(buffer.Data());
         return std::vector<Byte>(pBytes, pBytes + buffer.Size());
     });
@@ -69,6 +90,20 @@ Node Document::LoadFromFile(StringRef fileName) {
         data.Clear();
         data.LoadFromXML(file, vok::Data::XML_KEEP_UNKNOWN, {}, &report);
         file.Close();
+    });
+    return root;
+}
+
+Node Document::LoadFromStream(vok::File_Stream& stream) {
+    Node root = NewRoot(READ_STREAM_FAILED);
+    vok::Data& data = CursorOf(static_cast<vok::Data*>(root));
+    vok::Load_Report report;
+    Guarded(READ_STREAM_FAILED, report, [&] {
+        vok::Unwrapped document(stream, {});
+        vok::Dgraph_Load(data, document.In(), document.GetLimits(), &report);
+        (void)document.Finish(0);
+        data.SetToRoot();
+        StampVersion(data);
     });
     return root;
 }

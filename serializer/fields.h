@@ -130,6 +130,14 @@ std::vector<Byte> Serializer::WriteToBinaryBuffer(const T& object) {
     return bytes;
 }
 template <FieldObject T>
+void Serializer::WriteToStream(const T& object, vok::File_Stream& stream, StreamForm form) {
+    fields::WriteStream(stream, fields::SourceOf(object), form == StreamForm::Xml);
+}
+template <FieldObject T>
+void Serializer::ReadFromStream(T& object, vok::File_Stream& stream, const ReadOptions& options) {
+    fields::ReadStream(stream, fields::TargetOf(object), options.refuseUnknown);
+}
+template <FieldObject T>
 void Serializer::ReadFromBinaryBuffer(T& object, std::span<const Byte> byteArray) {
     fields::ReadDocument(byteArray, object, false);
 }

@@ -33,6 +33,18 @@ std::vector<Byte> Serializer::Write(ISerialisable& iSerialisable) {
     return ToBuffer(iSerialisable, true);
 }
 
+void Serializer::WriteToStream(ISerialisable& iSerialisable, vok::File_Stream& stream,
+                               StreamForm form) {
+    Node root = Document::NewRoot(Document::WRITE_STREAM_FAILED);
+    iSerialisable.WriteValues(root);
+    Document::SaveToStream(root, stream, form == StreamForm::Xml, true);
+}
+
+void Serializer::ReadFromStream(ISerialisable& iSerialisable, vok::File_Stream& stream) {
+    Node root = Document::LoadFromStream(stream);
+    iSerialisable.ReadValues(root);
+}
+
 void Serializer::ReadFromBinaryBuffer(ISerialisable& iSerialisable,
                                       std::span<const Byte> byteArray) {
     Node root = Document::LoadFromBuffer(byteArray);

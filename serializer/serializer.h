@@ -19,6 +19,7 @@
 #include "serializer/exception.h"
 #include "serializer/node.h"
 #include "serializer/string.h"
+#include "vok/file/stream.h"
 
 namespace Velmar::Q7R::Serializer {
 
@@ -42,6 +43,9 @@ concept FieldObject = !std::derived_from<T, ISerialisable>;
 struct ReadOptions {
     bool refuseUnknown = false;  // nodes that no field asks for are an error
 };
+
+// What is written to streams.
+enum class StreamForm { DGraph, Xml };
 
 // Holds no state: one serializer may be used for any number of objects, from any thread.
 // Exceptions of WriteValues and ReadValues pass through; every other failure raises
@@ -70,6 +74,17 @@ class Serializer {
     // As WriteToBinaryBuffer, but of version 1.3.0 where it has a Long: before, that is a text.
     [[nodiscard]] std::vector<Byte> Write(ISerialisable& iSerialisable);
 
+    // Writes the object to a stream, from its position on, and flushes it: a DGraph document as
+    // Write gives it, or XML. Nothing is held but the tree, so that a large document takes no more
+    // memory than a small one of it would. vok::Zip_Stream compresses what is written to it.
+    // "Failed to write data to stream", "Invalid vok::Data" when WriteValues disposed of the root.
+    void WriteToStream(ISerialisable& iSerialisable, vok::File_Stream& stream,
+                       StreamForm form = StreamForm::DGraph);
+    // Reads a document of any form, as it is or compressed with zlib or gzip, from the position of
+    // a stream, which is left behind it if it can seek. Memory follows the bytes that come. "Failed
+    // to read data from stream"; ReadValues is not called then.
+    void ReadFromStream(ISerialisable& iSerialisable, vok::File_Stream& stream);
+
     // ---- objects that say which fields they have: include serializer/fields.h ------------
     //
     // Errors name the field: "/legs[3]/strike: Double expected, String found, byte 1234". All are
@@ -96,6 +111,11 @@ class Serializer {
     [[nodiscard]] std::vector<Byte> WriteToBinaryBuffer(const T& object);
     template <FieldObject T>
     void ReadFromBinaryBuffer(T& object, std::span<const Byte> byteArray);
+    template <FieldObject T>
+    void WriteToStream(const T& object, vok::File_Stream& stream,
+                       StreamForm form = StreamForm::DGraph);
+    template <FieldObject T>
+    void ReadFromStream(T& object, vok::File_Stream& stream, const ReadOptions& options = {});
 
     void Dispose() { Dispose(true); }
 

@@ -3,14 +3,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <memory>
-#include <vector>
 
+#include "serializer/c/host_stream.h"
 #include "serializer/c/internal.h"
 #include "serializer/exception.h"
 #include "serializer/guarded.h"
 #include "serializer/node.h"
+#include "vok/base/mem.h"
+#include "vok/file/buf.h"
+#include "vok/zip/stream.h"
 
 using namespace Velmar::Q7R::Serializer;
 using C::Do;
@@ -33,19 +34,40 @@ vok_status vok_save_file(const vok_node* root, const vok_char* path) {
 
 vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* size) {
     return Do([&] {
-        const std::vector<Byte> oBytes = Document::SaveToBuffer(Use(root));
-        auto pCopy = Guarded(Document::WRITE_BUFFER_FAILED, [&] {
-            return std::make_unique_for_overwrite<uint8_t[]>(oBytes.size());
-        });
-        std::memcpy(pCopy.get(), oBytes.data(), oBytes.size());
-        *bytes = pCopy.release();
+        vok::File_Buf oDocument("w");
+        Document::SaveToBuffer(Use(root), oDocument);
+        // The block stays when the buffer goes: there is no second copy.
+        vok::Mem::AddRef(oDocument.GetBuffer().Beg());
+        *bytes = reinterpret_cast<uint8_t*>(oDocument.GetBuffer().Beg());
         // Documents that 32 bits cannot count are refused when they are saved.
-        *size = static_cast<int32_t>(oBytes.size());
+        *size = static_cast<int32_t>(oDocument.Size());
     });
 }
 
 void vok_bytes_free(uint8_t* bytes) {
-    delete[] bytes;
+    if (bytes != nullptr && vok::Mem::DropRef(bytes)) vok::Mem::Free(bytes);
+}
+
+vok_status vok_save_stream(vok_node* root, int32_t form, vok_write_function write, void* context) {
+    return Do([&] {
+        C::HostStream oStream(nullptr, write, context);
+        const bool bXml = (form & VOK_XML) != 0;
+        if ((form & (VOK_ZLIB | VOK_GZIP)) == 0) {
+            Document::SaveToStream(Use(root), oStream, bXml);
+        } else {
+            vok::Zip_Stream oPacked(oStream, (form & VOK_GZIP) != 0 ? "wz" : "w");
+            Document::SaveToStream(Use(root), oPacked, bXml);
+            Guarded(Document::WRITE_STREAM_FAILED, [&] { oPacked.Close(); });
+        }
+    });
+}
+
+vok_status vok_load_stream(vok_node* root, vok_read_function read, void* context) {
+    return Do([&] {
+        Node& oRoot = Target(root);
+        C::HostStream oStream(read, nullptr, context);
+        oRoot = Document::LoadFromStream(oStream);
+    });
 }
 
 vok_status vok_load_file(vok_node* root, const vok_char* path) {

@@ -167,6 +167,25 @@ VOK_API vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* siz
 /* Null is ignored. */
 VOK_API void vok_bytes_free(uint8_t* bytes);
 
+/* What vok_save_stream writes: a form, and one of the others or none. */
+#define VOK_DGRAPH 0 /* a DGraph document of version 1.2.0 */
+#define VOK_XML 1
+#define VOK_ZLIB 16 /* compressed as a zlib stream */
+#define VOK_GZIP 32
+
+/* Takes size bytes, at most 1 MiB of them, which are the next ones of a document. Returns 0 when it
+ * has taken all of them; any other number ends saving. */
+typedef int32_t (*vok_write_function)(void* context, const uint8_t* bytes, int32_t size);
+/* Gives up to size bytes, at most 1 MiB, which are the next ones of a document, and returns their
+ * number: 0 only at their end, a number below 0 when reading fails, which ends loading. */
+typedef int32_t (*vok_read_function)(void* context, uint8_t* bytes, int32_t size);
+
+/* As vok_save_file and vok_save_buffer, but piece by piece: the document is never held. The
+ * functions are called in this thread, before it returns, and no exception or jump may leave them.
+ * "Failed to write data to stream". */
+VOK_API vok_status vok_save_stream(vok_node* root, int32_t form, vok_write_function write,
+                                   void* context);
+
 /* Puts the tree that a document makes in the place of the one that root had, and root on its root.
  * Other handles keep the former tree, and so does root when it fails. Untrusted documents are safe:
  * what one may cost in memory is bounded. "Failed to read data from file.", both; a null handle:
@@ -174,6 +193,9 @@ VOK_API void vok_bytes_free(uint8_t* bytes);
 VOK_API vok_status vok_load_file(vok_node* root, const vok_char* path);
 /* Null, or a size below 1, is no document. */
 VOK_API vok_status vok_load_buffer(vok_node* root, const uint8_t* bytes, int32_t size);
+/* The same for a document of any form, as it is or compressed, which is read piece by piece, and
+ * beyond its end. "Failed to read data from stream". */
+VOK_API vok_status vok_load_stream(vok_node* root, vok_read_function read, void* context);
 
 #ifdef __cplusplus
 }

@@ -15,6 +15,8 @@ namespace Velmar.Q7R.Serializer
         // What failures say that several operations share.
         internal const string NoNode = "Failed to make a node";
         internal const string BufferFailure = "Failed to write data to buffer";
+        internal const string StreamWriteFailure = "Failed to write data to stream";
+        internal const string StreamReadFailure = "Failed to read data from stream";
         internal const string ReadFailure = "Failed to read data from file.";
 
         static Native()
@@ -92,6 +94,15 @@ namespace Velmar.Q7R.Serializer
         internal static extern int vok_load_file(NodeHandle root, string fileName);
         [DllImport(Library, CallingConvention = Call)]
         internal static extern int vok_load_buffer(NodeHandle root, byte[] bytes, int size);
+
+        // Pieces of a document: to the host, and from it.
+        [UnmanagedFunctionPointer(Call)]
+        internal delegate int Take(IntPtr context, IntPtr bytes, int size);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_save_stream(NodeHandle root, int form, Take write,
+                                                   IntPtr context);
+        [DllImport(Library, CallingConvention = Call)]
+        internal static extern int vok_load_stream(NodeHandle root, Take read, IntPtr context);
 
         // Whether an operation found what it was asked for; a failure raises the operation's text.
         internal static bool Found(string failure, int status)

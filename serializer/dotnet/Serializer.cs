@@ -91,28 +91,28 @@ namespace Velmar.Q7R.Serializer
         [MethodImpl(MethodImplOptions.NoInlining)]
         private static WeakReference Save(ISerialisable iSerialisable, string fileName)
         {
-            Node root = NewRoot();
+            Node root = Roots.New();
             iSerialisable.WriteValues(root);
             Native.Found("Failed to write data to file",
-                         Native.vok_save_file(HandleOf(root), fileName));
+                         Native.vok_save_file(Roots.HandleOf(root), fileName));
             return Garbage.Watch(root);
         }
 
         [MethodImpl(MethodImplOptions.NoInlining)]
         private static WeakReference Save(ISerialisable iSerialisable, ref IntPtr pBytes, out int iSize)
         {
-            Node root = NewRoot();
+            Node root = Roots.New();
             iSerialisable.WriteValues(root);
             Native.Found(Native.BufferFailure,
-                         Native.vok_save_buffer(HandleOf(root), ref pBytes, out iSize));
+                         Native.vok_save_buffer(Roots.HandleOf(root), ref pBytes, out iSize));
             return Garbage.Watch(root);
         }
 
         [MethodImpl(MethodImplOptions.NoInlining)]
         private static WeakReference Load(ISerialisable iSerialisable, string fileName)
         {
-            Node root = NewRoot();
-            Native.Found(Native.ReadFailure, Native.vok_load_file(HandleOf(root), fileName));
+            Node root = Roots.New();
+            Native.Found(Native.ReadFailure, Native.vok_load_file(Roots.HandleOf(root), fileName));
             iSerialisable.ReadValues(root);
             return Garbage.Watch(root);
         }
@@ -120,26 +120,12 @@ namespace Velmar.Q7R.Serializer
         [MethodImpl(MethodImplOptions.NoInlining)]
         private static WeakReference Load(ISerialisable iSerialisable, byte[] byteArray)
         {
-            Node root = NewRoot();
+            Node root = Roots.New();
             int iSize = byteArray == null ? 0 : byteArray.Length;
             Native.Found(Native.ReadFailure,
-                         Native.vok_load_buffer(HandleOf(root), byteArray, iSize));
+                         Native.vok_load_buffer(Roots.HandleOf(root), byteArray, iSize));
             iSerialisable.ReadValues(root);
             return Garbage.Watch(root);
-        }
-
-        // The object may keep its root, so roots are left to the collector.
-        private static Node NewRoot()
-        {
-            Garbage.Bound();
-            return new Node(true);
-        }
-
-        private static NodeHandle HandleOf(Node root)
-        {
-            if (Node.op_Explicit(root) == IntPtr.Zero)
-                throw new ApplicationException("Invalid vok::Data");
-            return root.Handle;
         }
     }
 }

@@ -68,6 +68,21 @@ void WriteXml(StringRef oFile, const Source& oSource) {
     Document::SaveToFile(root, oFile);
 }
 
+void WriteStream(vok::File_Stream& oStream, const Source& oSource, bool bXml) {
+    Node root = Document::NewRoot(Document::WRITE_STREAM_FAILED);
+    WriteInto(root, oSource, Document::WRITE_STREAM_FAILED);
+    Document::SaveToStream(root, oStream, bXml, true);
+}
+
+void ReadStream(vok::File_Stream& oStream, const Target& oTarget, bool bRefuseUnknown) {
+    Node root = Document::LoadFromStream(oStream);
+    try {
+        ReadFrom(root, oTarget, bRefuseUnknown);
+    } catch (const Fault& e) {
+        RaiseAt(e.sPath, e.sReason);  // where it stood is gone
+    }
+}
+
 void ReadXml(StringRef oFile, const Target& oTarget, bool bRefuseUnknown) {
     Node root = Document::LoadFromFile(oFile);
     try {

@@ -11,6 +11,7 @@
 #include "serializer/fields/tree_in.h"
 #include "serializer/fields/tree_out.h"
 #include "serializer/fields/write.h"
+#include "vok/file/stream.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -42,6 +43,8 @@ void ReadBelow(Node& node, const Target& oTarget, bool bRefuseUnknown);
 [[nodiscard]] std::vector<Byte> WriteThroughTree(const Source& oSource, bool bNewer);
 void ReadThroughTree(std::span<const Byte> oDocument, const Target& oTarget, bool bRefuseUnknown);
 void WriteXml(StringRef oFile, const Source& oSource);
+void WriteStream(vok::File_Stream& oStream, const Source& oSource, bool bXml);
+void ReadStream(vok::File_Stream& oStream, const Target& oTarget, bool bRefuseUnknown);
 void ReadXml(StringRef oFile, const Target& oTarget, bool bRefuseUnknown);
 
 template <class T>

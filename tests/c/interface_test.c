@@ -317,6 +317,56 @@ static int check_memory(void) {
 }
 #endif
 
+/* A document on its way, in a buffer; fails after some calls. */
+typedef struct {
+    uint8_t bytes[4096];
+    int32_t size, at, calls;
+} pipe;
+
+static int32_t put(void* context, const uint8_t* bytes, int32_t size) {
+    pipe* p = (pipe*)context;
+    if (p->calls-- == 0 || p->size + size > (int32_t)sizeof(p->bytes)) return 1;
+    memcpy(p->bytes + p->size, bytes, (size_t)size);
+    p->size += size;
+    return 0;
+}
+
+static int32_t take(void* context, uint8_t* bytes, int32_t size) {
+    pipe* p = (pipe*)context;
+    if (p->calls-- == 0) return -1;
+    if (size > 100) size = 100;
+    if (size > p->size - p->at) size = p->size - p->at;
+    memcpy(bytes, p->bytes + p->at, (size_t)size);
+    p->at += size;
+    return size;
+}
+
+static int streams(vok_node* root) {
+    static const int32_t forms[] = {VOK_DGRAPH, VOK_XML, VOK_DGRAPH | VOK_ZLIB, VOK_XML | VOK_GZIP};
+    pipe p;
+    size_t i;
+    for (i = 0; i < sizeof(forms) / sizeof(forms[0]); ++i) {
+        vok_node* loaded = NULL;
+        CHECK(vok_node_create(&loaded) == VOK_OK);
+        memset(&p, 0, sizeof(p));
+        p.calls = -1;
+        CHECK(vok_save_stream(root, forms[i], put, &p) == VOK_OK);
+        CHECK(vok_load_stream(loaded, take, &p) == VOK_OK);
+        if (check(loaded) != 0) return 1;
+        p.at = 0;
+        p.calls = 1;
+        FAILS(vok_load_stream(loaded, take, &p), "Failed to read data from stream");
+        if (check(loaded) != 0) return 1;
+        p.calls = 0;
+        FAILS(vok_save_stream(root, forms[i], put, &p), "Failed to write data to stream");
+        vok_node_free(loaded);
+    }
+    FAILS(vok_save_stream(NULL, VOK_XML, put, &p), "Invalid vok::Data");
+    FAILS(vok_save_stream(root, VOK_XML, NULL, &p), "Failed to write data to stream");
+    FAILS(vok_load_stream(NULL, take, &p), "Invalid vok::Data");
+    return 0;
+}
+
 int main(void) {
     vok_node* root = NULL;
     vok_node* loaded = NULL;
@@ -327,7 +377,7 @@ int main(void) {
     CHECK(vok_set_banner(1) == 0 && vok_set_banner(0) == 1);
     CHECK(is_text(vok_last_error(), ""));
     CHECK(vok_root_create(&root) == VOK_OK);
-    if (fill(root) != 0 || check(root) != 0) return 1;
+    if (fill(root) != 0 || check(root) != 0 || streams(root) != 0) return 1;
     CHECK(vok_save_buffer(root, &bytes, &size) == VOK_OK);
     CHECK(size > 30 && memcmp(bytes, "DGraphBin\1\2", 12) == 0);
     CHECK(vok_node_create(&loaded) == VOK_OK && vok_load_buffer(loaded, bytes, size) == VOK_OK);

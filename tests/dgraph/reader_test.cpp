@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "tests/dgraph/dgraph_support.h"
+#include "vok/file/file.h"
 
 namespace vok {
 namespace {
@@ -313,6 +314,41 @@ TEST(DgraphReader, LeavesItsFastWayAndComesBack) {
 }
 
 // Whatever a tree was before, it is what the document makes of a new one, down to its dump.
+// What is read ahead ends anywhere: a file gives what memory gives, and is left behind the
+// document.
+TEST(DgraphReader, FilesAreReadAhead) {
+    std::string sRecords;
+    u2_t uRecords = 0;
+    for (; sRecords.size() < 200000; ++uRecords) {
+        const std::string sStep = "r[" + std::to_string(uRecords) + "]";
+        switch (uRecords % 6) {
+            case 0: sRecords += Text(sStep, std::string(uRecords % 977, 'x')); break;
+            case 1: sRecords += Leaf(sStep, 8, Block(std::string(uRecords % 499, '\1'))); break;
+            case 2: sRecords += Leaf(sStep, 11, I32(1) + I32(2) + I32(3) + I32(4)); break;
+            case 3: sRecords += Open(sStep, 1) + Leaf("z[0]", 1, I32(7)); break;
+            case 4: sRecords += Link(sStep, "r", "r[0]"); break;
+            default: sRecords += Leaf(sStep, 3, F64(2.5)); break;
+        }
+    }
+    const std::string sDocument = Document(uRecords, sRecords);
+    const Scratch_Dir oDir;
+    std::vector<std::size_t> oCuts = {sDocument.size()};
+    for (std::size_t u = 65500; u < 65580; ++u) oCuts.push_back(u);
+    for (const std::size_t uCut : oCuts) {
+        const bool bWhole = uCut == sDocument.size();
+        ToDisk("f", sDocument.substr(0, uCut) + (bWhole ? "rest" : ""));
+        File oFile("f", "Tr");
+        const Loaded oAhead = LoadFrom(oFile);
+        File_Buf oBuf(sDocument.data(), uCut);
+        const Loaded oWhole = LoadFrom(oBuf);
+        EXPECT_EQ(oAhead.sShown, oWhole.sShown) << uCut;
+        EXPECT_EQ(PlaceOf(oAhead.oReport), PlaceOf(oWhole.oReport)) << uCut;
+        EXPECT_EQ(oAhead.oReport.m_uMissingBytes, oWhole.oReport.m_uMissingBytes) << uCut;
+        EXPECT_EQ(oAhead.oReport.m_uBytesLeft, bWhole ? 4u : 0u);
+        EXPECT_EQ(oFile.Tell(), static_cast<i3_t>(oAhead.oReport.m_uOffset)) << uCut;
+    }
+}
+
 TEST(DgraphReader, ATreeUsedAgainIsAsNew) {
     Texts sDocuments = {AllTypes(), Document(0, ""), Save(Versioned())};
     for (const unsigned uSeed : {3u, 20u, 59u}) sDocuments.push_back(RandomDocument(uSeed));

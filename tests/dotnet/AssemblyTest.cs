@@ -79,7 +79,8 @@ internal static class AssemblyTest
     private static void TestSurface()
     {
         var types = typeof(Node).Assembly.GetExportedTypes().Select(t => t.Name).OrderBy(s => s);
-        Equal(String.Join(" ", types), "ISerialisable Node Serializer", "types");
+        Equal(String.Join(" ", types), "ISerialisable Node Serializer StreamForm StreamSerializer",
+              "types");
         var node = new List<string> {
             "public .ctor()", "internal .ctor(Boolean isRootNode)", "internal .ctor(IntPtr pData)",
             "public Void Dispose()", "protected virtual Void Dispose(Boolean disposing)",
@@ -198,6 +199,55 @@ internal static class AssemblyTest
             Equal(calls, 2, "reads");
             Check(serializer.WriteToBinaryBuffer(host).SequenceEqual(bytes), "same bytes again");
         }
+    }
+
+    // Fails with the n-th call.
+    private sealed class Failing : MemoryStream
+    {
+        internal int In;
+        public override void Write(byte[] buffer, int offset, int count)
+        {
+            if (--In == 0) throw new IOException("mine");
+            base.Write(buffer, offset, count);
+        }
+        public override int Read(byte[] buffer, int offset, int count)
+        {
+            if (--In == 0) throw new IOException("mine");
+            return base.Read(buffer, offset, Math.Min(count, 100));
+        }
+    }
+
+    private static string Passed(Action body)
+    {
+        try { body(); }
+        catch (Exception e) { return e.GetType().Name + " " + e.Message; }
+        return "";
+    }
+
+    private static void TestStreams()
+    {
+        var streams = new StreamSerializer();
+        int calls = 0;
+        var host = new Host { OnWrite = Fill, OnRead = node => { Verify(node); ++calls; } };
+        byte[] plain = new Serializer().WriteToBinaryBuffer(host);
+        foreach (StreamForm form in new[] { StreamForm.DGraph, StreamForm.Xml, StreamForm.Zlib,
+                                            StreamForm.Xml | StreamForm.Gzip })
+        {
+            var stream = new Failing { In = -1 };
+            streams.WriteToStream(host, stream, form);
+            if (form == StreamForm.DGraph) Check(stream.ToArray().SequenceEqual(plain), "stream's bytes");
+            stream.Position = 0;
+            streams.ReadFromStream(host, stream);
+            stream.Position = 0;
+            stream.In = 2;
+            Equal(Passed(() => streams.ReadFromStream(host, stream)), "IOException mine", "reading");
+            stream.In = 1;
+            Equal(Passed(() => streams.WriteToStream(host, stream, form)), "IOException mine", "writing");
+        }
+        Equal(calls, 4, "reads of streams");
+        Equal(Raised(() => streams.ReadFromStream(host, new MemoryStream(plain, 0, 20))).Message,
+              "Failed to read data from stream", "cut stream");
+        Check(Passed(() => streams.WriteToStream(host, null)).StartsWith("ArgumentNullException"), "null");
     }
 
     private static void TestFailures(string folder)
@@ -408,6 +458,7 @@ internal static class AssemblyTest
         string folder = args.Length > 0 ? args[0] : Path.GetTempPath();
         TestSurface();
         TestRoundTrips(folder);
+        TestStreams();
         TestFailures(folder);
         TestLifetime();
         TestGarbage();

@@ -7,6 +7,7 @@
 #include "vok/base/mem.h"
 #include "vok/base/msg_exception.h"
 #include "vok/file/file.h"
+#include "vok/zip/stream.h"
 
 namespace Velmar::Q7R::Serializer {
 namespace {
@@ -191,6 +192,60 @@ TEST(Serializer, OutOfMemory) {
     oSweep("Failed to get Node String value", [&] { node.TryGetValue("x", sValue); });
     EXPECT_GT(uFailures, 20u);
     EXPECT_EQ(Write(oFill), oGood);
+}
+
+TEST(Serializer, Streams) {
+    Host oHost;
+    oHost.oWrite = [](Node& node) {
+        node.AddValue("id", 258);
+        for (int i = 0; i < 2000; ++i) node.AddValue("text", std::string(500, 'x'));
+    };
+    int iReads = 0;
+    oHost.oRead = [&](Node& node) {
+        Int32 iId = 0;
+        iReads += node.TryGetValue("id", iId) && iId == 258 && node.GetSubnodeCount("text") == 2000;
+    };
+    for (const StreamForm eForm : {StreamForm::DGraph, StreamForm::Xml}) {
+        // One behind the other, and something else behind both.
+        vok::File_Buf oBuf("w+");
+        for (int i = 0; i < 2; ++i) Serializer().WriteToStream(oHost, oBuf, eForm);
+        oBuf.Write("end", 3);
+        oBuf.Seek(0);
+        for (int i = 0; i < 2; ++i) Serializer().ReadFromStream(oHost, oBuf);
+        // XML ends in a line break, which is behind its top element.
+        EXPECT_EQ(oBuf.Remaining(), eForm == StreamForm::Xml ? 4u : 3u);
+        // Streams that only go forward, plain and compressed.
+        vok::Drop_Stream oPipe;
+        Serializer().WriteToStream(oHost, oPipe, eForm);
+        const std::string sPiped = vok::Joined(oPipe.m_oWritten);
+        vok::Drop_Stream oBack(sPiped, 1000);
+        Serializer().ReadFromStream(oHost, oBack);
+        for (const char* sMode : {"w", "wz"}) {
+            vok::Drop_Stream oBelow;
+            vok::Zip_Stream oPacked(oBelow, sMode);
+            Serializer().WriteToStream(oHost, oPacked, eForm);
+            oPacked.Close();
+            const std::string sPacked = vok::Joined(oBelow.m_oWritten);
+            EXPECT_LT(sPacked.size(), 30000u);
+            vok::Drop_Stream oPackedBack(sPacked, 1000);
+            Serializer().ReadFromStream(oHost, oPackedBack);
+            vok::Drop_Stream oCut(std::string_view(sPacked).substr(0, sPacked.size() - 5), 1000);
+            EXPECT_EQ(Failure([&] { Serializer().ReadFromStream(oHost, oCut); }),
+                      "Failed to read data from stream");
+        }
+        // A stream that fails at any time.
+        for (unsigned u = 1; u < 12; ++u) {
+            vok::Drop_Stream oFails;
+            oFails.m_uFailIn = u;
+            const std::string sFailure =
+                Failure([&] { Serializer().WriteToStream(oHost, oFails, eForm); });
+            EXPECT_EQ(sFailure, oFails.m_uFailIn == 0 ? "Failed to write data to stream" : "");
+        }
+    }
+    EXPECT_EQ(iReads, 10);
+    oHost.oWrite = [](Node& node) { node.Dispose(); };
+    vok::File_Buf oBuf("w");
+    EXPECT_EQ(Failure([&] { Serializer().WriteToStream(oHost, oBuf); }), "Invalid vok::Data");
 }
 
 TEST(Serializer, Files) {

@@ -187,6 +187,7 @@ class Reader<Source>::Fast {
         HandOver();
         r.ReadValue(o.eCode);
         m_p = r.m_oSource.Peek();
+        m_pEnd = m_p + r.m_oSource.AtHand();
         m_bAhead = true;
     }
 
@@ -206,7 +207,7 @@ class Reader<Source>::Fast {
     Reader& r;
     Data_Base& m_oBase;
     const char* m_p;
-    const char* const m_pEnd;
+    const char* m_pEnd;
     bool m_bAhead = false;  // of what the reader and the tree know
     u2_t m_uParent;
     u2_t m_uPending;

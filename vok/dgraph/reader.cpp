@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <exception>
 #include <string_view>
 
 #include "vok/base/date.h"
@@ -14,6 +15,7 @@
 #include "vok/data/select.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/fast_reader.h"
+#include "vok/file/forward.h"
 #include "vok/file/rest.h"
 
 namespace vok {
@@ -23,13 +25,13 @@ namespace dgraph {
 template <class Source>
 void Reader<Source>::Run() {
     m_oLevel.Add(Level{1, NO_NAME, 0, 0, true});
-    if constexpr (Source::IN_MEMORY) {
+    if constexpr (Source::LOOKS_AHEAD) {
         if (ReadFastRoot()) ReadFastRecords();
     }
     while (Top().uPending != 0) {
         m_uNode = Top().uParent;
         if (!ReadRecord()) break;
-        if constexpr (Source::IN_MEMORY) ReadFastRecords();
+        if constexpr (Source::LOOKS_AHEAD) ReadFastRecords();
     }
     m_uNode = 0;
 }
@@ -106,7 +108,7 @@ void Reader<Source>::ReadStep() {
     const std::string_view sStep = m_oSource.View(uLength);
     m_oStep.Parse(sStep);
     const u2_t uKey = m_oBase.m_oName.Intern(m_oStep.Name());
-    if constexpr (Source::IN_MEMORY) {
+    if constexpr (Source::LOOKS_AHEAD) {
         if (!m_oBase.m_oName.IsVerbatim(uKey)) NoteForm(sStep.substr(0, sStep.find('[')), uKey);
     }
     if (m_bFirst) {
@@ -249,6 +251,22 @@ void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Repor
     oReader.ResolveLinks();
 }
 
+// Whether a stream may be read ahead: who reads on finds it behind the document, or does not.
+bool MayReadAhead(File_Stream& oIn) {
+    if (dynamic_cast<const File_Forward*>(&oIn) != nullptr) return true;
+    const File* pFile = dynamic_cast<const File*>(&oIn);
+    return pFile != nullptr && (pFile->Flags() & File::FLAG_GZIP) == 0 && oIn.Tell() >= 0;
+}
+
+// Where the first error is on its way.
+void LeaveQuietly(WindowSource& oSource) noexcept {
+    try {
+        (void)oSource.Leave();
+    } catch (const std::exception&) {
+        // Nobody reads on in a stream that fails.
+    }
+}
+
 // The body of major version 2. Offsets count from the header on.
 void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     const u3_t uHeader = pReport != nullptr ? pReport->m_uOffset : 0;
@@ -273,14 +291,24 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
         if (!dgraph::LoadHeader(sHeader, uRead, oVersion)) dgraph::RaiseNoBinaryDGraph();
         if (oVersion.iMajor == 2) return dgraph::LoadDump(data, in, oLimits, pReport);
         if (oVersion.iMajor != 1) dgraph::RaiseWrongVersion();
+        u3_t uLeft = 0;
         if (File_Buf* pBuffer = dynamic_cast<File_Buf*>(&in); pBuffer != nullptr) {
             dgraph::BufferSource oSource(*pBuffer);
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
+        } else if (dgraph::MayReadAhead(in)) {
+            dgraph::WindowSource oSource(in);
+            try {
+                dgraph::ReadRecords(data, oSource, oLimits, pReport);
+            } catch (...) {
+                dgraph::LeaveQuietly(oSource);
+                throw;
+            }
+            uLeft = oSource.Leave();
         } else {
             dgraph::StreamSource oSource(in);
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
         }
-        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(in);
+        if (pReport != nullptr) pReport->m_uBytesLeft = std::max(uLeft, BytesLeft(in));
         Dgraph_SetVersion(data, 1, oVersion.iMinor, oVersion.iPatch);
         data.Shrink();
     });

@@ -34,6 +34,8 @@ class RecordWriter {
 
     // A name in the form that documents have, without attributes.
     void Step(const Hash_Text& oForm, u2_t uIndex) {
+        if (oForm.uLength > LONG_NAME) [[unlikely]]
+            return LongStep(oForm, uIndex);
         char* const pStep = m_oSink.Space(oForm.uLength + FIXED_ROOM) + 4;
         char* const pEnd = StoreIndex(CopyName(pStep, oForm), uIndex);
         Store(pStep - 4, static_cast<u2_t>(pEnd - pStep));
@@ -111,6 +113,8 @@ class RecordWriter {
     }
 
   protected:
+    // Longer names may need more room than a sink has.
+    static constexpr u2_t LONG_NAME = 1024;
     // Room for everything of a record that has no length of its own: lengths, brackets, run
     // index, type code, the largest value.
     static constexpr std::size_t FIXED_ROOM = 128;
@@ -143,6 +147,13 @@ class RecordWriter {
         *p++ = static_cast<char>(eCode);
         m_oSink.Cut(p);
         return p;
+    }
+    void LongStep(const Hash_Text& oForm, u2_t uIndex) {
+        char sIndex[NUMBER_ROOM + 2];
+        m_oStep.Truncate(0);
+        m_oStep.Add(oForm.sText, oForm.uLength);
+        m_oStep.Add(sIndex, static_cast<std::size_t>(StoreIndex(sIndex, uIndex) - sIndex));
+        EndStep();
     }
     template <class T>
     void Fixed(Code eCode, T tValue) {

@@ -9,7 +9,7 @@ namespace vok::dgraph {
 // Any stream: one write per field, of its exact width. Cut is called behind every field.
 class StreamSink {
   public:
-    static constexpr bool IN_MEMORY = false;
+    static constexpr bool COLLECTS = false;
 
     explicit StreamSink(File_Stream& oOut) noexcept : m_oOut(oOut) {}
 

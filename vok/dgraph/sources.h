@@ -12,13 +12,14 @@
 
 #include "vok/file/buf.h"
 #include "vok/file/rest.h"
+#include "vok/file/window.h"
 
 namespace vok::dgraph {
 
 // Any stream: one read per field.
 class StreamSource {
   public:
-    static constexpr bool IN_MEMORY = false;
+    static constexpr bool LOOKS_AHEAD = false;
     static constexpr std::size_t FIRST_BUFFER = 4096;
     static constexpr std::size_t CHUNK = 64 * 1024;
 
@@ -67,7 +68,7 @@ class StreamSource {
 // A memory buffer, read in place. Its position follows when the source ends.
 class BufferSource {
   public:
-    static constexpr bool IN_MEMORY = true;
+    static constexpr bool LOOKS_AHEAD = true;
 
     explicit BufferSource(File_Buf& oIn) noexcept
         : m_oIn(oIn), m_pBegin(oIn.Peek()), m_p(m_pBegin), m_pEnd(m_p + oIn.Remaining()) {}
@@ -105,6 +106,36 @@ class BufferSource {
     const char* m_p;
     const char* const m_pEnd;
     u3_t m_uMissing = 0;
+};
+
+// A stream that may be read ahead: what comes next is looked at in a window.
+class WindowSource {
+  public:
+    static constexpr bool LOOKS_AHEAD = true;
+
+    explicit WindowSource(File_Stream& oIn) : m_oWindow(oIn) {}
+
+    std::size_t Fetch(char* pTarget, std::size_t uSize) {
+        const std::string_view sView = m_oWindow.View(uSize);
+        sView.copy(pTarget, sView.size());
+        std::memset(pTarget + sView.size(), 0, uSize - sView.size());
+        return sView.size();
+    }
+    [[nodiscard]] std::string_view View(std::size_t uSize) { return m_oWindow.View(uSize); }
+    [[nodiscard]] u3_t Offset() const noexcept { return m_oWindow.Offset(); }
+    [[nodiscard]] u3_t Missing() const noexcept { return m_oWindow.Missing(); }
+    [[nodiscard]] std::size_t Held() const noexcept { return m_oWindow.Held(); }
+
+    [[nodiscard]] const char* Peek() const noexcept { return m_oWindow.Peek(); }
+    [[nodiscard]] std::size_t AtHand() const noexcept { return m_oWindow.AtHand(); }
+    void Skip(std::size_t uSize) noexcept { m_oWindow.Skip(uSize); }
+
+    // For the end of reading, whatever it was: leaves the stream behind what was read, where it can
+    // seek, and returns how many bytes it still has, as far as it knows.
+    u3_t Leave() { return m_oWindow.GiveBack(); }
+
+  private:
+    File_Window m_oWindow;
 };
 
 }  // namespace vok::dgraph

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 #include "vok/base/date.h"
 #include "vok/base/where.h"
@@ -21,7 +22,7 @@ template <class Sink>
 void Writer<Sink>::Run() {
     WriteNode(0, 0);
     while (m_oFrame.Size() != 0) {
-        if constexpr (Sink::IN_MEMORY) WriteFastRecords();
+        if constexpr (Sink::COLLECTS) WriteFastRecords();
         Frame& f = m_oFrame.Last();
         if (f.uPos == f.oGroup.uSize) {
             m_oFrame.Pop();
@@ -149,7 +150,7 @@ constexpr std::size_t PER_NODE = 32;
 template <class Sink>
 void WriteDocument(const Data& oRoot, const Version& oVersion, Sink& oSink) {
     std::size_t uRoom = HEADER_SIZE;
-    if constexpr (Sink::IN_MEMORY) {
+    if constexpr (std::is_same_v<Sink, BufferSink>) {
         // That of a small document in one step.
         const Data_Base& b = *Access::BaseOf(oRoot);
         uRoom = std::min(FIRST_ROOM, b.m_oNode.Size() * PER_NODE + b.m_oHeap.Size());
@@ -184,6 +185,9 @@ void Dgraph_SaveDGraph(const Data& data, File_Stream& out) {
         File_Buf* pBuffer = dynamic_cast<File_Buf*>(&out);
         if (pBuffer != nullptr && BufferSink::Fits(*pBuffer)) {
             BufferSink oSink(*pBuffer);
+            dgraph::WriteDocument(oRoot, oVersion, oSink);
+        } else if (out.TakesPieces()) {
+            PieceSink oSink(out);
             dgraph::WriteDocument(oRoot, oVersion, oSink);
         } else {
             dgraph::StreamSink oSink(out);

@@ -106,6 +106,7 @@ class File_Buf final : public File_Stream {
     int Flush() override { return 0; }
     [[nodiscard]] bool CanSeek(int) const override { return true; }
     [[nodiscard]] const char* Name() const override;
+    [[nodiscard]] bool TakesPieces() const override { return true; }
 
   private:
     static constexpr u2_t WRITABLE = 2;

@@ -84,6 +84,7 @@ class File : public File_Stream {
     int Flush() override;
     [[nodiscard]] bool CanSeek(int) const override { return true; }
     [[nodiscard]] const char* Name() const override { return m_oName.Data(); }
+    [[nodiscard]] bool TakesPieces() const override { return true; }
 
     // The size in bytes of the open file, what is buffered included, or of a named file;
     // -1 when there is none. Of a gzip file: as it lies on disk.

@@ -47,6 +47,7 @@ class File_Forward final : public File_Stream {
         return iWhence == FROM_START && m_uBefore == 0;
     }
     [[nodiscard]] const char* Name() const override { return m_oIn.Name(); }
+    [[nodiscard]] bool TakesPieces() const override { return true; }
 
     // Goes to the end and returns how many bytes there were. Whether what was compressed is sound
     // shows there only; limits hold on the way.

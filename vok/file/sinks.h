@@ -1,7 +1,8 @@
 // Where codecs put their bytes. Internal.
 //
 // A sink gives room for what has a bound, is told where it ends, and takes what has a length of
-// its own. What lies behind the last cut is dropped by the next call of Space().
+// its own. What lies behind the last cut is dropped by the next call of Space(). One that COLLECTS
+// does not care where fields end.
 #ifndef VOK_FILE_SINKS_H
 #define VOK_FILE_SINKS_H
 
@@ -16,7 +17,7 @@ namespace vok {
 // an error ends the sink early.
 class BufferSink {
   public:
-    static constexpr bool IN_MEMORY = true;
+    static constexpr bool COLLECTS = true;
 
     // Text mode rewrites bytes on their way, and bytes behind the position must stay as they
     // are where this sink leaves garbage: both not for this sink. A buffer that cannot be
@@ -75,6 +76,7 @@ class BufferSink {
 // ends the sink early is dropped.
 class PieceSink {
   public:
+    static constexpr bool COLLECTS = true;
     static constexpr std::size_t PIECE = std::size_t{256} << 10;
 
     explicit PieceSink(File_Stream& oOut) : m_oOut(oOut) {
@@ -105,6 +107,7 @@ class PieceSink {
         if (uSize != 0) std::memcpy(m_p, pData, uSize);
         m_p += uSize;
     }
+    void HeapText(const char* pText, std::size_t uSize) { Payload(pText, uSize); }
     // Hands on what was collected.
     void Finish() {
         const std::size_t uSize = static_cast<std::size_t>(m_p - m_oPiece.Beg());

@@ -25,6 +25,10 @@ bool File_Stream::CanSeek(int) const {
     return false;
 }
 
+bool File_Stream::TakesPieces() const {
+    return false;
+}
+
 const char* File_Stream::Name() const {
     return nullptr;
 }

@@ -55,6 +55,11 @@ class File_Stream {
     // opened or closed again.
     [[nodiscard]] virtual const char* Name() const;
 
+    // Whether who writes or reads a document may do so in larger pieces than its fields are. The
+    // base says no: then a stream of a host sees every field by itself, and nothing is read behind
+    // the last one.
+    [[nodiscard]] virtual bool TakesPieces() const;
+
   protected:
     File_Stream() noexcept = default;
     File_Stream(const File_Stream&) noexcept = default;

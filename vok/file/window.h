@@ -58,6 +58,8 @@ class File_Window {
         return m_uBefore + static_cast<std::size_t>(m_p - m_pBegin);
     }
     [[nodiscard]] u3_t Missing() const noexcept { return m_uMissing; }
+    // Bytes of memory held.
+    [[nodiscard]] std::size_t Held() const noexcept { return m_oRoom.Capacity(); }
 
     // Leaves the stream behind what was read, where it can seek; returns how many bytes it still
     // has, as far as it knows.

@@ -18,7 +18,7 @@ namespace vok::records {
 // such place on is held back, MOST_HELD bytes at most.
 class PatchSink {
   public:
-    static constexpr bool IN_MEMORY = false;
+    static constexpr bool COLLECTS = true;
     static constexpr std::size_t PIECE = std::size_t{256} << 10;
     static constexpr std::size_t MOST_HELD = std::size_t{64} << 20;
     static constexpr u3_t NOTHING = ~u3_t{0};

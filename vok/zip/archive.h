@@ -147,6 +147,7 @@ class Zip_Archive final : public File_Stream {
     }
     // The path of the archive, "*** Zip_Archive ***" in memory, null when closed.
     [[nodiscard]] const char* Name() const override;
+    [[nodiscard]] bool TakesPieces() const override { return true; }
 
   private:
     struct State;

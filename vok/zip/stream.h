@@ -73,6 +73,7 @@ class Zip_Stream : public File_Stream {
     }
     // The name of what lies below.
     [[nodiscard]] const char* Name() const override;
+    [[nodiscard]] bool TakesPieces() const override { return true; }
 
   protected:
     // For streams that own what lies below them: to be called by their destructors.
