@@ -164,6 +164,7 @@ void RegisterFacade(const Set& oSet);
 void RegisterFloor(const Set& oSet);
 void RegisterMsgpack(const Set& oSet);
 void RegisterRapidjson(const Set& oSet);
+void RegisterRecords(const Set& oSet);
 void RegisterVok(const Set& oSet);
 void RegisterXml(const Set& oSet);
 

@@ -68,6 +68,7 @@ class TableReporter : public benchmark::BenchmarkReporter {
     static void PrintTable(const std::string& sSet, const Table& oTable) {
         auto oPeer = oTable.find("msgpack");
         if (oPeer == oTable.end()) oPeer = oTable.find("pugixml");
+        if (oPeer == oTable.end()) oPeer = oTable.find("tree");
         if (oPeer == oTable.end()) oPeer = oTable.begin();
         const auto oIsShown = [&](const char* sColumn) {
             return oPeer->second.count(sColumn) != 0;
@@ -91,7 +92,7 @@ class TableReporter : public benchmark::BenchmarkReporter {
                     continue;
                 }
                 std::printf(" %.1f", oFound->second);
-                if (oPeer->first != sContender) {
+                if (oPeer->first != sContender && oPeer->second.count(sColumn) != 0) {
                     std::printf(" (%.2f)", oFound->second / oPeer->second.at(sColumn));
                 }
                 std::printf(" |");
@@ -131,6 +132,7 @@ void RegisterAll(const bench::Set& oSet) {
     bench::RegisterMsgpack(oSet);
     bench::RegisterRapidjson(oSet);
     bench::RegisterXml(oSet);
+    bench::RegisterRecords(oSet);
     bench::RegisterObjects(oSet);
     bench::RegisterCereal(oSet);
     bench::RegisterBoost(oSet);
@@ -160,6 +162,14 @@ void PrintColumns(const bench::Set& oSet) {
         {" as XML/vok/save", uNodes},
     };
     for (const auto& o : COLUMNS) std::printf("%s%s\t%zu\n", oSet.sName, o.sColumn, o.uUnits);
+    if (std::strcmp(oSet.sName, "orders") == 0) {
+        for (const char* sColumn :
+             {" by records/Data_Reader/read", " by records/Records/read",
+              " by records/Data_Writer/write", " by records as XML/Data_Reader/read",
+              " by records as XML/Data_Writer/write"}) {
+            std::printf("%s%s\t%zu\n", oSet.sName, sColumn, uNodes);
+        }
+    }
     const std::size_t uObjectNodes = bench::ObjectNodes(oSet);
     if (uObjectNodes == 0) return;
     for (const char* sColumn : {"write", "write reused", "read"}) {

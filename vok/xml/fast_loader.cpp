@@ -1,64 +1,14 @@
 // The loop that most elements go through.
-#include <bit>
-#include <charconv>
 #include <cstring>
-#include <limits>
 #include <string_view>
 
 #include "vok/base/utf8.h"
+#include "vok/xml/fast_text.h"
 #include "vok/xml/loader.h"
 
 namespace vok::detail {
 
-namespace {
-
-// The bytes after a name in a start tag that gives the most frequent types.
-constexpr std::size_t SAME = xml::TYPE.size() + 3;  // which all types have in front
-constexpr std::string_view TYPE_START = xml::TypeTag<Data_Node::Integer>::TEXT.substr(0, SAME);
-constexpr std::string_view INTEGER_TYPE = xml::TypeTag<Data_Node::Integer>::TEXT.substr(SAME);
-constexpr std::string_view DOUBLE_TYPE = xml::TypeTag<Data_Node::Double>::TEXT.substr(SAME);
-constexpr std::string_view BOOLEAN_TYPE = xml::TypeTag<Data_Node::Boolean>::TEXT.substr(SAME);
-constexpr std::string_view BINARY_TYPE = xml::TypeTag<Data_Node::Binary>::TEXT.substr(SAME);
-// So many bytes behind a name can be looked at without asking: a type and a whole number, or the
-// start of a CDATA section.
-constexpr std::ptrdiff_t ROOM = 32;
-constexpr std::size_t LONGEST_INTEGER = 12;  // with the "<" behind it
-static_assert(SAME + INTEGER_TYPE.size() + LONGEST_INTEGER <= ROOM);
-static_assert(SAME + BINARY_TYPE.size() + xml::CDATA.size() <= ROOM);
-// Bytes that tell an end tag.
-constexpr std::ptrdiff_t END_TAG = 2;
-
-bool StartsWith(const char* p, std::string_view s) noexcept {
-    return std::memcmp(p, s.data(), s.size()) == 0;
-}
-
-// A whole number as it is written, with "<" behind it; false for any other text.
-bool TakeInteger(const char*& p, u2_t& uValue) noexcept {
-    const bool bNegative = *p == '-';
-    p += bNegative;
-    // A leading zero means an octal number.
-    if (*p == '0' && p[1] != '<') return false;
-    const char* pDigits = p;
-    u3_t u = 0;
-    while (p - pDigits < 10 && static_cast<u2_t>(*p - '0') < 10) {
-        u = 10 * u + static_cast<u2_t>(*p++ - '0');
-    }
-    constexpr u3_t MOST = std::numeric_limits<i2_t>::max();
-    if (p == pDigits || *p != '<' || u > MOST + bNegative) return false;
-    uValue = static_cast<u2_t>(bNegative ? 0 - u : u);
-    return true;
-}
-
-// Whether the end tag of an element stands at p, and is told without looking at its bytes one by
-// one.
-inline bool EndsHere(const Hash_Text& oName, const char* p, const char* pEnd) noexcept {
-    const char* pName = p + 2;
-    return pEnd - p >= END_TAG && p[1] == '/' && *p == '<' &&
-           oName.StandsAt(pName, static_cast<std::size_t>(pEnd - pName)) &&
-           pName[oName.uLength] == '>';
-}
-
-}  // namespace
+using namespace xml::fast;
 
 // What is called from the loop takes no reference to its variables, which then stay in registers.
 
@@ -140,15 +90,11 @@ inline XmlLoader::Content XmlLoader::FastContent(const char*& p, const Hash_Text
 inline XmlLoader::Content XmlLoader::FastCdata(const char*& p, const Hash_Text& oName,
                                                Node& oNode) {
     if (!StartsWith(p, xml::CDATA)) return Content::Other;
-    const char* pText = p + xml::CDATA.size();
-    const char* pStop = pText;
-    do {
-        const std::size_t uLeft = static_cast<std::size_t>(m_pEnd - pStop);
-        pStop = static_cast<const char*>(std::memchr(pStop, ']', uLeft));
-        if (pStop == nullptr || Rest(pStop).size() < xml::CDATA_END.size()) return Content::Other;
-    } while (!StartsWith(pStop++, xml::CDATA_END));
-    const std::string_view sText = Between(pText, pStop - 1);
-    p = pStop - 1 + xml::CDATA_END.size();
+    const char* const pText = p + xml::CDATA.size();
+    const char* const pStop = EndOfCdata(pText, m_pEnd);
+    if (pStop == nullptr) return Content::Other;
+    const std::string_view sText = Between(pText, pStop);
+    p = pStop + xml::CDATA_END.size();
     return EndsHere(oName, p, m_pEnd) && AddFastText(oNode, sText) ? Content::Ends : Content::Other;
 }
 
@@ -157,36 +103,18 @@ inline XmlLoader::Content XmlLoader::FastTyped(const char*& p, const Hash_Text& 
                                                Node& oNode) {
     if (!StartsWith(p, TYPE_START)) return Content::Other;
     p += TYPE_START.size();
-    const char* pText;
-    if (StartsWith(p, INTEGER_TYPE)) {
-        pText = p += INTEGER_TYPE.size();
-        oNode.SetType(Node::Integer);
-        if (!TakeInteger(p, oNode.uWord2)) return Content::Other;
-    } else if (StartsWith(p, DOUBLE_TYPE)) {
-        pText = p += DOUBLE_TYPE.size();
-        oNode.SetType(Node::Double);
-        double dValue;
-        const auto oResult = std::from_chars(p, m_pEnd, dValue);
-        if (oResult.ec != std::errc() || oResult.ptr == p) return Content::Other;
-        p = oResult.ptr;
-        oNode.SetValue64(std::bit_cast<u3_t>(dValue));
-    } else if (StartsWith(p, BOOLEAN_TYPE)) {
-        pText = p += BOOLEAN_TYPE.size();
-        oNode.SetType(Node::Boolean);
-        oNode.uWord2 = *p == '1';
-        if (*p != '1' && *p != '0') return Content::Other;
-        ++p;
-    } else if (StartsWith(p, BINARY_TYPE)) {
+    if (StartsWith(p, BINARY_TYPE)) {
         p += BINARY_TYPE.size();
         oNode.SetType(Node::Binary);
         u3_t uBlock = 0;
         p = FastBlock(p, oName, uBlock);
         oNode.SetValue64(uBlock);
         return p != nullptr ? Content::Ends : Content::Other;
-    } else {
-        return Content::Other;
     }
-    if (Between(pText, p).size() > m_oLimits.m_uTextBytes) return Content::Other;
+    Scalar o;
+    if (!o.Take(p, m_pEnd) || o.uBytes > m_oLimits.m_uTextBytes) return Content::Other;
+    oNode.SetType(o.eType);
+    oNode.SetValue64(o.uValue);
     return EndsHere(oName, p, m_pEnd) ? Content::Ends : Content::Other;
 }
 

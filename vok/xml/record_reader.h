@@ -36,6 +36,17 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     [[nodiscard]] Data_Node::Type OpenType() const noexcept {
         return m_bHeld ? m_eType : Data_Node::Tree;
     }
+    // Reads an element, or the end of one that has others in it, that is like most are: an expected
+    // name, no attributes but the type, a plain text or number, all of it at hand. False for any
+    // other, with nothing read.
+    [[nodiscard]] bool ReadFast();
+    void ReadNext();
+    [[nodiscard]] bool CloseFast(const char* p);
+    [[nodiscard]] u2_t FindName(const char* p);
+    // What stands behind "<name": p moves behind the element, or in front of the first one in it,
+    // and the record has its value.
+    [[nodiscard]] bool TakeFast(const char*& p, const Hash_Text& oName);
+    [[nodiscard]] bool TakeFastText(std::string_view sText);
     void CheckLimits() const;
     // Holds the element of m_oTag.
     void Hold();
