@@ -29,14 +29,6 @@ struct Place {
     return sName != nullptr ? sName : "";
 }
 
-[[nodiscard]] bool HasAttributes(const vok::Data& oNode) {
-    for (const auto& o : oNode.GetAttributes()) {
-        (void)o;
-        return true;
-    }
-    return false;
-}
-
 }  // namespace
 
 void NoteShape(Shape& oTop, const vok::Data& oRecord) {
@@ -66,8 +58,7 @@ void NoteShape(Shape& oTop, const vok::Data& oRecord) {
             pShape->bList = pShape->bList || pShape == oLevel.pLast;
             oLevel.pLast = pShape;
         }
-        pShape->bObject =
-            pShape->bObject || o.GetType() == Data_Node::Tree || HasAttributes(o.GetData());
+        pShape->bObject = pShape->bObject || o.GetType() == Data_Node::Tree || o.HasAttributes();
         if (o.GetType() == Data_Node::Tree) aoLevel.push_back({pShape});
     }
 }
@@ -144,20 +135,23 @@ class JsonLines::Impl {
     void AddNode(const vok::Data_Walk& o, const Shape& oShape) {
         const Data_Node::Type eType = o.GetType();
         if (!oShape.bObject) return AddValue(o);
-        const vok::Data oNode = o.GetData();
         m_oJson.StartObject();
-        oNode.GetAttributes(m_oNames, m_oValues, true);
-        for (std::size_t u = 0; u < m_oNames.Size(); ++u) {
-            m_sKey.assign(1, '@').append(m_oNames(u));
-            m_oJson.Key(m_sKey.data(), static_cast<rapidjson::SizeType>(m_sKey.size()));
-            Text(m_oValues(u));
-        }
+        if (o.HasAttributes()) AddAttributes(o.GetData());
         if (eType == Data_Node::Tree) return m_aoPlace.push_back({&oShape});
         if (eType != Data_Node::Empty) {
             m_oJson.Key("#value");
             AddValue(o);
         }
         m_oJson.EndObject();
+    }
+
+    void AddAttributes(const vok::Data& oNode) {
+        oNode.GetAttributes(m_oNames, m_oValues, true);
+        for (std::size_t u = 0; u < m_oNames.Size(); ++u) {
+            m_sKey.assign(1, '@').append(m_oNames(u));
+            m_oJson.Key(m_sKey.data(), static_cast<rapidjson::SizeType>(m_sKey.size()));
+            Text(m_oValues(u));
+        }
     }
 
     // JSON has no infinities and nothing that is not a number.

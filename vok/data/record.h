@@ -31,8 +31,8 @@ class Data_Record : public Data_Value {
     // Of a Tree: how many are announced.
     [[nodiscard]] u2_t GetSuccs() const noexcept { return static_cast<u2_t>(m_uValue); }
 
-    // Whether the document says that it leads to another node. In XML it may have a value of its own
-    // besides, which is what it has if there is no such node.
+    // Whether the document says that it leads to another node. In XML it may have a value of its
+    // own besides, which is what it has if there is no such node.
     [[nodiscard]] bool HasTarget() const noexcept {
         return m_bTarget || m_eType == Data_Node::Link;
     }

@@ -27,6 +27,13 @@ Data_View Data_View::IfOrdered(const Data& oNode) noexcept {
     return Data_View(*p, oNode.m_uId);
 }
 
+bool Data_View::HasAttributes() const {
+    if (!m_pBase->m_oAtt.Has(m_uId)) return false;
+    Arr<u2_t> oKeys;  // removed ones leave a trace
+    m_pBase->m_oAtt.List(m_uId, oKeys);
+    return oKeys.Size() != 0;
+}
+
 Data_Key Data_View::KeyOf(std::string_view sName) const {
     return {m_pBase->FindKey(sName)};
 }

@@ -49,6 +49,9 @@ class Data_View {
         return m_uId != 0 ? nullptr : "Root";
     }
 
+    // Whether it has attributes, which a cursor lists.
+    [[nodiscard]] bool HasAttributes() const;
+
     // ---- values -----------------------------------------------------------
 
     // Boolean, Integer, Char.

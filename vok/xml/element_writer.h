@@ -31,9 +31,9 @@ class ElementWriter {
     // ---- tags -------------------------------------------------------------
 
     void BeginTag(std::string_view sName) {
-        m_oSink.Cut(StoreTabs(m_oSink.Space(FIXED_ROOM)));
-        Add("<");
-        Add(sName);
+        char* p = StoreTabs(m_oSink.Space(FIXED_ROOM));
+        *p++ = '<';
+        PutName(p, sName);
     }
     void Attribute(std::string_view sName, std::string_view sValue) {
         Add(" ");
@@ -64,9 +64,8 @@ class ElementWriter {
         Attribute(sName, {s, 2 + FormatInteger(uNumber, s + 2)});
     }
     void EndTag(std::string_view sName) {
-        Add("</");
-        Add(sName);
-        Add(">\n");
+        PutName(PutText(m_oSink.Space(FIXED_ROOM), "</"), sName);
+        m_oSink.Cut(PutText(m_oSink.Space(FIXED_ROOM), ">\n"));
     }
 
     // ---- elements with others in them ---------------------------------------
@@ -77,8 +76,8 @@ class ElementWriter {
     }
     void EndTree(std::string_view sName) {
         --m_uDepth;
-        m_oSink.Cut(StoreTabs(m_oSink.Space(FIXED_ROOM)));
-        EndTag(sName);
+        PutName(PutText(StoreTabs(m_oSink.Space(FIXED_ROOM)), "</"), sName);
+        m_oSink.Cut(PutText(m_oSink.Space(FIXED_ROOM), ">\n"));
     }
 
     // ---- values: all behind the attributes, up to the end tag ---------------
@@ -141,8 +140,7 @@ class ElementWriter {
         Add(CDATA_END);
     }
     void Bin(const char* pData, std::size_t uSize) {
-        Attribute(TYPE, NameOf(Data_Node::Binary));
-        Add(">");
+        Add(TagOf(Data_Node::Binary));
         Add(CDATA);
         for (std::size_t u = 0; u < uSize; u += BLOCK_PIECE) {
             const std::size_t uPiece = std::min(uSize - u, BLOCK_PIECE);
@@ -176,10 +174,22 @@ class ElementWriter {
     static constexpr std::size_t BLOCK_PIECE = 3 << 10;
     static_assert(Base64Size(BLOCK_PIECE) <= PieceSink::LARGEST_SPACE);
 
+    static constexpr std::size_t SHORT_NAME = 64;
+    static char* PutText(char* p, std::string_view s) noexcept {
+        std::memcpy(p, s.data(), s.size());
+        return p + s.size();
+    }
+    // A name behind what was put at p, in the room of which there is place for a short one.
+    void PutName(char* p, std::string_view sName) {
+        if (sName.size() <= SHORT_NAME) [[likely]]
+            return m_oSink.Cut(PutText(p, sName));
+        m_oSink.Cut(p);
+        Add(sName);
+    }
+    // A short text.
     void Typed(Data_Node::Type eType, std::string_view sText) {
-        Attribute(TYPE, NameOf(eType));
-        Add(">");
-        Add(sText);
+        char* const p = PutText(m_oSink.Space(FIXED_ROOM), TagOf(eType));
+        m_oSink.Cut(PutText(p, sText));
     }
 
     u2_t m_uDepth;

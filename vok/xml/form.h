@@ -70,6 +70,22 @@ struct TypeTag {
     static constexpr std::string_view TEXT{CHARS.data(), CHARS.size()};
 };
 
+// The same for a type that is told while running.
+[[nodiscard]] constexpr std::string_view TagOf(Data_Node::Type eType) noexcept {
+    switch (eType) {
+        case Data_Node::Boolean: return TypeTag<Data_Node::Boolean>::TEXT;
+        case Data_Node::Integer: return TypeTag<Data_Node::Integer>::TEXT;
+        case Data_Node::Char: return TypeTag<Data_Node::Char>::TEXT;
+        case Data_Node::Float: return TypeTag<Data_Node::Float>::TEXT;
+        case Data_Node::Double: return TypeTag<Data_Node::Double>::TEXT;
+        case Data_Node::Date: return TypeTag<Data_Node::Date>::TEXT;
+        case Data_Node::Binary: return TypeTag<Data_Node::Binary>::TEXT;
+        case Data_Node::Long: return TypeTag<Data_Node::Long>::TEXT;
+        case Data_Node::Quad: return TypeTag<Data_Node::Quad>::TEXT;
+        default: return {};
+    }
+}
+
 // Null for any other text.
 [[nodiscard]] inline const TypeName* FindType(std::string_view sName) noexcept {
     for (const TypeName& o : TYPES) {
