@@ -22,12 +22,12 @@ bool HasRecords(std::string_view sBytes) {
 // to follow, or to lead nowhere.
 void CheckRecords(std::string_view sBytes, const Data& oLoaded, const std::string& sError,
                   const Load_Report& oReport) {
+    // A stream of few bytes at a time, and a buffer; readers end before they do.
+    Foreign_Stream oStream(sBytes);
+    File_Buf oBuf(sBytes.data(), sBytes.size());
     std::optional<Data_Reader> oReader;
     bool bLinks = false;
     const auto oRead = [&](bool bTake, Data& oTree) {
-        // A stream of few bytes at a time, and a buffer.
-        Foreign_Stream oStream(sBytes);
-        File_Buf oBuf(sBytes.data(), sBytes.size());
         File_Stream& oIn = bTake ? static_cast<File_Stream&>(oBuf) : oStream;
         return Raised([&] {
             oReader.emplace(oIn);

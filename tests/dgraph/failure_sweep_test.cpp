@@ -6,6 +6,8 @@
 #include "vok/data/store_check.h"
 #include "vok/data/xpath.h"
 #include "vok/dgraph/access.h"
+#include "vok/records/records.h"
+#include "vok/records/writer.h"
 
 namespace vok {
 namespace {
@@ -68,6 +70,32 @@ const Case g_aCases[] = {
      [](State& o) {
          Drop_Stream oStream(o.sBytes);
          Dgraph_LoadDGraph(o.oTree, oStream);
+     }},
+    {"read record by record",
+     [](State& o) {
+         Drop_Stream oStream(o.sBytes, 100);
+         Data_Reader oReader(oStream);
+         if (oReader.Next()) oReader.Take(o.oTree);
+         while (oReader.Next()) {
+         }
+     }},
+    {"read XML record by record",
+     [](State& o) {
+         const std::string sXml = Written([&](File_Buf& oOut) { o.oTree.SaveToXML(oOut); });
+         Drop_Stream oStream(sXml, 100);
+         o.sResult.clear();
+         for (const Data& oPart : Records(oStream, "//*")) o.sResult += Show(oPart);
+     }},
+    {"write node by node",
+     [](State& o) {
+         File_Buf oBuf("w");
+         for (const auto eForm : {Data_Writer::Form::DGraph, Data_Writer::Form::Xml}) {
+             Data_Writer oWriter(oBuf, eForm);
+             oWriter.AnnounceTarget("/part[0]");
+             oWriter.Add(o.oTree);
+             oWriter.Finish();
+         }
+         o.sResult.assign(oBuf.Data(), oBuf.Size());
      }},
     {"evaluate paths",
      [](State& o) {

@@ -157,6 +157,69 @@ TEST(Reader, LinksWithinASubtreeAndOutOfIt) {
     EXPECT_EQ(Load(Save(oRecords.GetData())), Show(oRecords.GetData()));
 }
 
+// What a document is wrapped in, and how it is coded.
+TEST(Reader, EveryFormAndWrapping) {
+    const Scratch_Dir oDir;
+    const auto oNames = [](Data_Reader&& oReader) {
+        std::string s;
+        while (oReader.Next()) s += std::string(oReader->GetName()) + ' ';
+        return s + std::to_string(oReader.GetReport().m_uBytesLeft);
+    };
+    const std::string sDGraph = Document(2, Open("a[0]", 0) + Text("b[0]", "x"));
+    const std::string sXml = "<Root><a/><b>x</b></Root>\n";
+    for (const std::string& sPlain : {sDGraph, sXml}) {
+        const std::string sLeft = sPlain == sXml ? "1" : "0";
+        for (const std::string& s : {sPlain, Compressed(sPlain), Zipped({sPlain})}) {
+            ToDisk("f", s);
+            EXPECT_EQ(oNames(Data_Reader("f")), "Root a b " + sLeft);
+            File_Buf oBuf(s.data(), s.size());
+            EXPECT_EQ(oNames(Data_Reader(oBuf)), "Root a b " + sLeft);
+            Drop_Stream oStream(s);
+            const std::string sFailure = Failing([&] { oNames(Data_Reader(oStream)); });
+            EXPECT_EQ(sFailure, !s.starts_with("PK") ? ""
+                                                     : "a zip archive is read from a file or from "
+                                                       "memory only");
+            // Cut short, which shows at the end of what is compressed.
+            if (s == sPlain) continue;
+            File_Buf oCut(s.data(), s.size() - 3);
+            EXPECT_NE(Failing([&] { oNames(Data_Reader(oCut)); }), "");
+        }
+    }
+    std::string sWide = "\xFF\xFE";
+    for (const char c : sXml) (sWide += c) += '\0';
+    Drop_Stream oWide(sWide);
+    EXPECT_EQ(oNames(Data_Reader(oWide)), "Root a b 2");
+    const std::string sDump = DumpOf(LoadTree(sDGraph));
+    File_Buf oDump(sDump.data(), sDump.size());
+    EXPECT_EQ(Failing([&] { Data_Reader oReader(oDump); }),
+              "a native dump cannot be read record by record");
+    EXPECT_TRUE(Has(Failing([] { Data_Reader("gone"); }), "could not open file"));
+}
+
+// Depth takes 16 bytes a level, width and length nothing; who has seen enough may leave.
+TEST(Reader, DeepDocuments) {
+    constexpr int DEPTH = 1000000;
+    const std::string sDGraph = Header() + Repeat(Open("a[0]", 1), DEPTH - 1) + Open("a[0]", 0);
+    const std::string sXml = Repeat("<a>", DEPTH) + Repeat("</a>", DEPTH);
+    for (const std::string& s : {sDGraph, sXml}) {
+        Drop_Stream oIn(s, 1000);
+        const Mem_Probe oProbe;
+        Data_Reader oReader(oIn);
+        int iDepth = 0;
+        while (oReader.Next()) iDepth = std::max(iDepth, static_cast<int>(oReader->GetDepth()));
+        EXPECT_EQ(iDepth, DEPTH - 1);
+        // An array of so many levels has room for twice as many.
+        EXPECT_LT(Mem_Probe::Peak(), 33u * DEPTH + 1000000);
+    }
+    for (const std::string& s : {sDGraph, sXml}) {
+        Drop_Stream oIn(s, 1000);
+        for (const Data& o : Records(oIn, "/a/a")) {
+            EXPECT_EQ(o.GetNodes(), static_cast<u2_t>(DEPTH - 2));
+            break;
+        }
+    }
+}
+
 TEST(Reader, MemoryDoesNotGrowWithTheDocument) {
     std::string sRecords;
     for (int i = 0; i < 100000; ++i) {

@@ -17,8 +17,8 @@ void Dgraph_SetVersion(Data& data, int iMajor, int iMinor, int iPatch);
 // the errors of the stream, which keeps what was written by then. Major version 2 is a header
 // and what Data::Dump writes, not flushed.
 //
-// Every field is one write of its exact width, except that streams of this library get the
-// same bytes in larger pieces.
+// Every field is one write of its exact width, except to streams that take pieces, as those of
+// this library do.
 void Dgraph_SaveDGraph(const Data& data, File_Stream& out);
 
 // Replaces data by the tree of a document; data is then on its root and the tree carries the
