@@ -187,7 +187,7 @@ class Reader<Source>::Fast {
         HandOver();
         r.ReadValue(o.eCode);
         m_p = r.m_oSource.Peek();
-        m_pEnd = m_p + r.m_oSource.AtHand();
+        if constexpr (Source::MOVES) m_pEnd = m_p + r.m_oSource.AtHand();
         m_bAhead = true;
     }
 

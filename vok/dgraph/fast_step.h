@@ -38,18 +38,17 @@ namespace vok::dgraph {
     return bVerbatim;
 }
 
-[[nodiscard]] inline bool IsLongIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
+[[nodiscard, gnu::noinline]] inline bool IsLongIndex(const char* p, std::size_t uSize,
+                                                     u2_t uIndex) noexcept {
     char sIndex[32];
     const std::size_t uDigits = FormatInteger(uIndex, sIndex);
     sIndex[uDigits] = ']';
     return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
 }
 
-// Whether the rest of a step text, behind its "[", is this index in decimal and its bracket.
-[[nodiscard]] inline bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
-    if (uIndex < 10) [[likely]] {
-        return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
-    }
+// The same for one of more than one digit: out of line, what calls it has its registers full.
+[[nodiscard, gnu::noinline]] inline bool IsManyDigits(const char* p, std::size_t uSize,
+                                                      u2_t uIndex) noexcept {
     constexpr u3_t ZEROS = 0x3030303030303030u;
     const std::size_t uDigits = uSize - 1;
     if (uDigits - 2 > 6) return IsLongIndex(p, uSize, uIndex);
@@ -64,6 +63,12 @@ namespace vok::dgraph {
     uValue = uValue * (100 * 0x10000 + 1) >> 16 & 0x0000FFFF0000FFFFu;
     uValue = uValue * (10000 * 0x100000000u + 1) >> 32;
     return uValue == uIndex && p[0] != '0' && p[uDigits] == ']';
+}
+// Whether the rest of a step text, behind its "[", is this index in decimal and its bracket.
+[[nodiscard]] inline bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
+    if (uIndex >= 10) [[unlikely]]
+        return IsManyDigits(p, uSize, uIndex);
+    return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
 }
 
 }  // namespace vok::dgraph

@@ -55,11 +55,6 @@ void RaiseTargetMissing() {
                       "Dgraph_LoadDGraph: Verweis zeigt auf keinen Knoten."});
 }
 
-void RaisePathNeedsTree(const char* sPath) {
-    Msg_Entry::Raise({"path \"%0\" needs the whole tree", "Pfad \"%0\" braucht den ganzen Baum"},
-                     {Msg_Arg(sPath)});
-}
-
 void RaiseTargetNotUnique() {
     Msg_Entry::Raise({"Dgraph_LoadDGraph: referenced node is not unique.",
                       "Dgraph_LoadDGraph: Ziel des Verweises ist nicht eindeutig."});

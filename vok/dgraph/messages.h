@@ -17,9 +17,6 @@ namespace vok::dgraph {
 [[noreturn]] void RaiseTargetMissing();
 [[noreturn]] void RaiseTargetNotUnique();
 
-// A path that records cannot be told by as they come.
-[[noreturn]] void RaisePathNeedsTree(const char* sPath);
-
 // What the checks of names find.
 [[noreturn]] void RaiseEmptyAttributeName();
 [[noreturn]] void RaiseInvalidAttributeCharacter(char c);

@@ -1,8 +1,9 @@
 // Where the reader gets its bytes from. Internal.
 //
 // Both sources deliver what is left and no more: Fetch fills up what is missing with zeros,
-// View gives a shorter text; Missing counts what was. Neither asks for memory that the bytes of
-// the stream do not justify.
+// View gives a shorter text; Missing counts what was. One that LOOKS_AHEAD shows what comes next,
+// which in one that MOVES may stand elsewhere after each call. Neither asks for memory that the
+// bytes of the stream do not justify.
 #ifndef VOK_DGRAPH_SOURCES_H
 #define VOK_DGRAPH_SOURCES_H
 
@@ -20,6 +21,7 @@ namespace vok::dgraph {
 class StreamSource {
   public:
     static constexpr bool LOOKS_AHEAD = false;
+    static constexpr bool MOVES = false;
     static constexpr std::size_t FIRST_BUFFER = 4096;
     static constexpr std::size_t CHUNK = 64 * 1024;
 
@@ -69,6 +71,7 @@ class StreamSource {
 class BufferSource {
   public:
     static constexpr bool LOOKS_AHEAD = true;
+    static constexpr bool MOVES = false;
 
     explicit BufferSource(File_Buf& oIn) noexcept
         : m_oIn(oIn), m_pBegin(oIn.Peek()), m_p(m_pBegin), m_pEnd(m_p + oIn.Remaining()) {}
@@ -112,6 +115,7 @@ class BufferSource {
 class WindowSource {
   public:
     static constexpr bool LOOKS_AHEAD = true;
+    static constexpr bool MOVES = true;
 
     explicit WindowSource(File_Stream& oIn) : m_oWindow(oIn) {}
 
