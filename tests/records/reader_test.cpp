@@ -16,6 +16,19 @@ void ExpectSame(const std::string& sDocument, const Limits& oLimits = {}) {
     EXPECT_EQ(TakeWhole(oStream, oLimits).sShown, oLoaded.sShown);
 }
 
+// Whether trees are made on the way or not, reading comes to the same place, with the same error
+// if there is one, counts the same, and hits the same limits.
+void ExpectSameInParts(const std::string& sDocument, const Limits& oLimits = {}) {
+    constexpr u2_t NEVER = 99;
+    Drop_Stream oIn(sDocument, 7);
+    const Reading oPlain = ReadThrough(oIn, oLimits, NEVER);
+    for (const u2_t uLevel : {1u, 2u, 3u}) {
+        Drop_Stream oAgain(sDocument, 7);
+        EXPECT_EQ(ReadThrough(oAgain, oLimits, uLevel), oPlain)
+            << uLevel << ' ' << testing::PrintToString(sDocument);
+    }
+}
+
 // Elements of every kind.
 const std::string g_sXml =
     "<?xml version='1.0'?><!DOCTYPE R><R a='1' b='x &amp; y' a='2'> <!-- c --><?p i?>\n"
@@ -73,6 +86,29 @@ TEST(Reader, LimitsAreThoseOfLoading) {
             ExpectSame(g_sGaps, AtMost(o, uMost));
             ExpectSame(g_sXml, AtMost(o, uMost));
         }
+    }
+}
+
+// Gaps, nodes out of order and a level without end, three levels down.
+const std::string g_sDeep = Document(
+    3, Open("a[1][@k=\"v\"]", 3) + Leaf("x[2]", 1, I32(1)) + Open("x[4]", 2) +
+           Leaf("y[0]", 1, I32(2)) + Open("y[3]", 2) + Leaf("z[0]", 1, I32(3)) + Text("z[1]", "t") +
+           Text("w[0]", "u") + Open("b[0]", 2) + Leaf("c[0]", 0, I32(0)) + Open("c[1]", 2) +
+           Leaf("d[1]", 1, I32(5)) + Text("d[2]", "v") + Open("b[1]", 0xFFFFFFFF) +
+           Leaf("e[0]", 1, I32(6)) + Text("e[1]", "w"));
+
+TEST(Reader, TreesOnTheWayChangeNothing) {
+    ExpectSameInParts(g_sDeep);
+    for (std::size_t u = 0; u < g_sDeep.size(); ++u) {
+        ExpectSameInParts(g_sDeep.substr(0, u));
+        for (const char c : {'\0', '\1', '\xFF', '[', '7'}) {
+            std::string sDamaged = g_sDeep;
+            sDamaged[u] = c;
+            ExpectSameInParts(sDamaged);
+        }
+    }
+    for (const Limit& o : {LIMIT_NODES, LIMIT_DEPTH, LIMIT_SLOTS, LIMIT_TEXT_BYTES}) {
+        for (u3_t uMost = 0; uMost < 40; ++uMost) ExpectSameInParts(g_sDeep, AtMost(o, uMost));
     }
 }
 

@@ -50,6 +50,19 @@ inline Reading TakeWhole(File_Stream& oIn, const Limits& oLimits = {}) {
     return {sError.empty() ? Show(oTree) : sError, oReader ? Line(oReader->GetReport()) : ""};
 }
 
+// What reading comes to without a tree, or with one of each record of a level.
+inline Reading ReadThrough(File_Stream& oIn, const Limits& oLimits, u2_t uTakenLevel) {
+    Data oTree;
+    std::optional<Data_Reader> oReader;
+    const std::string sError = Failing([&] {
+        oReader.emplace(oIn, oLimits);
+        while (oReader->Next()) {
+            if ((*oReader)->GetDepth() == uTakenLevel) oReader->Take(oTree);
+        }
+    });
+    return {sError, oReader ? Line(oReader->GetReport()) + (oReader->IsInOrder() ? "" : "!") : ""};
+}
+
 }  // namespace vok
 
 #endif  // TESTS_RECORDS_RECORDS_SUPPORT_H

@@ -3,6 +3,7 @@
 #define VOK_DATA_RECORD_SOURCE_H
 
 #include <string_view>
+#include <vector>
 
 #include "vok/base/limits.h"
 #include "vok/base/str.h"
@@ -26,6 +27,24 @@ class Record_Source : public Data_Record {
     // Whether Next would come to a record below the last node of level uLevel. What the record says
     // is no longer valid.
     virtual bool HasBelow(std::size_t uLevel) = 0;
+    // What building the tree of a record has come to.
+    struct Built {
+        struct Link {
+            u2_t uId;
+            Str oTarget;  // its path
+        };
+        u2_t uNode = 0;      // of the record being read
+        bool bGaps = false;  // there are removed nodes, for free places in runs
+        std::vector<Link> aoLink;
+    };
+    // Builds what is below the record, a Tree that has just been come to, as the successors of a
+    // tree's root, and passes over it; links stay empty. False, with nothing done, where that is to
+    // be made of what Next comes to. After an error oBuilt holds as far as it goes.
+    virtual bool BuildBelow(Data& oTree, Built& oBuilt) {
+        (void)oTree;
+        (void)oBuilt;
+        return false;
+    }
     // The user tag of trees of such a document.
     [[nodiscard]] virtual Str Version() const { return {}; }
     // Where reading has got to, or has failed, and what was met on the way.
@@ -33,8 +52,9 @@ class Record_Source : public Data_Record {
     // Bytes read so far.
     [[nodiscard]] virtual u3_t Offset() const = 0;
 
-    // Leaves out what is below the last node of a level.
+    // Leaves out what is below the last node of a level, or nothing after all.
     void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
+    void SkipNothing() noexcept { m_uMostDepth = ALL; }
     [[nodiscard]] const Record_Trail& Trail() const noexcept { return m_oTrail; }
     // Looks at the order of a name behind the last one of the last level.
     void NoteOrder(u2_t uKey) noexcept {
@@ -54,8 +74,6 @@ class Record_Source : public Data_Record {
     }
     // The key of the record's name in it.
     [[nodiscard]] u2_t Key() const noexcept { return m_oTrail.At(m_uDepth).uKey; }
-    // How many places the run of the record's name leaves free in front of it.
-    [[nodiscard]] u2_t FreePlaces() const noexcept { return m_uFree; }
     // Numbers by which links lead to the record, and the one that the record leads to.
     static constexpr u3_t NO_NUMBER = ~u3_t{0};
     [[nodiscard]] const Arr<u3_t>& Numbers() const noexcept { return m_oNumber; }
@@ -86,12 +104,11 @@ class Record_Source : public Data_Record {
     // Whether the record is left out, which ends with the first one that is not.
     [[nodiscard]] bool IsLeftOut() noexcept {
         if (m_uDepth > m_uMostDepth) return true;
-        m_uMostDepth = ALL;
+        SkipNothing();
         return false;
     }
 
     Record_Trail m_oTrail;
-    u2_t m_uFree = 0;
     Arr<u3_t> m_oNumber;
     u3_t m_uLinked = NO_NUMBER;
     bool m_bInOrder = true;

@@ -99,6 +99,7 @@ void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
     oNode.SetType(Node::Tree);
     oNode.uWord2 = uStart;
     oNode.uWord3 = 0;
+    if (uId == 0) m_uIndexed = 1;  // a root stands in no group
 }
 
 // Gives a group room for at least one more. A first group is as large as the node already

@@ -16,6 +16,13 @@ char* Data_Heap::Space(std::size_t uSize) {
     return pSpace;
 }
 
+// The heap has nothing yet, and gets the empty text first.
+u2_t Data_Heap::TryAddFirst(std::string_view sText) noexcept {
+    if (sText.empty() || m_oBytes.Capacity() <= sText.size() + SLACK + 1) return 0;
+    Start();
+    return TryAddText(sText);
+}
+
 // Copies to the end of the heap, from where it may itself have been moved by making room.
 u2_t Data_Heap::Append(const char* pSrc, std::size_t uSize, std::size_t uNul) {
     const bool bOwn = pSrc >= m_oBytes.Beg() && pSrc < m_oBytes.End();

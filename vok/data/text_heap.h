@@ -66,7 +66,9 @@ class Data_Heap {
         const std::size_t uOffset = m_oBytes.Size();
         const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
                            m_oBytes.Capacity() <= m_uMost && uOffset != 0;
-        if (!bRoom || sText.empty() || !IsAsciiText(sText.data(), sText.size())) return 0;
+        if (!bRoom || sText.empty() || !IsAsciiText(sText.data(), sText.size())) {
+            return uOffset == 0 ? TryAddFirst(sText) : 0;
+        }
         char* pText = m_oBytes.End();
         CopyBytes(pText, sText.data(), sText.size());
         pText[sText.size()] = 0;
@@ -153,6 +155,7 @@ class Data_Heap {
 
     u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
     char* Space(std::size_t uSize);
+    [[nodiscard]] u2_t TryAddFirst(std::string_view sText) noexcept;
     [[noreturn]] static void RaiseFull();
 
     Arr_Near<char, FIRST> m_oBytes;

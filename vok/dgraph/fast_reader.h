@@ -36,6 +36,7 @@ class Reader<Source>::Fast {
     // Reads the first record, which is the root's; false when it is not for this.
     [[nodiscard]] bool ReadRoot() {
         m_uRunKey = NO_NAME;
+        m_uRunCount = 0;
         Record o;
         if (!ReadHead(o) || o.eCode != CODE_NONE) return false;
         const i2_t iCount = Load<i2_t>(o.pValue);

@@ -1,26 +1,17 @@
-// Reads DGraph documents; those of major version 2 are a header and a native dump.
 #include "vok/dgraph/reader.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <exception>
 #include <string_view>
 
 #include "vok/base/date.h"
-#include "vok/base/where.h"
 #include "vok/data/escape.h"
 #include "vok/data/link_bytes.h"
-#include "vok/data/report.h"
 #include "vok/data/select.h"
-#include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/fast_reader.h"
-#include "vok/file/forward.h"
-#include "vok/file/rest.h"
 
-namespace vok {
-
-namespace dgraph {
+namespace vok::dgraph {
 
 template <class Source>
 void Reader<Source>::Run() {
@@ -34,6 +25,18 @@ void Reader<Source>::Run() {
         if constexpr (Source::LOOKS_AHEAD) ReadFastRecords();
     }
     m_uNode = 0;
+}
+
+template <class Source>
+void Reader<Source>::RunBelow(u2_t uCount) {
+    m_bFirst = false;
+    m_oLevel.Add(Level{0, NO_NAME, 0, 0, true});
+    OpenLevel(static_cast<i2_t>(uCount));
+    do {
+        if constexpr (Source::LOOKS_AHEAD) ReadFastRecords();
+        if (Top().uPending == 0) return;
+        m_uNode = Top().uParent;
+    } while (ReadRecord());
 }
 
 template <class Source>
@@ -75,7 +78,8 @@ bool Reader<Source>::ReadRecord() {
     } else {
         std::size_t uGot;
         const i2_t iCount = Get<i2_t>(&uGot);
-        if (uGot < 4) return false;
+        m_bCutOff = uGot < 4;
+        if (m_bCutOff) return false;
         if (iCount != 0) {
             OpenLevel(iCount);
             return true;
@@ -88,7 +92,7 @@ bool Reader<Source>::ReadRecord() {
 
 template <class Source>
 void Reader<Source>::OpenLevel(i2_t iCount) {
-    if (m_oLevel.Size() >= m_oLimits.m_uDepth) {
+    if (m_oLevel.Size() + m_uAbove >= m_oLimits.m_uDepth) {
         m_oLimits.RaiseExceeded(&Limits::m_uDepth);
     }
     m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
@@ -143,7 +147,7 @@ void Reader<Source>::AppendNode(u2_t uKey, i2_t iIndex) {
     Level& oLevel = Top();
     const bool bSameRun = oLevel.uRunKey == uKey;
     if (!bSameRun) {
-        if (IsBehind(oLevel, uKey)) oLevel.bInOrder = false;
+        if (IsBehind(oLevel, uKey)) oLevel.bInOrder = m_bInOrder = false;
         oLevel.uRunKey = uKey;
         oLevel.iRunCount = 0;
     }
@@ -168,18 +172,21 @@ void Reader<Source>::SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots) {
 }
 
 template <class Source>
-void Reader<Source>::CheckMemory() {
-    if (m_oBase.m_oNode.Size() >= m_oLimits.m_uNodes) {
-        m_oLimits.RaiseExceeded(&Limits::m_uNodes);
-    }
+void Reader<Source>::CheckNodes() {
+    if (m_oBase.m_oNode.Size() >= m_uMost) m_oLimits.RaiseExceeded(&Limits::m_uNodes);
+    LookAtMemory();
+}
+
+template <class Source>
+void Reader<Source>::LookAtMemory() {
     const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
                        m_oForm.HeapBytes() + m_oKeyOfForm.HeapBytes() +
                        m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +
                        COPIES * m_uNoted;
     m_uNoted = 0;
     const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes = std::min(m_oLimits.m_uNodes,
-                            m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes =
+        std::min(m_uMost, m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
 }
 
 template <class Source>
@@ -237,81 +244,16 @@ void Reader<Source>::ReadLink() {
     SetValue(Data_Node::Link, m_uNode);
 }
 
-namespace {
+// What is called from elsewhere; whole classes would have a copy of every function that is inlined.
+template void Reader<BufferSource>::Run();
+template void Reader<BufferSource>::ResolveLinks();
+template void Reader<BufferSource>::LookAtMemory();
+template void Reader<StreamSource>::Run();
+template void Reader<StreamSource>::ResolveLinks();
+template void Reader<StreamSource>::LookAtMemory();
+template void Reader<WindowSource>::Run();
+template void Reader<WindowSource>::ResolveLinks();
+template void Reader<WindowSource>::LookAtMemory();
+template void Reader<WindowSource>::RunBelow(u2_t);
 
-template <class Source>
-void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Report* pReport) {
-    Reader<Source> oReader(oData, oSource, oLimits);
-    const vok::detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
-        oReport.m_uOffset += oSource.Offset();  // behind the header, counted before
-        oReader.AddTo(oReport);
-        vok::detail::ReportNode(oReport, oData, oReader.CurrentNode());
-    });
-    oReader.Run();
-    oReader.ResolveLinks();
-}
-
-// Whether a stream may be read ahead: who reads on finds it behind the document, or does not.
-bool MayReadAhead(File_Stream& oIn) {
-    if (dynamic_cast<const File_Forward*>(&oIn) != nullptr) return true;
-    const File* pFile = dynamic_cast<const File*>(&oIn);
-    return pFile != nullptr && (pFile->Flags() & File::FLAG_GZIP) == 0 && oIn.Tell() >= 0;
-}
-
-// Where the first error is on its way.
-void LeaveQuietly(WindowSource& oSource) noexcept {
-    try {
-        (void)oSource.Leave();
-    } catch (const std::exception&) {
-        // Nobody reads on in a stream that fails.
-    }
-}
-
-// The body of major version 2. Offsets count from the header on.
-void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
-    const u3_t uHeader = pReport != nullptr ? pReport->m_uOffset : 0;
-    const vok::detail::ReportOnExit oOnExit(
-        pReport, [uHeader](Load_Report& oReport) { oReport.m_uOffset += uHeader; });
-    oData.Load(oIn, oLimits, pReport);
-}
-
-}  // namespace
-
-}  // namespace dgraph
-
-void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_Report* pReport) {
-    return Where("vok::Dgraph_LoadDGraph", [&] {
-        if (pReport != nullptr) *pReport = Load_Report();
-        dgraph::Access::Restart(data);
-        data.SetRootName("Root");
-        char sHeader[dgraph::HEADER_SIZE];
-        const std::size_t uRead = ReadUpTo(in, sHeader, sizeof(sHeader));
-        if (pReport != nullptr) pReport->m_uOffset = uRead;
-        dgraph::Version oVersion;
-        if (!dgraph::LoadHeader(sHeader, uRead, oVersion)) dgraph::RaiseNoBinaryDGraph();
-        if (oVersion.iMajor == 2) return dgraph::LoadDump(data, in, oLimits, pReport);
-        if (oVersion.iMajor != 1) dgraph::RaiseWrongVersion();
-        u3_t uLeft = 0;
-        if (File_Buf* pBuffer = dynamic_cast<File_Buf*>(&in); pBuffer != nullptr) {
-            dgraph::BufferSource oSource(*pBuffer);
-            dgraph::ReadRecords(data, oSource, oLimits, pReport);
-        } else if (dgraph::MayReadAhead(in)) {
-            dgraph::WindowSource oSource(in);
-            try {
-                dgraph::ReadRecords(data, oSource, oLimits, pReport);
-            } catch (...) {
-                dgraph::LeaveQuietly(oSource);
-                throw;
-            }
-            uLeft = oSource.Leave();
-        } else {
-            dgraph::StreamSource oSource(in);
-            dgraph::ReadRecords(data, oSource, oLimits, pReport);
-        }
-        if (pReport != nullptr) pReport->m_uBytesLeft = std::max(uLeft, BytesLeft(in));
-        Dgraph_SetVersion(data, 1, oVersion.iMinor, oVersion.iPatch);
-        data.Shrink();
-    });
-}
-
-}  // namespace vok
+}  // namespace vok::dgraph

@@ -24,20 +24,43 @@ namespace vok::dgraph {
 template <class Source>
 class Reader {
   public:
-    Reader(Data& oData, Source& oSource, const Limits& oLimits)
+    // What counts against the limits of a document already, where only a part of it is read: nodes,
+    // skipped places, and levels that are open.
+    struct Above {
+        u3_t uNodes = 0;
+        u3_t uSkipped = 0;
+        std::size_t uLevels = 0;
+    };
+
+    Reader(Data& oData, Source& oSource, const Limits& oLimits, const Above& oAbove = {})
         : m_oData(oData),
           m_oBase(*Access::BaseOf(oData)),
           m_oSource(oSource),
           m_oLimits(oLimits),
           m_oWork(oLimits),
-          m_uMostNodes(oLimits.m_uNodes) {
-        if (m_oWork.IsMetered()) CheckMemory();
+          m_uMost(oLimits.m_uNodes - std::min(oLimits.m_uNodes, oAbove.uNodes)),
+          m_uMostNodes(m_uMost),
+          m_uSkipped(oAbove.uSkipped),
+          m_uAbove(oAbove.uLevels) {
+        if (m_oWork.IsMetered()) LookAtMemory();
     }
 
     void Run();
+    // Reads what is below a record that was read already, and has so many successors: they become
+    // those of the root, which is there.
+    void RunBelow(u2_t uCount);
 
     // Sets the links, once every target is there.
     void ResolveLinks();
+    // Leaves them empty instead, and gives the id of each and the path of its target.
+    template <class F>
+    void DropLinks(const F& oUse) {
+        for (const Link& o : m_oLink) {
+            m_oBase.m_oNode(o.uId).SetType(Data_Node::Empty);
+            m_oBase.SetNewValue(o.uId, Data_Node::Empty, 0, 0);
+            oUse(o.uId, std::string_view(m_oPaths.Beg() + o.uPath));
+        }
+    }
 
     // The node of the record being read.
     [[nodiscard]] u2_t CurrentNode() const noexcept { return m_uNode; }
@@ -47,6 +70,12 @@ class Reader {
         for (const Level& o : m_oLevel) oReport.m_uMissingNodes += o.uPending;
         oReport.m_uWork = m_oWork.Done();
     }
+    // Places that were skipped, those above included.
+    [[nodiscard]] u3_t Skipped() const noexcept { return m_uSkipped; }
+    // Whether the successors of every node came in the order of their names.
+    [[nodiscard]] bool IsInOrder() const noexcept { return m_bInOrder; }
+    // Whether the stream ended where the document may be cut off, in front of a count.
+    [[nodiscard]] bool IsCutOff() const noexcept { return m_bCutOff; }
 
   private:
     // The successors of one open node: records still to come (a negative number is a large
@@ -76,7 +105,7 @@ class Reader {
     // A text is held by the source and by the tree.
     static constexpr u3_t COPIES = 2;
 
-    [[nodiscard]] Level& Top() noexcept { return m_oLevel.Last(); }
+    [[nodiscard, gnu::always_inline]] Level& Top() noexcept { return m_oLevel.Last(); }
 
     template <class T>
     T Get(std::size_t* pGot = nullptr) {
@@ -93,7 +122,7 @@ class Reader {
     bool ReadRecord();
 
     // Closes the levels that are complete; that of the root's successors stays open.
-    void CloseLevels() noexcept {
+    [[gnu::always_inline]] void CloseLevels() noexcept {
         while (Top().uPending == 0 && Top().uParent != 0) {
             m_oLevel.Pop();
         }
@@ -133,19 +162,21 @@ class Reader {
 
     u2_t AppendCounted(u2_t uParent, u2_t uKey) {
         if (m_oBase.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
-            CheckMemory();
+            CheckNodes();
         return m_oBase.AppendPlaced(uParent, uKey);
     }
 
     // Bytes that the next fields may cost: they are looked at together.
     void NoteBytes(u3_t uBytes) {
         m_uNoted += uBytes;
-        if (m_uNoted >= BYTES_BETWEEN_CHECKS) CheckMemory();
+        if (m_uNoted >= BYTES_BETWEEN_CHECKS) LookAtMemory();
     }
 
-    // Raises the error of the limit on nodes. Where a small input can become a large tree, looks
-    // at its memory, and says at how many nodes that is worth doing again.
-    void CheckMemory();
+    // Raises the error of the limit on nodes for one more. Where a small input can become a large
+    // tree, looks at its memory.
+    void CheckNodes();
+    // Says at how many nodes that is worth doing again.
+    void LookAtMemory();
 
     // ---- values -----------------------------------------------------------
 
@@ -180,8 +211,9 @@ class Reader {
     Source& m_oSource;
     const Limits& m_oLimits;
     Work m_oWork;
-    u3_t m_uMostNodes;  // nodes there may be before CheckMemory is asked
-    u3_t m_uNoted = 0;  // bytes since it was asked
+    const u3_t m_uMost;  // nodes there may be
+    u3_t m_uMostNodes;   // nodes there may be before CheckNodes is asked
+    u3_t m_uNoted = 0;   // bytes since memory was looked at
     Step m_oStep;
     // Names as they stand in the document, where that is not as they are, and their keys.
     Hash m_oForm;
@@ -190,9 +222,12 @@ class Reader {
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;
     u2_t m_uNode = 0;  // of the record being read; its parent as long as its name is not known
-    u3_t m_uSkipped = 0;
-    u3_t m_uPromised = 0;  // successors that groups have room for
+    u3_t m_uSkipped;
+    const std::size_t m_uAbove;  // levels
+    u3_t m_uPromised = 0;        // successors that groups have room for
     bool m_bFirst = true;
+    bool m_bInOrder = true;
+    bool m_bCutOff = false;
 };
 
 }  // namespace vok::dgraph

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "vok/base/date.h"
+#include "vok/data/report.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/messages.h"
+#include "vok/dgraph/reader.h"
 
 namespace vok::dgraph {
 
@@ -108,7 +111,6 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     if (!ReadFastValue(static_cast<u0_t>(pStep[uStep]), pValue, pStep + uSeen)) return false;
     m_uNodes += uLevel != 0;
     m_bNamed = true;
-    m_uFree = 0;
     m_uDepth = static_cast<u2_t>(uLevel);
     m_iIndex = static_cast<i2_t>(uIndex);
     m_sName = m_oTrail.Names()(uKey).View();
@@ -137,10 +139,36 @@ bool RecordReader::HasBelow(std::size_t uLevel) {
     return CloseLevels(uLevel + 1);
 }
 
+// A tree is built by what loads whole documents, for which the records above have counted.
+bool RecordReader::BuildBelow(Data& oTree, Built& oBuilt) {
+    WindowSource oSource(m_oWindow);
+    Reader<WindowSource> oReader(oTree, oSource, m_oLimits,
+                                 {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
+    const u3_t uBefore = m_uSkipped;
+    m_bNamed = false;  // no record of the level that is open is
+    Load_Report oReport;
+    const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report& o) {
+        oReader.AddTo(o);
+        m_uNodes += Access::BaseOf(oTree)->m_oNode.Size() - 1;
+        m_uMissing += o.m_uMissingNodes;
+        m_uSkipped = oReader.Skipped();
+        m_bInOrder = m_bInOrder && oReader.IsInOrder();
+        m_bEnd = oReader.IsCutOff();
+        oBuilt.uNode = oReader.CurrentNode();
+    });
+    oReader.RunBelow(std::exchange(m_oTrail.Last().uPending, 0));
+    oBuilt.bGaps = oReader.Skipped() != uBefore;
+    oReader.DropLinks([&](u2_t uId, std::string_view sPath) {
+        oBuilt.aoLink.push_back({uId, Str(Valid(sPath, m_oRoom))});
+    });
+    return true;
+}
+
 void RecordReader::AddTo(Load_Report& oReport) const {
     oReport.m_uOffset = m_oWindow.Offset();
     oReport.m_uNodes = m_uNodes;
     oReport.m_uMissingBytes = m_oWindow.Missing() - m_uMissingHeader;
+    oReport.m_uMissingNodes = m_uMissing;
     for (const auto& o : m_oTrail.Levels()) oReport.m_uMissingNodes += o.uPending;
     oReport.m_uBytesLeft = m_uLeft;
     // The record being read, or its parent; at the end the root.
@@ -170,7 +198,6 @@ void RecordReader::ReadStep() {
 void RecordReader::NoteName(u2_t uKey, i2_t iIndex) {
     const bool bSameRun = m_oTrail.Last().uKey == uKey;
     const auto iRun = static_cast<i2_t>(bSameRun ? m_oTrail.Last().uRun : 0);
-    m_uFree = 0;
     const bool bRoot = m_oTrail.Size() == 1;
     NoteOrder(uKey);
     if (!bRoot) Count(1);
@@ -179,15 +206,15 @@ void RecordReader::NoteName(u2_t uKey, i2_t iIndex) {
     if (!bRoot) {
         if (bSameRun && iIndex < iRun) RaiseElementExists();
         if (iIndex > iRun) {
-            m_uFree = static_cast<u2_t>(iIndex - i3_t{iRun});
-            m_uSkipped += m_uFree;
+            const auto uFree = static_cast<u2_t>(iIndex - i3_t{iRun});
+            m_uSkipped += uFree;
             if (m_uSkipped > m_oLimits.m_uSkippedSlots) {
                 m_oLimits.RaiseExceeded(&Limits::m_uSkippedSlots);
             }
             // Where there are too many, as far as they go.
             const u3_t uFits = m_oLimits.m_uNodes - m_uNodes;
-            m_oTrail.Last().uRun += static_cast<u2_t>(std::min<u3_t>(uFits, m_uFree));
-            Count(m_uFree);
+            m_oTrail.Last().uRun += static_cast<u2_t>(std::min<u3_t>(uFits, uFree));
+            Count(uFree);
         }
         m_oTrail.Last().uRun = static_cast<u2_t>(iIndex) + 1;
     }

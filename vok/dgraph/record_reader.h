@@ -22,6 +22,7 @@ class RecordReader final : public detail::Record_Source {
 
     bool Next() override;
     bool HasBelow(std::size_t uLevel) override;
+    bool BuildBelow(Data& oTree, Built& oBuilt) override;
     [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
@@ -60,6 +61,7 @@ class RecordReader final : public detail::Record_Source {
     Arr<char> m_oTexts;  // attributes that were no UTF-8
     u3_t m_uNodes = 1;
     u3_t m_uSkipped = 0;
+    u3_t m_uMissing = 0;    // nodes on levels that are not open any more
     u3_t m_uLeft = 0;       // bytes behind the document
     bool m_bNamed = false;  // of the record being read the name is known
     bool m_bEnd = false;    // the stream was at its end

@@ -111,13 +111,13 @@ class BufferSource {
     u3_t m_uMissing = 0;
 };
 
-// A stream that may be read ahead: what comes next is looked at in a window.
+// A stream that may be read ahead: what comes next is looked at in a window, which outlives this.
 class WindowSource {
   public:
     static constexpr bool LOOKS_AHEAD = true;
     static constexpr bool MOVES = true;
 
-    explicit WindowSource(File_Stream& oIn) : m_oWindow(oIn) {}
+    explicit WindowSource(File_Window& oWindow) noexcept : m_oWindow(oWindow) {}
 
     std::size_t Fetch(char* pTarget, std::size_t uSize) {
         const std::string_view sView = m_oWindow.View(uSize);
@@ -134,12 +134,8 @@ class WindowSource {
     [[nodiscard]] std::size_t AtHand() const noexcept { return m_oWindow.AtHand(); }
     void Skip(std::size_t uSize) noexcept { m_oWindow.Skip(uSize); }
 
-    // For the end of reading, whatever it was: leaves the stream behind what was read, where it can
-    // seek, and returns how many bytes it still has, as far as it knows.
-    u3_t Leave() { return m_oWindow.GiveBack(); }
-
   private:
-    File_Window m_oWindow;
+    File_Window& m_oWindow;
 };
 
 }  // namespace vok::dgraph

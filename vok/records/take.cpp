@@ -59,15 +59,37 @@ void Taker::TakeBelow(Data& oTree) {
     std::size_t uOpen = m_uTop + 1;  // the level that the builder appends to
     while (m_oSource.HasBelow(m_uTop) && m_oSource.Next()) {
         for (; uOpen > m_oSource.GetDepth(); --uOpen) oBuilder.Close();
-        // They are nodes until links are resolved, which may count them.
-        for (u2_t u = m_oSource.FreePlaces(); u != 0; --u) {
-            m_oFree.Add(oBuilder.AddEmpty(NameIn(b)));
-        }
         Append(oBuilder, b);
         uOpen += m_oSource.GetType() == Data_Node::Tree;
     }
     oBuilder.Finish();
-    for (const u2_t u : m_oFree) oTree.GetNodeFromID(u).Remove();
+}
+
+bool Taker::BuildBelow(Data& oTree) {
+    Record_Source::Built oBuilt;
+    try {
+        if (!m_oSource.BuildBelow(oTree, oBuilt)) return false;
+    } catch (...) {
+        NoteFault(oTree, oBuilt.uNode);
+        throw;
+    }
+    for (auto& o : oBuilt.aoLink) {
+        m_aoLink.push_back({o.uId, Record_Source::NO_NUMBER, true, std::move(o.oTarget)});
+    }
+    if (oBuilt.bGaps) NoteGaps(*Access::BaseOf(oTree));
+    return true;
+}
+
+void Taker::NoteGaps(const Data_Base& b) {
+    for (u2_t u = 0; u < b.m_oNode.Size(); ++u) {
+        if (b.m_oNode(u).GetType() == Data_Node::Zombi) m_oFree.Add(u);
+    }
+}
+
+void Taker::NoteFault(const Data& oTree, u2_t uId) {
+    const Str oPath = oTree.GetNodeFromID(uId).GetPath();
+    if (m_uTop != 0) m_oFault = m_oSource.Trail().PathTo(m_uTop);
+    if (m_uTop == 0 || oPath.Len() > 1) m_oFault.Add(oPath);
 }
 
 void Taker::Take(Data& oTree, Work& oWork) {
@@ -79,7 +101,9 @@ void Taker::Take(Data& oTree, Work& oWork) {
     m_uTop = m_oSource.GetDepth();
     const bool bTree = m_oSource.GetType() == Data_Node::Tree;
     TakeRoot(oTree);
-    if (bTree) TakeBelow(oTree);
+    m_oSource.SkipNothing();
+    if (bTree && !BuildBelow(oTree)) TakeBelow(oTree);
+    oTree.SetToRoot();
     if (!m_aoLink.empty()) ResolveLinks(oTree, oWork);
     if (m_oFree.Size() != 0) oTree.Shrink();
 }
@@ -118,9 +142,7 @@ void Taker::ResolveLinks(Data& oTree, Work& oWork) {
         try {
             if (Resolve(oTree, o, oWork) || !o.bEmpty) continue;
         } catch (...) {
-            const Str oPath = oTree.GetNodeFromID(o.uId).GetPath();
-            if (m_uTop != 0) m_oFault = m_oSource.Trail().PathTo(m_uTop);
-            if (m_uTop == 0 || oPath.Len() > 1) m_oFault.Add(oPath);
+            NoteFault(oTree, o.uId);
             throw;
         }
         // Places that were free are gone in the end.

@@ -43,6 +43,10 @@ class Taker {
 
     void TakeRoot(Data& oTree);
     void TakeBelow(Data& oTree);
+    // The same by the source itself, where it can.
+    [[nodiscard]] bool BuildBelow(Data& oTree);
+    void NoteGaps(const Data_Base& b);
+    void NoteFault(const Data& oTree, u2_t uId);
     void Append(Data_Builder& oBuilder, Data_Base& b);
     [[nodiscard]] Data_Name NameIn(Data_Base& b);
     [[nodiscard]] Data_Name FindName(Data_Base& b, u2_t uNth, const Hash_Text& oName);
@@ -57,7 +61,7 @@ class Taker {
     detail::Record_Source& m_oSource;
     const Str m_oTag;
     std::size_t m_uTop = 0;  // level of the root
-    Arr<u2_t> m_oFree;       // ids of what stands for free places, ascending
+    Arr<u2_t> m_oFree;       // ids of removed nodes, ascending
     Arr<Numbered> m_oNumber;
     std::vector<Pending_Link> m_aoLink;
     std::vector<Data_Reader::Outer_Link> m_aoOuter;

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "vok/base/base64.h"
+#include "vok/base/copy.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
@@ -112,7 +113,7 @@ class ElementWriter {
                                                            : FormatReal(dSeconds, s)});
     }
     void Lng(u3_t uValue) {
-        char s[NUMBER_ROOM];
+        char s[2 * NUMBER_ROOM];  // a compiler warns of less
         Typed(Data_Node::Long, {s, FormatInteger(uValue, s)});
     }
     void Quad(const std::array<u2_t, 4>& au) {
@@ -176,7 +177,7 @@ class ElementWriter {
 
     static constexpr std::size_t SHORT_NAME = 64;
     static char* PutText(char* p, std::string_view s) noexcept {
-        std::memcpy(p, s.data(), s.size());
+        CopyBytes(p, s.data(), s.size());
         return p + s.size();
     }
     // A name behind what was put at p, in the room of which there is place for a short one.
