@@ -1,5 +1,6 @@
 // Documents record by record.
 #include "tests/records/records_support.h"
+#include "vok/file/window.h"
 
 namespace vok {
 namespace {
@@ -112,6 +113,40 @@ TEST(Reader, TreesOnTheWayChangeNothing) {
     }
 }
 
+// 3 orders, of which the second links into itself, the third to the first.
+const std::string g_sOrders = Document(
+    4, Open("order[0][@state=\"open\"]", 1) + Leaf("id[0]", 1, I32(10)) + Open("order[1]", 2) +
+           Leaf("id[0]", 1, I32(11)) + Link("me[0]", "id", "order[1]/id[0]") +
+           Open("order[2][@state=\"open\"]", 2) + Leaf("id[0]", 1, I32(12)) +
+           Link("other[0]", "order", "order[0]") + Text("z[0]", "end"));
+
+TEST(Reader, ASubtreeLeftOutCanBeTakenStill) {
+    for (const std::string& sDocument :
+         {g_sOrders, "<r><order><id dt:dt='i4'>10</id></order><z/></r>"s}) {
+        Drop_Stream oIn(sDocument);
+        Data_Reader oReader(oIn);
+        while (oReader.Next() && oReader->GetName() != "order") {
+        }
+        Data oTree;
+        oReader.SkipSuccessors();
+        oReader.Take(oTree);
+        EXPECT_EQ(oTree.GetNthSucc("id", 0).GetValInt(), 10);
+        ASSERT_TRUE(oReader.Next());
+        EXPECT_EQ(oReader->GetDepth(), 1u);
+    }
+}
+
+TEST(Reader, AWindowIsAsLargeAsItsLargestField) {
+    constexpr std::size_t FIELD = 4 << 20;
+    const std::string sBytes(2 * FIELD + 1, 'x');
+    Drop_Stream oIn(sBytes, 100'000);
+    File_Window oWindow(oIn);
+    EXPECT_EQ(oWindow.View(1).size(), 1u);
+    EXPECT_LE(oWindow.Held(), 2 * File_Window::CHUNK);
+    EXPECT_EQ(oWindow.View(FIELD).size(), FIELD);
+    EXPECT_LE(oWindow.Held(), FIELD + FIELD / 2 + 2 * File_Window::CHUNK);
+}
+
 TEST(Reader, WhatARecordSays) {
     const std::string sDocument = AllTypes() + "behind";
     File_Buf oIn(sDocument.data(), sDocument.size());
@@ -140,13 +175,6 @@ TEST(Reader, WhatARecordSays) {
     EXPECT_EQ(oIn.Remaining(), 6u);
     EXPECT_EQ(oReader.GetReport().m_uBytesLeft, 6u);
 }
-
-// 3 orders, of which the second links into itself, the third to the first.
-const std::string g_sOrders = Document(
-    4, Open("order[0][@state=\"open\"]", 1) + Leaf("id[0]", 1, I32(10)) + Open("order[1]", 2) +
-           Leaf("id[0]", 1, I32(11)) + Link("me[0]", "id", "order[1]/id[0]") +
-           Open("order[2][@state=\"open\"]", 2) + Leaf("id[0]", 1, I32(12)) +
-           Link("other[0]", "order", "order[0]") + Text("z[0]", "end"));
 
 TEST(Reader, SubtreesThatAPathSelects) {
     const Pair CASES[] = {{"/order", "10 11 12 "},

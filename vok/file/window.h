@@ -90,8 +90,8 @@ class File_Window {
         if (uHeld != 0) std::memmove(m_oRoom.Beg(), m_p, uHeld);
         m_uBefore += static_cast<std::size_t>(m_p - m_pBegin);
         while (uHeld < uSize) {
-            // As much again as there is.
-            const std::size_t uMore = std::max(uHeld, CHUNK);
+            // As much again as there is, and not much more than is asked for.
+            const std::size_t uMore = std::max(std::min(uHeld, uSize - uHeld), CHUNK);
             if (m_oRoom.Size() < uHeld + uMore) m_oRoom.Resize(uHeld + uMore);
             const std::size_t uRead = ReadUpTo(m_oIn, m_oRoom.Beg() + uHeld, uMore);
             uHeld += uRead;

@@ -59,6 +59,7 @@ class Data_Reader {
     // and of the stream; after one only GetReport may be called.
     bool Next();
     // Leaves out what is below the record: it is read and checked, but Next does not stop there.
+    // Take takes it still.
     void SkipSuccessors() noexcept;
 
     // The record: what Next has come to.

@@ -124,7 +124,8 @@ class Data_Writer::Impl {
     }
     void BeginSlow(std::string_view sName);
     void Check(const Data_Value& oValue) const {
-        (void)Msg::ToInt32(oValue.Text().size() + 1);
+        const bool bNul = oValue.GetType() != Data_Node::Binary;
+        (void)Msg::ToInt32(oValue.Text().size() + bNul);
         if (oValue.GetType() == Data_Node::Link) [[unlikely]]
             CheckLink(oValue.Text());
     }
