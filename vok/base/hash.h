@@ -65,7 +65,7 @@ class Hash {
     [[nodiscard]] const Hash_Text* Texts() const noexcept { return m_oText.Beg(); }
 
     // Whether text a is below text b in byte order.
-    [[nodiscard, gnu::always_inline]] bool IsLess(u2_t uA, u2_t uB) const noexcept {
+    [[nodiscard]] bool IsLess(u2_t uA, u2_t uB) const noexcept {
         if (uA == uB) return false;
         const Hash_Text& oA = m_oText(uA);
         const Hash_Text& oB = m_oText(uB);

@@ -11,20 +11,17 @@
 
 namespace vok::dgraph {
 
-// Whether a name stands at p as it is, and "[" ends it. uSize bytes can be read.
-[[nodiscard, gnu::always_inline]] inline bool StandsAt(Data_Names& oNames, u2_t uKey, const char* p,
-                                                       std::size_t uSize) {
-    const Hash_Text& oName = oNames(uKey);
-    return oName.StandsAt(p, uSize) && p[oName.uLength] == '[' && oNames.IsVerbatim(uKey);
-}
-
-// The key of the name at p if it is one of the two that are expected and stands there; else 0.
-[[nodiscard, gnu::always_inline]] inline u2_t GuessName(Data_Names& oNames, const char* p,
-                                                        std::size_t uSize) {
+// The key of the name at p, which "[" ends, if it is one of the two that are expected and stands
+// there as it is; else 0. uSize bytes can be read.
+[[nodiscard]] inline u2_t GuessName(Data_Names& oNames, const char* p, std::size_t uSize) {
+    const auto oStandsAt = [&](u2_t uKey) {
+        const Hash_Text& oName = oNames(uKey);
+        return oName.StandsAt(p, uSize) && p[oName.uLength] == '[' && oNames.IsVerbatim(uKey);
+    };
     const u2_t uFirst = oNames.Guess().First();
-    if (uFirst != 0 && StandsAt(oNames, uFirst, p, uSize)) return uFirst;
+    if (uFirst != 0 && oStandsAt(uFirst)) return uFirst;
     const u2_t uSecond = oNames.Guess().Second();
-    return uSecond != 0 && StandsAt(oNames, uSecond, p, uSize) ? uSecond : 0;
+    return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
 }
 
 // The bytes of the name in a step text that begins at p, up to its "[", which is looked for where
@@ -68,8 +65,7 @@ namespace vok::dgraph {
     return uValue == uIndex && p[0] != '0' && p[uDigits] == ']';
 }
 // Whether the rest of a step text, behind its "[", is this index in decimal and its bracket.
-[[nodiscard, gnu::always_inline]] inline bool IsIndex(const char* p, std::size_t uSize,
-                                                      u2_t uIndex) noexcept {
+[[nodiscard]] inline bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
     if (uIndex >= 10) [[unlikely]]
         return IsManyDigits(p, uSize, uIndex);
     return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';

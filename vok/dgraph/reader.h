@@ -105,7 +105,7 @@ class Reader {
     // A text is held by the source and by the tree.
     static constexpr u3_t COPIES = 2;
 
-    [[nodiscard, gnu::always_inline]] Level& Top() noexcept { return m_oLevel.Last(); }
+    [[nodiscard]] Level& Top() noexcept { return m_oLevel.Last(); }
 
     template <class T>
     T Get(std::size_t* pGot = nullptr) {
@@ -122,7 +122,7 @@ class Reader {
     bool ReadRecord();
 
     // Closes the levels that are complete; that of the root's successors stays open.
-    [[gnu::always_inline]] void CloseLevels() noexcept {
+    void CloseLevels() noexcept {
         while (Top().uPending == 0 && Top().uParent != 0) {
             m_oLevel.Pop();
         }
