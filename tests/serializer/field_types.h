@@ -289,13 +289,16 @@ class Shuffler {
         for (const Record& oIn : o.aoIn) Put(oIn, sOut);
     }
 
-    Record Unknown() {
+    // With successors on so many levels at most.
+    Record Unknown(int iLevels = 8) {
         static const char* const STEPS[] = {"zz[0]",     "aa[0]", "id[0]",          "m[0]",
                                             "m[1]",      "m[00]", "k[0][@a=\"b\"]", "text[0]",
                                             "x\b32;[0]", "ab[1]"};
         Record o;
         o.sStep = STEPS[Below(std::size(STEPS))];
-        for (auto n = Below(3); n-- > 0;) o.aoIn.push_back(Unknown());
+        for (auto n = iLevels > 0 ? Below(3) : 0; n-- > 0;) {
+            o.aoIn.push_back(Unknown(iLevels - 1));
+        }
         if (!o.aoIn.empty()) return o;
         if (Below(2) == 0) {
             o.cCode = 5;

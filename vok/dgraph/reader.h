@@ -175,7 +175,8 @@ class Reader {
     // Raises the error of the limit on nodes for one more. Where a small input can become a large
     // tree, looks at its memory.
     void CheckNodes();
-    // Says at how many nodes that is worth doing again.
+    // Raises the error of the limit on memory where there is one, and says at how many nodes to
+    // look again.
     void LookAtMemory();
 
     // ---- values -----------------------------------------------------------
