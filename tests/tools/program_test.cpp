@@ -490,9 +490,10 @@ TEST_F(Program, RecordsAsJsonLinesAndFiles) {
     EXPECT_EQ(std::count(sLines.begin(), sLines.end(), '\n'), 4);
 
     for (const char* sIn : {"a.xml", "-"}) {
-        EXPECT_EQ(Run("convert "s + sIn + " records --to dgraph --records '/n[1]'", OnDisk("a.xml"))
-                      .iExit,
-                  0);
+        EXPECT_EQ(
+            Run("convert "s + sIn + " records --to dgraph --records \"/n[1]\"", OnDisk("a.xml"))
+                .iExit,
+            0);
         EXPECT_EQ(Run("get records/00000001.dgraph /a").sOut, "x\ny\n");
         fs::remove_all("records");
     }
