@@ -120,7 +120,9 @@ int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads) {
 
 int Check(const std::vector<std::string>& asFile, unsigned uAtOnce) {
     const auto uThreads = static_cast<unsigned>(std::min<std::size_t>(uAtOnce, asFile.size()));
-    if (uThreads > 1) return CheckAtOnce(asFile, uThreads);
+    // Standard input is read once: which of two of them has it is told by their order.
+    const bool bOnce = std::count(asFile.begin(), asFile.end(), "-") < 2;
+    if (uThreads > 1 && bOnce) return CheckAtOnce(asFile, uThreads);
     int iExit = EXIT_GOOD;
     for (const std::string& sFile : asFile) {
         const Verdict o = CheckOne(sFile);

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 
 #include "tools/input.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/path.h"
 #include "tools/progress.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
@@ -21,6 +23,12 @@ namespace tools {
 namespace {
 
 using vok::Arr;
+
+[[nodiscard]] bool IsPipe(const std::string& sPath) {
+    std::error_code oError;
+    const auto oStatus = std::filesystem::status(ToPath(sPath), oError);
+    return std::filesystem::exists(oStatus) && std::filesystem::is_other(oStatus);
+}
 
 // Plain bytes on their way to a reader, which may give back what it has read ahead.
 class Passing final : public vok::File_Stream {
@@ -158,9 +166,8 @@ class Document::Impl {
                     m_oInput.emplace();
                 }
             } else {
-                vok::File oFile(vok::Str(m_sPath), "Tr");  // whether it is there
-                const vok::i3_t iSize = oFile.Tell() == 0 ? oFile.Size() : 0;
-                m_uBytes = iSize > 0 ? static_cast<std::uint64_t>(iSize) : 0;
+                // Whether it is there.
+                m_uBytes = static_cast<std::uint64_t>(vok::File(vok::Str(m_sPath), "Tr").Size());
             }
         } catch (const std::exception& oError) {
             throw InputError(m_sPath + ": " + Line(oError.what()), true);
@@ -249,8 +256,20 @@ const std::string& Document::Behind() const noexcept {
     return m_pImpl->m_sBehind;
 }
 
+std::vector<vok::Data_Record::Attribute> AttributesOf(const vok::Data_Record& oRecord) {
+    const auto& oAll = oRecord.GetAttributes();
+    std::vector<vok::Data_Record::Attribute> ao(oAll.begin(), oAll.end());
+    std::stable_sort(ao.begin(), ao.end(),
+                     [](const auto& a, const auto& b) { return a.sName < b.sName; });
+    // Seen from the end the last one of a name comes first.
+    const auto oSame = [](const auto& a, const auto& b) { return a.sName == b.sName; };
+    ao.erase(ao.begin(), std::unique(ao.rbegin(), ao.rend(), oSame).base());
+    return ao;
+}
+
 int Answer(const std::string& sPath, const std::function<int()>& oByRecords,
            const std::function<int()>& oByTree) {
+    if (sPath != "-" && IsPipe(sPath)) return oByTree();
     try {
         return oByRecords();
     } catch (const NeedsTree&) {

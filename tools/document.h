@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "vok/base/limits.h"
 #include "vok/records/reader.h"
@@ -49,8 +50,13 @@ class Document {
     std::unique_ptr<Impl> m_pImpl;
 };
 
-// Answers a question record by record, or with the whole tree where it takes that. Raises
-// InputError where that is needed of standard input that is gone.
+// The attributes of a record by name, each once: of two of one name the last one counts. They are
+// valid as long as the record.
+std::vector<vok::Data_Record::Attribute> AttributesOf(const vok::Data_Record& oRecord);
+
+// Answers a question record by record, or with the whole tree where it takes that, and for a
+// pipe, which cannot be gone through again. Raises InputError where that is needed of standard
+// input that is gone.
 int Answer(const std::string& sPath, const std::function<int()>& oByRecords,
            const std::function<int()>& oByTree);
 

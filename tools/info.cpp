@@ -42,7 +42,7 @@ int ByTree(const std::string& sFile) {
         oCensus.Add(sName != nullptr ? sName : "", o.GetDepth(), o.GetValue());
         oNode.SetToNode(o.GetId());
         oNode.GetAttributes(oNames, oNone, false, true);
-        for (std::size_t u = 0; u < oNames.Size(); ++u) oCensus.AddAttribute();
+        oCensus.AddAttributes(oNames.Size());
     }
     oCensus.Print();
     return EXIT_GOOD;

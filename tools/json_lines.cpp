@@ -1,6 +1,7 @@
 #include "tools/json_lines.h"
 
 #include <cmath>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -23,6 +24,11 @@ struct Place {
     std::size_t uNext = 0;
     const Shape* pLast = nullptr;
 };
+
+// What is written was gone through before; a file may have become another one since.
+[[noreturn]] void RaiseChanged() {
+    throw std::runtime_error("the document changed while it was read");
+}
 
 [[nodiscard]] std::string_view NameOf(const vok::Data_View& o) noexcept {
     const char* sName = o.GetName();
@@ -112,9 +118,13 @@ class JsonLines::Impl {
     const Shape& NextShape(std::string_view sName) {
         Place& o = m_aoPlace.back();
         const auto& aoBelow = o.pShape->aoBelow;
-        while (aoBelow[o.uNext]->sName != sName) ++o.uNext;
+        while (o.uNext < aoBelow.size() && aoBelow[o.uNext]->sName != sName) ++o.uNext;
+        if (o.uNext == aoBelow.size()) RaiseChanged();
         const Shape* const pShape = aoBelow[o.uNext].get();
-        if (o.pLast == pShape) return *pShape;
+        if (o.pLast == pShape) {
+            if (!pShape->bList) RaiseChanged();
+            return *pShape;
+        }
         EndList(o);
         Key(sName);
         if (pShape->bList) m_oJson.StartArray();
@@ -134,7 +144,10 @@ class JsonLines::Impl {
 
     void AddNode(const vok::Data_Walk& o, const Shape& oShape) {
         const Data_Node::Type eType = o.GetType();
-        if (!oShape.bObject) return AddValue(o);
+        if (!oShape.bObject) {
+            if (eType == Data_Node::Tree || o.HasAttributes()) RaiseChanged();
+            return AddValue(o);
+        }
         m_oJson.StartObject();
         if (o.HasAttributes()) AddAttributes(o.GetData());
         if (eType == Data_Node::Tree) return m_aoPlace.push_back({&oShape});

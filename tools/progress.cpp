@@ -9,8 +9,15 @@
 
 namespace tools {
 
+namespace {
+
+std::atomic<bool> g_bShown{false};
+
+}  // namespace
+
 Progress::Progress(const char* sWhat, std::uint64_t uTotal) : m_sWhat(sWhat), m_uTotal(uTotal) {
-    if (vok::sys::IsTerminal(stderr)) m_oThread = std::thread([this] { Run(); });
+    if (vok::sys::IsTerminal(stderr) && !g_bShown.exchange(true))
+        m_oThread = std::thread([this] { Run(); });
 }
 
 Progress::~Progress() {
@@ -21,6 +28,7 @@ Progress::~Progress() {
     }
     m_oWake.notify_one();
     m_oThread.join();
+    g_bShown = false;
 }
 
 void Progress::Run() {

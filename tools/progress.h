@@ -11,7 +11,7 @@
 namespace tools {
 
 // Shows what goes on once it has gone on for a second, if standard error is a terminal, and
-// wipes the line at the end.
+// wipes the line at the end. Of several at a time the first one is shown.
 class Progress {
   public:
     // uTotal 0: nobody knows. sWhat must outlive the object.

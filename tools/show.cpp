@@ -125,14 +125,7 @@ int ByRecords(const ShowOptions& o, Lines& oLines) {
             uFrom = r.GetDepth();
             oLines.StartAt();
         }
-        Shown oShown{r.GetName(), r.GetType(), ValueText(r), {}};
-        for (const vok::Data_Record::Attribute& a : r.GetAttributes()) {
-            // Of two of one name the last one counts.
-            if (r.FindAttribute(a.sName) == &a) oShown.aoAttribute.push_back(a);
-        }
-        std::sort(oShown.aoAttribute.begin(), oShown.aoAttribute.end(),
-                  [](const auto& a, const auto& b) { return a.sName < b.sName; });
-        oLines.Add(oShown, r.GetDepth() - uFrom);
+        oLines.Add({r.GetName(), r.GetType(), ValueText(r), AttributesOf(r)}, r.GetDepth() - uFrom);
         if (IsBeyond(o, r.GetDepth() - uFrom)) oDocument.Reader().SkipSuccessors();
     }
     if (uFound == 0) TellNothingAt(o.sPath, sTop);

@@ -46,10 +46,7 @@ Survey LookThrough(const std::string& sPath, const std::string& sFormat, Census*
         }
         if (pCensus != nullptr) {
             pCensus->Add(r.GetName(), r.GetDepth(), r);
-            for (const vok::Data_Record::Attribute& a : r.GetAttributes()) {
-                // Of two of one name the last one counts.
-                if (r.FindAttribute(a.sName) == &a) pCensus->AddAttribute();
-            }
+            if (r.GetAttributes().Size() != 0) pCensus->AddAttributes(AttributesOf(r).size());
         }
         if (pLosses == nullptr) continue;
         pLosses->Add(r);

@@ -26,7 +26,7 @@ class Census {
         (void)m_oNames.Intern(sName);
         m_bUnnamed = m_bUnnamed || sName.empty();
     }
-    void AddAttribute() noexcept { ++m_uAttributes; }
+    void AddAttributes(std::size_t u) noexcept { m_uAttributes += u; }
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return m_uNodes; }
     // Lines of how many there are.
     void Print() const;

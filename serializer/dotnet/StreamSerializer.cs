@@ -122,7 +122,10 @@ namespace Velmar.Q7R.Serializer
             {
                 try
                 {
-                    int read = m_stream.Read(m_piece, 0, Math.Min(size, Most));
+                    int wanted = Math.Min(size, Most);
+                    int read = m_stream.Read(m_piece, 0, wanted);
+                    if (read < 0 || read > wanted)
+                        throw new IOException("a stream read " + read + " of " + wanted + " bytes");
                     Marshal.Copy(m_piece, 0, bytes, read);
                     return read;
                 }

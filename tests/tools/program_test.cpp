@@ -1,5 +1,6 @@
 // The program as a shell sees it: output, messages, exit status, files.
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <limits>
 
@@ -576,6 +577,16 @@ TEST_F(Program, PrintsInProportion) {
     }
 }
 
+TEST_F(Program, ManyAttributesAreGoneThroughOnce) {
+    std::string sMany = "<a x='1'";
+    for (int i = 0; i < 100000; ++i) sMany += " n" + std::to_string(i) + "=''";
+    sMany += " x='2'/>";
+    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_TRUE(Has(Run("info -", sMany).sOut, "attributes  100001"));
+    EXPECT_TRUE(Run("show -", sMany).sOut.ends_with(" @x=\"2\" Empty\n"));
+    EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::seconds(10));
+}
+
 // ---- files and standard output ---------------------------------------------------
 
 TEST_F(Program, OutputTakesItsPlace) {
@@ -595,6 +606,11 @@ TEST_F(Program, OutputTakesItsPlace) {
         "mkfifo p && { cat p > got & } && vok convert a.xml p --to xml && wait && test -p p && cmp "
         "got new.xml",
         "vok convert a.xml /dev/stdout --to xml | cmp - new.xml",
+        // A pipe cannot be gone through again.
+        "mkfifo q && { cat new.xml > q & } && vok convert q again.xml && cmp again.xml new.xml",
+        "for c in show check info 'get --null'; do p=''; test \"$c\" != 'get --null' || p=/; "
+        "{ cat new.xml > q & }; vok $c q $p > piped && vok $c new.xml $p > named && "
+        "test $(wc -l < piped) = $(wc -l < named) || exit 1; done",
         "cp b kept && chmod 400 b && ! vok convert a.xml b --to xml 2>err && cmp b kept && grep -q "
         "'may not be written' err",
         "! vok convert a.xml no/such.xml 2>err && test ! -e no && grep -q 'there is no folder' err",

@@ -40,11 +40,7 @@ class Record_Source : public Data_Record {
     // Builds what is below the record, a Tree that has just been come to, as the successors of a
     // tree's root, and passes over it; links stay empty. False, with nothing done, where that is to
     // be made of what Next comes to. After an error oBuilt holds as far as it goes.
-    virtual bool BuildBelow(Data& oTree, Built& oBuilt) {
-        (void)oTree;
-        (void)oBuilt;
-        return false;
-    }
+    virtual bool BuildBelow(Data& /*oTree*/, Built& /*oBuilt*/) { return false; }
     // The user tag of trees of such a document.
     [[nodiscard]] virtual Str Version() const { return {}; }
     // Where reading has got to, or has failed, and what was met on the way.
@@ -95,7 +91,8 @@ class Record_Source : public Data_Record {
         oRoom.Add(oText.View().data(), oText.View().size());
         return {oRoom.Beg(), oRoom.Size()};
     }
-    // The same for the last level, with the value and the attributes that it is given.
+    // Makes the record the last node of the last level, with the value and the attributes that it
+    // is given.
     void StandAtLast() noexcept {
         m_uDepth = static_cast<u2_t>(m_oTrail.Size() - 1);
         m_iIndex = static_cast<i2_t>(m_oTrail.Last().uRun - 1);
