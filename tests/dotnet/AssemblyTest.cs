@@ -224,6 +224,16 @@ internal static class AssemblyTest
         return "";
     }
 
+    // Says that it has read more than it was asked for.
+    private sealed class Boasting : MemoryStream
+    {
+        internal Boasting(byte[] bytes) : base(bytes) {}
+        public override int Read(byte[] buffer, int offset, int count)
+        {
+            return base.Read(buffer, offset, count) + count;
+        }
+    }
+
     private static void TestStreams()
     {
         var streams = new StreamSerializer();
@@ -247,6 +257,8 @@ internal static class AssemblyTest
         Equal(calls, 4, "reads of streams");
         Equal(Raised(() => streams.ReadFromStream(host, new MemoryStream(plain, 0, 20))).Message,
               "Failed to read data from stream", "cut stream");
+        Check(Passed(() => streams.ReadFromStream(host, new Boasting(plain))).StartsWith("IOException a stream read"),
+              "a stream that reads too much");
         Check(Passed(() => streams.WriteToStream(host, null)).StartsWith("ArgumentNullException"), "null");
     }
 
