@@ -6,7 +6,6 @@
 #include "serializer/fields/convert.h"
 #include "serializer/utilities.h"
 #include "vok/base/date.h"
-#include "vok/dgraph/step.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -36,40 +35,13 @@ const char* RecordIn::FailValue() noexcept {
 
 // ---- finding --------------------------------------------------------------------
 
-std::size_t RecordIn::DigitsOf(vok::u2_t uIndex) noexcept {
-    std::size_t uDigits = 1;
-    for (; uIndex >= 10; uIndex /= 10) ++uDigits;
-    return uDigits;
-}
-
-bool RecordIn::IsIndexAt(const char* p, vok::u2_t uIndex) noexcept {
-    const std::size_t uDigits = DigitsOf(uIndex);
-    if (p[uDigits] != ']') return false;
-    for (std::size_t u = uDigits; u-- > 0; uIndex /= 10) {
-        if (p[u] != static_cast<char>('0' + uIndex % 10)) return false;
-    }
-    return true;
-}
-
 bool RecordIn::ParseHead(Head& o) const noexcept {
     if (Left() < 4) return false;
     const std::size_t uStep = vok::le::Load<vok::u2_t>(m_p);
     // Behind it a type code.
     if (uStep > MOST_BYTES || Left() - 4 <= uStep) return false;
-    const char* const pStep = m_p + 4;
-    const char* const pEnd = pStep + uStep;
-    const char* p = pStep;
-    while (p != pEnd && vok::dgraph::VERBATIM[static_cast<unsigned char>(*p)]) ++p;
-    if (p == pStep || p == pEnd || *p != '[') return false;
-    o.sName = {pStep, static_cast<std::size_t>(p - pStep)};
-    ++p;
-    const auto oIndex = std::from_chars(p, pEnd, o.uIndex);
-    if (oIndex.ec != std::errc() || oIndex.ptr != pEnd - 1 || *oIndex.ptr != ']' ||
-        o.uIndex > 0x7FFFFFFF) {
-        return false;
-    }
-    o.pCode = pEnd;
-    return true;
+    o.pCode = m_p + 4 + uStep;
+    return o.oStep.Parse(m_p + 4, uStep);
 }
 
 bool NameOrder::Takes(std::string_view sName, vok::u2_t uIndex) noexcept {
@@ -94,9 +66,9 @@ bool RecordIn::Look(const Place& oPlace) noexcept {
     NameOrder oOrder(oPlace.sBefore);
     for (Head o; m_uPending != 0;) {
         if (!ParseHead(o)) return Fail(), false;
-        if (o.sName > oPlace.sName) return false;
-        if (o.sName == oPlace.sName) {
-            if (o.uIndex != 0) return Fail(), false;
+        if (o.oStep.sName > oPlace.sName) return false;
+        if (o.oStep.sName == oPlace.sName) {
+            if (o.oStep.uIndex != 0) return Fail(), false;
             m_p = o.pCode;
             return true;
         }
@@ -120,7 +92,7 @@ void RecordIn::SkipRest(std::string_view sBefore) noexcept {
 }
 
 bool RecordIn::SkipUnknown(const Head& o, NameOrder& oOrder) noexcept {
-    if (m_bRefuseUnknown || !oOrder.Takes(o.sName, o.uIndex)) return false;
+    if (m_bRefuseUnknown || !oOrder.Takes(o.oStep.sName, o.oStep.uIndex)) return false;
     m_p = o.pCode;
     --m_uPending;
     return SkipValue();
@@ -129,7 +101,7 @@ bool RecordIn::SkipUnknown(const Head& o, NameOrder& oOrder) noexcept {
 void RecordIn::CheckBehind(const Place& oPlace) noexcept {
     Head o;
     if (!ParseHead(o) || oPlace.sName.find('\b') != std::string_view::npos ||
-        o.sName <= oPlace.sName)
+        o.oStep.sName <= oPlace.sName)
         Fail();
 }
 
@@ -151,7 +123,7 @@ bool RecordIn::SkipValue() noexcept {
         if (uLevels == 0) return true;
         Head o;
         Level& oLevel = aoLevel[uLevels - 1];
-        if (!ParseHead(o) || !oLevel.oOrder.Takes(o.sName, o.uIndex)) return false;
+        if (!ParseHead(o) || !oLevel.oOrder.Takes(o.oStep.sName, o.oStep.uIndex)) return false;
         --oLevel.uPending;
         m_p = o.pCode;
         if (!SkipOneValue(uSuccessors)) return false;

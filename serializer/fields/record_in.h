@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "serializer/fields/read.h"
-#include "vok/dgraph/format.h"
+#include "vok/dgraph/plain_step.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -128,12 +128,15 @@ class RecordIn {
         if (uIndex == 0) return Next<S>(First());
         using Known = Step<S>;
         if (m_uPending == 0) return false;
-        const std::size_t uStep = Known::STEM_SIZE + DigitsOf(uIndex) + 1;
-        if (Left() > 4 + uStep && vok::le::Load<vok::u2_t>(m_p) == uStep &&
-            std::memcmp(m_p + 4, Known::STEM.data(), Known::STEM_SIZE) == 0 &&
-            IsIndexAt(m_p + 4 + Known::STEM_SIZE, uIndex)) [[likely]] {
-            m_p += 4 + uStep;
-            return true;
+        if (Left() > 4 + Known::STEM_SIZE) [[likely]] {
+            const std::size_t uStep = vok::le::Load<vok::u2_t>(m_p);
+            if (uStep < Left() - 4 && uStep > Known::STEM_SIZE &&
+                std::memcmp(m_p + 4, Known::STEM.data(), Known::STEM_SIZE) == 0 &&
+                vok::dgraph::IsIndex(m_p + 4 + Known::STEM_SIZE, uStep - Known::STEM_SIZE, uIndex))
+                [[likely]] {
+                m_p += 4 + uStep;
+                return true;
+            }
         }
         CheckBehind(STEP_PLACE<S>);
         return false;
@@ -253,10 +256,9 @@ class RecordIn {
     [[nodiscard]] const char* Block(vok::dgraph::Code eCode, std::size_t& uSize) noexcept;
     [[nodiscard]] bool GetLong(vok::u3_t& u, bool bSigned) noexcept;
 
-    // A record taken apart, as far as it has a plain name and no attributes.
+    // The head of a record taken apart, as far as it is a plain one.
     struct Head {
-        std::string_view sName;
-        vok::u2_t uIndex;
+        vok::dgraph::PlainStep oStep;
         const char* pCode;
     };
     [[nodiscard]] bool ParseHead(Head& o) const noexcept;
@@ -272,9 +274,6 @@ class RecordIn {
     // Skips a value, and the records below it. False, as below, at what is not for this class.
     [[nodiscard]] bool SkipValue() noexcept;
     [[nodiscard]] bool SkipOneValue(vok::u2_t& uSuccessors) noexcept;
-
-    [[nodiscard]] static std::size_t DigitsOf(vok::u2_t uIndex) noexcept;
-    [[nodiscard]] static bool IsIndexAt(const char* p, vok::u2_t uIndex) noexcept;
 
     const char* m_p = nullptr;
     const char* m_pEnd = nullptr;

@@ -2,14 +2,13 @@
 #ifndef SERIALIZER_FIELDS_STEPS_H
 #define SERIALIZER_FIELDS_STEPS_H
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
 #include <tuple>
 
 #include "serializer/fields/describe.h"
-#include "vok/data/escape.h"
+#include "vok/dgraph/known_step.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -193,42 +192,7 @@ struct KindOf : Inner<S> {
 // ---- records --------------------------------------------------------------------
 
 template <class S>
-constexpr std::size_t EncodedSize() {
-    char sEscape[vok::detail::MOST_ENCODED]{};
-    std::ptrdiff_t iSize = 0;
-    for (const char c : S::NAME) {
-        iSize += vok::detail::EncodeByte(c, sEscape, vok::detail::RESERVED.data()) - sEscape;
-    }
-    return static_cast<std::size_t>(iSize);
-}
-
-// What a record of the name begins with: the length of its step, its step; behind it stands the
-// type code. HEAD is that of the first one of the name, STEM the step up to its index.
-template <class S>
-struct Step {
-    static_assert(!S::NAME.empty(), "a field needs a name");
-    static constexpr std::size_t STEM_SIZE = EncodedSize<S>() + 1;
-    static constexpr std::size_t HEAD_SIZE = 4 + STEM_SIZE + 2;
-    static constexpr std::array<char, STEM_SIZE> STEM = [] {
-        std::array<char, STEM_SIZE> s{};
-        char* p = s.data();
-        for (const char c : S::NAME) {
-            p = vok::detail::EncodeByte(c, p, vok::detail::RESERVED.data());
-        }
-        *p = '[';
-        return s;
-    }();
-    static constexpr std::array<char, HEAD_SIZE> HEAD = [] {
-        std::array<char, HEAD_SIZE> s{};
-        for (std::size_t u = 0; u < 4; ++u) s[u] = static_cast<char>((STEM_SIZE + 2) >> 8 * u);
-        std::copy(STEM.begin(), STEM.end(), s.begin() + 4);
-        s[HEAD_SIZE - 2] = '0';
-        s[HEAD_SIZE - 1] = ']';
-        return s;
-    }();
-    // The name as steps have it.
-    static constexpr std::string_view STEP_NAME{STEM.data(), STEM_SIZE - 1};
-};
+using Step = vok::dgraph::KnownStep<S>;
 
 // The place of the only node of a name, and of the first of several.
 struct First {};

@@ -1,13 +1,9 @@
-// Step texts told without taking them apart: an expected name, an expected index. Internal.
+// Names of step texts told without taking them apart: those that are expected. Internal.
 #ifndef VOK_DGRAPH_FAST_STEP_H
 #define VOK_DGRAPH_FAST_STEP_H
 
-#include <cstring>
-
-#include "vok/base/number.h"
 #include "vok/data/names.h"
-#include "vok/dgraph/format.h"
-#include "vok/dgraph/step.h"
+#include "vok/dgraph/plain_step.h"
 
 namespace vok::dgraph {
 
@@ -22,53 +18,6 @@ namespace vok::dgraph {
     if (uFirst != 0 && oStandsAt(uFirst)) return uFirst;
     const u2_t uSecond = oNames.Guess().Second();
     return uSecond != 0 && oStandsAt(uSecond) ? uSecond : 0;
-}
-
-// The bytes of the name in a step text that begins at p, up to its "[", which is looked for where
-// short indexes have it first; 0 where there is none.
-[[nodiscard]] inline std::size_t NameBytes(const char* p, std::size_t uStep) noexcept {
-    if (uStep > 3 && p[uStep - 3] == '[') return uStep - 3;
-    const void* pBracket = std::memchr(p, '[', uStep);
-    return pBracket != nullptr ? static_cast<std::size_t>(static_cast<const char*>(pBracket) - p)
-                               : 0;
-}
-[[nodiscard]] inline bool IsVerbatim(const char* p, std::size_t uName) noexcept {
-    bool bVerbatim = true;
-    for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
-    return bVerbatim;
-}
-
-[[nodiscard, gnu::noinline]] inline bool IsLongIndex(const char* p, std::size_t uSize,
-                                                     u2_t uIndex) noexcept {
-    char sIndex[32];
-    const std::size_t uDigits = FormatInteger(uIndex, sIndex);
-    sIndex[uDigits] = ']';
-    return uSize == uDigits + 1 && std::memcmp(p, sIndex, uSize) == 0;
-}
-
-// The same for one of more than one digit: out of line, what calls it has its registers full.
-[[nodiscard, gnu::noinline]] inline bool IsManyDigits(const char* p, std::size_t uSize,
-                                                      u2_t uIndex) noexcept {
-    constexpr u3_t ZEROS = 0x3030303030303030u;
-    const std::size_t uDigits = uSize - 1;
-    if (uDigits - 2 > 6) return IsLongIndex(p, uSize, uIndex);
-    // Eight digits, the first ones zeros, as numbers of one digit, of two, of four, of eight. A
-    // name and a length stand in front of p, so that there is something to read.
-    const unsigned uOther = 64 - 8 * static_cast<unsigned>(uDigits);
-    u3_t uText = Load<u3_t>(p + uDigits - 8) >> uOther << uOther;
-    uText |= ((u3_t{1} << uOther) - 1) & ZEROS;
-    const u3_t uDigit = uText ^ ZEROS;
-    if (((uDigit | (uDigit + 0x0606060606060606u)) & 0xF0F0F0F0F0F0F0F0u) != 0) return false;
-    u3_t uValue = uDigit * (10 * 0x100 + 1) >> 8 & 0x00FF00FF00FF00FFu;
-    uValue = uValue * (100 * 0x10000 + 1) >> 16 & 0x0000FFFF0000FFFFu;
-    uValue = uValue * (10000 * 0x100000000u + 1) >> 32;
-    return uValue == uIndex && p[0] != '0' && p[uDigits] == ']';
-}
-// Whether the rest of a step text, behind its "[", is this index in decimal and its bracket.
-[[nodiscard]] inline bool IsIndex(const char* p, std::size_t uSize, u2_t uIndex) noexcept {
-    if (uIndex >= 10) [[unlikely]]
-        return IsManyDigits(p, uSize, uIndex);
-    return uSize == 2 && static_cast<u2_t>(p[0] - '0') == uIndex && p[1] == ']';
 }
 
 }  // namespace vok::dgraph

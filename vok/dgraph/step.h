@@ -2,20 +2,11 @@
 #ifndef VOK_DGRAPH_STEP_H
 #define VOK_DGRAPH_STEP_H
 
-#include <array>
 #include <string_view>
 
 #include "vok/base/arr.h"
-#include "vok/data/escape.h"
 
 namespace vok::dgraph {
-
-// The bytes of names that need no second look: ASCII without the reserved ones.
-inline constexpr std::array<bool, 256> VERBATIM = [] {
-    std::array<bool, 256> abVerbatim{};
-    for (std::size_t u = 1; u < 128; ++u) abVerbatim[u] = !detail::RESERVED[u];
-    return abVerbatim;
-}();
 
 // A parsed step text. Name and attributes stand decoded in the step's own copy of the text
 // until the next parse.

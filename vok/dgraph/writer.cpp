@@ -90,7 +90,7 @@ inline void Writer<Sink>::WriteValue(u2_t uId, const Data_Node& oNode) {
         case Data_Node::Boolean: return Record::Bool(oNode.uWord2 != 0);
         case Data_Node::Integer: return Record::Int(oNode.uWord2);
         case Data_Node::Char: return Record::Char(oNode.uWord2);
-        case Data_Node::Float: return Record::Flt(oDouble());
+        case Data_Node::Float: return Record::Flt(static_cast<float>(oDouble()));
         case Data_Node::Double: return Record::Dbl(oNode.Value64());
         case Data_Node::Date: return Record::Date(oDouble());
         case Data_Node::String: return Record::HeapText(pHeap + oNode.uWord2, oNode.uWord3);

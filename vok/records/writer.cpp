@@ -260,7 +260,7 @@ class Data_Writer::ToDGraph final : public Impl {
             case Data_Node::Boolean: return m_oRecord.Bool(oValue.Int() != 0);
             case Data_Node::Integer: return m_oRecord.Int(static_cast<u2_t>(oValue.Int()));
             case Data_Node::Char: return m_oRecord.Char(static_cast<u2_t>(oValue.Int()));
-            case Data_Node::Float: return m_oRecord.Flt(oValue.Dbl());
+            case Data_Node::Float: return m_oRecord.Flt(static_cast<float>(oValue.Dbl()));
             case Data_Node::Double: return m_oRecord.Dbl(oValue.Lng());
             case Data_Node::Date: return m_oRecord.Date(oValue.Dbl());
             case Data_Node::String: return m_oRecord.Str(oValue.Text());
