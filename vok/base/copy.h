@@ -37,6 +37,18 @@ inline void CopyBytes(char* pDst, const char* pSrc, std::size_t uSize) noexcept 
     }
 }
 
+// A text that is not empty, behind which SLACK bytes can be read, to where as many can be written:
+// pieces of that size are quicker than asking how many bytes there are. Returns the end.
+inline constexpr std::size_t COPY_SLACK = 16;
+inline char* PutPieces(char* p, const char* pText, std::size_t uSize) noexcept {
+    std::size_t u = 0;
+    do {
+        std::memcpy(p + u, pText + u, COPY_SLACK);
+        u += COPY_SLACK;
+    } while (u < uSize);
+    return p + uSize;
+}
+
 }  // namespace vok
 
 #endif  // VOK_BASE_COPY_H

@@ -323,6 +323,7 @@ class Data_Writer::ToXml final : public Impl {
 
   private:
     void Leaf(const Data_Value& oValue) override {
+        if (ShortLeaf(oValue)) return;
         u2_t uTarget = 0;
         if (oValue.GetType() == Data_Node::Link) uTarget = NumberOf(Target(oValue.Text()));
         StartTag();
@@ -352,6 +353,42 @@ class Data_Writer::ToXml final : public Impl {
     void CheckLink(std::string_view sPath) const override { (void)Target(sPath); }
     void End() override { m_oSink.Finish(); }
 
+    // The same for most; false for any other, with nothing written.
+    [[nodiscard]] bool ShortLeaf(const Data_Value& oValue) {
+        using Element = xml::ElementWriter<PieceSink>;
+        if (m_oAtt.Size() != 0 || m_oTarget.Size() != 1 || IsRoot() || !IsVerbatim()) return false;
+        const Hash_Text& oName = Name();
+        if (oName.uLength > Element::SHORT_NAME) return false;
+        char* p = m_oSink.Space(Element::SHORT_ROOM);
+        switch (oValue.GetType()) {
+            case Data_Node::Integer:
+                p = m_oElement.ShortNumber<Data_Node::Integer>(p, oName, oValue.Int());
+                break;
+            case Data_Node::Double:
+                p = m_oElement.ShortNumber<Data_Node::Double>(p, oName, oValue.Dbl());
+                break;
+            case Data_Node::Long:
+                p = m_oElement.ShortNumber<Data_Node::Long>(p, oName, oValue.Lng());
+                break;
+            case Data_Node::Boolean:
+                p = m_oElement.ShortNumber<Data_Node::Boolean>(p, oName, oValue.Int());
+                break;
+            case Data_Node::String: {
+                const std::string_view s = oValue.Text();
+                if (!Element::IsShort(s)) return false;
+                p = m_oElement.ShortText(p, oName, [s](char* pTo) {
+                    CopyBytes(pTo, s.data(), s.size());
+                    return pTo + s.size();
+                });
+                break;
+            }
+            case Data_Node::Empty: p = m_oElement.ShortEmpty(p, oName); break;
+            default: return false;
+        }
+        m_oSink.Cut(p);
+        return true;
+    }
+
     void StartTag() {
         m_oElement.BeginTag(WrittenName());
         if (IsRoot()) m_oElement.DeclareTypes();
@@ -370,16 +407,20 @@ class Data_Writer::ToXml final : public Impl {
             m_oElement.NodeAttribute(m_oAttNames(a.uKey).View(), ValueOf(a));
         }
     }
-    [[nodiscard]] std::string_view WrittenName() {
+    // Whether the name of the node is written as it stands.
+    [[nodiscard]] bool IsVerbatim() {
         if (std::exchange(m_uStarts, m_oTrail.Starts()) != m_oTrail.Starts()) {
             m_oVerbatim.Truncate(0);
         }
         const u2_t uKey = Key();
         if (uKey >= m_oVerbatim.Size()) m_oVerbatim.Resize(m_oTrail.Names().Size());
         u0_t& uVerbatim = m_oVerbatim(uKey);
+        if (uVerbatim == 0) uVerbatim = xml::IsVerbatimName(Name().View()) ? YES : NO;
+        return uVerbatim == YES;
+    }
+    [[nodiscard]] std::string_view WrittenName() {
         const std::string_view sName = Name().View();
-        if (uVerbatim == 0) uVerbatim = xml::IsVerbatimName(sName) ? YES : NO;
-        if (uVerbatim == YES) return sName;
+        if (IsVerbatim()) return sName;
         m_oWritten.Truncate(0);
         xml::EncodeName(m_oWritten, sName);
         return {m_oWritten.Beg(), m_oWritten.Size()};

@@ -7,10 +7,12 @@
 #include <cmath>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 #include "vok/base/base64.h"
 #include "vok/base/copy.h"
 #include "vok/base/date.h"
+#include "vok/base/hash.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/file/sinks.h"
@@ -24,6 +26,11 @@ namespace vok::xml {
 // vok/file/sinks.h.
 template <class Sink>
 class ElementWriter {
+  protected:
+    // Room for everything of an element that has no length of its own: tabs, brackets, type
+    // attribute, the longest number, CDATA marks.
+    static constexpr std::size_t FIXED_ROOM = 192;
+
   public:
     ElementWriter(Sink& oSink, u2_t uDepth) : m_oSink(oSink), m_uDepth(uDepth) {}
 
@@ -152,14 +159,46 @@ class ElementWriter {
         Add(CDATA_END);
     }
 
+    // ---- short elements -------------------------------------------------------
+    //
+    // Most elements, whole: of a name that is written as it stands, without attributes. They are
+    // put at a place that has SHORT_ROOM, and the place behind is returned. Behind the name SLACK
+    // bytes can be read, as tables of names have them.
+
+    static constexpr u2_t SHORT_NAME = 64;
+    static constexpr std::size_t SHORT_TEXT = 64;
+    static constexpr std::size_t SHORT_ROOM = 2 * SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
+
+    [[nodiscard]] static bool IsShort(std::string_view sText) noexcept {
+        return sText.size() <= SHORT_TEXT &&
+               std::memchr(sText.data(), ']', sText.size()) == nullptr;
+    }
+    // Boolean, Integer, Long, Double.
+    template <Data_Node::Type TYPE, class T>
+    [[gnu::always_inline]] char* ShortNumber(char* p, const Hash_Text& oName, T value) const {
+        p = PutText(ShortBegin(p, oName), TypeTag<TYPE>::TEXT);
+        if constexpr (std::is_floating_point_v<T>) {
+            p += FormatReal(value, p);
+        } else {
+            p += FormatInteger(value, p);
+        }
+        return ShortEnd(p, oName);
+    }
+    // A text for which IsShort holds, and which oPut puts at a place; it returns the end.
+    template <class Put>
+    [[gnu::always_inline]] char* ShortText(char* p, const Hash_Text& oName, const Put& oPut) const {
+        p = PutText(ShortBegin(p, oName), ">");
+        p = oPut(PutText(p, CDATA));
+        return ShortEnd(PutText(p, CDATA_END), oName);
+    }
+    char* ShortEmpty(char* p, const Hash_Text& oName) const {
+        return PutText(ShortBegin(p, oName), "/>\n");
+    }
+
   protected:
     // Elements stand on lines of their own, a tab deeper than the one they are in. Deeper than
     // this the lines do not get longer, so that the document stays linear in the tree.
     static constexpr u2_t MOST_TABS = 32;
-    // Room for everything of an element that has no length of its own: tabs, brackets, type
-    // attribute, the longest number, CDATA marks.
-    static constexpr std::size_t FIXED_ROOM = 192;
-
     void Add(std::string_view s) { m_oSink.Payload(s.data(), s.size()); }
     char* StoreTabs(char* p) const noexcept {
         const u2_t uTabs = std::min(m_uDepth, MOST_TABS);
@@ -175,10 +214,17 @@ class ElementWriter {
     static constexpr std::size_t BLOCK_PIECE = 3 << 10;
     static_assert(Base64Size(BLOCK_PIECE) <= PieceSink::LARGEST_SPACE);
 
-    static constexpr std::size_t SHORT_NAME = 64;
     static char* PutText(char* p, std::string_view s) noexcept {
         CopyBytes(p, s.data(), s.size());
         return p + s.size();
+    }
+    [[gnu::always_inline]] char* ShortBegin(char* p, const Hash_Text& oName) const {
+        p = StoreTabs(p);
+        *p++ = '<';
+        return PutPieces(p, oName.sText, oName.uLength);
+    }
+    [[gnu::always_inline]] static char* ShortEnd(char* p, const Hash_Text& oName) {
+        return PutText(PutPieces(PutText(p, "</"), oName.sText, oName.uLength), ">\n");
     }
     // A name behind what was put at p, in the room of which there is place for a short one.
     void PutName(char* p, std::string_view sName) {

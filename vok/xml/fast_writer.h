@@ -4,31 +4,15 @@
 #define VOK_XML_FAST_WRITER_H
 
 #include <bit>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
-#include "vok/base/number.h"
+#include "vok/base/copy.h"
 #include "vok/xml/writer.h"
 
 namespace vok::detail {
 
-inline char* PutText(char* p, std::string_view s) noexcept {
-    std::memcpy(p, s.data(), s.size());
-    return p + s.size();
-}
-
-// The same for a text of the heap or a table of names that is not empty, behind which SLACK bytes
-// can be read and written: pieces of that size are quicker than asking how many bytes there are.
-inline char* PutPieces(char* p, const char* pText, std::size_t uSize) noexcept {
-    static_assert(Hash::SLACK == Data_Heap::SLACK);
-    std::size_t u = 0;
-    do {
-        std::memcpy(p + u, pText + u, Hash::SLACK);
-        u += Hash::SLACK;
-    } while (u < uSize);
-    return p + uSize;
-}
+static_assert(Hash::SLACK == COPY_SLACK && Data_Heap::SLACK == COPY_SLACK);
 
 template <class Sink>
 inline void XmlWriter<Sink>::WriteFastElements() {
@@ -36,7 +20,7 @@ inline void XmlWriter<Sink>::WriteFastElements() {
     const Node* const pNodes = std::as_const(m_oBase.m_oNode).Beg();
     const Hash_Text* const pNames = m_oBase.m_oName.Texts();
     const char* const pHeap = m_oBase.m_oHeap.Begin();
-    char* p = m_oSink.Space(FAST_ROOM);
+    char* p = m_oSink.Space(SHORT_ROOM);
     const char* pEnd = m_oSink.SpaceEnd();
     for (; f.pNext != f.pEnd; ++f.pNext) {
         const u2_t uId = *f.pNext;
@@ -45,46 +29,35 @@ inline void XmlWriter<Sink>::WriteFastElements() {
         if ((FAST_TYPES >> eType & 1u) == 0 || !IsVerbatim(oNode.uKey)) break;
         if ((m_bAttributes && m_oBase.m_oAtt.Has(uId)) || IsNumbered(uId)) break;
         const Hash_Text& oName = pNames[oNode.uKey];
-        if (oName.uLength > SHORT_NAME) break;
-        if (static_cast<std::size_t>(pEnd - p) < FAST_ROOM) {
+        if (oName.uLength > Element::SHORT_NAME) break;
+        if (static_cast<std::size_t>(pEnd - p) < SHORT_ROOM) {
             m_oSink.Cut(p);
-            p = m_oSink.Space(FAST_ROOM);
+            p = m_oSink.Space(SHORT_ROOM);
             pEnd = m_oSink.SpaceEnd();
         }
-        char* const pBegin = p;
-        p = StoreTabs(p);
-        *p++ = '<';
-        p = PutPieces(p, oName.sText, oName.uLength);
         switch (eType) {
             case Node::Integer:
-                p = PutText(p, xml::TypeTag<Node::Integer>::TEXT);
-                p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
+                p = Element::template ShortNumber<Node::Integer>(p, oName,
+                                                                 static_cast<i2_t>(oNode.uWord2));
                 break;
             case Node::Double:
-                p = PutText(p, xml::TypeTag<Node::Double>::TEXT);
-                p += FormatReal(std::bit_cast<double>(oNode.Value64()), p);
+                p = Element::template ShortNumber<Node::Double>(
+                    p, oName, std::bit_cast<double>(oNode.Value64()));
                 break;
             case Node::Boolean:
-                p = PutText(p, xml::TypeTag<Node::Boolean>::TEXT);
-                p += FormatInteger(static_cast<i2_t>(oNode.uWord2), p);
+                p = Element::template ShortNumber<Node::Boolean>(p, oName,
+                                                                 static_cast<i2_t>(oNode.uWord2));
                 break;
             case Node::String: {
-                const char* pText = pHeap + oNode.uWord2;
-                const std::size_t uSize = oNode.uWord3 - std::size_t{1};
-                if (uSize > SHORT_TEXT || std::memchr(pText, ']', uSize) != nullptr) {
-                    m_oSink.Cut(pBegin);
-                    return;
-                }
-                *p++ = '>';
-                p = PutText(p, xml::CDATA);
-                if (uSize != 0) p = PutPieces(p, pText, uSize);
-                p = PutText(p, xml::CDATA_END);
+                const std::string_view sText(pHeap + oNode.uWord2, oNode.uWord3 - std::size_t{1});
+                if (!Element::IsShort(sText)) return m_oSink.Cut(p);
+                p = Element::ShortText(p, oName, [&](char* pTo) {
+                    return sText.empty() ? pTo : PutPieces(pTo, sText.data(), sText.size());
+                });
                 break;
             }
-            default: p = PutText(p, "/>\n"); continue;
+            default: p = Element::ShortEmpty(p, oName); break;
         }
-        p = PutText(p, "</");
-        p = PutText(PutPieces(p, oName.sText, oName.uLength), ">\n");
     }
     m_oSink.Cut(p);
 }

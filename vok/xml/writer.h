@@ -35,9 +35,8 @@ class XmlWriter : private xml::ElementWriter<Sink> {
 
   private:
     using Element = xml::ElementWriter<Sink>;
-    using Element::FIXED_ROOM;
     using Element::m_oSink;
-    using Element::StoreTabs;
+    using Element::SHORT_ROOM;
 
     // Successors still to come in an open element.
     struct Frame {
@@ -51,9 +50,6 @@ class XmlWriter : private xml::ElementWriter<Sink> {
 
     static constexpr u2_t FAST_TYPES = 1u << Node::Integer | 1u << Node::Double |
                                        1u << Node::Boolean | 1u << Node::String | 1u << Node::Empty;
-    static constexpr u2_t SHORT_NAME = 64;
-    static constexpr u2_t SHORT_TEXT = 64;
-    static constexpr std::size_t FAST_ROOM = 2 * SHORT_NAME + SHORT_TEXT + FIXED_ROOM;
 
     void MarkTarget(const Node& oNode) {
         if (oNode.GetType() != Node::Link || !IsTarget(oNode.uWord2)) return;
