@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "fuzz/fuzz_support.h"
-#include "vok/records/reader.h"
+#include "vok/records/canonical.h"
 
 namespace {
 
@@ -16,6 +16,23 @@ bool HasRecords(std::string_view sBytes) {
     File_Buf oIn(sBytes.data(), sBytes.size());
     if (Data::CanLoad(oIn)) return false;
     return !Dgraph_CanLoadDGraph(oIn) || (sBytes.size() > 9 && sBytes[9] == 1);
+}
+
+// The canonical form, told record by record, is that of the tree.
+void CheckForm(std::string_view sBytes, const Data& oTree) {
+    std::string sForm;
+    File_Buf oBuf(sBytes.data(), sBytes.size());
+    Data_Canonical oForm([&](std::string_view s) { sForm += s; });
+    for (Data_Reader o(oBuf); o.Next();) {
+        if (!oForm.Add(o)) return;
+    }
+    oForm.Finish();
+    std::size_t uSeen = 0;
+    oTree.GetRoot().Canonical([&](std::string_view s) {
+        Check(sForm.compare(uSeen, s.size(), s) == 0);
+        uSeen += s.size();
+    });
+    Check(uSeen == sForm.size());
 }
 
 // The same tree or the same error at the same place, but for links, which loading may find too dear
@@ -57,6 +74,7 @@ void CheckRecords(std::string_view sBytes, const Data& oLoaded, const std::strin
     Data oWhole = oLoaded;
     for (Data* p : {&oWhole, &oTree}) Dgraph_SetVersion(*p, 1, 3, 0);
     Check(Save(oTree) == Save(oWhole));
+    CheckForm(sBytes, oWhole);
 }
 
 }  // namespace
@@ -79,5 +97,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Data oTrip;
     Dgraph_Load(oTrip, oAgain);
     Check(Save(oTrip).size() <= sSaved.size());
+    if (Data::Equal(oTree, oTrip)) Check(oTree.Hash() == oTrip.Hash());
     return 0;
 }

@@ -56,6 +56,13 @@ struct DiffOptions {
 };
 int Diff(const DiffOptions& o);
 
+struct HashOptions {
+    std::vector<std::string> asFile;
+    std::string sPath = "/";
+    bool bSha256 = false;
+};
+int Hash(const HashOptions& o);
+
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);
 int ZipExtract(const std::string& sArchive, const std::string& sFolder,

@@ -111,6 +111,22 @@ void AddFileCommands(CLI::App& oApp) {
     pDiff->callback([o] { g_iExit = Diff(*o); });
 }
 
+void AddHash(CLI::App& oApp) {
+    auto* p =
+        oApp.add_subcommand("hash", "Print what tells trees apart, whatever form they are in");
+    auto o = std::make_shared<HashOptions>();
+    p->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
+    p->add_option("--path", o->sPath, "Hash the nodes at this path, each by itself")
+        ->capture_default_str();
+    p->add_flag("--sha256", o->bSha256,
+                "SHA-256, for signatures; else XXH3 with 128 bits, for telling apart only");
+    p->footer(
+        "A line for each, as of sha256sum. Equal trees have the same hash in every form and\n"
+        "wrapping: vok hash orders.xml orders.dgraph.gz\n"
+        "A file that was cut short, or with bytes behind its document, has none: exit status 1.");
+    p->callback([o] { g_iExit = Hash(*o); });
+}
+
 void AddZip(CLI::App& oApp) {
     auto* pZip = oApp.add_subcommand("zip", "Work with zip archives");
     pZip->require_subcommand(1);
@@ -192,6 +208,7 @@ int Run(int argc, char** argv) {
     AddShow(oApp);
     AddGet(oApp);
     AddFileCommands(oApp);
+    AddHash(oApp);
     AddZip(oApp);
     try {
         std::vector<std::string> asWord = vok::sys::Arguments(argc, argv);

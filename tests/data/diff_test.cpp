@@ -23,6 +23,8 @@ Texts Differences(const Data& oA, const Data& oB, unsigned uMost = 1000) {
     });
     EXPECT_EQ(uCount, oFound.size());
     EXPECT_EQ(Data::Equal(oA, oB), oFound.empty());
+    const bool bBoth = oA.IsNode() && oB.IsNode();
+    EXPECT_EQ(bBoth ? oA.Hash() == oB.Hash() : oFound.empty(), oFound.empty());
     return oFound;
 }
 
@@ -93,6 +95,8 @@ TEST(Diff, EveryKindOfValue) {
         oFirst(oA), oSecond(oB), oFirst(oC);
         EXPECT_TRUE(Data::Equal(oA, oC));
         EXPECT_FALSE(Data::Equal(oA, oB));
+        EXPECT_EQ(oA.Hash(), oC.Hash());
+        EXPECT_NE(oA.Hash(), oB.Hash());
     }
 }
 

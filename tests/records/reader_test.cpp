@@ -17,6 +17,29 @@ void ExpectSame(const std::string& sDocument, const Limits& oLimits = {}) {
     EXPECT_EQ(TakeWhole(oStream, oLimits).sShown, oLoaded.sShown);
 }
 
+TEST(Reader, TheCanonicalFormIsThatOfTheTree) {
+    const std::string sLinks = Document(2, Leaf("a[0]", 1, I32(1)) + Link("l[0]", "a", "a[0]"));
+    const std::string XML = "<?xml version='1.0'?>";
+    const std::pair<std::string, bool> CASES[] = {
+        {Document(3, Leaf("a[2]", 1, I32(1)) + Leaf("a[5]", 1, I32(2)) +
+                         Leaf("b[0][@z=\"1\"][@a=\"2\"][@z=\"3\"]", 5, Block("x\0"s))),
+         true},
+        {Header() + Leaf("Root[0][@a=\"\"]", 5, Block("text\0"s)), true},
+        {Header() + Leaf("\b0;[0]", 0, I32(0)), true},
+        {XML + "<R b='2' a='1' b2=''><a>1</a><b><c/><c dt:dt='r4'>0.1</c></b></R>", true},
+        {XML + "<R><b/><a/></R>", false},
+        {sLinks, false},
+        {XML + "<R><a CDNodeIDREF='ID1'>kept</a></R>", false},
+    };
+    for (const auto& [sDocument, bByRecords] : CASES) {
+        File_Buf oBuf(sDocument.data(), sDocument.size());
+        Drop_Stream oIn(sDocument, 5);
+        Data oTree;
+        Dgraph_Load(oTree, oBuf);
+        EXPECT_EQ(FormByRecords(oIn), bByRecords ? FormOf(oTree) : "") << sDocument;
+    }
+}
+
 // Whether trees are made on the way or not, reading comes to the same place, with the same error
 // if there is one, counts the same, and hits the same limits.
 void ExpectSameInParts(const std::string& sDocument, const Limits& oLimits = {}) {

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "tests/dgraph/dgraph_support.h"
+#include "vok/records/canonical.h"
 #include "vok/records/reader.h"
 #include "vok/records/records.h"
 
@@ -48,6 +49,23 @@ inline Reading TakeWhole(File_Stream& oIn, const Limits& oLimits = {}) {
         }
     });
     return {sError.empty() ? Show(oTree) : sError, oReader ? Line(oReader->GetReport()) : ""};
+}
+
+// The canonical form of what loading gives, and what is said of it record by record, which is empty
+// where only the tree can tell.
+inline std::string FormOf(const Data& oTree) {
+    std::string s;
+    oTree.GetRoot().Canonical([&](std::string_view sPiece) { s += sPiece; });
+    return s;
+}
+inline std::string FormByRecords(File_Stream& oIn) {
+    std::string s;
+    Data_Canonical oForm([&](std::string_view sPiece) { s += sPiece; });
+    for (Data_Reader o(oIn); o.Next();) {
+        if (!oForm.Add(o)) return {};
+    }
+    oForm.Finish();
+    return s;
 }
 
 // What reading comes to without a tree, or with one of each record of a level.

@@ -167,6 +167,51 @@ TEST_F(Program, Differences) {
     EXPECT_EQ(Run("diff a.xml a.xml").iExit, 0);
 }
 
+// The first words of the lines that "hash" prints.
+Texts HashesIn(const std::string& sOut) {
+    Texts asHash;
+    std::istringstream oLines(sOut);
+    for (std::string sLine; std::getline(oLines, sLine);) {
+        asHash.push_back(sLine.substr(0, sLine.find(' ')));
+    }
+    return asHash;
+}
+
+TEST_F(Program, Hashes) {
+    // docs/hash.md
+    ToDisk("order.xml",
+           "<order xmlns:dt=\"urn:schemas-microsoft-com:datatypes\" state=\"open\">"
+           "<price dt:dt=\"r8\">2.5</price>\n<id dt:dt=\"i4\" CDNodeID=\"ID1\">17</id>"
+           "<note>Gru\xC3\x9F</note><link CDNodeIDREF=\"ID1\"/></order>\n");
+    EXPECT_EQ(Run("hash order.xml").sOut, "c45a463e9a18ea0b6431c455f7dc299d  order.xml\n");
+    EXPECT_EQ(Run("hash --sha256 order.xml").sOut,
+              "cbd0a28470effb2a6c244a63e11b1718399a17ef4531e7753482152e9a86df60  order.xml\n");
+    // One tree by records and by itself, in all forms.
+    ToDisk("a.xml", "<R><i a='2' b='1'>x</i><i/></R>");
+    ToDisk("b.xml", "<R><i b='1' a='2'>x</i><!-- --><i></i></R>");
+    ASSERT_EQ(Run("convert a.xml c.dgraph").iExit + Run("convert a.xml d.dump").iExit, 0);
+    ASSERT_EQ(Run("convert a.xml e.xml.gz").iExit + Run("convert a.xml f.zip --zip --to xml").iExit,
+              0);
+    const Texts asHash =
+        HashesIn(Run("hash a.xml b.xml c.dgraph d.dump e.xml.gz f.zip -", OnDisk("c.dgraph")).sOut);
+    EXPECT_EQ(asHash, Texts(7, asHash.at(0)));
+    // A part is a tree of its own.
+    ToDisk("i.xml", "<i b='1' a='2'>x</i>");
+    const Outcome oParts = Run("hash --path '/i' c.dgraph");
+    EXPECT_EQ(HashesIn(oParts.sOut).at(0), HashesIn(Run("hash i.xml").sOut).at(0));
+    EXPECT_TRUE(Has(oParts.sOut, "  c.dgraph /i[1]\n"));
+    EXPECT_EQ(Run("hash --path '/no' c.dgraph").iExit, 1);
+    // What is not whole has none; the others are hashed all the same.
+    ToDisk("cut.dgraph", OnDisk("c.dgraph").substr(0, OnDisk("c.dgraph").size() - 3));
+    ToDisk("behind.xml", "<R/>!");
+    const Outcome oBad = Run("hash cut.dgraph behind.xml missing a.xml");
+    EXPECT_EQ(oBad.iExit, 2);
+    EXPECT_EQ(HashesIn(oBad.sOut), Texts{asHash[0]});
+    for (const char* s : {"cut.dgraph: cut short", "behind.xml: 1 byte behind", "missing"}) {
+        EXPECT_TRUE(Has(oBad.sErr, s));
+    }
+}
+
 TEST_F(Program, Archives) {
     fs::create_directories("d/e");
     ToDisk("d/e/one", std::string(100000, 'x'));

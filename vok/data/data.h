@@ -11,6 +11,7 @@
 #include "vok/base/arr.h"
 #include "vok/base/limits.h"
 #include "vok/base/str.h"
+#include "vok/data/hash.h"
 #include "vok/data/node.h"
 
 namespace vok {
@@ -414,6 +415,15 @@ class Data {
     // on. The trees must not be changed meanwhile. Returns the number of calls.
     static u3_t Diff(const Data& oA, const Data& oB,
                      const std::function<bool(const Data_Difference&)>& oVisit);
+
+    // What tells subtrees apart, in 128 bits: those that are Equal have the same hash, in whatever
+    // form, on whatever system; docs/hash.md describes it and promises it. Links to nodes below
+    // this one count by their place, as in Equal; the hash of a part that has links out of it
+    // depends on the paths that they lead to. Linear, but for those paths. Raises "node is empty",
+    // "try to access deleted node".
+    [[nodiscard]] Data_Hash Hash() const;
+    // The bytes that it is made of, in pieces which are valid during the call, for another hash.
+    void Canonical(const std::function<void(std::string_view)>& oTake) const;
 
     // ---- native dump ------------------------------------------------------
 
