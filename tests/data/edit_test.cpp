@@ -38,6 +38,9 @@ TEST(Edit, Refuses) {
         {[&](Sample&) { (void)oGone.MkClone(); }, sDeleted},
         {[&](Sample&) { oGone.RemoveSuccs(); }, sDeleted},
         {[&](Sample&) { oGone.Insert("x", 0); }, sDeleted},
+        {[&](Sample&) { oGone.Rename("x"); }, sDeleted},
+        {[&](Sample&) { oGone.Delete(); }, sDeleted},
+        {[&](Sample& o) { o.oRoot.Delete(); }, sTop},
         {[&](Sample& o) { o.oA.MoveTo(o.oB); }, sValue},
         {[&](Sample& o) { o.oB.Insert("x", 0); }, sValue},
         {[&](Sample& o) { (void)o.oA.MkCopy(o.oB); }, sValue},
@@ -100,6 +103,8 @@ TEST(Edit, MemoryRunsOut) {
         [](Sample& o, Data&) { (void)o.oRoot.MkClone(); },
         [](Sample& o, Data& oOther) { o.oB2.MoveTo(oOther); },
         [](Sample& o, Data&) { o.oB2.Remove(); },
+        [](Sample& o, Data&) { o.oB2.Delete(); },
+        [](Sample& o, Data&) { o.oC.Rename("another"); },
         [](Sample& o, Data&) { o.oRoot.RemoveSuccs(); },
         [](Sample& o, Data&) { o.oRoot.Shrink(); },
     };

@@ -190,9 +190,25 @@ class Model {
             const Data oNamed = o.GetNthSucc(oSucc.sName.c_str(), uNth);
             Same(oNamed.GetId(), oSucc.uId, "a named successor", oNode.uId);
             Same(oNamed.GetType() == Data_Node::Zombi, oSucc.bDead, "death", oSucc.uId);
+            CompareSiblings(oNamed, oNode, u);
             const std::string sEnd = "[" + std::to_string(uNth) + "]";
             Same(std::string(oNamed.GetPath().CStr()).ends_with(sEnd), true, "path", oSucc.uId);
         }
+    }
+    static void CompareSiblings(const Data& o, const Model_Node& oParent, u2_t uPlace) {
+        const auto& oAll = oParent.oSuccs;
+        const auto oIsLive = [](const Model_Node* p) { return !p->bDead; };
+        const auto pNext = std::find_if(oAll.begin() + uPlace + 1, oAll.end(), oIsLive);
+        const auto pPrev = std::find_if(oAll.rend() - uPlace, oAll.rend(), oIsLive);
+        const Data oNext = o.GetNext();
+        const Data oPrev = o.GetPrev();
+        Same(oNext.IsNode() ? oNext.GetId() : Data_Node::NONE,
+             pNext != oAll.end() ? (*pNext)->uId : Data_Node::NONE, "the next one", o.GetId());
+        Same(oPrev.IsNode() ? oPrev.GetId() : Data_Node::NONE,
+             pPrev != oAll.rend() ? (*pPrev)->uId : Data_Node::NONE, "the one in front", o.GetId());
+        Same(o.GetPred().GetLiveSuccs(),
+             static_cast<u2_t>(std::count_if(oAll.begin(), oAll.end(), oIsLive)), "live ones",
+             oParent.uId);
     }
     static u2_t TargetOf(const Model_Node& o) {
         return o.pTarget != nullptr && !o.pTarget->bDead ? o.pTarget->uId : Data_Node::NONE;
@@ -209,7 +225,7 @@ class Model {
 // A tree and its model, which take the same steps.
 class Editing {
   public:
-    static constexpr unsigned KINDS = 20;
+    static constexpr unsigned KINDS = 22;
     static constexpr unsigned SHRINK = 12;
 
     void Step(const Op& o) {
@@ -242,6 +258,12 @@ class Editing {
             case 16: return SetAttribute(o);
             case 17: return CopyValue(o);
             case 18: return Reset(o);
+            case 19:
+                if (p == m_oModel.m_pRoot) return;
+                At(p).Delete();
+                Model::Kill(p);
+                return Model::Unhang(p);
+            case 20: return Rename(o);
             default: return SetValue(o);
         }
     }
@@ -306,6 +328,14 @@ class Editing {
         Same(oNode.GetId(), p->uId, "id after move", p->uId);
         Model::Unhang(p);
         Model::Hang(p, pParent, Position(o.c));
+    }
+    void Rename(const Op& o) {
+        Model_Node* const p = Pick(o.a);
+        At(p).Rename(NameFor(o.b), Position(o.c));
+        Model_Node* const pParent = p->pParent;
+        if (pParent != nullptr) Model::Unhang(p);
+        p->sName = NameFor(o.b);
+        if (pParent != nullptr) Model::Hang(p, pParent, Position(o.c));
     }
     // Another tree on the way loses the links that lead out of the copy.
     void Copy(const Op& o, bool bThroughOther) {

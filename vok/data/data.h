@@ -161,6 +161,15 @@ class Data {
     // How many successors of one name there are, removed ones included. Like GetNthSucc this takes
     // log n, also in turns with CreateNewSucc, where an iterator would put all in order.
     [[nodiscard]] u2_t GetSuccCount(Data_Name oName) const;
+    // How many successors there are that were not removed. Raises "object points to nothing" for an
+    // empty cursor, as the next two do. Constant time in a tree without removed
+    // nodes, else linear in them.
+    [[nodiscard]] u2_t GetLiveSuccs() const;
+    // The sibling behind this node and the one in front of it, in the order of successors, removed
+    // ones left out; empty where there is none, as for the root and for nodes cut loose.
+    // Logarithmic in the siblings, linear in those of its name where nodes were moved.
+    [[nodiscard]] Data GetNext() const;
+    [[nodiscard]] Data GetPrev() const;
     // The same as GetNthSucc, but a missing successor raises "node has no successor named "%0"" or
     // "node has not %1 successors named "%0"".
     [[nodiscard]] Data GetCheckedSucc(Data_Name oName, u2_t uNth = 0) const;
@@ -369,6 +378,13 @@ class Data {
     // "%0" with wrong data type: '%2' expected but got '%1'" on any other node. Linear in the
     // successors behind it; RemoveSuccs and Shrink clear many at once.
     void Erase();
+    // Remove and Erase in one: no place is kept. The cursor stays on the removed node. Errors are
+    // those of Remove; linear in what is removed and in the successors behind it.
+    void Delete();
+    // Gives the node another name, which the root may have as well: among those of that name it
+    // takes the place at a position. Ids, cursors and links to it stay good. Raises "try to access
+    // deleted node". Linear in the successors of its parent.
+    void Rename(Data_Name oName, u2_t uPos = LAST);
     // Makes the node, with everything below it, a successor of oParent. Within a tree nothing
     // is copied: ids, cursors and links to it stay good, and an old parent that has no other
     // successors is empty. Into another tree it is copied as MkCopy does and removed here;
@@ -457,6 +473,8 @@ class Data {
     friend class Data_NodeSet;
     friend class Data_SuccIt;
     friend class Data_View;
+
+    [[nodiscard]] Data Sibling(int iStep) const;
 
     Data(const Mem::Ref<Base>& oBase, u2_t uId) noexcept : m_oBase(oBase), m_uId(uId) {}
 

@@ -77,6 +77,17 @@ void Data_Base::Reorder(u2_t uId, u2_t uPos) noexcept {
     }
 }
 
+void Data_Base::Rename(u2_t uId, u2_t uKey, u2_t uPos) {
+    const u2_t uPred = m_oNode(uId).Pred();
+    if (uId != 0) {
+        UpdateSucc();
+        ReservePlaces(uPred, 1, 1);
+        Unlink(uId);
+    }
+    m_oNode(uId).uKey = uKey;
+    if (uId != 0) Link(uId, uPred, uPos);
+}
+
 void Data_Base::ListBelow(u2_t uId, Arr<u2_t>& oBelow) {
     if (m_oNode(uId).GetType() != Node::Tree) return;
     UpdateSucc();
@@ -211,6 +222,24 @@ void Data::Erase() {
         b.UpdateSucc();
         b.Unlink(m_uId);
         oNode.SetPredField(Node::CUT_LOOSE);
+    });
+}
+
+void Data::Delete() {
+    return Where("vok::Data::Delete", [&] {
+        Base& b = LiveNodeOf(m_oBase, m_uId);
+        if (m_uId == 0) Msg::NodeHasNoPredecessor();
+        b.UpdateSucc();
+        b.Remove(m_uId);
+        b.Unlink(m_uId);
+        b.m_oNode(m_uId).SetPredField(Node::CUT_LOOSE);
+    });
+}
+
+void Data::Rename(Data_Name oName, u2_t uPos) {
+    return Where("vok::Data::Rename", [&] {
+        Base& b = LiveNodeOf(m_oBase, m_uId);
+        b.Rename(m_uId, b.KeyOf(oName), uPos);
     });
 }
 

@@ -168,6 +168,9 @@ class Data_Base {
     void Move(u2_t uId, u2_t uParent, u2_t uPos);
     // Gives a placed node another position among those of its name; never fails.
     void Reorder(u2_t uId, u2_t uPos) noexcept;
+    // Gives a node another name, and a place among those of that name. Nothing is changed if memory
+    // runs out.
+    void Rename(u2_t uId, u2_t uKey, u2_t uPos);
     // Takes a placed node out of the successors of its parent, which is empty after the last
     // one. Its predecessor field is left to the caller. Never fails.
     void Unlink(u2_t uId) noexcept;
@@ -266,6 +269,11 @@ class Data_Base {
             if (oRun.uSize != 0 && !oVisit(Group{pFirst + uFrom + oRun.uFirst, oRun.uSize})) return;
         }
     }
+    // Successors that were not removed.
+    [[nodiscard]] u2_t LiveSuccs(u2_t uId);
+    // The next one, by 1 or -1, among the successors of its parent that was not removed; NONE where
+    // there is none.
+    [[nodiscard]] u2_t Sibling(u2_t uId, int iStep);
     // Position of a node among the successors of its parent that share its name.
     [[nodiscard]] u2_t PositionOf(u2_t uId);
 

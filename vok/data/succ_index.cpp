@@ -183,6 +183,26 @@ u2_t* Data_Base::PlaceOf(u2_t uId) noexcept {
     return std::find(pFirst, pEnd, uId);
 }
 
+u2_t Data_Base::LiveSuccs(u2_t uId) {
+    const Group oGroup = SuccOf(uId);
+    if (m_uDead == 0) return oGroup.uSize;
+    return static_cast<u2_t>(std::count_if(oGroup.begin(), oGroup.end(), [this](u2_t u) {
+        return m_oNode(u).GetType() != Node::Zombi;
+    }));
+}
+
+u2_t Data_Base::Sibling(u2_t uId, int iStep) {
+    const u2_t uPred = m_oNode(uId).Pred();
+    if (uPred >= m_oNode.Size()) return NONE;
+    const Group oGroup = SuccOf(uPred);
+    // Behind the first one comes the end of all integers.
+    auto uPlace = static_cast<std::size_t>(PlaceOf(uId) - oGroup.pId);
+    do {
+        uPlace += static_cast<std::size_t>(iStep);
+    } while (uPlace < oGroup.uSize && m_oNode(oGroup.pId[uPlace]).GetType() == Node::Zombi);
+    return uPlace < oGroup.uSize ? oGroup.pId[uPlace] : NONE;
+}
+
 u2_t Data_Base::PositionOf(u2_t uId) {
     const Group oGroup = SuccOf(m_oNode(uId).Pred());
     const Run oRun = FindRun(oGroup, m_oNode(uId).uKey);

@@ -103,6 +103,24 @@ u2_t Data::GetSuccCount(Data_Name oName) const {
     });
 }
 
+u2_t Data::GetLiveSuccs() const {
+    return Where("vok::Data::GetLiveSuccs",
+                 [&] { return detail::NodeOf(m_oBase, m_uId).LiveSuccs(m_uId); });
+}
+
+Data Data::GetNext() const {
+    return Where("vok::Data::GetNext", [&] { return Sibling(1); });
+}
+
+Data Data::GetPrev() const {
+    return Where("vok::Data::GetPrev", [&] { return Sibling(-1); });
+}
+
+Data Data::Sibling(int iStep) const {
+    const u2_t uId = detail::NodeOf(m_oBase, m_uId).Sibling(m_uId, iStep);
+    return uId != Node::NONE ? Data(m_oBase, uId) : Data();
+}
+
 Data Data::GetCheckedSucc(Data_Name oName, u2_t uNth) const {
     return Where("vok::Data::GetCheckedSucc", [&] {
         Data oFound = GetNthSucc(oName, uNth);
