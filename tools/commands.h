@@ -40,8 +40,11 @@ int ShowJson(const ShowOptions& o);
 
 struct GetOptions {
     std::string sFile;
-    std::string sPath;
+    std::string sPath;  // as a shell has it
     bool bNull = false;
+    bool bCount = false;
+    bool bPaths = false;
+    std::optional<std::string> sDefault;
 };
 int Get(const GetOptions& o);
 

@@ -13,6 +13,7 @@
 #include "tools/document.h"
 #include "tools/input.h"
 #include "tools/output.h"
+#include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
@@ -113,9 +114,8 @@ int ByTree(const HashOptions& o, const std::string& sFile) {
         const vok::Data oNode = oFound.GetNth(u);
         const auto pHasher = MakeHasher(o);
         oNode.Canonical([&](std::string_view sPiece) { pHasher->Add(sPiece); });
-        const std::string sAt = o.sPath == "/" ? "" : oNode.GetPath().CStr();
-        Print(pHasher->Hex() + "  " + Visible(sFile) + (sAt.empty() ? "" : ' ' + Escaped(sAt)) +
-              '\n');
+        const std::string sAt = o.sPath == "/" ? "" : ' ' + ShownPath(oNode.GetPath().View());
+        Print(pHasher->Hex() + "  " + Visible(sFile) + sAt + '\n');
     }
     return oFound.Size() != 0 ? EXIT_GOOD : EXIT_NEGATIVE;
 }

@@ -10,6 +10,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
+#include "tools/shell_path.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -83,7 +84,7 @@ std::string PlaceText(const vok::Load_Report& oReport) {
              std::to_string(oReport.m_uColumn);
     }
     if (!oReport.m_oPath.IsEmpty()) {
-        s += (s.empty() ? "at " : ", at ") + Escaped(Shortened(oReport.m_oPath.View()));
+        s += (s.empty() ? "at " : ", at ") + Shortened(ShownPath(oReport.m_oPath.View()));
     }
     return s.empty() ? s : s + ": ";
 }
@@ -161,16 +162,19 @@ bool IsNoMemory(const std::exception& oError) {
            sMessage.starts_with("unexpected error during reallocation");
 }
 
-void TellNothingAt(const std::string& sPath, std::string_view sTop) {
-    std::fprintf(stderr, "vok: no node at \"%s\"; \"/\" is the node \"%s\"\n",
-                 Escaped(Shortened(sPath)).c_str(), Escaped(Shortened(sTop)).c_str());
+void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std::string_view sTop) {
+    const std::string sShown = ShownPath(sPath);
+    const std::string sWhere = sAttribute.empty() ? sShown : ShownAttribute(sShown, sAttribute);
+    std::fprintf(stderr, "vok: %s at %s; \"/\" is the node \"%s\"\n",
+                 sAttribute.empty() ? "no node" : "no attribute", Shortened(sWhere).c_str(),
+                 Escaped(Shortened(sTop)).c_str());
 }
 
 vok::Data_NodeSet Input::Find(const std::string& sPath) const {
     vok::Data_NodeSet oFound = oTree.GetNodeSet(sPath.c_str());
     if (oFound.Size() == 0) {
         const char* sTop = oTree.GetName();
-        TellNothingAt(sPath, sTop != nullptr ? sTop : "");
+        TellNothingAt(sPath, {}, sTop != nullptr ? sTop : "");
     }
     return oFound;
 }

@@ -47,8 +47,9 @@ std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view 
 // Whether the failure is that there was not enough memory.
 bool IsNoMemory(const std::exception& oError);
 
-// Says on standard error that there is nothing at a path in a tree whose top bears a name.
-void TellNothingAt(const std::string& sPath, std::string_view sTop);
+// Says on standard error that there is nothing at a path, or no such attribute unless that is
+// empty, in a tree whose top bears a name.
+void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std::string_view sTop);
 
 // Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content
 // must be. Raises InputError.

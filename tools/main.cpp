@@ -13,6 +13,7 @@
 #include "tools/commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"
@@ -25,8 +26,15 @@ using namespace tools;
 int g_iExit = EXIT_GOOD;
 
 const char* const PATHS =
-    "PATH is a path such as /order[3]/price, with * for any name, // for any depth, [2] for a\n"
-    "position and [@id=\"7\"] for an attribute. \"/\" is the top node; its name is no step.";
+    "PATH is a path such as /order[3]/price, which is the price of the fourth order: positions "
+    "count\n"
+    "from 0. * is any name, // any depth, [@id=\"7\"] asks for an attribute. \"/\" is the top "
+    "node;\n"
+    "its name is no step. Names with other characters stand in quotes: '/\"Start menu\"/\"a.b\"'.";
+// For options that are paths of nodes.
+std::string ToLibrary(const std::string& sPath) {
+    return LibraryPath(sPath);
+}
 
 void AddConvert(CLI::App& oApp) {
     auto* p = oApp.add_subcommand("convert", "Convert a file to another form");
@@ -39,9 +47,10 @@ void AddConvert(CLI::App& oApp) {
     p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "jsonl"}));
     p->add_option(
-        "--records", o->sRecords,
-        "Write every node at this path by itself: a line each of JSON Lines, whose default "
-        "is \"/*\"; of other forms a file each, in the folder OUT");
+         "--records", o->sRecords,
+         "Write every node at this path by itself: a line each of JSON Lines, whose default "
+         "is \"/*\"; of other forms a file each, in the folder OUT")
+        ->transform(ToLibrary);
     p->add_option("--dgraph-version", o->sVersion, "Version of DGraph documents")
         ->capture_default_str();
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
@@ -63,7 +72,7 @@ void AddShow(CLI::App& oApp) {
     auto* p = oApp.add_subcommand("show", "Show a tree, or the parts of it at a path");
     auto o = std::make_shared<ShowOptions>();
     p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
-    p->add_option("PATH", o->sPath, "What to show")->capture_default_str();
+    p->add_option("PATH", o->sPath, "What to show")->capture_default_str()->transform(ToLibrary);
     p->add_option("--depth", o->uDepth, "Levels to show below that");
     p->add_flag("--plain", o->bPlain, "No colours, also on a terminal");
     p->add_flag("--json", o->bJson,
@@ -73,14 +82,24 @@ void AddShow(CLI::App& oApp) {
 }
 
 void AddGet(CLI::App& oApp) {
-    auto* p = oApp.add_subcommand("get", "Print the values at a path, one a line");
+    auto* p =
+        oApp.add_subcommand("get", "Print what is at a path: values one a line, trees indented");
     auto o = std::make_shared<GetOptions>();
     p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
-    p->add_option("PATH", o->sPath, "Nodes whose values to print")->required();
-    p->add_flag("-0,--null", o->bNull,
-                "End values with a NUL and print them as they are; else line breaks and other "
-                "control characters are printed as \\n, \\xHH");
-    p->footer(std::string(PATHS) + "\nExit status 1 when nothing is there.");
+    p->add_option("PATH", o->sPath, "Nodes to print; /order/@state are attributes of nodes")
+        ->required();
+    auto* pNull =
+        p->add_flag("-0,--null", o->bNull,
+                    "End values with a NUL and print them as they are; else line breaks and other "
+                    "control characters are printed as \\n, \\xHH");
+    auto* pCount = p->add_flag("--count", o->bCount, "Print how many there are");
+    auto* pPaths = p->add_flag("--paths", o->bPaths, "Print the path of each");
+    pCount->excludes(pNull)->excludes(pPaths);
+    p->add_option("--default", o->sDefault, "What to print when nothing is there; status 0 then")
+        ->excludes(pCount);
+    p->footer(std::string(PATHS) +
+              "\nExample: vok get orders.xml '//order[@id=\"7\"]/price' --default 0\n"
+              "Exit status 1 when nothing is there.");
     p->callback([o] { g_iExit = Get(*o); });
 }
 
@@ -117,7 +136,8 @@ void AddHash(CLI::App& oApp) {
     auto o = std::make_shared<HashOptions>();
     p->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
     p->add_option("--path", o->sPath, "Hash the nodes at this path, each by itself")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->transform(ToLibrary);
     p->add_flag("--sha256", o->bSha256,
                 "SHA-256, for signatures; else XXH3 with 128 bits, for telling apart only");
     p->footer(

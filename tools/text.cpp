@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "tools/shell_path.h"
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
@@ -49,7 +50,7 @@ std::string ValueText(const vok::Data_Value& o) {
 std::string ValueText(const vok::Data& oNode) {
     if (oNode.GetType() != Data_Node::Link) return ValueText(vok::Data_View(oNode).GetValue());
     const vok::Data oTarget = oNode.GetValLink();
-    return oTarget.IsNode() ? oTarget.GetPath().CStr() : "";
+    return oTarget.IsNode() ? ShownPath(oTarget.GetPath().View()) : "";
 }
 
 std::string Line(std::string_view sMessage) {
@@ -116,6 +117,15 @@ std::string Escape(std::string_view sText, bool bBackslashes) {
 
 std::string Escaped(std::string_view sText) {
     return Escape(sText, true);
+}
+
+std::string Quoted(std::string_view sText) {
+    std::string sOut = "\"";
+    for (const char c : Escaped(sText)) {
+        if (c == '"') sOut += '\\';
+        c == '\'' ? void(sOut += "\\x27") : sOut.push_back(c);
+    }
+    return sOut + '"';
 }
 
 std::string Visible(std::string_view sText) {

@@ -25,6 +25,9 @@ std::string Line(std::string_view sMessage);
 // could make a terminal do or show something else - control characters, directions of writing, tags
 // that nobody sees - as \xHH, \uHHHH, \UHHHHHHHH.
 std::string Escaped(std::string_view sText);
+// The same between double quotes, in which those are escaped as well, and single ones, so that all
+// of it can stand between those.
+std::string Quoted(std::string_view sText);
 // The same for messages, whose backslashes - in paths, say - stay as they are.
 std::string Visible(std::string_view sText);
 
