@@ -95,11 +95,11 @@ void AddRecord(Answers& oAnswers, Document& oDocument) {
     if (!oAnswers.Attribute().empty() && p == nullptr) return;
     // Positions are those of a tree only where nothing is out of order, which XML may be yet.
     if (oAnswers.WantsPaths() && oDocument.IsXml()) throw NeedsTree();
+    // Only a tree knows where a link in XML leads to.
+    if (oAnswers.WantsTrees() && r.HasTarget() && oDocument.IsXml()) throw NeedsTree();
     if (!oAnswers.IsNew()) return;
     if (oAnswers.WantsPaths()) return oAnswers.PrintPath(oDocument.Reader().GetPath().View());
     if (p != nullptr) return oAnswers.PrintValue(std::string(p->sValue));
-    // Only a tree knows where a link in XML leads to.
-    if (r.HasTarget() && oDocument.IsXml()) throw NeedsTree();
     const bool bLink = r.GetType() == vok::Data_Node::Link;
     oAnswers.PrintValue(bLink ? ShownPath('/' + std::string(r.Text())) : ValueText(r));
 }
