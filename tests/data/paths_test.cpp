@@ -3,6 +3,7 @@
 #include <set>
 
 #include "tests/support.h"
+#include "vok/data/walk.h"
 #include "vok/data/xpath.h"
 
 namespace vok {
@@ -239,6 +240,44 @@ std::string RandomPath(std::mt19937& oRandom) {
     return sPath;
 }
 
+// A path that is kept selects the same, and first the one that comes first in a walk.
+void CheckKept(const Data& oFrom, const std::string& sPath, const Ids& oGot,
+               const std::string& sRaised) {
+    Data_Xpath oPath;
+    oPath.Parse(sPath.c_str());
+    if (sRaised != NOTHING_RAISED) {
+        ASSERT_EQ(Raised([&] { (void)oPath.Evaluate(oFrom); }), sRaised) << sPath;
+        ASSERT_EQ(Raised([&] { (void)oPath.EvaluateFirst(oFrom); }), sRaised) << sPath;
+        return;
+    }
+    ASSERT_EQ(IdsOf(oPath.Evaluate(oFrom)), oGot) << sPath;
+    u2_t uFirst = Data_Node::NONE;
+    for (Data_Walk o(oFrom.GetRoot()); uFirst == Data_Node::NONE && o.Next();) {
+        if (std::ranges::binary_search(oGot, o.GetId())) uFirst = o.GetId();
+    }
+    const Data oFirst = oPath.EvaluateFirst(oFrom);
+    ASSERT_EQ(oFirst.IsNode() ? oFirst.GetId() : Data_Node::NONE, uFirst) << sPath;
+}
+
+// It looks no further: a million successors behind it cost nothing, nor do steps beyond what it
+// has bits for.
+TEST(NodeSet, TheFirstOneIsEnough) {
+    Data oTree = NewTree();
+    const Data_Key oKey = oTree.MakeKey("a");
+    for (int i = 0; i < 1000000; ++i) oTree.AddInt(oKey, i);
+    Data_Xpath oPath;
+    for (const char* s : {"/a", "//a", "/*", "//*"}) {
+        oPath.Parse(s);
+        EXPECT_EQ(oPath.EvaluateFirst(oTree, AtMost(LIMIT_PATH_STEPS, 3)).GetId(), 1u) << s;
+    }
+    oPath.Parse("/a[999999]");
+    EXPECT_EQ(oPath.EvaluateFirst(oTree).GetValInt(), 999999);
+    std::string sLong = "a";
+    for (int i = 0; i < 100; ++i) sLong += "/.";
+    oPath.Parse(sLong.c_str());
+    EXPECT_EQ(oPath.EvaluateFirst(oTree).GetId(), 1u);
+}
+
 TEST(NodeSet, SameAsTheNaiveWay) {
     unsigned uRaised = 0;
     unsigned uFound = 0;
@@ -261,6 +300,7 @@ TEST(NodeSet, SameAsTheNaiveWay) {
             const std::string sGot = Raised([&] { oGot = IdsOf(oFrom.GetNodeSet(sPath.c_str())); });
             ASSERT_EQ(sGot, sExpected) << uSeed << " " << sPath;
             ASSERT_EQ(oGot, oExpected) << uSeed << " " << sPath;
+            CheckKept(oFrom, sPath, oGot, sGot);
             uRaised += sGot[0] != '(';
             uFound += oGot.size() > 1;
         }

@@ -7,20 +7,13 @@
 #include "vok/data/checks.h"
 #include "vok/data/id_map.h"
 #include "vok/data/select.h"
+#include "vok/data/step_lookup.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/xpath.h"
 
 namespace vok {
 
 namespace {
-
-// A step with its names looked up in the tree.
-struct Lookup {
-    const Data_XpathStep& oStep;
-    u2_t uKey;           // Hash::NONE for a name that no node bears
-    Arr<u2_t> oAttKeys;  // parallel to the predicates; Hash::NONE for unknown names
-    Arr<u3_t> oAttWork;  // units that one test of each takes
-};
 
 // Walks a path step by step over whole sets of nodes: what a step selects is gathered for all
 // nodes of the set before, sorted and freed of duplicates. So a node is looked at once per
@@ -68,7 +61,7 @@ class Evaluator {
     void Step(const Data_XpathStep& oStep, Arr<u2_t>& oSet) {
         if (oStep.m_eKind == Data_XpathStep::Self) return;
         Arr<u2_t> oNext;
-        const Lookup oLookup = LookUp(oStep);
+        const detail::Step_Lookup oLookup(m_oBase, oStep);
         m_oWork.Charge(1);
         for (std::size_t u = 0; u < oSet.Size(); ++u) {
             if (oStep.m_eKind == Data_XpathStep::Parent) {
@@ -84,16 +77,6 @@ class Evaluator {
         oSet.Swap(oNext);
     }
 
-    [[nodiscard]] Lookup LookUp(const Data_XpathStep& oStep) const {
-        const u2_t uKey = oStep.m_bAnyName ? Hash::NONE : m_oBase.m_oName.Find(oStep.m_sName);
-        Lookup oLookup{oStep, uKey, {}, {}};
-        for (std::size_t u = 0; u < oStep.m_oAttName.Size(); ++u) {
-            oLookup.oAttKeys.Add(m_oBase.m_oAtt.Names().Find(oStep.m_oAttName(u)));
-            oLookup.oAttWork.Add(FIND_ATTRIBUTE + Work::OfText(std::strlen(oStep.AttVal(u))));
-        }
-        return oLookup;
-    }
-
     void AddPred(u2_t uId, Arr<u2_t>& oNext) {
         m_oWork.Look(1);
         const u2_t uPred = m_oBase.m_oNode(uId).Pred();
@@ -102,13 +85,13 @@ class Evaluator {
         if (oNext.Size() == 0 || oNext(oNext.Size() - 1) != uPred) oNext.Add(uPred);
     }
 
-    void AddSuccessors(u2_t uId, const Lookup& oLookup, Arr<u2_t>& oNext) {
+    void AddSuccessors(u2_t uId, const detail::Step_Lookup& oLookup, Arr<u2_t>& oNext) {
         const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
-        const Data_XpathStep& oStep = oLookup.oStep;
+        const Data_XpathStep& oStep = oLookup.m_oStep;
         Data_Base::Run oRun{0, oGroup.uSize};
         if (!oStep.m_bAnyName) {
-            oRun = oLookup.uKey != Hash::NONE ? m_oBase.FindRun(oGroup, oLookup.uKey)
-                                              : Data_Base::Run{};
+            oRun = oLookup.m_uKey != Hash::NONE ? m_oBase.FindRun(oGroup, oLookup.m_uKey)
+                                                : Data_Base::Run{};
         }
         if (oStep.m_iIndex >= 0) {
             const u2_t uIndex = static_cast<u2_t>(oStep.m_iIndex);
@@ -117,24 +100,9 @@ class Evaluator {
         m_oWork.Look(u3_t{oRun.uSize} + 1);
         for (u2_t u = 0; u < oRun.uSize; ++u) {
             const u2_t uSucc = oGroup.pId[oRun.uFirst + u];
-            if (IsLive(uSucc) && HasAttributes(uSucc, oLookup)) oNext.Add(uSucc);
+            if (IsLive(uSucc) && oLookup.HasAttributes(uSucc, m_oWork)) oNext.Add(uSucc);
         }
     }
-
-    [[nodiscard]] bool HasAttributes(u2_t uId, const Lookup& oLookup) {
-        for (std::size_t u = 0; u < oLookup.oAttKeys.Size(); ++u) {
-            if (*oLookup.oStep.m_oAttName(u) == 0) continue;
-            m_oWork.Charge(oLookup.oAttWork(u));
-            if (!m_oBase.m_oAtt.Has(uId)) return false;
-            const char* sValue = m_oBase.AttributeOf(uId, oLookup.oAttKeys(u));
-            if (sValue == nullptr || std::strcmp(sValue, oLookup.oStep.AttVal(u)) != 0)
-                return false;
-        }
-        return true;
-    }
-
-    // Units of work for a search among the nodes of one attribute name.
-    static constexpr u3_t FIND_ATTRIBUTE = 8;
 
     Data_Base& m_oBase;
     Work& m_oWork;
@@ -154,6 +122,17 @@ void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, Work& oWork, Arr<
 }
 
 }  // namespace detail
+
+Data_NodeSet Data::GetNodeSet(const Data_Xpath& oPath, const Limits& oLimits) const {
+    return Where("vok::Data::GetNodeSet", [&] {
+        Base& b = detail::NodeOf(m_oBase, m_uId);
+        Work oWork(oLimits, b.m_oNode.Size() * sizeof(Node));
+        Data_NodeSet oSet;
+        Evaluator(b, oWork).Run(oPath.IsAbsolute() ? 0 : m_uId, oPath, oSet.m_oId);
+        if (oSet.Size() != 0) oSet.m_oBase = m_oBase;
+        return oSet;
+    });
+}
 
 Data_NodeSet Data::GetNodeSet(std::string_view sPath, const Limits& oLimits) const {
     return GetNodeSet(Str(sPath).CStr(), oLimits);

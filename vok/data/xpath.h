@@ -55,6 +55,10 @@ class Data_Xpath {
     // The path began with "//".
     [[nodiscard]] bool IsDescendantFromRoot() const noexcept { return m_bDescendantFromRoot; }
 
+    // Data::GetNodeSet and Data::GetFirst, the other way round, for a path that is used often.
+    [[nodiscard]] Data_NodeSet Evaluate(const Data& oFrom, const Limits& oLimits = {}) const;
+    [[nodiscard]] Data EvaluateFirst(const Data& oFrom, const Limits& oLimits = {}) const;
+
     // The steps in readable form, one a line, appended to oOut.
     void Debug(Str& oOut) const;
 
