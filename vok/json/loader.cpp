@@ -12,6 +12,7 @@
 #include "vok/file/rest.h"
 #include "vok/json/access.h"
 #include "vok/json/json.h"
+#include "vok/json/memory.h"
 #include "vok/json/messages.h"
 
 namespace vok {
@@ -19,34 +20,6 @@ namespace vok {
 namespace json {
 
 namespace {
-
-// Where the reader keeps a text that it is reading, and a few bytes for every open level.
-class Reader_Memory {
-  public:
-    static constexpr bool kNeedFree = true;
-
-    explicit Reader_Memory(const Limits& oLimits) noexcept : m_pLimits(&oLimits) {}
-    // The reader makes one of its own where it is given none.
-    Reader_Memory() noexcept = default;
-
-    void* Malloc(std::size_t uSize) { return uSize != 0 ? Mem::Create(uSize) : nullptr; }
-    void* Realloc(void* p, std::size_t, std::size_t uSize) {
-        // It grows by halves, and counts texts in 32 bits.
-        constexpr u3_t MOST = 0xF0000000;
-        constexpr u3_t LEVELS = u3_t{1} << 26;
-        if (m_pLimits != nullptr &&
-            uSize > std::min(MOST, LEVELS + 2 * std::min(MOST, m_pLimits->m_uTextBytes))) {
-            m_pLimits->RaiseExceeded(&Limits::m_uTextBytes);
-        }
-        return p != nullptr ? Mem::Resize(p, uSize) : Malloc(uSize);
-    }
-    static void Free(void* p) noexcept {
-        if (p != nullptr) Mem::Free(p);
-    }
-
-  private:
-    const Limits* m_pLimits = nullptr;
-};
 
 [[nodiscard]] Syntax SyntaxOf(rapidjson::ParseErrorCode eCode) noexcept {
     switch (eCode) {
@@ -92,8 +65,8 @@ void Loader::Run() {
     constexpr unsigned FLAGS = rapidjson::kParseIterativeFlag | rapidjson::kParseStopWhenDoneFlag |
                                rapidjson::kParseNumbersAsStringsFlag |
                                rapidjson::kParseValidateEncodingFlag;
-    Reader_Memory oMemory(m_oLimits);
-    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, Reader_Memory> oReader(&oMemory);
+    Memory oMemory(m_oLimits);
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, Memory> oReader(&oMemory);
     const rapidjson::ParseResult oResult = oReader.Parse<FLAGS>(m_oIn, *this);
     if (oResult.IsError()) {
         m_oIn.MoveTo(oResult.Offset());

@@ -17,10 +17,6 @@ namespace {
 // That of operations on numbers.
 constexpr u3_t QUIET_NAN = 0x7FF8000000000000;
 
-[[nodiscard]] constexpr bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
-
 // All of a text as a number; false where it is none, or out of range.
 template <class T>
 [[nodiscard]] bool Parse(std::string_view sText, T& tValue, int iBase = 10) noexcept {

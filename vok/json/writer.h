@@ -7,24 +7,12 @@
 
 #include <rapidjson/writer.h>
 
-#include "vok/base/mem.h"
 #include "vok/base/number.h"
 #include "vok/file/sinks.h"
 #include "vok/json/json.h"
+#include "vok/json/memory.h"
 
 namespace vok::json {
-
-// Where the writer keeps a few bytes for every open level.
-struct Writer_Memory {
-    static constexpr bool kNeedFree = true;
-    void* Malloc(std::size_t uSize) { return uSize != 0 ? Mem::Create(uSize) : nullptr; }
-    void* Realloc(void* p, std::size_t, std::size_t uSize) {
-        return p != nullptr ? Mem::Resize(p, uSize) : Malloc(uSize);
-    }
-    static void Free(void* p) noexcept {
-        if (p != nullptr) Mem::Free(p);
-    }
-};
 
 // Where its bytes go.
 class Output {
@@ -47,8 +35,7 @@ class Output {
     PieceSink m_oSink;
 };
 
-class Tokens
-    : private rapidjson::Writer<Output, rapidjson::UTF8<>, rapidjson::UTF8<>, Writer_Memory> {
+class Tokens : private rapidjson::Writer<Output, rapidjson::UTF8<>, rapidjson::UTF8<>, Memory> {
   public:
     Tokens(Output& oOut, Json_Layout eLayout)
         : Writer(oOut), m_bLines(eLayout == Json_Layout::Lines) {}
