@@ -76,11 +76,12 @@ void Loader::Run() {
 }
 
 // What the reader lets pass: half of a surrogate pair by its escape.
-void Loader::CheckText(std::string_view sText) const {
+bool Loader::CheckText(std::string_view sText) const {
     if (sText.size() > m_oLimits.m_uTextBytes) m_oLimits.RaiseExceeded(&Limits::m_uTextBytes);
     if (IsAsciiText(sText.data(), sText.size())) [[likely]]
-        return;
+        return false;
     if (!IsUtf8(sText.data(), sText.size())) RaiseSyntax(Syntax::BadSurrogate);
+    return sText.find('\0') != std::string_view::npos;
 }
 
 void Loader::CheckMemory() {
@@ -154,8 +155,8 @@ void Loader::TakeKey(Level& o) {
 
 bool Loader::Key(const char* s, u2_t uSize, bool) {
     std::string_view sName(s, uSize);
-    CheckText(sName);
-    if (sName.find('\0') != std::string_view::npos) RaiseNulInName();
+    if (CheckText(sName)) [[unlikely]]
+        RaiseNulInName();
     Level& o = m_oLevel.Last();
     if (o.eKind == Kind::Attributes) {
         Assign(m_oName, sName);
@@ -255,7 +256,7 @@ void Loader::SetMark(u2_t uId, const Mark& oMark) {
 bool Loader::OnScalar(const Scalar& o) {
     if (m_oLevel.Size() != 0) {
         if (m_oLevel.Last().eKind == Kind::Attributes) {
-            if (o.eKind == Scalar::Text && !HasNul(o) && m_oName.Size() != 0) {
+            if (o.eKind == Scalar::Text && !o.bNul && m_oName.Size() != 0) {
                 AddAttribute(o.sText);
                 return true;
             }
@@ -278,7 +279,7 @@ bool Loader::TakeSpecial(Level& oLevel, const Scalar& o) {
     switch (m_eMember) {
         case Member::Name:
             if (oLevel.uNode != 0 || o.eKind != Scalar::Text || o.sText.empty()) return false;
-            if (m_oBase.m_oNode(0).uKey != 0 || HasNul(o)) return false;
+            if (m_oBase.m_oNode(0).uKey != 0 || o.bNul) return false;
             oLevel.bTold = true;
             m_oBase.m_oNode(0).uKey = m_oBase.m_oName.Intern(o.sText);
             return true;
@@ -291,6 +292,7 @@ bool Loader::TakeSpecial(Level& oLevel, const Scalar& o) {
             if (oLevel.bMembers || m_oPending.bValue) return false;
             m_oPending.bValue = true;
             m_oPending.eKind = o.eKind;
+            m_oPending.bNul = o.bNul;
             Assign(m_oPendingText, o.sText);
             return true;
         default: return false;
@@ -343,7 +345,7 @@ void Loader::DemotePending() {
     }
     if (!oPending.bValue) return;
     o.uKey = m_oBase.m_oName.Intern(VALUE);
-    AppendScalar({oPending.eKind, ViewOf(m_oPendingText)});
+    AppendScalar({oPending.eKind, ViewOf(m_oPendingText), oPending.bNul});
 }
 
 }  // namespace json

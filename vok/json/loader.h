@@ -105,8 +105,8 @@ class Loader {
         return OnScalar({Scalar::Number, {s, uSize}});
     }
     bool String(const char* s, u2_t uSize, bool) {
-        CheckText({s, uSize});
-        return OnScalar({Scalar::Text, {s, uSize}});
+        const bool bNul = CheckText({s, uSize});
+        return OnScalar({Scalar::Text, {s, uSize}, bNul});
     }
     bool Key(const char* s, u2_t uSize, bool);
     bool StartObject();
@@ -143,6 +143,7 @@ class Loader {
         Node::Type eType = Node::Tree;  // Tree: not told
         bool bValue = false;
         Scalar::Kind eKind = Scalar::Null;
+        bool bNul = false;
         [[nodiscard]] bool IsThere() const noexcept { return bValue || eType != Node::Tree; }
     };
     struct Ends {
@@ -159,7 +160,8 @@ class Loader {
     static constexpr u3_t MOST_PER_NODE = 512;
     static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
 
-    void CheckText(std::string_view sText) const;
+    // Returns whether there is a NUL in it.
+    bool CheckText(std::string_view sText) const;
     void CheckLimits();
     // Where a small input can become a large tree, looks at its memory, and says at how many nodes
     // that is worth doing again.
@@ -189,9 +191,6 @@ class Loader {
     // ---- values -----------------------------------------------------------
 
     void AppendScalar(const Scalar& o);
-    [[nodiscard]] static bool HasNul(const Scalar& o) noexcept {
-        return o.eKind == Scalar::Text && o.sText.find('\0') != std::string_view::npos;
-    }
     [[nodiscard]] u3_t AddBlock(std::string_view sBlock);
     void SetValue(u2_t uId);
     void SetTyped(u2_t uId, Node::Type eType, const Scalar& o);

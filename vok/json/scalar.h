@@ -14,6 +14,7 @@ struct Scalar {
     enum Kind : u0_t { Null, False, True, Number, Text };
     Kind eKind;
     std::string_view sText;  // of a number its characters, of a text what it means
+    bool bNul = false;       // there is one in the text
 };
 
 // What a number is in a tree.

@@ -26,8 +26,8 @@ u3_t Loader::PlainBits(const Scalar& o, Node::Type& eType) {
         }
         case Scalar::Text:
             // Texts of a tree end at a NUL.
-            eType = HasNul(o) ? Node::Binary : Node::String;
-            return HasNul(o) ? AddBlock(o.sText) : m_oBase.AddText(o.sText);
+            eType = o.bNul ? Node::Binary : Node::String;
+            return o.bNul ? AddBlock(o.sText) : m_oBase.AddText(o.sText);
         default: eType = Node::Empty; return 0;
     }
 }
@@ -36,7 +36,7 @@ u3_t Loader::PlainBits(const Scalar& o, Node::Type& eType) {
 void Loader::SetValue(u2_t uId) {
     const Pending oPending = m_oPending;
     m_oPending = {};
-    const Scalar o{oPending.eKind, {m_oPendingText.Beg(), m_oPendingText.Size()}};
+    const Scalar o{oPending.eKind, {m_oPendingText.Beg(), m_oPendingText.Size()}, oPending.bNul};
     if (oPending.eType != Node::Tree) return SetTyped(uId, oPending.eType, o);
     Node::Type eType;
     const u3_t uBits = PlainBits(o, eType);
@@ -51,7 +51,7 @@ void Loader::SetTyped(u2_t uId, Node::Type eType, const Scalar& o) {
     bool bGood = o.eKind == Scalar::Text;
     switch (eType) {
         case Node::String:
-            bGood = bGood && !HasNul(o);
+            bGood = bGood && !o.bNul;
             if (bGood) uBits = m_oBase.AddText(o.sText);
             break;
         case Node::Binary: bGood = bGood && BinaryBits(o.sText, uBits); break;
