@@ -104,6 +104,31 @@ TEST(JsonTrees, Deep) {
     EXPECT_LT(JsonOf(oTree, Json_Layout::Lines).size(), 66 * 2 * LEVELS / 10);
 }
 
+// A document of several pieces: what stands at their borders, and where an error is.
+TEST(JsonTrees, Pieces) {
+    std::mt19937 oRandom(3);
+    std::string sJson = "[";
+    while (sJson.size() < 900000) {
+        sJson += "{\"\u00e4\xC3\xA4\": -1.25e3,\n\"x\\ny\": [true , null,\"" +
+                 std::string(Below(oRandom, 3000), 'x') + "\xE2\x82\xAC\\\"\"]}\n,";
+    }
+    std::string sBad = sJson + "\"\\uD83D\"]";
+    sJson += "0]\n";
+    for (const std::string& s : {sJson, sBad}) {
+        Data oMemory;
+        Data oStream;
+        Load_Report oReport;
+        Load_Report oStreamReport;
+        Drop_Stream oIn(s, 100000);
+        const std::string sFault = Failing([&] { Json_LoadString(oMemory, s, {}, &oReport); });
+        EXPECT_EQ(Failing([&] { Json_Load(oStream, oIn, {}, &oStreamReport); }), sFault);
+        EXPECT_EQ(PlaceOf(oStreamReport), PlaceOf(oReport));
+        EXPECT_EQ(oReport.m_uOffset, s.size() - (sFault.empty() ? 0 : 8));
+        EXPECT_TRUE(Data::Equal(oMemory, oStream));
+        EXPECT_TRUE(ComesBack(oMemory));
+    }
+}
+
 const char* const ALL = R"({"#attributes":{"k":"v"},"#name":"top","a":[1,{"b":[[],[2]]},null],)"
                         R"("c":{"#type":"Binary","#value":"AAH/"},"d":"\u00e4\ud83d\ude00\"x",)"
                         R"("l":{"#type":"Link","#value":"/a[1]/b[0]"},"n":[-1.5e-7],"t":true})";

@@ -33,7 +33,7 @@ void Json_SaveString(const Data& oTop, Str& oOut, Json_Layout eLayout = Json_Lay
 //
 // Linear in the bytes read, but for links, which take a logarithm of siblings for each step. Of a
 // stream that is no File_Buf no more is held than the longest text and one piece. Raises "invalid
-// JSON: %0", "invalid JSON value for type "%0": "%1"", "JSON name with a NUL", "JSON link to
+// JSON: ...", "invalid JSON value for type "%0": "%1"", "JSON name with a NUL", "JSON link to
 // nothing: "%0"", "unknown character coding: "%0"", the errors of limits and of the stream.
 void Json_Load(Data& oTree, File_Stream& oIn, const Limits& oLimits = {},
                Load_Report* pReport = nullptr);
