@@ -1,8 +1,10 @@
 // The bytes drive a builder of trees. A tree that was written and read once is written as the
-// same bytes ever after, through memory and through a foreign stream.
+// same bytes ever after, through memory and through a foreign stream. JSON brings back an equal
+// one.
 #include <bit>
 
 #include "fuzz/fuzz_support.h"
+#include "vok/json/json.h"
 
 namespace {
 
@@ -83,6 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
         (void)Raised([&] { Step(oRoot, oScript); });
     }
     CheckTree(oRoot);
+    File_Buf oJson("w");
+    Json_Save(oRoot, oJson);
+    Data oBack;
+    Json_LoadString(oBack, {oJson.Data(), oJson.Size()});
+    Check(Data::Equal(oRoot, oBack));
     const std::string sFirst = Save(oRoot);
     const Data oTrip = Load(sFirst, true);
     // Gaps in the runs of a name are closed, attributes are in the order of first use.

@@ -24,7 +24,8 @@ struct ConvertOptions {
     bool bCompress = false;
     bool bZip = false;
     bool bLossless = false;
-    std::string sRecords;  // each node at this path by itself; empty: the document as a whole
+    bool bCompact = false;  // JSON on one line
+    std::string sRecords;   // each node at this path by itself; empty: the document as a whole
 };
 int Convert(const ConvertOptions& o);
 

@@ -22,6 +22,7 @@
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/json/json.h"
 #include "vok/records/path.h"
 #include "vok/records/writer.h"
 #include "vok/zip/archive.h"
@@ -45,6 +46,7 @@ Endings EndingsOf(const std::string& sName) {
     if (sLower.ends_with(".xml")) o.sFormat = "xml";
     if (sLower.ends_with(".dgraph") || sLower.ends_with(".dg")) o.sFormat = "dgraph";
     if (sLower.ends_with(".dump")) o.sFormat = "dump";
+    if (sLower.ends_with(".json")) o.sFormat = "json";
     if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
     return o;
 }
@@ -91,6 +93,10 @@ struct Task {
 void Save(vok::Data& oTree, const Task& o, vok::File_Stream& oOut) {
     if (o.sFormat == "xml") return oTree.SaveToXML(oOut);
     if (o.sFormat == "dump") return oTree.Dump(oOut);
+    if (o.sFormat == "json") {
+        return vok::Json_Save(
+            oTree, oOut, o.oOptions.bCompact ? vok::Json_Layout::Compact : vok::Json_Layout::Lines);
+    }
     vok::Dgraph_SetVersion(oTree, o.oVersion[0], o.oVersion[1], o.oVersion[2]);
     vok::Dgraph_SaveDGraph(oTree, oOut);
 }
@@ -214,7 +220,8 @@ void WriteDocument(const Task& o, bool bCounted, vok::File_Stream& oOut) {
 int ByRecords(const Task& o) {
     const ConvertOptions& r = o.oOptions;
     const bool bJson = o.sFormat == "jsonl";
-    if (o.Keeps() == "dump" && !o.IsByRecords()) throw NeedsTree();
+    const bool bOfTrees = o.Keeps() == "dump" || o.sFormat == "json";
+    if (bOfTrees && !o.IsByRecords()) throw NeedsTree();
     if (bJson || o.IsByRecords()) {
         if (vok::records::Path::NeedsTree(o.Records())) throw NeedsTree();
         if (vok::records::Path(o.Records()).MayNest()) throw NeedsTree();
@@ -281,10 +288,13 @@ int Convert(const ConvertOptions& o) {
     if (oTask.sFormat.empty()) {
         throw std::invalid_argument("\"" + o.sOut +
                                     "\" does not tell a format by its ending (.xml, .dgraph, "
-                                    ".dump, .jsonl): name one with --to");
+                                    ".dump, .json, .jsonl): name one with --to");
     }
     if (oTask.IsByRecords() && oTask.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
         throw std::invalid_argument("files of records are not compressed");
+    }
+    if (o.bCompact && oTask.sFormat != "json") {
+        throw std::invalid_argument("--compact is for JSON");
     }
     return Answer(
         o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });

@@ -16,6 +16,7 @@
 #include "vok/base/msg.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/file.h"
+#include "vok/json/json.h"
 #include "vok/records/unwrapped.h"
 
 namespace tools {
@@ -152,7 +153,7 @@ class Document::Impl {
     bool m_bDone = false;
 
   private:
-    static constexpr std::size_t START = 64;
+    static constexpr std::size_t START = 1024;
 
     void Open(const vok::Limits& oLimits) {
         try {
@@ -197,6 +198,7 @@ class Document::Impl {
         // A document that holds a dump.
         constexpr std::size_t MAJOR = 9;
         if (bDGraph && sStart.size() > MAJOR && sStart[MAJOR] == 2) throw NeedsTree();
+        if (!bDGraph && vok::Json_CanLoad(sStart)) throw NeedsTree();
         m_bXml = !bDGraph;
         if (!sFormat.empty() && sFormat != (m_bXml ? "xml" : "dgraph")) throw NeedsTree();
         if (m_bXml && sFormat.empty()) CheckMayBeXml(sStart);

@@ -19,6 +19,7 @@
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
+#include "vok/json/json.h"
 #include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/buf.h"
@@ -72,7 +73,8 @@ void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
 
 std::string FormatOf(vok::File_Buf& oIn) {
     if (vok::Data::CanLoad(oIn)) return "dump";
-    return vok::Dgraph_CanLoadDGraph(oIn) ? "dgraph" : "xml";
+    if (vok::Dgraph_CanLoadDGraph(oIn)) return "dgraph";
+    return vok::Json_CanLoad({oIn.Peek(), oIn.Remaining()}) ? "json" : "xml";
 }
 
 // "byte 17, line 2, column 5, at /a[0]: " as far as it is known.
@@ -111,6 +113,8 @@ void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
         o.oTree.Load(oIn, oLimits, &o.oReport);
     } else if (o.sFormat == "dgraph") {
         vok::Dgraph_LoadDGraph(o.oTree, oIn, oLimits, &o.oReport);
+    } else if (o.sFormat == "json") {
+        vok::Json_Load(o.oTree, oIn, oLimits, &o.oReport);
     } else {
         if (sFormat.empty()) CheckMayBeXml({oBytes.Beg(), oBytes.Size()});
         o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);

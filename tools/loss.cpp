@@ -84,7 +84,7 @@ void LossCount::Add(const vok::Data_Value& o) {
 
 std::vector<std::string> LossCount::Lines() const {
     Losses o;
-    if (m_sFormat == "dump") return {};
+    if (m_sFormat == "dump" || m_sFormat == "json") return {};
     if (m_sFormat == "jsonl") {
         o.Add(m_uNoNumbers, "number that JSON does not have", "numbers that JSON does not have");
         o.Add(m_uNoChars, "number that is no character", "numbers that are no characters");
@@ -149,6 +149,7 @@ std::vector<std::string> LostByReading(const vok::Load_Report& r) {
     o.Add(r.m_uComments, "comment", "comments");
     o.Add(r.m_uInstructions, "processing instruction or document type",
           "processing instructions and document types");
+    o.Add(r.m_uRounded, "number rounded to 64 bits", "numbers rounded to 64 bits");
     return std::move(o).Lines();
 }
 

@@ -43,9 +43,9 @@ void AddConvert(CLI::App& oApp) {
         ->required();
     p->add_option("OUT", o->sOut, "File to write, - for standard output")->required();
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
-        ->check(CLI::IsMember({"xml", "dgraph", "dump"}));
+        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json"}));
     p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
-        ->check(CLI::IsMember({"xml", "dgraph", "dump", "jsonl"}));
+        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "jsonl"}));
     p->add_option(
          "--records", o->sRecords,
          "Write every node at this path by itself: a line each of JSON Lines, whose default "
@@ -55,16 +55,20 @@ void AddConvert(CLI::App& oApp) {
         ->capture_default_str();
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
     p->add_flag("--zip", o->bZip, "Write a zip archive with one member")->excludes(pCompress);
+    p->add_flag("--compact", o->bCompact, "Write JSON on one line");
     p->add_flag("--lossless", o->bLossless, "Write nothing if OUT would not keep all of IN");
     p->footer(
         "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
         "standard error, a line for each kind of loss.\n"
+        "JSON keeps all of a tree and loads from anywhere: members are successors by name, arrays\n"
+        "those of one name; what plain JSON does not have is {\"#type\": ..., \"#value\": ...}.\n"
         "JSON Lines (jsonl) are for other programs: each record is an object with its attributes\n"
         "as \"@name\", its successors by name, those of a name that comes more than once anywhere "
         "in\n"
         "that place as a list, and beside attributes its value as \"#value\".\n"
         "Documents are read piece by piece, however large they are; the whole tree is held for\n"
-        "dumps, for links, and for XML whose elements are not in the order of their names.");
+        "dumps and JSON, for links, and for XML whose elements are not in the order of their "
+        "names.");
     p->callback([o] { g_iExit = Convert(*o); });
 }
 
@@ -204,7 +208,7 @@ int Run(int argc, char** argv) {
     vok::Msg::SetBanner(false);
     vok::sys::PrepareConsole();
     HandleSignals();
-    CLI::App oApp("Shows, checks and converts object trees in XML and DGraph files.", "vok");
+    CLI::App oApp("Shows, checks and converts object trees in XML, JSON and DGraph files.", "vok");
     oApp.require_subcommand(1);
     oApp.allow_windows_style_options(false);  // paths in trees begin with "/"
     oApp.set_version_flag("--version", std::to_string(vok::VERSION_MAJOR) + '.' +
@@ -221,8 +225,8 @@ int Run(int argc, char** argv) {
         ->each(SetLimit);
     oApp.fallthrough();
     oApp.footer(
-        "Files may be XML, DGraph documents or native dumps, as they are, compressed (zlib, gzip)\n"
-        "or in a zip archive of one member.\n"
+        "Files may be XML, JSON, DGraph documents or native dumps, as they are, compressed (zlib,\n"
+        "gzip) or in a zip archive of one member.\n"
         "Exit status: 0 good; 1 nothing found, different, or faulty; 2 trouble.");
     AddConvert(oApp);
     AddShow(oApp);

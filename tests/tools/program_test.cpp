@@ -73,7 +73,8 @@ TEST_F(Program, EveryFormToEveryForm) {
         ASSERT_EQ(Run("convert " + Sample(sName) + " a.xml").iExit, 0) << OnDisk("err");
         const std::string sText = OnDisk("a.xml");
         for (const char* sTo : {"b.dgraph", "b.dump", "b.xml", "b --to dgraph --compress",
-                                "b.zip --to xml --zip", "b.dump.zip --to dump --zip"}) {
+                                "b.zip --to xml --zip", "b.dump.zip --to dump --zip", "b.json",
+                                "b.json.gz --compact", "b.json.zip --to json --zip"}) {
             const std::string sFile = std::string(sTo).substr(0, std::string(sTo).find(' '));
             EXPECT_EQ(Run("convert a.xml "s + sTo).iExit, 0) << sTo << OnDisk("err");
             EXPECT_EQ(Run("convert "s + sFile + " c.xml").iExit, 0) << sTo << OnDisk("err");
@@ -470,16 +471,55 @@ TEST_F(Program, LosslessIsLossless) {
         oRoot.CreateNewSucc("gone");
         oFill(oRoot.CreateNewSucc("n"));
         ToDisk("in.dump", DumpOf(oRoot));
-        for (const char* sTo : {"xml", "dump", "dgraph", "dgraph --dgraph-version 1.2.0",
+        for (const char* sTo : {"xml", "dump", "json", "dgraph", "dgraph --dgraph-version 1.2.0",
                                 "dgraph --dgraph-version 1.0.0"}) {
             if (Run("convert in.dump out2 --lossless --to "s + sTo).iExit != 0) {
                 EXPECT_NE(sTo, "dump"s) << "keeps everything";
+                EXPECT_NE(sTo, "json"s) << "keeps everything";
                 continue;
             }
             EXPECT_EQ(Run("diff in.dump out2").iExit, 0) << uNth << ' ' << sTo << OnDisk("out");
         }
         ++uNth;
     }
+}
+
+// JSON of anybody, wherever a file is read.
+TEST_F(Program, Json) {
+    const std::string sText = "\xEF\xBB\xBF \n{\"b\": [1, [2.5]],\n \"a\": {}}\n";
+    const std::string sSame = "{\"a\":{},\"b\":[1,[2.5]]}\n";
+    ToDisk("a.json", sText);
+    EXPECT_EQ(Run("convert a.json - --to json --compact").sOut, sSame);
+    for (const char* s : {"b.xml", "b.dgraph.gz", "b.zip --zip --to json", "b.dump"}) {
+        const std::string sFile = std::string(s).substr(0, std::string(s).find(' '));
+        EXPECT_EQ(Run("convert a.json --lossless "s + s).iExit, 0) << s << OnDisk("err");
+        EXPECT_EQ(Run("convert "s + sFile + " - --to json --compact").sOut, sSame) << s;
+        EXPECT_EQ(Run("diff a.json " + sFile).iExit, 0) << s;
+    }
+    EXPECT_EQ(Run("get - /b[0]", sText).sOut, "1\n");
+    EXPECT_TRUE(Has(Run("show -", "[true]").sOut, "Root @#json=\"list\"\n"));
+    EXPECT_TRUE(Has(Run("info b.zip").sOut, "format      json in zip\n"));
+    EXPECT_EQ(Run("check - a.json", "{\"a\":\n{\"b\":}}").sOut,
+              "-: byte 11, line 2, column 6, at /a[0]: invalid JSON: a value expected\n"
+              "a.json: good (json, 5 nodes)\n");
+    EXPECT_EQ(Run("check -", "[] x").sOut, "-: 1 byte behind the document\n");
+    // A text or a number is only taken for a document where it is called one.
+    EXPECT_EQ(Run("check -", "5").iExit, 1);
+    EXPECT_EQ(Run("convert - - --from json --to json", "5").sOut, "5\n");
+    EXPECT_EQ(Run("convert a.json - --from xml --to json").iExit, 2);
+    EXPECT_EQ(Run("convert a.json b.xml --compact").iExit, 2);
+    // Digits that no number has.
+    EXPECT_EQ(Run("convert - - --to json --compact", "[0.1,123456789012345678901]").sOut,
+              "[0.1,123456789012345683968.0]\n");
+    EXPECT_EQ(LinesOnDisk("err"), "vok: -: not kept: 1 number rounded to 64 bits\n");
+    EXPECT_EQ(Run("convert - c.xml --lossless", "[123456789012345678901]").iExit, 2);
+    // A file for each record.
+    EXPECT_EQ(Run("convert a.json d --to json --compact --records /b").iExit, 0) << OnDisk("err");
+    EXPECT_EQ(OnDisk("d/00000001.json") + OnDisk("d/00000002.json"),
+              "{\"#name\":\"b\",\"#value\":1}\n"
+              "{\"#attributes\":{\"#json\":\"list\"},\"#name\":\"b\",\"\":2.5}\n");
+    EXPECT_EQ(Run("convert b.xml e --to json --records /b").iExit, 0) << OnDisk("err");
+    EXPECT_EQ(Run("diff d/00000002.json e/00000002.json").iExit, 0);
 }
 
 TEST_F(Program, WordsAndEndings) {
@@ -498,7 +538,7 @@ TEST_F(Program, WordsAndEndings) {
     std::string sTree = g_sTree;
     sTree.erase(sTree.find(".5<"), 2);  // which no form but the dump keeps
     ToDisk("a.xml", sTree);
-    for (const char* s : {"B.XML", "b.Dgraph", "c.dg.gz", "d.XML.GZ", "e.dump"}) {
+    for (const char* s : {"B.XML", "b.Dgraph", "c.dg.gz", "d.XML.GZ", "e.dump", "f.Json"}) {
         EXPECT_EQ(Run("convert a.xml "s + s).iExit, 0) << s << OnDisk("err");
         const bool bGzip = std::string_view("zZ").find(s[std::strlen(s) - 1]) < 2;
         EXPECT_EQ(OnDisk(s).starts_with("\x1f\x8b"), bGzip) << s;

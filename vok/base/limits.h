@@ -84,13 +84,14 @@ struct Load_Report {
     // them, others those that had been read already.
     u3_t m_uBytesLeft = 0;
 
-    // ---- what a tree does not keep: XML -----------------------------------
+    // ---- what a tree does not keep: XML, JSON -----------------------------
 
     u3_t m_uDroppedTexts = 0;    // runs of text, not blank, beside elements
     u3_t m_uKeptReferences = 0;  // unknown references that were kept as text
     u3_t m_uReordered = 0;       // elements that stand in front of an earlier one now: by name
     u3_t m_uComments = 0;
     u3_t m_uInstructions = 0;  // and document type declarations; not the XML declaration
+    u3_t m_uRounded = 0;       // numbers in JSON with digits that no number of a tree has
 
     // Whether the document had all it announced, and nothing behind it.
     [[nodiscard]] bool IsComplete() const noexcept {

@@ -28,6 +28,9 @@ class File_Stream;
 namespace dgraph {
 struct Access;
 }
+namespace json {
+struct Access;
+}
 
 // How the last reference to a tree destroys it; found by Mem::Ref where the store is unknown.
 void Dispose(Data_Base* pBase) noexcept;
@@ -475,6 +478,7 @@ class Data {
 
   private:
     friend struct dgraph::Access;
+    friend struct json::Access;
     friend class Data_Builder;
     friend class Data_NodeIt;
     friend class Data_NodeSet;

@@ -1,4 +1,4 @@
-// The text of an XML document as UTF-8, piece by piece. Internal.
+// The text of an XML document, or of a JSON one, as UTF-8, piece by piece. Internal.
 #ifndef VOK_FILE_XML_SOURCE_H
 #define VOK_FILE_XML_SOURCE_H
 
