@@ -45,6 +45,7 @@ struct GetOptions {
     bool bNull = false;
     bool bCount = false;
     bool bPaths = false;
+    bool bJson = false;
     std::optional<std::string> sDefault;
 };
 int Get(const GetOptions& o);

@@ -11,6 +11,7 @@
 #include "tools/text.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/walk.h"
+#include "vok/json/json.h"
 #include "vok/records/path.h"
 
 namespace tools {
@@ -27,7 +28,10 @@ class Answers {
     [[nodiscard]] const std::string& Nodes() const noexcept { return m_oPath.sNodes; }
     [[nodiscard]] const std::string& Attribute() const noexcept { return m_oPath.sAttribute; }
     [[nodiscard]] bool WantsPaths() const noexcept { return m_oOptions.bPaths; }
-    // Whether trees are printed, each a block of lines.
+    [[nodiscard]] bool WantsJson() const noexcept {
+        return m_oOptions.bJson && !m_oOptions.bPaths && !m_oOptions.bCount;
+    }
+    // Whether trees are printed, each a block of lines, or a line of JSON.
     [[nodiscard]] bool WantsTrees() const noexcept {
         return m_oPath.sAttribute.empty() && !m_oOptions.bPaths && !m_oOptions.bCount;
     }
@@ -45,7 +49,21 @@ class Answers {
     void PrintPath(std::string_view sLibrary) const {
         std::string s = ShownPath(sLibrary);
         if (!Attribute().empty()) s = ShownAttribute(s, Attribute());
+        if (m_oOptions.bJson) return PrintJson(s);
         Print(s + (m_oOptions.bNull ? '\0' : '\n'));
+    }
+    void PrintText(const std::string& s) const { m_oOptions.bJson ? PrintJson(s) : PrintValue(s); }
+    // A tree of its own, whose name was asked for.
+    static void PrintJson(vok::Data& oTree) {
+        oTree.SetRootName("");
+        vok::Str oLine;
+        vok::Json_SaveString(oTree, oLine, vok::Json_Layout::Compact);
+        Print(oLine.View());
+    }
+    static void PrintJson(const std::string& sText) {
+        vok::Data oTree;
+        oTree.SetValStr(sText);
+        PrintJson(oTree);
     }
     void EndTree() const {
         if (m_oOptions.bNull) Print({"", 1});
@@ -57,7 +75,7 @@ class Answers {
         if (m_oOptions.bCount) Print(std::to_string(m_uFound) + '\n');
         if (m_uFound != 0) return EXIT_GOOD;
         if (m_oOptions.sDefault) {
-            PrintValue(*m_oOptions.sDefault);
+            PrintText(*m_oOptions.sDefault);
             return EXIT_GOOD;
         }
         if (!m_oOptions.bCount) TellNothingAt(m_oPath.sNodes, m_oPath.sAttribute, sTop);
@@ -85,7 +103,8 @@ void AddTree(Answers& oAnswers, Document& oDocument) {
     vok::Data oTree;
     oDocument.Guard([&] { oDocument.Reader().Take(oTree); });
     if (!oDocument.Reader().GetOuterLinks().empty()) throw NeedsTree();
-    if (oAnswers.IsNew()) PrintTree(oAnswers, oTree);
+    if (!oAnswers.IsNew()) return;
+    oAnswers.WantsJson() ? Answers::PrintJson(oTree) : PrintTree(oAnswers, oTree);
 }
 
 void AddRecord(Answers& oAnswers, Document& oDocument) {
@@ -99,7 +118,7 @@ void AddRecord(Answers& oAnswers, Document& oDocument) {
     if (oAnswers.WantsTrees() && r.HasTarget() && oDocument.IsXml()) throw NeedsTree();
     if (!oAnswers.IsNew()) return;
     if (oAnswers.WantsPaths()) return oAnswers.PrintPath(oDocument.Reader().GetPath().View());
-    if (p != nullptr) return oAnswers.PrintValue(std::string(p->sValue));
+    if (p != nullptr) return oAnswers.PrintText(std::string(p->sValue));
     const bool bLink = r.GetType() == vok::Data_Node::Link;
     oAnswers.PrintValue(bLink ? ShownPath('/' + std::string(r.Text())) : ValueText(r));
 }
@@ -115,7 +134,8 @@ int ByRecords(Answers& oAnswers, const std::string& sFile) {
         if (r.GetDepth() == 0) sTop = r.GetName();
         const vok::records::Path::Verdict oVerdict = oPath.Look(r);
         if (oVerdict.bSelected) {
-            const bool bTree = r.GetType() == vok::Data_Node::Tree && oAnswers.WantsTrees();
+            const bool bTree = oAnswers.WantsTrees() &&
+                               (r.GetType() == vok::Data_Node::Tree || oAnswers.WantsJson());
             // Another one may be within; and who has no name is called Root as a tree of its own.
             if (bTree && (oVerdict.bBelow || r.GetName().empty())) throw NeedsTree();
             if (bTree) {
@@ -137,7 +157,11 @@ void AddNode(Answers& oAnswers, const vok::Data& oNode) {
     if (!oAnswers.Attribute().empty() && sValue == nullptr) return;
     if (!oAnswers.IsNew()) return;
     if (oAnswers.WantsPaths()) return oAnswers.PrintPath(oNode.GetPath().View());
-    if (sValue != nullptr) return oAnswers.PrintValue(sValue);
+    if (sValue != nullptr) return oAnswers.PrintText(sValue);
+    if (oAnswers.WantsJson()) {
+        vok::Data oTree = oNode.MkClone();
+        return Answers::PrintJson(oTree);
+    }
     if (oNode.GetType() != vok::Data_Node::Tree) return oAnswers.PrintValue(ValueText(oNode));
     PrintTree(oAnswers, oNode);
 }

@@ -99,6 +99,7 @@ void AddGet(CLI::App& oApp) {
     auto* pCount = p->add_flag("--count", o->bCount, "Print how many there are");
     auto* pPaths = p->add_flag("--paths", o->bPaths, "Print the path of each");
     pCount->excludes(pNull)->excludes(pPaths);
+    p->add_flag("--json", o->bJson, "Print each as JSON, one a line")->excludes(pNull);
     p->add_option("--default", o->sDefault, "What to print when nothing is there; status 0 then")
         ->excludes(pCount);
     p->footer(std::string(PATHS) +

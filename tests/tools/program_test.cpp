@@ -111,6 +111,10 @@ TEST_F(Program, ShowGetInfo) {
               "list\n  n Integer 1\n  n[1] Double 0.1\n  n[2] Boolean true\n");
     EXPECT_EQ(Run("get - //n --count", g_sTree).sOut, "3\n");
     EXPECT_EQ(Run("get - /@v", g_sTree).sOut, "1\n");
+    EXPECT_EQ(Run("get - //n --json", g_sTree).sOut, "1\n0.1\ntrue\n");
+    EXPECT_EQ(Run("get - /list --json", g_sTree).sOut, "{\"n\":[1,0.1,true]}\n");
+    EXPECT_EQ(Run("get - /t --json", g_sTree).sOut, "\"one\\ntwo\"\n");
+    EXPECT_EQ(Run("get - /@v --json", g_sTree).sOut, "\"1\"\n");
     EXPECT_EQ(Run("get - /list/@v", g_sTree).iExit, 1);
     EXPECT_EQ(LinesOnDisk("err"), "vok: no attribute at /list/@v; \"/\" is the node \"R\"\n");
     EXPECT_EQ(Run("get - /nothing --default none", g_sTree).sOut, "none\n");
