@@ -106,9 +106,9 @@ void Msg_Catalog::KeyIsNoPath(const char* sKey) {
 }
 
 void Msg_Catalog::NoPatch(const char* sPath) {
-    Msg_Entry::Raise({"no patch: \"%0\" does not belong there",
-                      "kein Flicken: \"%0\" gehört nicht dorthin"},
-                     {sPath});
+    Msg_Entry::Raise(
+        {"no patch: \"%0\" does not belong there", "kein Flicken: \"%0\" gehört nicht dorthin"},
+        {sPath});
 }
 
 void Msg_Catalog::PatchOtherName(const char* sExpected, const char* sActual) {

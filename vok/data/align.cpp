@@ -13,8 +13,7 @@ constexpr std::size_t WIDTH = 2 * std::size_t{Data_Align::MOST_EDITS} + 3;
 constexpr i3_t NOWHERE = -1;
 
 [[nodiscard]] std::size_t SlotOf(u2_t uEdits, i3_t iDiagonal) noexcept {
-    return uEdits * WIDTH +
-           static_cast<std::size_t>(iDiagonal + i3_t{Data_Align::MOST_EDITS} + 1);
+    return uEdits * WIDTH + static_cast<std::size_t>(iDiagonal + i3_t{Data_Align::MOST_EDITS} + 1);
 }
 
 // How one more edit gets to a diagonal.
@@ -173,9 +172,8 @@ void Data_Align::KeepAscending(Arr<Match>& oMatch) {
     Arr<u2_t> oBefore;
     oBefore.Resize(oMatch.Size());
     for (u2_t u = 0; u < oMatch.Size(); ++u) {
-        u2_t* p = std::lower_bound(
-            oLast.Beg(), oLast.End(), oMatch(u).uB,
-            [&oMatch](u2_t uNth, u2_t uB) { return oMatch(uNth).uB < uB; });
+        u2_t* p = std::lower_bound(oLast.Beg(), oLast.End(), oMatch(u).uB,
+                                   [&oMatch](u2_t uNth, u2_t uB) { return oMatch(uNth).uB < uB; });
         oBefore(u) = p != oLast.Beg() ? p[-1] : NONE;
         if (p == oLast.End()) {
             oLast.Add(u);

@@ -77,8 +77,7 @@ class PositionWalk : public Data_ComparePairs {
 // Hands on what is found.
 class Reporter : public Data_FoundSink {
   public:
-    Reporter(Data_Side& oA, Data_Side& oB, const Visit& oVisit)
-        : a(oA), b(oB), m_oVisit(oVisit) {}
+    Reporter(Data_Side& oA, Data_Side& oB, const Visit& oVisit) : a(oA), b(oB), m_oVisit(oVisit) {}
 
     bool Take(const Data_Found& o) override {
         const char* sA = PathOf(a, o.uA, m_oPathA);

@@ -21,7 +21,7 @@ struct Data_Difference {
         Type,  // what is below is not visited
         Value,
         Attribute,  // value, or there on one side only
-        Moved,      // stands elsewhere among the successors of its name; only where these are aligned
+        Moved,  // stands elsewhere among the successors of its name; only where these are aligned
     };
 
     // "only in A", "only in B", "name", "type", "value", "attribute", "moved".
@@ -40,8 +40,8 @@ struct Data_Difference {
     const char* m_sPathB = nullptr;
 };
 
-// How two trees are compared where successors of one name are not just taken by their position: runs
-// of them are aligned, so that what was put in, taken out or moved is one difference.
+// How two trees are compared where successors of one name are not just taken by their position:
+// runs of them are aligned, so that what was put in, taken out or moved is one difference.
 struct Data_DiffOptions {
     // What tells the successors of one name apart: "@id" (an attribute), "id" (the value of a
     // successor), "head/@id", "head[1]/id". Of several the first that a node has counts. Those with
@@ -49,8 +49,8 @@ struct Data_DiffOptions {
     // that have a text and no partner are only in A, or only in B. All other nodes are aligned by
     // what they hold.
     std::vector<std::string> m_asKey;
-    // What is not looked at: paths as Data::GetNodeSet takes them, seen from the compared nodes, with
-    // all that is below the nodes that they select; "//order/@time" are attributes.
+    // What is not looked at: paths as Data::GetNodeSet takes them, seen from the compared nodes,
+    // with all that is below the nodes that they select; "//order/@time" are attributes.
     std::vector<std::string> m_asIgnore;
     // Floats and Doubles that are no further apart are the same, and so are any two that are no
     // numbers. 0: bit for bit.

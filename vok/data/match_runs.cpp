@@ -39,8 +39,7 @@ namespace {
     switch (oNode.GetType()) {
         case Data_Node::Boolean:
         case Data_Node::Integer:
-        case Data_Node::Char:
-            return {sRoom, FormatInteger(static_cast<i2_t>(oNode.uWord2), sRoom)};
+        case Data_Node::Char: return {sRoom, FormatInteger(static_cast<i2_t>(oNode.uWord2), sRoom)};
         case Data_Node::Long: return {sRoom, FormatInteger(oNode.Value64(), sRoom)};
         case Data_Node::Float:
         case Data_Node::Double:
@@ -106,6 +105,7 @@ void Data_MatchRuns::Run(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t>& oM
     if (uMatched == oA.Size() || uMatched == oB.Size()) return;
     MatchMoved(oA, oB, oMate, oMoved);
     MatchGaps(oA, oB, oMate, oMoved);
+    if (HasOnlyValues(a, oA) && HasOnlyValues(b, oB)) PreferPositions(oMate, oB.Size());
 }
 
 void Data_MatchRuns::MakeTokens(Half& o, const Arr<u2_t>& oIds) {
@@ -162,6 +162,28 @@ void Data_MatchRuns::MatchMoved(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2
     }
 }
 
+bool Data_MatchRuns::HasOnlyValues(const Half& o, const Arr<u2_t>& oIds) const noexcept {
+    for (std::size_t u = 0; u < oIds.Size(); ++u) {
+        if (MayMove(o, oIds(u), u)) return false;
+    }
+    return true;
+}
+
+// Values in another order may differ least where each stands.
+void Data_MatchRuns::PreferPositions(Arr<u2_t>& oMate, std::size_t uSizeB) const noexcept {
+    const std::size_t uShorter = std::min(oMate.Size(), uSizeB);
+    std::size_t uByPosition = oMate.Size() + uSizeB - 2 * uShorter;
+    for (std::size_t u = 0; u < uShorter; ++u) uByPosition += a.oToken(u) != b.oToken(u);
+    std::size_t uAligned = oMate.Size() + uSizeB;
+    for (std::size_t u = 0; u < oMate.Size(); ++u) {
+        if (oMate(u) != NONE) uAligned -= a.oToken(u) == b.oToken(oMate(u)) ? 2 : 1;
+    }
+    if (uAligned <= uByPosition) return;
+    for (std::size_t u = 0; u < oMate.Size(); ++u) {
+        oMate(u) = u < uShorter ? static_cast<u2_t>(u) : NONE;
+    }
+}
+
 // ---- what lies between --------------------------------------------------------
 
 void Data_MatchRuns::MatchGaps(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t>& oMate,
@@ -198,8 +220,7 @@ void Data_MatchRuns::MatchGap(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t
     oAnchor.Add(Match{static_cast<u2_t>(a.oGap.Size()), static_cast<u2_t>(b.oGap.Size())});
     Match oFrom{0, 0};
     for (const Match& oTo : std::as_const(oAnchor)) {
-        if (u3_t{oTo.uA - oFrom.uA} * (oTo.uB - oFrom.uB) <= SMALL_GAP &&
-            uNodes > 2) {
+        if (u3_t{oTo.uA - oFrom.uA} * (oTo.uB - oFrom.uB) <= SMALL_GAP && uNodes > 2) {
             MatchFew(oA, oB, oFrom, oTo, oMate);
         } else {
             for (Match o = oFrom; o.uA < oTo.uA && o.uB < oTo.uB; ++o.uA, ++o.uB) {

@@ -35,6 +35,7 @@ class Data_RunKey {
 //     what is left between two that were matched, by how much they have in common: an element or
 //     attribute that only one node on each side has makes them one; few are compared each with
 //     each; the rest goes by position
+//     values without successors all by position, where fewer differ that way
 //
 // Takes n log n, and SMALL_GAP / n times the parts of n nodes in a gap.
 class Data_MatchRuns {
@@ -72,6 +73,8 @@ class Data_MatchRuns {
     void MakeTokens(Half& o, const Arr<u2_t>& oIds);
     void MatchMoved(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t>& oMate, Arr<bool>& oMoved);
     [[nodiscard]] bool MayMove(const Half& o, u2_t uId, std::size_t uNth) const noexcept;
+    [[nodiscard]] bool HasOnlyValues(const Half& o, const Arr<u2_t>& oIds) const noexcept;
+    void PreferPositions(Arr<u2_t>& oMate, std::size_t uSizeB) const noexcept;
     void MatchGaps(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t>& oMate,
                    const Arr<bool>& oMoved);
     void MatchGap(const Arr<u2_t>& oA, const Arr<u2_t>& oB, Arr<u2_t>& oMate);

@@ -42,7 +42,7 @@ class PatchedCopy {
         u2_t uPos;
         u2_t uArrival;
         std::string_view sRun;
-        u2_t uOut;     // how many of the run are there
+        u2_t uOut;      // how many of the run are there
         bool bStarted;  // whether sRun is one
     };
     struct Link {
@@ -78,13 +78,12 @@ class PatchedCopy {
         const u2_t uTop = m_oTree.m_uTop;
         const Change& oChange = *m_oPlan.ChangeOf(uTop);
         MarkApplied(&oChange);
-        if (m_oNew.GetType() != Data_Node::Empty) {
-            if (oChange.uContent == NONE) CheckTakesArrivals(uTop);
-            return;
-        }
+        const bool bOld = oChange.uContent == NONE;
+        if (bOld && m_oTree.Node(uTop).GetType() != Data_Node::Tree) CheckTakesArrivals(uTop);
+        if (m_oNew.GetType() != Data_Node::Empty) return;
         Data_Builder oBuilder(m_oNew);
         m_pBuilder = &oBuilder;
-        if (oChange.uContent != NONE) return CopyNew(oChange.uContent, "", false, NONE);
+        if (!bOld) return CopyNew(oChange.uContent, "", false, NONE);
         OpenLevel(uTop);
         while (m_oLevel.Size() != 0) Step();
     }
@@ -96,9 +95,9 @@ class PatchedCopy {
         while (l.uPos != l.oGroup.uSize && !Stays(l.oGroup.pId[l.uPos])) ++l.uPos;
         const Arr<Arrival>& oAll = m_oPlan.Arrivals();
         const u2_t uId = l.uPos != l.oGroup.uSize ? l.oGroup.pId[l.uPos] : NONE;
-        const Arrival* pArrival =
-            l.uArrival < oAll.Size() && oAll(l.uArrival).uParent == l.uParent ? &oAll(l.uArrival)
-                                                                             : nullptr;
+        const Arrival* pArrival = l.uArrival < oAll.Size() && oAll(l.uArrival).uParent == l.uParent
+                                      ? &oAll(l.uArrival)
+                                      : nullptr;
         if (uId == NONE && pArrival == nullptr) {
             m_oLevel.Pop();
             if (m_oLevel.Size() != 0) m_pBuilder->Close();
@@ -192,17 +191,17 @@ class PatchedCopy {
     // Builds a node of the patch; uFor, unless it is NONE, is the node whose content that is.
     void CopyNew(u2_t uFrom, const char* sName, bool bTop, u2_t uFor) {
         const Data_Base& p = m_oPatch.m_oBase;
-        patch::CopySubtree(
-            *m_pBuilder, m_oPatch.Cursor(uFrom), sName, bTop,
-            [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
-                m_oNewOfPatch(uId) = uNew + 1;
-                if (uDepth == 0 && uFor != NONE) {
-                    SetAttributes(uFor, uNew);
-                } else {
-                    patch::CopyAttributes(*m_pBuilder, p, uId, m_oKeys);
-                }
-                if (m_oPatch.Node(uId).GetType() == Data_Node::Link) m_oLink.Add({uNew, uId, true});
-            });
+        patch::CopySubtree(*m_pBuilder, m_oPatch.Cursor(uFrom), sName, bTop,
+                           [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
+                               m_oNewOfPatch(uId) = uNew + 1;
+                               if (uDepth == 0 && uFor != NONE) {
+                                   SetAttributes(uFor, uNew);
+                               } else {
+                                   patch::CopyAttributes(*m_pBuilder, p, uId, m_oKeys);
+                               }
+                               if (m_oPatch.Node(uId).GetType() == Data_Node::Link)
+                                   m_oLink.Add({uNew, uId, true});
+                           });
     }
 
     void SetLink(const Link& o) {

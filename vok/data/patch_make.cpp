@@ -21,11 +21,15 @@ class PatchMaker : public Data_FoundSink {
     bool Take(const Data_Found& o) override {
         switch (o.eWhat) {
             case Data_Difference::OnlyInA: At(o.uA).bRemoved = true; break;
-            case Data_Difference::OnlyInB: AddPart(m_oEdits.Add(o.uParentA), {NONE, o.uB, o.uTo, nullptr}); break;
+            case Data_Difference::OnlyInB:
+                AddPart(m_oEdits.Add(o.uParentA), {NONE, o.uB, o.uTo, nullptr});
+                break;
             case Data_Difference::Name: m_bName = true; break;
             case Data_Difference::Type:
             case Data_Difference::Value: At(o.uA).uContent = o.uB; break;
-            case Data_Difference::Attribute: AddPart(m_oEdits.Add(o.uA), {NONE, o.uB, 0, o.sAttribute}); break;
+            case Data_Difference::Attribute:
+                AddPart(m_oEdits.Add(o.uA), {NONE, o.uB, 0, o.sAttribute});
+                break;
             case Data_Difference::Moved: At(o.uA).uTo = o.uTo; break;
         }
         return true;
@@ -187,23 +191,25 @@ class PatchMaker : public Data_FoundSink {
     }
 
     void CopyNew(u2_t uB, bool bWhole) {
-        patch::CopySubtree(
-            *m_pBuilder, b.Cursor(uB), patch::NEW, true, [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
-                if (bWhole || uDepth != 0) {
-                    patch::CopyAttributes(*m_pBuilder, b.m_oBase, uId, m_oKeys);
-                    m_oCopied(uId) = uNew;
-                }
-                if (b.Node(uId).GetType() == Data_Node::Link) m_oLinkB.Add({uNew, uId, false});
-            });
+        patch::CopySubtree(*m_pBuilder, b.Cursor(uB), patch::NEW, true,
+                           [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
+                               if (bWhole || uDepth != 0) {
+                                   patch::CopyAttributes(*m_pBuilder, b.m_oBase, uId, m_oKeys);
+                                   m_oCopied(uId) = uNew;
+                               }
+                               if (b.Node(uId).GetType() == Data_Node::Link)
+                                   m_oLinkB.Add({uNew, uId, false});
+                           });
     }
     void CopyOld(u2_t uA, bool bWhole) {
-        patch::CopySubtree(
-            *m_pBuilder, a.Cursor(uA), patch::OLD, true, [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
-                if (bWhole || uDepth != 0) {
-                    patch::CopyAttributes(*m_pBuilder, a.m_oBase, uId, m_oKeys);
-                }
-                if (a.Node(uId).GetType() == Data_Node::Link) AddLink(uNew, a.InnerTarget(uId));
-            });
+        patch::CopySubtree(*m_pBuilder, a.Cursor(uA), patch::OLD, true,
+                           [&](u2_t uId, u2_t uNew, std::size_t uDepth) {
+                               if (bWhole || uDepth != 0) {
+                                   patch::CopyAttributes(*m_pBuilder, a.m_oBase, uId, m_oKeys);
+                               }
+                               if (a.Node(uId).GetType() == Data_Node::Link)
+                                   AddLink(uNew, a.InnerTarget(uId));
+                           });
     }
 
     // ---- links ----------------------------------------------------------------

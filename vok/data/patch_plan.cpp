@@ -138,8 +138,8 @@ void Data_PatchPlan::ReadInsert(const Open& o, u2_t uPart) {
     const u2_t uParent = Follow(o.uId, oPath, oPath.Size() - 1);
     const Data_XpathStep& oLast = oPath(oPath.Size() - 1);
     const u2_t uName = m_oNames.Insert(oLast.m_sName);
-    m_oArrival.Add(Arrival{uParent, m_oNames(uName).View(), static_cast<u2_t>(oLast.m_iIndex), uPart,
-                           uNew, NONE});
+    m_oArrival.Add(Arrival{uParent, m_oNames(uName).View(), static_cast<u2_t>(oLast.m_iIndex),
+                           uPart, uNew, NONE});
 }
 
 void Data_PatchPlan::ReadAttribute(const Open& o, u2_t uPart) {
@@ -153,8 +153,8 @@ void Data_PatchPlan::ReadAttribute(const Open& o, u2_t uPart) {
     const Data_Attributes& oAtt = m_oTree.m_oBase.m_oAtt;
     const u2_t uKey = oAtt.Has(o.uId) ? oAtt.Names().Find(sName) : Hash::NONE;
     const char* sHas = uKey != Hash::NONE ? m_oTree.m_oBase.AttributeOf(o.uId, uKey) : nullptr;
-    const bool bFits = sHas == nullptr || sOld == nullptr ? sHas == sOld
-                                                          : std::strcmp(sHas, sOld) == 0;
+    const bool bFits =
+        sHas == nullptr || sOld == nullptr ? sHas == sOld : std::strcmp(sHas, sOld) == 0;
     if (!bFits) Msg::PatchOtherAttribute(PathOf(o.uId).CStr(), sName);
     m_oAttribute.Add(Attribute{sName, uNew != NONE ? TextOf(uNew) : nullptr});
 }

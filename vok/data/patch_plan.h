@@ -12,14 +12,15 @@
 
 namespace vok {
 
-// Reads a patch, finds the nodes that it speaks of, and holds what it says of them to what is there.
+// Reads a patch, finds the nodes that it speaks of, and holds what it says of them to what is
+// there.
 class Data_PatchPlan {
   public:
     static constexpr u2_t NONE = Data_Node::NONE;
 
     struct Change {
-        u2_t uPatch;           // the node of the patch that it comes from
-        u2_t uContent;         // the node of the patch whose value or successors it gets, or NONE
+        u2_t uPatch;    // the node of the patch that it comes from
+        u2_t uContent;  // the node of the patch whose value or successors it gets, or NONE
         u2_t uFirstAttribute;
         u2_t uAttributes;
         bool bLeaves;  // is removed, or moves: not in its place
