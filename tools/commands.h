@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "vok/data/diff.h"
+
 namespace tools {
 
 enum Exit : int {
@@ -53,8 +55,21 @@ struct DiffOptions {
     std::string sA;
     std::string sB;
     bool bQuiet = false;
+    bool bByPosition = false;
+    bool bJson = false;
+    vok::Data_DiffOptions oCompare;
+    std::string sPatch;  // where the patch goes; empty: differences are listed
+    std::string sTo;     // its form; empty: by extension
 };
 int Diff(const DiffOptions& o);
+
+struct PatchOptions {
+    std::string sIn;
+    std::string sPatch;
+    std::string sOut;
+    std::string sTo;  // empty: by extension
+};
+int Patch(const PatchOptions& o);
 
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);
