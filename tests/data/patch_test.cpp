@@ -1,5 +1,5 @@
 // Patches: made, stored, applied, refused.
-#include <functional>
+#include <cstring>
 
 #include "tests/data/random_tree.h"
 #include "tests/support.h"
@@ -65,6 +65,143 @@ TEST(Patch, MakesTheOtherTree) {
         if (Has(Xml(oPatch), "=\"\"")) continue;
         ASSERT_TRUE(Data::Equal(oA.ApplyPatch(ThroughDGraph(oPatch)), oB)) << uSeed << Xml(oPatch);
     }
+}
+
+Data Loaded(const std::string& sXml) {
+    Data oTree;
+    oTree.LoadFromXMLString(sXml, 0);
+    return oTree.GetRoot();
+}
+
+// What a patch expects is not there any more; what it does not speak of may be another.
+TEST(Patch, DoesNotFit) {
+    const std::string sOld =
+        "<R k='1'><a>x</a><l><i n='1'>1</i><i>2</i><i>3</i></l><o><p>1</p></o><o/><z/></R>";
+    const std::string sNew =
+        "<R k='2' m=''><a>y</a><l><i "
+        "n='2'>1</i><i>2</i><i>3</i><i>4</i></l><o/><q/><z><b/></z></R>";
+    const Data oPatch = Data::MakePatch(Loaded(sOld), Loaded(sNew));
+    const std::string sAt = "patch does not fit at ";
+    const struct {
+        const char *sWas, *sIs;
+        std::string sMessage;  // empty: fits
+    } CASES[] = {
+        {"<i>2", "<i>two", ""},
+        {"<z/>", "<z/><z>other</z>", ""},
+        {"k='1'", "k='3'", sAt + "\"/\": attribute \"k\" is another"},
+        {"k='1'", "k='1' m='x'", sAt + "\"/\": attribute \"m\" is another"},
+        {"<a>x", "<a>z", sAt + "\"/a[0]\": the value is another"},
+        {"<a>x</a>", "", sAt + "\"/a[0]\": there is no such node"},
+        {"<a>x</a>", "<a/>", sAt + "\"/a[0]\": type 'String' expected, but it is 'Empty'"},
+        {"<i>2</i>", "", sAt + "\"/l[0]/i[3]\": there are fewer or more nodes in front of it"},
+        {"<i>2</i>", "<i/><i/>", ""},
+        {"<p>1", "<p>2", sAt + "\"/o[0]\": what it removes is another"},
+        {"<o><p>", "<o t='1'><p>", sAt + "\"/o[0]\": what it removes is another"},
+        {"<p>1</p>", "<p>1</p><q/>", sAt + "\"/o[0]\": what it removes is another"},
+        {"<z/>", "<z>1</z>", sAt + "\"/z[0]\": type 'Tree' expected, but it is 'String'"},
+        {"<z/>", "", sAt + "\"/z[0]\": there is no such node"},
+    };
+    for (const auto& o : CASES) {
+        std::string s = sOld;
+        s.replace(s.find(o.sWas), std::strlen(o.sWas), o.sIs);
+        const Data oTree = Loaded(s);
+        EXPECT_EQ(Failing([&] { (void)oTree.ApplyPatch(oPatch); }), o.sMessage) << s;
+        EXPECT_EQ(Fault(oTree), "");
+    }
+    // The name of the top, and what links lead to.
+    Data oA = Loaded("<R><a>x</a><b/></R>"), oB = Loaded("<S><a>x</a><b/></S>");
+    oA.CreateNode("l").SetValLink(oA.CreateNode("a"));
+    oB.CreateNode("l").SetValLink(oB.CreateNode("b"));
+    const Data oLinked = Data::MakePatch(oA, oB);
+    EXPECT_TRUE(Data::Equal(oA.ApplyPatch(oLinked), oB));
+    oA.CreateNode("l").SetValLink(Data());
+    EXPECT_EQ(Failing([&] { (void)oA.ApplyPatch(oLinked); }),
+              sAt + "\"/l[0]\": the value is another");
+    oA.SetRootName("T");
+    EXPECT_EQ(Failing([&] { (void)oA.ApplyPatch(oLinked); }),
+              sAt + "\"/\": name \"R\" expected, but it is \"T\"");
+}
+
+// Trees that no patch looks like.
+TEST(Patch, IsNoPatch) {
+    const Data oTree = Loaded("<R><a>x</a><b><c/></b></R>");
+    const std::pair<const char*, const char*> CASES[] = {
+        {"<x/>", "/x[0]"},
+        {"<edit/>", "/edit[0]"},
+        {"<edit at=''/>", "/edit[0]"},
+        {"<edit at='a'/>", "/edit[0]"},
+        {"<edit at='/a[0]'/>", "/edit[0]"},
+        {"<edit at='a[0]//c[0]'/>", "/edit[0]"},
+        {"<edit at='*[0]'/>", "/edit[0]"},
+        {"<edit at='..'/>", "/edit[0]"},
+        {"<edit at='a[0]' to='-1'/>", "/edit[0]"},
+        {"<edit at='a[0]' to='1x'/>", "/edit[0]"},
+        {"<edit at='a[0]'/><edit at='a[0]'/>", "/edit[1]"},
+        {"<edit at='a[0]'><name/></edit>", "/edit[0]/name[0]"},
+        {"<edit at='a[0]'><new>y</new></edit>", "/edit[0]"},
+        {"<edit at='a[0]'><old>x</old></edit>", "/edit[0]"},
+        {"<insert at='d[0]'/>", "/insert[0]"},
+        {"<remove at='a[0]'/>", "/remove[0]"},
+        {"<remove at='b[0]'><old><c/></old></remove><edit at='b[0]/c[0]'/>", "/edit[0]"},
+        {"<remove at='b[0]'><old><c/></old></remove><insert at='b[0]/c[0]'><new/></insert>",
+         "/insert[0]"},
+        {"<edit at='b[0]'><old><c/></old><new>x</new><insert at='d[0]'><new/></insert></edit>",
+         "/edit[0]/insert[0]"},
+        {"<attribute/>", "/attribute[0]"},
+        {"<attribute><name>k</name></attribute>", "/attribute[0]"},
+        {"<attribute><name/><new>1</new></attribute>", "/attribute[0]"},
+        {"<attribute><name>k</name><new><x/></new></attribute>", "/attribute[0]/new[0]"},
+        {"<attribute><name>k</name><new>1</new></attribute>"
+         "<attribute><name>k</name><new>2</new></attribute>",
+         "/"},
+        {"<name><new>S</new></name>", "/name[0]"},
+        {"<target at='a'/>", "/target[0]"},
+        {"<target at='b[0]'><x/></target>", "/target[0]/x[0]"},
+        {"<insert at='d[0]'><new CDNodeIDREF='ID1'/></insert><edit at='a[0]' CDNodeID='ID1'/>",
+         "/insert[0]/new[0]"},
+    };
+    for (const auto& [sParts, sPath] : CASES) {
+        const Data oPatch = Loaded("<patch version='1'>" + std::string(sParts) + "</patch>");
+        EXPECT_EQ(Failing([&] { (void)oTree.ApplyPatch(oPatch); }),
+                  "no patch: \"" + std::string(sPath) + "\" does not belong there")
+            << sParts;
+    }
+    for (const char* s : {"<patch/>", "<patch version='2'/>", "<R><a>x</a></R>"}) {
+        EXPECT_EQ(Failing([&] { (void)oTree.ApplyPatch(Loaded(s)); }),
+                  "no patch: \"/\" does not belong there");
+    }
+    // The order of its parts does not matter, nor do removed nodes.
+    Data oPatch = Loaded(
+        "<patch version='1'><insert at='b[2]'><new>2</new></insert><insert at='b[0]'>"
+        "<new>0</new></insert><x/></patch>");
+    oPatch.GetNodeSet("x").GetNth(0).Remove();
+    EXPECT_TRUE(Data::Equal(Loaded("<R><a>x</a><b>0</b><b><c/></b><b>2</b></R>"),
+                            oTree.ApplyPatch(oPatch)));
+    EXPECT_EQ(Failing([&] { (void)oTree.ApplyPatch(Data()); }), "node is empty");
+    EXPECT_EQ(Trail([&] { (void)Data().ApplyPatch(oPatch); }), "vok::Data::ApplyPatch\n");
+}
+
+// Ignored nodes stay as they are, and where they are.
+TEST(Patch, LeavesWhatIsIgnored) {
+    const Data oA =
+        Loaded("<R><i>0</i><i s='1'>1</i><i>2</i><t>old</t><o u='1'><t>old</t></o></R>");
+    const Data oB =
+        Loaded("<R><i>x</i><i>0</i><i s='2'>9</i><t>new</t><o u='2'><t>new</t><p/></o></R>");
+    const Data oPatch =
+        Data::MakePatch(oA, oB, {{}, {"i[@s=\"1\"]", "i[@s=\"2\"]", "//t", "//@u"}, 0});
+    EXPECT_TRUE(Data::Equal(
+        oA.ApplyPatch(oPatch),
+        Loaded("<R><i>x</i><i>0</i><i s='1'>1</i><t>old</t><o u='1'><t>old</t><p/></o></R>")));
+}
+
+// A subtree is patched as a tree of its own.
+TEST(Patch, Subtrees) {
+    Data oRoot = Loaded("<R><x><v>1</v><v>2</v></x><y k='1'><v>2</v></y></R>");
+    const Data oX = oRoot.GetNodeSet("x").GetNth(0), oY = oRoot.GetNodeSet("y").GetNth(0);
+    oRoot.CreateNode("y/out").SetValLink(oX);
+    const Data oResult = oX.ApplyPatch(Data::MakePatch(oX, oY));
+    EXPECT_TRUE(Data::Equal(oResult, oY.MkClone()));
+    EXPECT_STREQ(oResult.GetName(), "y");
 }
 
 }  // namespace

@@ -13,10 +13,10 @@ namespace {
 // Builds the new tree: what stays and what arrives, merged by name and position.
 class PatchedCopy {
   public:
-    PatchedCopy(Data_Side& oTree, Data_Side& oPatch)
+    PatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan)
         : m_oTree(oTree),
           m_oPatch(oPatch),
-          m_oPlan(oTree, oPatch),
+          m_oPlan(oPlan),
           m_oNewOf(oTree.m_oBase.m_oNode.Size()),
           m_oNewOfPatch(oPatch.m_oBase.m_oNode.Size()) {}
 
@@ -213,7 +213,7 @@ class PatchedCopy {
             if (uOld != NONE) uTarget = m_oNewOf.Find(uOld);
         } else {
             uTarget = m_oNewOfPatch.Find(m_oPatch.InnerTarget(o.uId));
-            if (uTarget == 0) m_oPlan.Refuse(o.uId);
+            if (uTarget == 0 && m_oPlan.IsRead()) m_oPlan.Refuse(o.uId);
         }
         m_oNew.GetNodeFromID(o.uNew).SetValLink(uTarget != 0 ? m_oNew.GetNodeFromID(uTarget - 1)
                                                              : Data());
@@ -241,7 +241,7 @@ class PatchedCopy {
 
     Data_Side& m_oTree;
     Data_Side& m_oPatch;
-    Data_PatchPlan m_oPlan;
+    Data_PatchPlan& m_oPlan;
     Data m_oNew;
     Data_Builder* m_pBuilder = nullptr;
     Arr<Level> m_oLevel;
@@ -262,11 +262,18 @@ Data_Base& LiveNodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
 
 }  // namespace
 
+Data MakePatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan) {
+    return PatchedCopy(oTree, oPatch, oPlan).Make();
+}
+
 Data Data::ApplyPatch(const Data& oPatch) const {
     return Where("vok::Data::ApplyPatch", [&] {
         Data_Side oTree(*this, LiveNodeOf(m_oBase, m_uId));
         Data_Side oSide(oPatch, LiveNodeOf(oPatch.m_oBase, oPatch.m_uId));
-        return PatchedCopy(oTree, oSide).Make();
+        Data_PatchTargets oTargets(oSide.m_oBase.m_oNode.Size());
+        Data_PatchPlan oPlan(oTree, oSide, oTargets);
+        oPlan.Read(oSide.m_uTop);
+        return MakePatchedCopy(oTree, oSide, oPlan);
     });
 }
 

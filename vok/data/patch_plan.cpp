@@ -7,29 +7,28 @@
 
 namespace vok {
 
-Data_PatchPlan::Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch)
+Data_PatchPlan::Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch, Data_PatchTargets& oTargets)
     : m_oTree(oTree),
       m_oPatch(oPatch),
       m_oChangeOf(oTree.m_oBase.m_oNode.Size()),
-      m_oTargetOf(oPatch.m_oBase.m_oNode.Size()),
+      m_oTargetOf(oTargets),
       m_oRunOf(oTree.m_oBase.m_oNode.Size()) {
     m_oNames.Start();
-    const u2_t uTop = oPatch.m_uTop;
+}
+
+void Data_PatchPlan::Read(u2_t uTop) {
+    m_uPatchTop = uTop;
     const char* sVersion = AttributeOf(uTop, patch::VERSION);
     if (sVersion == nullptr || std::strcmp(sVersion, patch::VERSION_1) != 0) Refuse(uTop);
-    ReadTargets(uTop);
-    MakeChange(oTree.m_uTop, uTop);
-    m_oOpen.Add(Open{uTop, oTree.m_uTop});
+    ReadTargets();
+    MakeChange(m_oTree.m_uTop, uTop);
+    m_oOpen.Add(Open{uTop, m_oTree.m_uTop});
     while (m_oOpen.Size() != 0) {
         const Open o = m_oOpen.Last();
         m_oOpen.Pop();
         ReadEdit(o);
     }
-    std::sort(m_oArrival.Beg(), m_oArrival.End(), [](const Arrival& x, const Arrival& y) {
-        if (x.uParent != y.uParent) return x.uParent < y.uParent;
-        if (x.sName != y.sName) return x.sName < y.sName;
-        return x.uTo < y.uTo;
-    });
+    std::sort(m_oArrival.Beg(), m_oArrival.End());
 }
 
 u2_t Data_PatchPlan::FirstArrival(u2_t uParent) const noexcept {
@@ -40,7 +39,8 @@ u2_t Data_PatchPlan::FirstArrival(u2_t uParent) const noexcept {
 
 // ---- reading ------------------------------------------------------------------
 
-void Data_PatchPlan::ReadTargets(u2_t uTop) {
+void Data_PatchPlan::ReadTargets() {
+    const u2_t uTop = m_uPatchTop;
     m_oOpen.Add(Open{uTop, m_oTree.m_uTop});
     while (m_oOpen.Size() != 0) {
         const Open o = m_oOpen.Last();
@@ -50,7 +50,7 @@ void Data_PatchPlan::ReadTargets(u2_t uTop) {
             const u2_t uPart = oGroup.pId[u];
             if (!m_oPatch.IsLive(uPart)) continue;
             const std::string_view sName = m_oPatch.NameOf(uPart);
-            if (sName == patch::NOTHING && o.uPatch == uTop) m_oTargetOf(uPart) = NOTHING;
+            if (sName == patch::NOTHING && o.uPatch == uTop) m_oTargetOf(uPart) = m_oTargetOf.NOTHING;
             if (sName != patch::TARGET) {
                 if (o.uPatch != uTop) Refuse(uPart);
                 continue;
@@ -88,7 +88,7 @@ void Data_PatchPlan::ReadEdit(const Open& o) {
 
 void Data_PatchPlan::ReadPart(const Open& o, u2_t uPart) {
     const std::string_view sName = m_oPatch.NameOf(uPart);
-    const bool bTop = o.uPatch == m_oPatch.m_uTop;
+    const bool bTop = o.uPatch == m_uPatchTop;
     if (sName == patch::EDIT) return ReadChild(o, uPart, false);
     if (sName == patch::REMOVE) return ReadChild(o, uPart, true);
     if (sName == patch::INSERT) return ReadInsert(o, uPart);
@@ -114,7 +114,8 @@ void Data_PatchPlan::ReadChild(const Open& o, u2_t uPart, bool bRemoves) {
     Data_Xpath oPath;
     ParseAt(uPart, oPath);
     const u2_t uId = Follow(o.uId, oPath, oPath.Size());
-    MakeChange(uId, uPart).bLeaves = bRemoves;
+    Change& oChange = MakeChange(uId, uPart);
+    oChange.bLeaves = oChange.bRemoved = bRemoves;
     if (bRemoves) {
         const u2_t uOld = Part(uPart, patch::OLD);
         if (uOld == NONE) Refuse(uPart);
@@ -180,7 +181,7 @@ void Data_PatchPlan::ReadContent(const Open& o) {
 Data_PatchPlan::Change& Data_PatchPlan::MakeChange(u2_t uId, u2_t uPatch) {
     u2_t& uNth = m_oChangeOf(uId);
     if (uNth != 0) Refuse(uPatch);  // it has one already
-    m_oChange.Add(Change{uPatch, NONE, 0, 0, false});
+    m_oChange.Add(Change{uPatch, NONE, 0, 0, false, false});
     uNth = static_cast<u2_t>(m_oChange.Size());
     return m_oChange.Last();
 }
@@ -199,11 +200,16 @@ u2_t Data_PatchPlan::Follow(u2_t uId, const Data_Xpath& oPath, std::size_t uStep
 }
 
 u2_t Data_PatchPlan::FindLive(u2_t uParent, std::string_view sName, u2_t uPos) {
+    const LiveRun oRun = FindRun(uParent, sName);
+    return uPos < oRun.uSize ? oRun.pId[uPos] : NONE;
+}
+
+Data_PatchPlan::LiveRun Data_PatchPlan::FindRun(u2_t uParent, std::string_view sName) {
     const u2_t uKey = m_oTree.m_oBase.m_oName.Find(sName);
-    if (uKey == Hash::NONE) return NONE;
+    if (uKey == Hash::NONE) return {};
     const Data_Base::Group oGroup = m_oTree.m_oBase.SuccOf(uParent);
     const Data_Base::Run oRun = m_oTree.m_oBase.FindRun(oGroup, uKey);
-    if (uPos >= oRun.uSize) return NONE;
+    if (oRun.uSize == 0) return {};
     u2_t& uNth = m_oRunOf(oGroup.pId[oRun.uFirst]);
     if (uNth == 0) {
         const std::size_t uFirst = m_oLive.Size();
@@ -215,7 +221,7 @@ u2_t Data_PatchPlan::FindLive(u2_t uParent, std::string_view sName, u2_t uPos) {
         uNth = static_cast<u2_t>(m_oRun.Size());
     }
     const Run& o = m_oRun(uNth - 1);
-    return uPos < o.uSize ? m_oLive(o.uFirst + uPos) : NONE;
+    return {m_oLive.Beg() + o.uFirst, o.uSize};
 }
 
 // The path of a part: steps down, each with its position.
@@ -259,8 +265,8 @@ const char* Data_PatchPlan::TextOf(u2_t uPatch) {
 
 bool Data_PatchPlan::FindTarget(u2_t uLink, u2_t& uId) {
     const u2_t uTarget = m_oPatch.InnerTarget(uLink);
-    const u2_t uFound = uTarget != NONE ? m_oTargetOf.Find(uTarget) : NOTHING;
-    uId = uFound != NOTHING ? uFound - 1 : NONE;
+    const u2_t uFound = uTarget != NONE ? m_oTargetOf.Find(uTarget) : m_oTargetOf.NOTHING;
+    uId = uFound != m_oTargetOf.NOTHING ? uFound - 1 : NONE;
     return uFound != 0;
 }
 

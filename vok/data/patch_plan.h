@@ -12,6 +12,12 @@
 
 namespace vok {
 
+// By id in a patch: the node of the tree that is a target there, plus 1, or NOTHING.
+struct Data_PatchTargets : Data_IdMap<u2_t> {
+    static constexpr u2_t NOTHING = 0xFFFFFFFF;
+    using Data_IdMap<u2_t>::Data_IdMap;
+};
+
 // Reads a patch, finds the nodes that it speaks of, and holds what it says of them to what is
 // there.
 class Data_PatchPlan {
@@ -24,6 +30,7 @@ class Data_PatchPlan {
         u2_t uFirstAttribute;
         u2_t uAttributes;
         bool bLeaves;  // is removed, or moves: not in its place
+        bool bRemoved;
     };
     struct Attribute {
         const char* sName;
@@ -52,10 +59,18 @@ class Data_PatchPlan {
         u2_t uPatch;  // the node of the patch that it comes from
         u2_t uNew;    // the node of the patch whose copy it is, or NONE
         u2_t uMoved;  // the node that moves, or NONE
+
+        friend bool operator<(const Arrival& x, const Arrival& y) noexcept {
+            if (x.uParent != y.uParent) return x.uParent < y.uParent;
+            return x.sName != y.sName ? x.sName < y.sName : x.uTo < y.uTo;
+        }
     };
 
-    // Raises what Data::ApplyPatch does, but for what is found out by applying it.
-    Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch);
+    // A plan that changes nothing yet, for one who makes it of others: what these refer to is oPatch.
+    Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch, Data_PatchTargets& oTargets);
+    // Reads the patch that uTop of oPatch is. Raises what Data::ApplyPatch does, but for what is found
+    // out by applying it.
+    void Read(u2_t uTop);
 
     // Null for a node that is not changed.
     [[nodiscard]] const Change* ChangeOf(u2_t uId) const noexcept {
@@ -73,6 +88,7 @@ class Data_PatchPlan {
     // Sorted by parent, name and position; the first of a parent, or their number.
     [[nodiscard]] const Arr<Arrival>& Arrivals() const noexcept { return m_oArrival; }
     [[nodiscard]] u2_t FirstArrival(u2_t uParent) const noexcept;
+    [[nodiscard]] bool IsRead() const noexcept { return m_uPatchTop != NONE; }
     // What a link of the patch leads to: a node of the tree, NONE for nothing; false when it is
     // none of these.
     [[nodiscard]] bool FindTarget(u2_t uLink, u2_t& uId);
@@ -84,8 +100,16 @@ class Data_PatchPlan {
     // The path of a node of the tree; of one below it, if a name is given.
     [[nodiscard]] Str PathOf(u2_t uId);
     [[nodiscard]] Str PathOf(u2_t uParent, std::string_view sName, u2_t uPos);
+    // The live nodes of a run, until another one is asked for.
+    struct LiveRun {
+        const u2_t* pId = nullptr;
+        u2_t uSize = 0;
+    };
+    [[nodiscard]] LiveRun FindRun(u2_t uParent, std::string_view sName);
 
   private:
+    friend class Data_PlanMerger;
+
     struct Open {
         u2_t uPatch;
         u2_t uId;
@@ -96,7 +120,7 @@ class Data_PatchPlan {
         u2_t uSize;
     };
 
-    void ReadTargets(u2_t uTop);
+    void ReadTargets();
     void ReadEdit(const Open& o);
     void ReadPart(const Open& o, u2_t uPart);
     void ReadChild(const Open& o, u2_t uPart, bool bRemoves);
@@ -123,8 +147,8 @@ class Data_PatchPlan {
     Arr<Change> m_oChange;
     Arr<Attribute> m_oAttribute;
     Arr<Arrival> m_oArrival;
-    Data_IdMap<u2_t> m_oTargetOf;  // by id in the patch: that in the tree plus 1, or NOTHING
-    static constexpr u2_t NOTHING = 0xFFFFFFFF;
+    Data_PatchTargets& m_oTargetOf;
+    u2_t m_uPatchTop = NONE;  // NONE: it is made of others
     const char* m_sNewName = nullptr;
     Hash m_oNames;  // of what is inserted
     Arr<Open> m_oOpen;
@@ -134,6 +158,9 @@ class Data_PatchPlan {
     Arr<u2_t> m_oKeysOld;
     Arr<u2_t> m_oKeys;
 };
+
+// The tree with the changes of a plan; of one that was read, everything must be there to be changed.
+[[nodiscard]] Data MakePatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan);
 
 }  // namespace vok
 
