@@ -1,5 +1,7 @@
 #include "vok/data/compare_side.h"
 
+#include <cstring>
+
 #include "vok/data/escape.h"
 #include "vok/data/select.h"
 
@@ -39,6 +41,25 @@ bool Data_Side::IsIgnored(u2_t uId, std::string_view sAttribute) const noexcept 
         if (o.sName == sAttribute && o.oNodes.Find(uId)) return true;
     }
     return false;
+}
+
+bool Data_Side::HasSameAttributes(u2_t uId, const Data_Side& oOther, u2_t uIdThere) const {
+    const Data_Base& b = m_oBase;
+    const Data_Base& o = oOther.m_oBase;
+    if (!b.m_oAtt.Has(uId) && !o.m_oAtt.Has(uIdThere)) return true;
+    Arr<u2_t> oKeys;
+    Arr<u2_t> oKeysThere;
+    b.m_oAtt.ListByName(uId, oKeys);
+    o.m_oAtt.ListByName(uIdThere, oKeysThere);
+    if (oKeys.Size() != oKeysThere.Size()) return false;
+    for (std::size_t u = 0; u < oKeys.Size(); ++u) {
+        if (b.m_oAtt.Names()(oKeys(u)).View() != o.m_oAtt.Names()(oKeysThere(u)).View() ||
+            std::strcmp(b.AttributeOf(uId, oKeys(u)), o.AttributeOf(uIdThere, oKeysThere(u))) !=
+                0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 Data_Side::Place Data_Side::PlaceOf(u2_t uId) {

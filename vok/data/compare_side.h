@@ -75,6 +75,8 @@ class Data_Side {
         }
     }
 
+    [[nodiscard]] bool HasSameAttributes(u2_t uId, const Data_Side& oOther, u2_t uIdThere) const;
+
     // Where a node hangs.
     enum Place : u0_t { UNKNOWN = 0, INSIDE, OUTSIDE, DETACHED };
 

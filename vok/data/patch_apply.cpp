@@ -212,7 +212,9 @@ class PatchedCopy {
         } else if (u2_t uOld = NONE; m_oPlan.FindTarget(o.uId, uOld)) {
             if (uOld != NONE) uTarget = m_oNewOf.Find(uOld);
         } else {
-            uTarget = m_oNewOfPatch.Find(m_oPatch.InnerTarget(o.uId));
+            const u2_t uInPatch = m_oPatch.InnerTarget(o.uId);
+            const u2_t uTwin = m_oPlan.TwinOf(uInPatch);
+            uTarget = m_oNewOfPatch.Find(uTwin != NONE ? uTwin : uInPatch);
             if (uTarget == 0 && m_oPlan.IsRead()) m_oPlan.Refuse(o.uId);
         }
         m_oNew.GetNodeFromID(o.uNew).SetValLink(uTarget != 0 ? m_oNew.GetNodeFromID(uTarget - 1)

@@ -69,6 +69,29 @@ void CopySubtree(Data_Builder& oBuilder, const Data& oFrom, const char* sName, b
     for (; uOpen > uTop; --uOpen) oBuilder.Close();
 }
 
+// Whether two subtrees are the same but for their names; bAttributes: those of the tops count.
+// oSameLinks(x, y) tells it of two links.
+template <class SameLinks>
+[[nodiscard]] bool IsSameSubtree(Data_Side& oX, u2_t uX, Data_Side& oY, u2_t uY, bool bAttributes,
+                                 const SameLinks& oSameLinks) {
+    Data_Walk oWalkX(oX.Cursor(uX));
+    Data_Walk oWalkY(oY.Cursor(uY));
+    for (bool bTop = true;; bTop = false) {
+        const bool bMoreX = oWalkX.Next();
+        const bool bMoreY = oWalkY.Next();
+        if (!bMoreX || !bMoreY) return bMoreX == bMoreY;
+        const u2_t x = oWalkX.GetId();
+        const u2_t y = oWalkY.GetId();
+        const bool bSame =
+            oWalkX.GetDepth() == oWalkY.GetDepth() && (bTop || oX.NameOf(x) == oY.NameOf(y)) &&
+            oX.Type(x) == oY.Type(y) &&
+            (oX.Type(x) == Data_Node::Link ? oSameLinks(x, y)
+                                           : oX.IsSameValue(oX.Node(x), oY, oY.Node(y))) &&
+            ((bTop && !bAttributes) || oX.HasSameAttributes(x, oY, y));
+        if (!bSame) return false;
+    }
+}
+
 }  // namespace vok::patch
 
 #endif  // VOK_DATA_PATCH_FORM_H

@@ -12,6 +12,7 @@ Data_PatchPlan::Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch, Data_PatchTa
       m_oPatch(oPatch),
       m_oChangeOf(oTree.m_oBase.m_oNode.Size()),
       m_oTargetOf(oTargets),
+      m_oTwinOf(oPatch.m_oBase.m_oNode.Size()),
       m_oRunOf(oTree.m_oBase.m_oNode.Size()) {
     m_oNames.Start();
 }
@@ -50,7 +51,8 @@ void Data_PatchPlan::ReadTargets() {
             const u2_t uPart = oGroup.pId[u];
             if (!m_oPatch.IsLive(uPart)) continue;
             const std::string_view sName = m_oPatch.NameOf(uPart);
-            if (sName == patch::NOTHING && o.uPatch == uTop) m_oTargetOf(uPart) = m_oTargetOf.NOTHING;
+            if (sName == patch::NOTHING && o.uPatch == uTop)
+                m_oTargetOf(uPart) = m_oTargetOf.NOTHING;
             if (sName != patch::TARGET) {
                 if (o.uPatch != uTop) Refuse(uPart);
                 continue;
@@ -75,11 +77,10 @@ void Data_PatchPlan::ReadEdit(const Open& o) {
         if (m_oPatch.IsLive(oGroup.pId[u])) ReadPart(o, oGroup.pId[u]);
     }
     ReadContent(o);
-    Attribute* const pFirst = m_oAttribute.Beg() + uFirst;
-    std::sort(pFirst, m_oAttribute.End(),
+    std::sort(m_oAttribute.Beg() + uFirst, m_oAttribute.End(),
               [](const Attribute& x, const Attribute& y) { return x.IsBelow(y.sName); });
-    for (const Attribute* p = pFirst; p + 1 < m_oAttribute.End(); ++p) {
-        if (std::strcmp(p[0].sName, p[1].sName) == 0) Refuse(o.uPatch);
+    for (std::size_t u = uFirst + std::size_t{1}; u < m_oAttribute.Size(); ++u) {
+        if (std::strcmp(m_oAttribute(u - 1).sName, m_oAttribute(u).sName) == 0) Refuse(o.uPatch);
     }
     Change& oChange = m_oChange(m_oChangeOf.Find(o.uId) - 1);
     oChange.uFirstAttribute = uFirst;
@@ -181,7 +182,7 @@ void Data_PatchPlan::ReadContent(const Open& o) {
 Data_PatchPlan::Change& Data_PatchPlan::MakeChange(u2_t uId, u2_t uPatch) {
     u2_t& uNth = m_oChangeOf(uId);
     if (uNth != 0) Refuse(uPatch);  // it has one already
-    m_oChange.Add(Change{uPatch, NONE, 0, 0, false, false});
+    m_oChange.Add(Change{uId, uPatch, NONE, 0, 0, false, false});
     uNth = static_cast<u2_t>(m_oChange.Size());
     return m_oChange.Last();
 }
@@ -279,46 +280,17 @@ void Data_PatchPlan::CheckFits(u2_t uOld, u2_t uId, bool bWhole) {
         Msg::PatchOtherType(PathOf(uId).CStr(), Data_Node::TypeName(eOld),
                             Data_Node::TypeName(eType));
     }
-    if (!IsSameValue(uOld, uId)) Msg::PatchOtherValue(PathOf(uId).CStr());
-    Data_Walk oWalkOld(m_oPatch.Cursor(uOld));
-    Data_Walk oWalk(m_oTree.Cursor(uId));
-    for (bool bTop = true;; bTop = false) {
-        const bool bMoreOld = oWalkOld.Next();
-        const bool bMore = oWalk.Next();
-        if (!bMoreOld && !bMore) return;
-        const bool bSame =
-            bMoreOld && bMore && oWalkOld.GetDepth() == oWalk.GetDepth() &&
-            (bTop || m_oPatch.NameOf(oWalkOld.GetId()) == m_oTree.NameOf(oWalk.GetId())) &&
-            m_oPatch.Type(oWalkOld.GetId()) == m_oTree.Type(oWalk.GetId()) &&
-            IsSameValue(oWalkOld.GetId(), oWalk.GetId()) &&
-            ((bTop && !bWhole) || HasSameAttributes(oWalkOld.GetId(), oWalk.GetId()));
-        if (!bSame) Msg::PatchOtherSubtree(PathOf(uId).CStr());
+    const auto oSameLinks = [this](u2_t uOldLink, u2_t uLink) {
+        u2_t uTarget = NONE;
+        return FindTarget(uOldLink, uTarget) && uTarget == m_oTree.InnerTarget(uLink);
+    };
+    const bool bSame = eType == Data_Node::Link
+                           ? oSameLinks(uOld, uId)
+                           : m_oPatch.IsSameValue(m_oPatch.Node(uOld), m_oTree, m_oTree.Node(uId));
+    if (!bSame) Msg::PatchOtherValue(PathOf(uId).CStr());
+    if (!patch::IsSameSubtree(m_oPatch, uOld, m_oTree, uId, bWhole, oSameLinks)) {
+        Msg::PatchOtherSubtree(PathOf(uId).CStr());
     }
-}
-
-// Of nodes of one type.
-bool Data_PatchPlan::IsSameValue(u2_t uOld, u2_t uId) {
-    if (m_oTree.Type(uId) != Data_Node::Link) {
-        return m_oTree.IsSameValue(m_oTree.Node(uId), m_oPatch, m_oPatch.Node(uOld));
-    }
-    u2_t uTarget = NONE;
-    return FindTarget(uOld, uTarget) && uTarget == m_oTree.InnerTarget(uId);
-}
-
-bool Data_PatchPlan::HasSameAttributes(u2_t uOld, u2_t uId) {
-    const Data_Base& p = m_oPatch.m_oBase;
-    const Data_Base& b = m_oTree.m_oBase;
-    if (!p.m_oAtt.Has(uOld) && !b.m_oAtt.Has(uId)) return true;
-    p.m_oAtt.ListByName(uOld, m_oKeysOld);
-    b.m_oAtt.ListByName(uId, m_oKeys);
-    if (m_oKeysOld.Size() != m_oKeys.Size()) return false;
-    for (std::size_t u = 0; u < m_oKeys.Size(); ++u) {
-        if (p.m_oAtt.Names()(m_oKeysOld(u)).View() != b.m_oAtt.Names()(m_oKeys(u)).View() ||
-            std::strcmp(p.AttributeOf(uOld, m_oKeysOld(u)), b.AttributeOf(uId, m_oKeys(u))) != 0) {
-            return false;
-        }
-    }
-    return true;
 }
 
 // ---- errors ---------------------------------------------------------------------

@@ -25,6 +25,7 @@ class Data_PatchPlan {
     static constexpr u2_t NONE = Data_Node::NONE;
 
     struct Change {
+        u2_t uId;
         u2_t uPatch;    // the node of the patch that it comes from
         u2_t uContent;  // the node of the patch whose value or successors it gets, or NONE
         u2_t uFirstAttribute;
@@ -66,10 +67,11 @@ class Data_PatchPlan {
         }
     };
 
-    // A plan that changes nothing yet, for one who makes it of others: what these refer to is oPatch.
+    // A plan that changes nothing yet, for one who makes it of others: what these refer to is
+    // oPatch.
     Data_PatchPlan(Data_Side& oTree, Data_Side& oPatch, Data_PatchTargets& oTargets);
-    // Reads the patch that uTop of oPatch is. Raises what Data::ApplyPatch does, but for what is found
-    // out by applying it.
+    // Reads the patch that uTop of oPatch is. Raises what Data::ApplyPatch does, but for what is
+    // found out by applying it.
     void Read(u2_t uTop);
 
     // Null for a node that is not changed.
@@ -92,6 +94,9 @@ class Data_PatchPlan {
     // What a link of the patch leads to: a node of the tree, NONE for nothing; false when it is
     // none of these.
     [[nodiscard]] bool FindTarget(u2_t uLink, u2_t& uId);
+    // The node of the patches that stands for one that is the same and was left out; NONE for
+    // others.
+    [[nodiscard]] u2_t TwinOf(u2_t uPatch) const noexcept { return m_oTwinOf.Find(uPatch) - 1; }
     // The new name of the top; null: it stays.
     [[nodiscard]] const char* NewName() const noexcept { return m_sNewName; }
 
@@ -138,8 +143,6 @@ class Data_PatchPlan {
     [[nodiscard]] const char* TextOf(u2_t uPatch);
 
     void CheckFits(u2_t uOld, u2_t uId, bool bWhole);
-    [[nodiscard]] bool IsSameValue(u2_t uOld, u2_t uId);
-    [[nodiscard]] bool HasSameAttributes(u2_t uOld, u2_t uId);
 
     Data_Side& m_oTree;
     Data_Side& m_oPatch;
@@ -148,18 +151,18 @@ class Data_PatchPlan {
     Arr<Attribute> m_oAttribute;
     Arr<Arrival> m_oArrival;
     Data_PatchTargets& m_oTargetOf;
-    u2_t m_uPatchTop = NONE;  // NONE: it is made of others
+    u2_t m_uPatchTop = NONE;     // NONE: it is made of others
+    Data_IdMap<u2_t> m_oTwinOf;  // plus 1
     const char* m_sNewName = nullptr;
     Hash m_oNames;  // of what is inserted
     Arr<Open> m_oOpen;
     Data_IdMap<u2_t> m_oRunOf;  // by the first node of a run: plus 1
     Arr<Run> m_oRun;
     Arr<u2_t> m_oLive;
-    Arr<u2_t> m_oKeysOld;
-    Arr<u2_t> m_oKeys;
 };
 
-// The tree with the changes of a plan; of one that was read, everything must be there to be changed.
+// The tree with the changes of a plan; of one that was read, everything must be there to be
+// changed.
 [[nodiscard]] Data MakePatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan);
 
 }  // namespace vok
