@@ -71,6 +71,18 @@ struct PatchOptions {
 };
 int Patch(const PatchOptions& o);
 
+struct MergeOptions {
+    std::string sBase;
+    std::string sA;
+    std::string sB;
+    std::string sOut;
+    std::string sTo;  // empty: by extension
+    vok::Data_DiffOptions oCompare;
+    bool bOurs = false;    // A counts where both have changed the same
+    bool bTheirs = false;  // B does
+};
+int Merge(const MergeOptions& o);
+
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);
 int ZipExtract(const std::string& sArchive, const std::string& sFolder,

@@ -77,11 +77,33 @@ void AddPatch(CLI::App& oApp, int& iExit) {
     p->callback([o, &iExit] { iExit = Patch(*o); });
 }
 
+void AddMerge(CLI::App& oApp, int& iExit) {
+    auto* p = oApp.add_subcommand("merge", "Make one tree of two that were made of a third one");
+    auto o = std::make_shared<MergeOptions>();
+    p->add_option("BASE", o->sBase, "What both were made of, - for standard input")->required();
+    p->add_option("A", o->sA, "File with the changes of one side")->required();
+    p->add_option("B", o->sB, "File with those of the other side")->required();
+    p->add_option("-o,--out", o->sOut, "File to write, - for standard output; may be A")
+        ->required();
+    p->add_option("--to", o->sTo, FORMS)->check(CLI::IsMember({"xml", "dgraph", "dump"}));
+    AddCompareOptions(*p, o->oCompare);
+    auto* pOurs = p->add_flag("--ours", o->bOurs, "Take A's where both have changed the same");
+    p->add_flag("--theirs", o->bTheirs, "Take B's")->excludes(pOurs);
+    p->footer(
+        "Conflicts are told on standard error: the path in BASE, what is there (=), and what A "
+        "(<)\n"
+        "and B (>) have made of it. Nothing is written then, unless a side is named.\n"
+        "  vok merge base.xml mine.xml yours.xml --key @id -o both.xml\n"
+        "Exit status 1 when there are conflicts.");
+    p->callback([o, &iExit] { iExit = Merge(*o); });
+}
+
 }  // namespace
 
 void AddCompareCommands(CLI::App& oApp, int& iExit) {
     AddDiff(oApp, iExit);
     AddPatch(oApp, iExit);
+    AddMerge(oApp, iExit);
 }
 
 }  // namespace tools

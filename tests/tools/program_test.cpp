@@ -211,6 +211,34 @@ TEST_F(Program, AlignedDifferences) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+TEST_F(Program, Merging) {
+    ToDisk("base.xml", "<R k='1'><a>1</a><b>1</b></R>");
+    ToDisk("a.xml", "<R k='2'><a>2</a><b>1</b></R>");
+    ToDisk("b.xml", "<R k='3'><a>1</a><b>2</b><c/></R>");
+    ToDisk("old", "old");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o old --to xml").iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: conflict at / k\n  = \"1\"\n  < \"2\"\n  > \"3\"\n");
+    EXPECT_EQ(OnDisk("old"), "old");
+    const Pair CASES[] = {
+        {"--ours", "<R k='2'><a>2</a><b>2</b><c/></R>"},
+        {"--theirs", "<R k='3'><a>2</a><b>2</b><c/></R>"},
+        {"--ignore /@k --ignore @k", "<R k='1'><a>2</a><b>2</b><c/></R>"},
+    };
+    for (const auto& [sOptions, sMerged] : CASES) {
+        EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.dgraph " + sOptions).iExit, 0) << sOptions;
+        EXPECT_EQ(OnDisk("err"), "") << sOptions;
+        ToDisk("m.xml", sMerged);
+        EXPECT_EQ(Run("diff m.xml m.dgraph").sOut, "") << sOptions;
+    }
+    ToDisk("b.xml", "<R k='1'><b>1</b></R>");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"),
+              "vok: conflict at /a[0]\n  = String 1\n  < String 2\n  > (removed)\n");
+    EXPECT_EQ(Run("merge base.xml a.xml none.xml -o m.xml").iExit, 2);
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml --ours --theirs").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
 // The examples of docs/compare.md: files, and what commands print.
 TEST_F(Program, ComparisonAsDocumented) {
     std::istringstream oDocument(OnDisk(VOK_DOCS "/compare.md"));
