@@ -181,6 +181,37 @@ TEST(Patch, IsNoPatch) {
     EXPECT_EQ(Trail([&] { (void)Data().ApplyPatch(oPatch); }), "vok::Data::ApplyPatch\n");
 }
 
+// Patches that somebody has played with do something or are refused; either way all trees hold
+// together.
+TEST(Patch, Altered) {
+    unsigned uApplied = 0, uRefused = 0;
+    for (unsigned uSeed = 0; uSeed < 5000; ++uSeed) {
+        Random_Tree oRandom(uSeed);
+        const Data oA = oRandom.Make(1 + oRandom.Below(30));
+        Data oB = oA.MkClone();
+        oRandom.Edit(oB, 1 + oRandom.Below(10));
+        Data oPatch = Data::MakePatch(oA, oB);
+        const auto oAny = [&] { return oPatch.GetNodeFromID(oRandom.Below(oPatch.GetNodes())); };
+        for (unsigned u = oRandom.Below(3); u != 0; --u) {
+            // A path, or a position, of one part for another.
+            Data oTo = oAny();
+            if (oTo.GetType() == Data_Node::Zombi || oTo == oPatch) continue;
+            const char* sName = oRandom.Below(3) != 0 ? "at" : "to";
+            const char* sValue = oRandom.Below(4) != 0 ? oAny().GetAttVal("at") : "1";
+            oTo.SetAttVal(sName, sValue != nullptr ? std::string(sValue).c_str() : nullptr);
+        }
+        if (oRandom.Below(2) != 0) oRandom.Edit(oPatch, 1);
+        const std::string sFailure = Failing([&] {
+            const Data oResult = oA.ApplyPatch(oPatch);
+            EXPECT_EQ(Fault(oResult), "") << uSeed;
+        });
+        ++(sFailure.empty() ? uApplied : uRefused);
+        EXPECT_EQ(Fault(oA), "");
+    }
+    EXPECT_GT(uApplied, 1000u);
+    EXPECT_GT(uRefused, 1000u);
+}
+
 // Ignored nodes stay as they are, and where they are.
 TEST(Patch, LeavesWhatIsIgnored) {
     const Data oA =

@@ -419,8 +419,8 @@ class Data {
     // The same with the successors of one name aligned: by keys, else by what they hold
     // (Data_DiffOptions). There are no differences where there would be none by position, but for
     // what the options leave out. A few insertions, removals and changes are found as such; where
-    // much differs, not the least number of differences. n log n, and so many comparisons of a node
-    // with others as Data_Align::MOST_EDITS and the like allow. Raises the errors of paths, and
+    // much differs, not always the least number of differences. n log n, and a bounded number of
+    // looks at each node where many differ (docs/compare.md). Raises the errors of paths, and
     // "key "%0" is no path of names".
     static u3_t Diff(const Data& oA, const Data& oB, const Data_DiffOptions& oOptions,
                      const std::function<bool(const Data_Difference&)>& oVisit);
@@ -437,7 +437,6 @@ class Data {
     // not; other parts may have changed, as long as they are counted the same. Raises "no patch:
     // ..." for a tree that is none. Neither tree is changed. Linear in both, n log n in changes.
     [[nodiscard]] Data ApplyPatch(const Data& oPatch) const;
-
     // What oA and oB have each made of oBase, in one tree, a copy of oBase as MkClone makes it.
     // What both have changed alike is changed once. Where they have changed the same in different
     // ways, where one has changed what the other removes, and where both put nodes without keys
