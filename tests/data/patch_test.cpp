@@ -107,6 +107,10 @@ TEST(Patch, DoesNotFit) {
         const Data oTree = Loaded(s);
         EXPECT_EQ(Failing([&] { (void)oTree.ApplyPatch(oPatch); }), o.sMessage) << s;
         EXPECT_EQ(Fault(oTree), "");
+        Msg::SetLanguageIndex(Msg::GERMAN);
+        const std::string sGerman = Failing([&] { (void)oTree.ApplyPatch(oPatch); });
+        Msg::SetLanguageIndex(Msg::ENGLISH);
+        EXPECT_EQ(sGerman.starts_with("Flicken passt nicht bei "), !o.sMessage.empty()) << sGerman;
     }
     // The name of the top, and what links lead to.
     Data oA = Loaded("<R><a>x</a><b/></R>"), oB = Loaded("<S><a>x</a><b/></S>");

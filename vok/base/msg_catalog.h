@@ -132,20 +132,6 @@ class Msg_Catalog {
     [[noreturn]] static void EmptyAttributeNameInXpath();
     [[noreturn]] static void UnallowedAttribute(const char* sName);
 
-    // ---- comparison --------------------------------------------------------
-
-    [[noreturn]] static void KeyIsNoPath(const char* sKey);
-    // Paths of nodes in the patched tree, and in the patch.
-    [[noreturn]] static void NoPatch(const char* sPath);
-    [[noreturn]] static void PatchOtherName(const char* sExpected, const char* sActual);
-    [[noreturn]] static void PatchNoNode(const char* sPath);
-    [[noreturn]] static void PatchOtherType(const char* sPath, const char* sExpected,
-                                            const char* sActual);
-    [[noreturn]] static void PatchOtherValue(const char* sPath);
-    [[noreturn]] static void PatchOtherAttribute(const char* sPath, const char* sName);
-    [[noreturn]] static void PatchOtherSubtree(const char* sPath);
-    [[noreturn]] static void PatchOtherCount(const char* sPath);
-
     // ---- dumps -------------------------------------------------------------
 
     [[noreturn]] static void BinaryDataIsNotADump(const char* sObject);

@@ -98,61 +98,6 @@ void Msg_Catalog::UnallowedAttribute(const char* sName) {
     Msg_Entry::Raise({"unallowed attribute \"%0\"", "unerlaubtes Attribut \"%0\""}, {sName});
 }
 
-// ---- comparison ------------------------------------------------------------
-
-void Msg_Catalog::KeyIsNoPath(const char* sKey) {
-    Msg_Entry::Raise({"key \"%0\" is no path of names", "Schlüssel \"%0\" ist kein Pfad aus Namen"},
-                     {sKey});
-}
-
-void Msg_Catalog::NoPatch(const char* sPath) {
-    Msg_Entry::Raise(
-        {"no patch: \"%0\" does not belong there", "kein Flicken: \"%0\" gehört nicht dorthin"},
-        {sPath});
-}
-
-void Msg_Catalog::PatchOtherName(const char* sExpected, const char* sActual) {
-    Msg_Entry::Raise({"patch does not fit at \"/\": name \"%0\" expected, but it is \"%1\"",
-                      "Flicken passt nicht bei \"/\": Name \"%0\" erwartet, es ist aber \"%1\""},
-                     {sExpected, sActual});
-}
-
-void Msg_Catalog::PatchNoNode(const char* sPath) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": there is no such node",
-                      "Flicken passt nicht bei \"%0\": dort ist kein Knoten"},
-                     {sPath});
-}
-
-void Msg_Catalog::PatchOtherType(const char* sPath, const char* sExpected, const char* sActual) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": type '%1' expected, but it is '%2'",
-                      "Flicken passt nicht bei \"%0\": Typ '%1' erwartet, es ist aber '%2'"},
-                     {sPath, sExpected, sActual});
-}
-
-void Msg_Catalog::PatchOtherValue(const char* sPath) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": the value is another",
-                      "Flicken passt nicht bei \"%0\": der Wert ist ein anderer"},
-                     {sPath});
-}
-
-void Msg_Catalog::PatchOtherAttribute(const char* sPath, const char* sName) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": attribute \"%1\" is another",
-                      "Flicken passt nicht bei \"%0\": Attribut \"%1\" ist ein anderes"},
-                     {sPath, sName});
-}
-
-void Msg_Catalog::PatchOtherSubtree(const char* sPath) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": what it removes is another",
-                      "Flicken passt nicht bei \"%0\": was er entfernt, ist ein anderes"},
-                     {sPath});
-}
-
-void Msg_Catalog::PatchOtherCount(const char* sPath) {
-    Msg_Entry::Raise({"patch does not fit at \"%0\": there are fewer or more nodes in front of it",
-                      "Flicken passt nicht bei \"%0\": davor sind weniger oder mehr Knoten"},
-                     {sPath});
-}
-
 // ---- dumps -----------------------------------------------------------------
 
 void Msg_Catalog::BinaryDataIsNotADump(const char* sObject) {

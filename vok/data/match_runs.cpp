@@ -6,6 +6,7 @@
 
 #include "vok/base/number.h"
 #include "vok/data/compare_pairs.h"
+#include "vok/data/messages.h"
 
 namespace vok {
 
@@ -17,7 +18,7 @@ Data_RunKey::Data_RunKey(const std::string& sPath) {
     std::string sSteps = sPath;
     if (sPath.compare(uLast, 1, "@") == 0) {
         m_sAttribute = sPath.substr(uLast + 1);
-        if (m_sAttribute.empty()) Msg::KeyIsNoPath(sPath.c_str());
+        if (m_sAttribute.empty()) detail::RaiseKeyIsNoPath(sPath.c_str());
         sSteps = uSlash != sPath.npos ? sPath.substr(0, uSlash) : std::string(".");
     }
     m_oPath.Parse(sSteps.c_str());
@@ -28,7 +29,7 @@ Data_RunKey::Data_RunKey(const std::string& sPath) {
         bGood = bGood && (o.m_eKind == Data_XpathStep::Named || bSelf) && !o.m_bAnyName &&
                 !o.m_bDescendant && o.m_oAttName.Size() == 0;
     }
-    if (!bGood) Msg::KeyIsNoPath(sPath.c_str());
+    if (!bGood) detail::RaiseKeyIsNoPath(sPath.c_str());
 }
 
 namespace {

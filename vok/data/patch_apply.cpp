@@ -3,6 +3,7 @@
 
 #include "vok/base/where.h"
 #include "vok/data/checks.h"
+#include "vok/data/messages.h"
 #include "vok/data/patch_form.h"
 #include "vok/data/patch_plan.h"
 
@@ -116,7 +117,7 @@ class PatchedCopy {
             l.bStarted = true;
         }
         if (bArrives && pArrival->uTo != l.uOut) {
-            Msg::PatchOtherCount(m_oPlan.PathOf(l.uParent, sRun, pArrival->uTo).CStr());
+            detail::RaiseOtherCount(m_oPlan.PathOf(l.uParent, sRun, pArrival->uTo).CStr());
         }
         ++l.uOut;
         if (!bArrives) {
@@ -147,8 +148,8 @@ class PatchedCopy {
         if (u == m_oPlan.Arrivals().Size() || m_oPlan.Arrivals()(u).uParent != uId) return false;
         const Data_Node::Type eType = m_oTree.Node(uId).GetType();
         if (eType != Data_Node::Empty) {
-            Msg::PatchOtherType(m_oPlan.PathOf(uId).CStr(), Data_Node::TypeName(Data_Node::Tree),
-                                Data_Node::TypeName(eType));
+            detail::RaiseOtherType(m_oPlan.PathOf(uId).CStr(), Data_Node::TypeName(Data_Node::Tree),
+                                   Data_Node::TypeName(eType));
         }
         return true;
     }

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "vok/data/escape.h"
+#include "vok/data/messages.h"
 #include "vok/data/patch_form.h"
 
 namespace vok {
@@ -157,7 +158,7 @@ void Data_PatchPlan::ReadAttribute(const Open& o, u2_t uPart) {
     const char* sHas = uKey != Hash::NONE ? m_oTree.m_oBase.AttributeOf(o.uId, uKey) : nullptr;
     const bool bFits =
         sHas == nullptr || sOld == nullptr ? sHas == sOld : std::strcmp(sHas, sOld) == 0;
-    if (!bFits) Msg::PatchOtherAttribute(PathOf(o.uId).CStr(), sName);
+    if (!bFits) detail::RaiseOtherAttribute(PathOf(o.uId).CStr(), sName);
     m_oAttribute.Add(Attribute{sName, uNew != NONE ? TextOf(uNew) : nullptr});
 }
 
@@ -166,7 +167,7 @@ void Data_PatchPlan::ReadName(const Open& o, u2_t uPart) {
     const u2_t uOld = Part(uPart, patch::OLD);
     if (uNew == NONE || uOld == NONE) Refuse(uPart);
     const char* sHas = m_oTree.m_oBase.ShownName(o.uId);
-    if (std::strcmp(TextOf(uOld), sHas) != 0) Msg::PatchOtherName(TextOf(uOld), sHas);
+    if (std::strcmp(TextOf(uOld), sHas) != 0) detail::RaiseOtherName(TextOf(uOld), sHas);
     m_sNewName = TextOf(uNew);
 }
 
@@ -194,7 +195,7 @@ u2_t Data_PatchPlan::Follow(u2_t uId, const Data_Xpath& oPath, std::size_t uStep
         const std::string_view sName = oPath(u).m_sName;
         const u2_t uPos = static_cast<u2_t>(oPath(u).m_iIndex);
         const u2_t uFound = FindLive(uId, sName, uPos);
-        if (uFound == NONE) Msg::PatchNoNode(PathOf(uId, sName, uPos).CStr());
+        if (uFound == NONE) detail::RaiseNoNode(PathOf(uId, sName, uPos).CStr());
         uId = uFound;
     }
     return uId;
@@ -277,8 +278,8 @@ void Data_PatchPlan::CheckFits(u2_t uOld, u2_t uId, bool bWhole) {
     const Data_Node::Type eOld = m_oPatch.Type(uOld);
     const Data_Node::Type eType = m_oTree.Type(uId);
     if (eOld != eType) {
-        Msg::PatchOtherType(PathOf(uId).CStr(), Data_Node::TypeName(eOld),
-                            Data_Node::TypeName(eType));
+        detail::RaiseOtherType(PathOf(uId).CStr(), Data_Node::TypeName(eOld),
+                               Data_Node::TypeName(eType));
     }
     const auto oSameLinks = [this](u2_t uOldLink, u2_t uLink) {
         u2_t uTarget = NONE;
@@ -287,9 +288,9 @@ void Data_PatchPlan::CheckFits(u2_t uOld, u2_t uId, bool bWhole) {
     const bool bSame = eType == Data_Node::Link
                            ? oSameLinks(uOld, uId)
                            : m_oPatch.IsSameValue(m_oPatch.Node(uOld), m_oTree, m_oTree.Node(uId));
-    if (!bSame) Msg::PatchOtherValue(PathOf(uId).CStr());
+    if (!bSame) detail::RaiseOtherValue(PathOf(uId).CStr());
     if (!patch::IsSameSubtree(m_oPatch, uOld, m_oTree, uId, bWhole, oSameLinks)) {
-        Msg::PatchOtherSubtree(PathOf(uId).CStr());
+        detail::RaiseOtherSubtree(PathOf(uId).CStr());
     }
 }
 
@@ -298,7 +299,7 @@ void Data_PatchPlan::CheckFits(u2_t uOld, u2_t uId, bool bWhole) {
 void Data_PatchPlan::Refuse(u2_t uPatch) {
     Arr<char> oPath;
     m_oPatch.AppendPath(oPath, uPatch);
-    Msg::NoPatch(Str(std::string_view(oPath.Beg(), oPath.Size())).CStr());
+    detail::RaiseNoPatch(Str(std::string_view(oPath.Beg(), oPath.Size())).CStr());
 }
 
 Str Data_PatchPlan::PathOf(u2_t uId) {
