@@ -166,5 +166,30 @@ TEST(Merge, RandomEdits) {
     }
 }
 
+// What fails on the way leaves nothing behind, and the trees as they were.
+TEST(Merge, MemoryRunsOut) {
+    unsigned uRefused = 0;
+    for (unsigned uNth = 1, uSeed = 1; uSeed < 4;) {
+        const Mem_Probe oProbe;
+        Random_Tree oRandom(uSeed);
+        const Data oBase = oRandom.Make(60);
+        Data oA = oBase.MkClone(), oB = oBase.MkClone();
+        oRandom.Edit(oA, 12);
+        oRandom.Edit(oB, 12);
+        const Data oWas = oBase.MkClone();
+        if (!Mem_Probe::HasRefused(uNth++, [&] {
+                Merge(oBase, oA, oB, Pick::A, {{"@id"}, {}, 0});
+            })) {
+            uNth = 1;
+            ++uSeed;
+            continue;
+        }
+        ++uRefused;
+        EXPECT_TRUE(Data::Equal(oBase, oWas));
+        EXPECT_EQ(Fault(oBase) + Fault(oA) + Fault(oB), "");
+    }
+    EXPECT_GT(uRefused, 100u);
+}
+
 }  // namespace
 }  // namespace vok
