@@ -185,6 +185,23 @@ TEST(Patch, IsNoPatch) {
     EXPECT_EQ(Trail([&] { (void)Data().ApplyPatch(oPatch); }), "vok::Data::ApplyPatch\n");
 }
 
+// With options there is nothing left to be seen with the same options.
+TEST(Patch, LeavesNoDifferences) {
+    for (unsigned uSeed = 0; uSeed < 3000; ++uSeed) {
+        Random_Tree oRandom(uSeed);
+        const Data oA = oRandom.Make(1 + oRandom.Below(40));
+        Data oB = oA.MkClone();
+        oRandom.Edit(oB, 1 + oRandom.Below(20));
+        Data_DiffOptions oOptions{{}, {"//b", "//@k"}, 0.3};
+        if (uSeed % 2 != 0) oOptions = {{"b", "@id"}, {"*/a", "order//*", "@id"}, 0};
+        const Data oPatch = Data::MakePatch(oA, oB, oOptions);
+        const Data oResult = oA.ApplyPatch(oPatch);
+        ASSERT_EQ(Fault(oResult), "") << uSeed;
+        ASSERT_EQ(Differences(oResult, oB, oOptions), Texts())
+            << uSeed << Xml(oA) << Xml(oB) << Xml(oPatch) << Xml(oResult);
+    }
+}
+
 // Patches that somebody has played with do something or are refused; either way all trees hold
 // together.
 TEST(Patch, Altered) {

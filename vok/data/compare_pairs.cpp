@@ -65,11 +65,11 @@ void Data_ComparePairs::CompareLinks() {
 }
 
 bool Data_ComparePairs::IsSameTarget(u2_t uA, u2_t uB) {
+    if (a.IsHidden(uA) || b.IsHidden(uB)) return true;
     if (uA == NONE || uB == NONE) return uA == uB;
     const bool bInA = a.PlaceOf(uA) == Data_Side::INSIDE;
     if (bInA != (b.PlaceOf(uB) == Data_Side::INSIDE)) return false;
     if (bInA) {
-        if (a.IsIgnored(uA) && b.IsIgnored(uB)) return true;
         const IdPair* p = std::lower_bound(m_oPair.Beg(), m_oPair.End(), uA,
                                            [](const IdPair& x, u2_t uId) { return x.uA < uId; });
         return p != m_oPair.End() && p->uA == uA && p->uB == uB;

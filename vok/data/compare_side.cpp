@@ -28,7 +28,10 @@ void Data_Side::Ignore(std::string_view sPath) {
     if (bAll) oFound.Add(m_uTop);
     if (sAttribute.empty()) {
         m_bIgnores = true;
-        for (const u2_t uId : oFound) m_oIgnored(uId) = true;
+        for (const u2_t uId : oFound) {
+            m_oIgnored(uId) = true;
+            m_oPlace(uId) = HIDDEN;
+        }
         return;
     }
     Data_IdMap<bool> oNodes(m_oBase.m_oNode.Size());

@@ -77,8 +77,8 @@ class Data_Side {
 
     [[nodiscard]] bool HasSameAttributes(u2_t uId, const Data_Side& oOther, u2_t uIdThere) const;
 
-    // Where a node hangs.
-    enum Place : u0_t { UNKNOWN = 0, INSIDE, OUTSIDE, DETACHED };
+    // Where a node hangs; HIDDEN: inside, and ignored, or below what is.
+    enum Place : u0_t { UNKNOWN = 0, INSIDE, HIDDEN, OUTSIDE, DETACHED };
 
     // The target of a link, NONE where it is gone.
     [[nodiscard]] u2_t Target(u2_t uLink) {
@@ -89,7 +89,11 @@ class Data_Side {
     // The same, with NONE also for one outside.
     [[nodiscard]] u2_t InnerTarget(u2_t uLink) {
         const u2_t uTarget = Target(uLink);
-        return uTarget != Data_Node::NONE && PlaceOf(uTarget) == INSIDE ? uTarget : Data_Node::NONE;
+        if (uTarget == Data_Node::NONE) return uTarget;
+        return PlaceOf(uTarget) != OUTSIDE ? uTarget : Data_Node::NONE;
+    }
+    [[nodiscard]] bool IsHidden(u2_t uId) {
+        return m_bIgnores && uId != Data_Node::NONE && PlaceOf(uId) == HIDDEN;
     }
     // Every node on the way up is looked at once for all targets.
     [[nodiscard]] Place PlaceOf(u2_t uId);

@@ -50,7 +50,8 @@ struct Data_DiffOptions {
     // what they hold.
     std::vector<std::string> m_asKey;
     // What is not looked at: paths as Data::GetNodeSet takes them, seen from the compared nodes,
-    // with all that is below the nodes that they select; "//order/@time" are attributes.
+    // with all that is below the nodes that they select, and links that lead there; "//order/@time"
+    // are attributes.
     std::vector<std::string> m_asIgnore;
     // Floats and Doubles that are no further apart are the same, and so are any two that are no
     // numbers. 0: bit for bit.

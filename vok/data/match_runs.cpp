@@ -61,10 +61,14 @@ u2_t Data_RunKey::Find(Data_Side& oSide, u2_t uId, Hash& oTexts) const {
         if (uName == Hash::NONE) return 0;
         const Data_Base::Group oGroup = b.SuccOf(uId);
         const Data_Base::Run oRun = b.FindRun(oGroup, uName);
-        const u2_t uNth = static_cast<u2_t>(std::max(m_oPath(u).m_iIndex, i2_t{0}));
-        if (uNth >= oRun.uSize) return 0;
-        uId = oGroup.pId[oRun.uFirst + uNth];
-        if (!oSide.IsLive(uId)) return 0;
+        u2_t uToPass = static_cast<u2_t>(std::max(m_oPath(u).m_iIndex, i2_t{0}));
+        u2_t uPos = 0;
+        while (uPos < oRun.uSize) {
+            if (oSide.IsLive(oGroup.pId[oRun.uFirst + uPos]) && uToPass-- == 0) break;
+            ++uPos;
+        }
+        if (uPos == oRun.uSize) return 0;
+        uId = oGroup.pId[oRun.uFirst + uPos];
     }
     char sRoom[NUMBER_ROOM];
     std::string_view sText;
