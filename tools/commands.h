@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "vok/data/diff.h"
+
 namespace tools {
 
 enum Exit : int {
@@ -58,6 +60,11 @@ struct DiffOptions {
     std::string sA;
     std::string sB;
     bool bQuiet = false;
+    bool bByPosition = false;
+    bool bJson = false;
+    vok::Data_DiffOptions oCompare;
+    std::string sPatch;  // where the patch goes; empty: differences are listed
+    std::string sTo;     // its form; empty: by extension
 };
 int Diff(const DiffOptions& o);
 
@@ -67,6 +74,26 @@ struct HashOptions {
     bool bSha256 = false;
 };
 int Hash(const HashOptions& o);
+
+struct PatchOptions {
+    std::string sIn;
+    std::string sPatch;
+    std::string sOut;
+    std::string sTo;  // empty: by extension
+};
+int Patch(const PatchOptions& o);
+
+struct MergeOptions {
+    std::string sBase;
+    std::string sA;
+    std::string sB;
+    std::string sOut;
+    std::string sTo;  // empty: by extension
+    vok::Data_DiffOptions oCompare;
+    bool bOurs = false;    // A counts where both have changed the same
+    bool bTheirs = false;  // B does
+};
+int Merge(const MergeOptions& o);
 
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);

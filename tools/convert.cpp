@@ -19,6 +19,7 @@
 #include "tools/standard_input.h"
 #include "tools/survey.h"
 #include "tools/text.h"
+#include "tools/tree_file.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"
@@ -31,25 +32,6 @@
 namespace tools {
 
 namespace {
-
-// What a name asks for by its endings.
-struct Endings {
-    std::string sFormat;  // empty when none does
-    bool bGzip = false;
-};
-Endings EndingsOf(const std::string& sName) {
-    Endings o;
-    std::string sLower = ToText(ToPath(sName).filename());
-    for (char& c : sLower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    o.bGzip = sLower.ends_with(".gz");
-    if (o.bGzip) sLower.resize(sLower.size() - 3);
-    if (sLower.ends_with(".xml")) o.sFormat = "xml";
-    if (sLower.ends_with(".dgraph") || sLower.ends_with(".dg")) o.sFormat = "dgraph";
-    if (sLower.ends_with(".dump")) o.sFormat = "dump";
-    if (sLower.ends_with(".json")) o.sFormat = "json";
-    if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
-    return o;
-}
 
 // "1.2.0" as three numbers, each a byte of the header.
 std::array<int, 3> ParseVersion(const std::string& sVersion) {
@@ -286,9 +268,7 @@ int Convert(const ConvertOptions& o) {
     Task oTask{o, o.sTo.empty() ? oEndings.sFormat : o.sTo, ParseVersion(o.sVersion),
                oEndings.bGzip};
     if (oTask.sFormat.empty()) {
-        throw std::invalid_argument("\"" + o.sOut +
-                                    "\" does not tell a format by its ending (.xml, .dgraph, "
-                                    ".dump, .json, .jsonl): name one with --to");
+        throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));
     }
     if (oTask.IsByRecords() && oTask.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
         throw std::invalid_argument("files of records are not compressed");

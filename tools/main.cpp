@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/commands.h"
+#include "tools/compare_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/shell_path.h"
@@ -125,14 +126,6 @@ void AddFileCommands(CLI::App& oApp) {
     pCheck->add_option("-j,--jobs", *uAtOnce, "Files to check at the same time")
         ->check(CLI::Range(1, 256));
     pCheck->callback([asFile, uAtOnce] { g_iExit = Check(*asFile, *uAtOnce); });
-
-    auto* pDiff = oApp.add_subcommand("diff", "Compare two trees, whatever form they are in");
-    auto o = std::make_shared<DiffOptions>();
-    pDiff->add_option("A", o->sA, "File to read, - for standard input")->required();
-    pDiff->add_option("B", o->sB, "File to compare it with")->required();
-    pDiff->add_flag("-q,--quiet", o->bQuiet, "Only the exit status");
-    pDiff->footer("Exit status 0 when they are the same, 1 when they differ.");
-    pDiff->callback([o] { g_iExit = Diff(*o); });
 }
 
 void AddHash(CLI::App& oApp) {
@@ -234,6 +227,7 @@ int Run(int argc, char** argv) {
     AddGet(oApp);
     AddFileCommands(oApp);
     AddHash(oApp);
+    AddCompareCommands(oApp, g_iExit);
     AddZip(oApp);
     try {
         std::vector<std::string> asWord = vok::sys::Arguments(argc, argv);

@@ -7,6 +7,7 @@
 #include "vok/data/builder.h"
 #include "vok/data/data.h"
 #include "vok/data/diff.h"
+#include "vok/data/merge.h"
 #include "vok/data/record.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/value.h"

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <sstream>
 
 #include "tests/support.h"
 #include "vok/dgraph/dgraph.h"
@@ -269,6 +270,108 @@ TEST_F(Program, Hashes) {
     for (const char* s : {"cut.dgraph: cut short", "behind.xml: 1 byte behind", "missing"}) {
         EXPECT_TRUE(Has(oBad.sErr, s));
     }
+}
+
+TEST_F(Program, AlignedDifferences) {
+    std::string sOrders, sOthers;
+    for (int i = 0; i < 100; ++i) {
+        const std::string s =
+            "<o id='" + std::to_string(i) + "'><p>" + std::to_string(i) + "</p></o>";
+        sOrders += s;
+        if (i != 50) sOthers += s;
+    }
+    ToDisk("a.xml", "<R>" + sOrders + "</R>");
+    ToDisk("b.xml", "<R>" + sOthers + "</R>");
+    EXPECT_EQ(Run("diff a.xml b.xml").sOut, "/o[50] only in A\n  < Tree\n");
+    EXPECT_GT(Run("diff a.xml b.xml --by-position").sOut.size(), 1000u);
+    for (const char* s : {"--ignore /o", "--ignore o --key @id", "-q -i //o"}) {
+        EXPECT_EQ(Run("diff a.xml b.xml "s + s).iExit, 0) << s;
+    }
+    for (const char* s : {"-q --by-position", "-q", "--key @id -q", "-k p --json"}) {
+        EXPECT_EQ(Run("diff a.xml b.xml "s + s).iExit, 1) << s;
+    }
+    for (const char* s :
+         {"--key /id", "--ignore 'a['", "--delta -1", "--delta x", "-q --json", "-o x.jsonl",
+          "-o x", "--to xml", "-o none/x.xml", "--by-position -k id"}) {
+        EXPECT_EQ(Run("diff a.xml a.xml "s + s).iExit, 2) << s;
+        EXPECT_NE(OnDisk("err"), "") << s;
+    }
+    // Patches in every form; a file may be patched in its place.
+    for (const char* s : {"p.xml", "p.dgraph.gz", "p.dump"}) {
+        EXPECT_EQ(Run("diff a.xml b.xml -o "s + s).iExit, 1) << s;
+        EXPECT_EQ(Run("convert a.xml c.dgraph").iExit, 0);
+        EXPECT_EQ(Run("patch c.dgraph "s + s + " -o c.dgraph").iExit, 0) << OnDisk("err");
+        EXPECT_EQ(Run("diff b.xml c.dgraph").iExit, 0) << s;
+        const std::string sOld = OnDisk("c.dgraph");
+        EXPECT_EQ(Run("patch c.dgraph "s + s + " -o c.dgraph").iExit, 1) << s;
+        EXPECT_TRUE(Has(OnDisk("err"), s + ": patch does not fit at \"/o[50]\": "s)) << s;
+        EXPECT_EQ(OnDisk("c.dgraph"), sOld);
+    }
+    EXPECT_EQ(Run("diff a.xml a.xml -o same.xml").iExit, 0);
+    EXPECT_EQ(Run("patch a.xml same.xml -o - --to xml").iExit, 0);
+    ToDisk("d.xml", OnDisk("out"));
+    EXPECT_EQ(Run("diff a.xml d.xml").iExit, 0);
+    EXPECT_EQ(Run("patch a.xml none.xml -o c.xml").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
+TEST_F(Program, Merging) {
+    ToDisk("base.xml", "<R k='1'><a>1</a><b>1</b></R>");
+    ToDisk("a.xml", "<R k='2'><a>2</a><b>1</b></R>");
+    ToDisk("b.xml", "<R k='3'><a>1</a><b>2</b><c/></R>");
+    ToDisk("old", "old");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o old --to xml").iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: conflict at / k\n  = \"1\"\n  < \"2\"\n  > \"3\"\n");
+    EXPECT_EQ(OnDisk("old"), "old");
+    const Pair CASES[] = {
+        {"--ours", "<R k='2'><a>2</a><b>2</b><c/></R>"},
+        {"--theirs", "<R k='3'><a>2</a><b>2</b><c/></R>"},
+        {"--ignore /@k --ignore @k", "<R k='1'><a>2</a><b>2</b><c/></R>"},
+    };
+    for (const auto& [sOptions, sMerged] : CASES) {
+        EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.dgraph " + sOptions).iExit, 0) << sOptions;
+        EXPECT_EQ(OnDisk("err"), "") << sOptions;
+        ToDisk("m.xml", sMerged);
+        EXPECT_EQ(Run("diff m.xml m.dgraph").sOut, "") << sOptions;
+    }
+    ToDisk("b.xml", "<R k='1'><b>1</b></R>");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"),
+              "vok: conflict at /a[0]\n  = String 1\n  < String 2\n  > (removed)\n");
+    EXPECT_EQ(Run("merge base.xml a.xml none.xml -o m.xml").iExit, 2);
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml --ours --theirs").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
+// The examples of docs/compare.md: files, and what commands print.
+TEST_F(Program, ComparisonAsDocumented) {
+    std::istringstream oDocument(OnDisk(VOK_DOCS "/compare.md"));
+    ASSERT_TRUE(oDocument.good());
+    unsigned uCommands = 0;
+    std::string sBlock, sFile, sCommand, sPrinted;
+    const auto oCheck = [&] {
+        if (sCommand.empty()) return;
+        Shell("{ " + sCommand + "; } >printed 2>&1");
+        EXPECT_EQ(OnDisk("printed"), sPrinted) << sCommand;
+        ++uCommands;
+        sCommand.clear();
+        sPrinted.clear();
+    };
+    for (std::string sLine; std::getline(oDocument, sLine);) {
+        if (sLine.starts_with("```")) {
+            oCheck();
+            if (!sFile.empty()) ToDisk(sFile, sPrinted);
+            sPrinted.clear();
+            sBlock = sBlock.empty() ? sLine.substr(3) : "";
+            sFile = sBlock.starts_with("xml ") ? sBlock.substr(4) : "";
+        } else if (sBlock == "console" && sLine.starts_with("$ ")) {
+            oCheck();
+            sCommand = sLine.substr(2);
+        } else if (!sBlock.empty()) {
+            sPrinted += sLine + '\n';
+        }
+    }
+    EXPECT_GE(uCommands, 7u);
 }
 
 TEST_F(Program, Archives) {

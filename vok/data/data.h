@@ -21,9 +21,11 @@ class Data_NodeSet;
 class Data_SuccIt;
 class Data_Xpath;
 class File_Stream;
+enum class Data_MergePick : u0_t;
+struct Data_Conflict;
+struct Data_DiffOptions;
 struct Data_Difference;
 struct Data_XpathStep;
-class File_Stream;
 
 namespace dgraph {
 struct Access;
@@ -441,6 +443,37 @@ class Data {
     // on. The trees must not be changed meanwhile. Returns the number of calls.
     static u3_t Diff(const Data& oA, const Data& oB,
                      const std::function<bool(const Data_Difference&)>& oVisit);
+    // The same with the successors of one name aligned: by keys, else by what they hold
+    // (Data_DiffOptions). There are no differences where there would be none by position, but for
+    // what the options leave out. A few insertions, removals and changes are found as such; where
+    // much differs, not always the least number of differences. n log n, and a bounded number of
+    // looks at each node where many differ (docs/compare.md). Raises the errors of paths, and
+    // "key "%0" is no path of names".
+    static u3_t Diff(const Data& oA, const Data& oB, const Data_DiffOptions& oOptions,
+                     const std::function<bool(const Data_Difference&)>& oVisit);
+    // What has to be done to oA for it to be as oB, as a tree that can be stored like any other
+    // (docs/compare.md). Links that lead out of the compared nodes count as links to nothing, and
+    // what the options leave out is left as it is in oA. Raises the errors of Diff, and "node is
+    // empty" for empty cursors. Costs what Diff does, and the size of what differs.
+    [[nodiscard]] static Data MakePatch(const Data& oA, const Data& oB,
+                                        const Data_DiffOptions& oOptions);
+    [[nodiscard]] static Data MakePatch(const Data& oA, const Data& oB);
+    // This node and everything below it as a tree of its own, as MkClone makes it, with the changes
+    // of a patch. Removed nodes are left out. Everything that the patch changes or removes must be
+    // there as it was when the patch was made, else "patch does not fit at "%0": ..." tells what is
+    // not; other parts may have changed, as long as they are counted the same. Raises "no patch:
+    // ..." for a tree that is none. Neither tree is changed. Linear in both, n log n in changes.
+    [[nodiscard]] Data ApplyPatch(const Data& oPatch) const;
+    // What oA and oB have each made of oBase, in one tree, a copy of oBase as MkClone makes it.
+    // What both have changed alike is changed once. Where they have changed the same in different
+    // ways, where one has changed what the other removes, and where both put nodes without keys
+    // (Data_DiffOptions::m_asKey) in one place, oVisit is told; the side of ePick then counts, and
+    // for Data_MergePick::None the result is an empty cursor. Links that lead out of the compared
+    // nodes count as links to nothing. Errors and cost are those of MakePatch, twice, and of
+    // ApplyPatch.
+    [[nodiscard]] static Data Merge(const Data& oBase, const Data& oA, const Data& oB,
+                                    const Data_DiffOptions& oOptions, Data_MergePick ePick,
+                                    const std::function<void(const Data_Conflict&)>& oVisit);
 
     // What tells subtrees apart, in 128 bits: those that are Equal have the same hash, in whatever
     // form, on whatever system; docs/hash.md describes it and promises it. Links to nodes below

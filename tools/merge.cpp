@@ -1,0 +1,76 @@
+// vok merge: what two trees have made of a third one, in one.
+#include "vok/data/merge.h"
+
+#include <cstdio>
+#include <string>
+
+#include "tools/commands.h"
+#include "tools/input.h"
+#include "tools/text.h"
+#include "tools/tree_file.h"
+
+namespace tools {
+
+namespace {
+
+using vok::Data;
+using vok::Data_Conflict;
+
+std::string NodeText(const Data& oNode) {
+    const std::string sType = vok::Data_Node::TypeName(oNode.GetType());
+    const std::string sValue = Escaped(ValueText(oNode));
+    return sValue.empty() ? sType : sType + ' ' + sValue;
+}
+
+std::string Quoted(const char* sText) {
+    std::string s("\"");
+    s.append(Escaped(sText));
+    s.push_back('"');
+    return s;
+}
+
+// What one side has made of it.
+std::string SideText(const Data_Conflict& o, const Data_Conflict::Side& oSide) {
+    if (oSide.sText != nullptr) return Quoted(oSide.sText);
+    if (o.m_sAttribute != nullptr) return "(none)";
+    if (oSide.oNode.IsNode()) return NodeText(oSide.oNode);
+    std::string sDid("(");
+    sDid.append(Data_Conflict::DidName(oSide.eDid));
+    sDid.push_back(')');
+    return sDid;
+}
+
+void Report(const Data_Conflict& o) {
+    std::string sBase = o.m_oBase.IsNode() ? NodeText(o.m_oBase) : "(none)";
+    if (o.m_sBase != nullptr) {
+        sBase = Quoted(o.m_sBase);
+    } else if (o.m_sAttribute != nullptr) {
+        sBase = "(none)";
+    }
+    const std::string sAttribute =
+        o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
+    std::fprintf(stderr, "vok: conflict at %s%s\n  = %s\n  < %s\n  > %s\n",
+                 Escaped(Shortened(o.m_sPath)).c_str(), sAttribute.c_str(), sBase.c_str(),
+                 SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
+}
+
+}  // namespace
+
+int Merge(const MergeOptions& o) {
+    const Input oBase = Load(o.sBase);
+    const Input oA = Load(o.sA);
+    const Input oB = Load(o.sB);
+    const auto ePick = o.bOurs     ? vok::Data_MergePick::A
+                       : o.bTheirs ? vok::Data_MergePick::B
+                                   : vok::Data_MergePick::None;
+    const bool bTell = ePick == vok::Data_MergePick::None;
+    const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick,
+                                     [bTell](const Data_Conflict& oConflict) {
+                                         if (bTell) Report(oConflict);
+                                     });
+    if (!oMerged.IsNode()) return EXIT_NEGATIVE;
+    SaveTree(oMerged, o.sOut, o.sTo, o.sOut);
+    return EXIT_GOOD;
+}
+
+}  // namespace tools

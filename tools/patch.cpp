@@ -1,0 +1,28 @@
+// vok patch: what vok diff has written, applied.
+#include <cstdio>
+
+#include "tools/commands.h"
+#include "tools/input.h"
+#include "tools/text.h"
+#include "tools/tree_file.h"
+#include "vok/base/msg_exception.h"
+
+namespace tools {
+
+int Patch(const PatchOptions& o) {
+    const Input oIn = Load(o.sIn);
+    const Input oPatch = Load(o.sPatch);
+    vok::Data oResult;
+    try {
+        oResult = oIn.oTree.ApplyPatch(oPatch.oTree);
+    } catch (const vok::Msg_Exception& oError) {
+        if (IsNoMemory(oError)) throw;
+        std::fprintf(stderr, "vok: %s: %s\n", Visible(o.sPatch).c_str(),
+                     Visible(Line(oError.what())).c_str());
+        return EXIT_NEGATIVE;
+    }
+    SaveTree(oResult, o.sOut, o.sTo, o.sOut);
+    return EXIT_GOOD;
+}
+
+}  // namespace tools
