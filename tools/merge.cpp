@@ -2,6 +2,7 @@
 #include "vok/data/merge.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "tools/commands.h"
@@ -63,11 +64,20 @@ int Merge(const MergeOptions& o) {
     const auto ePick = o.bOurs     ? vok::Data_MergePick::A
                        : o.bTheirs ? vok::Data_MergePick::B
                                    : vok::Data_MergePick::None;
-    const bool bTell = ePick == vok::Data_MergePick::None;
-    const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick,
-                                     [bTell](const Data_Conflict& oConflict) {
-                                         if (bTell) Report(oConflict);
-                                     });
+    // Paths of a deep tree are long: all of them together might be its square.
+    const vok::u3_t uMost = (vok::u3_t{64} << 20) + 200 * (oBase.uBytes + oA.uBytes + oB.uBytes);
+    vok::u3_t uPaths = 0;
+    const auto oTell = [&](const Data_Conflict& oConflict) {
+        if (ePick != vok::Data_MergePick::None) return false;
+        uPaths += std::strlen(oConflict.m_sPath);
+        if (uPaths > uMost) {
+            std::fputs("vok: there are more conflicts: too deep to list them all\n", stderr);
+            return false;
+        }
+        Report(oConflict);
+        return true;
+    };
+    const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick, oTell);
     if (!oMerged.IsNode()) return EXIT_NEGATIVE;
     SaveTree(oMerged, o.sOut, o.sTo, o.sOut);
     return EXIT_GOOD;

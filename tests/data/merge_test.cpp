@@ -3,6 +3,7 @@
 
 #include "tests/data/random_tree.h"
 #include "tests/support.h"
+#include "vok/data/builder.h"
 
 namespace vok {
 namespace {
@@ -33,6 +34,7 @@ Merged Merge(const Data& oBase, const Data& oA, const Data& oB, Pick ePick = Pic
         if (c.m_sAttribute != nullptr) s += std::string("@") + c.m_sAttribute;
         o.oConflicts.push_back(s + ": " + Data_Conflict::DidName(c.m_oA.eDid) + ", " +
                                Data_Conflict::DidName(c.m_oB.eDid));
+        return o.oConflicts.size() < 1000;
     });
     return o;
 }
@@ -164,6 +166,26 @@ TEST(Merge, RandomEdits) {
             ASSERT_EQ(Fault(o.oTree), "") << uSeed;
         }
     }
+}
+
+// Both change every level: paths of all of them would be the square of the tree.
+TEST(Merge, StopsTelling) {
+    const auto oDeep = [](i2_t iValue) {
+        Data oTree = NewTree();
+        Data_Builder oBuilder(oTree);
+        for (unsigned u = 0; u < 200000; ++u) {
+            oBuilder.AddInt("i", iValue);
+            oBuilder.Open("d");
+        }
+        oBuilder.Finish();
+        return oTree;
+    };
+    unsigned uTold = 0;
+    const auto oVisit = [&](const Data_Conflict&) { return ++uTold < 3; };
+    const Data oBase = oDeep(0), oA = oDeep(1), oB = oDeep(2);
+    EXPECT_FALSE(Data::Merge(oBase, oA, oB, {}, Pick::None, oVisit).IsNode());
+    EXPECT_EQ(uTold, 3u);
+    EXPECT_TRUE(Data::Equal(Data::Merge(oBase, oA, oB, {}, Pick::B, oVisit), oB));
 }
 
 // What fails on the way leaves nothing behind, and the trees as they were.

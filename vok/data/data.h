@@ -467,13 +467,13 @@ class Data {
     // What oA and oB have each made of oBase, in one tree, a copy of oBase as MkClone makes it.
     // What both have changed alike is changed once. Where they have changed the same in different
     // ways, where one has changed what the other removes, and where both put nodes without keys
-    // (Data_DiffOptions::m_asKey) in one place, oVisit is told; the side of ePick then counts, and
-    // for Data_MergePick::None the result is an empty cursor. Links that lead out of the compared
-    // nodes count as links to nothing. Errors and cost are those of MakePatch, twice, and of
-    // ApplyPatch.
+    // (Data_DiffOptions::m_asKey) in one place, oVisit is told, until it returns false; the side of
+    // ePick then counts, and for Data_MergePick::None the result is an empty cursor. Links that
+    // lead out of the compared nodes count as links to nothing. Errors and cost are those of
+    // MakePatch, twice, and of ApplyPatch.
     [[nodiscard]] static Data Merge(const Data& oBase, const Data& oA, const Data& oB,
                                     const Data_DiffOptions& oOptions, Data_MergePick ePick,
-                                    const std::function<void(const Data_Conflict&)>& oVisit);
+                                    const std::function<bool(const Data_Conflict&)>& oVisit);
 
     // What tells subtrees apart, in 128 bits: those that are Equal have the same hash, in whatever
     // form, on whatever system; docs/hash.md describes it and promises it. Links to nodes below

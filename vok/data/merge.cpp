@@ -15,7 +15,7 @@ const char* Data_Conflict::DidName(Did eDid) noexcept {
 
 Data Data::Merge(const Data& oBase, const Data& oA, const Data& oB,
                  const Data_DiffOptions& oOptions, Data_MergePick ePick,
-                 const std::function<void(const Data_Conflict&)>& oVisit) {
+                 const std::function<bool(const Data_Conflict&)>& oVisit) {
     return Where("vok::Data::Merge", [&] {
         Data oPatches;
         oPatches.SetToRoot();

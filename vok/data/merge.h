@@ -10,9 +10,10 @@ namespace vok {
 // Whose changes count where both sides have changed the same.
 enum class Data_MergePick : u0_t { None, A, B };
 
-//     Data oMerged = Data::Merge(oBase, oA, oB, {}, Data_MergePick::None, [](const Data_Conflict&
-//     o) {
+//     const auto ePick = Data_MergePick::None;
+//     Data oMerged = Data::Merge(oBase, oA, oB, {}, ePick, [](const Data_Conflict& o) {
 //         std::printf("%s %s\n", o.m_sPath, Data_Conflict::DidName(o.m_oA.eDid));
+//         return true;
 //     });
 struct Data_Conflict {
     // What one side did to a node of the base.

@@ -415,20 +415,21 @@ Data_Conflict::Side Data_PlanMerger::SideOf(Data_Conflict::Did eDid, u2_t uNew) 
 
 void Data_PlanMerger::Tell(u2_t uId, Data_Conflict::Did eA, u2_t uNewA, Data_Conflict::Did eB,
                            u2_t uNewB) {
-    ++m_uConflicts;
-    m_oVisit({a.oPlan.PathOf(uId).CStr(), nullptr, m_oBase.Cursor(uId), nullptr, SideOf(eA, uNewA),
-              SideOf(eB, uNewB)});
+    if (!Count()) return;
+    m_bTells = m_oVisit({a.oPlan.PathOf(uId).CStr(), nullptr, m_oBase.Cursor(uId), nullptr,
+                         SideOf(eA, uNewA), SideOf(eB, uNewB)});
 }
 
 void Data_PlanMerger::TellInserted(const Arrival& oA, const Arrival& oB) {
-    ++m_uConflicts;
-    m_oVisit({a.oPlan.PathOf(oA.uParent, oA.sName, oA.uTo).CStr(), nullptr, Data(), nullptr,
-              SideOf(Data_Conflict::Inserted, oA.uNew), SideOf(Data_Conflict::Inserted, oB.uNew)});
+    if (!Count()) return;
+    m_bTells = m_oVisit({a.oPlan.PathOf(oA.uParent, oA.sName, oA.uTo).CStr(), nullptr, Data(),
+                         nullptr, SideOf(Data_Conflict::Inserted, oA.uNew),
+                         SideOf(Data_Conflict::Inserted, oB.uNew)});
 }
 
 void Data_PlanMerger::TellText(u2_t uId, const char* sAttribute, const char* sBase, const char* sA,
                                const char* sB) {
-    ++m_uConflicts;
+    if (!Count()) return;
     const auto oSide = [](const char* s) {
         return Data_Conflict::Side{Data_Conflict::Changed, Data(), s};
     };

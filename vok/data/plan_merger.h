@@ -21,7 +21,7 @@ namespace vok {
 // they are different things, that is a conflict.
 class Data_PlanMerger {
   public:
-    using Visit = std::function<void(const Data_Conflict&)>;
+    using Visit = std::function<bool(const Data_Conflict&)>;
 
     Data_PlanMerger(Data_Side& oBase, Data_Side& oPatches, Data_PatchPlan& oA, Data_PatchPlan& oB,
                     const Data_DiffOptions& oOptions, Data_MergePick ePick, const Visit& oVisit);
@@ -92,6 +92,11 @@ class Data_PlanMerger {
     void TellInserted(const Arrival& oA, const Arrival& oB);
     void TellText(u2_t uId, const char* sAttribute, const char* sBase, const char* sA,
                   const char* sB);
+    // Counts a conflict; whether it is to be told.
+    [[nodiscard]] bool Count() noexcept {
+        ++m_uConflicts;
+        return m_bTells;
+    }
     [[nodiscard]] Data_Conflict::Side SideOf(Data_Conflict::Did eDid, u2_t uNew) const;
 
     Data_Side& m_oBase;
@@ -104,6 +109,7 @@ class Data_PlanMerger {
     const Visit& m_oVisit;
     Data_PatchPlan* m_pPlan = nullptr;
     u3_t m_uConflicts = 0;
+    bool m_bTells = true;
 };
 
 }  // namespace vok
