@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/edit.h"
 #include "vok/data/diff.h"
 
 namespace tools {
@@ -67,6 +68,16 @@ struct DiffOptions {
     std::string sTo;     // its form; empty: by extension
 };
 int Diff(const DiffOptions& o);
+
+struct EditOptions {
+    std::string sFile;
+    std::string sOut;
+    std::string sTo;  // empty: by extension, else that of the file
+    bool bInPlace = false;
+    bool bLossless = false;
+    std::vector<Edit> aoEdit;
+};
+int EditFile(const EditOptions& o);
 
 struct HashOptions {
     std::vector<std::string> asFile;

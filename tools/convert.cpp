@@ -54,82 +54,17 @@ std::array<int, 3> ParseVersion(const std::string& sVersion) {
     return ai;
 }
 
-using Version = std::array<int, 3>;
-
 // What is to be made of a document.
 struct Task {
     const ConvertOptions& oOptions;
-    std::string sFormat;
-    Version oVersion;
-    bool bGzip = false;
+    FileForm oForm;
 
-    // A document that holds a dump keeps all that a dump does.
-    [[nodiscard]] std::string Keeps() const {
-        return sFormat == "dgraph" && oVersion[0] == 2 ? "dump" : sFormat;
-    }
     [[nodiscard]] bool IsByRecords() const { return !oOptions.sRecords.empty(); }
     // Of JSON Lines every successor of the top is a record.
     [[nodiscard]] std::string Records() const { return IsByRecords() ? oOptions.sRecords : "/*"; }
 };
 
-void Save(vok::Data& oTree, const Task& o, vok::File_Stream& oOut) {
-    if (o.sFormat == "xml") return oTree.SaveToXML(oOut);
-    if (o.sFormat == "dump") return oTree.Dump(oOut);
-    if (o.sFormat == "json") {
-        return vok::Json_Save(
-            oTree, oOut, o.oOptions.bCompact ? vok::Json_Layout::Compact : vok::Json_Layout::Lines);
-    }
-    vok::Dgraph_SetVersion(oTree, o.oVersion[0], o.oVersion[1], o.oVersion[2]);
-    vok::Dgraph_SaveDGraph(oTree, oOut);
-}
-
-// Says what is lost; with --lossless nothing may be.
-void TellLosses(const ConvertOptions& o, const vok::Load_Report& r, const std::string& sBehind,
-                const LossCount& oLosses) {
-    const std::string sWhyNot = oLosses.WhyNot();
-    if (!sWhyNot.empty()) throw std::invalid_argument(sWhyNot);
-    std::vector<std::string> asLost = LostByReading(r);
-    for (std::string& s : oLosses.Lines()) asLost.push_back(std::move(s));
-    if (r.m_uMissingBytes + r.m_uMissingNodes != 0) asLost.push_back("the end: it was cut short");
-    if (!sBehind.empty()) asLost.push_back(sBehind);
-    for (const std::string& s : asLost) {
-        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(o.sIn).c_str(), s.c_str());
-    }
-    if (o.bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
-}
-
 // ---- where it goes --------------------------------------------------------------
-
-// Calls oWrite with the stream that becomes the file: plain, compressed, or the one member of an
-// archive, which is named like it but for its ending.
-template <class Write>
-void WriteFile(const Task& o, bool bWhole, const Write& oWrite) {
-    const ConvertOptions& r = o.oOptions;
-    if (r.bZip) {
-        if (r.sOut == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
-        const std::string sStem = ToText(ToPath(r.sOut).stem());
-        const bool bEnding = !EndingsOf(sStem).sFormat.empty();
-        Output oFile(r.sOut, false);
-        vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");
-        oArchive.OpenNewFile(vok::Str(bEnding ? sStem : sStem + '.' + o.sFormat));
-        oWrite(oArchive);
-        oArchive.Close();
-        return oFile.Commit();
-    }
-    const auto oPack = [&](vok::File_Stream& oOut) {
-        if (!r.bCompress && !o.bGzip) return oWrite(oOut);
-        vok::Zip_Stream oPacked(oOut, o.bGzip ? "wz" : "w");
-        oWrite(oPacked);
-        oPacked.Close();
-    };
-    if (r.sOut == "-" && !bWhole) {
-        oPack(StandardOutput());
-        return FinishPrinting();
-    }
-    Output oFile(r.sOut);
-    oPack(oFile.Stream());
-    oFile.Commit();
-}
 
 // Trees that become a file each, in a folder that is made where it is missing.
 class Files {
@@ -141,8 +76,8 @@ class Files {
     void Add(vok::Data oTree) {
         char sName[32];
         std::snprintf(sName, sizeof(sName), "%08llu.", static_cast<unsigned long long>(++m_uFiles));
-        Output oFile(ToText(ToPath(m_oTask.oOptions.sOut) / (sName + m_oTask.sFormat)));
-        Save(oTree, m_oTask, oFile.Stream());
+        Output oFile(ToText(ToPath(m_oTask.oOptions.sOut) / (sName + m_oTask.oForm.sFormat)));
+        WriteTree(oTree, m_oTask.oForm, oFile.Stream());
         oFile.Commit(false);
     }
 
@@ -181,8 +116,8 @@ void WriteJsonLines(const Task& o, vok::File_Stream& oOut) {
 void WriteDocument(const Task& o, bool bCounted, vok::File_Stream& oOut) {
     using Writer = vok::Data_Writer;
     Document oDocument(o.oOptions.sIn, o.oOptions.sFrom);
-    Writer oWriter(oOut, o.sFormat == "xml" ? Writer::Form::Xml : Writer::Form::DGraph,
-                   o.oVersion[1], o.oVersion[2]);
+    Writer oWriter(oOut, o.oForm.sFormat == "xml" ? Writer::Form::Xml : Writer::Form::DGraph,
+                   o.oForm.auVersion[1], o.oForm.auVersion[2]);
     std::size_t uOpen = 0;
     while (oDocument.Next()) {
         const vok::Data_Record& r = *oDocument;
@@ -201,8 +136,8 @@ void WriteDocument(const Task& o, bool bCounted, vok::File_Stream& oOut) {
 
 int ByRecords(const Task& o) {
     const ConvertOptions& r = o.oOptions;
-    const bool bJson = o.sFormat == "jsonl";
-    const bool bOfTrees = o.Keeps() == "dump" || o.sFormat == "json";
+    const bool bJson = o.oForm.sFormat == "jsonl";
+    const bool bOfTrees = o.oForm.Keeps() == "dump" || o.oForm.sFormat == "json";
     if (bOfTrees && !o.IsByRecords()) throw NeedsTree();
     if (bJson || o.IsByRecords()) {
         if (vok::records::Path::NeedsTree(o.Records())) throw NeedsTree();
@@ -210,7 +145,7 @@ int ByRecords(const Task& o) {
     }
     // It is gone through more than once.
     if (r.sIn == "-" && !StandardInput::The().IsWhole()) throw NeedsTree();
-    LossCount oLosses(o.Keeps(), o.oVersion[1]);
+    LossCount oLosses(o.oForm.Keeps(), o.oForm.auVersion[1]);
     const Survey oSurvey = LookThrough(r.sIn, r.sFrom, nullptr, &oLosses);
     const vok::Load_Report& oReport = oSurvey.oReport;
     const bool bCounted = !oSurvey.bXml && oReport.m_uMissingBytes + oReport.m_uMissingNodes == 0;
@@ -218,17 +153,19 @@ int ByRecords(const Task& o) {
     if (oSurvey.bLinks) throw NeedsTree();
     if (!oSurvey.bInOrder && !bJson && !o.IsByRecords()) throw NeedsTree();
     // A stream that compresses cannot go back to a count.
-    const bool bPacks = r.bZip || r.bCompress || o.bGzip;
-    if (o.sFormat == "dgraph" && !o.IsByRecords() && !bCounted && bPacks) throw NeedsTree();
-    TellLosses(r, oReport, oSurvey.sBehind, oLosses);
+    const bool bPacks = !o.oForm.sWrapping.empty();
+    if (o.oForm.sFormat == "dgraph" && !o.IsByRecords() && !bCounted && bPacks) throw NeedsTree();
+    TellLosses(r.sIn, oReport, oSurvey.sBehind, oLosses, r.bLossless);
     if (bJson) {
-        WriteFile(o, false, [&](vok::File_Stream& oOut) { WriteJsonLines(o, oOut); });
+        WriteFile(o.oOptions.sOut, o.oForm, false,
+                  [&](vok::File_Stream& oOut) { WriteJsonLines(o, oOut); });
     } else if (o.IsByRecords()) {
         Files oFiles(o);
         ForEachRecord(o, [&](const vok::Data& oTree) { oFiles.Add(oTree); });
     } else {
-        const bool bWhole = o.sFormat == "dgraph" && !bCounted;
-        WriteFile(o, bWhole, [&](vok::File_Stream& oOut) { WriteDocument(o, bCounted, oOut); });
+        const bool bWhole = o.oForm.sFormat == "dgraph" && !bCounted;
+        WriteFile(o.oOptions.sOut, o.oForm, bWhole,
+                  [&](vok::File_Stream& oOut) { WriteDocument(o, bCounted, oOut); });
     }
     return EXIT_GOOD;
 }
@@ -238,15 +175,15 @@ int ByRecords(const Task& o) {
 int ByTree(const Task& o) {
     Input oIn = Load(o.oOptions.sIn, o.oOptions.sFrom);
     oIn.oTree.SetToRoot();
-    LossCount oLosses(o.Keeps(), o.oVersion[1]);
-    if (o.Keeps() != "dump") CountTree(oIn.oTree, oLosses);
-    TellLosses(o.oOptions, oIn.oReport, oIn.sBehind, oLosses);
+    LossCount oLosses(o.oForm.Keeps(), o.oForm.auVersion[1]);
+    if (o.oForm.Keeps() != "dump") CountTree(oIn.oTree, oLosses);
+    TellLosses(o.oOptions.sIn, oIn.oReport, oIn.sBehind, oLosses, o.oOptions.bLossless);
     Progress oProgress("writing");
-    if (o.sFormat == "jsonl") {
+    if (o.oForm.sFormat == "jsonl") {
         const vok::Data_NodeSet oFound = oIn.oTree.GetNodeSet(o.Records().c_str());
         Shape oTop;
         for (std::size_t u = 0; u < oFound.Size(); ++u) NoteShape(oTop, oFound.GetNth(u));
-        WriteFile(o, false, [&](vok::File_Stream& oOut) {
+        WriteFile(o.oOptions.sOut, o.oForm, false, [&](vok::File_Stream& oOut) {
             JsonLines oLines(oOut, oTop);
             for (std::size_t u = 0; u < oFound.Size(); ++u) oLines.Add(oFound.GetNth(u));
             oLines.Finish();
@@ -256,7 +193,8 @@ int ByTree(const Task& o) {
         Files oFiles(o);
         for (std::size_t u = 0; u < oFound.Size(); ++u) oFiles.Add(oFound.GetNth(u).MkClone());
     } else {
-        WriteFile(o, true, [&](vok::File_Stream& oOut) { Save(oIn.oTree, o, oOut); });
+        WriteFile(o.oOptions.sOut, o.oForm, true,
+                  [&](vok::File_Stream& oOut) { WriteTree(oIn.oTree, o.oForm, oOut); });
     }
     return EXIT_GOOD;
 }
@@ -265,15 +203,25 @@ int ByTree(const Task& o) {
 
 int Convert(const ConvertOptions& o) {
     const Endings oEndings = EndingsOf(o.sOut);
-    Task oTask{o, o.sTo.empty() ? oEndings.sFormat : o.sTo, ParseVersion(o.sVersion),
-               oEndings.bGzip};
-    if (oTask.sFormat.empty()) {
+    Task oTask{o, {}};
+    FileForm& oForm = oTask.oForm;
+    oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
+    oForm.auVersion = ParseVersion(o.sVersion);
+    oForm.bCompact = o.bCompact;
+    if (o.bZip) {
+        oForm.sWrapping = "zip";
+    } else if (oEndings.bGzip) {
+        oForm.sWrapping = "gzip";
+    } else if (o.bCompress) {
+        oForm.sWrapping = "zlib";
+    }
+    if (oForm.sFormat.empty()) {
         throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));
     }
-    if (oTask.IsByRecords() && oTask.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
+    if (oTask.IsByRecords() && oForm.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
         throw std::invalid_argument("files of records are not compressed");
     }
-    if (o.bCompact && oTask.sFormat != "json") {
+    if (o.bCompact && oForm.sFormat != "json") {
         throw std::invalid_argument("--compact is for JSON");
     }
     return Answer(

@@ -11,6 +11,7 @@
 #include "tools/input.h"
 #include "tools/json_nodes.h"
 #include "tools/output.h"
+#include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
 
@@ -41,11 +42,11 @@ std::string SideText(const Data_Difference& o, const Data& oSide) {
 class Lines {
   public:
     void Add(const Data_Difference& o) {
-        Print(m_oPalette.sName + Escaped(Shortened(o.m_sPath)) + m_oPalette.sEnd + ' ' +
+        Print(m_oPalette.sName + Shortened(ShownPath(o.m_sPath)) + m_oPalette.sEnd + ' ' +
               Data_Difference::WhatName(o.m_eWhat) +
               (o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : "") + '\n');
         if (o.m_eWhat == Data_Difference::Moved) {
-            return Print("  > " + Escaped(Shortened(o.m_sPathB)) + '\n');
+            return Print("  > " + Shortened(ShownPath(o.m_sPathB)) + '\n');
         }
         const std::string sA = SideText(o, o.m_oA);
         const std::string sB = SideText(o, o.m_oB);
@@ -65,8 +66,8 @@ class Objects {
         m_oOut.Reset(m_oStream);
         m_oOut.StartObject();
         AddText("what", Data_Difference::WhatName(o.m_eWhat));
-        AddText("a", o.m_oA.IsNode() ? o.m_sPath : nullptr);
-        AddText("b", o.m_sPathB);
+        AddPath("a", o.m_oA.IsNode() ? o.m_sPath : nullptr);
+        AddPath("b", o.m_sPathB);
         if (o.m_sAttribute != nullptr) AddText("attribute", o.m_sAttribute);
         if (o.m_eWhat != Data_Difference::Moved) {
             AddSide("old", o, o.m_oA);
@@ -78,6 +79,9 @@ class Objects {
     void Finish() { m_oStream.Flush(); }
 
   private:
+    void AddPath(const char* sKey, const char* sPath) {
+        AddText(sKey, sPath != nullptr ? ShownPath(sPath).c_str() : nullptr);
+    }
     void AddText(const char* sKey, const char* sText) {
         m_oOut.Key(sKey);
         if (sText == nullptr) {
@@ -137,7 +141,7 @@ void CheckOptions(const vok::Data_DiffOptions& o) {
 
 int WritePatch(const DiffOptions& o, const Input& oA, const Input& oB) {
     const Data oPatch = Data::MakePatch(oA.oTree, oB.oTree, o.oCompare);
-    SaveTree(oPatch, o.sPatch, o.sTo, o.sPatch);
+    SaveTree(oPatch, o.sPatch, FormOf(o.sPatch, o.sTo), o.sPatch);
     return oPatch.GetNodes() == 1 ? EXIT_GOOD : EXIT_NEGATIVE;
 }
 

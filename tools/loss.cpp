@@ -1,11 +1,15 @@
 #include "tools/loss.h"
 
+#include <cstdio>
+#include <stdexcept>
+
 #include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
 
+#include "tools/text.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/data/walk.h"
@@ -151,6 +155,22 @@ std::vector<std::string> LostByReading(const vok::Load_Report& r) {
           "processing instructions and document types");
     o.Add(r.m_uRounded, "number rounded to 64 bits", "numbers rounded to 64 bits");
     return std::move(o).Lines();
+}
+
+void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
+                const std::string& sBehind, const LossCount& oLosses, bool bLossless) {
+    const std::string sWhyNot = oLosses.WhyNot();
+    if (!sWhyNot.empty()) throw std::invalid_argument(sWhyNot);
+    std::vector<std::string> asLost = LostByReading(oReport);
+    for (std::string& s : oLosses.Lines()) asLost.push_back(std::move(s));
+    if (oReport.m_uMissingBytes + oReport.m_uMissingNodes != 0) {
+        asLost.push_back("the end: it was cut short");
+    }
+    if (!sBehind.empty()) asLost.push_back(sBehind);
+    for (const std::string& s : asLost) {
+        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sFile).c_str(), s.c_str());
+    }
+    if (bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
 }
 
 }  // namespace tools

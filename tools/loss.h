@@ -57,6 +57,11 @@ class LossCount {
 // Of a whole tree. Linear.
 void CountTree(const vok::Data& oTree, LossCount& oCount);
 
+// Says on standard error what of a document is lost, and that nothing may be lost where bLossless:
+// raises std::invalid_argument then, and where the form that is written cannot be read back.
+void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
+                const std::string& sBehind, const LossCount& oLosses, bool bLossless);
+
 // Lines such as "3 comments". Of the document that was read: what its tree does not hold.
 std::vector<std::string> LostByReading(const vok::Load_Report& oReport);
 

@@ -12,6 +12,7 @@
 
 #include "tools/commands.h"
 #include "tools/compare_commands.h"
+#include "tools/edit_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/shell_path.h"
@@ -227,6 +228,7 @@ int Run(int argc, char** argv) {
     AddGet(oApp);
     AddFileCommands(oApp);
     AddHash(oApp);
+    AddEditCommands(oApp, g_iExit);
     AddCompareCommands(oApp, g_iExit);
     AddZip(oApp);
     try {

@@ -7,6 +7,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
 
@@ -23,16 +24,9 @@ std::string NodeText(const Data& oNode) {
     return sValue.empty() ? sType : sType + ' ' + sValue;
 }
 
-std::string Quoted(const char* sText) {
-    std::string s("\"");
-    s.append(Escaped(sText));
-    s.push_back('"');
-    return s;
-}
-
 // What one side has made of it.
 std::string SideText(const Data_Conflict& o, const Data_Conflict::Side& oSide) {
-    if (oSide.sText != nullptr) return Quoted(oSide.sText);
+    if (oSide.sText != nullptr) return '"' + Escaped(oSide.sText) + '"';
     if (o.m_sAttribute != nullptr) return "(none)";
     if (oSide.oNode.IsNode()) return NodeText(oSide.oNode);
     std::string sDid("(");
@@ -44,14 +38,14 @@ std::string SideText(const Data_Conflict& o, const Data_Conflict::Side& oSide) {
 void Report(const Data_Conflict& o) {
     std::string sBase = o.m_oBase.IsNode() ? NodeText(o.m_oBase) : "(none)";
     if (o.m_sBase != nullptr) {
-        sBase = Quoted(o.m_sBase);
+        sBase = '"' + Escaped(o.m_sBase) + '"';
     } else if (o.m_sAttribute != nullptr) {
         sBase = "(none)";
     }
     const std::string sAttribute =
         o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
     std::fprintf(stderr, "vok: conflict at %s%s\n  = %s\n  < %s\n  > %s\n",
-                 Escaped(Shortened(o.m_sPath)).c_str(), sAttribute.c_str(), sBase.c_str(),
+                 Shortened(ShownPath(o.m_sPath)).c_str(), sAttribute.c_str(), sBase.c_str(),
                  SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
 }
 
@@ -79,7 +73,7 @@ int Merge(const MergeOptions& o) {
     };
     const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick, oTell);
     if (!oMerged.IsNode()) return EXIT_NEGATIVE;
-    SaveTree(oMerged, o.sOut, o.sTo, o.sOut);
+    SaveTree(oMerged, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return EXIT_GOOD;
 }
 

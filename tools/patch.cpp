@@ -21,7 +21,7 @@ int Patch(const PatchOptions& o) {
                      Visible(Line(oError.what())).c_str());
         return EXIT_NEGATIVE;
     }
-    SaveTree(oResult, o.sOut, o.sTo, o.sOut);
+    SaveTree(oResult, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return EXIT_GOOD;
 }
 

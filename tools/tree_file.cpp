@@ -1,14 +1,13 @@
 #include "tools/tree_file.h"
 
-#include <cstdio>
 #include <stdexcept>
 
 #include "tools/loss.h"
 #include "tools/output.h"
 #include "tools/path.h"
-#include "tools/text.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/json/json.h"
+#include "vok/zip/archive.h"
 #include "vok/zip/stream.h"
 
 namespace tools {
@@ -32,37 +31,62 @@ std::string NoFormatText(const std::string& sName, const char* sEndings) {
            "): name one with --to";
 }
 
-void SaveTree(vok::Data oTree, const std::string& sPath, const std::string& sFormat,
-              const std::string& sWhat) {
-    constexpr int MINOR = 3;
+FileForm FormOf(const std::string& sPath, const std::string& sFormat) {
     const Endings oEndings = EndingsOf(sPath);
-    const std::string sForm = sFormat.empty() ? oEndings.sFormat : sFormat;
-    if (sForm.empty() || sForm == "jsonl") {
+    FileForm o;
+    o.sFormat = sFormat.empty() ? oEndings.sFormat : sFormat;
+    if (o.sFormat.empty() || o.sFormat == "jsonl") {
         throw std::invalid_argument(NoFormatText(sPath, ".xml, .dgraph, .dump, .json"));
     }
-    LossCount oLosses(sForm, MINOR);
-    if (sForm != "dump" && sForm != "json") CountTree(oTree, oLosses);
-    const std::string sWhyNot = oLosses.WhyNot();
-    if (!sWhyNot.empty()) throw std::invalid_argument(sWhyNot);
-    for (const std::string& s : oLosses.Lines()) {
-        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sWhat).c_str(), s.c_str());
+    if (oEndings.bGzip) o.sWrapping = "gzip";
+    return o;
+}
+
+void WriteTree(vok::Data& oTree, const FileForm& o, vok::File_Stream& oOut) {
+    if (o.sFormat == "xml") return oTree.SaveToXML(oOut);
+    if (o.sFormat == "dump") return oTree.Dump(oOut);
+    if (o.sFormat == "json") {
+        return vok::Json_Save(oTree, oOut,
+                              o.bCompact ? vok::Json_Layout::Compact : vok::Json_Layout::Lines);
     }
-    const auto oSave = [&](vok::File_Stream& oOut) {
-        if (sForm == "xml") return oTree.SaveToXML(oOut);
-        if (sForm == "dump") return oTree.Dump(oOut);
-        if (sForm == "json") return vok::Json_Save(oTree, oOut);
-        vok::Dgraph_SetVersion(oTree, 1, MINOR, 0);
-        vok::Dgraph_SaveDGraph(oTree, oOut);
-    };
-    Output oFile(sPath);
-    if (oEndings.bGzip) {
-        vok::Zip_Stream oPacked(oFile.Stream(), "wz");
-        oSave(oPacked);
+    vok::Dgraph_SetVersion(oTree, o.auVersion[0], o.auVersion[1], o.auVersion[2]);
+    vok::Dgraph_SaveDGraph(oTree, oOut);
+}
+
+void WriteFile(const std::string& sPath, const FileForm& o, bool bWhole,
+               const std::function<void(vok::File_Stream&)>& oWrite) {
+    if (o.sWrapping == "zip") {
+        if (sPath == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
+        const std::string sStem = ToText(ToPath(sPath).stem());
+        const bool bEnding = !EndingsOf(sStem).sFormat.empty();
+        Output oFile(sPath, false);
+        vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");
+        oArchive.OpenNewFile(vok::Str(bEnding ? sStem : sStem + '.' + o.sFormat));
+        oWrite(oArchive);
+        oArchive.Close();
+        return oFile.Commit();
+    }
+    const auto oPack = [&](vok::File_Stream& oOut) {
+        if (o.sWrapping.empty()) return oWrite(oOut);
+        vok::Zip_Stream oPacked(oOut, o.sWrapping == "gzip" ? "wz" : "w");
+        oWrite(oPacked);
         oPacked.Close();
-    } else {
-        oSave(oFile.Stream());
+    };
+    if (sPath == "-" && !bWhole) {
+        oPack(StandardOutput());
+        return FinishPrinting();
     }
+    Output oFile(sPath);
+    oPack(oFile.Stream());
     oFile.Commit();
+}
+
+void SaveTree(vok::Data oTree, const std::string& sPath, const FileForm& oForm,
+              const std::string& sWhat) {
+    LossCount oLosses(oForm.Keeps(), oForm.auVersion[1]);
+    if (oForm.Keeps() != "dump") CountTree(oTree, oLosses);
+    TellLosses(sWhat, {}, {}, oLosses, false);
+    WriteFile(sPath, oForm, true, [&](vok::File_Stream& oOut) { WriteTree(oTree, oForm, oOut); });
 }
 
 }  // namespace tools

@@ -2,6 +2,8 @@
 #ifndef TOOLS_TREE_FILE_H
 #define TOOLS_TREE_FILE_H
 
+#include <array>
+#include <functional>
 #include <string>
 
 #include "vok/data/data.h"
@@ -19,10 +21,32 @@ Endings EndingsOf(const std::string& sName);
 // What is said of a name that asks for nothing.
 std::string NoFormatText(const std::string& sName, const char* sEndings);
 
-// Writes a tree to a file, or standard output ("-"), which gets all of it or nothing. sFormat,
-// unless it is empty, counts instead of the ending of the name: "xml", "dgraph", "dump". What the
-// form does not keep is told on standard error under the name sWhat.
-void SaveTree(vok::Data oTree, const std::string& sPath, const std::string& sFormat,
+// How a document is written.
+struct FileForm {
+    std::string sFormat;                    // "xml", "dgraph", "dump", "json"
+    std::string sWrapping;                  // "", "zlib", "gzip", "zip"
+    std::array<int, 3> auVersion{1, 3, 0};  // of a DGraph document
+    bool bCompact = false;                  // JSON on one line
+
+    // The form whose losses it has: a document that holds a dump keeps all that a dump does.
+    [[nodiscard]] std::string Keeps() const {
+        return sFormat == "dgraph" && auVersion[0] == 2 ? "dump" : sFormat;
+    }
+};
+// That of a file of such a name; sFormat, unless it is empty, counts instead of its ending. Raises
+// std::invalid_argument where neither tells.
+FileForm FormOf(const std::string& sPath, const std::string& sFormat);
+
+void WriteTree(vok::Data& oTree, const FileForm& oForm, vok::File_Stream& oOut);
+
+// Calls oWrite with the stream that becomes the file: plain, compressed, or the one member of an
+// archive, which is named like it but for its ending. "-" is standard output, which gets all or
+// nothing where bWhole. Raises std::invalid_argument for an archive there.
+void WriteFile(const std::string& sPath, const FileForm& oForm, bool bWhole,
+               const std::function<void(vok::File_Stream&)>& oWrite);
+
+// Both in one, whole. What the form does not keep is told on standard error under the name sWhat.
+void SaveTree(vok::Data oTree, const std::string& sPath, const FileForm& oForm,
               const std::string& sWhat);
 
 }  // namespace tools

@@ -374,6 +374,119 @@ TEST_F(Program, ComparisonAsDocumented) {
     EXPECT_GE(uCommands, 7u);
 }
 
+// What is done in every form and wrapping, in its place, is what the library does.
+TEST_F(Program, Editing) {
+    const auto oMake = [] {
+        Data oTree = NewTree();
+        oTree.SetRootName("R");
+        for (int i = 0; i < 3; ++i) {
+            Data oOrder = oTree.CreateNewSucc("order");
+            oOrder.SetAttVal("id", std::to_string(i).c_str());
+            oOrder.CreateNewSucc("price").SetValDbl(i + 0.5);
+            oOrder.CreateNewSucc("note").SetValStr("n");
+        }
+        return oTree;
+    };
+    const auto At = [](Data& o, const char* sPath) { return o.GetNodeSet(sPath).GetNth(0); };
+    using Change = std::function<void(Data&)>;
+    const std::pair<const char*, Change> CASES[] = {
+        {"set FILE /order[1]/price 9.25 -i",
+         [&](Data& o) { At(o, "order[1]/price").SetValDbl(9.25); }},
+        {"set FILE /order[1]/price 9 --type integer -i",
+         [&](Data& o) { At(o, "order[1]/price").SetValInt(9); }},
+        {"set FILE /order/@id 5 -i",
+         [](Data& o) {
+             for (Data oOrder : o.GetNodeSet("order")) oOrder.SetAttVal("id", "5");
+         }},
+        {"add FILE /order[0] note first --at 0 -i",
+         [&](Data& o) { At(o, "order[0]").Insert("note", 0).SetValStr("first"); }},
+        {"add FILE / inner -i", [](Data& o) { o.Append("inner"); }},
+        {"add FILE / to /order[2] --type link -i",
+         [&](Data& o) { o.Append("to").SetValLink(At(o, "order[2]")); }},
+        {"delete FILE //note -i",
+         [](Data& o) {
+             for (Data oNote : o.GetNodeSet("//note")) oNote.Delete();
+         }},
+        {"delete FILE \"//*\" -i", [](Data& o) { o.RemoveSuccs(); }},
+        {"delete FILE /order/@id -i",
+         [](Data& o) {
+             for (Data oOrder : o.GetNodeSet("order")) oOrder.RemoveAttributes();
+         }},
+        {"move FILE /order[2] /order[0] -i",
+         [&](Data& o) { At(o, "order[2]").MoveTo(At(o, "order[0]")); }},
+        {"move FILE /order[2] / --at 0 -i", [&](Data& o) { At(o, "order[2]").MoveTo(o, 0); }},
+        {"rename FILE /order[1] done -i", [&](Data& o) { At(o, "order[1]").Rename("done"); }},
+        {"rename FILE / top -i", [](Data& o) { o.SetRootName("top"); }},
+        {"edit FILE -i -e \"add / a 1 --type integer\" -e \"rename /a b\" -e \"set /b 2\"",
+         [](Data& o) { o.Append("b").SetValInt(2); }},
+    };
+    Data oTree = oMake();
+    Dgraph_SetVersion(oTree, 1, 2, 0);
+    File oOut;
+    oOut.Open("made.dgraph", "Tcw");
+    Dgraph_SaveDGraph(oTree, oOut);
+    oOut.Close();
+    for (const std::string sFile : {"t.xml", "t.dgraph", "t.dump", "t.json", "t.xml.gz",
+                                    "t.zip --zip --to dgraph", "t.z --compress --to json"}) {
+        const std::string sName = sFile.substr(0, sFile.find(' '));
+        for (const auto& [sCommand, oChange] : CASES) {
+            ASSERT_EQ(Run("convert made.dgraph " + sFile + " --dgraph-version 1.2.0").iExit, 0);
+            const std::string sKind = Run("info " + sName).sOut.substr(0, 60);
+            std::string sLine(sCommand);
+            const Outcome o = Run(sLine.replace(sLine.find("FILE"), 4, sName));
+            ASSERT_EQ(o.iExit, 0) << sLine << o.sErr;
+            Data oExpected = oMake();
+            oChange(oExpected);
+            EXPECT_EQ(HashesIn(Run("hash " + sName).sOut).at(0),
+                      std::string(oExpected.Hash().ToHex().CStr()))
+                << sLine;
+            const auto oForm = [](const std::string& s) { return s.substr(0, s.find("bytes")); };
+            EXPECT_EQ(oForm(Run("info " + sName).sOut), oForm(sKind)) << sLine;
+        }
+    }
+}
+
+// All of it is done, or nothing.
+TEST_F(Program, EditsThatFail) {
+    ToDisk("t.xml", "<R><a>1</a><b><c/></b></R>");
+    const std::string sOld = OnDisk("t.xml");
+    const std::pair<const char*, int> CASES[] = {
+        {"set t.xml /none 1 -i", 1},
+        {"delete t.xml /a/@none -i", 1},
+        {"move t.xml /a /none -i", 1},
+        {"set t.xml /b 1 -i", 2},
+        {"set t.xml /a x --type integer -i", 2},
+        {"set t.xml /a 1 --type huge -i", 2},
+        {"set t.xml /a/@k 1 --type integer -i", 2},
+        {"add t.xml /a n -i", 2},
+        {"rename t.xml /a/@k n -i", 2},
+        {"delete t.xml / -i", 2},
+        {"move t.xml /b /b/c -i", 2},
+        {"set t.xml /a 1", 2},
+        {"set - /a 1 -i", 2},
+        {"edit t.xml -i -e \"delete /b\" -e \"set /none 1\"", 1},
+        {"edit t.xml -i -e \"delete /b\" -e nonsense", 2},
+        {"edit t.xml -i -e \"set /a\"", 2},
+        {"edit t.xml -i -e \"set /a 'open\"", 2},
+        {"set t.xml /a 1 -o none/t.xml", 2},
+        {"set t.xml /a 1 -i -o u.xml", 2},
+    };
+    for (const auto& [sCommand, iExit] : CASES) {
+        const Outcome o = Run(sCommand);
+        EXPECT_EQ(o.iExit, iExit) << sCommand;
+        EXPECT_EQ(o.sOut, "") << sCommand;
+        EXPECT_NE(o.sErr, "") << sCommand;
+        EXPECT_EQ(OnDisk("t.xml"), sOld) << sCommand;
+    }
+    ToDisk("t.xml", "<R><!-- c --><a>1</a></R>");
+    EXPECT_EQ(Run("set t.xml /a 2 -i --lossless").iExit, 2);
+    EXPECT_EQ(Run("set t.xml /a 2 -o -").sOut,
+              "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:"
+              "datatypes\">\n\t<a><![CDATA[2]]></a>\n</R>\n");
+    EXPECT_EQ(LinesOnDisk("err"), "vok: t.xml: not kept: 1 comment\n");
+    EXPECT_EQ(LeftBehind(), "");
+}
+
 TEST_F(Program, Archives) {
     fs::create_directories("d/e");
     ToDisk("d/e/one", std::string(100000, 'x'));
