@@ -12,6 +12,7 @@
 
 #include "tools/commands.h"
 #include "tools/compare_commands.h"
+#include "tools/complete.h"
 #include "tools/edit_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
@@ -175,6 +176,27 @@ void AddZip(CLI::App& oApp) {
     pAdd->callback([o] { g_iExit = ZipAdd(o->sArchive, o->asFile, o->bStore); });
 }
 
+void AddCompletion(CLI::App& oApp) {
+    auto* p = oApp.add_subcommand("completion", "Print what makes a shell complete words");
+    auto sShell = std::make_shared<std::string>();
+    p->add_option("SHELL", *sShell, "Which one")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    p->footer(
+        "bash: source <(vok completion bash), in ~/.bashrc\n"
+        "zsh: vok completion zsh >_vok, in a folder of $fpath\n"
+        "fish: vok completion fish >~/.config/fish/completions/vok.fish\n"
+        "Commands, options and their values are completed, and paths in the file that was named.");
+    p->callback([sShell] { Print(CompletionScript(*sShell)); });
+
+    auto* pWords = oApp.add_subcommand("complete", "For those scripts")->group("");
+    auto asWord = std::make_shared<std::vector<std::string>>();
+    pWords->add_option("WORD", *asWord);
+    pWords->callback([asWord, &oApp] {
+        for (const std::string& s : Completions(oApp, *asWord)) Print(s + '\n');
+    });
+}
+
 // What is wrong comes from the command line or from files: nothing in it may play with a terminal.
 int Fail(const std::exception& oError) {
     if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) {
@@ -218,6 +240,12 @@ int Run(int argc, char** argv) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->allow_extra_args(false)
         ->each(SetLimit);
+    oApp.add_flag_callback(
+        "--trusted", [] { TheLimits() = vok::Limits::Trusted(); },
+        "No limits on what input may cost: it is known where it comes from");
+    oApp.add_option_function<std::string>("--color,--colour", SetColours, "When to use colours")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->type_name("WHEN");
     oApp.fallthrough();
     oApp.footer(
         "Files may be XML, JSON, DGraph documents or native dumps, as they are, compressed (zlib,\n"
@@ -231,6 +259,7 @@ int Run(int argc, char** argv) {
     AddEditCommands(oApp, g_iExit);
     AddCompareCommands(oApp, g_iExit);
     AddZip(oApp);
+    AddCompletion(oApp);
     try {
         std::vector<std::string> asWord = vok::sys::Arguments(argc, argv);
         // The parser takes them from the end, without the name of the program.

@@ -161,9 +161,25 @@ Palette::Palette(bool bColoured) noexcept {
     sEnd = "\x1b[0m";
 }
 
+namespace {
+
+enum class Colours { Auto, Always, Never };
+Colours g_eColours = Colours::Auto;
+
+}  // namespace
+
 bool WantsColour() noexcept {
+    if (g_eColours != Colours::Auto) return g_eColours == Colours::Always;
     const char* sNo = std::getenv("NO_COLOR");
-    return vok::sys::IsTerminal(stdout) && (sNo == nullptr || *sNo == 0);
+    const char* sTerminal = std::getenv("TERM");
+    const bool bDumb = sTerminal != nullptr && std::string_view(sTerminal) == "dumb";
+    return vok::sys::IsTerminal(stdout) && (sNo == nullptr || *sNo == 0) && !bDumb;
+}
+
+void SetColours(const std::string& sWhen) {
+    g_eColours = sWhen == "always"  ? Colours::Always
+                 : sWhen == "never" ? Colours::Never
+                                    : Colours::Auto;
 }
 
 }  // namespace tools

@@ -50,7 +50,10 @@ struct Palette {
     const char* sValue = "";
     const char* sEnd = "";
 };
+// By default on a terminal that has them, unless NO_COLOR is set.
 [[nodiscard]] bool WantsColour() noexcept;
+// "always" and "never" instead, and "auto" for the default.
+void SetColours(const std::string& sWhen);
 
 }  // namespace tools
 

@@ -487,6 +487,50 @@ TEST_F(Program, EditsThatFail) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+TEST_F(Program, CompletesWords) {
+    ToDisk("t.xml", "<R><order><a/></order><order/><only><b.c/></only></R>");
+    const Pair CASES[] = {
+        {"ge", "get\n"},
+        {"get --pa", "--paths\n"},
+        {"get t.xml /o", "/only\n/order[0]\n/order[1]\n"},
+        {"get t.xml /order[0]/", "/order[0]/a\n"},
+        {"get t.xml /only/", "/only/\"b.c\"\n"},
+        {"get --default x t.xml /onl", "/only\n"},
+        {"move t.xml /a /onl", "/only\n"},
+        {"convert --to js", "json\njsonl\n"},
+        {"hash --path /o", ""},  // no file was named yet
+        {"zip e", "extract\n"},
+        {"get t", ""},  // files are the shell's
+        {"get none.xml /", ""},
+        {"comple", "completion\n"},
+    };
+    for (const auto& [sWords, sExpected] : CASES) {
+        const Outcome o = Run("complete -- " + sWords);
+        EXPECT_EQ(o.sOut, sExpected) << sWords;
+        EXPECT_EQ(o.iExit, 0) << sWords;
+        EXPECT_EQ(o.sErr, "") << sWords;
+    }
+    for (const char* s : {"bash", "zsh", "fish"}) {
+        EXPECT_TRUE(Has(Run("completion "s + s).sOut, "complete --")) << s;
+    }
+    EXPECT_EQ(Run("completion csh").iExit, 2);
+}
+
+TEST_F(Program, ColoursWhereTheyAreWanted) {
+    const std::string sPlain = Run("show -", g_sTree).sOut;
+    EXPECT_EQ(Run("--color never show -", g_sTree).sOut, sPlain);
+    const std::string sColoured = Run("show - --color always", g_sTree).sOut;
+    EXPECT_TRUE(Has(sColoured, "\x1b[1mlist\x1b[0m"));
+    EXPECT_EQ(Run("show - --color always --plain", g_sTree).sOut, sPlain);
+    EXPECT_EQ(Run("show - --color sometimes", g_sTree).iExit, 2);
+}
+
+TEST_F(Program, TrustedInputHasNoLimits) {
+    ToDisk("t.xml", "<R><a><b/></a></R>");
+    EXPECT_EQ(Run("check t.xml --limit depth=2").iExit, 1);
+    EXPECT_EQ(Run("check t.xml --limit depth=2 --trusted").iExit, 0);
+}
+
 TEST_F(Program, Archives) {
     fs::create_directories("d/e");
     ToDisk("d/e/one", std::string(100000, 'x'));
