@@ -12,8 +12,7 @@ namespace vok {
 
 void Data::SetAttVal(const char* sName, const char* sValue) {
     return Where("vok::Data::SetAttVal", [&] {
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         if (sValue != nullptr) {
             return b.SetOutsideAttribute(m_uId, sName != nullptr ? sName : "", sValue);
         }

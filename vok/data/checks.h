@@ -21,7 +21,15 @@ inline Data_Base& NodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
     return b;
 }
 
-// The same for getters of values: an empty cursor raises "object points to nothing".
+// The same, with the node not removed. Raises the same.
+inline Data_Base& LiveNodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
+    Data_Base& b = NodeOf(oBase, uId);
+    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) [[unlikely]]
+        Msg::TryToAccessDeletedNode();
+    return b;
+}
+
+// NodeOf for getters of values: an empty cursor raises "object points to nothing".
 inline Data_Base& ValueOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
     if (!oBase) [[unlikely]]
         Msg::ObjectPointsToNothing();

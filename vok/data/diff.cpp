@@ -128,10 +128,7 @@ u3_t Compare(const Data& oA, const Data& oB, Data_Base* pA, Data_Base* pB,
 
 // Null for an empty cursor.
 Data_Base* LiveTreeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
-    if (!oBase) return nullptr;
-    Data_Base& b = detail::NodeOf(oBase, uId);
-    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-    return &b;
+    return oBase ? &detail::LiveNodeOf(oBase, uId) : nullptr;
 }
 
 }  // namespace

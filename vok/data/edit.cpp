@@ -174,17 +174,6 @@ void Data_Base::Rollback(u2_t uFirst) noexcept {
 
 // ---- cursor -----------------------------------------------------------------
 
-namespace {
-
-// The tree of a cursor whose node has not been removed.
-Data_Base& LiveNodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
-    Data_Base& b = detail::NodeOf(oBase, uId);
-    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-    return b;
-}
-
-}  // namespace
-
 Data Data::Append(Data_Name oName) {
     return Where("vok::Data::Append", [&] { return CreateNewSucc(oName); });
 }
@@ -200,14 +189,15 @@ Data Data::Insert(Data_Name oName, u2_t uPos) {
 
 void Data::Remove() {
     return Where("vok::Data::Remove", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         if (m_uId == 0) Msg::NodeHasNoPredecessor();
         b.Remove(m_uId);
     });
 }
 
 void Data::RemoveSuccs() {
-    return Where("vok::Data::RemoveSuccs", [&] { LiveNodeOf(m_oBase, m_uId).RemoveSuccs(m_uId); });
+    return Where("vok::Data::RemoveSuccs",
+                 [&] { detail::LiveNodeOf(m_oBase, m_uId).RemoveSuccs(m_uId); });
 }
 
 void Data::Erase() {
@@ -227,7 +217,7 @@ void Data::Erase() {
 
 void Data::Delete() {
     return Where("vok::Data::Delete", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         if (m_uId == 0) Msg::NodeHasNoPredecessor();
         b.UpdateSucc();
         b.Remove(m_uId);
@@ -238,14 +228,14 @@ void Data::Delete() {
 
 void Data::Rename(Data_Name oName, u2_t uPos) {
     return Where("vok::Data::Rename", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         b.Rename(m_uId, b.KeyOf(oName), uPos);
     });
 }
 
 void Data::MoveTo(const Data& oParent, u2_t uPos) {
     return Where("vok::Data::MoveTo", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         Base& oTo = detail::NodeOf(oParent.m_oBase, oParent.m_uId);
         if (m_uId == 0) Msg::NodeHasNoPredecessor();
         oTo.CheckAppend(oParent.m_uId);
@@ -264,7 +254,7 @@ void Data::MoveTo(const Data& oParent, u2_t uPos) {
 
 Data Data::MkCopy(const Data& oParent, u2_t uPos) const {
     return Where("vok::Data::MkCopy", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         Base& oTo = detail::NodeOf(oParent.m_oBase, oParent.m_uId);
         oTo.CheckAppend(oParent.m_uId);
         return Data(oParent.m_oBase, Data_Copy(*this, b, oTo).Below(oParent.m_uId, uPos));
@@ -273,7 +263,7 @@ Data Data::MkCopy(const Data& oParent, u2_t uPos) const {
 
 Data Data::MkClone() const {
     return Where("vok::Data::MkClone", [&] {
-        Base& b = LiveNodeOf(m_oBase, m_uId);
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         const Mem::Ref<Base> oTo = Mem::Ref<Base>::Create();
         Data_Copy(*this, b, *oTo).AsRoot();
         oTo->m_oUserTag = b.m_oUserTag;

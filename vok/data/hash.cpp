@@ -126,11 +126,8 @@ class Teller {
 }  // namespace
 
 void Data::Canonical(const std::function<void(std::string_view)>& oTake) const {
-    return Where("vok::Data::Canonical", [&] {
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (b.m_oNode(m_uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-        Teller(*this, b, oTake).Run();
-    });
+    return Where("vok::Data::Canonical",
+                 [&] { Teller(*this, detail::LiveNodeOf(m_oBase, m_uId), oTake).Run(); });
 }
 
 Data_Hash Data::Hash() const {

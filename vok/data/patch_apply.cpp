@@ -256,13 +256,6 @@ class PatchedCopy {
     Arr<u2_t> m_oKeys;
 };
 
-// The tree of a cursor whose node has not been removed.
-Data_Base& LiveNodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
-    Data_Base& b = detail::NodeOf(oBase, uId);
-    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-    return b;
-}
-
 }  // namespace
 
 Data MakePatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan) {
@@ -271,8 +264,8 @@ Data MakePatchedCopy(Data_Side& oTree, Data_Side& oPatch, Data_PatchPlan& oPlan)
 
 Data Data::ApplyPatch(const Data& oPatch) const {
     return Where("vok::Data::ApplyPatch", [&] {
-        Data_Side oTree(*this, LiveNodeOf(m_oBase, m_uId));
-        Data_Side oSide(oPatch, LiveNodeOf(oPatch.m_oBase, oPatch.m_uId));
+        Data_Side oTree(*this, detail::LiveNodeOf(m_oBase, m_uId));
+        Data_Side oSide(oPatch, detail::LiveNodeOf(oPatch.m_oBase, oPatch.m_uId));
         Data_PatchTargets oTargets(oSide.m_oBase.m_oNode.Size());
         Data_PatchPlan oPlan(oTree, oSide, oTargets);
         oPlan.Read(oSide.m_uTop);

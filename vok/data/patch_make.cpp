@@ -287,19 +287,12 @@ class PatchMaker : public Data_FoundSink {
     Arr<u2_t> m_oKeys;
 };
 
-// The tree of a cursor whose node has not been removed.
-Data_Base& LiveNodeOf(const Mem::Ref<Data_Base>& oBase, u2_t uId) {
-    Data_Base& b = detail::NodeOf(oBase, uId);
-    if (b.m_oNode(uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-    return b;
-}
-
 }  // namespace
 
 Data Data::MakePatch(const Data& oA, const Data& oB, const Data_DiffOptions& oOptions) {
     return Where("vok::Data::MakePatch", [&] {
-        Data_Side a(oA, LiveNodeOf(oA.m_oBase, oA.m_uId));
-        Data_Side b(oB, LiveNodeOf(oB.m_oBase, oB.m_uId));
+        Data_Side a(oA, detail::LiveNodeOf(oA.m_oBase, oA.m_uId));
+        Data_Side b(oB, detail::LiveNodeOf(oB.m_oBase, oB.m_uId));
         a.Ignore(oOptions);
         b.Ignore(oOptions);
         PatchMaker oMaker(a, b);

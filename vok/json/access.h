@@ -9,9 +9,7 @@ namespace vok::json {
 struct Access {
     // The tree of a cursor whose node is there.
     [[nodiscard]] static Data_Base& NodeOf(const Data& oData) {
-        Data_Base& b = detail::NodeOf(oData.m_oBase, oData.m_uId);
-        if (b.m_oNode(oData.m_uId).GetType() == Data_Node::Zombi) Msg::TryToAccessDeletedNode();
-        return b;
+        return detail::LiveNodeOf(oData.m_oBase, oData.m_uId);
     }
     // Makes a cursor the root of a tree as new: of the one it is on, where no other cursor is.
     static Data_Base& Restart(Data& oData) {

@@ -112,8 +112,7 @@ void XmlWriter<Sink>::WriteTree(u2_t uId) {
 
 void Data::SaveToXML(File_Stream& out, i2_t iDeclaration, i2_t iDepth) const {
     return Where("vok::Data::SaveToXML", [&] {
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (b.m_oNode(m_uId).GetType() == Node::Zombi) Msg::TryToAccessDeletedNode();
+        Base& b = detail::LiveNodeOf(m_oBase, m_uId);
         SetAccessMode();
         const auto oWriteTo = [&](auto&& oSink) {
             detail::XmlWriter oWriter(b, oSink, static_cast<u2_t>(std::max(iDepth, 0)));
