@@ -38,9 +38,12 @@ struct ShowOptions {
     std::optional<unsigned> uDepth;  // levels shown below the nodes at the path
     bool bPlain = false;
     bool bJson = false;
+    bool bHtml = false;
+    std::string sOut = "-";  // of a page
 };
 int Show(const ShowOptions& o);
 int ShowJson(const ShowOptions& o);
+int ShowHtml(const ShowOptions& o);
 
 struct GetOptions {
     std::string sFile;

@@ -82,10 +82,16 @@ void AddShow(CLI::App& oApp) {
     p->add_option("PATH", o->sPath, "What to show")->capture_default_str()->transform(ToLibrary);
     p->add_option("--depth", o->uDepth, "Levels to show below that");
     p->add_flag("--plain", o->bPlain, "No colours, also on a terminal");
-    p->add_flag("--json", o->bJson,
-                "A JSON array of nodes: name, type, attributes, value, successors");
+    auto* pJson = p->add_flag("--json", o->bJson,
+                              "A JSON array of nodes: name, type, attributes, value, successors");
+    auto* pHtml = p->add_flag("--html", o->bHtml,
+                              "A page for a browser, which needs nothing else: opens level by "
+                              "level, searches, follows links, copies paths")
+                      ->excludes(pJson)
+                      ->excludes("--depth");
+    p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);
     p->footer(PATHS);
-    p->callback([o] { g_iExit = o->bJson ? ShowJson(*o) : Show(*o); });
+    p->callback([o] { g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o); });
 }
 
 void AddGet(CLI::App& oApp) {

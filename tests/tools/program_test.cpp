@@ -487,6 +487,66 @@ TEST_F(Program, EditsThatFail) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+// A document that would like to be more than data.
+const std::string g_sHostile =
+    "<R><a k='&lt;img src=x onerror=document.title=1&gt;'>&lt;/script&gt;&lt;script&gt;"
+    "document.title='taken'&lt;/script&gt;</a><_x003C_b_x003E_>&lt;!--</_x003C_b_x003E_>"
+    "<list><i>1</i><i>two</i><to CDNodeIDREF='ID1'/></list><t CDNodeID='ID1'/></R>";
+
+TEST_F(Program, Pages) {
+    ToDisk("t.xml", g_sHostile);
+    ASSERT_EQ(Run("show --html t.xml -o t.html").iExit, 0) << OnDisk("err");
+    const std::string sPage = OnDisk("t.html");
+    EXPECT_LT(sPage.size(), 100u * 1024);
+    const std::string sBegin = "<script type=\"application/json\" id=\"data\">";
+    const std::size_t uData = sPage.find(sBegin) + sBegin.size();
+    const std::string sData = sPage.substr(uData, sPage.find('<', uData) - uData);
+    EXPECT_TRUE(sPage.substr(uData + sData.size()).starts_with("</script>"));
+    EXPECT_TRUE(Has(sData, "\\u003c/script>"));
+    EXPECT_TRUE(Has(sData, "[6,12,3,7],"));  // "to", a Link below node 3, to node 7
+    EXPECT_EQ(Run("show --html t.xml").sOut, sPage);
+    EXPECT_EQ(Run("show --html t.xml /list/i[1]").iExit, 0);
+    EXPECT_EQ(Run("show --html t.xml /list/i").iExit, 2);
+    EXPECT_EQ(Run("show --html t.xml /none").iExit, 1);
+    EXPECT_EQ(Run("show t.xml -o x").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
+#ifndef _WIN32
+TEST_F(Program, PagesInABrowser) {
+    if (Shell("command -v chromium >where") != 0) GTEST_SKIP() << "there is no chromium";
+    std::string sXml = g_sHostile;
+    std::string sMany = "<m>";
+    for (int i = 0; i < 2000; ++i) sMany += "<x>" + std::to_string(i) + "</x>";
+    sXml.insert(sXml.rfind("</R>"), sMany + "</m>");
+    ToDisk("t.xml", sXml);
+    ASSERT_EQ(Run("show --html t.xml -o t.html").iExit, 0);
+    const auto oShown = [&](const std::string& sHash) {
+        const std::string sUrl = "'file://" + fs::absolute("t.html").string() + sHash + "'";
+        Shell(
+            "timeout 60 chromium --headless --no-sandbox --disable-gpu --user-data-dir=profile "
+            "--virtual-time-budget=3000 --dump-dom " +
+            sUrl + " >dom 2>/dev/null");
+        return OnDisk("dom");
+    };
+    const Pair CASES[] = {
+        {"", "id=\"path\">/<"},
+        {"#/list[0]/i[1]", "id=\"path\">/list[0]/i[1]<"},
+        {"#/%3Cb%3E[0]", "id=\"path\">/&lt;b&gt;[0]<"},
+        {"#?two", "id=\"path\">/list[0]/i[1]<"},
+        {"#?1999", "id=\"path\">/m[0]/x[1999]<"},
+        {"#/m[0]/x[1200]", ">\xE2\x80\xA6 1000 more<"},
+        {"#/list[0]/to[0]", "class=\"Link\">/t[0]<"},
+    };
+    for (const auto& [sHash, sExpected] : CASES) {
+        const std::string sDom = oShown(sHash);
+        EXPECT_TRUE(Has(sDom, sExpected)) << sHash;
+        EXPECT_TRUE(Has(sDom, "<title>t.xml</title>")) << sHash;
+        EXPECT_EQ(sDom.find("<img"), std::string::npos) << sHash;
+    }
+}
+#endif
+
 TEST_F(Program, CompletesWords) {
     ToDisk("t.xml", "<R><order><a/></order><order/><only><b.c/></only></R>");
     const Pair CASES[] = {

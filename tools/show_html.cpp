@@ -1,0 +1,156 @@
+// vok show --html: a tree as a page that needs nothing but a browser.
+#include <cmath>
+#include <string>
+#include <string_view>
+
+#include <rapidjson/writer.h>
+
+#include "tools/commands.h"
+#include "tools/input.h"
+#include "tools/output.h"
+#include "tools/page.h"
+#include "tools/text.h"
+#include "tools/tree_file.h"
+#include "vok/data/id_map.h"
+#include "vok/data/names.h"
+#include "vok/data/succ_it.h"
+#include "vok/data/walk.h"
+
+namespace tools {
+
+namespace {
+
+using vok::Data;
+using vok::Data_Node;
+
+// Where the data of the page go. Texts are in a script, which ends at "</": that never comes.
+struct ScriptSink {
+    using Ch = char;
+    void Put(char c) {
+        c == '<' ? void(sPiece += "\\u003c") : sPiece.push_back(c);
+        if (sPiece.size() >= PIECE) Flush();
+    }
+    void Flush() {
+        oOut.Write(sPiece.data(), sPiece.size());
+        sPiece.clear();
+    }
+    static constexpr std::size_t PIECE = 65536;
+    vok::File_Stream& oOut;
+    std::string sPiece;
+};
+
+// Nodes in pre-order, as the page wants them: see there.
+class PageData {
+  public:
+    PageData(const Data& oTop, vok::File_Stream& oOut)
+        : m_oTop(oTop), m_oNumber(oTop.GetNodes()), m_oSink{oOut, {}}, m_oJson(m_oSink) {}
+
+    void Write(const std::string& sTitle) {
+        Survey();
+        m_oJson.StartObject();
+        Key("title");
+        Text(sTitle);
+        Key("names");
+        m_oJson.StartArray();
+        for (vok::u2_t u = 0; u < m_oNames.Size(); ++u) Text(m_oNames(u).View());
+        m_oJson.EndArray();
+        Key("types");
+        m_oJson.StartArray();
+        for (vok::u2_t u = 0; u <= Data_Node::Tree; ++u) Text(Data_Node::TypeName(u));
+        m_oJson.EndArray();
+        Key("nodes");
+        m_oJson.StartArray();
+        WriteNodes();
+        m_oJson.EndArray();
+        m_oJson.EndObject();
+        m_oSink.Flush();
+    }
+
+  private:
+    // Numbers of nodes, and all names.
+    void Survey() {
+        vok::u2_t uNumber = 0;
+        for (vok::Data_Walk o(m_oTop); o.Next();) {
+            m_oNumber(o.GetId()) = ++uNumber;
+            (void)m_oNames.Intern(NameOf(o));
+        }
+    }
+    void WriteNodes() {
+        std::vector<vok::u2_t> auOpen;  // numbers of the nodes above
+        vok::u2_t uNumber = 0;
+        for (vok::Data_Walk o(m_oTop); o.Next(); ++uNumber) {
+            auOpen.resize(o.GetDepth());
+            m_oJson.StartArray();
+            m_oJson.Uint(m_oNames.Look(NameOf(o)));
+            m_oJson.Uint(o.GetType());
+            m_oJson.Uint(auOpen.empty() ? 0 : auOpen.back());
+            WriteValue(o);
+            if (o.HasAttributes()) WriteAttributes(o.GetData());
+            m_oJson.EndArray();
+            auOpen.push_back(uNumber);
+        }
+    }
+    void WriteValue(const vok::Data_Walk& o) {
+        switch (o.GetType()) {
+            case Data_Node::Empty:
+            case Data_Node::Tree: m_oJson.Null(); return;
+            case Data_Node::Link: {
+                const vok::u2_t uTarget = o.LinkId();
+                const vok::u2_t uNumber = uTarget < m_oTop.GetNodes() ? m_oNumber.Find(uTarget) : 0;
+                m_oJson.Int64(static_cast<std::int64_t>(uNumber) - 1);
+                return;
+            }
+            default: Text(ValueText(o.GetValue()));
+        }
+    }
+    void WriteAttributes(const Data& oNode) {
+        m_oJson.StartArray();
+        for (const auto& [sName, sValue] : oNode.GetAttributes()) {
+            m_oJson.StartArray();
+            Text(sName);
+            Text(sValue);
+            m_oJson.EndArray();
+        }
+        m_oJson.EndArray();
+    }
+
+    [[nodiscard]] static std::string_view NameOf(const vok::Data_Walk& o) noexcept {
+        const char* sName = o.GetName();
+        return sName != nullptr ? sName : "";
+    }
+    void Key(std::string_view s) {
+        m_oJson.Key(s.data(), static_cast<rapidjson::SizeType>(s.size()));
+    }
+    void Text(std::string_view s) {
+        m_oJson.String(s.data(), static_cast<rapidjson::SizeType>(s.size()));
+    }
+
+    const Data m_oTop;
+    vok::Data_IdMap<vok::u2_t> m_oNumber;  // by id, plus 1
+    vok::Data_Names m_oNames;
+    ScriptSink m_oSink;
+    rapidjson::Writer<ScriptSink> m_oJson;
+};
+
+}  // namespace
+
+int ShowHtml(const ShowOptions& o) {
+    const Input oIn = Load(o.sFile);
+    const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
+    if (oFound.Size() == 0) return EXIT_NEGATIVE;
+    if (oFound.Size() > 1) {
+        throw std::invalid_argument("a page shows one tree: there are " +
+                                    std::to_string(oFound.Size()) + " nodes at that path");
+    }
+    const std::string_view sPage(PAGE);
+    const std::size_t uData = sPage.find(PAGE_DATA);
+    WriteFile(o.sOut, {}, true, [&](vok::File_Stream& oOut) {
+        oOut.Write(sPage.data(), uData);
+        PageData(oFound.GetNth(0), oOut).Write(o.sFile == "-" ? "Tree" : o.sFile);
+        const std::string_view sRest = sPage.substr(uData + PAGE_DATA.size());
+        oOut.Write(sRest.data(), sRest.size());
+    });
+    return EXIT_GOOD;
+}
+
+}  // namespace tools
