@@ -3,6 +3,7 @@
 #ifndef TOOLS_COMMANDS_H
 #define TOOLS_COMMANDS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -67,6 +68,16 @@ struct HashOptions {
     bool bSha256 = false;
 };
 int Hash(const HashOptions& o);
+
+struct InspectOptions {
+    std::string sFile;
+    std::string sPath;  // empty: everything
+    std::optional<std::uint64_t> uOffset;
+    std::uint64_t uFields = 0;  // shown at most; 0: all
+    bool bPlain = false;
+    bool bJson = false;
+};
+int Inspect(const InspectOptions& o);
 
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);
