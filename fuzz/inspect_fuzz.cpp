@@ -1,10 +1,11 @@
 // Any bytes, whole and damaged: the fields of each document cover each of its bytes once, memory
 // and a foreign stream give the same fields, and a document that loads whole has no fault and as
-// many steps as nodes.
+// many steps as nodes. What is salvaged loads.
 #include <map>
 
 #include "fuzz/fuzz_support.h"
 #include "vok/inspect/inspect.h"
+#include "vok/inspect/salvage.h"
 
 namespace {
 
@@ -41,6 +42,27 @@ Outcome Go(File_Stream& oIn, std::string_view sBytes) {
     return o;
 }
 
+// What is salvaged loads, whole.
+void Salvage(std::string_view sBytes) {
+    File_Buf oIn(sBytes.data(), sBytes.size());
+    File_Buf oOut("w");
+    Limits oLimits = SmallLimits();
+    oLimits.m_uInflatedBytes = 1 << 20;
+    Salvage_Report oSalvaged;
+    const std::string sError = Raised([&] {
+        oSalvaged = Dgraph_Salvage(
+            oIn, oOut, [](const Inspect_Field&) {}, oLimits);
+    });
+    if (!sError.empty()) return;
+    oOut.Seek(0);
+    Data oTree;
+    Load_Report oReport;
+    const std::string sLoad = Raised([&] { Dgraph_LoadDGraph(oTree, oOut, {}, &oReport); });
+    if (!sLoad.empty()) std::fputs(sLoad.c_str(), stderr);
+    Check(sLoad.empty() && oReport.IsComplete());
+    Check(oTree.GetNodes() == oSalvaged.m_uNodes);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -53,6 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     Check(o.sError == oOther.sError);
     Check(o.uFields == oOther.uFields);
 
+    Salvage(sBytes);
+
     if (sBytes.size() < 30 || !sBytes.starts_with("DGraphBin\1")) return 0;
     Data oTree;
     Load_Report oReport;
@@ -60,6 +84,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     const std::string sLoad =
         Raised([&] { Dgraph_LoadDGraph(oTree, oAgain, SmallLimits(), &oReport); });
     // What loads without a word may have texts with NULs in them, which look like damage.
-    if (sLoad.empty() && oReport.IsComplete() && !o.bFault) Check(o.uSteps == oReport.m_uNodes);
+    if (sLoad.empty() && oReport.IsComplete() && !o.bFault) Check(o.uSteps == oTree.GetNodes());
     return 0;
 }

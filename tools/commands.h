@@ -79,6 +79,8 @@ struct InspectOptions {
 };
 int Inspect(const InspectOptions& o);
 
+int Salvage(const std::string& sIn, const std::string& sOut);
+
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);
 int ZipExtract(const std::string& sArchive, const std::string& sFolder,

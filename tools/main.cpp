@@ -169,6 +169,19 @@ void AddInspect(CLI::App& oApp) {
         "and past their faults: what cannot be told is skipped.\n"
         "Exit status 1 when something is wrong, or when nothing is there.");
     p->callback([o] { g_iExit = Inspect(*o); });
+
+    auto* pSalvage = oApp.add_subcommand("salvage", "Write what can be read of a DGraph document");
+    auto sIn = std::make_shared<std::string>();
+    auto sOut = std::make_shared<std::string>();
+    pSalvage->add_option("IN", *sIn, "File to read, - for standard input")->required();
+    pSalvage->add_option("OUT", *sOut, "File to write, - for standard output")->required();
+    pSalvage->footer(
+        "OUT is a DGraph document that loads, without a wrapping. What is wrong with IN is told "
+        "on\n"
+        "standard error. Exit status 0 when IN was whole, 1 when something is gone, 2 when there "
+        "is\n"
+        "nothing to be read.");
+    pSalvage->callback([sIn, sOut] { g_iExit = Salvage(*sIn, *sOut); });
 }
 
 void AddZip(CLI::App& oApp) {

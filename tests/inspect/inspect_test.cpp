@@ -222,7 +222,7 @@ TEST_F(Inspecting, DamagedWrappings) {
         Has(Covered(Compressed(sBytes) + "more").From(0), "+0 end=4 !bytes behind the document\n"));
 }
 
-// Cut anywhere, and with every bit turned: every byte is in one field.
+// Cut anywhere, and with any byte turned: every byte is in one field.
 TEST_F(Inspecting, AnyDamage) {
     Data oTree = LoadTree(AllTypes());
     const std::string sDump = Dumped(oTree);
@@ -230,9 +230,9 @@ TEST_F(Inspecting, AnyDamage) {
                                       Gzipped(AllTypes()), Zipped({AllTypes()}), Zipped({sDump})}) {
         for (std::size_t u = 0; u < sBytes.size() && !HasFailure(); ++u) {
             Covered(sBytes.substr(0, u));
-            for (int iBit = 0; iBit < 8; ++iBit) {
+            for (const int iMask : {1, 0xFF}) {
                 std::string sTurned = sBytes;
-                sTurned[u] = static_cast<char>(sTurned[u] ^ 1 << iBit);
+                sTurned[u] = static_cast<char>(sTurned[u] ^ iMask);
                 Covered(sTurned);
             }
         }
@@ -244,12 +244,12 @@ TEST_F(Inspecting, AnyDamage) {
 TEST_F(Inspecting, WhatIsLeft) {
     std::string sRecords;
     std::set<std::size_t> oCounts;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 40; ++i) {
         const std::string sIndex = '[' + std::to_string(i) + ']';
         oCounts.insert(ROOT_END + sRecords.size() + 4 + 1 + sIndex.size() + 1);
         sRecords += Open("o" + sIndex, 2) + Leaf("a[0]", 1, I32(i)) + Text("b[0]", "text");
     }
-    const std::string sBytes = Document(100, sRecords);
+    const std::string sBytes = Document(40, sRecords);
     const std::size_t uAll = Covered(sBytes).asPath.size();
     for (std::size_t u = ROOT_END; u < sBytes.size(); ++u) {
         std::string sTurned = sBytes;
@@ -257,7 +257,7 @@ TEST_F(Inspecting, WhatIsLeft) {
         const Inspected o = Covered(sTurned);
         EXPECT_GE(o.asPath.size() + 3, uAll) << u;
         if (u + 100 < sBytes.size() && oCounts.count(u) == 0) {
-            EXPECT_EQ(o.asPath.back(), "/o[99]/b[0]") << u;
+            EXPECT_EQ(o.asPath.back(), "/o[39]/b[0]") << u;
         }
     }
 }

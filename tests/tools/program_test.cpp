@@ -185,6 +185,30 @@ TEST_F(Program, Inspects) {
     EXPECT_TRUE(Has(OnDisk("out"), "! neither a DGraph document nor a native dump"));
 }
 
+TEST_F(Program, Salvages) {
+    ASSERT_EQ(Run("convert - a.dgraph", g_sTree).iExit, 0);
+    EXPECT_EQ(Run("salvage a.dgraph b.dgraph").iExit, 0);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: a.dgraph: 10 nodes written\n");
+    EXPECT_EQ(OnDisk("b.dgraph"), OnDisk("a.dgraph"));
+    std::string sDamaged = OnDisk("a.dgraph");
+    sDamaged[0x80 + 3] = 0x7F;
+    ToDisk("a.dgraph", sDamaged);
+    EXPECT_EQ(Run("check a.dgraph").iExit, 1);
+    const Outcome o = Run("salvage - b.dgraph", sDamaged);
+    EXPECT_EQ(o.iExit, 1);
+    EXPECT_EQ(LinesOnDisk("err"),
+              "vok: -: byte 128: length of step: more than the bytes that are left\n"
+              "vok: -: byte 132: 13 bytes skipped\n"
+              "vok: -: 9 nodes written\n");
+    EXPECT_EQ(Run("check b.dgraph").iExit, 0);
+    EXPECT_EQ(Run("get b.dgraph //n").sOut, "1\ntrue\n");
+    // Nothing is written where nothing is left.
+    const std::string sBefore = OnDisk("b.dgraph");
+    EXPECT_EQ(Run("salvage - b.dgraph", g_sTree).iExit, 2);
+    EXPECT_EQ(OnDisk("b.dgraph"), sBefore);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
 #ifndef _WIN32  // whose shell has other quotes
 // Every path that is printed selects its node when it is pasted back between single quotes; so do
 // those of attributes. Names are whatever a tree can have.

@@ -15,7 +15,12 @@ namespace vok::inspect {
 // Who gets the fields of all documents. Once they had enough, nothing more comes.
 class Output {
   public:
-    explicit Output(const std::function<bool(const Inspect_Field&)>& oVisit) : m_oVisit(oVisit) {}
+    // Of each field uShown bytes are shown.
+    explicit Output(const std::function<bool(const Inspect_Field&)>& oVisit,
+                    u3_t uShown = Inspect_Field::SHOWN)
+        : m_oVisit(oVisit), m_uShown(uShown) {}
+
+    [[nodiscard]] u3_t Shown() const noexcept { return m_uShown; }
 
     void StartDocument(std::string_view sMember) noexcept {
         ++m_uDocument;
@@ -30,6 +35,7 @@ class Output {
 
   private:
     const std::function<bool(const Inspect_Field&)>& m_oVisit;
+    const u3_t m_uShown;
     u2_t m_uDocument = 0;
     std::string_view m_sMember;
     bool m_bOver = false;
@@ -92,7 +98,7 @@ class Fields {
         const bool bCut = uLength > Left();
         if (bCut) uLength = Left();
         Begin();
-        m_oField.m_sBytes = Look(std::min<u3_t>(uLength, Inspect_Field::SHOWN));
+        m_oField.m_sBytes = Look(std::min(uLength, m_oOut.Shown()));
         SetValue(oValue);
         m_oField.m_sFault = *sFault == 0 && bCut ? TextOf(Fault::Ends) : sFault;
         Emit(sName, uLength);

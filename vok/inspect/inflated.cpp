@@ -7,7 +7,7 @@ namespace vok::inspect {
 namespace {
 
 constexpr int RAW_WINDOW = -15;
-constexpr std::size_t CHUNK = File_Window::CHUNK;
+constexpr std::size_t CHUNK = 16 * 1024;
 
 [[nodiscard]] const Bytef* BytesOf(const char* p) noexcept {
     return reinterpret_cast<const Bytef*>(p);

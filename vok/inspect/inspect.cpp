@@ -1,13 +1,10 @@
 #include "vok/inspect/inspect.h"
 
-#include <optional>
-
 #include "vok/base/where.h"
 #include "vok/dgraph/wrapping.h"
-#include "vok/file/buf.h"
-#include "vok/file/rest.h"
 #include "vok/inspect/document.h"
 #include "vok/inspect/dump.h"
+#include "vok/inspect/run.h"
 #include "vok/inspect/wrapped.h"
 
 namespace vok {
@@ -29,11 +26,13 @@ void PutDocument(Fields& f, const Limits& oLimits) {
     oDocument.PutRecords();
 }
 
-void Run(File_Stream& oIn, u3_t uSize, Output& oOut, const Limits& oLimits) {
-    const i3_t iStart = oIn.Tell();
+}  // namespace
+
+void Run(Whole& oWhole, Output& oOut, const Limits& oLimits) {
+    File_Stream& oIn = oWhole.In();
     Contents oContents;
     {
-        Fields f(oIn, uSize, oOut);
+        Fields f(oIn, oWhole.Size(), oOut);
         const std::string_view s = f.Look(dgraph::SNIFFED);
         switch (dgraph::WrappingOf(s)) {
             case Wrapping::None: return PutDocument(f, oLimits);
@@ -48,13 +47,11 @@ void Run(File_Stream& oIn, u3_t uSize, Output& oOut, const Limits& oLimits) {
         u3_t uPlain = 0;
         for (std::size_t u = o.uFirst; u < o.uEnd; ++u) uPlain += p[u].uPlain;
         oOut.StartDocument(o.oMember.View());
-        Plain_Stream oPlain(oIn, iStart, p + o.uFirst, p + o.uEnd);
+        Plain_Stream oPlain(oIn, oWhole.Start(), p + o.uFirst, p + o.uEnd);
         Fields f(oPlain, uPlain, oOut);
         PutDocument(f, oLimits);
     }
 }
-
-}  // namespace
 
 }  // namespace inspect
 
@@ -62,12 +59,8 @@ void Inspect(File_Stream& in, const std::function<bool(const Inspect_Field&)>& o
              const Limits& oLimits) {
     return Where("vok::Inspect", [&] {
         inspect::Output oOut(oVisit);
-        const u3_t uSize = BytesLeft(in);
-        if (uSize != 0) return inspect::Run(in, uSize, oOut, oLimits);
-        Arr<char> oBytes;
-        in.Read(oBytes, File_Stream::ALL);
-        File_Buf oBuf(oBytes.Beg(), oBytes.Size());
-        inspect::Run(oBuf, oBytes.Size(), oOut, oLimits);
+        inspect::Whole oIn(in);
+        inspect::Run(oIn, oOut, oLimits);
     });
 }
 
