@@ -192,6 +192,10 @@ TEST_F(Inspecting, EndsAndHeaders) {
     sBytes[0] = 'd';
     EXPECT_TRUE(Has(Covered(sBytes).From(0), "0+9 magic=dGraphBin !not the magic"));
     EXPECT_EQ(Covered(sBytes).asPath, PATHS);
+    sBytes = Document(3, sThree);
+    sBytes[9] = 2;
+    EXPECT_TRUE(Has(Covered(sBytes).From(0), "9+3 version=2.3.0 !a version that is not known"));
+    EXPECT_EQ(Covered(sBytes).asPath, PATHS);
     EXPECT_EQ(Covered("lost" + sThree).asPath, (Texts{"/x[0]", "/x[1]", "/x[2]"}));
     EXPECT_EQ(Covered("no tree").From(0),
               "0+0 magic !neither a DGraph document nor a native dump\n0+7 skipped\n");

@@ -1,5 +1,6 @@
 #include "vok/inspect/document.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "vok/base/date.h"
@@ -43,9 +44,11 @@ constexpr const char* TYPES[] = {
 }  // namespace
 
 bool Document::PutHeader() {
-    const string_view s = f.Look(HEADER_SIZE);
+    const string_view s = f.Look(HEADER_SIZE + Plausible::AHEAD);
     Version oVersion;
-    const bool bMagic = LoadHeader(s.data(), s.size(), oVersion);
+    const bool bMagic = LoadHeader(s.data(), std::min(s.size(), HEADER_SIZE), oVersion);
+    const bool bRecords =
+        s.size() > HEADER_SIZE && Plausible(false).IsRecords(s.substr(HEADER_SIZE));
     f.Put("magic", MAGIC_SIZE, Value::Text(), bMagic ? Fault::None : Fault::WrongMagic);
     const string_view sVersion = f.Look(3);
     const auto oByte = [&](std::size_t u) {
@@ -53,11 +56,12 @@ bool Document::PutHeader() {
     };
     const int iMajor = oByte(0);
     m_iMinor = oByte(1);
-    const bool bKnown = !bMagic || iMajor == 1 || iMajor == 2;
+    const bool bDump = bMagic && iMajor == 2 && !bRecords;
+    const bool bKnown = !bMagic || iMajor == 1 || bDump;
     f.Put("version", 3, Value("%d.%d.%d", iMajor, m_iMinor, oByte(2)),
           bKnown ? Fault::None : Fault::WrongVersion);
     f.Put("reserved", HEADER_SIZE - MAGIC_SIZE - 3, {});
-    return iMajor != 2 || !bMagic;
+    return !bDump;
 }
 
 void Document::PutWithoutHeader() {

@@ -45,7 +45,8 @@ class Dump {
 
   private:
     void PutHeader() {
-        f.Put("magic", 4, {});
+        const bool bGood = IsDump(f.Look(DUMP_HEADER_SIZE));
+        f.Put("magic", 4, {}, bGood ? Fault::None : Fault::WrongHeader);
         PutWord("byte order", "%08x");
         PutWord("library version", "%u");
         PutWord("version", "%u");

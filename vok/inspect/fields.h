@@ -93,10 +93,12 @@ class Fields {
         m_uDepth = uDepth;
     }
 
-    // The next uLength bytes, or those that are left, which is a fault.
+    // The next uLength bytes, or those that are left, which is a fault. Of none and without one
+    // nothing.
     void Put(const char* sName, u3_t uLength, const Value& oValue, const char* sFault = "") {
         const bool bCut = uLength > Left();
         if (bCut) uLength = Left();
+        if (uLength == 0 && !bCut && *sFault == 0) return;
         Begin();
         m_oField.m_sBytes = Look(std::min(uLength, m_oOut.Shown()));
         SetValue(oValue);
