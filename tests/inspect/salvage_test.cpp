@@ -57,6 +57,10 @@ TEST_F(Salvaging, WhatIsLost) {
          &Salvage_Report::m_uLeftOut, 1},
         {Link("a[0]", "x", "x[1]") + Link("b[0]", "x", "x[2]") + sAfter,
          Link("a[0]", "x", "x[1]") + Open("b[0]", 0) + sAfter, &Salvage_Report::m_uLinks, 1},
+        // Two runs of one name: which of them is the first is not for us to say.
+        {Link("a[0]", "x", "x[0]") + Text("x[0]", "") + Text("b[0]", "") + Text("x[0]", ""),
+         Open("a[0]", 0) + Text("x[0]", "") + Text("b[0]", "") + Text("x[0]", ""),
+         &Salvage_Report::m_uLinks, 1},
         {Open("a[0]", 7) + Text("b[0]", ""), Open("a[0]", 1) + Text("b[0]", ""),
          &Salvage_Report::m_uFaults, 1},
         {Text("a[0][@\b0;=\"v\"]", "") + sAfter, Text("a[0]", "") + sAfter,

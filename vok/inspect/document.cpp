@@ -35,12 +35,6 @@ constexpr const char* TYPES[] = {
     return Value("%.*sZ", static_cast<int>(uLength), s);
 }
 
-// Whether a step has a NUL, which no writer puts into one; but somebody may have counted one behind
-// it: readers take a step up to its first NUL.
-[[nodiscard]] bool HasNul(string_view sStep) noexcept {
-    return sStep.find('\0') < sStep.size() - 1;
-}
-
 }  // namespace
 
 bool Document::PutHeader() {
@@ -140,17 +134,21 @@ bool Document::PutStep() {
     }
     const auto uLength = static_cast<std::size_t>(iLength);
     const char* sFault = "";
+    // No writer puts a NUL into a step, but somebody may have counted one behind it: readers take
+    // it up to its first. The beginning tells, so that what is no step is not looked at as a whole.
+    const std::size_t uFirst = std::min<std::size_t>(uLength, File_Window::CHUNK);
+    if (f.Look(4 + uFirst).substr(4).find('\0') < uLength - 1) {
+        f.Put(LENGTH, 4, Value("%d", iLength), Fault::NulInStep);
+        return false;
+    }
     {
         const string_view s = f.Look(4 + uLength + Plausible::AHEAD);
         const string_view sStep = s.substr(4, uLength);
         const StepFault eStep = m_oStep.TryParse(sStep);
         sFault = dgraph::TextOf(eStep);
-        // Either the text is damaged, or its length: then nothing fits behind it, or it goes over
-        // more than a text.
-        const bool bNul = HasNul(sStep);
-        const bool bFits = !bNul && m_oPlausible->IsValueAndRecords(s.substr(4 + uLength));
-        if (bNul || (eStep != StepFault::None && !bFits)) {
-            f.Put(LENGTH, 4, Value("%d", iLength), bNul ? TextOf(Fault::NulInStep) : sFault);
+        // Either the text is damaged, or its length: then nothing fits behind it.
+        if (eStep != StepFault::None && !m_oPlausible->IsValueAndRecords(s.substr(4 + uLength))) {
+            f.Put(LENGTH, 4, Value("%d", iLength), sFault);
             return false;
         }
         if (eStep != StepFault::None) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "vok/base/where.h"
@@ -29,6 +30,9 @@ struct Known {
     u2_t uDocument = 0;  // the one that is written
     bool bFound = false;
     std::vector<u2_t> auCount;  // successors, of each record that is written
+    // Of each, whether a name comes back below it behind another one: then which of the nodes of
+    // that name is the nth is the matter of who reads it.
+    std::vector<bool> abAmbiguous;
     Targets oTarget;
     std::size_t uLongestTarget = 0;
     dgraph::Version oVersion{1, 3, 0};
@@ -97,6 +101,8 @@ class Pass {
         u2_t uRecord = 0;
         std::string sName;
         u3_t uRun = 0;
+        u2_t uAmbiguous = 0;                     // it and the levels above it
+        std::unordered_set<std::size_t> oNames;  // hashes of those that had their run
     };
 
     void NoteDocument(const Inspect_Field& o, string_view sName) {
@@ -134,7 +140,9 @@ class Pass {
         m_uCode = dgraph::CODE_NONE;
         m_sValue.clear();
         m_uPath = 0;
-        if (m_eKind == Kind::Find && o.m_sPath.size() - 1 <= k.uLongestTarget) {
+        // Below the root; a target is no matter of its own successors.
+        const bool bPlain = o.m_uDepth != 0 && m_aoLevel[o.m_uDepth - 1].uAmbiguous == 0;
+        if (m_eKind == Kind::Find && bPlain && o.m_sPath.size() - 1 <= k.uLongestTarget) {
             const auto oFound = k.oTarget.find(std::string(o.m_sPath.substr(1)));
             if (oFound != k.oTarget.end()) oFound->second = true;
         }
@@ -150,6 +158,10 @@ class Pass {
         if (uIndex < uRun || uIndex > 0x7FFFFFFE) return false;
         if (m_uSkipped + (uIndex - uRun) > m_oLimits.m_uSkippedSlots) return false;
         m_uSkipped += uIndex - uRun;
+        if (m_eKind == Kind::Count && o.sName != sName) {
+            const std::size_t uHash = std::hash<string_view>()(sName);
+            if (!o.oNames.insert(uHash).second) k.abAmbiguous[o.uRecord] = true;
+        }
         o.sName = sName;
         o.uRun = u3_t{uIndex} + 1;
         return true;
@@ -170,9 +182,12 @@ class Pass {
         if (m_eKind == Kind::Count) {
             if (uDepth != 0) ++k.auCount[m_aoLevel.back().uRecord];
             k.auCount.push_back(0);
+            k.abAmbiguous.push_back(false);
             ++m_oReport.m_uNodes;
         }
-        m_aoLevel.push_back({m_uRecord++, {}, 0});
+        const u2_t uAbove = uDepth != 0 ? m_aoLevel.back().uAmbiguous : 0;
+        const u2_t uAmbiguous = uAbove + k.abAmbiguous[m_uRecord];
+        m_aoLevel.push_back({m_uRecord++, {}, 0, uAmbiguous, {}});
         if (m_eKind != Kind::Write) return;
         if (m_uRecord == 1) {
             char sHeader[dgraph::HEADER_SIZE];

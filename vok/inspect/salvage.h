@@ -26,11 +26,12 @@ struct Salvage_Report {
 // Of the documents in a wrapping it is the first one with records. oTell gets the fields that have
 // a fault or were skipped, those of the wrapping included.
 //
-// Links are kept whose target is written; a link path longer than 4 KiB counts as gone.
+// Links are kept whose target is written; one with a path longer than 4 KiB counts as gone, and one
+// through successors among which a name comes back behind another one.
 //
-// Linear; goes through the input three times. Memory is that of Inspect, the longest value, 4 bytes
-// for every record and the paths of links. Raises "No binary DGraph buffer!" where there is no
-// record, and what Inspect and the streams raise.
+// Linear; goes through the input three times. Memory is that of Inspect, the longest value, 5 bytes
+// for every record, the names of open levels and the paths of links. Raises "No binary DGraph
+// buffer!" where there is no record, and what Inspect and the streams raise.
 Salvage_Report Dgraph_Salvage(File_Stream& in, File_Stream& out,
                               const std::function<void(const Inspect_Field&)>& oTell,
                               const Limits& oLimits = {});
