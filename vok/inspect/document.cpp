@@ -137,12 +137,13 @@ bool Document::PutStep() {
     // No writer puts a NUL into a step, but somebody may have counted one behind it: readers take
     // it up to its first. The beginning tells, so that what is no step is not looked at as a whole.
     const std::size_t uFirst = std::min<std::size_t>(uLength, File_Window::CHUNK);
-    if (f.Look(4 + uFirst).substr(4).find('\0') < uLength - 1) {
+    if (f.Look(4 + uFirst).find('\0', 4) < 4 + uLength - 1) {
         f.Put(LENGTH, 4, Value("%d", iLength), Fault::NulInStep);
         return false;
     }
     {
         const string_view s = f.Look(4 + uLength + Plausible::AHEAD);
+        if (s.size() < 4 + uLength) return false;  // a file that was cut meanwhile
         const string_view sStep = s.substr(4, uLength);
         const StepFault eStep = m_oStep.TryParse(sStep);
         sFault = dgraph::TextOf(eStep);
@@ -236,7 +237,9 @@ bool Document::PutBlock(const char* sLength, const char* sBytes, bool bText, boo
 // itself: then its length is wrong. Of long ones this is not asked.
 bool Document::IsTextLost(u3_t uLength) {
     if (uLength == 0 || uLength > Plausible::AHEAD) return false;
-    const string_view s = f.Look(4 + uLength + Plausible::AHEAD).substr(4);
+    string_view s = f.Look(4 + uLength + Plausible::AHEAD);
+    if (s.size() < 4 + uLength) return false;
+    s.remove_prefix(4);
     const std::size_t uNul = s.find('\0');
     if (uNul == uLength - 1) return false;
     if (uNul < uLength && m_oPlausible->IsRecords(s.substr(uNul + 1))) return true;

@@ -30,8 +30,8 @@ struct Salvage_Report {
 // through successors among which a name comes back behind another one.
 //
 // Linear; goes through the input three times. Memory is that of Inspect, the longest value, 5 bytes
-// for every record, the names of open levels and the paths of links. Raises "No binary DGraph
-// buffer!" where there is no record, and what Inspect and the streams raise.
+// for every record, 300 for every open level, the names on those and the paths of links. Raises "No
+// binary DGraph buffer!" where there is no record, and what Inspect and the streams raise.
 Salvage_Report Dgraph_Salvage(File_Stream& in, File_Stream& out,
                               const std::function<void(const Inspect_Field&)>& oTell,
                               const Limits& oLimits = {});
