@@ -3,6 +3,7 @@
 #ifndef TOOLS_COMMANDS_H
 #define TOOLS_COMMANDS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -108,6 +109,18 @@ struct MergeOptions {
     bool bTheirs = false;  // B does
 };
 int Merge(const MergeOptions& o);
+
+struct InspectOptions {
+    std::string sFile;
+    std::string sPath;  // empty: everything
+    std::optional<std::uint64_t> uOffset;
+    std::uint64_t uFields = 0;  // shown at most; 0: all
+    bool bPlain = false;
+    bool bJson = false;
+};
+int Inspect(const InspectOptions& o);
+
+int Salvage(const std::string& sIn, const std::string& sOut);
 
 int ZipList(const std::string& sArchive);
 int ZipTest(const std::string& sArchive);

@@ -153,6 +153,38 @@ void AddHash(CLI::App& oApp) {
     p->callback([o] { g_iExit = Hash(*o); });
 }
 
+void AddInspect(CLI::App& oApp) {
+    auto* p = oApp.add_subcommand("inspect", "Show bytes beside what they mean");
+    auto o = std::make_shared<InspectOptions>();
+    p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
+    p->add_option("--path", o->sPath, "Only what is at this path of names, positions and *")
+        ->transform(ToLibrary);
+    p->add_option("--offset", o->uOffset,
+                  "From this byte of the document on, as messages name it; 0x for hexadecimal");
+    p->add_option("--fields", o->uFields, "How many fields to show");
+    p->add_flag("--plain", o->bPlain, "No colours, also on a terminal");
+    p->add_flag("--json", o->bJson, "A line of JSON for each field");
+    p->footer(
+        "DGraph documents and native dumps, as they are, compressed or in zip archives: first the\n"
+        "fields of the wrapping, then those of each document in it. Damaged files are shown up to\n"
+        "and past their faults: what cannot be told is skipped.\n"
+        "Exit status 1 when something is wrong, or when nothing is there.");
+    p->callback([o] { g_iExit = Inspect(*o); });
+
+    auto* pSalvage = oApp.add_subcommand("salvage", "Write what can be read of a DGraph document");
+    auto sIn = std::make_shared<std::string>();
+    auto sOut = std::make_shared<std::string>();
+    pSalvage->add_option("IN", *sIn, "File to read, - for standard input")->required();
+    pSalvage->add_option("OUT", *sOut, "File to write, - for standard output")->required();
+    pSalvage->footer(
+        "OUT is a DGraph document that loads, without a wrapping. What is wrong with IN is told "
+        "on\n"
+        "standard error. Exit status 0 when IN was whole, 1 when something is gone, 2 when there "
+        "is\n"
+        "nothing to be read.");
+    pSalvage->callback([sIn, sOut] { g_iExit = Salvage(*sIn, *sOut); });
+}
+
 void AddZip(CLI::App& oApp) {
     auto* pZip = oApp.add_subcommand("zip", "Work with zip archives");
     pZip->require_subcommand(1);
@@ -264,6 +296,7 @@ int Run(int argc, char** argv) {
     AddHash(oApp);
     AddEditCommands(oApp, g_iExit);
     AddCompareCommands(oApp, g_iExit);
+    AddInspect(oApp);
     AddZip(oApp);
     AddCompletion(oApp);
     try {

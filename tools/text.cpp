@@ -158,6 +158,7 @@ Palette::Palette(bool bColoured) noexcept {
     sType = "\x1b[2m";
     sAttribute = "\x1b[36m";
     sValue = "\x1b[32m";
+    sFault = "\x1b[31m";
     sEnd = "\x1b[0m";
 }
 

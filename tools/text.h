@@ -48,6 +48,7 @@ struct Palette {
     const char* sType = "";
     const char* sAttribute = "";
     const char* sValue = "";
+    const char* sFault = "";
     const char* sEnd = "";
 };
 // By default on a terminal that has them, unless NO_COLOR is set.

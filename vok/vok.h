@@ -20,6 +20,8 @@
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"
+#include "vok/inspect/inspect.h"
+#include "vok/inspect/salvage.h"
 #include "vok/json/json.h"
 #include "vok/records/reader.h"
 #include "vok/records/records.h"

@@ -46,6 +46,10 @@ Msg_Arg::Msg_Arg(Kind eKind, u3_t uValue) noexcept : m_sText(m_sBuf) {
     std::snprintf(m_sBuf, sizeof(m_sBuf), "0x%016llX", static_cast<unsigned long long>(uValue));
 }
 
+const char* Msg_Entry::Text(const Msg_Text& oText) noexcept {
+    return InCurrentLanguage(oText);
+}
+
 void Msg_Entry::Raise(const Msg_Text& oText, const Args& oArgs, u2_t uSystemError) {
     Emit(Msg::MODE_RAISE, oText, oArgs, uSystemError);
     // Not reached, which the compiler cannot know. A throw of the result would do as well, but

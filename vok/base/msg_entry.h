@@ -55,6 +55,8 @@ class Msg_Entry {
     static void Report(const Msg_Text& oText, const Args& oArgs = {});
     static void Log(const Msg_Text& oText, const Args& oArgs = {});
     static void RaiseOrReport(bool bRaise, const Msg_Text& oText, const Args& oArgs = {});
+    // The text in the current language, for those who say it themselves.
+    [[nodiscard]] static const char* Text(const Msg_Text& oText) noexcept;
 };
 
 }  // namespace vok

@@ -6,6 +6,28 @@
 
 namespace vok::dgraph {
 
+namespace {
+
+// In the order of StepFault.
+constexpr Msg_Text STEP_FAULTS[] = {
+    {"", ""},
+    {"Empty Path not allowed", "Leerer Pfad ist nicht erlaubt"},
+    {"Path begins with '/'", "Pfad beginnt mit '/'"},
+    {"Path begins with '.'", "Pfad beginnt mit '.'"},
+    {"No index specified", "Kein Index angegeben"},
+    {"Missing ']' after index", "']' fehlt nach dem Index"},
+    {"Attribute name must begin with '@'", "Attributname muss mit '@' beginnen"},
+    {"Empty attribute name not allowed", "Leerer Attributname ist nicht erlaubt"},
+    {"No value for attribute specified", "Kein Wert für das Attribut angegeben"},
+    {"Missing beginning quote for attribue value",
+     "Öffnendes Anführungszeichen für Attributwert fehlt"},
+    {"Missing end quote for attribue value",
+     "Schließendes Anführungszeichen für Attributwert fehlt"},
+    {"Missing ']' after attribute", "']' fehlt nach dem Attribut"},
+};
+
+}  // namespace
+
 void RaiseNoDGraph() {
     Msg_Entry::Raise({"No DGraph!", "Kein DGraph!"});
 }
@@ -87,23 +109,7 @@ void RaiseInvalidNodeTypeCharacter(char c) {
 }
 
 void RaiseInvalidStep(StepFault eFault) {
-    // In the order of StepFault.
-    static constexpr Msg_Text FAULTS[] = {
-        {"Empty Path not allowed", "Leerer Pfad ist nicht erlaubt"},
-        {"Path begins with '/'", "Pfad beginnt mit '/'"},
-        {"Path begins with '.'", "Pfad beginnt mit '.'"},
-        {"No index specified", "Kein Index angegeben"},
-        {"Missing ']' after index", "']' fehlt nach dem Index"},
-        {"Attribute name must begin with '@'", "Attributname muss mit '@' beginnen"},
-        {"Empty attribute name not allowed", "Leerer Attributname ist nicht erlaubt"},
-        {"No value for attribute specified", "Kein Wert für das Attribut angegeben"},
-        {"Missing beginning quote for attribue value",
-         "Öffnendes Anführungszeichen für Attributwert fehlt"},
-        {"Missing end quote for attribue value",
-         "Schließendes Anführungszeichen für Attributwert fehlt"},
-        {"Missing ']' after attribute", "']' fehlt nach dem Attribut"},
-    };
-    const Msg_Text& oFault = FAULTS[static_cast<int>(eFault)];
+    const Msg_Text& oFault = STEP_FAULTS[static_cast<int>(eFault)];
     // The argument stands in the language of the text around it.
     struct Pair {
         char sEnglish[160];
@@ -114,6 +120,10 @@ void RaiseInvalidStep(StepFault eFault) {
     std::snprintf(oPair.sGerman, sizeof(oPair.sGerman),
                   "Dgraph_LoadDGraph: Ungültige Pfadangabe! %s", oFault.m_sGerman);
     Msg_Entry::Raise({oPair.sEnglish, oPair.sGerman});
+}
+
+const char* TextOf(StepFault eFault) noexcept {
+    return Msg_Entry::Text(STEP_FAULTS[static_cast<int>(eFault)]);
 }
 
 }  // namespace vok::dgraph

@@ -26,6 +26,7 @@ namespace vok::dgraph {
 
 // What is wrong with a step text.
 enum class StepFault {
+    None,
     Empty,
     BeginsWithSlash,
     BeginsWithDot,
@@ -39,6 +40,8 @@ enum class StepFault {
     AttributeNotClosed,
 };
 [[noreturn]] void RaiseInvalidStep(StepFault eFault);
+// In the current language.
+[[nodiscard]] const char* TextOf(StepFault eFault) noexcept;
 
 }  // namespace vok::dgraph
 

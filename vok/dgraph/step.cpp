@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "vok/data/data.h"
-#include "vok/dgraph/messages.h"
 
 namespace vok::dgraph {
 
@@ -19,11 +18,11 @@ namespace {
 
 }  // namespace
 
-void Step::Parse(std::string_view sText) {
+StepFault Step::TryParse(std::string_view sText) {
     sText = sText.substr(0, sText.find('\0'));
-    if (sText.empty()) RaiseInvalidStep(StepFault::Empty);
-    if (sText[0] == '/') RaiseInvalidStep(StepFault::BeginsWithSlash);
-    if (sText[0] == '.') RaiseInvalidStep(StepFault::BeginsWithDot);
+    if (sText.empty()) return StepFault::Empty;
+    if (sText[0] == '/') return StepFault::BeginsWithSlash;
+    if (sText[0] == '.') return StepFault::BeginsWithDot;
     // The NUL behind the text ends every scan below.
     m_oText.Truncate(0);
     m_oText.Add(sText.data(), sText.size());
@@ -33,41 +32,45 @@ void Step::Parse(std::string_view sText) {
     char* const pBegin = m_oText.Beg();
     char* const pEnd = pBegin + sText.size();
     char* p = Find(pBegin, pEnd, '[');
-    if (p == nullptr || !IsDigit(p[1])) RaiseInvalidStep(StepFault::NoIndex);
+    if (p == nullptr || !IsDigit(p[1])) return StepFault::NoIndex;
     *p = 0;
-    p = ParseIndex(p + 1);
-    while (*p == '[') p = ParseAttribute(p + 1, pEnd);
+    StepFault eFault = ParseIndex(++p);
+    while (eFault == StepFault::None && *p == '[') eFault = ParseAttribute(++p, pEnd);
+    if (eFault != StepFault::None) return eFault;
 
     Data::DecodeXpath(pBegin);
     for (std::size_t u = 0; u < m_oAttribute.Size(); ++u) {
         Data::DecodeXpath(const_cast<char*>(m_oAttribute(u).sName));
         Data::DecodeXpath(const_cast<char*>(m_oAttribute(u).sValue));
     }
+    return StepFault::None;
 }
 
-char* Step::ParseIndex(char* p) {
+StepFault Step::ParseIndex(char*& p) {
     u2_t uIndex = 0;
     for (; IsDigit(*p); ++p) uIndex = 10 * uIndex + static_cast<u2_t>(*p - '0');
-    if (*p != ']') RaiseInvalidStep(StepFault::IndexNotClosed);
+    if (*p != ']') return StepFault::IndexNotClosed;
     m_iIndex = static_cast<i2_t>(uIndex);
-    return p + 1;
+    ++p;
+    return StepFault::None;
 }
 
-char* Step::ParseAttribute(char* p, char* pEnd) {
-    if (*p != '@') RaiseInvalidStep(StepFault::NoAttributeSign);
+StepFault Step::ParseAttribute(char*& p, char* pEnd) {
+    if (*p != '@') return StepFault::NoAttributeSign;
     char* const pName = p + 1;
-    if (*pName == '=') RaiseInvalidStep(StepFault::EmptyAttributeName);
+    if (*pName == '=') return StepFault::EmptyAttributeName;
     p = Find(pName, pEnd, '=');
-    if (p == nullptr) RaiseInvalidStep(StepFault::NoAttributeValue);
+    if (p == nullptr) return StepFault::NoAttributeValue;
     *p++ = 0;
-    if (*p != '"') RaiseInvalidStep(StepFault::NoBeginningQuote);
+    if (*p != '"') return StepFault::NoBeginningQuote;
     char* const pValue = p + 1;
     p = Find(pValue, pEnd, '"');
-    if (p == nullptr) RaiseInvalidStep(StepFault::NoEndQuote);
+    if (p == nullptr) return StepFault::NoEndQuote;
     *p++ = 0;
-    if (*p != ']') RaiseInvalidStep(StepFault::AttributeNotClosed);
+    if (*p != ']') return StepFault::AttributeNotClosed;
     m_oAttribute.Add(Attribute{pName, pValue});
-    return p + 1;
+    ++p;
+    return StepFault::None;
 }
 
 }  // namespace vok::dgraph

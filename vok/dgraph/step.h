@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "vok/base/arr.h"
+#include "vok/dgraph/messages.h"
 
 namespace vok::dgraph {
 
@@ -19,7 +20,13 @@ class Step {
 
     // Parses a step text, which ends at its first NUL. Linear. Raises the first fault of the text
     // through RaiseInvalidStep.
-    void Parse(std::string_view sText);
+    void Parse(std::string_view sText) {
+        if (const StepFault eFault = TryParse(sText); eFault != StepFault::None) {
+            RaiseInvalidStep(eFault);
+        }
+    }
+    // The same, telling the fault; what was parsed is then of no use.
+    [[nodiscard]] StepFault TryParse(std::string_view sText);
 
     [[nodiscard]] const char* Name() const noexcept { return m_oText.Beg(); }
     // Grows without bounds over the digits: it wraps, as stored documents expect.
@@ -27,8 +34,8 @@ class Step {
     [[nodiscard]] const Arr<Attribute>& Attributes() const noexcept { return m_oAttribute; }
 
   private:
-    char* ParseIndex(char* p);
-    char* ParseAttribute(char* p, char* pEnd);
+    StepFault ParseIndex(char*& p);
+    StepFault ParseAttribute(char*& p, char* pEnd);
 
     Arr_Near<char, 64> m_oText;
     i2_t m_iIndex = 0;

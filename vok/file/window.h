@@ -34,6 +34,11 @@ class File_Window {
         m_p += uSize;
         return sView;
     }
+    // The same without reading them.
+    std::string_view Look(std::size_t uSize) {
+        if (AtHand() < uSize && m_pBuffer == nullptr) Fill(uSize);
+        return {m_p, std::min(uSize, AtHand())};
+    }
     // A number, of which what is missing is zero.
     template <class T>
     T Get(std::size_t* pGot = nullptr) {
