@@ -168,6 +168,7 @@ void AddInspect(CLI::App& oApp) {
         "DGraph documents and native dumps, as they are, compressed or in zip archives: first the\n"
         "fields of the wrapping, then those of each document in it. Damaged files are shown up to\n"
         "and past their faults: what cannot be told is skipped.\n"
+        "Example: vok inspect damaged.dgraph --offset 0x1a40 --fields 20\n"
         "Exit status 1 when something is wrong, or when nothing is there.");
     p->callback([o] { g_iExit = Inspect(*o); });
 
@@ -181,7 +182,8 @@ void AddInspect(CLI::App& oApp) {
         "on\n"
         "standard error. Exit status 0 when IN was whole, 1 when something is gone, 2 when there "
         "is\n"
-        "nothing to be read.");
+        "nothing to be read.\n"
+        "Example: vok salvage damaged.dgraph saved.dgraph");
     pSalvage->callback([sIn, sOut] { g_iExit = Salvage(*sIn, *sOut); });
 }
 
