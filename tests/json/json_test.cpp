@@ -330,7 +330,8 @@ TEST(Json, Faults) {
 TEST(Json, TypedFaults) {
     for (const auto& [sType, sValue] : {Pair{"Integer", "\"1\""},
                                         {"Integer", "1.5"},
-                                        {"Integer", "4294967296"},
+                                        {"Integer", "2147483648"},
+                                        {"Integer", "-2147483649"},
                                         {"Integer", "true"},
                                         {"Boolean", "\"x\""},
                                         {"Char", "\"ab\""},

@@ -456,6 +456,7 @@ TEST_F(Program, EditsThatFail) {
         {"move t.xml /a /none -i", 1},
         {"set t.xml /b 1 -i", 2},
         {"set t.xml /a x --type integer -i", 2},
+        {"set t.xml /a 4294967295 --type integer -i", 2},
         {"set t.xml /a 1 --type huge -i", 2},
         {"set t.xml /a/@k 1 --type integer -i", 2},
         {"add t.xml /a n -i", 2},
