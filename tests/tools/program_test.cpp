@@ -129,6 +129,19 @@ TEST_F(Program, ShowGetInfo) {
     }
 }
 
+// However small they are.
+TEST_F(Program, FractionsOfSeconds) {
+    const std::pair<const char*, const char*> CASES[] = {
+        {"0.5", "1970-01-01T00:00:00.5Z\n"},
+        {"-0.25", "1969-12-31T23:59:59.75Z\n"},
+        {"1e-5", "1970-01-01T00:00:00.00001Z\n"},
+        {"60.0000152587890625", "1970-01-01T00:01:00.0000152587890625Z\n"},
+    };
+    for (const auto& [sSeconds, sDate] : CASES) {
+        EXPECT_EQ(Run("get - /", R"({"#type":"Date","#value":)"s + sSeconds + '}').sOut, sDate);
+    }
+}
+
 #ifndef _WIN32  // whose shell has other quotes
 // Every path that is printed selects its node when it is pasted back between single quotes; so do
 // those of attributes. Names are whatever a tree can have.
