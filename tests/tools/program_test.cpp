@@ -498,6 +498,9 @@ TEST_F(Program, EditsThatFail) {
               "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:"
               "datatypes\">\n\t<a><![CDATA[2]]></a>\n</R>\n");
     EXPECT_EQ(LinesOnDisk("err"), "vok: t.xml: not kept: 1 comment\n");
+    // A name that tells the wrapping alone.
+    EXPECT_EQ(Run("set t.xml /a 2 -o u.gz").iExit, 0);
+    EXPECT_EQ(OnDisk("u.gz").substr(0, 2), "\x1F\x8B");
     EXPECT_EQ(LeftBehind(), "");
 }
 
