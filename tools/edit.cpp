@@ -39,7 +39,7 @@ Data_Node::Type TypeOf(const std::string& sName) {
 }
 
 std::string Place(const Data& oNode) {
-    return Shortened(ShownPath(oNode.GetPath().View()));
+    return ShownPlace(oNode.GetPath().View());
 }
 
 [[noreturn]] void RaiseNothingAt(const Data& oTree, const NodesOrAttribute& oPath) {

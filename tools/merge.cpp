@@ -45,7 +45,7 @@ void Report(const Data_Conflict& o) {
     const std::string sAttribute =
         o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
     std::fprintf(stderr, "vok: conflict at %s%s\n  = %s\n  < %s\n  > %s\n",
-                 Shortened(ShownPath(o.m_sPath)).c_str(), sAttribute.c_str(), sBase.c_str(),
+                 ShownPlace(o.m_sPath).c_str(), sAttribute.c_str(), sBase.c_str(),
                  SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
 }
 

@@ -189,6 +189,16 @@ std::string ShownPath(std::string_view sLibrary) {
     return sOut;
 }
 
+std::string ShownPlace(std::string_view sLibrary) {
+    // At least twice of what is kept of either end: five bytes, an escape, may become one.
+    constexpr std::size_t END = 2048;
+    const std::size_t uHead = sLibrary.find('/', std::min(END, sLibrary.size()));
+    const std::size_t uTail =
+        sLibrary.size() > END ? sLibrary.rfind('/', sLibrary.size() - END) : 0;
+    if (uHead >= uTail) return Shortened(ShownPath(sLibrary));
+    return Shortened(ShownPath(sLibrary.substr(0, uHead)) + ShownPath(sLibrary.substr(uTail)));
+}
+
 std::string ShownAttribute(const std::string& sShown, std::string_view sName) {
     const bool bQuotes = vok::detail::HasReserved(sName) || ShownName(sName) != sName;
     return sShown + (sShown.ends_with('/') ? "@" : "/@") +

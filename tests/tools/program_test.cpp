@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "tests/support.h"
+#include "vok/data/builder.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/file.h"
 #include "vok/records/writer.h"
@@ -140,6 +141,27 @@ TEST_F(Program, FractionsOfSeconds) {
     for (const auto& [sSeconds, sDate] : CASES) {
         EXPECT_EQ(Run("get - /", R"({"#type":"Date","#value":)"s + sSeconds + '}').sOut, sDate);
     }
+}
+
+// Of a long path both ends are shown as they are in all of it, and no more is looked at.
+TEST_F(Program, LongPathsAreShortened) {
+    constexpr int LEVELS = 200;
+    const auto oDeep = [](const char* sValue) {
+        Data oTree = NewTree();
+        Data_Builder oBuilder(oTree);
+        for (int i = 0; i < LEVELS; ++i) {
+            oBuilder.Open("/////////\"");
+            oBuilder.SetAttVal("k", sValue);
+        }
+        oBuilder.Finish();
+        return DumpOf(oTree);
+    };
+    ToDisk("a.dump", oDeep("1"));
+    ToDisk("b.dump", oDeep("2"));
+    const std::string sFull = Repeat("/\"/////////\\\"\"[0]", LEVELS);
+    const std::string sOut = Run("diff a.dump b.dump").sOut;
+    EXPECT_TRUE(Has(sOut, sFull.substr(0, 200) + " ... " + sFull.substr(sFull.size() - 200) +
+                              " attribute k\n  < \"1\"\n"));
 }
 
 #ifndef _WIN32  // whose shell has other quotes
