@@ -111,6 +111,8 @@ TEST_F(Program, ShowGetInfo) {
     EXPECT_EQ(Run("get - /nothing", g_sTree).iExit, 1);
     EXPECT_EQ(Run("get - /list", g_sTree).sOut,
               "list\n  n Integer 1\n  n[1] Double 0.1\n  n[2] Boolean true\n");
+    EXPECT_EQ(Run("get - /a", "<R><a><l CDNodeIDREF='I'/><x CDNodeID='I'/></a></R>").sOut,
+              "a\n  l Link /a[0]/x[0]\n  x Empty\n");
     EXPECT_EQ(Run("get - //n --count", g_sTree).sOut, "3\n");
     EXPECT_EQ(Run("get - /@v", g_sTree).sOut, "1\n");
     EXPECT_EQ(Run("get - //n --json", g_sTree).sOut, "1\n0.1\ntrue\n");
