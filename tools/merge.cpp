@@ -7,6 +7,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/loss.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
@@ -73,6 +74,8 @@ int Merge(const MergeOptions& o) {
     };
     const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick, oTell);
     if (!oMerged.IsNode()) return EXIT_NEGATIVE;
+    TellReadingLosses(o.sA, oA.oReport, oA.sBehind);
+    TellReadingLosses(o.sB, oB.oReport, oB.sBehind);
     SaveTree(oMerged, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return EXIT_GOOD;
 }

@@ -348,6 +348,9 @@ TEST_F(Program, AlignedDifferences) {
     EXPECT_EQ(Run("patch a.xml same.xml -o - --to xml").iExit, 0);
     ToDisk("d.xml", OnDisk("out"));
     EXPECT_EQ(Run("diff a.xml d.xml").iExit, 0);
+    ToDisk("d.xml", OnDisk("a.xml") + "<R/>");
+    EXPECT_EQ(Run("patch d.xml same.xml -o d.xml").iExit, 0);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: d.xml: not kept: 4 bytes behind the document\n");
     EXPECT_EQ(Run("patch a.xml none.xml -o c.xml").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
 }
@@ -375,6 +378,9 @@ TEST_F(Program, Merging) {
     EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 1);
     EXPECT_EQ(LinesOnDisk("err"),
               "vok: conflict at /a[0]\n  = String 1\n  < String 2\n  > (removed)\n");
+    ToDisk("a.xml", "<R k='1'><!-- a --><b>1</b></R>");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 0);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: a.xml: not kept: 1 comment\n");
     EXPECT_EQ(Run("merge base.xml a.xml none.xml -o m.xml").iExit, 2);
     EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml --ours --theirs").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
