@@ -500,6 +500,7 @@ TEST_F(Program, EditsThatFail) {
         {"set t.xml /b 1 -i", 2},
         {"set t.xml /a x --type integer -i", 2},
         {"set t.xml /a 4294967295 --type integer -i", 2},
+        {"set t.xml /a 1e39 --type float -i", 2},
         {"set t.xml /a 1 --type huge -i", 2},
         {"set t.xml /a/@k 1 --type integer -i", 2},
         {"add t.xml /a n -i", 2},
@@ -522,6 +523,8 @@ TEST_F(Program, EditsThatFail) {
         EXPECT_NE(o.sErr, "") << sCommand;
         EXPECT_EQ(OnDisk("t.xml"), sOld) << sCommand;
     }
+    (void)Run("set t.xml /a 1e400 --type double -i");
+    EXPECT_EQ(LinesOnDisk("err"), "vok: /a[0]: \"1e400\" is no Double\n");
     ToDisk("t.xml", "<R><!-- c --><a>1</a></R>");
     EXPECT_EQ(Run("set t.xml /a 2 -i --lossless").iExit, 2);
     EXPECT_EQ(Run("set t.xml /a 2 -o -").sOut,
