@@ -418,6 +418,8 @@ TEST(Json, Limits) {
         {"[\"abc\"]", LIMIT_TEXT_BYTES, 3},
         {"{\"abcd\":1}", LIMIT_TEXT_BYTES, 4},
         {"{\"#attributes\":{\"a\":\"\",\"b\":\"\"}}", LIMIT_ATTRIBUTES, 2},
+        {R"({"#attributes":{"a":""},"b":{"#attributes":{"c":""}},"#attributes":{"d":""}})",
+         LIMIT_ATTRIBUTES, 2},
     };
     for (const auto& o : aRows) {
         EXPECT_EQ(oLoad(o.sJson, o.oLimit, o.uMost), "");

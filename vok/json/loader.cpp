@@ -195,6 +195,7 @@ bool Loader::EndObject(u2_t) {
             SetAttributes(m_oLevel.Last().uNode);
             m_oLevel.Pop();
             m_oLevel.Last().bTold = true;
+            m_oLevel.Last().uAttributes += static_cast<u2_t>(m_oAttribute.Size());
             return true;
         }
         m_oName.Truncate(0);
@@ -303,7 +304,9 @@ bool Loader::TakeSpecial(Level& oLevel, const Scalar& o) {
 }
 
 void Loader::AddAttribute(std::string_view sValue) {
-    if (m_oAttribute.Size() >= m_oLimits.m_uAttributes) {
+    // An object may tell of them more than once.
+    const u3_t uBefore = m_oLevel(m_oLevel.Size() - 2).uAttributes;
+    if (uBefore + m_oAttribute.Size() >= m_oLimits.m_uAttributes) {
         m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
     }
     m_oAttributeText.Add(m_oName.Beg(), m_oName.Size());
