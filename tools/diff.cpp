@@ -42,11 +42,11 @@ std::string SideText(const Data_Difference& o, const Data& oSide) {
 class Lines {
   public:
     void Add(const Data_Difference& o) {
-        Print(m_oPalette.sName + Shortened(ShownPath(o.m_sPath)) + m_oPalette.sEnd + ' ' +
+        Print(m_oPalette.sName + ShownPlace(o.m_sPath) + m_oPalette.sEnd + ' ' +
               Data_Difference::WhatName(o.m_eWhat) +
               (o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : "") + '\n');
         if (o.m_eWhat == Data_Difference::Moved) {
-            return Print("  > " + Shortened(ShownPath(o.m_sPathB)) + '\n');
+            return Print("  > " + ShownPlace(o.m_sPathB) + '\n');
         }
         const std::string sA = SideText(o, o.m_oA);
         const std::string sB = SideText(o, o.m_oB);

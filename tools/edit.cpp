@@ -2,12 +2,14 @@
 
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <stdexcept>
 
 #include "tools/input.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/base64.h"
+#include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/data/succ_it.h"
 #include "vok/json/scalar.h"
@@ -39,7 +41,7 @@ Data_Node::Type TypeOf(const std::string& sName) {
 }
 
 std::string Place(const Data& oNode) {
-    return Shortened(ShownPath(oNode.GetPath().View()));
+    return ShownPlace(oNode.GetPath().View());
 }
 
 [[noreturn]] void RaiseNothingAt(const Data& oTree, const NodesOrAttribute& oPath) {
@@ -81,6 +83,7 @@ Data TargetAt(const Data& oTree, const std::string& sShell) {
     if (eType == Data_Node::Boolean && sText == "true") o.eKind = Scalar::True;
     if (eType == Data_Node::Boolean && sText == "false") o.eKind = Scalar::False;
     const bool bNumber = IsNumber(sText);
+    if (bNumber && std::isinf(vok::ParseReal(sText))) return false;
     if (o.eKind == Scalar::Number && !bNumber) o.eKind = Scalar::Text;
     if (!vok::json::ReadTyped(eType, o, uBits, bRounded)) return false;
     const auto iBits = static_cast<vok::i2_t>(uBits);
@@ -89,9 +92,13 @@ Data TargetAt(const Data& oTree, const std::string& sShell) {
         case Data_Node::Integer:
         case Data_Node::Char: oNode.SetValInt(iBits, eType); break;
         case Data_Node::Long: oNode.SetValLng(uBits); break;
-        case Data_Node::Float:
-            oNode.SetValDbl(static_cast<float>(std::bit_cast<double>(uBits)), eType);
+        case Data_Node::Float: {
+            const double dValue = std::bit_cast<double>(uBits);
+            const auto dNarrow = static_cast<double>(static_cast<float>(dValue));
+            if (std::isinf(dNarrow) && !std::isinf(dValue)) return false;
+            oNode.SetValDbl(dNarrow, eType);
             break;
+        }
         default: oNode.SetValDbl(std::bit_cast<double>(uBits), eType); break;
     }
     return true;

@@ -41,7 +41,8 @@ void AddWords(CLI::App& o, Edit& oEdit) {
         ->required();
     const auto oAddValue = [&] {
         return o.add_option_function<std::string>(
-            "VALUE", [&oEdit](const std::string& s) { oEdit.sValue = s; }, "As vok get prints it");
+            "VALUE", [&oEdit](const std::string& s) { oEdit.sValue = s; },
+            "As vok get -0 prints it");
     };
     const auto oAddPlace = [&] { o.add_option("--at", oEdit.uPlace, PLACE); };
     const auto oAddType = [&] {

@@ -13,11 +13,12 @@ namespace {
 
 // How the changed tree is written: as the file was, unless another form is asked for.
 FileForm FormFor(const EditOptions& o, const Input& oIn) {
-    const bool bNamed = !o.sTo.empty() || !EndingsOf(o.sOut).sFormat.empty();
-    if (bNamed) return FormOf(o.sOut, o.sTo);
+    const Endings oEndings = EndingsOf(o.sOut);
+    if (!o.sTo.empty() || !oEndings.sFormat.empty()) return FormOf(o.sOut, o.sTo);
     FileForm oForm;
     oForm.sFormat = oIn.sFormat;
     if (o.bInPlace) oForm.sWrapping = oIn.sWrapping;
+    if (oEndings.bGzip) oForm.sWrapping = "gzip";
     vok::dgraph::Version oVersion;
     if (vok::dgraph::ParseVersion(oIn.oTree.GetUserTag().CStr(), oVersion)) {
         oForm.auVersion = {static_cast<int>(oVersion.iMajor), oVersion.iMinor, oVersion.iPatch};

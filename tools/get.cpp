@@ -98,11 +98,20 @@ void PrintTree(Answers& oAnswers, const vok::Data& oNode) {
 
 // ---- record by record ---------------------------------------------------------------
 
+[[nodiscard]] bool HasLinks(const vok::Data& oTree) {
+    for (vok::Data_Walk o(oTree); o.Next();) {
+        if (o.GetType() == vok::Data_Node::Link) return true;
+    }
+    return false;
+}
+
 // A part of the document, which alone is held.
 void AddTree(Answers& oAnswers, Document& oDocument) {
     vok::Data oTree;
     oDocument.Guard([&] { oDocument.Reader().Take(oTree); });
     if (!oDocument.Reader().GetOuterLinks().empty()) throw NeedsTree();
+    // Lines show where in the document links lead to, JSON where in the part.
+    if (!oAnswers.WantsJson() && HasLinks(oTree)) throw NeedsTree();
     if (!oAnswers.IsNew()) return;
     oAnswers.WantsJson() ? Answers::PrintJson(oTree) : PrintTree(oAnswers, oTree);
 }

@@ -86,7 +86,7 @@ std::string PlaceText(const vok::Load_Report& oReport) {
              std::to_string(oReport.m_uColumn);
     }
     if (!oReport.m_oPath.IsEmpty()) {
-        s += (s.empty() ? "at " : ", at ") + Shortened(ShownPath(oReport.m_oPath.View()));
+        s += (s.empty() ? "at " : ", at ") + ShownPlace(oReport.m_oPath.View());
     }
     return s.empty() ? s : s + ": ";
 }

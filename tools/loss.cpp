@@ -173,4 +173,9 @@ void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
     if (bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
 }
 
+void TellReadingLosses(const std::string& sFile, const vok::Load_Report& oReport,
+                       const std::string& sBehind) {
+    TellLosses(sFile, oReport, sBehind, LossCount("dump", 0), false);
+}
+
 }  // namespace tools

@@ -62,6 +62,10 @@ void CountTree(const vok::Data& oTree, LossCount& oCount);
 void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
                 const std::string& sBehind, const LossCount& oLosses, bool bLossless);
 
+// The same of what reading alone has lost.
+void TellReadingLosses(const std::string& sFile, const vok::Load_Report& oReport,
+                       const std::string& sBehind);
+
 // Lines such as "3 comments". Of the document that was read: what its tree does not hold.
 std::vector<std::string> LostByReading(const vok::Load_Report& oReport);
 

@@ -7,6 +7,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/loss.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
@@ -45,7 +46,7 @@ void Report(const Data_Conflict& o) {
     const std::string sAttribute =
         o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
     std::fprintf(stderr, "vok: conflict at %s%s\n  = %s\n  < %s\n  > %s\n",
-                 Shortened(ShownPath(o.m_sPath)).c_str(), sAttribute.c_str(), sBase.c_str(),
+                 ShownPlace(o.m_sPath).c_str(), sAttribute.c_str(), sBase.c_str(),
                  SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
 }
 
@@ -73,6 +74,8 @@ int Merge(const MergeOptions& o) {
     };
     const Data oMerged = Data::Merge(oBase.oTree, oA.oTree, oB.oTree, o.oCompare, ePick, oTell);
     if (!oMerged.IsNode()) return EXIT_NEGATIVE;
+    TellReadingLosses(o.sA, oA.oReport, oA.sBehind);
+    TellReadingLosses(o.sB, oB.oReport, oB.sBehind);
     SaveTree(oMerged, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return EXIT_GOOD;
 }

@@ -3,6 +3,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/loss.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
 #include "vok/base/msg_exception.h"
@@ -21,6 +22,7 @@ int Patch(const PatchOptions& o) {
                      Visible(Line(oError.what())).c_str());
         return EXIT_NEGATIVE;
     }
+    TellReadingLosses(o.sIn, oIn.oReport, oIn.sBehind);
     SaveTree(oResult, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return EXIT_GOOD;
 }

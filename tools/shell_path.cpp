@@ -155,7 +155,11 @@ NodesOrAttribute ParseNodesOrAttribute(const std::string& sShell) {
     if (o.sAttribute.empty()) return o;
     // The node that the path without it leads to.
     if (o.sNodes.empty()) o.sNodes.assign(1, '.');
-    if (o.sNodes.size() > 1 && !o.sNodes.ends_with("//")) o.sNodes.pop_back();
+    if (o.sNodes.ends_with("//")) {
+        o.sNodes += '.';  // of every node from there on
+    } else if (o.sNodes.size() > 1 && o.sNodes.ends_with('/')) {
+        o.sNodes.pop_back();
+    }
     return o;
 }
 
@@ -187,6 +191,16 @@ std::string ShownPath(std::string_view sLibrary) {
         sLibrary.remove_prefix(sStep.size());
     }
     return sOut;
+}
+
+std::string ShownPlace(std::string_view sLibrary) {
+    // At least twice of what is kept of either end: five bytes, an escape, may become one.
+    constexpr std::size_t END = 2048;
+    const std::size_t uHead = sLibrary.find('/', std::min(END, sLibrary.size()));
+    const std::size_t uTail =
+        sLibrary.size() > END ? sLibrary.rfind('/', sLibrary.size() - END) : 0;
+    if (uHead >= uTail) return Shortened(ShownPath(sLibrary));
+    return Shortened(ShownPath(sLibrary.substr(0, uHead)) + ShownPath(sLibrary.substr(uTail)));
 }
 
 std::string ShownAttribute(const std::string& sShown, std::string_view sName) {

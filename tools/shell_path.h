@@ -27,7 +27,10 @@ NodesOrAttribute ParseNodesOrAttribute(const std::string& sShell);
 // A path as the library has it in the form above, which leads to the same nodes when it is pasted
 // between single quotes. Nothing in it plays with a terminal.
 std::string ShownPath(std::string_view sLibrary);
-// The same for an attribute of what a path in that form leads to.
+// Shortened(ShownPath(...)), in constant time but for long names: of a deep tree there may be many
+// long paths.
+std::string ShownPlace(std::string_view sLibrary);
+// The path for an attribute of what a path in that form leads to.
 std::string ShownAttribute(const std::string& sShown, std::string_view sName);
 
 }  // namespace tools

@@ -1,5 +1,6 @@
 #include "tools/text.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -29,7 +30,13 @@ std::string ValueText(const vok::Data_Value& o) {
             const double dSeconds = o.Dbl();
             std::string sText(s, vok::FormatDate(dSeconds, 'T', s));
             const double dFraction = dSeconds - std::floor(dSeconds);
-            if (dFraction > 0) sText += std::string(s, vok::FormatReal(dFraction, s)).substr(1);
+            if (dFraction > 0) {
+                // All digits of the smallest one; dates have no exponents.
+                char sFraction[512];
+                const auto oEnd = std::to_chars(sFraction, sFraction + sizeof(sFraction), dFraction,
+                                                std::chars_format::fixed);
+                sText.append(sFraction + 1, oEnd.ptr);
+            }
             return sText + 'Z';
         }
         case Data_Node::Binary: {

@@ -188,6 +188,21 @@ TEST(Merge, StopsTelling) {
     EXPECT_TRUE(Data::Equal(Data::Merge(oBase, oA, oB, {}, Pick::B, oVisit), oB));
 }
 
+// The same for conflicts of texts.
+TEST(Merge, StopsTellingOfAttributes) {
+    const auto oWith = [](const char* sValue) {
+        Data oTree = NewTree();
+        for (const char* sName : {"a", "b", "c"}) oTree.SetAttVal(sName, sValue);
+        oTree.SetRootName(sValue);
+        return oTree;
+    };
+    unsigned uTold = 0;
+    const auto oVisit = [&](const Data_Conflict&) { return ++uTold < 2; };
+    const Data oBase = oWith("1"), oA = oWith("2"), oB = oWith("3");
+    EXPECT_FALSE(Data::Merge(oBase, oA, oB, {}, Pick::None, oVisit).IsNode());
+    EXPECT_EQ(uTold, 2u);
+}
+
 // What fails on the way leaves nothing behind, and the trees as they were.
 TEST(Merge, MemoryRunsOut) {
     unsigned uRefused = 0;

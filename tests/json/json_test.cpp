@@ -91,6 +91,9 @@ const Document DOCUMENTS[] = {
     {R"({"#attributes":{"a":"1","b":[]},"#value":3})",
      "Root(#attributes(a:'1' b@#json=list) #value:3)",
      R"({"##attributes":{"a":"1","b":[]},"##value":3})"},
+    {R"({"#attributes":{"##type":"1","###name":"2","n":3}})",
+     "Root(#attributes(##name:'2' #type:'1' n:3))",
+     R"({"##attributes":{"###name":"2","##type":"1","n":3}})"},
     {R"({"#attributes":{"":"1"}})", "Root(#attributes(?:'1'))", R"({"##attributes":{"":"1"}})"},
     {R"({"#attributes":[],"#value":{"a":1}})", "Root(#attributes@#json=list #value(a:1))",
      R"({"##attributes":[],"##value":{"a":1}})"},
@@ -327,7 +330,8 @@ TEST(Json, Faults) {
 TEST(Json, TypedFaults) {
     for (const auto& [sType, sValue] : {Pair{"Integer", "\"1\""},
                                         {"Integer", "1.5"},
-                                        {"Integer", "4294967296"},
+                                        {"Integer", "2147483648"},
+                                        {"Integer", "-2147483649"},
                                         {"Integer", "true"},
                                         {"Boolean", "\"x\""},
                                         {"Char", "\"ab\""},
@@ -414,6 +418,8 @@ TEST(Json, Limits) {
         {"[\"abc\"]", LIMIT_TEXT_BYTES, 3},
         {"{\"abcd\":1}", LIMIT_TEXT_BYTES, 4},
         {"{\"#attributes\":{\"a\":\"\",\"b\":\"\"}}", LIMIT_ATTRIBUTES, 2},
+        {R"({"#attributes":{"a":""},"b":{"#attributes":{"c":""}},"#attributes":{"d":""}})",
+         LIMIT_ATTRIBUTES, 2},
     };
     for (const auto& o : aRows) {
         EXPECT_EQ(oLoad(o.sJson, o.oLimit, o.uMost), "");

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/support.h"
+#include "vok/data/builder.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/file/file.h"
 #include "vok/records/writer.h"
@@ -111,12 +112,15 @@ TEST_F(Program, ShowGetInfo) {
     EXPECT_EQ(Run("get - /nothing", g_sTree).iExit, 1);
     EXPECT_EQ(Run("get - /list", g_sTree).sOut,
               "list\n  n Integer 1\n  n[1] Double 0.1\n  n[2] Boolean true\n");
+    EXPECT_EQ(Run("get - /a", "<R><a><l CDNodeIDREF='I'/><x CDNodeID='I'/></a></R>").sOut,
+              "a\n  l Link /a[0]/x[0]\n  x Empty\n");
     EXPECT_EQ(Run("get - //n --count", g_sTree).sOut, "3\n");
     EXPECT_EQ(Run("get - /@v", g_sTree).sOut, "1\n");
     EXPECT_EQ(Run("get - //n --json", g_sTree).sOut, "1\n0.1\ntrue\n");
     EXPECT_EQ(Run("get - /list --json", g_sTree).sOut, "{\"n\":[1,0.1,true]}\n");
     EXPECT_EQ(Run("get - /t --json", g_sTree).sOut, "\"one\\ntwo\"\n");
     EXPECT_EQ(Run("get - /@v --json", g_sTree).sOut, "\"1\"\n");
+    EXPECT_EQ(Run("get - //@v --paths", "<R v='1'><a v='2'/><b/></R>").sOut, "/@v\n/a[0]/@v\n");
     EXPECT_EQ(Run("get - /list/@v", g_sTree).iExit, 1);
     EXPECT_EQ(LinesOnDisk("err"), "vok: no attribute at /list/@v; \"/\" is the node \"R\"\n");
     EXPECT_EQ(Run("get - /nothing --default none", g_sTree).sOut, "none\n");
@@ -208,6 +212,40 @@ TEST_F(Program, Salvages) {
     EXPECT_EQ(Run("salvage - b.dgraph", g_sTree).iExit, 2);
     EXPECT_EQ(OnDisk("b.dgraph"), sBefore);
     EXPECT_EQ(LeftBehind(), "");
+}
+
+// However small they are.
+TEST_F(Program, FractionsOfSeconds) {
+    const std::pair<const char*, const char*> CASES[] = {
+        {"0.5", "1970-01-01T00:00:00.5Z\n"},
+        {"-0.25", "1969-12-31T23:59:59.75Z\n"},
+        {"1e-5", "1970-01-01T00:00:00.00001Z\n"},
+        {"60.0000152587890625", "1970-01-01T00:01:00.0000152587890625Z\n"},
+    };
+    for (const auto& [sSeconds, sDate] : CASES) {
+        EXPECT_EQ(Run("get - /", R"({"#type":"Date","#value":)"s + sSeconds + '}').sOut, sDate);
+    }
+}
+
+// Of a long path both ends are shown as they are in all of it, and no more is looked at.
+TEST_F(Program, LongPathsAreShortened) {
+    constexpr int LEVELS = 200;
+    const auto oDeep = [](const char* sValue) {
+        Data oTree = NewTree();
+        Data_Builder oBuilder(oTree);
+        for (int i = 0; i < LEVELS; ++i) {
+            oBuilder.Open("/////////\"");
+            oBuilder.SetAttVal("k", sValue);
+        }
+        oBuilder.Finish();
+        return DumpOf(oTree);
+    };
+    ToDisk("a.dump", oDeep("1"));
+    ToDisk("b.dump", oDeep("2"));
+    const std::string sFull = Repeat("/\"/////////\\\"\"[0]", LEVELS);
+    const std::string sOut = Run("diff a.dump b.dump").sOut;
+    EXPECT_TRUE(Has(sOut, sFull.substr(0, 200) + " ... " + sFull.substr(sFull.size() - 200) +
+                              " attribute k\n  < \"1\"\n"));
 }
 
 #ifndef _WIN32  // whose shell has other quotes
@@ -392,6 +430,9 @@ TEST_F(Program, AlignedDifferences) {
     EXPECT_EQ(Run("patch a.xml same.xml -o - --to xml").iExit, 0);
     ToDisk("d.xml", OnDisk("out"));
     EXPECT_EQ(Run("diff a.xml d.xml").iExit, 0);
+    ToDisk("d.xml", OnDisk("a.xml") + "<R/>");
+    EXPECT_EQ(Run("patch d.xml same.xml -o d.xml").iExit, 0);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: d.xml: not kept: 4 bytes behind the document\n");
     EXPECT_EQ(Run("patch a.xml none.xml -o c.xml").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
 }
@@ -419,6 +460,9 @@ TEST_F(Program, Merging) {
     EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 1);
     EXPECT_EQ(LinesOnDisk("err"),
               "vok: conflict at /a[0]\n  = String 1\n  < String 2\n  > (removed)\n");
+    ToDisk("a.xml", "<R k='1'><!-- a --><b>1</b></R>");
+    EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml").iExit, 0);
+    EXPECT_EQ(LinesOnDisk("err"), "vok: a.xml: not kept: 1 comment\n");
     EXPECT_EQ(Run("merge base.xml a.xml none.xml -o m.xml").iExit, 2);
     EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml --ours --theirs").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
@@ -537,6 +581,8 @@ TEST_F(Program, EditsThatFail) {
         {"move t.xml /a /none -i", 1},
         {"set t.xml /b 1 -i", 2},
         {"set t.xml /a x --type integer -i", 2},
+        {"set t.xml /a 4294967295 --type integer -i", 2},
+        {"set t.xml /a 1e39 --type float -i", 2},
         {"set t.xml /a 1 --type huge -i", 2},
         {"set t.xml /a/@k 1 --type integer -i", 2},
         {"add t.xml /a n -i", 2},
@@ -559,12 +605,17 @@ TEST_F(Program, EditsThatFail) {
         EXPECT_NE(o.sErr, "") << sCommand;
         EXPECT_EQ(OnDisk("t.xml"), sOld) << sCommand;
     }
+    (void)Run("set t.xml /a 1e400 --type double -i");
+    EXPECT_EQ(LinesOnDisk("err"), "vok: /a[0]: \"1e400\" is no Double\n");
     ToDisk("t.xml", "<R><!-- c --><a>1</a></R>");
     EXPECT_EQ(Run("set t.xml /a 2 -i --lossless").iExit, 2);
     EXPECT_EQ(Run("set t.xml /a 2 -o -").sOut,
               "<?xml version='1.0' encoding='UTF-8'?>\n<R xmlns:dt=\"urn:schemas-microsoft-com:"
               "datatypes\">\n\t<a><![CDATA[2]]></a>\n</R>\n");
     EXPECT_EQ(LinesOnDisk("err"), "vok: t.xml: not kept: 1 comment\n");
+    // A name that tells the wrapping alone.
+    EXPECT_EQ(Run("set t.xml /a 2 -o u.gz").iExit, 0);
+    EXPECT_EQ(OnDisk("u.gz").substr(0, 2), "\x1F\x8B");
     EXPECT_EQ(LeftBehind(), "");
 }
 

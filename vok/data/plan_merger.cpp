@@ -433,7 +433,7 @@ void Data_PlanMerger::TellText(u2_t uId, const char* sAttribute, const char* sBa
     const auto oSide = [](const char* s) {
         return Data_Conflict::Side{Data_Conflict::Changed, Data(), s};
     };
-    m_oVisit(
+    m_bTells = m_oVisit(
         {a.oPlan.PathOf(uId).CStr(), sAttribute, m_oBase.Cursor(uId), sBase, oSide(sA), oSide(sB)});
 }
 

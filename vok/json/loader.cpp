@@ -43,6 +43,11 @@ namespace {
     return {o.Beg(), o.Size()};
 }
 
+// The name of the successor that a member is, which may be written with one more "#".
+[[nodiscard]] std::string_view SuccessorOf(std::string_view sMember) noexcept {
+    return sMember.substr(sMember.starts_with("##") && IsMarked(sMember) ? 1 : 0);
+}
+
 void Assign(Arr<char>& o, std::string_view s) {
     o.Truncate(0);
     o.Add(s.data(), s.size());
@@ -154,7 +159,7 @@ void Loader::TakeKey(Level& o) {
 }
 
 bool Loader::Key(const char* s, u2_t uSize, bool) {
-    std::string_view sName(s, uSize);
+    const std::string_view sName(s, uSize);
     if (CheckText(sName)) [[unlikely]]
         RaiseNulInName();
     Level& o = m_oLevel.Last();
@@ -163,9 +168,7 @@ bool Loader::Key(const char* s, u2_t uSize, bool) {
         return true;
     }
     m_eMember = MemberOf(sName);
-    if (m_eMember != Member::Successor) return true;
-    if (sName.starts_with("##") && IsMarked(sName)) sName.remove_prefix(1);
-    o.uKey = m_oBase.m_oName.Intern(sName);
+    if (m_eMember == Member::Successor) o.uKey = m_oBase.m_oName.Intern(SuccessorOf(sName));
     return true;
 }
 
@@ -192,6 +195,7 @@ bool Loader::EndObject(u2_t) {
             SetAttributes(m_oLevel.Last().uNode);
             m_oLevel.Pop();
             m_oLevel.Last().bTold = true;
+            m_oLevel.Last().uAttributes += static_cast<u2_t>(m_oAttribute.Size());
             return true;
         }
         m_oName.Truncate(0);
@@ -300,7 +304,9 @@ bool Loader::TakeSpecial(Level& oLevel, const Scalar& o) {
 }
 
 void Loader::AddAttribute(std::string_view sValue) {
-    if (m_oAttribute.Size() >= m_oLimits.m_uAttributes) {
+    // An object may tell of them more than once.
+    const u3_t uBefore = m_oLevel(m_oLevel.Size() - 2).uAttributes;
+    if (uBefore + m_oAttribute.Size() >= m_oLimits.m_uAttributes) {
         m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
     }
     m_oAttributeText.Add(m_oName.Beg(), m_oName.Size());
@@ -328,7 +334,8 @@ void Loader::Demote() {
     const std::string_view sAll = ViewOf(m_oAttributeText);
     std::size_t uBegin = 0;
     for (const Ends& o : m_oAttribute) {
-        m_oLevel.Last().uKey = m_oBase.m_oName.Intern(sAll.substr(uBegin, o.uName - uBegin));
+        const std::string_view sName = sAll.substr(uBegin, o.uName - uBegin);
+        m_oLevel.Last().uKey = m_oBase.m_oName.Intern(SuccessorOf(sName));
         AppendText(sAll.substr(o.uName, o.uValue - o.uName));
         uBegin = o.uValue;
     }

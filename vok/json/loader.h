@@ -133,6 +133,7 @@ class Loader {
         u2_t uKey = 0;    // of the next member, or of the run
         u2_t uCount = 0;  // nodes of the run
         u2_t uLast = 0;   // the last one of them
+        u2_t uAttributes = 0;
         Kind eKind;
         bool bMembers = false;          // has successors: no value can come
         bool bTold = false;             // something else was said of it

@@ -157,7 +157,12 @@ bool ReadTyped(Data_Node::Type eType, const Scalar& o, u3_t& uBits, bool& bRound
             uBits = o.eKind == Scalar::True;
             if (o.eKind == Scalar::True || o.eKind == Scalar::False) return true;
             return bNumber && ReadWord(o.sText, uBits);
-        case Data_Node::Integer: return bNumber && ReadWord(o.sText, uBits);
+        case Data_Node::Integer: {
+            i2_t iValue = 0;
+            if (!bNumber || !Parse(o.sText, iValue)) return false;
+            uBits = static_cast<u2_t>(iValue);
+            return true;
+        }
         case Data_Node::Char:
             return bText ? ReadChar(o.sText, uBits) : bNumber && ReadWord(o.sText, uBits);
         case Data_Node::Long: return bNumber && Parse(o.sText, uBits);
