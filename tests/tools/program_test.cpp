@@ -468,6 +468,7 @@ TEST_F(Program, Merging) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+#ifndef _WIN32  // whose shell is another
 // The examples of docs/compare.md: files, and what commands print.
 TEST_F(Program, ComparisonAsDocumented) {
     std::istringstream oDocument(OnDisk(VOK_DOCS "/compare.md"));
@@ -498,6 +499,7 @@ TEST_F(Program, ComparisonAsDocumented) {
     }
     EXPECT_GE(uCommands, 7u);
 }
+#endif
 
 // What is done in every form and wrapping, in its place, is what the library does.
 TEST_F(Program, Editing) {
