@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <span>
 #include <sstream>
 
 #include "tests/support.h"
@@ -30,8 +31,10 @@ class Program : public testing::Test {
     static Outcome Run(const std::string& sArguments, const std::string& sIn = {},
                        const std::string& sBefore = {}) {
         ToDisk("in", sIn);
-        const int iStatus =
-            std::system((sBefore + s_sProgram + ' ' + sArguments + " <in >out 2>err").c_str());
+        const std::string sLine = sBefore + s_sProgram + ' ' + sArguments + " <in >out 2>err";
+        int iStatus = std::system(sLine.c_str());
+        // On a busy machine Wine does not get every shell to start.
+        if (iStatus == -1) iStatus = std::system(sLine.c_str());
 #ifdef WEXITSTATUS
         return {WEXITSTATUS(iStatus), OnDisk("out"), OnDisk("err")};
 #else
@@ -54,6 +57,16 @@ class Program : public testing::Test {
             if (sName.starts_with(".vok-")) sNames += sName + ' ';
         }
         return sNames;
+    }
+
+    // Of cases that take a program each: where starting one takes long, the first few.
+    template <class Cases>
+    static auto Affordable(const Cases& o, [[maybe_unused]] std::size_t uFew) {
+#ifdef _WIN32
+        return std::span(std::data(o), std::min(std::size(o), uFew));
+#else
+        return std::span(std::data(o), std::size(o));
+#endif
     }
 
   private:
@@ -553,8 +566,14 @@ TEST_F(Program, Editing) {
     oOut.Open("made.dgraph", "Tcw");
     Dgraph_SaveDGraph(oTree, oOut);
     oOut.Close();
-    for (const std::string sFile : {"t.xml", "t.dgraph", "t.dump", "t.json", "t.xml.gz",
-                                    "t.zip --zip --to dgraph", "t.z --compress --to json"}) {
+    const std::string FILES[] = {"t.xml.gz",
+                                 "t.dgraph",
+                                 "t.dump",
+                                 "t.json",
+                                 "t.xml",
+                                 "t.zip --zip --to dgraph",
+                                 "t.z --compress --to json"};
+    for (const std::string& sFile : Affordable(FILES, 2)) {
         const std::string sName = sFile.substr(0, sFile.find(' '));
         for (const auto& [sCommand, oChange] : CASES) {
             ASSERT_EQ(Run("convert made.dgraph " + sFile + " --dgraph-version 1.2.0").iExit, 0);
@@ -1039,7 +1058,7 @@ TEST_F(Program, RecordsSayWhatTreesSay) {
         "CDNodeIDREF='ID2'>t</c></R>",
         "<only/>",
     };
-    for (const std::string& s : aoDocument) {
+    for (const std::string& s : Affordable(aoDocument, 1)) {
         SCOPED_TRACE(s);
         ToDisk("a.xml", s);
         ASSERT_EQ(Run("convert a.xml a.dgraph").iExit, 0) << OnDisk("err");
