@@ -16,6 +16,7 @@
 #include "tools/text.h"
 #include "vok/file/file.h"
 #include "vok/inspect/inspect.h"
+#include "vok/inspect/names.h"
 
 namespace tools {
 
@@ -60,9 +61,9 @@ class Below {
 };
 
 // Paths grow with the depth of what they lead to: of long ones the end tells most.
-std::string PathText(std::string_view sPath, bool bShell) {
+std::string PathText(std::string_view sPath) {
     constexpr std::size_t LONGEST = 400;
-    if (sPath.size() <= LONGEST) return bShell ? ShownPath(sPath) : std::string(sPath);
+    if (sPath.size() <= LONGEST) return ShownPath(sPath);
     const std::size_t uFrom = std::min(sPath.find('/', sPath.size() - LONGEST), sPath.size());
     return "..." + Escaped(sPath.substr(uFrom));
 }
@@ -95,7 +96,7 @@ class Lines {
         const std::string sValue = ValueOf(o);
         if (!sValue.empty()) sRest += "  " + Coloured(m_oPalette.sValue, sValue, 0);
         if (IsStep(o)) {
-            sRest += "  " + Coloured(m_oPalette.sType, "at " + PathText(o.m_sPath, true), 0);
+            sRest += "  " + Coloured(m_oPalette.sType, "at " + PathText(o.m_sPath), 0);
         }
         if (!o.m_sFault.empty()) {
             sRest += "  " + Coloured(m_oPalette.sFault, "! " + Visible(o.m_sFault), 0);
@@ -107,7 +108,9 @@ class Lines {
     static constexpr std::size_t WIDTH = 12;  // bytes in a line
     static constexpr std::size_t LONGEST_TEXT = 48;
 
-    static bool IsStep(const Inspect_Field& o) { return std::string_view(o.m_sName) == "step"; }
+    static bool IsStep(const Inspect_Field& o) {
+        return std::string_view(o.m_sName) == vok::inspect::STEP;
+    }
 
     // Fields that fit two lines are shown whole, of others the first line.
     void AddBytes(const Inspect_Field& o, std::string sRest) {
@@ -174,7 +177,7 @@ void AddJson(const Inspect_Field& o) {
         oText("field", o.m_sName);
     }
     if (!o.m_sValue.empty() || o.m_bText) oText("value", o.m_sValue);
-    if (!o.m_sPath.empty()) oText("path", PathText(o.m_sPath, false));
+    if (!o.m_sPath.empty()) oText("path", PathText(o.m_sPath));
     if (!o.m_sFault.empty()) oText("fault", o.m_sFault);
     oOut.EndObject();
     Print(std::string(oBuffer.GetString(), oBuffer.GetSize()) + '\n');

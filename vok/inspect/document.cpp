@@ -5,6 +5,7 @@
 
 #include "vok/base/date.h"
 #include "vok/base/number.h"
+#include "vok/inspect/names.h"
 
 namespace vok::inspect {
 
@@ -43,7 +44,7 @@ bool Document::PutHeader() {
     const bool bMagic = LoadHeader(s.data(), std::min(s.size(), HEADER_SIZE), oVersion);
     const bool bRecords =
         s.size() > HEADER_SIZE && Plausible(false).IsRecords(s.substr(HEADER_SIZE));
-    f.Put("magic", MAGIC_SIZE, Value::Text(), bMagic ? Fault::None : Fault::WrongMagic);
+    f.Put(MAGIC_FIELD, MAGIC_SIZE, Value::Text(), bMagic ? Fault::None : Fault::WrongMagic);
     const string_view sVersion = f.Look(3);
     const auto oByte = [&](std::size_t u) {
         return u < sVersion.size() ? static_cast<u0_t>(sVersion[u]) : 0;
@@ -52,7 +53,7 @@ bool Document::PutHeader() {
     m_iMinor = oByte(1);
     const bool bDump = bMagic && iMajor == 2 && !bRecords;
     const bool bKnown = !bMagic || iMajor == 1 || bDump;
-    f.Put("version", 3, Value("%d.%d.%d", iMajor, m_iMinor, oByte(2)),
+    f.Put(VERSION_FIELD, 3, Value("%d.%d.%d", iMajor, m_iMinor, oByte(2)),
           bKnown ? Fault::None : Fault::WrongVersion);
     f.Put("reserved", HEADER_SIZE - MAGIC_SIZE - 3, {});
     return !bDump;
@@ -66,7 +67,7 @@ void Document::PutWithoutHeader() {
         return PutRecords();
     }
     m_oPlausible.emplace(false);
-    f.PutMissing("magic", Fault::UnknownForm);
+    f.PutMissing(MAGIC_FIELD, Fault::UnknownForm);
     if (!Resume()) return;
     m_oPlace.Reopen();
     PutRecords();
@@ -105,12 +106,12 @@ bool Document::PutRecord() {
     if (!PutStep()) return false;
     const string_view s = f.Look(1);
     if (s.empty()) {
-        f.PutMissing("type code", Fault::Ends);
+        f.PutMissing(TYPE_CODE, Fault::Ends);
         return true;
     }
     const auto uCode = static_cast<u0_t>(s[0]);
     const bool bKnown = uCode < std::size(TYPES);
-    f.Put("type code", 1,
+    f.Put(TYPE_CODE, 1,
           bKnown ? Value(TYPES[uCode]) : Value("%u, which is none: no value", unsigned{uCode}));
     return PutValue(uCode);
 }
@@ -123,13 +124,12 @@ Fault Document::FaultOfLength(i2_t iLength) const noexcept {
 }
 
 bool Document::PutStep() {
-    constexpr const char* LENGTH = "length of step";
     i2_t iLength = 0;
-    if (!f.Peek(LENGTH, iLength)) return true;
+    if (!f.Peek(STEP_LENGTH, iLength)) return true;
     Fault eFault = FaultOfLength(iLength);
     if (iLength == 0) eFault = Fault::EmptyStep;
     if (eFault != Fault::None) {
-        f.Put(LENGTH, 4, Value("%d", iLength), eFault);
+        f.Put(STEP_LENGTH, 4, Value("%d", iLength), eFault);
         return false;
     }
     const auto uLength = static_cast<std::size_t>(iLength);
@@ -138,7 +138,7 @@ bool Document::PutStep() {
     // it up to its first. The beginning tells, so that what is no step is not looked at as a whole.
     const std::size_t uFirst = std::min<std::size_t>(uLength, File_Window::CHUNK);
     if (f.Look(4 + uFirst).find('\0', 4) < 4 + uLength - 1) {
-        f.Put(LENGTH, 4, Value("%d", iLength), Fault::NulInStep);
+        f.Put(STEP_LENGTH, 4, Value("%d", iLength), Fault::NulInStep);
         return false;
     }
     {
@@ -149,7 +149,7 @@ bool Document::PutStep() {
         sFault = dgraph::TextOf(eStep);
         // Either the text is damaged, or its length: then nothing fits behind it.
         if (eStep != StepFault::None && !m_oPlausible->IsValueAndRecords(s.substr(4 + uLength))) {
-            f.Put(LENGTH, 4, Value("%d", iLength), sFault);
+            f.Put(STEP_LENGTH, 4, Value("%d", iLength), sFault);
             return false;
         }
         if (eStep != StepFault::None) {
@@ -159,8 +159,8 @@ bool Document::PutStep() {
         }
     }
     f.SetPlace(m_oPlace.Path(), m_oPlace.Depth());
-    f.Put(LENGTH, 4, Value("%d", iLength));
-    f.Put("step", uLength, Value::Text(), sFault);
+    f.Put(STEP_LENGTH, 4, Value("%d", iLength));
+    f.Put(STEP, uLength, Value::Text(), sFault);
     return true;
 }
 
@@ -179,11 +179,11 @@ bool Document::PutValue(u0_t uCode) {
             return PutNumber<u3_t>([](u3_t u) { return DateText(std::bit_cast<double>(u)); });
         case CODE_LONG: return PutNumber<u3_t>([](u3_t u) { return Value("%llu", Wide(u)); });
         case CODE_QUAD: return PutQuad();
-        case CODE_STRING: return PutBlock("length of text", "text", true, false);
+        case CODE_STRING: return PutBlock(TEXT_LENGTH, TEXT, true, false);
         case CODE_BINARY: return PutBlock("length of block", "block", false, false);
         case CODE_LINK:
             return PutBlock("length of name", "name of target", true, true) &&
-                   PutBlock("length of path", "path of target", true, true);
+                   PutBlock("length of path", TARGET_PATH, true, true);
         default: return true;
     }
 }
@@ -251,8 +251,8 @@ bool Document::IsTextLost(u3_t uLength) {
 bool Document::PutQuad() {
     const string_view s = f.Look(4 + LONGEST_TEXT_QUAD);
     if (const std::size_t uText = m_iMinor < 3 ? TextQuadLength(s) : 0; uText != 0) {
-        f.Put("length of text", 4, Value("%u", static_cast<unsigned>(uText)), Fault::OldQuad);
-        f.Put("text", uText, Value::Text());
+        f.Put(TEXT_LENGTH, 4, Value("%u", static_cast<unsigned>(uText)), Fault::OldQuad);
+        f.Put(TEXT, uText, Value::Text());
         return true;
     }
     if (s.size() < 16) {

@@ -1,15 +1,16 @@
 #include "vok/inspect/salvage.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include "vok/base/hash.h"
 #include "vok/base/where.h"
 #include "vok/dgraph/format.h"
 #include "vok/dgraph/step.h"
+#include "vok/inspect/names.h"
 #include "vok/inspect/run.h"
 
 namespace vok {
@@ -22,19 +23,23 @@ using std::string_view;
 
 constexpr std::size_t LONGEST_LINK = 4096;
 
-// Whether the target of a link, by its path, is written.
-using Targets = std::unordered_map<std::string, bool>;
-
 // What the passes learn for those after them.
 struct Known {
+    Known() {
+        oTarget.Start();
+        oName.Start();
+    }
+
     u2_t uDocument = 0;  // the one that is written
     bool bFound = false;
     std::vector<u2_t> auCount;  // successors, of each record that is written
     // Of each, whether a name comes back below it behind another one: then which of the nodes of
     // that name is the nth is the matter of who reads it.
     std::vector<bool> abAmbiguous;
-    Targets oTarget;
+    Hash oTarget;                 // paths of targets of links
+    std::vector<bool> abWritten;  // by key: whether that is one of the nodes
     std::size_t uLongestTarget = 0;
+    Hash oName;  // of the nodes
     dgraph::Version oVersion{1, 3, 0};
 };
 
@@ -53,21 +58,21 @@ class Pass {
         const string_view sName(o.m_sName);
         if (m_eKind == Kind::Count) NoteDocument(o, sName);
         if (o.m_uDocument != k.uDocument || o.m_sPath.empty()) return;
-        if (sName == "length of step") return;
-        if (sName == "step") {
+        if (sName == STEP_LENGTH) return;
+        if (sName == STEP) {
             Finish();
             return Begin(o);
         }
-        if (sName == "type code") {
+        if (sName == TYPE_CODE) {
             m_bBroken = o.m_sBytes.empty();
             const auto uCode = m_bBroken ? u0_t{0} : static_cast<u0_t>(o.m_sBytes[0]);
             m_uCode = uCode <= dgraph::CODE_QUAD ? uCode : u0_t{dgraph::CODE_NONE};
-        } else if (m_uCode == dgraph::CODE_QUAD && sName == "text") {
+        } else if (m_uCode == dgraph::CODE_QUAD && sName == TEXT) {
             TakeQuad(o.m_sValue);
-        } else if (m_uCode == dgraph::CODE_QUAD && sName == "length of text") {
+        } else if (m_uCode == dgraph::CODE_QUAD && sName == TEXT_LENGTH) {
             return;  // the form of older versions, whose only fault is that readers do not know it
         } else {
-            if (sName == "path of target") m_uPath = m_sValue.size();
+            if (sName == TARGET_PATH) m_uPath = m_sValue.size();
             if (m_bOpen) m_sValue += o.m_sBytes;
             m_bBroken = m_bBroken || !o.m_sFault.empty();
         }
@@ -79,7 +84,7 @@ class Pass {
         const bool bValue = m_uCode != dgraph::CODE_NONE;
         const bool bLink = m_uCode == dgraph::CODE_LINK && !m_bBroken;
         if (m_eKind == Kind::Count && bLink && Target().size() <= LONGEST_LINK) {
-            k.oTarget.emplace(Target(), false);
+            k.oTarget.Insert(Target());
             k.uLongestTarget = std::max(k.uLongestTarget, Target().size());
         }
         if (m_eKind != Kind::Write) return;
@@ -101,16 +106,16 @@ class Pass {
         u2_t uRecord = 0;
         std::string sName;
         u3_t uRun = 0;
-        u2_t uAmbiguous = 0;                     // it and the levels above it
-        std::unordered_set<std::size_t> oNames;  // hashes of those that had their run
+        u2_t uAmbiguous = 0;              // it and the levels above it
+        std::unordered_set<u2_t> oNames;  // those that had their run
     };
 
     void NoteDocument(const Inspect_Field& o, string_view sName) {
         if (k.bFound) return;
-        if (sName == "version" && o.m_sBytes.size() == 3 && o.m_sFault.empty()) {
+        if (sName == VERSION_FIELD && o.m_sBytes.size() == 3 && o.m_sFault.empty()) {
             k.oVersion.iMinor = static_cast<u0_t>(o.m_sBytes[1]);
             k.oVersion.iPatch = static_cast<u0_t>(o.m_sBytes[2]);
-        } else if (sName == "magic") {
+        } else if (sName == MAGIC_FIELD) {
             k.oVersion = {1, 3, 0};
         }
         k.bFound = !o.m_sPath.empty();
@@ -143,8 +148,9 @@ class Pass {
         // Below the root; a target is no matter of its own successors.
         const bool bPlain = o.m_uDepth != 0 && m_aoLevel[o.m_uDepth - 1].uAmbiguous == 0;
         if (m_eKind == Kind::Find && bPlain && o.m_sPath.size() - 1 <= k.uLongestTarget) {
-            const auto oFound = k.oTarget.find(std::string(o.m_sPath.substr(1)));
-            if (oFound != k.oTarget.end()) oFound->second = true;
+            const u2_t uTarget = k.oTarget.Find(o.m_sPath.substr(1));
+            k.abWritten.resize(k.oTarget.Size());
+            if (uTarget != Hash::NONE) k.abWritten[uTarget] = true;
         }
     }
     void LeaveOut() {
@@ -159,8 +165,8 @@ class Pass {
         if (m_uSkipped + (uIndex - uRun) > m_oLimits.m_uSkippedSlots) return false;
         m_uSkipped += uIndex - uRun;
         if (m_eKind == Kind::Count && o.sName != sName) {
-            const std::size_t uHash = std::hash<string_view>()(sName);
-            if (!o.oNames.insert(uHash).second) k.abAmbiguous[o.uRecord] = true;
+            const u2_t uName = k.oName.Insert(sName);
+            if (!o.oNames.insert(uName).second) k.abAmbiguous[o.uRecord] = true;
         }
         o.sName = sName;
         o.uRun = u3_t{uIndex} + 1;
@@ -220,8 +226,8 @@ class Pass {
         return s.substr(0, s.find('\0'));
     }
     [[nodiscard]] bool HasTarget() const {
-        const auto o = k.oTarget.find(Target());
-        return o != k.oTarget.end() && o->second;
+        const u2_t uTarget = k.oTarget.Find(Target());
+        return uTarget < k.abWritten.size() && k.abWritten[uTarget];
     }
 
     template <class T>

@@ -16,36 +16,17 @@ struct Layout {
     u0_t uSize;
     bool bHex = false;
 };
-constexpr Layout LOCAL[] = {
-    {"local header", 4, true},
-    {"version needed", 2},
-    {"flags", 2, true},
-    {"method", 2},
-    {"time", 2},
-    {"date", 2},
-    {"CRC-32", 4, true},
-    {"compressed size", 4},
-    {"size", 4},
-    {"length of name", 2},
-    {"length of extra", 2},
+constexpr Layout LOCAL[] = {{"local header", 4, true}};
+constexpr Layout CENTRAL[] = {{"central header", 4, true}, {"version made by", 2}};
+// Both go on with what is known of a member.
+constexpr Layout MEMBER[] = {
+    {"version needed", 2}, {"flags", 2, true},     {"method", 2},          {"time", 2},
+    {"date", 2},           {"CRC-32", 4, true},    {"compressed size", 4}, {"size", 4},
+    {"length of name", 2}, {"length of extra", 2},
 };
-constexpr Layout CENTRAL[] = {
-    {"central header", 4, true},
-    {"version made by", 2},
-    {"version needed", 2},
-    {"flags", 2, true},
-    {"method", 2},
-    {"time", 2},
-    {"date", 2},
-    {"CRC-32", 4, true},
-    {"compressed size", 4},
-    {"size", 4},
-    {"length of name", 2},
-    {"length of extra", 2},
-    {"length of comment", 2},
-    {"disk", 2},
-    {"internal attributes", 2},
-    {"external attributes", 4, true},
+constexpr Layout BEHIND_CENTRAL[] = {
+    {"length of comment", 2},      {"disk", 2},
+    {"internal attributes", 2},    {"external attributes", 4, true},
     {"offset of local header", 4},
 };
 constexpr Layout END[] = {
@@ -99,6 +80,15 @@ class Archive {
             f.Put(o.sName, o.uSize, Value(o.bHex ? "%08x" : "%u", uNumber));
         }
     }
+    void PutLocal() {
+        Put(LOCAL);
+        Put(MEMBER);
+    }
+    void PutCentralHeader() {
+        Put(CENTRAL);
+        Put(MEMBER);
+        Put(BEHIND_CENTRAL);
+    }
     void PutText(const char* sName, u3_t uLength) {
         if (uLength != 0) f.Put(sName, uLength, Value::Text());
     }
@@ -108,11 +98,11 @@ class Archive {
 
     void PutMember() {
         const string_view s = f.Look(LOCAL_SIZE);
-        if (s.size() < LOCAL_SIZE) return Put(LOCAL);
+        if (s.size() < LOCAL_SIZE) return PutLocal();
         std::array<char, LOCAL_SIZE> aHeader;
         s.copy(aHeader.data(), LOCAL_SIZE);
         const Local o(aHeader.data());
-        Put(LOCAL);
+        PutLocal();
         const string_view sName = f.Look(o.NameSize());
         const Str oName(sName);
         PutText("name", o.NameSize());
@@ -161,12 +151,12 @@ class Archive {
 
     void PutCentral() {
         const string_view s = f.Look(CENTRAL_SIZE);
-        if (s.size() < CENTRAL_SIZE) return Put(CENTRAL);
+        if (s.size() < CENTRAL_SIZE) return PutCentralHeader();
         const Central o(s.data());
         const std::size_t uName = o.NameSize();
         const std::size_t uExtra = o.ExtraSize();
         const std::size_t uComment = o.CommentSize();
-        Put(CENTRAL);
+        PutCentralHeader();
         PutText("name", uName);
         PutBytes("extra", uExtra);
         PutText("comment", uComment);
