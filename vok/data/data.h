@@ -306,12 +306,6 @@ class Data {
     // records of the tree. Every step looks at each node once at most.
     [[nodiscard]] Data_NodeSet GetNodeSet(const char* sPath, const Limits& oLimits = {}) const;
     [[nodiscard]] Data_NodeSet GetNodeSet(std::string_view sPath, const Limits& oLimits = {}) const;
-    // The same for a path that was parsed before, whose own errors are behind; and the first of
-    // those nodes in the order of a walk, looked for no further than that: an empty cursor where
-    // there is none.
-    [[nodiscard]] Data_NodeSet GetNodeSet(const Data_Xpath& oPath,
-                                          const Limits& oLimits = {}) const;
-    [[nodiscard]] Data GetFirst(const Data_Xpath& oPath, const Limits& oLimits = {}) const;
     // Whether the node has the attributes that a step asks for; removed nodes never have.
     [[nodiscard]] bool Test(const Data_XpathStep& oStep) const;
     // The path that selects just this node: "/" or "/a[0]/b[2]". Linear in its depth, and after
@@ -517,6 +511,7 @@ class Data {
     friend class Data_NodeSet;
     friend class Data_SuccIt;
     friend class Data_View;
+    friend class Data_Xpath;
 
     [[nodiscard]] Data Sibling(int iStep) const;
 

@@ -144,30 +144,23 @@ class FirstMatch {
 
 }  // namespace
 
-Data Data::GetFirst(const Data_Xpath& oPath, const Limits& oLimits) const {
-    return Where("vok::Data::GetFirst", [&] {
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        if (FirstMatch::Takes(oPath)) {
-            Work oWork(oLimits, b.m_oNode.Size() * sizeof(Node));
-            const u2_t uFound = FirstMatch(b, oPath, oWork).Find(oPath.IsAbsolute() ? 0 : m_uId);
-            return uFound != Node::NONE ? Data(m_oBase, uFound) : Data();
+Data Data_Xpath::EvaluateFirst(const Data& oFrom, const Limits& oLimits) const {
+    return Where("vok::Data_Xpath::EvaluateFirst", [&] {
+        Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
+        if (FirstMatch::Takes(*this)) {
+            Work oWork(oLimits, b.m_oNode.Size() * sizeof(Data_Node));
+            const u2_t uStart = IsAbsolute() ? 0 : oFrom.m_uId;
+            const u2_t uFound = FirstMatch(b, *this, oWork).Find(uStart);
+            return uFound != Data_Node::NONE ? Data(oFrom.m_oBase, uFound) : Data();
         }
-        const Data_NodeSet oFound = GetNodeSet(oPath, oLimits);
+        const Data_NodeSet oFound = Evaluate(oFrom, oLimits);
         if (oFound.Size() <= 1) return oFound.GetNth(0);
-        Data_Walk o(GetRoot());
+        Data_Walk o(oFrom.GetRoot());
         while (o.Next() && !std::binary_search(oFound.m_oId.Beg() + oFound.m_uGap,
                                                oFound.m_oId.End(), o.GetId())) {
         }
         return o.GetData();
     });
-}
-
-Data_NodeSet Data_Xpath::Evaluate(const Data& oFrom, const Limits& oLimits) const {
-    return oFrom.GetNodeSet(*this, oLimits);
-}
-
-Data Data_Xpath::EvaluateFirst(const Data& oFrom, const Limits& oLimits) const {
-    return oFrom.GetFirst(*this, oLimits);
 }
 
 }  // namespace vok

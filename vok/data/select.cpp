@@ -123,13 +123,13 @@ void SelectNodes(Data_Base& b, u2_t uStart, const char* sPath, Work& oWork, Arr<
 
 }  // namespace detail
 
-Data_NodeSet Data::GetNodeSet(const Data_Xpath& oPath, const Limits& oLimits) const {
-    return Where("vok::Data::GetNodeSet", [&] {
-        Base& b = detail::NodeOf(m_oBase, m_uId);
-        Work oWork(oLimits, b.m_oNode.Size() * sizeof(Node));
+Data_NodeSet Data_Xpath::Evaluate(const Data& oFrom, const Limits& oLimits) const {
+    return Where("vok::Data_Xpath::Evaluate", [&] {
+        Data_Base& b = detail::NodeOf(oFrom.m_oBase, oFrom.m_uId);
+        Work oWork(oLimits, b.m_oNode.Size() * sizeof(Data_Node));
         Data_NodeSet oSet;
-        Evaluator(b, oWork).Run(oPath.IsAbsolute() ? 0 : m_uId, oPath, oSet.m_oId);
-        if (oSet.Size() != 0) oSet.m_oBase = m_oBase;
+        Evaluator(b, oWork).Run(IsAbsolute() ? 0 : oFrom.m_uId, *this, oSet.m_oId);
+        if (oSet.Size() != 0) oSet.m_oBase = oFrom.m_oBase;
         return oSet;
     });
 }

@@ -144,6 +144,7 @@ class Data_NodeSet {
 
   private:
     friend class Data;
+    friend class Data_Xpath;
 
     void WidenGap();
 

@@ -55,8 +55,11 @@ class Data_Xpath {
     // The path began with "//".
     [[nodiscard]] bool IsDescendantFromRoot() const noexcept { return m_bDescendantFromRoot; }
 
-    // Data::GetNodeSet and Data::GetFirst, the other way round, for a path that is used often.
+    // What Data::GetNodeSet gives for this path, which may be used as often as one likes; its own
+    // errors are behind.
     [[nodiscard]] Data_NodeSet Evaluate(const Data& oFrom, const Limits& oLimits = {}) const;
+    // The first of those nodes in the order of a walk, looked for no further than that; an empty
+    // cursor where there is none.
     [[nodiscard]] Data EvaluateFirst(const Data& oFrom, const Limits& oLimits = {}) const;
 
     // The steps in readable form, one a line, appended to oOut.
