@@ -36,6 +36,8 @@ class Answers {
         return m_oPath.sAttribute.empty() && !m_oOptions.bPaths && !m_oOptions.bCount;
     }
     [[nodiscard]] NodeLines& Lines() noexcept { return m_oLines; }
+    // Of which the memory is used again.
+    [[nodiscard]] vok::Data& Part() noexcept { return m_oPart; }
 
     // One more; whether it is still to be printed.
     [[nodiscard]] bool IsNew() {
@@ -86,6 +88,7 @@ class Answers {
     const GetOptions& m_oOptions;
     const NodesOrAttribute m_oPath;
     NodeLines m_oLines;
+    vok::Data m_oPart;
     std::uint64_t m_uFound = 0;
     std::uint64_t m_uPrinted = 0;
 };
@@ -107,7 +110,7 @@ void PrintTree(Answers& oAnswers, const vok::Data& oNode) {
 
 // A part of the document, which alone is held.
 void AddTree(Answers& oAnswers, Document& oDocument) {
-    vok::Data oTree;
+    vok::Data& oTree = oAnswers.Part();
     oDocument.Guard([&] { oDocument.Reader().Take(oTree); });
     if (!oDocument.Reader().GetOuterLinks().empty()) throw NeedsTree();
     // Lines show where in the document links lead to, JSON where in the part.
