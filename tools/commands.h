@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tools/edit.h"
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 namespace tools {
 

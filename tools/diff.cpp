@@ -1,5 +1,5 @@
 // vok diff: where two trees differ.
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 #include <cstdio>
 #include <cstring>

@@ -4,10 +4,10 @@
 
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
+#include "vok/compare/diff.h"
+#include "vok/compare/merge.h"
 #include "vok/data/builder.h"
 #include "vok/data/data.h"
-#include "vok/data/diff.h"
-#include "vok/data/merge.h"
 #include "vok/data/record.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/value.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "tests/support.h"
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 #include "vok/json/json.h"
 
 namespace vok {

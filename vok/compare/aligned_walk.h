@@ -1,9 +1,9 @@
 // Two subtrees side by side, each node beside the one that it belongs to. Internal.
-#ifndef VOK_DATA_ALIGNED_WALK_H
-#define VOK_DATA_ALIGNED_WALK_H
+#ifndef VOK_COMPARE_ALIGNED_WALK_H
+#define VOK_COMPARE_ALIGNED_WALK_H
 
-#include "vok/data/compare_pairs.h"
-#include "vok/data/match_runs.h"
+#include "vok/compare/match_runs.h"
+#include "vok/compare/pairs.h"
 
 namespace vok {
 
@@ -55,4 +55,4 @@ class Data_AlignedWalk : public Data_ComparePairs {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_ALIGNED_WALK_H
+#endif  // VOK_COMPARE_ALIGNED_WALK_H

@@ -1,5 +1,5 @@
 // Comparison of trees.
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 #include <algorithm>
 #include <bit>

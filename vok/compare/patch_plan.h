@@ -1,13 +1,13 @@
 // A patch as it is to be applied: what happens to which node. Internal.
-#ifndef VOK_DATA_PATCH_PLAN_H
-#define VOK_DATA_PATCH_PLAN_H
+#ifndef VOK_COMPARE_PATCH_PLAN_H
+#define VOK_COMPARE_PATCH_PLAN_H
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
 
 #include "vok/base/hash.h"
-#include "vok/data/compare_side.h"
+#include "vok/compare/side.h"
 #include "vok/data/xpath.h"
 
 namespace vok {
@@ -167,4 +167,4 @@ class Data_PatchPlan {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_PATCH_PLAN_H
+#endif  // VOK_COMPARE_PATCH_PLAN_H

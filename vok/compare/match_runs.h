@@ -1,14 +1,14 @@
 // Which nodes of two runs belong together. Internal.
-#ifndef VOK_DATA_MATCH_RUNS_H
-#define VOK_DATA_MATCH_RUNS_H
+#ifndef VOK_COMPARE_MATCH_RUNS_H
+#define VOK_COMPARE_MATCH_RUNS_H
 
 #include <deque>
 #include <string>
 
 #include "vok/base/hash.h"
-#include "vok/data/align.h"
-#include "vok/data/compare_side.h"
-#include "vok/data/subtree_hash.h"
+#include "vok/compare/align.h"
+#include "vok/compare/side.h"
+#include "vok/compare/subtree_hash.h"
 #include "vok/data/xpath.h"
 
 namespace vok {
@@ -98,4 +98,4 @@ class Data_MatchRuns {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_MATCH_RUNS_H
+#endif  // VOK_COMPARE_MATCH_RUNS_H

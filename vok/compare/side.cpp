@@ -1,4 +1,4 @@
-#include "vok/data/compare_side.h"
+#include "vok/compare/side.h"
 
 #include <cstring>
 

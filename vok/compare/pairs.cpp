@@ -1,4 +1,4 @@
-#include "vok/data/compare_pairs.h"
+#include "vok/compare/pairs.h"
 
 #include <algorithm>
 #include <bit>

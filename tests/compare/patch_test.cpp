@@ -3,7 +3,7 @@
 
 #include "tests/data/random_tree.h"
 #include "tests/support.h"
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 #include "vok/dgraph/dgraph.h"
 
 namespace vok {

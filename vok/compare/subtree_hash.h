@@ -1,8 +1,8 @@
 // Numbers that stand for subtrees. Internal.
-#ifndef VOK_DATA_SUBTREE_HASH_H
-#define VOK_DATA_SUBTREE_HASH_H
+#ifndef VOK_COMPARE_SUBTREE_HASH_H
+#define VOK_COMPARE_SUBTREE_HASH_H
 
-#include "vok/data/compare_side.h"
+#include "vok/compare/side.h"
 
 namespace vok {
 
@@ -38,4 +38,4 @@ class Data_SubtreeHash {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_SUBTREE_HASH_H
+#endif  // VOK_COMPARE_SUBTREE_HASH_H

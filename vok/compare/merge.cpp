@@ -1,9 +1,9 @@
 // What two trees have made of a third one, in one tree.
-#include "vok/data/merge.h"
+#include "vok/compare/merge.h"
 
 #include "vok/base/where.h"
+#include "vok/compare/plan_merger.h"
 #include "vok/data/checks.h"
-#include "vok/data/plan_merger.h"
 
 namespace vok {
 

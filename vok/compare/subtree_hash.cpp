@@ -1,4 +1,4 @@
-#include "vok/data/subtree_hash.h"
+#include "vok/compare/subtree_hash.h"
 
 #include <bit>
 #include <cmath>

@@ -1,11 +1,11 @@
 // One of two subtrees that are compared. Internal.
-#ifndef VOK_DATA_COMPARE_SIDE_H
-#define VOK_DATA_COMPARE_SIDE_H
+#ifndef VOK_COMPARE_SIDE_H
+#define VOK_COMPARE_SIDE_H
 
 #include <string_view>
 #include <vector>
 
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 #include "vok/data/id_map.h"
 #include "vok/data/store.h"
 
@@ -126,4 +126,4 @@ class Data_Side {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_COMPARE_SIDE_H
+#endif  // VOK_COMPARE_SIDE_H

@@ -1,8 +1,8 @@
 // What every way through two subtrees does with a pair of nodes. Internal.
-#ifndef VOK_DATA_COMPARE_PAIRS_H
-#define VOK_DATA_COMPARE_PAIRS_H
+#ifndef VOK_COMPARE_PAIRS_H
+#define VOK_COMPARE_PAIRS_H
 
-#include "vok/data/compare_side.h"
+#include "vok/compare/side.h"
 
 namespace vok {
 
@@ -114,4 +114,4 @@ class Data_ComparePairs {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_COMPARE_PAIRS_H
+#endif  // VOK_COMPARE_PAIRS_H

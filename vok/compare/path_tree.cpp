@@ -1,4 +1,4 @@
-#include "vok/data/path_tree.h"
+#include "vok/compare/path_tree.h"
 
 #include "vok/data/escape.h"
 

@@ -1,12 +1,12 @@
 // Comparison of two subtrees.
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 #include <functional>
 
 #include "vok/base/where.h"
-#include "vok/data/aligned_walk.h"
+#include "vok/compare/aligned_walk.h"
+#include "vok/compare/pairs.h"
 #include "vok/data/checks.h"
-#include "vok/data/compare_pairs.h"
 
 namespace vok {
 

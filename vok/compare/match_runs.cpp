@@ -1,12 +1,12 @@
-#include "vok/data/match_runs.h"
+#include "vok/compare/match_runs.h"
 
 #include <algorithm>
 #include <bit>
 #include <utility>
 
 #include "vok/base/number.h"
-#include "vok/data/compare_pairs.h"
-#include "vok/data/messages.h"
+#include "vok/compare/messages.h"
+#include "vok/compare/pairs.h"
 
 namespace vok {
 

@@ -1,5 +1,5 @@
 // Three trees made one.
-#include "vok/data/merge.h"
+#include "vok/compare/merge.h"
 
 #include "tests/data/random_tree.h"
 #include "tests/support.h"

@@ -2,10 +2,10 @@
 #include <string_view>
 
 #include "vok/base/where.h"
+#include "vok/compare/messages.h"
+#include "vok/compare/patch_form.h"
+#include "vok/compare/patch_plan.h"
 #include "vok/data/checks.h"
-#include "vok/data/messages.h"
-#include "vok/data/patch_form.h"
-#include "vok/data/patch_plan.h"
 
 namespace vok {
 

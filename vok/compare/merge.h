@@ -1,9 +1,9 @@
 // Conflicts of three trees, as Data::Merge hands them out.
-#ifndef VOK_DATA_MERGE_H
-#define VOK_DATA_MERGE_H
+#ifndef VOK_COMPARE_MERGE_H
+#define VOK_COMPARE_MERGE_H
 
+#include "vok/compare/diff.h"
 #include "vok/data/data.h"
-#include "vok/data/diff.h"
 
 namespace vok {
 
@@ -51,4 +51,4 @@ struct Data_Conflict {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_MERGE_H
+#endif  // VOK_COMPARE_MERGE_H

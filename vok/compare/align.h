@@ -1,6 +1,6 @@
 // What two sequences have in common. Internal.
-#ifndef VOK_DATA_ALIGN_H
-#define VOK_DATA_ALIGN_H
+#ifndef VOK_COMPARE_ALIGN_H
+#define VOK_COMPARE_ALIGN_H
 
 #include "vok/base/arr.h"
 
@@ -69,4 +69,4 @@ class Data_Align {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_ALIGN_H
+#endif  // VOK_COMPARE_ALIGN_H

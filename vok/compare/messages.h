@@ -1,7 +1,7 @@
 // What comparing and patching are refused with: an extension of the message catalog. Each raises a
 // Msg_Exception. Internal.
-#ifndef VOK_DATA_MESSAGES_H
-#define VOK_DATA_MESSAGES_H
+#ifndef VOK_COMPARE_MESSAGES_H
+#define VOK_COMPARE_MESSAGES_H
 
 #include "vok/base/types.h"
 
@@ -23,4 +23,4 @@ namespace vok::detail {
 
 }  // namespace vok::detail
 
-#endif  // VOK_DATA_MESSAGES_H
+#endif  // VOK_COMPARE_MESSAGES_H

@@ -3,11 +3,11 @@
 #include <string_view>
 
 #include "vok/base/where.h"
-#include "vok/data/aligned_walk.h"
+#include "vok/compare/aligned_walk.h"
+#include "vok/compare/patch_form.h"
+#include "vok/compare/path_tree.h"
 #include "vok/data/checks.h"
 #include "vok/data/escape.h"
-#include "vok/data/patch_form.h"
-#include "vok/data/path_tree.h"
 
 namespace vok {
 

@@ -1,4 +1,4 @@
-#include "vok/data/messages.h"
+#include "vok/compare/messages.h"
 
 #include "vok/base/msg_entry.h"
 

@@ -1,4 +1,4 @@
-#include "vok/data/aligned_walk.h"
+#include "vok/compare/aligned_walk.h"
 
 #include <algorithm>
 #include <utility>

@@ -13,11 +13,11 @@
 // Paths start at the node of the edit that they stand in. Positions are those before anything is
 // changed, but for the last one of an insert and that in @to, which are those when all is done.
 // Removed nodes do not count. The order of all these does not matter.
-#ifndef VOK_DATA_PATCH_FORM_H
-#define VOK_DATA_PATCH_FORM_H
+#ifndef VOK_COMPARE_PATCH_FORM_H
+#define VOK_COMPARE_PATCH_FORM_H
 
+#include "vok/compare/side.h"
 #include "vok/data/builder.h"
-#include "vok/data/compare_side.h"
 #include "vok/data/walk.h"
 
 namespace vok::patch {
@@ -94,4 +94,4 @@ template <class SameLinks>
 
 }  // namespace vok::patch
 
-#endif  // VOK_DATA_PATCH_FORM_H
+#endif  // VOK_COMPARE_PATCH_FORM_H

@@ -1,4 +1,4 @@
-#include "vok/data/align.h"
+#include "vok/compare/align.h"
 
 #include <algorithm>
 #include <utility>

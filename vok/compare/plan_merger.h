@@ -1,13 +1,13 @@
 // Two patches of one tree made one. Internal.
-#ifndef VOK_DATA_PLAN_MERGER_H
-#define VOK_DATA_PLAN_MERGER_H
+#ifndef VOK_COMPARE_PLAN_MERGER_H
+#define VOK_COMPARE_PLAN_MERGER_H
 
 #include <deque>
 #include <functional>
 
-#include "vok/data/match_runs.h"
-#include "vok/data/merge.h"
-#include "vok/data/patch_plan.h"
+#include "vok/compare/match_runs.h"
+#include "vok/compare/merge.h"
+#include "vok/compare/patch_plan.h"
 
 namespace vok {
 
@@ -114,4 +114,4 @@ class Data_PlanMerger {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_PLAN_MERGER_H
+#endif  // VOK_COMPARE_PLAN_MERGER_H

@@ -1,8 +1,8 @@
 // Paths to some nodes of a tree, each part of them once. Internal.
-#ifndef VOK_DATA_PATH_TREE_H
-#define VOK_DATA_PATH_TREE_H
+#ifndef VOK_COMPARE_PATH_TREE_H
+#define VOK_COMPARE_PATH_TREE_H
 
-#include "vok/data/compare_side.h"
+#include "vok/compare/side.h"
 
 namespace vok {
 
@@ -73,4 +73,4 @@ class Data_PathTree {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_PATH_TREE_H
+#endif  // VOK_COMPARE_PATH_TREE_H

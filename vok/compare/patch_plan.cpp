@@ -1,10 +1,10 @@
-#include "vok/data/patch_plan.h"
+#include "vok/compare/patch_plan.h"
 
 #include <charconv>
 
+#include "vok/compare/messages.h"
+#include "vok/compare/patch_form.h"
 #include "vok/data/escape.h"
-#include "vok/data/messages.h"
-#include "vok/data/patch_form.h"
 
 namespace vok {
 

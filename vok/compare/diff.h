@@ -1,6 +1,6 @@
 // Differences of two trees, as Data::Diff hands them out.
-#ifndef VOK_DATA_DIFF_H
-#define VOK_DATA_DIFF_H
+#ifndef VOK_COMPARE_DIFF_H
+#define VOK_COMPARE_DIFF_H
 
 #include <string>
 #include <vector>
@@ -60,4 +60,4 @@ struct Data_DiffOptions {
 
 }  // namespace vok
 
-#endif  // VOK_DATA_DIFF_H
+#endif  // VOK_COMPARE_DIFF_H

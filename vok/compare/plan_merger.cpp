@@ -1,9 +1,9 @@
-#include "vok/data/plan_merger.h"
+#include "vok/compare/plan_merger.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "vok/data/patch_form.h"
+#include "vok/compare/patch_form.h"
 
 namespace vok {
 
