@@ -40,6 +40,7 @@ struct ShowOptions {
     bool bPlain = false;
     bool bJson = false;
     bool bHtml = false;
+    bool bBytes = false;     // in the page
     std::string sOut = "-";  // of a page
 };
 int Show(const ShowOptions& o);
@@ -57,9 +58,14 @@ struct GetOptions {
 };
 int Get(const GetOptions& o);
 
-int Info(const std::string& sFile);
-// uAtOnce: how many at a time.
-int Check(const std::vector<std::string>& asFile, unsigned uAtOnce);
+int Info(const std::string& sFile, bool bJson);
+
+struct CheckOptions {
+    std::vector<std::string> asFile;
+    unsigned uAtOnce = 1;  // how many at a time
+    bool bJson = false;
+};
+int Check(const CheckOptions& o);
 
 struct DiffOptions {
     std::string sA;
@@ -67,9 +73,10 @@ struct DiffOptions {
     bool bQuiet = false;
     bool bByPosition = false;
     bool bJson = false;
+    bool bHtml = false;
     vok::Data_DiffOptions oCompare;
-    std::string sPatch;  // where the patch goes; empty: differences are listed
-    std::string sTo;     // its form; empty: by extension
+    std::string sOut;  // where the patch or the page goes; empty: differences are listed
+    std::string sTo;   // its form; empty: by extension
 };
 int Diff(const DiffOptions& o);
 

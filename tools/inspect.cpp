@@ -68,18 +68,6 @@ std::string PathText(std::string_view sPath) {
     return "..." + Escaped(sPath.substr(uFrom));
 }
 
-std::string Hex(std::string_view s, bool bBlanks) {
-    constexpr char DIGITS[] = "0123456789abcdef";
-    std::string sHex;
-    for (const char c : s) {
-        if (bBlanks && !sHex.empty()) sHex += ' ';
-        const auto u = static_cast<unsigned char>(c);
-        sHex += DIGITS[u >> 4];
-        sHex += DIGITS[u & 15];
-    }
-    return sHex;
-}
-
 // ---- lines for people -----------------------------------------------------------
 
 class Lines {

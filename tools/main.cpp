@@ -89,6 +89,8 @@ void AddShow(CLI::App& oApp) {
                               "level, searches, follows links, copies paths")
                       ->excludes(pJson)
                       ->excludes("--depth");
+    p->add_flag("--bytes", o->bBytes, "With the bytes of each node in DGraph documents and XML")
+        ->needs(pHtml);
     p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);
     p->footer(PATHS);
     p->callback([o] { g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o); });
@@ -120,20 +122,25 @@ void AddGet(CLI::App& oApp) {
 void AddFileCommands(CLI::App& oApp) {
     auto* pInfo = oApp.add_subcommand("info", "Tell the form, version and contents of a file");
     auto sFile = std::make_shared<std::string>();
+    auto bJson = std::make_shared<bool>(false);
     pInfo->add_option("FILE", *sFile, "File to read, - for standard input")->required();
-    pInfo->callback([sFile] { g_iExit = Info(*sFile); });
+    pInfo->add_flag("--json", *bJson, "A JSON object");
+    pInfo->footer("Example: vok info orders.dgraph.gz --json");
+    pInfo->callback([sFile, bJson] { g_iExit = Info(*sFile, *bJson); });
 
     auto* pCheck = oApp.add_subcommand("check", "Load files and report the first fault of each");
-    auto asFile = std::make_shared<std::vector<std::string>>();
-    pCheck->add_option("FILE", *asFile, "Files to read, - for standard input")->required();
+    auto o = std::make_shared<CheckOptions>();
+    pCheck->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
+    pCheck->add_option("-j,--jobs", o->uAtOnce, "Files to check at the same time")
+        ->check(CLI::Range(1, 256));
+    pCheck->add_flag("--json", o->bJson,
+                     "A JSON object a line: file, good, form and nodes, or fault and its place");
     pCheck->footer(
         "A file is faulty also when it was cut short, or when bytes stand behind its document. "
         "Exit\n"
-        "status 1 when one of them is faulty, 2 when one could not be read.");
-    auto uAtOnce = std::make_shared<unsigned>(1);
-    pCheck->add_option("-j,--jobs", *uAtOnce, "Files to check at the same time")
-        ->check(CLI::Range(1, 256));
-    pCheck->callback([asFile, uAtOnce] { g_iExit = Check(*asFile, *uAtOnce); });
+        "status 1 when one of them is faulty, 2 when one could not be read.\n"
+        "Example: vok check -j 4 *.dgraph");
+    pCheck->callback([o] { g_iExit = Check(*o); });
 }
 
 void AddHash(CLI::App& oApp) {

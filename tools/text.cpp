@@ -139,6 +139,18 @@ std::string Visible(std::string_view sText) {
     return Escape(sText, false);
 }
 
+std::string Hex(std::string_view sBytes, bool bBlanks) {
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string sHex;
+    for (const char c : sBytes) {
+        if (bBlanks && !sHex.empty()) sHex += ' ';
+        const auto u = static_cast<unsigned char>(c);
+        sHex += DIGITS[u >> 4];
+        sHex += DIGITS[u & 15];
+    }
+    return sHex;
+}
+
 void Tell(std::string_view sName, std::string_view sWhat) {
     std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
 }

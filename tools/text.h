@@ -31,6 +31,9 @@ std::string Quoted(std::string_view sText);
 // The same for messages, whose backslashes - in paths, say - stay as they are.
 std::string Visible(std::string_view sText);
 
+// Two digits a byte, with blanks between them where asked.
+std::string Hex(std::string_view sBytes, bool bBlanks = false);
+
 // A line on standard error about a member of an archive or a file.
 void Tell(std::string_view sName, std::string_view sWhat);
 

@@ -92,15 +92,20 @@ const std::string g_sHostile =
     "document.title='taken'&lt;/script&gt;</a><_x003C_b_x003E_>&lt;!--</_x003C_b_x003E_>"
     "<list><i>1</i><i>two</i><to CDNodeIDREF='ID1'/></list><t CDNodeID='ID1'/></R>";
 
+// The data of a page.
+std::string DataOf(const std::string& sPage) {
+    const std::string sBegin = "<script type=\"application/json\" id=\"data\">";
+    const std::size_t uData = sPage.find(sBegin) + sBegin.size();
+    return sPage.substr(uData, sPage.find('<', uData) - uData);
+}
+
 TEST_F(Program, Pages) {
     ToDisk("t.xml", g_sHostile);
     ASSERT_EQ(Run("show --html t.xml -o t.html").iExit, 0) << OnDisk("err");
     const std::string sPage = OnDisk("t.html");
     EXPECT_LT(sPage.size(), 100u * 1024);
-    const std::string sBegin = "<script type=\"application/json\" id=\"data\">";
-    const std::size_t uData = sPage.find(sBegin) + sBegin.size();
-    const std::string sData = sPage.substr(uData, sPage.find('<', uData) - uData);
-    EXPECT_TRUE(sPage.substr(uData + sData.size()).starts_with("</script>"));
+    const std::string sData = DataOf(sPage);
+    EXPECT_TRUE(sPage.substr(sPage.find(sData) + sData.size()).starts_with("</script>"));
     EXPECT_TRUE(Has(sData, "\\u003c/script>"));
     EXPECT_TRUE(Has(sData, "[6,12,3,7],"));  // "to", a Link below node 3, to node 7
     EXPECT_EQ(Run("show --html t.xml").sOut, sPage);
@@ -108,6 +113,53 @@ TEST_F(Program, Pages) {
     EXPECT_EQ(Run("show --html t.xml /list/i").iExit, 2);
     EXPECT_EQ(Run("show --html t.xml /none").iExit, 1);
     EXPECT_EQ(Run("show t.xml -o x").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
+TEST_F(Program, PagesWithBytes) {
+    const auto oBytes = [&](const std::string& sFile) {
+        EXPECT_EQ(Run("show --html --bytes " + sFile + " -o t.html").iExit, 0) << OnDisk("err");
+        const std::string sData = DataOf(OnDisk("t.html"));
+        return sData.substr(sData.find("\"bytes\""));
+    };
+    // Elements out of order are the nodes that they became.
+    ToDisk("t.xml", "<R><b>1</b><a/><b>2</b></R>");
+    EXPECT_EQ(oBytes("t.xml"),
+              "\"bytes\":[[0,3,\"3c523e\"],[11,4,\"3c612f3e\"],[3,8,\"3c623e313c2f623e\"],"
+              "[15,12,\"3c623e323c2f623e3c2f523e\"]]}");
+    ToDisk("t16.xml", std::string("\xFE\xFF\0<\0R\0/\0>", 10));
+    EXPECT_EQ(oBytes("t16.xml"), "\"bytes\":[[2,8,\"003c0052002f003e\"]]}");
+    // Of what is wrapped the place in the document.
+    ASSERT_EQ(Run("convert t.xml t.dgraph.gz").iExit, 0);
+    const std::string sData = oBytes("t.dgraph.gz");
+    EXPECT_TRUE(Has(sData, "[30,13,\"04000000525b305d0003000000\"]")) << sData;
+    EXPECT_TRUE(Has(sData, "[43,13,\"04000000615b305d0000000000\"]")) << sData;
+    ASSERT_EQ(Run("convert t.xml t.dump").iExit, 0);
+    EXPECT_EQ(Run("show --html --bytes t.dump").iExit, 2);
+    EXPECT_EQ(Run("show --bytes t.xml").iExit, 2);
+}
+
+TEST_F(Program, PagesOfDifferences) {
+    ToDisk("a.xml", g_sHostile);
+    std::string sOther = g_sHostile;
+    sOther.replace(sOther.find(">two<"), 5, ">three<");
+    ToDisk("b.xml", sOther);
+    ASSERT_EQ(Run("diff --html a.xml b.xml -o d.html").iExit, 1) << OnDisk("err");
+    EXPECT_EQ(DataOf(OnDisk("d.html")),
+              "{\"a\":\"a.xml\",\"b\":\"b.xml\",\"differences\":["
+              "{\"what\":\"value\",\"a\":\"/list[0]/i[1]\",\"b\":\"/list[0]/i[1]\","
+              "\"old\":{\"type\":\"String\",\"value\":\"two\"},"
+              "\"new\":{\"type\":\"String\",\"value\":\"three\"}}],\"more\":false}");
+    const Outcome oEqual = Run("diff --html a.xml a.xml");
+    EXPECT_EQ(oEqual.iExit, 0);
+    EXPECT_TRUE(Has(DataOf(oEqual.sOut), "\"differences\":[]"));
+    // Texts never end the script that they are in.
+    sOther.replace(sOther.find("</a>"), 4, "!</a>");
+    ToDisk("b.xml", sOther);
+    const std::string sData = DataOf(Run("diff --html a.xml b.xml").sOut);
+    EXPECT_TRUE(Has(sData, "\\u003c/script>\\u003cscript>document.title='taken'"));
+    EXPECT_TRUE(sData.ends_with("\"more\":false}"));
+    EXPECT_EQ(Run("diff --by-position -o p.xml a.xml b.xml").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
 }
 
