@@ -46,3 +46,11 @@ endif()
 pkgconfig(vok "Self-describing object trees" "${core}" -lz)
 pkgconfig(vok-serializer "Objects as self-describing trees" "-l:libvok_serializer.a ${core}" -lz)
 pkgconfig(vok-serializer-c "Objects as self-describing trees, from C" "-lvok_serializer")
+
+# What debuggers show trees with. gdb finds it for the shared library; else it is to be sourced.
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/gdb/vok.py DESTINATION ${CMAKE_INSTALL_DATADIR}/vok/gdb)
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/vok.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/vok)
+if(VOK_SHARED)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/gdb/vok.py RENAME libvok.so.${PROJECT_VERSION}-gdb.py
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+endif()
