@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the libraries with the headers that programs include, a package that find_package(vok)
 # finds - components serializer (C++), serializer_c (C) and shared - and modules for pkg-config.
 include(CMakePackageConfigHelpers)
@@ -49,7 +50,8 @@ pkgconfig(vok-serializer-c "Objects as self-describing trees, from C" "-lvok_ser
 
 # What debuggers show trees with. gdb finds it for the shared library; else it is to be sourced.
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/gdb/vok.py DESTINATION ${CMAKE_INSTALL_DATADIR}/vok/gdb)
-install(FILES ${PROJECT_SOURCE_DIR}/packaging/vok.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/vok)
+install(FILES ${PROJECT_SOURCE_DIR}/packaging/vok.natvis ${PROJECT_BINARY_DIR}/vok.spdx.json
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/vok)
 if(VOK_SHARED)
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/gdb/vok.py RENAME libvok.so.${PROJECT_VERSION}-gdb.py
           DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The C++ library once more as a shared one, of the same sources: the static one hides its symbols, for
 # libraries that are made of it.
 get_target_property(sources vok SOURCES)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok check: whether files can be loaded, and where they cannot.
 #include <algorithm>
 #include <atomic>

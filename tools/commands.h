@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands of the program. Each returns the exit status and may throw what the library
 // throws; main() turns that into a message.
 #ifndef TOOLS_COMMANDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/compare_commands.h"
 
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok diff: where two trees differ.
 #include "vok/compare/diff.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok info: what is in a file.
 #include <string>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees from files of any form.
 #ifndef TOOLS_INPUT_H
 #define TOOLS_INPUT_H

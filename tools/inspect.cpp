@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok inspect: bytes beside what they mean.
 #include <algorithm>
 #include <cstdio>

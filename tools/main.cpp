@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program "vok": trees in files, without writing code.
 #include <algorithm>
 #include <cstdio>

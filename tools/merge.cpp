@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok merge: what two trees have made of a third one, in one.
 #include "vok/compare/merge.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/node_bytes.h"
 
 #include <map>

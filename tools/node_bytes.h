@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the nodes of a tree stand in the document that it was loaded from.
 #ifndef TOOLS_NODE_BYTES_H
 #define TOOLS_NODE_BYTES_H

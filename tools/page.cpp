@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/page.h"
 
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pages for a browser, which need nothing else: a fixed part, which the build puts in the program
 // from the files in tools/pages, and data.
 #ifndef TOOLS_PAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A progress line on standard error for work that takes its time.
 #ifndef TOOLS_PROGRESS_H
 #define TOOLS_PROGRESS_H

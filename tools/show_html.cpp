@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok show --html: a tree as a page that needs nothing but a browser.
 #include <cmath>
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is in a document, found out in one go.
 #ifndef TOOLS_SURVEY_H
 #define TOOLS_SURVEY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes as text for people and shells.
 #ifndef TOOLS_TEXT_H
 #define TOOLS_TEXT_H

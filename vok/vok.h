@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole native library, in reading order.
 #ifndef VOK_VOK_H
 #define VOK_VOK_H

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Shows trees in gdb: "print root" a tree to a depth, "print node" the path, type and value of a node; texts and arrays
 # as what they hold. Needs no debug information of the library, so it works on core files of optimized programs too.
 #

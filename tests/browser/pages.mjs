@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Drives the pages of "vok show --html" and "vok diff --html" as a person does.
 //     node pages.mjs VOK FOLDER       with CHROMIUM, else /usr/bin/chromium
 import assert from 'node:assert/strict';

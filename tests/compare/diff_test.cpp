@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparison of trees.
 #include "vok/compare/diff.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Three trees made one.
 #include "vok/compare/merge.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Patches: made, stored, applied, refused.
 #include <cstring>
 

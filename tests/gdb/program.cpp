@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the printers are tried on: stopped at Here, with a tree in order, one that is being built,
 // and one without nodes.
 #include "vok/data/data.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of JSON share.
 #ifndef TESTS_JSON_JSON_SUPPORT_H
 #define TESTS_JSON_JSON_SUPPORT_H

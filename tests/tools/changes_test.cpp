@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What differs, and how documents are changed.
 #include <cctype>
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes beside their meaning, what is left of damaged documents, pages for a browser.
 #include <cctype>
 

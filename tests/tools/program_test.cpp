@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program as a shell sees it: what it tells of a document.
 #include <cctype>
 

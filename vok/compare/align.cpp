@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/align.h"
 
 #include <algorithm>

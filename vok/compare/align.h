@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What two sequences have in common. Internal.
 #ifndef VOK_COMPARE_ALIGN_H
 #define VOK_COMPARE_ALIGN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/aligned_walk.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two subtrees side by side, each node beside the one that it belongs to. Internal.
 #ifndef VOK_COMPARE_ALIGNED_WALK_H
 #define VOK_COMPARE_ALIGNED_WALK_H

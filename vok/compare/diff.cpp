@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparison of two subtrees.
 #include "vok/compare/diff.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Differences of two trees, as Data::Diff hands them out.
 #ifndef VOK_COMPARE_DIFF_H
 #define VOK_COMPARE_DIFF_H

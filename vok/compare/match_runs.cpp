@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/match_runs.h"
 
 #include <algorithm>

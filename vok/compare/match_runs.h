@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which nodes of two runs belong together. Internal.
 #ifndef VOK_COMPARE_MATCH_RUNS_H
 #define VOK_COMPARE_MATCH_RUNS_H

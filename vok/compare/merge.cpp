@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What two trees have made of a third one, in one tree.
 #include "vok/compare/merge.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conflicts of three trees, as Data::Merge hands them out.
 #ifndef VOK_COMPARE_MERGE_H
 #define VOK_COMPARE_MERGE_H

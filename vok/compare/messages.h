@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What comparing and patching are refused with: an extension of the message catalog. Each raises a
 // Msg_Exception. Internal.
 #ifndef VOK_COMPARE_MESSAGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/pairs.h"
 
 #include <algorithm>

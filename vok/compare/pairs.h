@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every way through two subtrees does with a pair of nodes. Internal.
 #ifndef VOK_COMPARE_PAIRS_H
 #define VOK_COMPARE_PAIRS_H

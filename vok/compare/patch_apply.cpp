@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A tree with the changes of a patch.
 #include <string_view>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a patch looks like (docs/compare.md). Internal.
 //
 //     patch @version="1"          the edit of the top

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What has to be done to one tree for it to be as another.
 #include <string>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/patch_plan.h"
 
 #include <charconv>

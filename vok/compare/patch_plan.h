@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A patch as it is to be applied: what happens to which node. Internal.
 #ifndef VOK_COMPARE_PATCH_PLAN_H
 #define VOK_COMPARE_PATCH_PLAN_H

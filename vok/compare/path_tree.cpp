@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/path_tree.h"
 
 #include "vok/data/escape.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths to some nodes of a tree, each part of them once. Internal.
 #ifndef VOK_COMPARE_PATH_TREE_H
 #define VOK_COMPARE_PATH_TREE_H

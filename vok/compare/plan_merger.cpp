@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/plan_merger.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two patches of one tree made one. Internal.
 #ifndef VOK_COMPARE_PLAN_MERGER_H
 #define VOK_COMPARE_PLAN_MERGER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One of two subtrees that are compared. Internal.
 #ifndef VOK_COMPARE_SIDE_H
 #define VOK_COMPARE_SIDE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/compare/subtree_hash.h"
 
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers that stand for subtrees. Internal.
 #ifndef VOK_COMPARE_SUBTREE_HASH_H
 #define VOK_COMPARE_SUBTREE_HASH_H

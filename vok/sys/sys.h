@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one door to the operating system. Everything else in the library is
 // written against this header; posix.cpp and win32.cpp stand behind it, and no
 // other file includes a system header. Internal.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/sys/sys.h"
 
 #include <algorithm>
