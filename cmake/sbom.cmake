@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # vok.spdx.json: what is in the libraries and the program, as a bill of materials in the form SPDX 2.3. Versions are
 # those that this build uses.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # For a registry of your own: SOURCE_PATH is where the sources are.
 vcpkg_check_features(OUT_FEATURE_OPTIONS features FEATURES tool VOK_PROGRAM)
 vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}"

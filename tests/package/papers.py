@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """papers.py SOURCE BUILD: holds what describes the project from outside to the project: the recipes for package
 managers, the bill of materials, the Debian packages, versions and licences."""
 import ast

@@ -100,9 +100,6 @@ TEST_F(Program, Merging) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
-#ifndef _WIN32  // whose shell is another
-// The examples of docs/compare.md: files, and what commands print.
-
 // What is done in every form and wrapping, in its place, is what the library does.
 TEST_F(Program, Editing) {
     const auto oMake = [] {
