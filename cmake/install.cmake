@@ -1,10 +1,10 @@
 # Installs the libraries with the headers that programs include, and a package that
-# find_package(vok) finds: vok::vok, vok::serializer and, for C, vok::serializer_c.
+# find_package(vok) finds: vok::vok, vok::serializer and, for C, vok::c and vok::serializer_c.
 include(CMakePackageConfigHelpers)
 
 set(VOK_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vok)
 
-install(TARGETS vok vok_serializer vok_serializer_c EXPORT vok-targets FILE_SET HEADERS
+install(TARGETS vok vok_serializer vok_c vok_serializer_c EXPORT vok-targets FILE_SET HEADERS
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})  # for a CMake that knows no header sets
 install(EXPORT vok-targets NAMESPACE vok:: DESTINATION ${VOK_PACKAGE_DIR})
 
