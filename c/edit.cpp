@@ -7,6 +7,7 @@
 #include "vok/data/diff.h"
 
 using namespace vok;
+using c::Ask;
 using c::Call;
 using c::Find;
 using c::Out;
@@ -66,15 +67,14 @@ vok_tree_status vok_tree_reset(vok_tree_node* node) {
 }
 
 vok_tree_status vok_tree_has_cycle(const vok_tree_node* node, int32_t* has) {
-    return Call(__func__, [&] { Out(has, "has") = Use(node).HasCycle() ? 1 : 0; });
+    return Ask(__func__, has, "has", [&] { return Use(node).HasCycle() ? 1 : 0; });
 }
 
 // ---- comparing --------------------------------------------------------------
 
 vok_tree_status vok_tree_is_equal(const vok_tree_node* a, const vok_tree_node* b, int32_t* equal) {
-    return Call(__func__, [&] {
-        Out(equal, "equal") = Data::Equal(Use(a, "a").m_oData, Use(b, "b").m_oData) ? 1 : 0;
-    });
+    return Ask(__func__, equal, "equal",
+               [&] { return Data::Equal(Use(a, "a").m_oData, Use(b, "b").m_oData) ? 1 : 0; });
 }
 
 vok_tree_status vok_tree_hash(const vok_tree_node* node, uint8_t hash[16]) {

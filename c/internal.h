@@ -173,6 +173,15 @@ vok_tree_status Find(const char* sName, vok_tree_node* pFound, F&& oBody) noexce
     });
 }
 
+// The shell of what gives a value, for which there must be room.
+template <class T, class F>
+vok_tree_status Ask(const char* sName, T* pOut, const char* sOut, F&& oBody) noexcept {
+    return Call(sName, [&] {
+        T& tOut = Out(pOut, sOut);
+        tOut = oBody();
+    });
+}
+
 }  // namespace vok::c
 
 #endif  // C_INTERNAL_H

@@ -5,6 +5,7 @@
 #include "vok/data/succ_it.h"
 
 using namespace vok;
+using c::Ask;
 using c::Call;
 using c::CopyOut;
 using c::Find;
@@ -90,7 +91,7 @@ vok_tree_status vok_tree_previous_sibling(const vok_tree_node* node, vok_tree_no
 }
 
 vok_tree_status vok_tree_depth(const vok_tree_node* node, int32_t* depth) {
-    return Call(__func__, [&] { Out(depth, "depth") = Use(node).NodeDepth(); });
+    return Ask(__func__, depth, "depth", [&] { return Use(node).NodeDepth(); });
 }
 
 // ---- names ------------------------------------------------------------------
@@ -135,14 +136,14 @@ vok_tree_status vok_tree_succ(const vok_tree_node* node, const char* name, uint3
 }
 
 vok_tree_status vok_tree_succ_count(const vok_tree_node* node, const char* name, uint32_t* count) {
-    return Call(__func__, [&] {
+    return Ask(__func__, count, "count", [&] {
         const Data& oNode = Use(node);
-        Out(count, "count") = name != nullptr ? oNode.GetSuccCount(name) : oNode.GetSuccIt().Size();
+        return name != nullptr ? oNode.GetSuccCount(name) : oNode.GetSuccIt().Size();
     });
 }
 
 vok_tree_status vok_tree_live_succs(const vok_tree_node* node, uint32_t* count) {
-    return Call(__func__, [&] { Out(count, "count") = Use(node).GetLiveSuccs(); });
+    return Ask(__func__, count, "count", [&] { return Use(node).GetLiveSuccs(); });
 }
 
 vok_tree_status vok_tree_iterate(const vok_tree_node* node, const char* name,

@@ -11,6 +11,7 @@
 #include "vok/records/writer.h"
 
 using namespace vok;
+using c::Ask;
 using c::Call;
 using c::CopyOut;
 using c::Give;
@@ -197,10 +198,8 @@ vok_tree_status vok_tree_reader_take(vok_tree_reader* reader, vok_tree_node* nod
 }
 
 vok_tree_status vok_tree_reader_report(const vok_tree_reader* reader, vok_tree_report* report) {
-    return Call(__func__, [&] {
-        const vok_tree_reader& o = Use(reader, "reader");
-        Out(report, "report") = c::ToC(o.m_oReader->GetReport());
-    });
+    return Ask(__func__, report, "report",
+               [&] { return c::ToC(Use(reader, "reader").m_oReader->GetReport()); });
 }
 
 vok_tree_status vok_tree_writer_open_file(const char* path, int32_t form,

@@ -4,6 +4,7 @@
 #include "c/convert.h"
 
 using namespace vok;
+using c::Ask;
 using c::BlockSize;
 using c::Call;
 using c::Find;
@@ -130,15 +131,16 @@ Data_Value ForTree(const vok_tree_value* pValue) {
 // ---- any type ---------------------------------------------------------------
 
 vok_tree_status vok_tree_type(const vok_tree_node* node, int32_t* type) {
-    return Call(__func__, [&] { Out(type, "type") = static_cast<int32_t>(Use(node).GetType()); });
+    return Ask(__func__, type, "type", [&] { return static_cast<int32_t>(Use(node).GetType()); });
 }
 
 const char* vok_tree_type_name(int32_t type) {
-    return Data_Node::TypeName(static_cast<u2_t>(type));
+    // 11 is the number of none; only four bits of a greater one would count.
+    return Data_Node::TypeName(type >= 0 && type < 16 ? static_cast<u2_t>(type) : 11);
 }
 
 vok_tree_status vok_tree_get_value(const vok_tree_node* node, vok_tree_value* value) {
-    return Call(__func__, [&] { Out(value, "value") = c::ToC(ValueOf(Use(node))); });
+    return Ask(__func__, value, "value", [&] { return c::ToC(ValueOf(Use(node))); });
 }
 
 vok_tree_status vok_tree_set_value(vok_tree_node* node, const vok_tree_value* value) {
@@ -199,11 +201,10 @@ vok_tree_status vok_tree_get_text(const vok_tree_node* node, const char** text, 
 
 vok_tree_status vok_tree_get_bytes(const vok_tree_node* node, const void** bytes, size_t* size) {
     return Get(__func__, node, Data_Node::Binary, bytes, [&](const Data& o) {
-        std::size_t& uSize = Out(size, "size");
-        u2_t u = 0;
-        const void* const pBytes = o.GetValBin(u);
-        uSize = u;
-        return u != 0 ? pBytes : nullptr;
+        u2_t uSize = 0;
+        const void* const pBytes = o.GetValBin(uSize);
+        c::SetIfWanted(size, std::size_t{uSize});
+        return uSize != 0 ? pBytes : nullptr;
     });
 }
 
@@ -224,11 +225,11 @@ vok_tree_status vok_tree_get_link(const vok_tree_node* node, vok_tree_node* foun
 }
 
 vok_tree_status vok_tree_as_int(const vok_tree_node* node, int32_t other, int64_t* value) {
-    return Call(__func__, [&] { Out(value, "value") = Use(node).CvtInt(other); });
+    return Ask(__func__, value, "value", [&] { return Use(node).CvtInt(other); });
 }
 
 vok_tree_status vok_tree_as_double(const vok_tree_node* node, double other, double* value) {
-    return Call(__func__, [&] { Out(value, "value") = Use(node).CvtDbl(other); });
+    return Ask(__func__, value, "value", [&] { return Use(node).CvtDbl(other); });
 }
 
 vok_tree_status vok_tree_as_text(const vok_tree_node* node, const char* other, char* buffer,

@@ -12,7 +12,7 @@ extern "C" {
 
 /* A form, one of the wrappings or none, and flags, joined by "|". */
 enum {
-    VOK_TREE_ANY = 0, /* for loading: what the first bytes say */
+    VOK_TREE_ANY = 0, /* for loading: what the first bytes say; JSON as an object or a list */
     VOK_TREE_XML = 1,
     VOK_TREE_DGRAPH = 2,
     VOK_TREE_JSON = 3,

@@ -73,7 +73,7 @@ VOK_TREE_API vok_tree_status vok_tree_get_long(const vok_tree_node* node, uint64
 /* Borrowed. The length is optional. */
 VOK_TREE_API vok_tree_status vok_tree_get_text(const vok_tree_node* node, const char** text,
                                                size_t* length);
-/* Borrowed; null when there are none. */
+/* Borrowed; null when there are none. The size is optional. */
 VOK_TREE_API vok_tree_status vok_tree_get_bytes(const vok_tree_node* node, const void** bytes,
                                                 size_t* size);
 VOK_TREE_API vok_tree_status vok_tree_get_quad(const vok_tree_node* node, uint32_t quad[4]);
