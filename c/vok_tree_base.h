@@ -85,7 +85,8 @@ VOK_TREE_API int64_t vok_tree_live_bytes(void);
 /* ---- limits -------------------------------------------------------------- */
 
 /* What one operation over data from outside may use up. The defaults keep what a document costs in
- * proportion to its size: about a microsecond and 200 bytes of memory for each of its bytes. */
+ * proportion to its size: about a microsecond and 200 bytes of memory for each of its bytes. A
+ * breach names what raises it in C++: m_uDepth is VOK_TREE_LIMIT_DEPTH. */
 enum {
     VOK_TREE_LIMIT_NODES = 0,
     VOK_TREE_LIMIT_DEPTH = 1,
