@@ -30,7 +30,8 @@ VOK_TREE_API vok_tree_status vok_tree_delete(vok_tree_node* node);
 VOK_TREE_API vok_tree_status vok_tree_rename(vok_tree_node* node, const char* name,
                                              uint32_t position);
 /* Makes the node, with everything below it, a successor of parent. In another tree it is a copy,
- * on which the cursor then stands. Not for the root, nor to a place below itself. */
+ * on which the cursor then stands; the node itself is removed, as vok_tree_remove does it. Not for
+ * the root, nor to a place below itself. */
 VOK_TREE_API vok_tree_status vok_tree_move(vok_tree_node* node, vok_tree_node* parent,
                                            uint32_t position);
 /* Copies the node and everything below it, to any tree; links within it lead to the copies. Linear.

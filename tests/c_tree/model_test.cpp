@@ -252,7 +252,7 @@ class Player {
         Model* const p = Any();
         Cursor o;
         Go(o, p);
-        switch (Below(16)) {
+        switch (Below(20)) {
             case 0:
             case 1: return Add(p, o);
             case 2:
@@ -268,6 +268,10 @@ class Player {
             case 12: return Iterate(p, o);
             case 13: return Below(4) == 0 ? Shrink() : Neighbours(p, o);
             case 14: return Document();
+            case 15: return Link(p, o);
+            case 16: return Clone(p, o);
+            case 17: return Wide(p, o);
+            case 18: return Nothing();
             default: return Below(2) == 0 ? Create(p, o) : Records();
         }
     }
@@ -522,6 +526,106 @@ class Player {
         EXPECT_EQ(vok_tree_shrink(m_oRoot), VOK_TREE_OK);
         EXPECT_EQ(vok_tree_node_count(m_oRoot), m_oAll.size());
         Learn(m_pRoot.get(), m_oRoot);
+    }
+    // A link, which the model does not keep.
+    void Link(Model* p, vok_tree_node* o) {
+        Cursor oTarget;
+        Cursor oFound;
+        Go(oTarget, Any());
+        Expect(vok_tree_set_link(o, oTarget), p->IsLeaf());
+        if (!p->IsLeaf()) return;
+        EXPECT_EQ(vok_tree_get_link(o, oFound), VOK_TREE_OK);
+        EXPECT_TRUE(vok_tree_is_same(oFound, oTarget));
+        std::int32_t iCycle = 0;
+        EXPECT_EQ(vok_tree_has_cycle(oTarget, &iCycle), VOK_TREE_OK);
+        Model* const pTarget = Of(oTarget);
+        EXPECT_GE(iCycle, p->IsBelow(pTarget) ? 1 : 0);
+        Expect(vok_tree_clear_value(o), true);
+        NoValue(p);
+    }
+    [[nodiscard]] Model* Of(const vok_tree_node* o) {
+        return *std::find_if(m_oAll.begin(), m_oAll.end(),
+                             [o](const Model* p) { return p->uId == vok_tree_id(o); });
+    }
+    // A tree of its own, changed; what differs makes the one of the other. Nodes move over to it.
+    void Clone(Model* p, vok_tree_node* o) {
+        Cursor oClone;
+        Cursor oPatch;
+        Cursor oAgain;
+        std::int32_t iEqual = 0;
+        Expect(vok_tree_clone(o, oClone), true);
+        EXPECT_EQ(vok_tree_is_equal(o, oClone, &iEqual), VOK_TREE_OK);
+        EXPECT_EQ(iEqual, 1);
+        EXPECT_EQ(vok_tree_set_attribute(oClone, "new", "x"), VOK_TREE_OK);
+        if (TakesSuccs(p)) (void)vok_tree_add(oClone, "z", nullptr);
+        std::uint64_t uCount = 0;
+        const auto oStop = [](void*, const vok_tree_difference*) { return std::int32_t{1}; };
+        const auto oGoOn = [](void*, const vok_tree_difference*) { return std::int32_t{0}; };
+        EXPECT_EQ(vok_tree_diff(o, oClone, oStop, nullptr, &uCount), VOK_TREE_OK);
+        EXPECT_EQ(uCount, 1u);
+        EXPECT_EQ(vok_tree_diff(o, oClone, oGoOn, nullptr, &uCount), VOK_TREE_OK);
+        // A node that was empty has another type then; what is below such a one is not visited.
+        EXPECT_EQ(uCount, TakesSuccs(p) ? 2u : 1u);
+        EXPECT_EQ(vok_tree_make_patch(o, oClone, oPatch), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_apply_patch(o, oPatch, oAgain), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_is_equal(oAgain, oClone, &iEqual), VOK_TREE_OK);
+        EXPECT_EQ(iEqual, 1);
+        if (p->pParent == nullptr || !p->IsLeaf() || !TakesSuccs(p)) return;
+        Cursor oOld;
+        EXPECT_EQ(vok_tree_assign(oOld, o), VOK_TREE_OK);
+        Expect(vok_tree_move(o, oClone, Position()), true);
+        EXPECT_EQ(vok_tree_parent(o, oAgain), VOK_TREE_OK);
+        EXPECT_TRUE(vok_tree_is_same(oAgain, oClone));
+        // It has kept its place here, which the model does not have.
+        Expect(vok_tree_erase(oOld), true);
+        p->pParent->Unhang(p);
+        Collect();
+    }
+    // The same questions in UTF-16, and by a path that is kept.
+    void Wide(Model* p, vok_tree_node* o) {
+        vok_tree_char16 sPath[256];
+        size_t uLength = 0;
+        if (vok_tree_path16(o, sPath, 256, &uLength) == VOK_TREE_TOO_SMALL) return;
+        EXPECT_EQ(uLength, p->pParent != nullptr ? p->Path().size() : 1);
+        Cursor oFound;
+        EXPECT_EQ(vok_tree_first16(m_oRoot, sPath, nullptr, oFound), VOK_TREE_OK);
+        EXPECT_TRUE(vok_tree_is_same(o, oFound));
+        vok_tree_query* pQuery = nullptr;
+        EXPECT_EQ(vok_tree_query_new16(sPath, &pQuery), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_query_first(pQuery, m_oRoot, nullptr, oFound), VOK_TREE_OK);
+        EXPECT_TRUE(vok_tree_is_same(o, oFound));
+        vok_tree_nodes* pNodes = nullptr;
+        EXPECT_EQ(vok_tree_query_select(pQuery, m_oRoot, nullptr, &pNodes), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_nodes_count(pNodes), 1u);
+        vok_tree_nodes_free(pNodes);
+        vok_tree_query_free(pQuery);
+        vok_tree_char16 sName[16];
+        EXPECT_EQ(vok_tree_name16(o, sName, 16, &uLength), VOK_TREE_OK);
+        EXPECT_EQ(string(sName, sName + uLength), p->sName);
+    }
+    // A cursor on nothing, and one on a node that is gone: all is refused, or makes a tree.
+    void Nothing() {
+        Cursor oEmpty;
+        std::int32_t i = 0;
+        std::uint32_t u = 0;
+        char s[8];
+        EXPECT_EQ(vok_tree_type(oEmpty, &i), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_get_int(oEmpty, &i), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_path(oEmpty, s, sizeof(s), nullptr), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_live_succs(oEmpty, &u), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_save_file(oEmpty, "never", VOK_TREE_XML), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_parent(oEmpty, oEmpty), VOK_TREE_NONE);
+        EXPECT_EQ(vok_tree_add(oEmpty, "a", oEmpty), VOK_TREE_OK);
+        Cursor oGone;
+        EXPECT_EQ(vok_tree_assign(oGone, oEmpty), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_delete(oEmpty), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_to_root(oEmpty), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_shrink(oEmpty), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_set_int(oGone, 1), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_add(oGone, "a", nullptr), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_name(oGone, nullptr, nullptr), VOK_TREE_ARGUMENT);
+        EXPECT_EQ(vok_tree_shrink(oGone), VOK_TREE_FAILED);
+        EXPECT_EQ(vok_tree_to_root(oGone), VOK_TREE_OK);
     }
     // Out and back in, with a failure somewhere: the tree is the same, or nothing has changed.
     void Document() {
