@@ -64,7 +64,7 @@ vok_tree_status KeepFailure() noexcept {
     } catch (const Msg_Exception& e) {
         return Keep(VOK_TREE_FAILED, e.what(), e.where());
     } catch (const std::bad_alloc&) {
-        return Keep(VOK_TREE_MEMORY, "out of memory", "");
+        return Keep(VOK_TREE_FAILED, "out of memory", "");
     } catch (const std::exception& e) {
         return Keep(VOK_TREE_FAILED, e.what(), "");
     } catch (...) {

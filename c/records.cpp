@@ -8,12 +8,14 @@
 #include "c/stream.h"
 #include "vok/file/buf.h"
 #include "vok/records/reader.h"
+#include "vok/records/records.h"
 #include "vok/records/writer.h"
 
 using namespace vok;
 using c::Ask;
 using c::Call;
 using c::CopyOut;
+using c::Find;
 using c::Give;
 using c::Out;
 using c::Text;
@@ -21,13 +23,17 @@ using c::Use;
 
 static_assert(VOK_TREE_UNKNOWN == Data_Record::UNKNOWN);
 
-struct vok_tree_reader : c::Handle<'r'> {
+// A document that is gone through by a reader, or by what is over one.
+template <char KIND, class Reader>
+struct Source : c::Handle<KIND> {
     enum class State { Before, At, Behind, Failed };
 
     std::unique_ptr<File_Stream> m_pIn;  // null for a file
-    std::optional<Data_Reader> m_oReader;
+    std::optional<Reader> m_oFrom;
     State m_eState = State::Before;
 };
+struct vok_tree_reader : Source<'r', Data_Reader> {};
+struct vok_tree_records : Source<'p', Records> {};
 
 struct vok_tree_writer : c::Handle<'w'> {
     std::optional<c::Output> m_oOutput;
@@ -36,40 +42,82 @@ struct vok_tree_writer : c::Handle<'w'> {
 
 namespace {
 
-using State = vok_tree_reader::State;
-
 // ---- reading ----------------------------------------------------------------
 
-template <class F>
-vok_tree_status Open(const char* sName, const vok_tree_limits* pLimits, vok_tree_reader** ppReader,
-                     F&& oOpen) noexcept {
+Load_Report ReportOf(const Data_Reader& o) {
+    return o.GetReport();
+}
+Load_Report ReportOf(const Records& o) {
+    return o.GetReader().GetReport();
+}
+
+template <class H, class F>
+vok_tree_status Open(const char* sName, H** ppHandle, F&& oOpen) noexcept {
     return Call(sName, [&] {
-        Give(ppReader, "reader", [&] {
-            auto pReader = std::make_unique<vok_tree_reader>();
-            oOpen(*pReader, c::ToLimits(pLimits));
-            return pReader.release();
+        Give(ppHandle, "handle", [&] {
+            auto pHandle = std::make_unique<H>();
+            oOpen(*pHandle);
+            return pHandle.release();
         });
     });
 }
+// oMore stands behind the input: a path if there is one, and the limits.
+template <class H, class... More>
+vok_tree_status OpenFile(const char* sName, H** ppHandle, const char* sFile,
+                         const More&... oMore) noexcept {
+    return Open(sName, ppHandle, [&](H& o) { o.m_oFrom.emplace(Str(c::Path(sFile)), oMore...); });
+}
+template <class H, class... More>
+vok_tree_status OpenMemory(const char* sName, H** ppHandle, const void* pBytes, std::size_t uSize,
+                           const More&... oMore) noexcept {
+    return Open(sName, ppHandle, [&](H& o) {
+        if (pBytes == nullptr && uSize != 0) c::RaiseArgument("bytes");
+        o.m_pIn = std::make_unique<File_Buf>(pBytes, uSize);
+        o.m_oFrom.emplace(*o.m_pIn, oMore...);
+    });
+}
+template <class H, class... More>
+vok_tree_status OpenStream(const char* sName, H** ppHandle, const vok_tree_stream* pStream,
+                           const More&... oMore) noexcept {
+    return Open(sName, ppHandle, [&](H& o) {
+        o.m_pIn = std::make_unique<c::HostStream>(Out(pStream, "stream"));
+        o.m_oFrom.emplace(*o.m_pIn, oMore...);
+    });
+}
 
-// Runs what moves a reader; where it fails there is no way on.
-template <class F>
-void Move(vok_tree_reader& o, F&& oBody) {
+// Runs what moves a source; where it fails there is no way on.
+template <class H, class F>
+void Move(H& o, F&& oBody) {
     try {
         oBody();
     } catch (...) {
-        o.m_eState = State::Failed;
-        c::KeepPlace(o.m_oReader->GetReport());
+        o.m_eState = H::State::Failed;
+        c::KeepPlace(ReportOf(*o.m_oFrom));
         throw;
     }
 }
+// To what comes next; false where there is nothing any more.
+template <class H>
+bool Next(H& o) {
+    if (o.m_eState == H::State::Failed) c::RaiseArgument("handle");
+    if (o.m_eState == H::State::Behind) return false;
+    Move(o, [&] { o.m_eState = o.m_oFrom->Next() ? H::State::At : H::State::Behind; });
+    return o.m_eState == H::State::At;
+}
 
-// The shell of questions about the record that a reader is at.
-template <class Reader, class F>
-vok_tree_status AtRecord(const char* sName, Reader* pReader, F&& oBody) noexcept {
+// The shell of questions about what a source is at.
+template <class H, class F>
+vok_tree_status WhereAt(const char* sName, H* pHandle, F&& oBody) noexcept {
     return Call(sName, [&]() -> vok_tree_status {
-        auto& o = Use(pReader, "reader");
-        return o.m_eState == State::At ? oBody(o) : VOK_TREE_NONE;
+        auto& o = Use(pHandle, "handle");
+        return o.m_eState == H::State::At ? oBody(o) : VOK_TREE_NONE;
+    });
+}
+template <class H>
+vok_tree_status PathOf(const char* sName, const H* pHandle, char* pBuffer, std::size_t uRoom,
+                       std::size_t* pLength) noexcept {
+    return WhereAt(sName, pHandle, [&](const H& o) {
+        return CopyOut(o.m_oFrom->GetPath().View(), pBuffer, uRoom, pLength);
     });
 }
 
@@ -106,30 +154,23 @@ vok_tree_status Write(const char* sName, vok_tree_writer* pWriter, F&& oBody) no
 
 }  // namespace
 
+// ---- reading ----------------------------------------------------------------
+
 vok_tree_status vok_tree_reader_open_file(const char* path, const vok_tree_limits* limits,
                                           vok_tree_reader** reader) {
-    return Open(__func__, limits, reader, [&](vok_tree_reader& o, const Limits& oLimits) {
-        o.m_oReader.emplace(Str(c::Path(path)), oLimits);
-    });
+    return OpenFile(__func__, reader, path, c::ToLimits(limits));
 }
 
 vok_tree_status vok_tree_reader_open_memory(const void* bytes, size_t size,
                                             const vok_tree_limits* limits,
                                             vok_tree_reader** reader) {
-    return Open(__func__, limits, reader, [&](vok_tree_reader& o, const Limits& oLimits) {
-        if (bytes == nullptr && size != 0) c::RaiseArgument("bytes");
-        o.m_pIn = std::make_unique<File_Buf>(bytes, size);
-        o.m_oReader.emplace(*o.m_pIn, oLimits);
-    });
+    return OpenMemory(__func__, reader, bytes, size, c::ToLimits(limits));
 }
 
 vok_tree_status vok_tree_reader_open_stream(const vok_tree_stream* stream,
                                             const vok_tree_limits* limits,
                                             vok_tree_reader** reader) {
-    return Open(__func__, limits, reader, [&](vok_tree_reader& o, const Limits& oLimits) {
-        o.m_pIn = std::make_unique<c::HostStream>(Out(stream, "stream"));
-        o.m_oReader.emplace(*o.m_pIn, oLimits);
-    });
+    return OpenStream(__func__, reader, stream, c::ToLimits(limits));
 }
 
 void vok_tree_reader_free(vok_tree_reader* reader) {
@@ -137,18 +178,12 @@ void vok_tree_reader_free(vok_tree_reader* reader) {
 }
 
 vok_tree_status vok_tree_reader_next(vok_tree_reader* reader) {
-    return Call(__func__, [&] {
-        vok_tree_reader& o = Use(reader, "reader");
-        if (o.m_eState == State::Failed) c::RaiseArgument("reader");
-        if (o.m_eState == State::Behind) return false;
-        Move(o, [&] { o.m_eState = o.m_oReader->Next() ? State::At : State::Behind; });
-        return o.m_eState == State::At;
-    });
+    return Call(__func__, [&] { return Next(Use(reader, "reader")); });
 }
 
 vok_tree_status vok_tree_reader_record(const vok_tree_reader* reader, vok_tree_record* record) {
-    return AtRecord(__func__, reader, [&](const vok_tree_reader& o) {
-        const Data_Record& r = **o.m_oReader;
+    return WhereAt(__func__, reader, [&](const vok_tree_reader& o) {
+        const Data_Record& r = **o.m_oFrom;
         vok_tree_record& oRecord = Out(record, "record");
         oRecord.name = r.GetName().data();
         oRecord.name_size = r.GetName().size();
@@ -165,8 +200,8 @@ vok_tree_status vok_tree_reader_record(const vok_tree_reader* reader, vok_tree_r
 
 vok_tree_status vok_tree_reader_attribute(const vok_tree_reader* reader, size_t nth,
                                           vok_tree_record_attribute* attribute) {
-    return AtRecord(__func__, reader, [&](const vok_tree_reader& o) {
-        const Arr<Data_Record::Attribute>& oAttributes = (*o.m_oReader)->GetAttributes();
+    return WhereAt(__func__, reader, [&](const vok_tree_reader& o) {
+        const Arr<Data_Record::Attribute>& oAttributes = (*o.m_oFrom)->GetAttributes();
         vok_tree_record_attribute& oAttribute = Out(attribute, "attribute");
         if (nth >= oAttributes.Size()) return VOK_TREE_NONE;
         const Data_Record::Attribute& a = oAttributes(nth);
@@ -177,30 +212,72 @@ vok_tree_status vok_tree_reader_attribute(const vok_tree_reader* reader, size_t 
 
 vok_tree_status vok_tree_reader_path(const vok_tree_reader* reader, char* buffer, size_t room,
                                      size_t* length) {
-    return AtRecord(__func__, reader, [&](const vok_tree_reader& o) {
-        return CopyOut(o.m_oReader->GetPath().View(), buffer, room, length);
-    });
+    return PathOf(__func__, reader, buffer, room, length);
 }
 
 vok_tree_status vok_tree_reader_skip(vok_tree_reader* reader) {
-    return AtRecord(__func__, reader, [](vok_tree_reader& o) {
-        o.m_oReader->SkipSuccessors();
+    return WhereAt(__func__, reader, [](vok_tree_reader& o) {
+        o.m_oFrom->SkipSuccessors();
         return VOK_TREE_OK;
     });
 }
 
 vok_tree_status vok_tree_reader_take(vok_tree_reader* reader, vok_tree_node* node) {
-    return AtRecord(__func__, reader, [&](vok_tree_reader& o) {
+    return WhereAt(__func__, reader, [&](vok_tree_reader& o) {
         Data& oNode = Use(node);
-        Move(o, [&] { o.m_oReader->Take(oNode); });
+        Move(o, [&] { o.m_oFrom->Take(oNode); });
         return VOK_TREE_OK;
     });
 }
 
 vok_tree_status vok_tree_reader_report(const vok_tree_reader* reader, vok_tree_report* report) {
     return Ask(__func__, report, "report",
-               [&] { return c::ToC(Use(reader, "reader").m_oReader->GetReport()); });
+               [&] { return c::ToC(Use(reader, "reader").m_oFrom->GetReport()); });
 }
+
+// ---- parts by a path --------------------------------------------------------
+
+vok_tree_status vok_tree_records_open_file(const char* file, const char* path,
+                                           const vok_tree_limits* limits,
+                                           vok_tree_records** records) {
+    return OpenFile(__func__, records, file, std::string_view(Text(path)), c::ToLimits(limits));
+}
+
+vok_tree_status vok_tree_records_open_memory(const void* bytes, size_t size, const char* path,
+                                             const vok_tree_limits* limits,
+                                             vok_tree_records** records) {
+    return OpenMemory(__func__, records, bytes, size, std::string_view(Text(path)),
+                      c::ToLimits(limits));
+}
+
+vok_tree_status vok_tree_records_open_stream(const vok_tree_stream* stream, const char* path,
+                                             const vok_tree_limits* limits,
+                                             vok_tree_records** records) {
+    return OpenStream(__func__, records, stream, std::string_view(Text(path)), c::ToLimits(limits));
+}
+
+void vok_tree_records_free(vok_tree_records* records) {
+    c::Free(records);
+}
+
+vok_tree_status vok_tree_records_next(vok_tree_records* records, vok_tree_node* found) {
+    return Find(__func__, found, [&] {
+        vok_tree_records& o = Use(records, "records");
+        return Next(o) ? o.m_oFrom->GetData() : Data();
+    });
+}
+
+vok_tree_status vok_tree_records_path(const vok_tree_records* records, char* buffer, size_t room,
+                                      size_t* length) {
+    return PathOf(__func__, records, buffer, room, length);
+}
+
+vok_tree_status vok_tree_records_report(const vok_tree_records* records, vok_tree_report* report) {
+    return Ask(__func__, report, "report",
+               [&] { return c::ToC(ReportOf(*Use(records, "records").m_oFrom)); });
+}
+
+// ---- writing ----------------------------------------------------------------
 
 vok_tree_status vok_tree_writer_open_file(const char* path, int32_t form,
                                           vok_tree_writer** writer) {
@@ -253,8 +330,8 @@ vok_tree_status vok_tree_writer_add_node(vok_tree_writer* writer, const vok_tree
 vok_tree_status vok_tree_writer_add_record(vok_tree_writer* writer, const vok_tree_reader* reader) {
     return Write(__func__, writer, [&](Data_Writer& o) {
         const vok_tree_reader& oReader = Use(reader, "reader");
-        if (oReader.m_eState != State::At) c::RaiseArgument("reader");
-        o.Add(**oReader.m_oReader);
+        if (oReader.m_eState != vok_tree_reader::State::At) c::RaiseArgument("reader");
+        o.Add(**oReader.m_oFrom);
     });
 }
 

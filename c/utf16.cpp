@@ -129,6 +129,15 @@ vok_tree_status vok_tree_reader_open_file16(const vok_tree_char16* path,
     return Call(__func__, [&] { return vok_tree_reader_open_file(Utf8(path), limits, reader); });
 }
 
+vok_tree_status vok_tree_records_open_file16(const vok_tree_char16* file,
+                                             const vok_tree_char16* path,
+                                             const vok_tree_limits* limits,
+                                             vok_tree_records** records) {
+    return Call(__func__, [&] {
+        return vok_tree_records_open_file(Utf8(file), Utf8(path), limits, records);
+    });
+}
+
 vok_tree_status vok_tree_writer_open_file16(const vok_tree_char16* path, int32_t form,
                                             vok_tree_writer** writer) {
     return Call(__func__, [&] { return vok_tree_writer_open_file(Utf8(path), form, writer); });
@@ -221,6 +230,14 @@ vok_tree_status vok_tree_reader_path16(const vok_tree_reader* reader, vok_tree_c
     return CopyCopied(__func__, buffer, room, length,
                       [&](char* p, std::size_t uRoom, std::size_t* pSize) {
                           return vok_tree_reader_path(reader, p, uRoom, pSize);
+                      });
+}
+
+vok_tree_status vok_tree_records_path16(const vok_tree_records* records, vok_tree_char16* buffer,
+                                        size_t room, size_t* length) {
+    return CopyCopied(__func__, buffer, room, length,
+                      [&](char* p, std::size_t uRoom, std::size_t* pSize) {
+                          return vok_tree_records_path(records, p, uRoom, pSize);
                       });
 }
 

@@ -27,6 +27,7 @@ typedef struct vok_tree_iterator vok_tree_iterator;
 typedef struct vok_tree_nodes vok_tree_nodes;
 typedef struct vok_tree_query vok_tree_query;
 typedef struct vok_tree_reader vok_tree_reader;
+typedef struct vok_tree_records vok_tree_records;
 typedef struct vok_tree_writer vok_tree_writer;
 
 /* A UTF-16 code unit, of the type that u"..." has in C++ and, from C11 on, in C. */
@@ -42,13 +43,12 @@ typedef uint_least16_t vok_tree_char16;
 typedef int32_t vok_tree_status; /* the values never change */
 enum {
     VOK_TREE_OK = 0,
-    VOK_TREE_NONE = 1,       /* there is none, or none any more */
-    VOK_TREE_FAILED = -1,    /* refused or gone wrong: the text tells */
-    VOK_TREE_ARGUMENT = -2,  /* a null or foreign handle, a null output, a value that is none */
-    VOK_TREE_TYPE = -3,      /* the node has a value of another type */
-    VOK_TREE_STREAM = -4,    /* a function of a vok_tree_stream failed, or said what cannot be */
-    VOK_TREE_TOO_SMALL = -5, /* the buffer; the length is told */
-    VOK_TREE_MEMORY = -6     /* there is not enough */
+    VOK_TREE_NONE = 1,      /* there is none, or none any more */
+    VOK_TREE_FAILED = -1,   /* refused or gone wrong: the text tells */
+    VOK_TREE_ARGUMENT = -2, /* a null or foreign handle, a null output, a value that is none */
+    VOK_TREE_TYPE = -3,     /* the node has a value of another type */
+    VOK_TREE_STREAM = -4,   /* a function of a vok_tree_stream failed, or said what cannot be */
+    VOK_TREE_TOO_SMALL = -5 /* the buffer; the length is told */
 };
 
 /* ---- the library --------------------------------------------------------- */

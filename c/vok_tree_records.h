@@ -76,6 +76,37 @@ VOK_TREE_API vok_tree_status vok_tree_reader_take(vok_tree_reader* reader, vok_t
 VOK_TREE_API vok_tree_status vok_tree_reader_report(const vok_tree_reader* reader,
                                                     vok_tree_report* report);
 
+/* ---- parts by a path ----------------------------------------------------- */
+
+/* The subtrees that a path selects, one after the other, each as a tree of its own. The path goes
+ * from the root downward by names, "*", "//", positions and attributes; others need the whole tree,
+ * which is said at once.
+ *
+ *     while (vok_tree_records_next(records, order) == VOK_TREE_OK) use(order);
+ *
+ * Bytes and streams must stay as those of a reader. */
+VOK_TREE_API vok_tree_status vok_tree_records_open_file(const char* file, const char* path,
+                                                        const vok_tree_limits* limits,
+                                                        vok_tree_records** records);
+VOK_TREE_API vok_tree_status vok_tree_records_open_memory(const void* bytes, size_t size,
+                                                          const char* path,
+                                                          const vok_tree_limits* limits,
+                                                          vok_tree_records** records);
+VOK_TREE_API vok_tree_status vok_tree_records_open_stream(const vok_tree_stream* stream,
+                                                          const char* path,
+                                                          const vok_tree_limits* limits,
+                                                          vok_tree_records** records);
+VOK_TREE_API void vok_tree_records_free(vok_tree_records* records);
+/* Moves `found` to the root of the next one; VOK_TREE_NONE behind the last one, and then the
+ * document was read to its end. The tree before it is used again: its cursors are lost. After a
+ * failure there is only the report. */
+VOK_TREE_API vok_tree_status vok_tree_records_next(vok_tree_records* records, vok_tree_node* found);
+/* Where in the document its root stands; VOK_TREE_NONE when there is none. */
+VOK_TREE_API vok_tree_status vok_tree_records_path(const vok_tree_records* records, char* buffer,
+                                                   size_t room, size_t* length);
+VOK_TREE_API vok_tree_status vok_tree_records_report(const vok_tree_records* records,
+                                                     vok_tree_report* report);
+
 /* ---- writing ------------------------------------------------------------- */
 
 /* Nodes in the order of the document: successors in the byte order of their names. The bytes are

@@ -60,6 +60,10 @@ VOK_TREE_API vok_tree_status vok_tree_save_file16(vok_tree_node* node, const vok
 VOK_TREE_API vok_tree_status vok_tree_reader_open_file16(const vok_tree_char16* path,
                                                          const vok_tree_limits* limits,
                                                          vok_tree_reader** reader);
+VOK_TREE_API vok_tree_status vok_tree_records_open_file16(const vok_tree_char16* file,
+                                                          const vok_tree_char16* path,
+                                                          const vok_tree_limits* limits,
+                                                          vok_tree_records** records);
 VOK_TREE_API vok_tree_status vok_tree_writer_open_file16(const vok_tree_char16* path, int32_t form,
                                                          vok_tree_writer** writer);
 VOK_TREE_API vok_tree_status vok_tree_writer_begin16(vok_tree_writer* writer,
@@ -88,6 +92,9 @@ VOK_TREE_API vok_tree_status vok_tree_path16(const vok_tree_node* node, vok_tree
 VOK_TREE_API vok_tree_status vok_tree_reader_path16(const vok_tree_reader* reader,
                                                     vok_tree_char16* buffer, size_t room,
                                                     size_t* length);
+VOK_TREE_API vok_tree_status vok_tree_records_path16(const vok_tree_records* records,
+                                                     vok_tree_char16* buffer, size_t room,
+                                                     size_t* length);
 /* The text of vok_tree_last_error, which this does not replace when it fails. */
 VOK_TREE_API vok_tree_status vok_tree_last_error16(vok_tree_char16* buffer, size_t room,
                                                    size_t* length);

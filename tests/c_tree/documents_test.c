@@ -295,6 +295,36 @@ static int check_reading(void) {
     OK(vok_tree_reader_report(reader, &report));
     vok_tree_reader_free(reader);
     CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_FAILED);
+
+    /* Parts by a path, from a stream that at last fails. */
+    {
+        vok_tree_stream s = stream_of(&g_memory, 0);
+        vok_tree_records* records = NULL;
+        int32_t id = 0, sum = 0, calls;
+        g_memory.piece = 8;
+        memcpy(g_memory.bytes, ORDERS, sizeof(ORDERS) - 1);
+        g_memory.size = sizeof(ORDERS) - 1;
+        rewind_memory(&g_memory, 1);
+        OK(vok_tree_records_open_stream(&s, "/order", NULL, &records));
+        CHECK(vok_tree_records_path(records, path, sizeof(path), NULL) == VOK_TREE_NONE);
+        while (vok_tree_records_next(records, node) == VOK_TREE_OK) {
+            OK(vok_tree_first(node, "/id", NULL, node));
+            OK(vok_tree_get_int(node, &id));
+            sum = 10 * sum + id;
+            OK(vok_tree_records_path(records, path, sizeof(path), NULL));
+        }
+        CHECK(sum == 12 && is(path, "/order[1]"));
+        CHECK(vok_tree_records_next(records, node) == VOK_TREE_NONE);
+        OK(vok_tree_records_report(records, &report));
+        CHECK(report.nodes == 5);
+        vok_tree_records_free(records);
+        calls = g_memory.calls;
+        rewind_memory(&g_memory, 1);
+        g_memory.fails_at = calls - 1;
+        g_memory.failure = -1;
+        CHECK(vok_tree_records_open_stream(&s, "/order", NULL, &records) == VOK_TREE_STREAM);
+        CHECK(vok_tree_records_open_stream(&s, "/..", NULL, &records) == VOK_TREE_FAILED);
+    }
     vok_tree_free(node);
     return 0;
 }

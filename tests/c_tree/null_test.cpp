@@ -27,6 +27,7 @@ class Sweep {
         vok_tree_query_new("*", &m_pQuery);
         vok_tree_reader_open_memory("<a/>", 4, nullptr, &m_pReader);
         vok_tree_reader_next(m_pReader);
+        vok_tree_records_open_memory("<a/>", 4, "/", nullptr, &m_pRecords);
         m_oStream.write = [](void*, const void*, std::size_t uSize) {
             return static_cast<std::int64_t>(uSize);
         };
@@ -39,6 +40,7 @@ class Sweep {
         vok_tree_nodes_free(m_pNodes);
         vok_tree_query_free(m_pQuery);
         vok_tree_reader_free(m_pReader);
+        vok_tree_records_free(m_pRecords);
         vok_tree_writer_free(m_pWriter);
         vok_tree_free(m_pNode);
         vok_tree_free(m_pOther);
@@ -63,6 +65,7 @@ class Sweep {
         vok_tree_nodes_free(nullptr);
         vok_tree_query_free(nullptr);
         vok_tree_reader_free(nullptr);
+        vok_tree_records_free(nullptr);
         vok_tree_writer_free(nullptr);
         vok_tree_bytes_free(nullptr);
         // One of another kind stays as it is.
@@ -81,6 +84,7 @@ class Sweep {
     vok_tree_nodes* m_pNodes = nullptr;
     vok_tree_query* m_pQuery = nullptr;
     vok_tree_reader* m_pReader = nullptr;
+    vok_tree_records* m_pRecords = nullptr;
     vok_tree_writer* m_pWriter = nullptr;
     vok_tree_stream m_oStream = {};
     // Where handles are handed out.
@@ -89,6 +93,7 @@ class Sweep {
     vok_tree_nodes* m_pNewNodes = nullptr;
     vok_tree_query* m_pNewQuery = nullptr;
     vok_tree_reader* m_pNewReader = nullptr;
+    vok_tree_records* m_pNewRecords = nullptr;
     vok_tree_writer* m_pNewWriter = nullptr;
     std::uint8_t* m_pBytes = nullptr;
     std::set<std::string> m_oSeen;
@@ -120,7 +125,8 @@ class Sweep {
     static constexpr bool IS_HANDLE =
         std::is_same_v<T, vok_tree_node> || std::is_same_v<T, vok_tree_iterator> ||
         std::is_same_v<T, vok_tree_nodes> || std::is_same_v<T, vok_tree_query> ||
-        std::is_same_v<T, vok_tree_reader> || std::is_same_v<T, vok_tree_writer>;
+        std::is_same_v<T, vok_tree_reader> || std::is_same_v<T, vok_tree_records> ||
+        std::is_same_v<T, vok_tree_writer>;
 
     template <class F, class Tuple>
     void Expect(char cNull, F pFunction, const Tuple& oArguments, const char* sWhat) {
@@ -136,6 +142,7 @@ class Sweep {
         vok_tree_nodes_free(std::exchange(m_pNewNodes, nullptr));
         vok_tree_query_free(std::exchange(m_pNewQuery, nullptr));
         vok_tree_reader_free(std::exchange(m_pNewReader, nullptr));
+        vok_tree_records_free(std::exchange(m_pNewRecords, nullptr));
         vok_tree_writer_free(std::exchange(m_pNewWriter, nullptr));
         vok_tree_bytes_free(std::exchange(m_pBytes, nullptr));
     }
@@ -295,6 +302,14 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_writer_add, "*??", o.m_pWriter, "a", &oValue);
     SWEEP(vok_tree_writer_add_node, "**", o.m_pWriter, n);
 
+    SWEEP(vok_tree_records_open_file, "*??*", "does/not/exist", "a", &oLimits, &o.m_pNewRecords);
+    SWEEP(vok_tree_records_open_memory, "*.??*", "<a/>", 4, "a", &oLimits, &o.m_pNewRecords);
+    SWEEP(vok_tree_records_open_stream, "*??*", &o.m_oStream, "a", &oLimits, &o.m_pNewRecords);
+    SWEEP(vok_tree_records_path, "*?.?", o.m_pRecords, ac, 64, &z);
+    SWEEP(vok_tree_records_path16, "*?.?", o.m_pRecords, aw, 64, &z);
+    SWEEP(vok_tree_records_report, "**", o.m_pRecords, &oReport);
+    SWEEP(vok_tree_records_next, "*?", o.m_pRecords, m);
+
     SWEEP(vok_tree_set_root_name16, "*?", n, u"r");
     SWEEP(vok_tree_add16, "*??", n, u"a", m);
     SWEEP(vok_tree_succ16, "*?.?", n, u"a", 0, m);
@@ -312,6 +327,8 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_load_file16, "**.??", m, u"does/not/exist", 0, &oLimits, &oReport);
     SWEEP(vok_tree_save_file16, "**.", n, u"null_test.xml", VOK_TREE_XML);
     SWEEP(vok_tree_reader_open_file16, "*?*", u"does/not/exist", &oLimits, &o.m_pNewReader);
+    SWEEP(vok_tree_records_open_file16, "*??*", u"does/not/exist", u"a", &oLimits,
+          &o.m_pNewRecords);
     SWEEP(vok_tree_writer_open_file16, "*.*", u"null_test.xml", VOK_TREE_XML, &o.m_pNewWriter);
     SWEEP(vok_tree_writer_begin16, "*?.", o.m_pWriter, u"a", 0);
     SWEEP(vok_tree_writer_attribute16, "*??", o.m_pWriter, u"k", u"v");
