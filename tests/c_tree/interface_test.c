@@ -455,7 +455,7 @@ int main(void) {
     CHECK(vok_tree_live_bytes() == 0);
     if (make_tree(root) != 0 || check_values(root) != 0 || check_structure() != 0) return 1;
     if (check_comparing(root) != 0 || check_documents_and_records(root) != 0) return 1;
-    if (check_utf16() != 0 || check_both() != 0) return 1;
+    if (check_utf16() != 0 || check_both() != 0 || check_memory() != 0) return 1;
     OK(vok_tree_set_language(VOK_TREE_GERMAN));
     CHECK(vok_tree_set_language(2) == VOK_TREE_ARGUMENT);
     CHECK(

@@ -1,4 +1,4 @@
-/* What both parts of the program share. */
+/* What the parts of the program share. */
 #ifndef TESTS_C_TREE_SUPPORT_H
 #define TESTS_C_TREE_SUPPORT_H
 
@@ -47,5 +47,7 @@ static inline int same_tree(const vok_tree_node* a, const vok_tree_node* b) {
 
 /* documents_test.c */
 int check_documents_and_records(vok_tree_node* root);
+/* memory_test.c */
+int check_memory(void);
 
 #endif /* TESTS_C_TREE_SUPPORT_H */
