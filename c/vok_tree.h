@@ -43,12 +43,14 @@
  * need no care. The same program may use vok_serializer.h as well: the trees of one are none of the
  * other.
  *
- * The parts in reading order: vok_tree_base.h, _node, _value, _path, _edit, _document, _records.
+ * The parts in reading order: vok_tree_base.h, _node, _value, _path, _edit, _compare, _document,
+ * _records.
  */
 #ifndef VOK_TREE_H
 #define VOK_TREE_H
 
 #include "c/vok_tree_base.h"
+#include "c/vok_tree_compare.h"
 #include "c/vok_tree_document.h"
 #include "c/vok_tree_edit.h"
 #include "c/vok_tree_node.h"

@@ -1,4 +1,4 @@
-/* Changing trees, and comparing them. */
+/* Changing trees. */
 #ifndef VOK_TREE_EDIT_H
 #define VOK_TREE_EDIT_H
 
@@ -7,8 +7,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/* ---- editing ------------------------------------------------------------- */
 
 /* Ids, values, attributes and cursors of nodes that are not named here stay. Positions count the
  * successors of one name from 0, removed ones included: what comes to a position takes the place
@@ -47,45 +45,6 @@ VOK_TREE_API vok_tree_status vok_tree_shrink(vok_tree_node* node);
 VOK_TREE_API vok_tree_status vok_tree_reset(vok_tree_node* node);
 /* Whether one can come back to a node from predecessors to successors and along links. */
 VOK_TREE_API vok_tree_status vok_tree_has_cycle(const vok_tree_node* node, int32_t* has);
-
-/* ---- comparing ----------------------------------------------------------- */
-
-/* Whether two subtrees are the same in all that can be seen. Linear. */
-VOK_TREE_API vok_tree_status vok_tree_is_equal(const vok_tree_node* a, const vok_tree_node* b,
-                                               int32_t* equal);
-/* 128 bits, high byte first, the same for equal trees in every form on every system: XXH3 of what
- * docs/hash.md describes. Not against those who want two trees to have the same one. */
-VOK_TREE_API vok_tree_status vok_tree_hash(const vok_tree_node* node, uint8_t hash[16]);
-
-enum {
-    VOK_TREE_ONLY_IN_A = 0, /* with everything below, which is not visited */
-    VOK_TREE_ONLY_IN_B = 1,
-    VOK_TREE_OTHER_NAME = 2,
-    VOK_TREE_OTHER_TYPE = 3, /* what is below is not visited */
-    VOK_TREE_OTHER_VALUE = 4,
-    VOK_TREE_OTHER_ATTRIBUTE = 5
-};
-/* Valid during the call. */
-typedef struct vok_tree_difference {
-    int32_t what;
-    const char* path;       /* seen from the compared nodes; in b where it is only there */
-    const char* attribute;  /* null unless it is one */
-    const vok_tree_node* a; /* the two sides; on nothing where there is none */
-    const vok_tree_node* b;
-} vok_tree_difference;
-/* Returns 0 to go on, anything else to stop. Changes neither tree. */
-typedef int32_t (*vok_tree_visit)(void* context, const vok_tree_difference* difference);
-/* Hands every difference to `visit`: successors are compared name by name, the first with the
- * first. The number of calls is optional. */
-VOK_TREE_API vok_tree_status vok_tree_diff(const vok_tree_node* a, const vok_tree_node* b,
-                                           vok_tree_visit visit, void* context, uint64_t* count);
-/* What makes a tree like b of one like a, as a tree that can be stored; runs of successors are
- * aligned by what they hold (docs/compare.md). */
-VOK_TREE_API vok_tree_status vok_tree_make_patch(const vok_tree_node* a, const vok_tree_node* b,
-                                                 vok_tree_node* patch);
-/* A copy of the node and everything below it with the changes of a patch, as a tree of its own. */
-VOK_TREE_API vok_tree_status vok_tree_apply_patch(const vok_tree_node* node,
-                                                  const vok_tree_node* patch, vok_tree_node* found);
 
 #ifdef __cplusplus
 }

@@ -356,9 +356,9 @@ static int check_comparing(const vok_tree_node* root) {
     OK(vok_tree_add(b, "zz", NULL));
     OK(vok_tree_hash(b, hb));
     CHECK(memcmp(ha, hb, 16) != 0);
-    OK(vok_tree_diff(a, b, note, differences, &count));
+    OK(vok_tree_diff(a, b, NULL, note, differences, &count));
     CHECK(is(differences, "4 /int[0] ab;5 /sub[0]/leaf[0] aab;1 /zz[0] b;") && count == 3);
-    OK(vok_tree_make_patch(a, b, n));
+    OK(vok_tree_make_patch(a, b, NULL, n));
     OK(vok_tree_apply_patch(a, n, a));
     OK(vok_tree_is_equal(a, b, &equal));
     CHECK(equal == 1);
@@ -366,6 +366,71 @@ static int check_comparing(const vok_tree_node* root) {
     vok_tree_free(n);
     vok_tree_free(b);
     vok_tree_free(a);
+    return 0;
+}
+
+static int32_t note_conflict(void* context, const vok_tree_conflict* c) {
+    char* s = (char*)context;
+    int32_t base = 0, a = 0, b = 0;
+    vok_tree_get_int(c->base, &base);
+    vok_tree_get_int(c->a.node, &a);
+    vok_tree_get_int(c->b.node, &b);
+    sprintf(s + strlen(s), "%s %d %d/%d %d/%d;", c->path, (int)base, (int)c->a.did, (int)a,
+            (int)c->b.did, (int)b);
+    return 0;
+}
+
+/* Successors that are told apart by a key, and what is not looked at. */
+static int check_aligning(void) {
+    static const char BASE[] = "{\"i\":[{\"k\":1,\"v\":1},{\"k\":2,\"v\":2}],\"t\":0}";
+    static const char A[] = "{\"i\":[{\"k\":2,\"v\":5},{\"k\":3,\"v\":3}],\"t\":1}";
+    static const char B[] = "{\"i\":[{\"k\":1,\"v\":1},{\"k\":2,\"v\":6}],\"t\":0}";
+    static const char* const KEYS[] = {"k"};
+    static const char* const IGNORED[] = {"t"};
+    static const struct {
+        int32_t pick;
+        vok_tree_status status;
+        int32_t value; /* of the node with key 2 */
+    } rows[] = {{VOK_TREE_PICK_NONE, VOK_TREE_NONE, 0},
+                {VOK_TREE_PICK_A, VOK_TREE_OK, 5},
+                {VOK_TREE_PICK_B, VOK_TREE_OK, 6},
+                {3, VOK_TREE_ARGUMENT, 0}};
+    vok_tree_node *base = NULL, *a = NULL, *b = NULL, *n = NULL;
+    vok_tree_compare_options options;
+    char text[256] = "";
+    size_t k;
+    memset(&options, 0, sizeof(options));
+    options.keys = KEYS;
+    options.key_count = 1;
+    options.ignored = IGNORED;
+    options.ignored_count = 1;
+    OK(vok_tree_new(&base));
+    OK(vok_tree_new(&a));
+    OK(vok_tree_new(&b));
+    OK(vok_tree_new(&n));
+    OK(vok_tree_load_memory(base, BASE, sizeof(BASE) - 1, VOK_TREE_JSON, NULL, NULL));
+    OK(vok_tree_load_memory(a, A, sizeof(A) - 1, VOK_TREE_JSON, NULL, NULL));
+    OK(vok_tree_load_memory(b, B, sizeof(B) - 1, VOK_TREE_JSON, NULL, NULL));
+    OK(vok_tree_diff(base, a, &options, note, text, NULL));
+    CHECK(is(text, "0 /i[0] a;4 /i[1]/v[0] ab;1 /i[1] b;"));
+    for (k = 0; k < COUNT(rows); ++k) {
+        int32_t value = 0;
+        text[0] = 0;
+        CHECK(vok_tree_merge(base, a, b, &options, rows[k].pick, note_conflict, text, n) ==
+              rows[k].status);
+        if (rows[k].status == VOK_TREE_ARGUMENT) continue;
+        CHECK(is(text, "/i[1]/v[0] 2 0/5 0/6;"));
+        if (rows[k].status != VOK_TREE_OK) continue;
+        OK(vok_tree_first(n, "/i[0]/v", NULL, n));
+        OK(vok_tree_get_int(n, &value));
+        CHECK(value == rows[k].value);
+    }
+    options.keys = NULL;
+    CHECK(vok_tree_diff(base, a, &options, note, text, NULL) == VOK_TREE_ARGUMENT);
+    vok_tree_free(n);
+    vok_tree_free(b);
+    vok_tree_free(a);
+    vok_tree_free(base);
     return 0;
 }
 
@@ -454,7 +519,9 @@ int main(void) {
     OK(vok_tree_new(&root));
     CHECK(vok_tree_live_bytes() == 0);
     if (make_tree(root) != 0 || check_values(root) != 0 || check_structure() != 0) return 1;
-    if (check_comparing(root) != 0 || check_documents_and_records(root) != 0) return 1;
+    if (check_comparing(root) != 0 || check_aligning() != 0 ||
+        check_documents_and_records(root) != 0)
+        return 1;
     if (check_utf16() != 0 || check_both() != 0 || check_memory() != 0) return 1;
     OK(vok_tree_set_language(VOK_TREE_GERMAN));
     CHECK(vok_tree_set_language(2) == VOK_TREE_ARGUMENT);

@@ -561,12 +561,12 @@ class Player {
         std::uint64_t uCount = 0;
         const auto oStop = [](void*, const vok_tree_difference*) { return std::int32_t{1}; };
         const auto oGoOn = [](void*, const vok_tree_difference*) { return std::int32_t{0}; };
-        EXPECT_EQ(vok_tree_diff(o, oClone, oStop, nullptr, &uCount), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_diff(o, oClone, nullptr, oStop, nullptr, &uCount), VOK_TREE_OK);
         EXPECT_EQ(uCount, 1u);
-        EXPECT_EQ(vok_tree_diff(o, oClone, oGoOn, nullptr, &uCount), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_diff(o, oClone, nullptr, oGoOn, nullptr, &uCount), VOK_TREE_OK);
         // A node that was empty has another type then; what is below such a one is not visited.
         EXPECT_EQ(uCount, TakesSuccs(p) ? 2u : 1u);
-        EXPECT_EQ(vok_tree_make_patch(o, oClone, oPatch), VOK_TREE_OK);
+        EXPECT_EQ(vok_tree_make_patch(o, oClone, nullptr, oPatch), VOK_TREE_OK);
         EXPECT_EQ(vok_tree_apply_patch(o, oPatch, oAgain), VOK_TREE_OK);
         EXPECT_EQ(vok_tree_is_equal(oAgain, oClone, &iEqual), VOK_TREE_OK);
         EXPECT_EQ(iEqual, 1);

@@ -172,6 +172,8 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     vok_tree_record oRecord;
     vok_tree_record_attribute oAttribute;
     const vok_tree_limits oLimits = {};
+    const vok_tree_compare_options oOptions = {};
+    const auto pConflict = [](void*, const vok_tree_conflict*) { return 0; };
     const auto pVisit = [](void*, const vok_tree_difference*) { return 0; };
 
     SWEEP(vok_tree_set_language, ".", 0);
@@ -269,9 +271,11 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_has_cycle, "**", n, &i);
     SWEEP(vok_tree_is_equal, "***", n, m, &i);
     SWEEP(vok_tree_hash, "**", n, ab);
-    SWEEP(vok_tree_diff, "***??", n, m, pVisit, &i, &w);
-    SWEEP(vok_tree_make_patch, "***", n, m, m);
+    SWEEP(vok_tree_diff, "**?*??", n, m, &oOptions, pVisit, &i, &w);
+    SWEEP(vok_tree_make_patch, "**?*", n, m, &oOptions, m);
     SWEEP(vok_tree_apply_patch, "**?", n, m, m);
+
+    SWEEP(vok_tree_merge, "***?.???", n, n, n, &oOptions, VOK_TREE_PICK_A, pConflict, &i, m);
 
     SWEEP(vok_tree_set_version, "*...", n, 1, 3, 0);
     SWEEP(vok_tree_load_file, "**.??", m, "does/not/exist", 0, &oLimits, &oReport);
