@@ -23,21 +23,26 @@ using c::Use;
 
 static_assert(VOK_TREE_UNKNOWN == Data_Record::UNKNOWN);
 
+namespace vok::c {
+
 // A document that is gone through by a reader, or by what is over one.
 template <char KIND, class Reader>
-struct Source : c::Handle<KIND> {
+struct Source : Handle<KIND> {
     enum class State { Before, At, Behind, Failed };
 
     std::unique_ptr<File_Stream> m_pIn;  // null for a file
     std::optional<Reader> m_oFrom;
     State m_eState = State::Before;
 };
-struct vok_tree_reader : Source<'r', Data_Reader> {};
-struct vok_tree_records : Source<'p', Records> {};
+
+}  // namespace vok::c
+
+struct vok_tree_reader : c::Source<'r', Data_Reader> {};
+struct vok_tree_records : c::Source<'p', Records> {};
 
 struct vok_tree_writer : c::Handle<'w'> {
     std::optional<c::Output> m_oOutput;
-    std::optional<Data_Writer> m_oWriter;  // null once all is written, or the stream has failed
+    std::optional<Data_Writer> m_oWriter;  // null once all is written
 };
 
 namespace {
@@ -142,14 +147,15 @@ void OpenWriter(vok_tree_writer** ppWriter, Below oBelow, int32_t iForm, Data_Wr
     });
 }
 
+vok_tree_writer& Unfinished(vok_tree_writer* pWriter) {
+    vok_tree_writer& o = Use(pWriter, "writer");
+    if (!o.m_oWriter.has_value()) c::RaiseArgument("writer");
+    return o;
+}
 // The shell of everything that is written.
 template <class F>
 vok_tree_status Write(const char* sName, vok_tree_writer* pWriter, F&& oBody) noexcept {
-    return Call(sName, [&] {
-        vok_tree_writer& o = Use(pWriter, "writer");
-        if (!o.m_oWriter.has_value()) c::RaiseArgument("writer");
-        oBody(*o.m_oWriter);
-    });
+    return Call(sName, [&] { oBody(*Unfinished(pWriter).m_oWriter); });
 }
 
 }  // namespace
@@ -340,10 +346,10 @@ vok_tree_status vok_tree_writer_announce(vok_tree_writer* writer, const char* pa
 }
 
 vok_tree_status vok_tree_writer_finish(vok_tree_writer* writer) {
-    const vok_tree_status iStatus = Write(__func__, writer, [](Data_Writer& o) { o.Finish(); });
-    if (iStatus != VOK_TREE_OK) return iStatus;
     return Call(__func__, [&] {
-        writer->m_oWriter.reset();
-        writer->m_oOutput->Close();
+        vok_tree_writer& o = Unfinished(writer);
+        o.m_oWriter->Finish();
+        o.m_oWriter.reset();
+        o.m_oOutput->Close();
     });
 }

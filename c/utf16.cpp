@@ -81,6 +81,15 @@ vok_tree_status vok_tree_add_text16(vok_tree_node* node, const vok_tree_char16* 
     });
 }
 
+vok_tree_status vok_tree_add_value16(vok_tree_node* node, const vok_tree_char16* name,
+                                     const vok_tree_value* value, vok_tree_node* found) {
+    return Call(__func__, [&] { return vok_tree_add_value(node, Utf8(name), value, found); });
+}
+
+vok_tree_status vok_tree_set_user_tag16(vok_tree_node* node, const vok_tree_char16* tag) {
+    return Call(__func__, [&] { return vok_tree_set_user_tag(node, Utf8(tag)); });
+}
+
 vok_tree_status vok_tree_create16(vok_tree_node* node, const vok_tree_char16* path,
                                   const vok_tree_limits* limits, vok_tree_node* found,
                                   uint32_t* created) {
@@ -154,6 +163,15 @@ vok_tree_status vok_tree_writer_attribute16(vok_tree_writer* writer, const vok_t
                 [&] { return vok_tree_writer_attribute(writer, Utf8(name), Utf8(value)); });
 }
 
+vok_tree_status vok_tree_writer_add16(vok_tree_writer* writer, const vok_tree_char16* name,
+                                      const vok_tree_value* value) {
+    return Call(__func__, [&] { return vok_tree_writer_add(writer, Utf8(name), value); });
+}
+
+vok_tree_status vok_tree_writer_announce16(vok_tree_writer* writer, const vok_tree_char16* path) {
+    return Call(__func__, [&] { return vok_tree_writer_announce(writer, Utf8(path)); });
+}
+
 // ---- texts handed out -------------------------------------------------------
 
 namespace {
@@ -214,6 +232,22 @@ vok_tree_status vok_tree_as_text16(const vok_tree_node* node, const vok_tree_cha
     return CopyCopied(__func__, buffer, room, length,
                       [&](char* p, std::size_t uRoom, std::size_t* pSize) {
                           return vok_tree_as_text(node, Utf8(other), p, uRoom, pSize);
+                      });
+}
+
+vok_tree_status vok_tree_user_tag16(const vok_tree_node* node, vok_tree_char16* buffer, size_t room,
+                                    size_t* length) {
+    return CopyCopied(__func__, buffer, room, length,
+                      [&](char* p, std::size_t uRoom, std::size_t* pSize) {
+                          return vok_tree_user_tag(node, p, uRoom, pSize);
+                      });
+}
+
+vok_tree_status vok_tree_escape16(const vok_tree_char16* text, vok_tree_char16* buffer, size_t room,
+                                  size_t* length) {
+    return CopyCopied(__func__, buffer, room, length,
+                      [&](char* p, std::size_t uRoom, std::size_t* pSize) {
+                          return vok_tree_escape(Utf8(text), p, uRoom, pSize);
                       });
 }
 

@@ -31,6 +31,7 @@ typedef struct vok_tree_compare_options {
     const char* const* ignored;
     size_t ignored_count;
     double delta; /* reals that are no further apart are the same */
+    void* reserved[2];
 } vok_tree_compare_options;
 
 enum {

@@ -34,7 +34,7 @@ enum {
 };
 
 /* The version in which the tree is written as a DGraph document, and its user tag: 1.0 to 1.3, or
- * 2.0, which is a dump. A tree without one is given 1.3.0 when it is saved. */
+ * 2.0, which is a dump; with another one it cannot be saved. A tree without one is given 1.3.0. */
 VOK_TREE_API vok_tree_status vok_tree_set_version(vok_tree_node* node, int32_t major, int32_t minor,
                                                   int32_t patch);
 
@@ -55,6 +55,7 @@ typedef struct vok_tree_stream {
     int64_t (*tell)(void* context);
     /* The number of bytes from the beginning to the end; below 0 where it is not known. */
     int64_t (*size)(void* context);
+    void* reserved[2]; /* null */
 } vok_tree_stream;
 
 /* ---- loading ------------------------------------------------------------- */
@@ -74,7 +75,8 @@ typedef struct vok_tree_report {
     uint64_t comments;
     uint64_t instructions;
     uint64_t rounded; /* JSON: numbers with digits that are not kept */
-    char path[512];   /* of the node being read, cut to what there is room for */
+    uint64_t reserved[4];
+    char path[512]; /* of the node being read, cut to what there is room for */
 } vok_tree_report;
 
 /* Each puts the tree of a document, compressed or not, in the place of the one that the cursor is
@@ -97,8 +99,8 @@ VOK_TREE_API vok_tree_status vok_tree_load_stream(vok_tree_node* node,
 
 /* ---- saving -------------------------------------------------------------- */
 
-/* XML and JSON have the node and all below it, DGraph documents and dumps the whole tree. Linear.
- */
+/* XML and JSON have the node and all below it, DGraph documents and dumps the whole tree. All are
+ * linear in its size. */
 
 /* Folders above the file are made when they are missing, a file that is there is replaced. When it
  * fails the file is not complete. */

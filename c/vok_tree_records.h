@@ -51,6 +51,7 @@ typedef struct vok_tree_record {
     size_t attributes;
     uint64_t offset; /* bytes in front of it */
     vok_tree_value value;
+    uint64_t reserved[2];
 } vok_tree_record;
 typedef struct vok_tree_record_attribute {
     const char* name;
@@ -71,7 +72,8 @@ VOK_TREE_API vok_tree_status vok_tree_reader_path(const vok_tree_reader* reader,
 /* Leaves out what is below the record. */
 VOK_TREE_API vok_tree_status vok_tree_reader_skip(vok_tree_reader* reader);
 /* Makes the record and all below it a tree, to whose root the cursor goes; other cursors on the
- * tree that it was on are lost with it. The next record is then behind all of that. */
+ * tree that it was on are lost with it, also when this fails. The next record is then behind all
+ * of that. */
 VOK_TREE_API vok_tree_status vok_tree_reader_take(vok_tree_reader* reader, vok_tree_node* node);
 VOK_TREE_API vok_tree_status vok_tree_reader_report(const vok_tree_reader* reader,
                                                     vok_tree_report* report);

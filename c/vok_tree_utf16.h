@@ -9,6 +9,7 @@
 
 #include "c/vok_tree_base.h"
 #include "c/vok_tree_document.h"
+#include "c/vok_tree_value.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -36,6 +37,12 @@ VOK_TREE_API vok_tree_status vok_tree_set_text16(vok_tree_node* node, const vok_
 VOK_TREE_API vok_tree_status vok_tree_add_text16(vok_tree_node* node, const vok_tree_char16* name,
                                                  const vok_tree_char16* text, size_t size,
                                                  vok_tree_node* found);
+/* With a text in it, which is UTF-8 there. */
+VOK_TREE_API vok_tree_status vok_tree_add_value16(vok_tree_node* node, const vok_tree_char16* name,
+                                                  const vok_tree_value* value,
+                                                  vok_tree_node* found);
+VOK_TREE_API vok_tree_status vok_tree_set_user_tag16(vok_tree_node* node,
+                                                     const vok_tree_char16* tag);
 VOK_TREE_API vok_tree_status vok_tree_create16(vok_tree_node* node, const vok_tree_char16* path,
                                                const vok_tree_limits* limits, vok_tree_node* found,
                                                uint32_t* created);
@@ -72,11 +79,20 @@ VOK_TREE_API vok_tree_status vok_tree_writer_begin16(vok_tree_writer* writer,
 VOK_TREE_API vok_tree_status vok_tree_writer_attribute16(vok_tree_writer* writer,
                                                          const vok_tree_char16* name,
                                                          const vok_tree_char16* value);
+VOK_TREE_API vok_tree_status vok_tree_writer_add16(vok_tree_writer* writer,
+                                                   const vok_tree_char16* name,
+                                                   const vok_tree_value* value);
+VOK_TREE_API vok_tree_status vok_tree_writer_announce16(vok_tree_writer* writer,
+                                                        const vok_tree_char16* path);
 
 /* ---- texts handed out ---------------------------------------------------- */
 
 VOK_TREE_API vok_tree_status vok_tree_name16(const vok_tree_node* node, vok_tree_char16* buffer,
                                              size_t room, size_t* length);
+VOK_TREE_API vok_tree_status vok_tree_user_tag16(const vok_tree_node* node, vok_tree_char16* buffer,
+                                                 size_t room, size_t* length);
+VOK_TREE_API vok_tree_status vok_tree_escape16(const vok_tree_char16* text, vok_tree_char16* buffer,
+                                               size_t room, size_t* length);
 VOK_TREE_API vok_tree_status vok_tree_get_text16(const vok_tree_node* node, vok_tree_char16* buffer,
                                                  size_t room, size_t* length);
 VOK_TREE_API vok_tree_status vok_tree_as_text16(const vok_tree_node* node,

@@ -471,6 +471,11 @@ static int check_utf16(void) {
     CHECK(count == 3);
     OK(vok_tree_succ16(root, u"c", 2, n));
     OK(vok_tree_first16(root, u"/c[2]", NULL, n));
+    OK(vok_tree_escape16(u"a/\u00F6", text, 64, &length));
+    CHECK(length == 6 && text[5] == 0xF6);
+    OK(vok_tree_set_user_tag16(root, u"\u00F6"));
+    OK(vok_tree_user_tag16(root, text, 64, &length));
+    CHECK(length == 1 && text[0] == 0xF6);
     OK(vok_tree_set_root_name16(root, u"top"));
     OK(vok_tree_as_text16(n, u"other", text, 64, &length));
     CHECK(length == 5 && text[4] == 'r');

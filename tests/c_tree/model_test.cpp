@@ -148,7 +148,10 @@ struct Bytes {
         return static_cast<std::int64_t>(Of(pContext).s.size());
     }
     [[nodiscard]] vok_tree_stream Stream(bool bSeek) {
-        vok_tree_stream o = {this, Read, Write, nullptr, nullptr, nullptr};
+        vok_tree_stream o = {};
+        o.context = this;
+        o.read = Read;
+        o.write = Write;
         if (!bSeek) return o;
         o.seek = Seek;
         o.tell = Tell;

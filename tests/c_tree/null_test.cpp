@@ -322,6 +322,12 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_set_attribute16, "*??", n, u"k", u"v");
     SWEEP(vok_tree_set_text16, "*?.", m, u"x", VOK_TREE_TO_NUL);
     SWEEP(vok_tree_add_text16, "*??.?", n, u"a", u"x", VOK_TREE_TO_NUL, m);
+    SWEEP(vok_tree_add_value16, "*?*?", n, u"a", &oValue, m);
+    SWEEP(vok_tree_set_user_tag16, "*?", n, u"t");
+    SWEEP(vok_tree_user_tag16, "*?.?", n, aw, 64, &z);
+    SWEEP(vok_tree_escape16, "??.?", u"x", aw, 64, &z);
+    SWEEP(vok_tree_writer_add16, "*??", o.m_pWriter, u"a", &oValue);
+    SWEEP(vok_tree_writer_announce16, "*?", o.m_pWriter, u"a[0]");
     SWEEP(vok_tree_create16, "*????", n, u"/p[0]", &oLimits, m, &u);
     SWEEP(vok_tree_first16, "*???", n, u"p", &oLimits, m);
     SWEEP(vok_tree_select16, "*??*", n, u"p", &oLimits, &o.m_pNewNodes);
