@@ -296,6 +296,28 @@ static int check_reading(void) {
     vok_tree_reader_free(reader);
     CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_FAILED);
 
+    /* A tree that is used again: cursors on what it was do no harm. */
+    {
+        vok_tree_node* former = NULL;
+        const char* name = NULL;
+        int32_t id = 0;
+        OK(vok_tree_reader_open_memory(ORDERS, sizeof(ORDERS) - 1, NULL, &reader));
+        OK(vok_tree_reader_next(reader));
+        OK(vok_tree_reader_next(reader));
+        OK(vok_tree_reader_take(reader, node));
+        OK(vok_tree_duplicate(node, &former));
+        OK(vok_tree_first(former, "/id", NULL, former));
+        OK(vok_tree_reader_next(reader));
+        OK(vok_tree_reader_take(reader, node));
+        if (vok_tree_get_int(former, &id) == VOK_TREE_OK) CHECK(id == 2);
+        if (vok_tree_name(former, &name, NULL) == VOK_TREE_OK) CHECK(is(name, "id"));
+        (void)vok_tree_set_int(former, 3);
+        vok_tree_free(node);
+        OK(vok_tree_to_root(former));
+        node = former;
+        vok_tree_reader_free(reader);
+    }
+
     /* Parts by a path, from a stream that at last fails. */
     {
         vok_tree_stream s = stream_of(&g_memory, 0);
