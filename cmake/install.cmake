@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
 # Installs the libraries with the headers that programs include, a package that find_package(vok)
-# finds - components serializer (C++), serializer_c (C) and shared - and modules for pkg-config.
+# finds - components serializer (C++), c and serializer_c (both C) and shared - and modules for pkg-config.
 include(CMakePackageConfigHelpers)
 
 set(VOK_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vok)
 
-set(libraries vok vok_serializer vok_serializer_c)
+set(libraries vok vok_serializer vok_c vok_serializer_c)
 if(VOK_SHARED)
   list(APPEND libraries vok_shared)
 endif()
@@ -46,6 +46,7 @@ else()
 endif()
 pkgconfig(vok "Self-describing object trees" "${core}" -lz)
 pkgconfig(vok-serializer "Objects as self-describing trees" "-l:libvok_serializer.a ${core}" -lz)
+pkgconfig(vok-c "Self-describing object trees, from C" "-lvok_c")
 pkgconfig(vok-serializer-c "Objects as self-describing trees, from C" "-lvok_serializer")
 
 # What debuggers show trees with. gdb finds it for the shared library; else it is to be sourced.

@@ -12,7 +12,7 @@ class Vok(ConanFile):
     settings = 'os', 'arch', 'compiler', 'build_type'
     options = {'fPIC': [True, False], 'tool': [True, False]}
     default_options = {'fPIC': True, 'tool': False}
-    exports_sources = ('CMakeLists.txt', 'LICENSE', 'cmake/*', 'vok/*', 'serializer/*', 'tools/*', 'packaging/*')
+    exports_sources = ('CMakeLists.txt', 'LICENSE', 'cmake/*', 'vok/*', 'c/*', 'serializer/*', 'tools/*', 'packaging/*')
 
     def requirements(self):
         self.requires('rapidjson/[>=1.1]')
