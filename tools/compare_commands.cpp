@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/pager.h"
 
 namespace tools {
 
@@ -65,7 +66,10 @@ void AddDiff(CLI::App& oApp, int& iExit) {
         "  vok diff old.xml new.xml --html -o differences.html\n"
         "  vok diff old.xml new.xml -o changes.xml; vok patch old.xml changes.xml -o new2.xml\n"
         "Exit status 0 when they are the same, 1 when they differ.");
-    p->callback([o, &iExit] { iExit = Diff(*o); });
+    p->callback([o, &iExit] {
+        AllowPager();
+        iExit = Diff(*o);
+    });
 }
 
 void AddPatch(CLI::App& oApp, int& iExit) {

@@ -17,6 +17,7 @@
 #include "tools/edit_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/pager.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -94,7 +95,10 @@ void AddShow(CLI::App& oApp) {
         ->needs(pHtml);
     p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);
     p->footer(PATHS);
-    p->callback([o] { g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o);
+    });
 }
 
 void AddGet(CLI::App& oApp) {
@@ -117,7 +121,10 @@ void AddGet(CLI::App& oApp) {
     p->footer(std::string(PATHS) +
               "\nExample: vok get orders.xml '//order[@id=\"7\"]/price' --default 0\n"
               "Exit status 1 when nothing is there.");
-    p->callback([o] { g_iExit = Get(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = Get(*o);
+    });
 }
 
 void AddFileCommands(CLI::App& oApp) {
@@ -178,7 +185,10 @@ void AddInspect(CLI::App& oApp) {
         "and past their faults: what cannot be told is skipped.\n"
         "Example: vok inspect damaged.dgraph --offset 0x1a40 --fields 20\n"
         "Exit status 1 when something is wrong, or when nothing is there.");
-    p->callback([o] { g_iExit = Inspect(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = Inspect(*o);
+    });
 
     auto* pSalvage = oApp.add_subcommand("salvage", "Write what can be read of a DGraph document");
     auto sIn = std::make_shared<std::string>();
@@ -295,6 +305,8 @@ int Run(int argc, char** argv) {
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN");
     oApp.fallthrough();
+    oApp.add_flag_callback("--no-pager", ForbidPager,
+                           "Print to a terminal at once, not through VOK_PAGER, PAGER or less");
     oApp.footer(
         "Files may be XML, JSON, DGraph documents or native dumps, as they are, compressed (zlib,\n"
         "gzip) or in a zip archive of one member.\n"
@@ -325,13 +337,16 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    int iExit = EXIT_TROUBLE;
     try {
-        return Run(argc, argv);
+        iExit = Run(argc, argv);
     } catch (const std::exception& oError) {
         try {
-            return Fail(oError);
+            iExit = Fail(oError);
         } catch (const std::exception&) {
-            return Fail(std::bad_alloc());
+            iExit = Fail(std::bad_alloc());
         }
     }
+    FinishPager();
+    return iExit;
 }

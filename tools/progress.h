@@ -38,6 +38,9 @@ class Progress {
     std::thread m_oThread;  // does not run where nobody would see it
 };
 
+// Shows none from now on, for the terminal belongs to somebody else.
+void HideProgress() noexcept;
+
 }  // namespace tools
 
 #endif  // TOOLS_PROGRESS_H

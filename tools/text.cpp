@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "tools/pager.h"
 #include "tools/shell_path.h"
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
@@ -194,7 +195,7 @@ bool WantsColour() noexcept {
     const char* sNo = std::getenv("NO_COLOR");
     const char* sTerminal = std::getenv("TERM");
     const bool bDumb = sTerminal != nullptr && std::string_view(sTerminal) == "dumb";
-    return vok::sys::IsTerminal(stdout) && (sNo == nullptr || *sNo == 0) && !bDumb;
+    return (vok::sys::IsTerminal(stdout) || IsPaging()) && (sNo == nullptr || *sNo == 0) && !bDumb;
 }
 
 void SetColours(const std::string& sWhen) {

@@ -225,6 +225,12 @@ void RemoveOnInterrupt(const char* sPath) noexcept {
     ::_wremove(sWide.c_str());
 }
 
+bool StartPager(const char*) noexcept {
+    return false;
+}
+
+void FinishPager() noexcept {}
+
 // ---- time -----------------------------------------------------------------
 
 i3_t UnixTime() noexcept {
