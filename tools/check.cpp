@@ -17,6 +17,7 @@
 #include "tools/json_nodes.h"
 #include "tools/loss.h"
 #include "tools/output.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
@@ -88,7 +89,8 @@ void TellLine(const std::string& sFile, const Verdict& o) {
     }
     Print(Visible(sFile) + ": good (" + o.sForm + ", " + std::to_string(o.uNodes) + " nodes)\n");
     for (const std::string& sLost : o.asLost) {
-        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sFile).c_str(), sLost.c_str());
+        std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(),
+                     Say("not kept: %0", {sLost}).c_str());
     }
 }
 

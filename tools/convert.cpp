@@ -17,6 +17,7 @@
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/say.h"
 #include "tools/standard_input.h"
 #include "tools/survey.h"
 #include "tools/text.h"
@@ -47,10 +48,10 @@ std::array<int, 3> ParseVersion(const std::string& sVersion) {
         p = oResult.ptr;
     }
     if (!bGood || p != pEnd) {
-        throw std::invalid_argument("\"" + sVersion + "\" is no version such as 1.2.0");
+        throw std::invalid_argument(Say("\"%0\" is no version such as 1.2.0", {sVersion}));
     }
     if (ai[0] != 1 && ai[0] != 2) {
-        throw std::invalid_argument("there is no version " + sVersion + " of DGraph documents");
+        throw std::invalid_argument(Say("there is no version %0 of DGraph documents", {sVersion}));
     }
     return ai;
 }
@@ -71,7 +72,8 @@ struct Task {
 class Files {
   public:
     explicit Files(const Task& o) : m_oTask(o) {
-        if (o.oOptions.sOut == "-") throw std::invalid_argument("records need a folder, not \"-\"");
+        if (o.oOptions.sOut == "-")
+            throw std::invalid_argument(Say("records need a folder, not \"-\""));
         std::filesystem::create_directories(ToPath(o.oOptions.sOut));
     }
     void Add(vok::Data oTree) {
@@ -220,10 +222,10 @@ int Convert(const ConvertOptions& o) {
         throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));
     }
     if (oTask.IsByRecords() && oForm.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
-        throw std::invalid_argument("files of records are not compressed");
+        throw std::invalid_argument(Say("files of records are not compressed"));
     }
     if (o.bCompact && oForm.sFormat != "json") {
-        throw std::invalid_argument("--compact is for JSON");
+        throw std::invalid_argument(Say("--compact is for JSON"));
     }
     return Answer(
         o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });

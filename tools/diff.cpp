@@ -15,6 +15,7 @@
 #include "tools/json_nodes.h"
 #include "tools/output.h"
 #include "tools/page.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
@@ -140,7 +141,8 @@ vok::u3_t ForEach(const DiffOptions& o, const Input& oA, const Input& oB,
     const auto oVisit = [&](const Data_Difference& oFound) {
         uPaths += std::strlen(oFound.m_sPath);
         if (uPaths > uMost) {
-            std::fputs("vok: there are more differences: too deep to list them all\n", stderr);
+            std::fprintf(stderr, "vok: %s\n",
+                         Say("there are more differences: too deep to list them all").c_str());
             oMore();
             return false;
         }
@@ -202,7 +204,7 @@ int WritePatch(const DiffOptions& o, const Input& oA, const Input& oB) {
 int Diff(const DiffOptions& o) {
     RequireGood(o.oCompare);
     if (o.bByPosition && !o.bHtml && !o.sOut.empty()) {
-        throw std::invalid_argument("--by-position excludes --patch");
+        throw std::invalid_argument(Say("--by-position excludes --patch"));
     }
     const Input oA = Load(o.sA);
     const Input oB = Load(o.sB);

@@ -12,6 +12,7 @@
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/say.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -160,7 +161,7 @@ class Document::Impl {
         try {
             if (m_sPath == "-") {
                 const StandardInput& o = StandardInput::The();
-                if (o.IsGone()) throw std::runtime_error("standard input can be read once");
+                if (o.IsGone()) throw std::runtime_error(Say("standard input can be read once"));
                 m_uBytes = o.IsWhole() ? o.Bytes().Size() : 0;
                 if (o.IsWhole()) {
                     m_oKept.emplace(o.Bytes().Beg(), o.Bytes().Size());
@@ -278,8 +279,8 @@ int Answer(const std::string& sPath, const std::function<int()>& oByRecords,
     } catch (const NeedsTree&) {
         if (sPath == "-" && StandardInput::The().IsGone()) {
             throw InputError(
-                "-: this takes the whole tree, and standard input is too long to be "
-                "kept: give a file",
+                "-: " + Say("this takes the whole tree, and standard input is too long to be kept: "
+                            "give a file"),
                 true);
         }
     }

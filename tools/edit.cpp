@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "tools/input.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/base64.h"
@@ -38,7 +39,7 @@ Data_Node::Type TypeOf(const std::string& sName) {
     for (const Data_Node::Type e : TYPES) {
         if (LowerName(e) == sName) return e;
     }
-    throw std::invalid_argument("there is no type \"" + sName + '"');
+    throw std::invalid_argument(Say("there is no type \"%0\"", {sName}));
 }
 
 std::string Place(const Data& oNode) {
@@ -58,8 +59,8 @@ Data TargetAt(const Data& oTree, const std::string& sShell) {
     const std::string sPath = LibraryPath(sShell);
     const vok::Data_NodeSet oFound = oTree.GetNodeSet(sPath);
     if (oFound.Size() > 1) {
-        throw std::invalid_argument("there are " + std::to_string(oFound.Size()) + " nodes at " +
-                                    Visible(sShell) + ", not one");
+        throw std::invalid_argument(Say("there are %0 nodes at %1, not one",
+                                        {std::to_string(oFound.Size()), Visible(sShell)}));
     }
     if (oFound.Size() == 0) RaiseNothingAt(oTree, {sPath, {}});
     return oFound.GetNth(0);
@@ -135,8 +136,8 @@ void SetValue(Data& oNode, Data_Node::Type eType, const std::string& sText) {
         default: bGood = SetBits(oNode, eType, sText); break;
     }
     if (!bGood) {
-        throw std::invalid_argument(Place(oNode) + ": \"" + Escaped(sText) + "\" is no " +
-                                    Data_Node::TypeName(eType));
+        throw std::invalid_argument(
+            Say("%0: \"%1\" is no %2", {Place(oNode), Escaped(sText), Data_Node::TypeName(eType)}));
     }
 }
 
@@ -148,7 +149,7 @@ Data_Node::Type TypeFor(const Data& oNode) {
 
 void SetTyped(Data& oNode, const Edit& o) {
     if (oNode.GetType() == Data_Node::Tree) {
-        throw std::invalid_argument(Place(oNode) + " has successors, and takes no value");
+        throw std::invalid_argument(Say("%0 has successors, and takes no value", {Place(oNode)}));
     }
     SetValue(oNode, o.sType.empty() ? TypeFor(oNode) : TypeOf(o.sType), *o.sValue);
 }
@@ -161,7 +162,8 @@ void SetTyped(Data& oNode, const Edit& o) {
 
 void SetAt(Data& oNode, const Edit& o, const std::string& sAttribute) {
     if (sAttribute.empty()) return SetTyped(oNode, o);
-    if (!o.sType.empty()) throw std::invalid_argument("attributes are texts: they have no type");
+    if (!o.sType.empty())
+        throw std::invalid_argument(Say("attributes are texts: they have no type"));
     oNode.SetAttVal(sAttribute.c_str(), o.sValue->c_str());
 }
 
@@ -172,15 +174,15 @@ void AddTo(Data& oNode, const Edit& o) {
 
 void DeleteAt(Data& oNode, const std::string& sAttribute) {
     if (!sAttribute.empty()) return oNode.SetAttVal(sAttribute.c_str(), nullptr);
-    if (oNode.GetId() == 0) throw std::invalid_argument("the top node cannot be deleted");
+    if (oNode.GetId() == 0) throw std::invalid_argument(Say("the top node cannot be deleted"));
     oNode.Delete();
 }
 
 void MoveTo(Data& oNode, const Data& oParent, const Edit& o) {
-    if (oNode.GetId() == 0) throw std::invalid_argument("the top node cannot be moved");
+    if (oNode.GetId() == 0) throw std::invalid_argument(Say("the top node cannot be moved"));
     for (Data oUp = oParent; oUp.IsNode(); oUp = oUp.GetPred()) {
         if (oUp != oNode) continue;
-        throw std::invalid_argument(Place(oNode) + " cannot be moved into itself");
+        throw std::invalid_argument(Say("%0 cannot be moved into itself", {Place(oNode)}));
     }
     oNode.MoveTo(oParent, PlaceOf(o));
 }
@@ -236,7 +238,7 @@ std::vector<std::string> WordsOf(const std::string& sLine) {
             bInner = bInner != (cQuote == '\0' && c == '"');
         }
         if (bInner || (cQuote != '\0' && uEnd == sLine.size())) {
-            throw std::invalid_argument("a quote that does not end: " + Visible(sLine));
+            throw std::invalid_argument(Say("a quote that does not end: %0", {Visible(sLine)}));
         }
         asWord.push_back(sLine.substr(u, uEnd - u));
         u = sLine.find_first_not_of(BLANKS, uEnd + (cQuote != '\0'));

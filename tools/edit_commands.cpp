@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/say.h"
 #include "tools/text.h"
 
 namespace tools {
@@ -94,7 +95,7 @@ Edit ParseEdit(const std::string& sLine) {
         }
         return o;
     }
-    throw std::invalid_argument("no edit: " + Visible(sLine));
+    throw std::invalid_argument(Say("no edit: %0", {Visible(sLine)}));
 }
 
 void AddFiles(CLI::App& o, EditOptions& oOptions) {

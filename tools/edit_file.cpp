@@ -5,6 +5,7 @@
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/loss.h"
+#include "tools/say.h"
 #include "tools/tree_file.h"
 #include "vok/dgraph/format.h"
 
@@ -31,10 +32,11 @@ FileForm FormFor(const EditOptions& o, const Input& oIn) {
 
 int EditFile(const EditOptions& o) {
     if (!o.bInPlace && o.sOut.empty()) {
-        throw std::invalid_argument("say where it goes: -o FILE, or -i for the file itself");
+        throw std::invalid_argument(Say("say where it goes: -o FILE, or -i for the file itself"));
     }
     if (o.bInPlace && o.sFile == "-") {
-        throw std::invalid_argument("standard input cannot be written: say -o - instead of -i");
+        throw std::invalid_argument(
+            Say("standard input cannot be written: say -o - instead of -i"));
     }
     Input oIn = Load(o.sFile);
     oIn.oTree.SetToRoot();

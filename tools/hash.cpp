@@ -14,6 +14,7 @@
 #include "tools/document.h"
 #include "tools/input.h"
 #include "tools/output.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
@@ -52,7 +53,7 @@ class Sha256 final : public Hasher {
         gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
         gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
         if (gcry_md_open(&m_pState, GCRY_MD_SHA256, 0) != 0) {
-            throw std::runtime_error("SHA-256 is not to be had");
+            throw std::runtime_error(Say("SHA-256 is not to be had"));
         }
     }
     ~Sha256() override { gcry_md_close(m_pState); }

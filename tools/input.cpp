@@ -11,6 +11,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
@@ -58,8 +59,9 @@ void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
         oArchive.Open(sBytes.data(), sBytes.size(), oLimits);
         const vok::u2_t uMembers = oArchive.GetGlobalInfo().m_uEntries;
         if (uMembers != 1) {
-            throw std::invalid_argument("an archive of " + std::to_string(uMembers) +
-                                        " members: a document is the only one of its archive");
+            throw std::invalid_argument(
+                Say("an archive of %0 members: a document is the only one of its archive",
+                    {std::to_string(uMembers)}));
         }
         oArchive.GoToFirstFile();
         oArchive.Uncompress(oPlain);
@@ -81,13 +83,14 @@ std::string FormatOf(vok::File_Buf& oIn) {
 // "byte 17, line 2, column 5, at /a[0]: " as far as it is known.
 std::string PlaceText(const vok::Load_Report& oReport) {
     std::string s;
-    if (oReport.m_uOffset != 0) s += "byte " + std::to_string(oReport.m_uOffset);
+    if (oReport.m_uOffset != 0) s += Say("byte %0", {std::to_string(oReport.m_uOffset)});
     if (oReport.m_uLine != 0) {
-        s += (s.empty() ? "line " : ", line ") + std::to_string(oReport.m_uLine) + ", column " +
-             std::to_string(oReport.m_uColumn);
+        s += (s.empty() ? "" : ", ") +
+             Say("line %0, column %1",
+                 {std::to_string(oReport.m_uLine), std::to_string(oReport.m_uColumn)});
     }
     if (!oReport.m_oPath.IsEmpty()) {
-        s += (s.empty() ? "at " : ", at ") + ShownPlace(oReport.m_oPath.View());
+        s += (s.empty() ? "" : ", ") + Say("at %0", {ShownPlace(oReport.m_oPath.View())});
     }
     return s.empty() ? s : s + ": ";
 }
@@ -147,11 +150,13 @@ std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view 
         s.remove_prefix(uEnd + (bComment ? 3 : 2));
     }
     if (s.empty()) return {};
-    return std::to_string(uBytes) + (uBytes == 1 ? " byte" : " bytes") + " behind the document";
+    const std::string sBytes = std::to_string(uBytes);
+    return uBytes == 1 ? Say("%0 byte behind the document", {sBytes})
+                       : Say("%0 bytes behind the document", {sBytes});
 }
 
 void CheckMayBeXml(std::string_view sStart) {
-    if (!MayBeXml(sStart)) throw std::invalid_argument("not a document this program knows");
+    if (!MayBeXml(sStart)) throw std::invalid_argument(Say("not a document this program knows"));
 }
 
 InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
@@ -163,20 +168,28 @@ InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
     return oFault;
 }
 
-// There is no other mark of it: the text is the library's own, in English.
+// There is no other mark of it: the text is the library's own.
 bool IsNoMemory(const std::exception& oError) {
     if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) return true;
     const std::string_view sMessage(oError.what());
-    return sMessage.starts_with("allocation of") || sMessage.starts_with("reallocation of") ||
-           sMessage.starts_with("unexpected error during reallocation");
+    for (const char* s :
+         {"allocation of", "reallocation of", "unexpected error during reallocation",
+          "Anfordern von", "Größenänderung des Blocks",
+          "unerwarteter Fehler bei der Größenänderung"}) {
+        if (sMessage.starts_with(s)) return true;
+    }
+    return false;
 }
 
 void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std::string_view sTop) {
     const std::string sShown = ShownPath(sPath);
     const std::string sWhere = sAttribute.empty() ? sShown : ShownAttribute(sShown, sAttribute);
-    std::fprintf(stderr, "vok: %s at %s; \"/\" is the node \"%s\"\n",
-                 sAttribute.empty() ? "no node" : "no attribute", Shortened(sWhere).c_str(),
-                 Escaped(Shortened(sTop)).c_str());
+    const std::string sPlace = Shortened(sWhere);
+    const std::string sName = Escaped(Shortened(sTop));
+    const std::string sSaid =
+        sAttribute.empty() ? Say("no node at %0; \"/\" is the node \"%1\"", {sPlace, sName})
+                           : Say("no attribute at %0; \"/\" is the node \"%1\"", {sPlace, sName});
+    std::fprintf(stderr, "vok: %s\n", sSaid.c_str());
 }
 
 vok::Data_NodeSet Input::Find(const std::string& sPath) const {

@@ -12,6 +12,7 @@
 #include "tools/commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
@@ -36,7 +37,7 @@ class Below {
             const std::size_t uEnd = std::min(sPath.find('/'), sPath.size());
             const std::string_view sStep = sPath.substr(0, uEnd);
             if (sStep.empty() || sStep.find('@') != sStep.npos) {
-                throw std::invalid_argument("a path of names, positions and * is expected");
+                throw std::invalid_argument(Say("a path of names, positions and * is expected"));
             }
             m_asStep.emplace_back(sStep);
             sPath.remove_prefix(std::min(uEnd + 1, sPath.size()));
@@ -222,7 +223,7 @@ int Inspect(const InspectOptions& o) {
         return ++uShown != o.uFields;
     });
     const bool bNowhere = uShown == 0 && (o.uOffset || !o.sPath.empty());
-    if (bNowhere) std::fputs("vok: nothing at that place\n", stderr);
+    if (bNowhere) std::fprintf(stderr, "vok: %s\n", Say("nothing at that place").c_str());
     return bFaulty || bNowhere ? EXIT_NEGATIVE : EXIT_GOOD;
 }
 

@@ -8,6 +8,7 @@
 
 #include <rapidjson/writer.h>
 
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/base/utf8.h"
 #include "vok/data/walk.h"
@@ -28,7 +29,7 @@ struct Place {
 
 // What is written was gone through before; a file may have become another one since.
 [[noreturn]] void RaiseChanged() {
-    throw std::runtime_error("the document changed while it was read");
+    throw std::runtime_error(Say("the document changed while it was read"));
 }
 
 [[nodiscard]] std::string_view NameOf(const vok::Data_View& o) noexcept {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/limits.h"
+#include "tools/say.h"
 
 #include <charconv>
 #include <stdexcept>
@@ -49,8 +50,8 @@ void SetLimit(const std::string& sText) {
         TheLimits().*o.pField = sValue == "none" ? ~vok::u3_t{0} : uValue;
         return;
     }
-    throw std::invalid_argument("\"" + sText + "\" is no limit: NAME=NUMBER or NAME=none, with " +
-                                LimitNames());
+    throw std::invalid_argument(
+        Say("\"%0\" is no limit: NAME=NUMBER or NAME=none, with %1", {sText, LimitNames()}));
 }
 
 std::string LimitNames() {
@@ -61,11 +62,12 @@ std::string LimitNames() {
 
 std::string InOptions(std::string sMessage) {
     for (const Name& o : NAMES) {
-        const std::string sField = "Limits::" + std::string(o.sField) + ")";
+        const std::string sField = "Limits::" + std::string(o.sField);
         const std::size_t uAt = sMessage.find(sField);
-        if (uAt == std::string::npos) continue;
-        return sMessage.replace(uAt, sField.size(),
-                                "it with --limit " + std::string(o.sOption) + "=...)");
+        // No name is the beginning of another one with something else than a letter behind it.
+        const std::size_t uEnd = uAt == std::string::npos ? uAt : uAt + sField.size();
+        if (uEnd >= sMessage.size() || (sMessage[uEnd] != ')' && sMessage[uEnd] != ' ')) continue;
+        return sMessage.replace(uAt, sField.size(), Say("it with --limit %0=...", {o.sOption}));
     }
     return sMessage;
 }

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/base/date.h"
 #include "vok/base/number.h"
@@ -26,7 +27,7 @@ class Losses {
   public:
     void Add(vok::u3_t uCount, const char* sOne, const char* sMany) {
         if (uCount == 0) return;
-        m_asLine.push_back(std::to_string(uCount) + ' ' + (uCount == 1 ? sOne : sMany));
+        m_asLine.push_back(std::to_string(uCount) + ' ' + Say(uCount == 1 ? sOne : sMany));
     }
     [[nodiscard]] std::vector<std::string> Lines() && { return std::move(m_asLine); }
 
@@ -119,7 +120,7 @@ std::vector<std::string> LossCount::Lines() const {
 
 std::string LossCount::WhyNot() const {
     if (m_sFormat != "dgraph" || m_iMinor >= 3 || m_uQuads == 0) return {};
-    return "quadruples cannot be read back from a document before version 1.3";
+    return Say("quadruples cannot be read back from a document before version 1.3");
 }
 
 void CountTree(const Data& oTree, LossCount& oCount) {
@@ -165,13 +166,14 @@ void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
     std::vector<std::string> asLost = LostByReading(oReport);
     for (std::string& s : oLosses.Lines()) asLost.push_back(std::move(s));
     if (oReport.m_uMissingBytes + oReport.m_uMissingNodes != 0) {
-        asLost.push_back("the end: it was cut short");
+        asLost.push_back(Say("the end: it was cut short"));
     }
     if (!sBehind.empty()) asLost.push_back(sBehind);
     for (const std::string& s : asLost) {
-        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sFile).c_str(), s.c_str());
+        std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(),
+                     Say("not kept: %0", {s}).c_str());
     }
-    if (bLossless && !asLost.empty()) throw std::invalid_argument("nothing was written");
+    if (bLossless && !asLost.empty()) throw std::invalid_argument(Say("nothing was written"));
 }
 
 void TellReadingLosses(const std::string& sFile, const vok::Load_Report& oReport,

@@ -18,6 +18,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/pager.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -148,7 +149,10 @@ void AddFileCommands(CLI::App& oApp) {
         "Exit\n"
         "status 1 when one of them is faulty, 2 when one could not be read.\n"
         "Example: vok check -j 4 *.dgraph");
-    pCheck->callback([o] { g_iExit = Check(*o); });
+    pCheck->callback([o] {
+        if (o->bJson) SpeakEnglish();
+        g_iExit = Check(*o);
+    });
 }
 
 void AddHash(CLI::App& oApp) {
@@ -187,6 +191,7 @@ void AddInspect(CLI::App& oApp) {
         "Exit status 1 when something is wrong, or when nothing is there.");
     p->callback([o] {
         AllowPager();
+        if (o->bJson) SpeakEnglish();
         g_iExit = Inspect(*o);
     });
 
@@ -258,7 +263,7 @@ void AddCompletion(CLI::App& oApp) {
 // What is wrong comes from the command line or from files: nothing in it may play with a terminal.
 int Fail(const std::exception& oError) {
     if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) {
-        std::fputs("vok: not enough memory\n", stderr);
+        std::fprintf(stderr, "vok: %s\n", Say("not enough memory").c_str());
         return EXIT_TROUBLE;
     }
     std::fprintf(stderr, "vok: %s\n", Visible(WithPlace(InOptions(Line(oError.what())))).c_str());
@@ -281,6 +286,7 @@ int ExitOf(const CLI::App& oApp, const CLI::ParseError& oError) {
 
 int Run(int argc, char** argv) {
     vok::Msg::SetBanner(false);
+    ChooseLanguage();
     vok::sys::PrepareConsole();
     HandleSignals();
     CLI::App oApp("Shows, checks and converts object trees in XML, JSON and DGraph files.", "vok");

@@ -9,6 +9,7 @@
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/loss.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
@@ -46,8 +47,8 @@ void Report(const Data_Conflict& o) {
     }
     const std::string sAttribute =
         o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
-    std::fprintf(stderr, "vok: conflict at %s%s\n  = %s\n  < %s\n  > %s\n",
-                 ShownPlace(o.m_sPath).c_str(), sAttribute.c_str(), sBase.c_str(),
+    std::fprintf(stderr, "vok: %s\n  = %s\n  < %s\n  > %s\n",
+                 Say("conflict at %0", {ShownPlace(o.m_sPath) + sAttribute}).c_str(), sBase.c_str(),
                  SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
 }
 
@@ -67,7 +68,8 @@ int Merge(const MergeOptions& o) {
         if (ePick != vok::Data_MergePick::None) return false;
         uPaths += std::strlen(oConflict.m_sPath);
         if (uPaths > uMost) {
-            std::fputs("vok: there are more conflicts: too deep to list them all\n", stderr);
+            std::fprintf(stderr, "vok: %s\n",
+                         Say("there are more conflicts: too deep to list them all").c_str());
             return false;
         }
         Report(oConflict);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/limits.h"
+#include "tools/say.h"
 #include "vok/data/succ_it.h"
 #include "vok/file/buf.h"
 #include "vok/records/reader.h"
@@ -59,7 +60,8 @@ NodeBytes::NodeBytes(const Input& oIn)
     : m_sDocument(oIn.oBytes.Beg(), oIn.oBytes.Size()), m_oPlace(oIn.oTree.GetNodes()) {
     const bool bXml = oIn.sFormat == "xml";
     if (!bXml && oIn.sFormat != "dgraph") {
-        throw std::invalid_argument("nodes have bytes of their own in DGraph documents and XML");
+        throw std::invalid_argument(
+            Say("nodes have bytes of their own in DGraph documents and XML"));
     }
     m_oPlace.Spread();
     vok::File_Buf oBuf(oIn.oBytes.Beg(), oIn.oBytes.Size());

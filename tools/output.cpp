@@ -13,6 +13,7 @@
 
 #include "tools/pager.h"
 #include "tools/path.h"
+#include "tools/say.h"
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"
 
@@ -67,16 +68,16 @@ Output::Output(const std::string& sPath, bool bOpen) : m_sPath(sPath) {
     if (bStrange) oPath = ToPath(sPath);
     const fs::path oFolder = oPath.parent_path();
     if (!oFolder.empty() && !fs::is_directory(oFolder)) {
-        throw std::invalid_argument("there is no folder \"" + ToText(oFolder) + "\"");
+        throw std::invalid_argument(Say("there is no folder \"%0\"", {ToText(oFolder)}));
     }
     m_sPath = ToText(oPath);
     const fs::file_status oThere = fs::status(oPath);
-    if (fs::is_directory(oThere)) throw std::invalid_argument("\"" + sPath + "\" is a folder");
+    if (fs::is_directory(oThere)) throw std::invalid_argument(Say("\"%0\" is a folder", {sPath}));
     if (fs::exists(oThere) && !vok::sys::MayWrite(m_sPath.c_str())) {
-        throw std::invalid_argument("\"" + sPath + "\" may not be written");
+        throw std::invalid_argument(Say("\"%0\" may not be written", {sPath}));
     }
     if (bStrange || (fs::exists(oThere) && !fs::is_regular_file(oThere))) {
-        if (!bOpen) throw std::invalid_argument("\"" + sPath + "\" is no regular file");
+        if (!bOpen) throw std::invalid_argument(Say("\"%0\" is no regular file", {sPath}));
         m_oFile.Open(vok::Str(m_sPath), "Tws");
         return;
     }
@@ -181,7 +182,7 @@ void Output::Commit(bool bDurable) {
     std::error_code oError;
     fs::rename(ToPath(m_sBeside), ToPath(m_sPath), oError);
     if (oError) {
-        throw std::runtime_error("could not write \"" + m_sPath + "\": " + oError.message());
+        throw std::runtime_error(Say("could not write \"%0\": %1", {m_sPath, oError.message()}));
     }
     g_sHalfWritten.store(nullptr);
     m_sBeside.clear();
@@ -202,7 +203,7 @@ Appending::~Appending() {
 void Print(std::string_view s) {
     if (s.size() > g_uAllowed) {
         throw std::length_error(
-            "the rest is left out: it would be much longer than what it was read from");
+            Say("the rest is left out: it would be much longer than what it was read from"));
     }
     StartPager();
     Put(s);

@@ -6,6 +6,7 @@
 #include "tools/commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/standard_input.h"
 #include "tools/text.h"
@@ -28,7 +29,7 @@ void TellField(const std::string& sFile, const Inspect_Field& o) {
     if (!o.m_sPath.empty()) s += ", at " + Shortened(ShownPath(Shortened(o.m_sPath)));
     s += ": ";
     if (o.IsSkipped()) {
-        s += std::to_string(o.m_uLength) + " bytes skipped";
+        s += Say("%0 bytes skipped", {std::to_string(o.m_uLength)});
     } else {
         s += o.m_sName + (": " + std::string(o.m_sFault));
     }
@@ -38,7 +39,7 @@ void TellField(const std::string& sFile, const Inspect_Field& o) {
 void TellCount(const std::string& sFile, vok::u3_t uCount, const char* sOne, const char* sMany) {
     if (uCount == 0) return;
     std::fprintf(stderr, "vok: %s: %llu %s\n", Visible(sFile).c_str(),
-                 static_cast<unsigned long long>(uCount), uCount == 1 ? sOne : sMany);
+                 static_cast<unsigned long long>(uCount), Say(uCount == 1 ? sOne : sMany).c_str());
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <stdexcept>
 
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/base/utf8.h"
 #include "vok/data/data.h"
@@ -15,8 +16,8 @@ namespace tools {
 namespace {
 
 [[noreturn]] void RaiseAt(const std::string& sShell, std::size_t uPlace, const char* sWhat) {
-    throw std::invalid_argument("path " + sShell + ": " + sWhat + " at character " +
-                                std::to_string(uPlace + 1));
+    throw std::invalid_argument(
+        Say("path %0: %1 at character %2", {sShell, Say(sWhat), std::to_string(uPlace + 1)}));
 }
 
 // Appends a name or a value as the library's paths carry it.
@@ -143,7 +144,7 @@ std::string Decoded(std::string_view sEncoded) {
 std::string LibraryPath(const std::string& sShell) {
     const NodesOrAttribute o = ParseNodesOrAttribute(sShell);
     if (!o.sAttribute.empty()) {
-        throw std::invalid_argument("path " + sShell + ": an attribute is not a node");
+        throw std::invalid_argument(Say("path %0: an attribute is not a node", {sShell}));
     }
     return o.sNodes;
 }

@@ -12,6 +12,7 @@
 #include "tools/node_bytes.h"
 #include "tools/output.h"
 #include "tools/page.h"
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/data/id_map.h"
 #include "vok/data/names.h"
@@ -144,8 +145,8 @@ int ShowHtml(const ShowOptions& o) {
     const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     if (oFound.Size() == 0) return EXIT_NEGATIVE;
     if (oFound.Size() > 1) {
-        throw std::invalid_argument("a page shows one tree: there are " +
-                                    std::to_string(oFound.Size()) + " nodes at that path");
+        throw std::invalid_argument(Say("a page shows one tree: there are %0 nodes at that path",
+                                        {std::to_string(oFound.Size())}));
     }
     std::optional<NodeBytes> oBytes;
     if (o.bBytes) oBytes.emplace(oIn);

@@ -6,6 +6,7 @@
 
 #include "tools/document.h"
 #include "tools/output.h"
+#include "tools/say.h"
 
 namespace tools {
 
@@ -71,8 +72,8 @@ Survey LookThrough(const std::string& sPath, const std::string& sFormat, Census*
 
 std::string FaultOf(const vok::Load_Report& r, const std::string& sBehind) {
     if (r.m_uMissingBytes + r.m_uMissingNodes != 0) {
-        return "cut short: " + std::to_string(r.m_uMissingBytes) + " bytes of its last field and " +
-               std::to_string(r.m_uMissingNodes) + " nodes are missing";
+        return Say("cut short: %0 bytes of its last field and %1 nodes are missing",
+                   {std::to_string(r.m_uMissingBytes), std::to_string(r.m_uMissingNodes)});
     }
     return sBehind;
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "tools/pager.h"
+#include "tools/say.h"
 #include "tools/shell_path.h"
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
@@ -158,8 +159,8 @@ void Tell(std::string_view sName, std::string_view sWhat) {
 }
 
 std::string BehindText(vok::u3_t uBytes) {
-    return std::to_string(uBytes) +
-           " bytes behind the archive: maybe of an append that was interrupted";
+    return Say("%0 bytes behind the archive: maybe of an append that was interrupted",
+               {std::to_string(uBytes)});
 }
 
 std::string Shortened(std::string_view sPath) {

@@ -6,6 +6,7 @@
 #include "tools/loss.h"
 #include "tools/output.h"
 #include "tools/path.h"
+#include "tools/say.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/json/json.h"
 #include "vok/zip/archive.h"
@@ -28,8 +29,8 @@ Endings EndingsOf(const std::string& sName) {
 }
 
 std::string NoFormatText(const std::string& sName, const char* sEndings) {
-    return "\"" + sName + "\" does not tell a format by its ending (" + sEndings +
-           "): name one with --to";
+    return Say("\"%0\" does not tell a format by its ending (%1): name one with --to",
+               {sName, sEndings});
 }
 
 FileForm FormOf(const std::string& sPath, const std::string& sFormat) {
@@ -57,7 +58,7 @@ void WriteTree(vok::Data& oTree, const FileForm& o, vok::File_Stream& oOut) {
 void WriteFile(const std::string& sPath, const FileForm& o, bool bWhole,
                const std::function<void(vok::File_Stream&)>& oWrite) {
     if (o.sWrapping == "zip") {
-        if (sPath == "-") throw std::invalid_argument("a zip archive needs a file, not \"-\"");
+        if (sPath == "-") throw std::invalid_argument(Say("a zip archive needs a file, not \"-\""));
         const std::string sStem = ToText(ToPath(sPath).stem());
         const bool bEnding = !EndingsOf(sStem).sFormat.empty();
         Output oFile(sPath, false);

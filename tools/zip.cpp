@@ -18,6 +18,7 @@
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"
@@ -97,12 +98,12 @@ class Reading {
 // Why a member must not become a file below a folder, with the links that are there already; empty
 // when it may.
 std::string WhyOutside(const std::string& sFolder, const vok::Zip_FileInfo& o) {
-    if (!vok::Zip_IsSafeMember(o)) return "would leave the folder: not extracted";
+    if (!vok::Zip_IsSafeMember(o)) return Say("would leave the folder: not extracted");
     fs::path oAbove = ToPath(sFolder);
     for (const fs::path& oPart : ToPath(o.m_oName.CStr())) {
         oAbove /= oPart;
         if (vok::sys::IsLink(ToText(oAbove).c_str())) {
-            return "would follow a link out of the folder: not extracted";
+            return Say("would follow a link out of the folder: not extracted");
         }
     }
     return {};
@@ -145,7 +146,7 @@ bool Extract(Reading& oArchive, const fs::path& oPath, const vok::Zip_FileInfo& 
         });
     } catch (const vok::Msg_Exception& oError) {
         if (bDisk || IsNoMemory(oError)) throw;
-        Tell(o.m_oName.View(), "is not extracted: " + Line(oError.what()));
+        Tell(o.m_oName.View(), Say("is not extracted: %0", {Line(oError.what())}));
         return false;
     }
     oFile.Commit(false);
@@ -228,12 +229,12 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
         } catch (const TooMuch&) {
             throw;
         } catch (const std::exception& oError) {
-            Tell(sName, "is not extracted: " + WithPlace(Line(oError.what())));
+            Tell(sName, Say("is not extracted: %0", {WithPlace(Line(oError.what()))}));
             iExit = EXIT_TROUBLE;
         }
     });
     for (const std::string& sName : asMissing) {
-        Tell(sName, "is not in the archive");
+        Tell(sName, Say("is not in the archive"));
         iExit = std::max<int>(iExit, EXIT_NEGATIVE);
     }
     return iExit;

@@ -13,6 +13,7 @@
 #include "tools/output.h"
 #include "tools/path.h"
 #include "tools/progress.h"
+#include "tools/say.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"
@@ -44,12 +45,12 @@ bool Collect(const fs::path& oPath, std::vector<Addition>& aoAddition) {
     if (sName.empty() || sName == "." || sName == "./" || sName == "..") return true;
     if (bFolder && !sName.ends_with('/')) sName += '/';
     if (!bFolder && !fs::is_regular_file(oPath)) {
-        Tell(ToText(oPath), "is neither a file nor a folder: not added");
+        Tell(ToText(oPath), Say("is neither a file nor a folder: not added"));
         return false;
     }
     // Bytes that are no UTF-8 would be stored as other ones, and so be another name.
     if (!vok::Zip_IsSafeName(sName) || !vok::IsUtf8(sName.data(), sName.size())) {
-        Tell(sName, "is no name for a member: not added");
+        Tell(sName, Say("is no name for a member: not added"));
         return false;
     }
     aoAddition.push_back({oPath, std::move(sName), bFolder});
@@ -65,7 +66,7 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
     };
     for (const std::string& sFile : asFile) {
         const fs::path oFile = ToPath(sFile);
-        if (!fs::exists(oFile)) throw std::invalid_argument("\"" + sFile + "\" does not exist");
+        if (!fs::exists(oFile)) throw std::invalid_argument(Say("\"%0\" does not exist", {sFile}));
         oCollect(oFile);
         if (!fs::is_directory(oFile)) continue;
         for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) oCollect(oEntry.path());
@@ -80,7 +81,7 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
     const auto oSame = [](const Addition& a, const Addition& b) {
         if (a.sName != b.sName) return false;
         if (!fs::equivalent(a.oPath, b.oPath)) {
-            throw std::invalid_argument("two files would be the member \"" + a.sName + '"');
+            throw std::invalid_argument(Say("two files would be the member \"%0\"", {a.sName}));
         }
         return true;
     };
@@ -121,11 +122,11 @@ void TellWhatIsThere(const std::string& sArchive, const std::vector<Addition>& a
         return;  // whatever it is, appending will tell
     }
     if (const vok::u3_t uBehind = oOld.GetGlobalInfo().m_uBehind; uBehind != 0) {
-        Tell(sArchive, "has " + BehindText(uBehind));
+        Tell(sArchive, Say("has %0", {BehindText(uBehind)}));
     }
     for (const Addition& o : aoAddition) {
         if (o.bFolder || !oOld.LocateFile(vok::Str(o.sName))) continue;
-        Tell(o.sName, "was in the archive already: the new one counts from now on");
+        Tell(o.sName, Say("was in the archive already: the new one counts from now on"));
     }
 }
 
@@ -136,7 +137,7 @@ int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, 
     const std::vector<Addition> aoAddition = Collect(sArchive, asFile, iExit);
     const fs::file_status oThere = fs::status(ToPath(sArchive));
     if (fs::exists(oThere) && !fs::is_regular_file(oThere)) {
-        throw std::invalid_argument("\"" + sArchive + "\" is no regular file");
+        throw std::invalid_argument(Say("\"%0\" is no regular file", {sArchive}));
     }
     const bool bNew = !fs::exists(oThere) || fs::file_size(ToPath(sArchive)) == 0;
     if (!bNew) TellWhatIsThere(sArchive, aoAddition);

@@ -171,28 +171,28 @@ TEST_F(Program, Pager) {
     ToDisk("t.xml", "<R><a>1</a></R>");
     const auto oShown = [&](const std::string& sEnvironment, const std::string& sCommand) {
         Shell("env -u NO_COLOR -u VOK_PAGER -u PAGER TERM=xterm " + sEnvironment +
-              " script -qec '" + sCommand + "' typescript >out 2>&1 </dev/null");
+              " script -qec '" + s_sProgram + ' ' + sCommand + "' typescript >out 2>&1 </dev/null");
         std::string s = OnDisk("out");
         std::erase(s, '\r');
         return s;
     };
     const std::string sPlain = "R\n  a String \"1\"\n";
-    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok show --plain t.xml"), ":R\n:  a String \"1\"\n");
-    EXPECT_EQ(oShown("VOK_PAGER=\"sed s/^/:/\" PAGER=false", "vok get t.xml /a"), ":1\n");
-    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok --no-pager show --plain t.xml"), sPlain);
-    EXPECT_EQ(oShown("PAGER=", "vok show --plain t.xml"), sPlain);
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "show --plain t.xml"), ":R\n:  a String \"1\"\n");
+    EXPECT_EQ(oShown("VOK_PAGER=\"sed s/^/:/\" PAGER=false", "get t.xml /a"), ":1\n");
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "--no-pager show --plain t.xml"), sPlain);
+    EXPECT_EQ(oShown("PAGER=", "show --plain t.xml"), sPlain);
     // Others, and what goes elsewhere, are not paged; colours are those of the terminal behind it.
-    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "vok check t.xml"), "t.xml: good"));
-    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok get t.xml /a >to; cat to"), "1\n");
-    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "vok show t.xml"), "\x1b[1m"));
+    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "check t.xml"), "t.xml: good"));
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "get t.xml /a >to; cat to"), "1\n");
+    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "show t.xml"), "\x1b[1m"));
     // It may end before all is printed, or not be there.
     std::string sMany = "<R>";
     for (int i = 0; i < 100000; ++i) sMany += "<a>1</a>";
     ToDisk("many.xml", sMany + "</R>");
-    EXPECT_EQ(oShown("PAGER=\"head -1\"", "vok get many.xml /a"), "1\n");
-    EXPECT_TRUE(Has(oShown("PAGER=no-such-pager", "vok get t.xml /a"), "no-such-pager"));
+    EXPECT_EQ(oShown("PAGER=\"head -1\"", "get many.xml /a"), "1\n");
+    EXPECT_TRUE(Has(oShown("PAGER=no-such-pager", "get t.xml /a"), "no-such-pager"));
     // What is told on standard error comes nonetheless, and the status stays.
-    EXPECT_TRUE(Has(oShown("PAGER=cat", "vok get t.xml /b || echo status $?"), "status 1\n"));
+    EXPECT_TRUE(Has(oShown("PAGER=cat", "get t.xml /b || echo status $?"), "status 1\n"));
 }
 
 TEST_F(Program, PagesInABrowser) {

@@ -63,7 +63,7 @@ class Program : public testing::Test {
 #endif
     }
 
-  private:
+  protected:
     // A path as the shell takes it, from whatever drive and folder it is called.
     static std::string Native(const std::string& sPath) {
         return fs::absolute(sPath).make_preferred().string();

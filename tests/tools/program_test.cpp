@@ -50,6 +50,34 @@ TEST_F(Program, ShowGetInfo) {
     }
 }
 
+#ifndef _WIN32  // whose shell sets no variables for one command
+TEST_F(Program, SpeaksGerman) {
+    const auto oSaid = [&](const std::string& sLanguage, const std::string& sCommand) {
+        Shell(sLanguage + " vok " + sCommand + " >out 2>err");
+        return OnDisk("out") + OnDisk("err");
+    };
+    ToDisk("bad.xml", "<a>\n<b></a>");
+    ToDisk("good.xml", "<a><!-- --></a>");
+    const std::string sGerman = "LC_ALL= LC_MESSAGES= LANG=de_DE.UTF-8";
+    EXPECT_EQ(oSaid(sGerman, "get good.xml /b"),
+              "vok: kein Knoten bei /b; \"/\" ist der Knoten \"a\"\n");
+    EXPECT_EQ(
+        oSaid(sGerman, "check bad.xml good.xml"),
+        "bad.xml: Byte 7, Zeile 2, Spalte 4, bei /b[0]: "
+        "kein XML-Datenstrom, oder der Datenstrom ist beschädigt\ngood.xml: good (xml, 1 nodes)\n"
+        "vok: good.xml: nicht erhalten: 1 Kommentar\n");
+    EXPECT_EQ(oSaid(sGerman, "--limit depth=1 get bad.xml /"),
+              "vok: bad.xml: Byte 4, Zeile 2, Spalte 1, bei /: Grenze \"Tiefe\" von 1 "
+              "überschritten (mit --limit depth=... erhöhen)\n");
+    EXPECT_TRUE(
+        Has(oSaid(sGerman, "check --json bad.xml"), "no XML stream or stream is corrupted"));
+    // The first of the three that is set counts; others are English.
+    EXPECT_TRUE(Has(oSaid("LC_ALL=C LANG=de", "get good.xml /b"), "no node at /b"));
+    EXPECT_TRUE(Has(oSaid("LC_ALL=de LANG=C", "get good.xml /b"), "kein Knoten bei /b"));
+    EXPECT_TRUE(Has(oSaid("LC_ALL=den_XX", "get good.xml /b"), "no node at /b"));
+}
+#endif
+
 TEST_F(Program, AnswersInJson) {
     EXPECT_EQ(Run("info - --json", "<R><a k='1'>x</a></R>").sOut,
               "{\"format\":\"xml\",\"wrapping\":null,\"version\":null,\"bytes\":21,\"nodes\":2,"
