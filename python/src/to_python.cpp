@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "python/src/errors.h"
+#include "python/src/values.h"
 
 namespace vok::python {
 
@@ -132,41 +133,41 @@ PyObject* To_Python::Value(const Data_View& oNode, const Tree_Ptr& pTree) {
     }
 }
 
-bool To_Python::SkipRemoved(Frame& f) noexcept {
-    while (f.uNext != f.uSize &&
-           f.oNode.GetSucc(f.uNext).GetType() == Data_Node::Zombi) {
-        ++f.uNext;
-    }
-    return f.uNext != f.uSize;
-}
-
-PyObject* To_Python::KeyOf(const Data_View& oNode) {
-    const u2_t uKey = oNode.GetKey().uKey;
-    const char* const sName = uKey != 0 ? oNode.GetName() : "";
+PyObject* To_Python::FindKey(u2_t uKey) {
     if (uKey >= m_aoName.size()) m_aoName.resize(uKey + std::size_t{1});
     Name& o = m_aoName[uKey];
-    if (o.pText != nullptr && std::strcmp(PyUnicode_AsUTF8(o.pText), sName) == 0) [[likely]]
-        return o.pKey;
-    Py_CLEAR(o.pText);
-    Py_CLEAR(o.pKey);
-    PyObject* const pText = Interned(sName);
-    PyObject* const pKey =
-        IsMarked(sName) ? PyUnicode_FromFormat("#%U", pText) : Py_NewRef(pText);
-    o = {pText, pKey};
-    if (PyUnicode_AsUTF8(pText) == nullptr || pKey == nullptr) {
+    const Hash_Text& t = m_oAt.NameOf(uKey);
+    // The numbers tell texts of up to twelve bytes.
+    const bool bSame = o.pText != nullptr && o.oText.uPrefix == t.uPrefix &&
+                       o.oText.uLength == t.uLength && o.oText.uSuffix == t.uSuffix &&
+                       (t.uLength <= 12 || std::memcmp(o.oText.sText, t.sText, t.uLength) == 0);
+    if (!bSame) [[unlikely]] {
         Py_CLEAR(o.pText);
-        throw py::error_already_set();
+        Py_CLEAR(o.pKey);
+        const std::string_view sName = uKey != 0 ? t.View() : std::string_view();
+        const py::object oText = py::reinterpret_steal<py::object>(Interned(sName));
+        const char* const sText = Utf8Of(oText.ptr()).data();
+        o.pKey = Checked(IsMarked(sName) ? PyUnicode_FromFormat("#%U", oText.ptr())
+                                         : Py_NewRef(oText.ptr()));
+        o.pText = Py_NewRef(oText.ptr());
+        o.oText = t;
+        o.oText.sText = sText;
     }
-    return pKey;
+    o.uRun = m_uRun;
+    return o.pKey;
 }
 
 PyObject* To_Python::Convert(const Node& oTop) {
     const No_Collector oHeldOff;
     m_pTree = oTop.GetTree();
+    if (++m_uRun == 0) {
+        for (Name& o : m_aoName) o.uRun = 0;
+        m_uRun = 1;
+    }
     m_aoFrame.clear();
-    const Data_View oView(oTop.Get());
+    m_oAt = Cursor(oTop.Get());
     Mark oMark;
-    py::object oResult = py::reinterpret_steal<py::object>(Make(oView, Place::Top, oMark));
+    py::object oResult = py::reinterpret_steal<py::object>(Make(Place::Top, oMark));
     while (!m_aoFrame.empty()) Step();
     m_pTree.reset();
     return oResult.release().ptr();
@@ -179,31 +180,30 @@ void To_Python::Step() {
         m_aoFrame.pop_back();
         return;
     }
-    const Data_View oNode = f.oNode.GetSucc(f.uNext++);
+    m_oAt.Stand(*f.pNext++);
     PyObject* const pInto = f.pInto;
+    const u2_t uKey = m_oAt.GetKey().uKey;
     Mark oMark;
-    if (f.bList) {
-        const py::object o = py::reinterpret_steal<py::object>(Make(oNode, Place::List, oMark));
-        return Check(PyList_Append(pInto, o.ptr()));
-    }
-    const u2_t uKey = oNode.GetKey().uKey;
-    if (f.uRun == uKey) {
-        PyObject* const pItems = f.pItems;
-        const py::object o = py::reinterpret_steal<py::object>(Make(oNode, Place::Run, oMark));
+    if (f.bList || f.uRun == uKey) {
+        PyObject* const pItems = f.bList ? pInto : f.pItems;
+        const Place ePlace = f.bList ? Place::List : Place::Run;
+        const py::object o = py::reinterpret_steal<py::object>(Make(ePlace, oMark));
         return Check(PyList_Append(pItems, o.ptr()));
     }
-    const bool bRun = SkipRemoved(f) && f.oNode.GetSucc(f.uNext).GetKey().uKey == uKey;
-    PyObject* const pKey = KeyOf(oNode);
+    const bool bRun = SkipRemoved(f) && m_oAt.NodeAt(*f.pNext).uKey == uKey;
+    PyObject* const pKey = KeyOf(uKey);
     if (bRun) {
-        const py::object oItems = py::reinterpret_steal<py::object>(Checked(PyList_New(0)));
+        PyObject* const pItems = Checked(PyList_New(0));
         f.uRun = uKey;
-        f.pItems = oItems.ptr();
-        Check(PyDict_SetItem(pInto, pKey, oItems.ptr()));
-        const py::object o = py::reinterpret_steal<py::object>(Make(oNode, Place::Run, oMark));
-        return Check(PyList_Append(oItems.ptr(), o.ptr()));
+        f.pItems = pItems;
+        const int iSet = PyDict_SetItem(pInto, pKey, pItems);
+        Py_DECREF(pItems);
+        Check(iSet);
+        const py::object o = py::reinterpret_steal<py::object>(Make(Place::Run, oMark));
+        return Check(PyList_Append(pItems, o.ptr()));
     }
-    py::object o = py::reinterpret_steal<py::object>(Make(oNode, Place::Alone, oMark));
-    if (oMark.bItem) {
+    py::object o = py::reinterpret_steal<py::object>(Make(Place::Alone, oMark));
+    if (oMark.bItem) [[unlikely]] {
         PyObject* const pOnly = Checked(PyList_New(1));
         PyList_SET_ITEM(pOnly, 0, o.release().ptr());
         o = py::reinterpret_steal<py::object>(pOnly);
@@ -211,51 +211,38 @@ void To_Python::Step() {
     Check(PyDict_SetItem(pInto, pKey, o.ptr()));
 }
 
-// What a node becomes; if that is a container, what belongs in it comes next.
-PyObject* To_Python::Make(const Data_View& oNode, Place ePlace, Mark& oMark) {
-    if (oNode.HasAttributes()) [[unlikely]]
-        return MakeMarked(oNode, ePlace, oMark);
-    if (oNode.GetType() != Data_Node::Tree) return Value(oNode, m_pTree);
-    Frame f;
-    f.oNode = oNode;
-    f.uSize = oNode.GetSuccs();
+// What the node becomes; if that is a container, what belongs in it comes next.
+PyObject* To_Python::Make(Place ePlace, Mark& oMark) {
+    if (m_oAt.HasAttributes()) [[unlikely]]
+        return MakeMarked(ePlace, oMark);
+    if (m_oAt.GetType() != Data_Node::Tree) return Value(m_oAt, m_pTree);
+    Frame f = Below(nullptr, false);
     if (!SkipRemoved(f)) return Py_NewRef(Py_None);
     f.pInto = Checked(PyDict_New());
     m_aoFrame.push_back(f);
     return f.pInto;
 }
 
-void To_Python::Open(const Data_View& oNode, PyObject* pInto, bool bList) {
-    Frame f;
-    f.oNode = oNode;
-    f.uSize = oNode.GetSuccs();
-    f.pInto = pInto;
-    f.bList = bList;
-    m_aoFrame.push_back(f);
-}
-
-PyObject* To_Python::MakeMarked(const Data_View& oNode, Place ePlace, Mark& oMark) {
-    const auto oAttributes = m_pTree->oRoot.GetNodeFromID(oNode.GetId()).GetAttributes();
+PyObject* To_Python::MakeMarked(Place ePlace, Mark& oMark) {
+    const auto oAttributes = m_pTree->oRoot.GetNodeFromID(m_oAt.GetId()).GetAttributes();
     std::string_view sMark;
     for (const auto& [sName, sValue] : oAttributes) {
         if (sName == json::MARK) sMark = sValue;
     }
-    oMark = MarkOf(oNode, ePlace, oAttributes.size(), sMark);
+    oMark = MarkOf(ePlace, oAttributes.size(), sMark);
     if (oMark.eKind == Mark::Object) return Checked(PyDict_New());
     if (oMark.eKind == Mark::List) {
         PyObject* const pList = Checked(PyList_New(0));
-        Open(oNode, pList, true);
+        m_aoFrame.push_back(Below(pList, true));
         return pList;
     }
     const bool bText = oMark.eKind == Mark::Text;
     const bool bWithoutMark = oMark.bItem || bText;
-    Frame f;
-    f.oNode = oNode;
-    f.uSize = oNode.GetSuccs();
+    Frame f = Below(nullptr, false);
     const bool bTree = SkipRemoved(f);
     const auto oValue = [&] {
-        return py::reinterpret_steal<py::object>(bText ? TextOf(oNode.Block())
-                                                       : Value(oNode, m_pTree));
+        return py::reinterpret_steal<py::object>(bText ? TextOf(m_oAt.Block())
+                                                       : Value(m_oAt, m_pTree));
     };
     if (bWithoutMark && oAttributes.size() == 1 && !bTree) return oValue().release().ptr();
     py::dict oInto;
@@ -269,27 +256,23 @@ PyObject* To_Python::MakeMarked(const Data_View& oNode, Place ePlace, Mark& oMar
         oInto[json::ATTRIBUTES.data()] = oTexts;
     }
     if (bTree) {
-        Open(oNode, oInto.ptr(), false);
-    } else if (oNode.GetType() != Data_Node::Empty && oNode.GetType() != Data_Node::Tree) {
+        f.pInto = oInto.ptr();
+        m_aoFrame.push_back(f);
+    } else if (m_oAt.GetType() != Data_Node::Empty && m_oAt.GetType() != Data_Node::Tree) {
         oInto[json::VALUE.data()] = oValue();
     }
     return oInto.release().ptr();
 }
 
 // What the attribute "#json" says, where it belongs to what it is on; as in JSON.
-json::Mark To_Python::MarkOf(const Data_View& oNode, Place ePlace, std::size_t uAttributes,
-                             std::string_view sMark) const {
+json::Mark To_Python::MarkOf(Place ePlace, std::size_t uAttributes, std::string_view sMark) const {
     const Mark o = Mark::Of(sMark);
     const bool bAlone = ePlace == Place::Alone;
-    bool bEmpty = true;
-    bool bUnnamed = true;  // those come first
-    for (u2_t u = oNode.GetSuccs(); u-- > 0 && bEmpty;) {
-        const Data_View oSucc = oNode.GetSucc(u);
-        if (oSucc.GetType() == Data_Node::Zombi) continue;
-        bEmpty = false;
-        bUnnamed = oSucc.GetKey().uKey == 0;
-    }
-    const Data_Node::Type eType = oNode.GetType();
+    Frame f = Below(nullptr, false);
+    while (f.pEnd != f.pNext && m_oAt.NodeAt(f.pEnd[-1]).GetType() == Data_Node::Zombi) --f.pEnd;
+    const bool bEmpty = f.pNext == f.pEnd;
+    const bool bUnnamed = bEmpty || m_oAt.NodeAt(f.pEnd[-1]).uKey == 0;  // those come first
+    const Data_Node::Type eType = m_oAt.GetType();
     const bool bOnlyMarked =
         uAttributes == 1 && (eType == Data_Node::Empty || eType == Data_Node::Tree);
     bool bGood = bAlone || !o.bItem;
@@ -300,7 +283,7 @@ json::Mark To_Python::MarkOf(const Data_View& oNode, Place ePlace, std::size_t u
         case Mark::Object: bGood = bGood && bEmpty && bOnlyMarked; break;
         case Mark::Text: {
             const bool bBlock = eType == Data_Node::Binary;
-            const std::string_view s = bBlock ? oNode.Block() : std::string_view();
+            const std::string_view s = bBlock ? m_oAt.Block() : std::string_view();
             bGood = bGood && s.find('\0') != s.npos;
             if (!bGood) break;
             // Whether it is UTF-8.

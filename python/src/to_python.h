@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "python/src/tree.h"
+#include "vok/base/hash_text.h"
 #include "vok/data/view.h"
 #include "vok/json/form.h"
 
@@ -33,34 +34,67 @@ class To_Python {
   private:
     using Mark = json::Mark;
     enum class Place : u0_t { Top, Alone, Run, List };
-    // A node whose successors are still to come, and where they go.
+    // Where it is in the tree. A view of its own for each node would cost as much as the node.
+    class Cursor : public Data_View {
+      public:
+        Cursor() = default;
+        explicit Cursor(const Data& o) : Data_View(o) {}
+        void Stand(u2_t uId) noexcept {
+            m_uId = uId;
+            m_pNode = m_pNodes + uId;
+        }
+        [[nodiscard]] const Data_Node& NodeAt(u2_t uId) const noexcept { return m_pNodes[uId]; }
+        [[nodiscard]] const u2_t* Succs() const noexcept { return m_pIds + m_pNode->Start(); }
+        [[nodiscard]] const Hash_Text& NameOf(u2_t uKey) const noexcept { return m_pNames[uKey]; }
+    };
+    // Successors that are still to come, and where they go.
     struct Frame {
-        Data_View oNode;
-        u2_t uNext = 0;
-        u2_t uSize = 0;
-        u2_t uRun = NO_RUN;          // key of those that go to pItems
-        PyObject* pItems = nullptr;  // borrowed
+        const u2_t* pNext = nullptr;
+        const u2_t* pEnd = nullptr;
         PyObject* pInto = nullptr;   // dict or list, borrowed
+        PyObject* pItems = nullptr;  // list of a run, borrowed
+        u2_t uRun = NO_RUN;          // its key
         bool bList = false;
     };
+    // A name as it is in a dict, and its text in the tree that it was made for, of which the
+    // characters are those of pText.
     struct Name {
-        PyObject* pText = nullptr;  // as it is in the tree
-        PyObject* pKey = nullptr;   // as it is in a dict
+        PyObject* pText = nullptr;
+        PyObject* pKey = nullptr;
+        Hash_Text oText{};
+        u2_t uRun = 0;  // of Convert, in which it was compared last
     };
     static constexpr u2_t NO_RUN = 0xFFFFFFFF;
 
-    [[nodiscard]] static bool SkipRemoved(Frame& f) noexcept;
-    [[nodiscard]] PyObject* KeyOf(const Data_View& oNode);
-    [[nodiscard]] PyObject* Make(const Data_View& oNode, Place ePlace, Mark& oMark);
-    [[nodiscard]] PyObject* MakeMarked(const Data_View& oNode, Place ePlace, Mark& oMark);
-    [[nodiscard]] Mark MarkOf(const Data_View& oNode, Place ePlace, std::size_t uAttributes,
-                              std::string_view sMark) const;
-    void Open(const Data_View& oNode, PyObject* pInto, bool bList);
+    [[nodiscard]] bool SkipRemoved(Frame& f) const noexcept {
+        while (f.pNext != f.pEnd && m_oAt.NodeAt(*f.pNext).GetType() == Data_Node::Zombi) ++f.pNext;
+        return f.pNext != f.pEnd;
+    }
+    // The successors of the node that it is at.
+    [[nodiscard]] Frame Below(PyObject* pInto, bool bList) const noexcept {
+        Frame f;
+        f.pInto = pInto;
+        f.bList = bList;
+        if (m_oAt.GetType() != Data_Node::Tree || m_oAt.GetSuccs() == 0) return f;
+        f.pNext = m_oAt.Succs();
+        f.pEnd = f.pNext + m_oAt.GetSuccs();
+        return f;
+    }
+    [[nodiscard]] PyObject* KeyOf(u2_t uKey) {
+        if (uKey < m_aoName.size() && m_aoName[uKey].uRun == m_uRun) return m_aoName[uKey].pKey;
+        return FindKey(uKey);
+    }
+    [[nodiscard]] PyObject* FindKey(u2_t uKey);
+    [[nodiscard]] PyObject* Make(Place ePlace, Mark& oMark);
+    [[nodiscard]] PyObject* MakeMarked(Place ePlace, Mark& oMark);
+    [[nodiscard]] Mark MarkOf(Place ePlace, std::size_t uAttributes, std::string_view sMark) const;
     void Step();
 
+    Cursor m_oAt;
     Tree_Ptr m_pTree;
     std::vector<Frame> m_aoFrame;
     std::vector<Name> m_aoName;  // by key
+    u2_t m_uRun = 0;
 };
 
 // The text of a String; a new reference.
