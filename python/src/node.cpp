@@ -12,13 +12,15 @@
 #include "python/src/values.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/xpath.h"
+#include "vok/json/form.h"
 
 namespace vok::python {
 
 namespace {
 
 py::object Or(const Node& oNode, const Data& o) {
-    return o.IsNode() ? py::cast(oNode.At(o)) : py::none();
+    const bool bThere = o.IsNode() && o.GetNode().GetType() != Data_Node::Zombi;
+    return bThere ? py::cast(oNode.At(o)) : py::none();
 }
 
 py::str Text(std::string_view s) {
@@ -154,6 +156,39 @@ py::list Names(const Node& oNode) {
     return oNames;
 }
 
+// ---- marks ---------------------------------------------------------------------
+
+// What "#json" has said of a node, and of the only successor of a name, is not so any more when one is
+// added: attributes that say nothing true would be taken for attributes like any others.
+void Unmark(Data oNode, bool bItem, bool bKind) {
+    const char* const sMark = oNode.GetAttVal(json::MARK);
+    if (sMark == nullptr) return;
+    json::Mark oMark = json::Mark::Of(sMark);
+    if (bItem) oMark.bItem = false;
+    if (bKind) oMark.eKind = json::Mark::None;
+    const std::string sValue(oMark.Value());
+    oNode.SetAttVal(json::MARK.data(), sValue.empty() ? nullptr : sValue.c_str());
+}
+void UnmarkFor(const Data& oParent, const std::string& sName) {
+    const bool bEmpty = oParent.GetType() != Data_Node::Tree;
+    if (bEmpty || !sName.empty()) Unmark(oParent, false, true);
+    if (oParent.GetSuccCount(sName) != 1) return;
+    const Data oOnly = oParent.GetNthSucc(sName, 0);
+    if (oOnly.GetType() != Data_Node::Zombi) Unmark(oOnly, true, false);
+}
+// The same for a node that a path has made, and for all between it and a node above.
+void UnmarkAbove(const Data& oMade, const Data& oTop) {
+    for (Data o = oMade; o != oTop && o.GetId() != 0; o.SetToPred()) {
+        const Data oParent = o.GetPred();
+        const char* const sName = o.GetName();
+        Unmark(oParent, false, true);
+        if (sName != nullptr && oParent.GetSuccCount(sName) > 1) {
+            const Data oFirst = oParent.GetNthSucc(sName, 0);
+            if (oFirst.GetType() != Data_Node::Zombi) Unmark(oFirst, true, false);
+        }
+    }
+}
+
 // ---- paths ----------------------------------------------------------------------
 
 py::list Find(const Node& oNode, const std::string& sPath, const Limits* pLimits) {
@@ -173,6 +208,7 @@ py::object FindFirst(const Node& oNode, const std::string& sPath, const Limits* 
 Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue) {
     oNode.GetTree()->bGaps = true;
     Data oMade = oNode.Change().CreateNode(Checked(sPath));
+    UnmarkAbove(oMade, oNode.Get());
     if (oValue.size() != 0) SetValue(oMade, oValue[0].ptr());
     return oNode.At(oMade);
 }
@@ -186,8 +222,9 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
     PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
     if (py::isinstance<Node>(oObject)) {
         const Node& oOther = oObject.cast<const Node&>();
+        UnmarkFor(oNode.Change(), Checked(sName));
         Data oCopy = oOther.Get().MkCopy(oNode.Change());
-        oCopy.Rename(Checked(sName), PositionOf(oIndex));
+        oCopy.Rename(sName, PositionOf(oIndex));
         return py::cast(oNode.At(oCopy));
     }
     const u2_t uPos = PositionOf(oIndex);
@@ -196,6 +233,7 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
     oMade.SetToRoot();
     Append(oMade, Checked(sName), oObject.ptr(), pDefault);
     Data oParent = oNode.Change();
+    UnmarkFor(oParent, sName);
     py::object oFirst = py::none();
     std::vector<Data> aoCopy;
     try {
@@ -227,8 +265,9 @@ void SetItem(const Node& oNode, const std::string& sName, const py::object& oObj
     }
     if (uCount == 1) {
         Data oOnly = Nth(oNode, sName, 0);
-        return SetValue(oOnly, oObject.ptr());
+        if (oOnly.GetType() != Data_Node::Tree) return SetValue(oOnly, oObject.ptr());
     }
+    UnmarkFor(oParent, sName);
     Data oNew = oParent.Append(sName);
     try {
         SetValue(oNew, oObject.ptr());
@@ -236,6 +275,7 @@ void SetItem(const Node& oNode, const std::string& sName, const py::object& oObj
         oNew.Delete();
         throw;
     }
+    if (uCount == 1) Nth(oNode, sName, 0).Delete();
 }
 
 void DeleteItem(const Node& oNode, const std::string& sName) {
@@ -257,12 +297,21 @@ void Shrink(const Node& oNode) {
 
 Node MoveTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
     Data o = oNode.Change();
-    o.MoveTo(oParent.Change(), PositionOf(oIndex));
+    Data oOld = o;
+    const char* const sName = o.GetName();
+    const Data oTo = oParent.Change();
+    const bool bOther = oNode.GetTree() != oParent.GetTree();
+    if (bOther || o.GetPred() != oTo) UnmarkFor(oTo, sName != nullptr ? sName : "");
+    o.MoveTo(oTo, PositionOf(oIndex));
+    if (bOther) oOld.Erase();  // it has kept its place
     return oParent.At(o);
 }
 
 Node CopyTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
-    return oParent.At(oNode.Get().MkCopy(oParent.Change(), PositionOf(oIndex)));
+    const Data o = oNode.Get(), oTo = oParent.Change();
+    const char* const sName = o.GetName();
+    UnmarkFor(oTo, sName != nullptr ? sName : "");
+    return oParent.At(o.MkCopy(oTo, PositionOf(oIndex)));
 }
 
 void Clear(const Node& oNode) {
@@ -290,7 +339,10 @@ void SetAttribute(const Node& oNode, const std::string& sName, const py::object&
     Data o = oNode.Change();
     if (oValue.is_none()) return o.SetAttVal(Checked(sName).c_str(), static_cast<const char*>(nullptr));
     if (!PyUnicode_Check(oValue.ptr())) Raise(PyExc_TypeError, "the value of an attribute is a text");
-    o.SetAttVal(Checked(sName).c_str(), Checked(oValue.cast<std::string>()).c_str());
+    const auto sValue = oValue.cast<std::string>();
+    o.SetAttVal(Checked(sName).c_str(), Checked(sValue).c_str());
+    // A text with a NUL stays one, and the only item of an array.
+    if (o.GetType() != Data_Node::Binary && sName != json::MARK) Unmark(o, false, true);
 }
 
 // ---- the bytes of a Binary ------------------------------------------------------

@@ -47,9 +47,14 @@ PyObject* DateOf(double dSeconds) {
     if (PyDateTimeAPI != nullptr && dSeconds >= FIRST && dSeconds < END) {
         const double dWhole = std::floor(dSeconds);
         const double dMicro = std::nearbyint((dSeconds - dWhole) * 1e6);
-        if (dMicro < 1e6 && dWhole + dMicro / 1e6 == dSeconds &&
-            !(dSeconds == 0 && std::signbit(dSeconds))) {
-            i3_t iSeconds = static_cast<i3_t>(dWhole);
+        i3_t iSeconds = static_cast<i3_t>(dWhole);
+        const i3_t iMicros = iSeconds * 1000000 + static_cast<i3_t>(dMicro);
+        // The number that a datetime is stored as: rounded once as long as the dividend is exact, up
+        // to the year 2255. Behind that no number has all microseconds, and a few are rounded twice.
+        const bool bExact = iMicros > -(i3_t{1} << 53) && iMicros < i3_t{1} << 53;
+        const double dNearest = bExact ? static_cast<double>(iMicros) / 1e6
+                                       : static_cast<double>(static_cast<long double>(iMicros) / 1e6L);
+        if (dMicro < 1e6 && dNearest == dSeconds && !(dSeconds == 0 && std::signbit(dSeconds))) {
             i3_t iDay = iSeconds / 86400;
             iSeconds %= 86400;
             if (iSeconds < 0) iSeconds += 86400, --iDay;

@@ -53,21 +53,21 @@ class Reading {
 class Node {
   public:
     Node(Tree_Ptr pTree, u2_t uId) noexcept
-        : m_pTree(std::move(pTree)), m_uId(uId), m_uRenumbered(m_pTree->uRenumbered) {}
+        : m_pTree(std::move(pTree)), m_uId(uId), m_uRenumbered(uId != 0 ? m_pTree->uRenumbered : 0) {}
     // The root of a tree of its own.
     explicit Node(Data oRoot) : Node(std::make_shared<Tree>(std::move(oRoot)), 0) {}
 
     [[nodiscard]] const Tree_Ptr& GetTree() const noexcept { return m_pTree; }
     [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
     [[nodiscard]] bool IsAlive() const noexcept {
-        if (m_uRenumbered != m_pTree->uRenumbered) return false;
+        if (IsRenumbered()) return false;
         const Data o = m_pTree->oRoot.GetNodeFromID(m_uId);
         return o.IsNode() && o.GetNode().GetType() != Data_Node::Zombi;
     }
 
     // Raises "try to access deleted node".
     [[nodiscard]] Data Get() const {
-        if (m_uRenumbered != m_pTree->uRenumbered) RaiseRenumbered();
+        if (IsRenumbered()) RaiseRenumbered();
         if (!IsAlive()) Msg::TryToAccessDeletedNode();
         return m_pTree->oRoot.GetNodeFromID(m_uId);
     }
@@ -82,6 +82,11 @@ class Node {
     friend bool operator==(const Node& a, const Node& b) noexcept = default;
 
   private:
+    // The root has the same number for ever.
+    [[nodiscard]] bool IsRenumbered() const noexcept {
+        return m_uId != 0 && m_uRenumbered != m_pTree->uRenumbered;
+    }
+
     Tree_Ptr m_pTree;
     u2_t m_uId;
     u2_t m_uRenumbered;

@@ -119,7 +119,8 @@ std::string_view Utf8Of(PyObject* pText) {
 }
 
 bool Borrowed::Take(PyObject* pObject) {
-    if (!PyObject_CheckBuffer(pObject)) return false;
+    // The bytes of a node have to be asked for.
+    if (!PyObject_CheckBuffer(pObject) || py::isinstance<Node>(pObject)) return false;
     if (PyObject_GetBuffer(pObject, &m_oView, PyBUF_STRIDED_RO | PyBUF_FORMAT) == 0) return true;
     m_oView.obj = nullptr;
     throw py::error_already_set();
@@ -188,8 +189,6 @@ bool ToValue(PyObject* p, Data_Value& oValue, Borrowed& oBytes) {
         oValue = OfQuad(p);
     } else if (IsDateTime(p)) {
         oValue = OfDateTime(p);
-    } else if (py::isinstance<Node>(p)) {
-        return false;  // the bytes of a node have to be asked for
     } else if (oBytes.Take(p) && (oBytes.IsBlock() || oBytes.IsOne())) {
         if (oBytes.IsOne()) {
             oValue = oBytes.Nth(0);

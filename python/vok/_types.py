@@ -78,7 +78,7 @@ class Long(int):
 class Char(int):
     """A code point; `str` gives the character.
 
-    >>> str(Char(65))
+    >>> str(vok.Char(65))
     'A'
     """
 
@@ -112,7 +112,7 @@ class Quad(NamedTuple):
 class Link:
     """A link to another node of the document: a `Node`, its path, or None for one to nothing.
 
-    >>> Link("/total[0]").path
+    >>> vok.Link("/total[0]").path
     '/total[0]'
     """
 

@@ -11,7 +11,6 @@ class Run(Sequence):
     It is a view and holds nothing but the node and the name. Where there is just one, the run
     has its value, attributes and methods as well:
 
-    >>> import vok
     >>> doc = vok.node({"order": [{"price": 9.5}, {"price": 7.25}]})
     >>> len(doc["order"])
     2
@@ -94,7 +93,6 @@ class Run(Sequence):
 class Attributes(MutableMapping):
     """The attributes of a node: names and values are texts.
 
-    >>> import vok
     >>> doc = vok.node({})
     >>> doc.attributes["lang"] = "en"
     >>> dict(doc.attributes)
