@@ -36,7 +36,11 @@ Limits Make(const py::kwargs& oFields) {
         bool bFound = false;
         for (const auto& o : FIELDS) {
             if (sName != o.sName) continue;
-            oLimits.*o.pField = oValue.cast<u3_t>();
+            try {
+                oLimits.*o.pField = oValue.cast<u3_t>();
+            } catch (const py::cast_error&) {
+                Raise(PyExc_TypeError, "a limit is a whole number of 64 bits without sign");
+            }
             bFound = true;
         }
         if (!bFound) Raise(PyExc_TypeError, ("there is no limit \"" + sName + "\"").c_str());
