@@ -57,7 +57,8 @@ PyObject* ItemOf(PyObject* pDict, const char* sKey) {
 
 class From_Python {
   public:
-    From_Python(Data& oTree, PyObject* pDefault) : m_oTree(oTree), m_pDefault(pDefault) {}
+    From_Python(Data& oTree, PyObject* pDefault, bool bMarks)
+        : m_oTree(oTree), m_pDefault(pDefault), m_bMarks(bMarks) {}
 
     void Run(PyObject* pObject) {
         StartRoot(py::reinterpret_borrow<py::object>(pObject));
@@ -101,7 +102,7 @@ class From_Python {
             PyObject* const p = oObject.ptr();
             if (const py::object oDict = DictOf(p)) {
                 if (PyDict_Size(oDict.ptr()) == 0) {
-                    return m_oTree.SetAttVal(json::MARK, Mark{false, Mark::Object}.Value());
+                    return MarkRoot(Mark::Object);
                 }
                 PyObject* const pAttributes = ItemOf(oDict.ptr(), json::ATTRIBUTES.data());
                 PyObject* const pValue = ItemOf(oDict.ptr(), json::VALUE.data());
@@ -115,7 +116,7 @@ class From_Python {
                 return Push({Kind::Members, false, oDict, {}, 0, PyDict_Size(oDict.ptr())});
             }
             if (IsSequence(p)) {
-                m_oTree.SetAttVal(json::MARK, Mark{false, Mark::List}.Value());
+                MarkRoot(Mark::List);
                 return Push({Kind::List, false, oObject, {}, 0, PySequence_Fast_GET_SIZE(p)});
             }
             Borrowed oBytes;
@@ -126,6 +127,9 @@ class From_Python {
         RaiseUnknown(oObject.ptr());
     }
 
+    void MarkRoot(Mark::Kind eKind) {
+        if (m_bMarks) m_oTree.SetAttVal(json::MARK, Mark{false, eKind}.Value());
+    }
     void Push(Frame oFrame) {
         static const Limits s_oLimits;
         if (m_aoFrame.size() >= s_oLimits.m_uDepth) s_oLimits.RaiseExceeded(&Limits::m_uDepth);
@@ -179,7 +183,7 @@ class From_Python {
             return AddRow(sName, oRow);
         }
         const Py_ssize_t iSize = PySequence_Fast_GET_SIZE(p);
-        if (iSize == 0) return AddMarked(sName, {false, Mark::List});
+        if (iSize == 0) return AddNothing(sName);
         if (iSize == 1) {
             const py::object oOnly = py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(p, 0));
             return AddNode(sName, oOnly, true);
@@ -189,7 +193,7 @@ class From_Python {
 
     // The numbers of a row, a node for each.
     void AddRow(std::string_view sName, const Borrowed& oRow) {
-        if (oRow.Size() == 0) return AddMarked(sName, {false, Mark::List});
+        if (oRow.Size() == 0) return AddNothing(sName);
         for (Py_ssize_t i = 0; i < oRow.Size(); ++i) {
             const Data_Value oValue = oRow.Nth(i);
             if (oValue.GetType() == Data_Node::Empty) Raise(PyExc_OverflowError, "a number below 32 bits");
@@ -198,12 +202,16 @@ class From_Python {
         if (oRow.Size() == 1) SetMark({true, Mark::None});
     }
 
+    // For an empty list.
+    void AddNothing(std::string_view sName) {
+        if (m_bMarks) AddMarked(sName, {false, Mark::List});
+    }
     void AddMarked(std::string_view sName, const Mark& oMark) {
         m_pBuilder->AddEmpty(sName);
         SetMark(oMark);
     }
     void SetMark(const Mark& oMark) {
-        if (!oMark.Value().empty()) m_pBuilder->SetAttVal(json::MARK, oMark.Value());
+        if (m_bMarks && !oMark.Value().empty()) m_pBuilder->SetAttVal(json::MARK, oMark.Value());
     }
 
     // One node, and what is below it to come.
@@ -247,6 +255,7 @@ class From_Python {
         const bool bText = oValue.GetType() == Data_Node::String &&
                            oValue.Text().find('\0') != std::string_view::npos;
         if (bText) {
+            if (!m_bMarks) Raise(PyExc_ValueError, "a text with a NUL: store it as bytes");
             const std::string_view s = oValue.Text();
             m_pBuilder->Add(sName, Data_Value::Binary(s.data(), s.size()));
         } else {
@@ -340,6 +349,7 @@ class From_Python {
 
     Data& m_oTree;
     PyObject* m_pDefault;
+    const bool m_bMarks;
     Data_Builder* m_pBuilder = nullptr;
     std::vector<Frame> m_aoFrame;
     std::vector<Pending> m_aoLink;
@@ -349,30 +359,20 @@ class From_Python {
 
 }  // namespace
 
-Data MakeTree(PyObject* pObject, PyObject* pDefault) {
+Data MakeTree(PyObject* pObject, PyObject* pDefault, bool bMarks) {
     Data oTree;
     oTree.SetToRoot();
-    From_Python(oTree, pDefault).Run(pObject);
+    From_Python(oTree, pDefault, bMarks).Run(pObject);
     oTree.SetToRoot();
     return oTree;
 }
 
-void Append(Data& oParent, const std::string& sName, PyObject* pObject, PyObject* pDefault) {
-    if (sName.find('\0') != sName.npos) Raise(PyExc_ValueError, "a name with a NUL");
+Data MakeSuccs(const std::string& sName, PyObject* pObject, PyObject* pDefault, bool bMarks) {
     Data oMade;
     oMade.SetToRoot();
     const py::str oName(sName);
-    From_Python(oMade, pDefault).Run(oName.ptr(), pObject);
-    std::vector<Data> aoCopy;
-    try {
-        for (const Data& oNode : oMade.GetSuccIt()) {
-            Data oCopy = oNode.MkCopy(oParent);
-            aoCopy.push_back(oCopy);
-        }
-    } catch (...) {
-        for (Data& o : aoCopy) o.Delete();
-        throw;
-    }
+    From_Python(oMade, pDefault, bMarks).Run(oName.ptr(), pObject);
+    return oMade;
 }
 
 void SetValue(Data& oNode, PyObject* p) {

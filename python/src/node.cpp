@@ -47,10 +47,11 @@ py::object Value(const Node& oNode) {
     return py::reinterpret_steal<py::object>(To_Python::Value(Data_View(o), oNode.GetTree()));
 }
 
-py::object ToDict(const Node& oNode) {
+py::object ToDict(const Node& oNode, const py::object& oLists) {
     (void)oNode.Get();
+    To_Python oToPython(oLists);
     const Reading oReading(oNode.GetTree());
-    return py::reinterpret_steal<py::object>(To_Python().Convert(oNode));
+    return py::reinterpret_steal<py::object>(oToPython.Convert(oNode));
 }
 
 std::string Path(const Node& oNode) {
@@ -217,7 +218,7 @@ Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue)
 
 // Appends what an object is and returns the first node of it; None for an empty list.
 py::object Add(const Node& oNode, const std::string& sName, const py::object& oObject,
-               const py::object& oIndex, const py::object& oDefault) {
+               const py::object& oIndex, const py::object& oDefault, bool bMarks) {
     (void)oNode.Change();
     PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
     if (py::isinstance<Node>(oObject)) {
@@ -229,9 +230,7 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
     }
     const u2_t uPos = PositionOf(oIndex);
     // Made apart: that may run code of others, which then sees the tree as it was.
-    Data oMade;
-    oMade.SetToRoot();
-    Append(oMade, Checked(sName), oObject.ptr(), pDefault);
+    const Data oMade = MakeSuccs(Checked(sName), oObject.ptr(), pDefault, bMarks);
     Data oParent = oNode.Change();
     UnmarkFor(oParent, sName);
     py::object oFirst = py::none();
@@ -260,7 +259,7 @@ void SetItem(const Node& oNode, const std::string& sName, const py::object& oObj
     if (uCount > 1) Msg::NodeIsNotUnique();
     if (!bValue) {
         if (uCount == 1) Nth(oNode, sName, 0).Delete();
-        (void)Add(oNode, sName, oObject, py::none(), py::none());
+        (void)Add(oNode, sName, oObject, py::none(), py::none(), true);
         return;
     }
     if (uCount == 1) {
@@ -458,8 +457,11 @@ Setting one that is no container replaces value and type; a Tree has to be clear
                     r.m_uRounded);
             },
             "A `Report` of how the tree was loaded; None for one that was not.")
-        .def("to_dict", &ToDict,
+        .def("to_dict", &ToDict, py::kw_only(), py::arg("lists") = py::tuple(),
              R"(What is below as dicts, lists and values; a value by itself for a node without successors.
+
+Successors of one name are a list where there are several, where the attribute "#json" says so, and
+always if the name is one of lists.
 
 >>> vok.loads(b'<o><x dt:dt="i4">1</x><x dt:dt="i4">2</x><y a="b"/></o>').to_dict()
 {'x': [1, 2], 'y': {'#attributes': {'a': 'b'}}}
@@ -482,7 +484,7 @@ Setting one that is no container replaces value and type; a Tree has to be clear
 '/order[1]/price[0]'
 )")
         .def("add", &Add, py::arg("name"), py::arg("value") = py::none(), py::arg("index") = py::none(),
-             py::kw_only(), py::arg("default") = py::none(),
+             py::kw_only(), py::arg("default") = py::none(), py::arg("marks") = true,
              R"(Adds a successor for an object - a value, a dict, a dataclass, another node, which is copied - and returns it.
 
 A list adds one for each item, and returns the first. index is the position among those of the
@@ -542,16 +544,19 @@ name; without one they go behind them. default(object) is asked for what to take
 
     oModule.def(
         "node",
-        [](const py::object& oObject, const py::object& oName, const py::object& oDefault) {
+        [](const py::object& oObject, const py::object& oName, const py::object& oDefault, bool bMarks) {
             Data o = py::isinstance<Node>(oObject)
                          ? oObject.cast<const Node&>().Get().MkClone()
-                         : MakeTree(oObject.ptr(), oDefault.is_none() ? nullptr : oDefault.ptr());
+                         : MakeTree(oObject.ptr(), oDefault.is_none() ? nullptr : oDefault.ptr(), bMarks);
             if (!oName.is_none()) o.SetRootName(Checked(oName.cast<std::string>()));
             return Node(o);
         },
         py::arg("value") = py::none(), py::kw_only(), py::arg("name") = py::none(),
-        py::arg("default") = py::none(),
+        py::arg("default") = py::none(), py::arg("marks") = true,
         R"(The root of a new tree that is made of an object: None, a value, a dict, a list, a dataclass, another node.
+
+default(object) is asked for what to take in place of an object that is not known. With marks the
+attribute "#json" tells what a tree by itself does not, as lists of one item; without, they are that item.
 
 >>> vok.node({"id": 7, "tags": ["new"]}, name="order").to_dict()
 {'id': 7, 'tags': ['new']}

@@ -42,8 +42,9 @@ bool IsArchive(const Str& oPath) {
 // is given up whenever the file is read: for each part it would cost more than the part.
 class Parts {
   public:
-    Parts(const py::object& oSource, const std::string& sPath, bool bDicts, const Limits* pLimits)
-        : m_bDicts(bDicts) {
+    Parts(const py::object& oSource, const std::string& sPath, bool bDicts, const py::iterable& oLists,
+          const Limits* pLimits)
+        : m_bDicts(bDicts), m_oToPython(oLists) {
         const Limits oLimits = LimitsOf(pLimits);
         const Busy oBusy(*this);
         if (py::hasattr(oSource, "read")) {
@@ -171,9 +172,10 @@ PyObject* NextOf(PyObject* pSelf) {
 void DefineRecords(py::module_& oModule) {
     py::class_<Parts> oClass(oModule, "records", R"(The parts of a document that a path selects, one after the other, in constant memory.
 
-records(source, path="/*", *, dicts=False, limits=None): source is a path or a file object that is
+records(source, path="/*", *, dicts=False, lists=(), limits=None): source is a path or a file object that is
 opened for reading bytes, of any size, XML or DGraph of version 1, as it is, compressed or zipped.
-Each part is the root of a tree of its own, or with dicts=True what to_dict gives of that.
+Each part is the root of a tree of its own, or with dicts=True what to_dict(lists=lists) gives
+of that.
 
 >>> import io
 >>> source = io.BytesIO(b'<o><i n="1">a</i><i n="2">b</i></o>')
@@ -183,8 +185,8 @@ Each part is the root of a tree of its own, or with dicts=True what to_dict give
 /i[1] b
 )");
     oClass
-        .def(py::init<const py::object&, const std::string&, bool, const Limits*>(), py::arg("source"),
-             py::arg("path") = "/*", py::kw_only(), py::arg("dicts") = false, py::arg("limits") = nullptr)
+        .def(py::init<const py::object&, const std::string&, bool, const py::iterable&, const Limits*>(), py::arg("source"),
+             py::arg("path") = "/*", py::kw_only(), py::arg("dicts") = false, py::arg("lists") = py::tuple(), py::arg("limits") = nullptr)
         .def("__iter__", [](const py::object& o) { return o; })
         .def("__next__",
              [](Parts& o) {

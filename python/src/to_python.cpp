@@ -157,6 +157,7 @@ PyObject* To_Python::FindKey(u2_t uKey) {
         o.pText = Py_NewRef(oText.ptr());
         o.oText = t;
         o.oText.sText = sText;
+        o.bList = m_oLists.contains(oText);
     }
     o.uRun = m_uRun;
     return o.pKey;
@@ -208,7 +209,7 @@ void To_Python::Step() {
         return Check(PyList_Append(pItems, o.ptr()));
     }
     py::object o = py::reinterpret_steal<py::object>(Make(Place::Alone, oMark));
-    if (oMark.bItem) [[unlikely]] {
+    if (oMark.bItem || m_aoName[uKey].bList) [[unlikely]] {
         PyObject* const pOnly = Checked(PyList_New(1));
         PyList_SET_ITEM(pOnly, 0, o.release().ptr());
         o = py::reinterpret_steal<py::object>(pOnly);

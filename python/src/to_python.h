@@ -14,6 +14,8 @@
 
 namespace vok::python {
 
+namespace py = pybind11;
+
 // Makes dicts, lists and values of nodes (docs/python.md): one pass, no recursion. Names become
 // texts once; those of the tree before are used again where they are the same.
 //
@@ -21,7 +23,8 @@ namespace vok::python {
 // code of others. The collector is held off meanwhile; nothing that is made here is garbage.
 class To_Python {
   public:
-    To_Python() = default;
+    // oLists are names whose nodes are always in lists.
+    explicit To_Python(const py::iterable& oLists) : m_oLists(oLists) {}
     ~To_Python();
     To_Python(const To_Python&) = delete;
     To_Python& operator=(const To_Python&) = delete;
@@ -63,6 +66,7 @@ class To_Python {
         PyObject* pKey = nullptr;
         Hash_Text oText{};
         u2_t uRun = 0;  // of Convert, in which it was compared last
+        bool bList = false;
     };
     static constexpr u2_t NO_RUN = 0xFFFFFFFF;
 
@@ -90,6 +94,7 @@ class To_Python {
     [[nodiscard]] Mark MarkOf(Place ePlace, std::size_t uAttributes, std::string_view sMark) const;
     void Step();
 
+    const py::set m_oLists;
     Cursor m_oAt;
     Tree_Ptr m_pTree;
     std::vector<Frame> m_aoFrame;

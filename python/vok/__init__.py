@@ -65,7 +65,7 @@ def loads(data, *, form=None, limits=None):
     return _vok._load_bytes(data if type(data) is bytes else bytes(memoryview(data)), form or "", limits)
 
 
-def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0), compact=False, default=None):
+def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0), compact=False, default=None, marks=True):
     """Writes a node with all below it, or whatever `node` takes, to a file: a path or a file object.
 
     form ("xml", "dgraph", "json", "dump") and wrapping ("plain", "zlib", "gzip", "zip") are told by
@@ -78,7 +78,7 @@ def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0
     >>> out.getvalue()
     b'{"a":[1,2]}\\n'
     """
-    top = _top(value, name, default)
+    top = _top(value, name, default, marks)
     if hasattr(target, "write"):
         packed = _vok._Form(form or "dgraph", _files.checked(wrapping or "plain"), "", compact)
         return _vok._save_object(top, target, packed, version)
@@ -88,14 +88,14 @@ def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0
         _vok._save_file(top, beside, _vok._Form(form, wrapping, member, compact), version)
 
 
-def dumps(value, *, form="dgraph", wrapping="plain", name=None, version=(1, 3, 0), compact=False, default=None):
+def dumps(value, *, form="dgraph", wrapping="plain", name=None, version=(1, 3, 0), compact=False, default=None, marks=True):
     """The same as bytes; a zip archive has to be a file.
 
     >>> vok.dumps({"a": 1}, form="json", compact=True)
     b'{"a":1}\\n'
     """
     packed = _vok._Form(form, _files.checked(wrapping), "", compact)
-    return _vok._save_bytes(_top(value, name, default), packed, version)
+    return _vok._save_bytes(_top(value, name, default, marks), packed, version)
 
 
 def array(nodes, path=None, *, dtype=None):
@@ -113,12 +113,12 @@ def array(nodes, path=None, *, dtype=None):
     return made if dtype is None else made.astype(dtype)
 
 
-def _top(value, name, default):
+def _top(value, name, default, marks):
     if isinstance(value, Run):
         value = value.one()
     if isinstance(value, Node) and name is None:
         return value
-    return node(value, name=name, default=default)
+    return node(value, name=name, default=default, marks=marks)
 
 
 def _node_reduce(self):
