@@ -56,7 +56,8 @@ Number NumberOf(const Data& o) {
                              Bit(Data_Node::Char) | Bit(Data_Node::Long) | Bit(Data_Node::Date);
     const Data_Node::Type eType = o.GetType();
     if ((NUMBERS & Bit(eType)) == 0) {
-        const std::string sText = std::string(o.GetPath().View()) + " is no number: " + Data_Node::TypeName(eType);
+        const std::string sText =
+            std::string(o.GetPath().View()) + " is no number: " + Data_Node::TypeName(eType);
         Raise(PyExc_TypeError, sText.c_str());
     }
     return {eType, Data_View(o).Lng()};
@@ -76,7 +77,8 @@ py::tuple Column(const py::iterable& oNodes, const py::object& oPath) {
         if (!oPath.is_none()) {
             const Data oFound = oXpath.EvaluateFirst(o);
             if (!oFound.IsNode()) {
-                const std::string sText = "no \"" + sPath + "\" at " + std::string(o.GetPath().View());
+                const std::string sText =
+                    "no \"" + sPath + "\" at " + std::string(o.GetPath().View());
                 Raise(g_oClasses.pNotFoundError, sText.c_str());
             }
             o = oFound;

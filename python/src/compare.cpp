@@ -116,7 +116,8 @@ py::tuple Merge(const Node& oBase, const Node& oA, const Node& oB, const py::obj
     }
     // Conflicts without anybody who decides: no tree.
     const bool bMerged = oMerged.IsNode();
-    return py::make_tuple(bMerged ? py::cast(Node(std::move(oMerged))) : py::object(py::none()), oAll);
+    return py::make_tuple(bMerged ? py::cast(Node(std::move(oMerged))) : py::object(py::none()),
+                          oAll);
 }
 
 std::string Hash(const Node& oNode) {
@@ -151,9 +152,10 @@ void DefineCompare(py::module_& oModule) {
     const auto oKey = py::arg("key") = py::tuple();
     const auto oIgnore = py::arg("ignore") = py::tuple();
     const auto oDelta = py::arg("delta") = 0.0;
-    oModule.def("diff", &Diff, py::arg("a"), py::arg("b"), py::kw_only(), oKey, oIgnore, oDelta,
-                py::arg("limit") = py::none(),
-                R"(The differences of two nodes and all that is below them, at most limit: a list of `Difference`.
+    oModule.def(
+        "diff", &Diff, py::arg("a"), py::arg("b"), py::kw_only(), oKey, oIgnore, oDelta,
+        py::arg("limit") = py::none(),
+        R"(The differences of two nodes and all that is below them, at most limit: a list of `Difference`.
 
 key tells successors of one name apart ("@id", "id"), ignore are paths that are not looked at,
 reals that differ by no more than delta are the same.
@@ -162,7 +164,8 @@ reals that differ by no more than delta are the same.
 >>> [(d.what, d.path) for d in vok.diff(a, b)]
 [('value', '/y[0]')]
 )");
-    oModule.def("patch", &MakePatch, py::arg("a"), py::arg("b"), py::kw_only(), oKey, oIgnore, oDelta,
+    oModule.def("patch", &MakePatch, py::arg("a"), py::arg("b"), py::kw_only(), oKey, oIgnore,
+                oDelta,
                 "What makes one node of another, as a tree that can be stored: for `apply`.");
     oModule.def("apply", &ApplyPatch, py::arg("node"), py::arg("patch"),
                 R"(A copy of a node with the changes of a patch.
@@ -171,9 +174,10 @@ reals that differ by no more than delta are the same.
 >>> vok.apply(a, vok.patch(a, b)).to_dict()
 {'x': 2}
 )");
-    oModule.def("merge", &Merge, py::arg("base"), py::arg("a"), py::arg("b"), py::kw_only(),
-                py::arg("prefer") = py::none(), oKey, oIgnore, oDelta,
-                R"(What two sides have made of one tree, in one: the new root, and a list of `Conflict`.
+    oModule.def(
+        "merge", &Merge, py::arg("base"), py::arg("a"), py::arg("b"), py::kw_only(),
+        py::arg("prefer") = py::none(), oKey, oIgnore, oDelta,
+        R"(What two sides have made of one tree, in one: the new root, and a list of `Conflict`.
 
 prefer is the side that counts in conflicts, "a" or "b"; without one the root is None if there are some.
 
@@ -198,8 +202,9 @@ True
 >>> len(sha.hexdigest())
 64
 )");
-    oModule.def("equal", &Equal, py::arg("a"), py::arg("b"),
-                "Whether two nodes and all that is below them are the same in all that can be seen.");
+    oModule.def(
+        "equal", &Equal, py::arg("a"), py::arg("b"),
+        "Whether two nodes and all that is below them are the same in all that can be seen.");
 }
 
 }  // namespace vok::python

@@ -155,7 +155,8 @@ void Unlocked(const Node& oTop, const std::string& sTarget, const Write& oWrite)
     }
 }
 
-void SaveFile(const Node& oNode, const std::string& sPath, const Form& oForm, const py::tuple& oVersion) {
+void SaveFile(const Node& oNode, const std::string& sPath, const Form& oForm,
+              const py::tuple& oVersion) {
     const Node oTop = Prepared(oNode, oForm, oVersion);
     Unlocked(oTop, sPath, [&](const Data& o) {
         const Str oPath{std::string_view(sPath)};
@@ -171,7 +172,8 @@ void SaveFile(const Node& oNode, const std::string& sPath, const Form& oForm, co
     });
 }
 
-void SaveObject(const Node& oNode, const py::object& oFile, const Form& oForm, const py::tuple& oVersion) {
+void SaveObject(const Node& oNode, const py::object& oFile, const Form& oForm,
+                const py::tuple& oVersion) {
     if (oForm.sWrapping == "zip") Raise(PyExc_ValueError, "a zip archive needs a path");
     const Node oTop = Prepared(oNode, oForm, oVersion);
     File_Object oStream(oFile);
@@ -196,9 +198,10 @@ void DefineDocuments(py::module_& oModule) {
     oModule.def("_load_file", &LoadFile);
     oModule.def("_load_bytes", &LoadBytes);
     py::class_<Form>(oModule, "_Form")
-        .def(py::init([](std::string sForm, std::string sWrapping, std::string sMember, bool bCompact) {
-            return Form{std::move(sForm), std::move(sWrapping), std::move(sMember), bCompact};
-        }));
+        .def(py::init(
+            [](std::string sForm, std::string sWrapping, std::string sMember, bool bCompact) {
+                return Form{std::move(sForm), std::move(sWrapping), std::move(sMember), bCompact};
+            }));
     oModule.def("_save_file", &SaveFile);
     oModule.def("_save_object", &SaveObject);
     oModule.def("_save_bytes", &SaveBytes);

@@ -10,7 +10,9 @@ Classes g_oClasses;
 
 void Classes::Import() {
     const py::module_ oTypes = py::module_::import("vok._types");
-    const auto oGet = [&](const char* s) { return oTypes.attr(s).cast<py::object>().release().ptr(); };
+    const auto oGet = [&](const char* s) {
+        return oTypes.attr(s).cast<py::object>().release().ptr();
+    };
     pError = oGet("Error");
     pLoadError = oGet("LoadError");
     pLimitError = oGet("LimitError");
@@ -37,8 +39,8 @@ namespace {
 // There is no other mark of it: the text is the library's own, in English.
 PyObject* ClassOf(PyObject* pClass, std::string_view sText) {
     if (sText.starts_with("limit \"")) return g_oClasses.pLimitError;
-    for (const char* s : {"allocation of", "reallocation of", "unexpected error during reallocation",
-                          "out of memory"}) {
+    for (const char* s : {"allocation of", "reallocation of",
+                          "unexpected error during reallocation", "out of memory"}) {
         if (sText.starts_with(s)) return g_oClasses.pNoMemoryError;
     }
     if (pClass == g_oClasses.pLoadError && sText.starts_with("could not open file")) {
@@ -85,7 +87,9 @@ void Raise(PyObject* pClass, const char* sText) {
     throw py::error_already_set();
 }
 
-void RaiseBusy(const char* sText) { Raise(g_oClasses.pBusyError, sText); }
+void RaiseBusy(const char* sText) {
+    Raise(g_oClasses.pBusyError, sText);
+}
 
 void RaiseRenumbered() {
     Raise(g_oClasses.pError, "nodes must be taken anew since shrink() has given them new ids");

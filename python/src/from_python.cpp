@@ -23,7 +23,8 @@ using json::Mark;
 }
 
 bool IsSequence(PyObject* p) {
-    return PyList_Check(p) || (PyTuple_Check(p) && Py_TYPE(p) != reinterpret_cast<PyTypeObject*>(g_oClasses.pQuad));
+    return PyList_Check(p) ||
+           (PyTuple_Check(p) && Py_TYPE(p) != reinterpret_cast<PyTypeObject*>(g_oClasses.pQuad));
 }
 
 // The dict that an object stands for: itself, the fields of a dataclass, a copy of another mapping;
@@ -37,8 +38,10 @@ py::object DictOf(PyObject* p) {
         for (const py::handle oName : py::list(oObject.attr("__dataclass_fields__"))) {
             // Class variables are pseudo-fields.
             const py::object oValue = py::getattr(oObject, oName, py::none());
-            const py::object oKind = oObject.attr("__dataclass_fields__")[oName].attr("_field_type");
-            if (py::str(oKind.attr("name")).cast<std::string>() == "_FIELD") oFields[oName] = oValue;
+            const py::object oKind =
+                oObject.attr("__dataclass_fields__")[oName].attr("_field_type");
+            if (py::str(oKind.attr("name")).cast<std::string>() == "_FIELD")
+                oFields[oName] = oValue;
         }
         return py::object(std::move(oFields));
     }
@@ -144,7 +147,8 @@ class From_Python {
                 Raise(PyExc_RuntimeError, "dictionary changed size during iteration");
             }
             if (PyDict_Next(f.oOwner.ptr(), &f.iNext, &pKey, &pValue) == 0) return Pop();
-            if (!PyUnicode_Check(pKey)) Raise(PyExc_TypeError, "names are texts: dict key is no str");
+            if (!PyUnicode_Check(pKey))
+                Raise(PyExc_TypeError, "names are texts: dict key is no str");
             const py::object oKey = py::reinterpret_borrow<py::object>(pKey);
             return AddMember(pKey, py::reinterpret_borrow<py::object>(pValue));
         }
@@ -179,16 +183,19 @@ class From_Python {
         if (!IsSequence(p)) {
             if (!PyObject_CheckBuffer(p)) return AddNode(sName, oObject, false);
             Borrowed oRow;
-            if (!oRow.Take(p) || !oRow.IsRow() || oRow.IsBlock()) return AddNode(sName, oObject, false);
+            if (!oRow.Take(p) || !oRow.IsRow() || oRow.IsBlock())
+                return AddNode(sName, oObject, false);
             return AddRow(sName, oRow);
         }
         const Py_ssize_t iSize = PySequence_Fast_GET_SIZE(p);
         if (iSize == 0) return AddNothing(sName);
         if (iSize == 1) {
-            const py::object oOnly = py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(p, 0));
+            const py::object oOnly =
+                py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(p, 0));
             return AddNode(sName, oOnly, true);
         }
-        Push({Kind::Run, false, std::move(oObject), py::reinterpret_borrow<py::object>(pKey), 0, iSize});
+        Push({Kind::Run, false, std::move(oObject), py::reinterpret_borrow<py::object>(pKey), 0,
+              iSize});
     }
 
     // The numbers of a row, a node for each.
@@ -196,7 +203,8 @@ class From_Python {
         if (oRow.Size() == 0) return AddNothing(sName);
         for (Py_ssize_t i = 0; i < oRow.Size(); ++i) {
             const Data_Value oValue = oRow.Nth(i);
-            if (oValue.GetType() == Data_Node::Empty) Raise(PyExc_OverflowError, "a number below 32 bits");
+            if (oValue.GetType() == Data_Node::Empty)
+                Raise(PyExc_OverflowError, "a number below 32 bits");
             m_pBuilder->Add(sName, oValue);
         }
         if (oRow.Size() == 1) SetMark({true, Mark::None});

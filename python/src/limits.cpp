@@ -53,7 +53,8 @@ std::string Shown(const Limits& oLimits) {
     std::string s;
     for (const auto& o : FIELDS) {
         if (oLimits.*o.pField == oDefaults.*o.pField) continue;
-        s += (s.empty() ? "" : ", ") + std::string(o.sName) + '=' + std::to_string(oLimits.*o.pField);
+        s += (s.empty() ? "" : ", ") + std::string(o.sName) + '=' +
+             std::to_string(oLimits.*o.pField);
     }
     return "Limits(" + s + ')';
 }
@@ -61,7 +62,8 @@ std::string Shown(const Limits& oLimits) {
 }  // namespace
 
 void DefineLimits(py::module_& oModule) {
-    py::class_<Limits> oClass(oModule, "Limits", R"(What input may use up; what is not given is as it is by default.
+    py::class_<Limits> oClass(oModule, "Limits",
+                              R"(What input may use up; what is not given is as it is by default.
 
 nodes, depth, skipped_slots, text_bytes, attributes, inflated_bytes, inflation_ratio, zip_entries,
 path_steps, work_per_byte, memory_per_byte, input_bytes: those of the library, which names them

@@ -10,7 +10,8 @@ namespace vok::python {
 std::string PathOf(const py::object& oPath) {
     const py::object oText = py::module_::import("os").attr("fsdecode")(oPath);
     const auto s = oText.cast<std::string>();
-    if (s.empty() || s.find('\0') != s.npos) Raise(PyExc_ValueError, "a path that is empty, or has a NUL in it");
+    if (s.empty() || s.find('\0') != s.npos)
+        Raise(PyExc_ValueError, "a path that is empty, or has a NUL in it");
     return s;
 }
 

@@ -64,7 +64,8 @@ std::string Shown(const Node& oNode) {
     if (s.size() > 200) s = s.substr(0, 100) + "..." + s.substr(s.size() - 97);
     // Cut at the border of a character.
     const std::string sText(Str(std::string_view(s)).View());
-    return std::string("<Node ") + Data_Node::TypeName(oNode.Get().GetType()) + " at " + sText + ">";
+    return std::string("<Node ") + Data_Node::TypeName(oNode.Get().GetType()) + " at " + sText +
+           ">";
 }
 
 // ---- successors -----------------------------------------------------------------
@@ -82,11 +83,13 @@ u2_t Count(const Data& o, const std::string& sName, bool bGaps) {
     return uCount;
 }
 
-[[noreturn]] void RaiseNotFound(const Node& oNode, const Data& o, const std::string& sName, i3_t iNth) {
+[[noreturn]] void RaiseNotFound(const Node& oNode, const Data& o, const std::string& sName,
+                                i3_t iNth) {
     Load_Report oPlace;
     oPlace.m_oPath = Str(Path(oNode).c_str());
     try {
-        (void)o.GetCheckedSucc(sName, iNth < 0 || iNth >= i3_t{Data::LAST} ? Data::LAST - 1 : static_cast<u2_t>(iNth));
+        (void)o.GetCheckedSucc(
+            sName, iNth < 0 || iNth >= i3_t{Data::LAST} ? Data::LAST - 1 : static_cast<u2_t>(iNth));
     } catch (const Msg_Exception& oError) {
         Raise(g_oClasses.pNotFoundError, oError, &oPlace);
     }
@@ -159,8 +162,8 @@ py::list Names(const Node& oNode) {
 
 // ---- marks ---------------------------------------------------------------------
 
-// What "#json" has said of a node, and of the only successor of a name, is not so any more when one is
-// added: attributes that say nothing true would be taken for attributes like any others.
+// What "#json" has said of a node, and of the only successor of a name, is not so any more when one
+// is added: attributes that say nothing true would be taken for attributes like any others.
 void Unmark(Data oNode, bool bItem, bool bKind) {
     const char* const sMark = oNode.GetAttVal(json::MARK);
     if (sMark == nullptr) return;
@@ -336,8 +339,10 @@ py::object Attribute(const Node& oNode, const std::string& sName) {
 
 void SetAttribute(const Node& oNode, const std::string& sName, const py::object& oValue) {
     Data o = oNode.Change();
-    if (oValue.is_none()) return o.SetAttVal(Checked(sName).c_str(), static_cast<const char*>(nullptr));
-    if (!PyUnicode_Check(oValue.ptr())) Raise(PyExc_TypeError, "the value of an attribute is a text");
+    if (oValue.is_none())
+        return o.SetAttVal(Checked(sName).c_str(), static_cast<const char*>(nullptr));
+    if (!PyUnicode_Check(oValue.ptr()))
+        Raise(PyExc_TypeError, "the value of an attribute is a text");
     const auto sValue = oValue.cast<std::string>();
     o.SetAttVal(Checked(sName).c_str(), Checked(sValue).c_str());
     // A text with a NUL stays one, and the only item of an array.
@@ -405,7 +410,8 @@ Nodes are made by `load`, `loads`, `node` and by those that are there.
             "The name, None for an unnamed node; to be set as well.")
         .def_property_readonly(
             "type", [](const Node& o) { return Data_Node::TypeName(o.Get().GetType()); },
-            "\"Empty\", \"Boolean\", \"Integer\", \"Char\", \"Float\", \"Double\", \"Date\", \"String\", "
+            "\"Empty\", \"Boolean\", \"Integer\", \"Char\", \"Float\", \"Double\", \"Date\", "
+            "\"String\", "
             "\"Binary\", \"Long\", \"Quad\", \"Link\" or \"Tree\".")
         .def_property(
             "value", &Value,
@@ -430,18 +436,21 @@ Setting one that is no container replaces value and type; a Tree has to be clear
                 return std::string(oText.View());
             },
             "The value as a text: numbers in decimal, dates as \"2026-11-24 18:35:56\".")
-        .def_property_readonly("attributes",
-                               [](const Node& o) { return py::handle(g_oClasses.pAttributes)(o); },
-                               "The attributes, a mapping of texts that changes them.")
-        .def_property_readonly("path", &Path, "The path that selects just this node: \"/a[0]/b[2]\".")
-        .def_property_readonly("id", [](const Node& o) { return o.Get().GetId(); },
-                               "Its number in the tree; the root is 0.")
+        .def_property_readonly(
+            "attributes", [](const Node& o) { return py::handle(g_oClasses.pAttributes)(o); },
+            "The attributes, a mapping of texts that changes them.")
+        .def_property_readonly("path", &Path,
+                               "The path that selects just this node: \"/a[0]/b[2]\".")
+        .def_property_readonly(
+            "id", [](const Node& o) { return o.Get().GetId(); },
+            "Its number in the tree; the root is 0.")
         .def_property_readonly("parent", [](const Node& o) { return Or(o, o.Get().GetPred()); })
         .def_property_readonly("root", [](const Node& o) { return o.At(o.Get().GetRoot()); })
         .def_property_readonly("next", [](const Node& o) { return Or(o, o.Get().GetNext()); })
         .def_property_readonly("previous", [](const Node& o) { return Or(o, o.Get().GetPrev()); })
         .def_property_readonly("depth", [](const Node& o) { return o.Get().NodeDepth(); })
-        .def_property_readonly("alive", &Node::IsAlive, "Whether it was not deleted, nor renumbered.")
+        .def_property_readonly("alive", &Node::IsAlive,
+                               "Whether it was not deleted, nor renumbered.")
         .def_property_readonly(
             "user_tag", [](const Node& o) { return std::string(o.Get().GetUserTag().View()); },
             "The free text kept with the tree: of a DGraph document its version.")
@@ -457,8 +466,9 @@ Setting one that is no container replaces value and type; a Tree has to be clear
                     r.m_uRounded);
             },
             "A `Report` of how the tree was loaded; None for one that was not.")
-        .def("to_dict", &ToDict, py::kw_only(), py::arg("lists") = py::tuple(),
-             R"(What is below as dicts, lists and values; a value by itself for a node without successors.
+        .def(
+            "to_dict", &ToDict, py::kw_only(), py::arg("lists") = py::tuple(),
+            R"(What is below as dicts, lists and values; a value by itself for a node without successors.
 
 Successors of one name are a list where there are several, where the attribute "#json" says so, and
 always if the name is one of lists.
@@ -476,16 +486,19 @@ always if the name is one of lists.
 )")
         .def("find_first", &FindFirst, py::arg("path"), py::kw_only(), py::arg("limits") = nullptr,
              "The first of them in the order of the document, or None.")
-        .def("create", &Create, py::arg("path"),
-             R"(The node at the end of a path, made with those on the way that are missing; create(path, value) sets its value.
+        .def(
+            "create", &Create, py::arg("path"),
+            R"(The node at the end of a path, made with those on the way that are missing; create(path, value) sets its value.
 
 >>> doc = vok.node({})
 >>> doc.create('/order[1][@id="7"]/price', 9.5).path
 '/order[1]/price[0]'
 )")
-        .def("add", &Add, py::arg("name"), py::arg("value") = py::none(), py::arg("index") = py::none(),
-             py::kw_only(), py::arg("default") = py::none(), py::arg("marks") = true,
-             R"(Adds a successor for an object - a value, a dict, a dataclass, another node, which is copied - and returns it.
+        .def(
+            "add", &Add, py::arg("name"), py::arg("value") = py::none(),
+            py::arg("index") = py::none(), py::kw_only(), py::arg("default") = py::none(),
+            py::arg("marks") = true,
+            R"(Adds a successor for an object - a value, a dict, a dataclass, another node, which is copied - and returns it.
 
 A list adds one for each item, and returns the first. index is the position among those of the
 name; without one they go behind them. default(object) is asked for what to take in place of an object that is not known.
@@ -494,29 +507,37 @@ name; without one they go behind them. default(object) is asked for what to take
 >>> doc.add("order", {"id": 7, "tags": ["a", "b"]})["tags"][1].value
 'b'
 )")
-        .def("delete", [](const Node& o) { o.Change().Delete(); },
-             "Removes the node and all below it from the tree.")
+        .def(
+            "delete", [](const Node& o) { o.Change().Delete(); },
+            "Removes the node and all below it from the tree.")
         .def("clear", &Clear, "Makes it an empty node: without successors or value.")
-        .def("rename",
-             [](const Node& o, const std::string& s, const py::object& oIndex) {
-                 o.Change().Rename(Checked(s), PositionOf(oIndex));
-             },
-             py::arg("name"), py::arg("index") = py::none(),
-             "Gives it another name, and among those of that name a position.")
+        .def(
+            "rename",
+            [](const Node& o, const std::string& s, const py::object& oIndex) {
+                o.Change().Rename(Checked(s), PositionOf(oIndex));
+            },
+            py::arg("name"), py::arg("index") = py::none(),
+            "Gives it another name, and among those of that name a position.")
         .def("move_to", &MoveTo, py::arg("parent"), py::arg("index") = py::none(),
-             "Makes it, with all below it, a successor of another node, which may be in another tree; returns it there.")
+             "Makes it, with all below it, a successor of another node, which may be in another "
+             "tree; returns it there.")
         .def("copy_to", &CopyTo, py::arg("parent"), py::arg("index") = py::none(),
              "Copies it, with all below it, to be a successor of another node; returns the copy.")
-        .def("clone", [](const Node& o) { return Node(o.Get().MkClone()); },
-             "A copy of it and all below it as a tree of its own.")
+        .def(
+            "clone", [](const Node& o) { return Node(o.Get().MkClone()); },
+            "A copy of it and all below it as a tree of its own.")
         .def("shrink", &Shrink,
-             "Gives back the memory of what was deleted. Nodes get new ids: those at hand must be taken anew.")
-        .def("has_cycle", [](const Node& o) { return o.Get().HasCycle(); },
-             "Whether one can come back to a node by going down and along links.")
-        .def("_count", [](const Node& o, const std::string& s) { return Count(o.Get(), s, o.GetTree()->bGaps); })
+             "Gives back the memory of what was deleted. Nodes get new ids: those at hand must be "
+             "taken anew.")
+        .def(
+            "has_cycle", [](const Node& o) { return o.Get().HasCycle(); },
+            "Whether one can come back to a node by going down and along links.")
+        .def("_count", [](const Node& o,
+                          const std::string& s) { return Count(o.Get(), s, o.GetTree()->bGaps); })
         .def("_nth", [](const Node& o, const std::string& s, i3_t i) { return o.At(Nth(o, s, i)); })
         .def("_one", [](const Node& o, const std::string& s) { return o.At(One(o, s)); })
-        .def("_list", [](const Node& o, const std::string& s) { return All(o, o.Get().GetSuccIt(s)); })
+        .def("_list",
+             [](const Node& o, const std::string& s) { return All(o, o.Get().GetSuccIt(s)); })
         .def("_attributes", &AllAttributes)
         .def("_attribute", &Attribute)
         .def("_set_attribute", &SetAttribute)
@@ -528,15 +549,18 @@ name; without one they go behind them. default(object) is asked for what to take
         .def("__len__", [](const Node& o) { return o.Get().GetLiveSuccs(); })
         .def("__bool__", [](const Node&) { return true; })
         .def("__iter__", [](const Node& o) { return py::iter(All(o, o.Get().GetSuccIt())); })
-        .def("__eq__", [](const Node& a, const py::object& b) {
-            return py::isinstance<Node>(b) && a == b.cast<const Node&>();
-        })
-        .def("__hash__", [](const Node& o) {
-            return std::hash<const void*>()(o.GetTree().get()) * 31 + o.GetId();
-        })
+        .def("__eq__",
+             [](const Node& a, const py::object& b) {
+                 return py::isinstance<Node>(b) && a == b.cast<const Node&>();
+             })
+        .def("__hash__",
+             [](const Node& o) {
+                 return std::hash<const void*>()(o.GetTree().get()) * 31 + o.GetId();
+             })
         .def("__repr__", &Shown)
         .def("__copy__", [](const Node& o) { return Node(o.Get().MkClone()); })
-        .def("__deepcopy__", [](const Node& o, const py::object&) { return Node(o.Get().MkClone()); });
+        .def("__deepcopy__",
+             [](const Node& o, const py::object&) { return Node(o.Get().MkClone()); });
 
     auto* const pType = reinterpret_cast<PyHeapTypeObject*>(oClass.ptr());
     pType->as_buffer.bf_getbuffer = GetBuffer;
@@ -544,10 +568,12 @@ name; without one they go behind them. default(object) is asked for what to take
 
     oModule.def(
         "node",
-        [](const py::object& oObject, const py::object& oName, const py::object& oDefault, bool bMarks) {
+        [](const py::object& oObject, const py::object& oName, const py::object& oDefault,
+           bool bMarks) {
             Data o = py::isinstance<Node>(oObject)
                          ? oObject.cast<const Node&>().Get().MkClone()
-                         : MakeTree(oObject.ptr(), oDefault.is_none() ? nullptr : oDefault.ptr(), bMarks);
+                         : MakeTree(oObject.ptr(), oDefault.is_none() ? nullptr : oDefault.ptr(),
+                                    bMarks);
             if (!oName.is_none()) o.SetRootName(Checked(oName.cast<std::string>()));
             return Node(o);
         },

@@ -2,15 +2,14 @@
 #include <pybind11/pybind11.h>
 
 #include <filesystem>
-#include <optional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "python/src/errors.h"
 #include "python/src/file_object.h"
 #include "python/src/module.h"
 #include "python/src/to_python.h"
-#include "tools/path.h"
 #include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/file/rest.h"
@@ -38,12 +37,12 @@ bool IsArchive(const Str& oPath) {
     return dgraph::WrappingOf({s, ReadUpTo(oFile, s, sizeof(s))}) == dgraph::Wrapping::Zip;
 }
 
-// The parts that a path selects, as nodes of trees of their own, or as dicts. The interpreter's lock
-// is given up whenever the file is read: for each part it would cost more than the part.
+// The parts that a path selects, as nodes of trees of their own, or as dicts. The interpreter's
+// lock is given up whenever the file is read: for each part it would cost more than the part.
 class Parts {
   public:
-    Parts(const py::object& oSource, const std::string& sPath, bool bDicts, const py::iterable& oLists,
-          const Limits* pLimits)
+    Parts(const py::object& oSource, const std::string& sPath, bool bDicts,
+          const py::iterable& oLists, const Limits* pLimits)
         : m_bDicts(bDicts), m_oToPython(oLists) {
         const Limits oLimits = LimitsOf(pLimits);
         const Busy oBusy(*this);
@@ -55,14 +54,17 @@ class Parts {
         m_sName = PathOf(oSource);
         const Str oName{std::string_view(m_sName)};
         Guarded([&] {
-            // An archive opens its file itself.
-            m_bArchive = std::filesystem::is_regular_file(tools::ToPath(m_sName)) && IsArchive(oName);
-            if (m_bArchive) {
+            // A pipe is opened when somebody else does so.
+            std::optional<py::gil_scoped_release> oUnlocked(std::in_place);
+            std::error_code oNone;
+            m_bArchive = std::filesystem::is_regular_file(m_sName, oNone) && IsArchive(oName);
+            if (m_bArchive) {  // which opens its file itself
                 m_pRecords = std::make_unique<Records>(oName, sPath, oLimits);
-            } else {
-                m_pFile = std::make_unique<Unlocked_File>(oName, "Tr");
-                m_pRecords = std::make_unique<Records>(*m_pFile, sPath, oLimits);
+                return;
             }
+            m_pFile = std::make_unique<Unlocked_File>(oName, "Tr");
+            oUnlocked.reset();
+            m_pRecords = std::make_unique<Records>(*m_pFile, sPath, oLimits);
         });
     }
 
@@ -170,7 +172,9 @@ PyObject* NextOf(PyObject* pSelf) {
 }  // namespace
 
 void DefineRecords(py::module_& oModule) {
-    py::class_<Parts> oClass(oModule, "records", R"(The parts of a document that a path selects, one after the other, in constant memory.
+    py::class_<Parts> oClass(
+        oModule, "records",
+        R"(The parts of a document that a path selects, one after the other, in constant memory.
 
 records(source, path="/*", *, dicts=False, lists=(), limits=None): source is a path or a file object that is
 opened for reading bytes, of any size, XML or DGraph of version 1, as it is, compressed or zipped.
@@ -185,8 +189,10 @@ of that.
 /i[1] b
 )");
     oClass
-        .def(py::init<const py::object&, const std::string&, bool, const py::iterable&, const Limits*>(), py::arg("source"),
-             py::arg("path") = "/*", py::kw_only(), py::arg("dicts") = false, py::arg("lists") = py::tuple(), py::arg("limits") = nullptr)
+        .def(py::init<const py::object&, const std::string&, bool, const py::iterable&,
+                      const Limits*>(),
+             py::arg("source"), py::arg("path") = "/*", py::kw_only(), py::arg("dicts") = false,
+             py::arg("lists") = py::tuple(), py::arg("limits") = nullptr)
         .def("__iter__", [](const py::object& o) { return o; })
         .def("__next__",
              [](Parts& o) {

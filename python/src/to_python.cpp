@@ -49,11 +49,13 @@ PyObject* DateOf(double dSeconds) {
         const double dMicro = std::nearbyint((dSeconds - dWhole) * 1e6);
         i3_t iSeconds = static_cast<i3_t>(dWhole);
         const i3_t iMicros = iSeconds * 1000000 + static_cast<i3_t>(dMicro);
-        // The number that a datetime is stored as: rounded once as long as the dividend is exact, up
-        // to the year 2255. Behind that no number has all microseconds, and a few are rounded twice.
+        // The number that a datetime is stored as: rounded once as long as the dividend is exact,
+        // up to the year 2255. Behind that no number has all microseconds, and a few are rounded
+        // twice.
         const bool bExact = iMicros > -(i3_t{1} << 53) && iMicros < i3_t{1} << 53;
-        const double dNearest = bExact ? static_cast<double>(iMicros) / 1e6
-                                       : static_cast<double>(static_cast<long double>(iMicros) / 1e6L);
+        const double dNearest = bExact
+                                    ? static_cast<double>(iMicros) / 1e6
+                                    : static_cast<double>(static_cast<long double>(iMicros) / 1e6L);
         if (dMicro < 1e6 && dNearest == dSeconds && !(dSeconds == 0 && std::signbit(dSeconds))) {
             i3_t iDay = iSeconds / 86400;
             iSeconds %= 86400;
@@ -62,8 +64,7 @@ PyObject* DateOf(double dSeconds) {
             iDay += 719468;
             const i3_t iEra = (iDay >= 0 ? iDay : iDay - 146096) / 146097;
             const i3_t iOfEra = iDay - iEra * 146097;
-            const i3_t iYear =
-                (iOfEra - iOfEra / 1460 + iOfEra / 36524 - iOfEra / 146096) / 365;
+            const i3_t iYear = (iOfEra - iOfEra / 1460 + iOfEra / 36524 - iOfEra / 146096) / 365;
             const i3_t iOfYear = iOfEra - (365 * iYear + iYear / 4 - iYear / 100);
             const i3_t iMonth = (5 * iOfYear + 2) / 153;
             const int iDayOfMonth = static_cast<int>(iOfYear - (153 * iMonth + 2) / 5 + 1);
@@ -293,7 +294,8 @@ json::Mark To_Python::MarkOf(Place ePlace, std::size_t uAttributes, std::string_
             bGood = bGood && s.find('\0') != s.npos;
             if (!bGood) break;
             // Whether it is UTF-8.
-            PyObject* const p = PyUnicode_FromStringAndSize(s.data(), static_cast<Py_ssize_t>(s.size()));
+            PyObject* const p =
+                PyUnicode_FromStringAndSize(s.data(), static_cast<Py_ssize_t>(s.size()));
             bGood = p != nullptr;
             Py_XDECREF(p);
             PyErr_Clear();

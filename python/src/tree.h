@@ -53,7 +53,9 @@ class Reading {
 class Node {
   public:
     Node(Tree_Ptr pTree, u2_t uId) noexcept
-        : m_pTree(std::move(pTree)), m_uId(uId), m_uRenumbered(uId != 0 ? m_pTree->uRenumbered : 0) {}
+        : m_pTree(std::move(pTree)),
+          m_uId(uId),
+          m_uRenumbered(uId != 0 ? m_pTree->uRenumbered : 0) {}
     // The root of a tree of its own.
     explicit Node(Data oRoot) : Node(std::make_shared<Tree>(std::move(oRoot)), 0) {}
 

@@ -56,7 +56,8 @@ Data_Value OfQuad(PyObject* p) {
     u2_t auWord[4];
     for (Py_ssize_t i = 0; i < 4; ++i) {
         PyObject* const pWord = PyTuple_GetItem(p, i);
-        const unsigned long u = pWord != nullptr && PyLong_Check(pWord) ? PyLong_AsUnsignedLong(pWord) : ~0ul;
+        const unsigned long u =
+            pWord != nullptr && PyLong_Check(pWord) ? PyLong_AsUnsignedLong(pWord) : ~0ul;
         if (PyErr_Occurred() != nullptr || u > 0xFFFFFFFF) {
             PyErr_Clear();
             Raise(PyExc_OverflowError, "a Quad has four numbers from 0 to 4294967295");
@@ -180,7 +181,7 @@ bool ToValue(PyObject* p, Data_Value& oValue, Borrowed& oBytes) {
         oValue = p == Py_True;
     } else if (PyFloat_Check(p)) {
         const double d = PyFloat_AS_DOUBLE(p);
-        oValue = IsA(p, c.pFloat) ? Data_Value::Float(d)
+        oValue = IsA(p, c.pFloat)  ? Data_Value::Float(d)
                  : IsA(p, c.pDate) ? Data_Value::Date(d)
                                    : Data_Value(d);
     } else if (PyLong_Check(p)) {
@@ -194,7 +195,8 @@ bool ToValue(PyObject* p, Data_Value& oValue, Borrowed& oBytes) {
             oValue = oBytes.Nth(0);
             if (oValue.GetType() == Data_Node::Empty) RaiseRange();
         } else {
-            if (oBytes.Block().size() > 0x7FFFFFFF) Raise(PyExc_OverflowError, "a block has at most 2 GiB");
+            if (oBytes.Block().size() > 0x7FFFFFFF)
+                Raise(PyExc_OverflowError, "a block has at most 2 GiB");
             oValue = Data_Value::Binary(oBytes.Block().data(), oBytes.Block().size());
         }
     } else {
