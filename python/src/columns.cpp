@@ -51,54 +51,105 @@ void Store(char* p, const char* sCode, const Number& o) {
     }
 }
 
-Number NumberOf(const Data& o) {
-    constexpr u2_t NUMBERS = REALS | Bit(Data_Node::Boolean) | Bit(Data_Node::Integer) |
-                             Bit(Data_Node::Char) | Bit(Data_Node::Long) | Bit(Data_Node::Date);
-    const Data_Node::Type eType = o.GetType();
-    if ((NUMBERS & Bit(eType)) == 0) {
-        const std::string sText =
-            std::string(o.GetPath().View()) + " is no number: " + Data_Node::TypeName(eType);
-        Raise(PyExc_TypeError, sText.c_str());
+// Numbers that come one by one, and what there is among them.
+class Collector {
+  public:
+    // oNode is what the view looks at.
+    void Add(const Data_View& o, const Node& oNode) {
+        constexpr u2_t NUMBERS = REALS | Bit(Data_Node::Boolean) | Bit(Data_Node::Integer) |
+                                 Bit(Data_Node::Char) | Bit(Data_Node::Long) | Bit(Data_Node::Date);
+        const Data_Node::Type eType = o.GetType();
+        if ((NUMBERS & Bit(eType)) == 0) {
+            const std::string sPath(oNode.At(o.GetId()).Get().GetPath().View());
+            Raise(PyExc_TypeError,
+                  (sPath + " is no number: " + Data_Node::TypeName(eType)).c_str());
+        }
+        m_ao.push_back({eType, o.Lng()});
+        m_uTypes |= Bit(eType);
+        m_bBeyondSigned |= eType == Data_Node::Long && o.Lng() >> 63 != 0;
     }
-    return {eType, Data_View(o).Lng()};
-}
+
+    [[nodiscard]] py::tuple Finish() const {
+        const char* const sCode = CodeOf(m_uTypes, m_bBeyondSigned);
+        if (sCode == nullptr)
+            Raise(PyExc_TypeError, "numbers of types that no array holds together");
+        const auto uSize = static_cast<std::size_t>(sCode[1] - '0');
+        const py::object oBytes = py::reinterpret_steal<py::object>(
+            PyByteArray_FromStringAndSize(nullptr, static_cast<Py_ssize_t>(m_ao.size() * uSize)));
+        if (!oBytes) throw py::error_already_set();
+        char* p = PyByteArray_AS_STRING(oBytes.ptr());
+        for (const Number& o : m_ao) {
+            Store(p, sCode, o);
+            p += uSize;
+        }
+        return py::make_tuple(oBytes, sCode);
+    }
+
+  private:
+    std::vector<Number> m_ao;
+    u2_t m_uTypes = 0;
+    bool m_bBeyondSigned = false;
+};
+
+// The first node at a path, as it is seen from others.
+class Field {
+  public:
+    explicit Field(const py::object& oPath) {
+        if (oPath.is_none()) return;
+        m_sPath = oPath.cast<std::string>();
+        m_oXpath.Parse(m_sPath.c_str());
+        m_bName = m_sPath.find_first_of("/[]@*.='\"\b") == m_sPath.npos;
+    }
+    [[nodiscard]] Data_View Of(const Data_View& oView, const Node& oNode) const {
+        if (m_sPath.empty()) return oView;
+        Data_View oFound;
+        if (m_bName) {
+            // Removed ones keep their places.
+            const Data_Key oKey = oView.KeyOf(m_sPath);
+            for (u2_t u = 0; (oFound = oView.Find(oKey, u)).IsNode(); ++u) {
+                if (oFound.GetType() != Data_Node::Zombi) break;
+            }
+        } else if (const Data o = m_oXpath.EvaluateFirst(oNode.At(oView.GetId()).Get());
+                   o.IsNode()) {
+            oFound = Data_View(o);
+        }
+        if (oFound.IsNode()) return oFound;
+        const std::string sAt(oNode.At(oView.GetId()).Get().GetPath().View());
+        Raise(g_oClasses.pNotFoundError, ("no \"" + m_sPath + "\" at " + sAt).c_str());
+    }
+
+  private:
+    std::string m_sPath;
+    Data_Xpath m_oXpath;
+    bool m_bName = false;
+};
 
 }  // namespace
 
 py::tuple Column(const py::iterable& oNodes, const py::object& oPath) {
-    Data_Xpath oXpath;
-    const std::string sPath = oPath.is_none() ? "" : oPath.cast<std::string>();
-    if (!oPath.is_none()) oXpath.Parse(sPath.c_str());
-    std::vector<Number> ao;
-    u2_t uTypes = 0;
-    bool bBeyondSigned = false;
+    const Field oField(oPath);
+    Collector oCollector;
     for (const py::handle oItem : oNodes) {
-        Data o = oItem.cast<const Node&>().Get();
-        if (!oPath.is_none()) {
-            const Data oFound = oXpath.EvaluateFirst(o);
-            if (!oFound.IsNode()) {
-                const std::string sText =
-                    "no \"" + sPath + "\" at " + std::string(o.GetPath().View());
-                Raise(g_oClasses.pNotFoundError, sText.c_str());
-            }
-            o = oFound;
-        }
-        ao.push_back(NumberOf(o));
-        uTypes |= Bit(ao.back().eType);
-        bBeyondSigned |= ao.back().eType == Data_Node::Long && ao.back().uBits >> 63 != 0;
+        const Node oNode = oItem.cast<const Node&>();
+        const Reading oReading(oNode.GetTree());
+        oCollector.Add(oField.Of(Data_View(oNode.Get()), oNode), oNode);
     }
-    const char* const sCode = CodeOf(uTypes, bBeyondSigned);
-    if (sCode == nullptr) Raise(PyExc_TypeError, "numbers of types that no array holds together");
-    const std::size_t uSize = static_cast<std::size_t>(sCode[1] - '0');
-    const py::object oBytes = py::reinterpret_steal<py::object>(
-        PyByteArray_FromStringAndSize(nullptr, static_cast<Py_ssize_t>(ao.size() * uSize)));
-    if (!oBytes) throw py::error_already_set();
-    char* p = PyByteArray_AS_STRING(oBytes.ptr());
-    for (const Number& o : ao) {
-        Store(p, sCode, o);
-        p += uSize;
+    return oCollector.Finish();
+}
+
+py::tuple ColumnOfRun(const Node& oParent, const std::string& sName, const py::object& oPath) {
+    const Field oField(oPath);
+    Collector oCollector;
+    const Data o = oParent.Get();
+    const Reading oReading(oParent.GetTree());
+    const Data_View oView(o);
+    const Data_Key oKey = oView.KeyOf(sName);
+    for (u2_t u = 0; u < oView.GetSuccs(); ++u) {
+        const Data_View oSucc = oView.GetSucc(u);
+        if (oSucc.GetKey().uKey != oKey.uKey || oSucc.GetType() == Data_Node::Zombi) continue;
+        oCollector.Add(oField.Of(oSucc, oParent), oParent);
     }
-    return py::make_tuple(oBytes, sCode);
+    return oCollector.Finish();
 }
 
 }  // namespace vok::python

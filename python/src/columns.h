@@ -4,6 +4,10 @@
 
 #include <pybind11/pybind11.h>
 
+#include <string>
+
+#include "python/src/tree.h"
+
 namespace vok::python {
 
 namespace py = pybind11;
@@ -12,6 +16,9 @@ namespace py = pybind11;
 // of those at a path seen from them, unless it is None, the first one counts. Types are widened
 // where that keeps every value. Raises TypeError for others, NotFoundError.
 [[nodiscard]] py::tuple Column(const py::iterable& oNodes, const py::object& oPath);
+// The same for the successors of one name.
+[[nodiscard]] py::tuple ColumnOfRun(const Node& oParent, const std::string& sName,
+                                    const py::object& oPath);
 
 }  // namespace vok::python
 

@@ -136,6 +136,8 @@ Node Prepared(const Node& oNode, const Form& oForm, const py::tuple& oVersion) {
                              std::string(py::str(oVersion[1])) + '.' +
                              std::string(py::str(oVersion[2]));
     if (o.GetUserTag().View() == sTag) return oTop;
+    // While others read it, it cannot be told its version.
+    if (oTop.GetTree()->uReaders != 0) return Prepared(Node(o.MkClone()), oForm, oVersion);
     o = oTop.Change();
     Dgraph_SetVersion(o, oVersion[0].cast<int>(), oVersion[1].cast<int>(), oVersion[2].cast<int>());
     return oTop;

@@ -99,6 +99,8 @@ void RegisterErrors() {
     py::register_exception_translator([](std::exception_ptr pError) {
         try {
             if (pError) std::rethrow_exception(pError);
+        } catch (const py::cast_error&) {
+            PyErr_SetString(PyExc_TypeError, "an argument is of another type than that");
         } catch (const Msg_Exception& oError) {
             try {
                 Raise(g_oClasses.pError, oError);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "python/src/errors.h"
+#include "python/src/to_python.h"
 #include "python/src/tree.h"
 #include "python/src/values.h"
 #include "vok/data/builder.h"
@@ -167,11 +168,8 @@ class From_Python {
     static std::string_view NameOf(PyObject* pKey) {
         std::string_view s = Utf8Of(pKey);
         if (s.find('\0') != s.npos) Raise(PyExc_ValueError, "a name with a NUL");
-        const std::size_t uMarks = s.find_first_not_of('#');
-        if (uMarks > 1 && uMarks != s.npos) [[unlikely]] {
-            const std::string_view sWord = s.substr(uMarks - 1);
-            if (sWord == json::ATTRIBUTES || sWord == json::VALUE) s.remove_prefix(1);
-        }
+        if (s.starts_with("##") && IsMarked(s)) [[unlikely]]
+            s.remove_prefix(1);
         return s;
     }
 
@@ -378,7 +376,7 @@ Data MakeTree(PyObject* pObject, PyObject* pDefault, bool bMarks) {
 Data MakeSuccs(const std::string& sName, PyObject* pObject, PyObject* pDefault, bool bMarks) {
     Data oMade;
     oMade.SetToRoot();
-    const py::str oName(sName);
+    const py::str oName(IsMarked(sName) ? '#' + sName : sName);
     From_Python(oMade, pDefault, bMarks).Run(oName.ptr(), pObject);
     return oMade;
 }

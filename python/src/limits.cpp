@@ -36,11 +36,7 @@ Limits Make(const py::kwargs& oFields) {
         bool bFound = false;
         for (const auto& o : FIELDS) {
             if (sName != o.sName) continue;
-            try {
-                oLimits.*o.pField = oValue.cast<u3_t>();
-            } catch (const py::cast_error&) {
-                Raise(PyExc_TypeError, "a limit is a whole number of 64 bits without sign");
-            }
+            oLimits.*o.pField = oValue.cast<u3_t>();
             bFound = true;
         }
         if (!bFound) Raise(PyExc_TypeError, ("there is no limit \"" + sName + "\"").c_str());

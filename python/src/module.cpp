@@ -30,4 +30,5 @@ PYBIND11_MODULE(_vok, oModule) {
     DefineRecords(oModule);
     DefineCompare(oModule);
     oModule.def("_column", &Column);
+    oModule.def("_column_of_run", &ColumnOfRun);
 }

@@ -68,6 +68,15 @@ std::string Shown(const Node& oNode) {
            ">";
 }
 
+// Whether an object is a value by itself: a link as well, but no container.
+bool IsValue(const py::object& oObject) {
+    Borrowed oBytes;
+    Data_Value oIgnored;
+    return py::isinstance<Node>(oObject) ||
+           Py_TYPE(oObject.ptr()) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink) ||
+           ToValue(oObject.ptr(), oIgnored, oBytes);
+}
+
 // ---- successors -----------------------------------------------------------------
 
 py::list All(const Node& oNode, Data_SuccIt oIt) {
@@ -145,6 +154,16 @@ Node NthOfAll(const Node& oNode, i3_t iNth) {
     Raise(g_oClasses.pNotFoundError, "node has not so many successors");
 }
 
+py::object Get(const Node& oNode, const std::string& sName, const py::object& oDefault) {
+    const Data o = oNode.Get();
+    Data_SuccIt oIt = o.GetSuccIt(sName);
+    if (!oIt.SkipZombies()) return oDefault;
+    const Node oFound = oNode.At(oIt.GetId());
+    oIt.Advance();
+    if (oIt.SkipZombies()) Msg::NodeIsNotUnique();
+    return Value(oFound);
+}
+
 py::list Names(const Node& oNode) {
     py::list oNames;
     const Reading oReading(oNode.GetTree());
@@ -210,6 +229,9 @@ py::object FindFirst(const Node& oNode, const std::string& sPath, const Limits* 
 }
 
 Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue) {
+    if (oValue.size() > 1) Raise(PyExc_TypeError, "create() takes a path and a value");
+    if (oValue.size() == 1 && !IsValue(oValue[0]))
+        Raise(PyExc_TypeError, "a value is no container: see add()");
     oNode.GetTree()->bGaps = true;
     Data oMade = oNode.Change().CreateNode(Checked(sPath));
     UnmarkAbove(oMade, oNode.Get());
@@ -224,14 +246,14 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
                const py::object& oIndex, const py::object& oDefault, bool bMarks) {
     (void)oNode.Change();
     PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
+    const u2_t uPos = PositionOf(oIndex);
     if (py::isinstance<Node>(oObject)) {
         const Node& oOther = oObject.cast<const Node&>();
         UnmarkFor(oNode.Change(), Checked(sName));
         Data oCopy = oOther.Get().MkCopy(oNode.Change());
-        oCopy.Rename(sName, PositionOf(oIndex));
+        oCopy.Rename(sName, uPos);
         return py::cast(oNode.At(oCopy));
     }
-    const u2_t uPos = PositionOf(oIndex);
     // Made apart: that may run code of others, which then sees the tree as it was.
     const Data oMade = MakeSuccs(Checked(sName), oObject.ptr(), pDefault, bMarks);
     Data oParent = oNode.Change();
@@ -252,17 +274,13 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
 }
 
 void SetItem(const Node& oNode, const std::string& sName, const py::object& oObject) {
-    Borrowed oBytes;
-    Data_Value oIgnored;
-    const bool bLink = py::isinstance<Node>(oObject) ||
-                       Py_TYPE(oObject.ptr()) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink);
-    const bool bValue = bLink || ToValue(oObject.ptr(), oIgnored, oBytes);
+    const bool bValue = IsValue(oObject);
     Data oParent = oNode.Change();
     const u2_t uCount = Count(oParent, Checked(sName), oNode.GetTree()->bGaps);
     if (uCount > 1) Msg::NodeIsNotUnique();
     if (!bValue) {
-        if (uCount == 1) Nth(oNode, sName, 0).Delete();
         (void)Add(oNode, sName, oObject, py::none(), py::none(), true);
+        if (uCount == 1) Nth(oNode, sName, 0).Delete();
         return;
     }
     if (uCount == 1) {
@@ -475,6 +493,12 @@ always if the name is one of lists.
 
 >>> vok.loads(b'<o><x dt:dt="i4">1</x><x dt:dt="i4">2</x><y a="b"/></o>').to_dict()
 {'x': [1, 2], 'y': {'#attributes': {'a': 'b'}}}
+)")
+        .def("get", &Get, py::arg("name"), py::arg("default") = py::none(),
+             R"(The value of the only successor of a name; default where there is none.
+
+>>> vok.node({"price": 9.5}).get("price")
+9.5
 )")
         .def("names", &Names, "The names of its successors, each once, in order.")
         .def("find", &Find, py::arg("path"), py::kw_only(), py::arg("limits") = nullptr,

@@ -81,14 +81,6 @@ PyObject* DateOf(double dSeconds) {
     return Wrapped(g_oClasses.pDate, PyFloat_FromDouble(dSeconds));
 }
 
-// "#attributes", "#value" and those with more "#" in front have one more in a dict.
-bool IsMarked(std::string_view sName) noexcept {
-    const std::size_t uMarks = sName.find_first_not_of('#');
-    if (uMarks == 0 || uMarks == sName.npos) return false;
-    const std::string_view sWord = sName.substr(uMarks - 1);
-    return sWord == json::ATTRIBUTES || sWord == json::VALUE;
-}
-
 PyObject* Interned(std::string_view s) {
     PyObject* p = TextOf(s);
     PyUnicode_InternInPlace(&p);
@@ -96,6 +88,13 @@ PyObject* Interned(std::string_view s) {
 }
 
 }  // namespace
+
+bool IsMarked(std::string_view sName) noexcept {
+    const std::size_t uMarks = sName.find_first_not_of('#');
+    if (uMarks == 0 || uMarks == sName.npos) return false;
+    const std::string_view sWord = sName.substr(uMarks - 1);
+    return sWord == json::ATTRIBUTES || sWord == json::VALUE;
+}
 
 PyObject* TextOf(std::string_view s) {
     return Checked(PyUnicode_FromStringAndSize(s.data(), static_cast<Py_ssize_t>(s.size())));

@@ -102,6 +102,9 @@ class To_Python {
     u2_t m_uRun = 0;
 };
 
+// Whether a name has one more "#" as a member of a dict: "#attributes", "#value", and those that
+// have more of them already.
+[[nodiscard]] bool IsMarked(std::string_view sName) noexcept;
 // The text of a String; a new reference.
 [[nodiscard]] PyObject* TextOf(std::string_view s);
 

@@ -104,7 +104,10 @@ def array(nodes, path=None, *, dtype=None):
     Integers become int32, Booleans bool, Longs uint64, reals and dates float64; what is mixed
     becomes the type that holds all of it exactly. Other values raise TypeError.
     """
-    data, code = _vok._column(nodes, path)
+    if isinstance(nodes, Run):
+        data, code = _vok._column_of_run(nodes._node, nodes._name, path)
+    else:
+        data, code = _vok._column(nodes, path)
     try:
         import numpy
     except ImportError:

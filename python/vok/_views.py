@@ -50,7 +50,8 @@ class Run(Sequence):
         if isinstance(key, str):
             del self.one()[key]
         else:
-            for node in self[key] if isinstance(key, slice) else [self[key]]:
+            # From the end: those behind a node move down.
+            for node in reversed(self[key]) if isinstance(key, slice) else [self[key]]:
                 node.delete()
 
     def __contains__(self, item):

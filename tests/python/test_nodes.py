@@ -31,6 +31,9 @@ class Finding(unittest.TestCase):
             doc["nothing"]
         with self.assertRaisesRegex(vok.Error, "not unique"):
             doc["order"].value
+        self.assertEqual((doc["order"][2].get("id"), doc.get("nothing"), doc.get("nothing", 5)), (2, None, 5))
+        with self.assertRaisesRegex(vok.Error, "not unique"):
+            doc.get("order")
         self.assertFalse(hasattr(doc["blob"], "no_such_attribute"))
 
     def test_places(self):
@@ -88,6 +91,9 @@ class Editing(unittest.TestCase):
             (lambda d: d["a"][0].move_to(d, 1), {"a": [2, 1]}),
             (lambda d: d["a"][0].copy_to(d), {"a": [1, 2, 1]}),
             (lambda d: d.create("/b/c[0]", 5), {"a": [1, 2], "b": {"c": 5}}),
+            (lambda d: d.add("#value", 3), {"a": [1, 2], "##value": 3}),
+            (lambda d: d.add("##value", [3, 4]), {"a": [1, 2], "###value": [3, 4]}),
+            (lambda d: d["a"].__delitem__(slice(None)), None),
             (lambda d: d.clear(), None),
             (lambda d: (d.clear(), d.add("x")), {"x": None}),
         ]:
@@ -112,6 +118,7 @@ class Editing(unittest.TestCase):
             (lambda: doc["blob"].add("x", 1), "wrong data type"),
             (lambda: setattr(doc, "value", 5), "wrong data type"),
             (lambda: doc.create("//x"), "invalid character"),
+            (lambda: doc.create("/order[0]", 5), "wrong data type"),
             (lambda: doc.__setitem__("order", 5), "not unique"),
             (lambda: setattr(doc["note"].one(), "value", sample()), "wrong data type"),
             (lambda: doc.attributes.__setitem__("", "x"), "unallowed attribute"),
@@ -120,6 +127,17 @@ class Editing(unittest.TestCase):
             with self.assertRaisesRegex(vok.Error, text):
                 call()
             self.assertEqual(vok.hash(doc), before, text)
+
+    def test_what_cannot_be_stored_changes_nothing(self):
+        doc = sample()
+        before = vok.hash(doc)
+        for change in (lambda: doc.__setitem__("note", {"x": object()}), lambda: doc.__setitem__("note", object()),
+                       lambda: doc.__setitem__("new", object()), lambda: doc.create("/new", {}), lambda: doc.create("/new", object()),
+                       lambda: doc.add("new", doc["note"].one(), "last"), lambda: doc.add("order", [1, 2, object()]),
+                       lambda: doc.add("order", 1, -1), lambda: setattr(doc["note"], "value", object())):
+            with self.assertRaises((TypeError, ValueError, RuntimeError)):
+                change()
+            self.assertEqual(vok.hash(doc), before)
 
     def test_placeholders(self):
         doc = vok.node({})

@@ -255,6 +255,10 @@ class Arrays(unittest.TestCase):
                                   ("l", "uint64", [2**63, 1]), ("m", "int64", [1, 2**31])]:
             column = doc["o"].array(name)
             self.assertEqual((column.dtype.name, column.tolist()), (dtype, want))
+            self.assertEqual(vok.array(list(doc["o"]), f"./{name}").tolist(), want)
+        doc.create("/o[3]/i", 9)
+        self.assertEqual(doc["o"].array("i").tolist(), [1, -2, 9])
+        doc["o"][2].delete()
         column[0] = 5  # its own
         self.assertEqual(vok.array(doc.find("//i"), dtype="float32").tolist(), [1.0, -2.0])
         with self.assertRaisesRegex(TypeError, "no number: Tree"):
