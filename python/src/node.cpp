@@ -1,4 +1,4 @@
-// The class Node.
+// The class Node: reading, and what its methods are called.
 #include <pybind11/pybind11.h>
 
 #include <string>
@@ -8,13 +8,63 @@
 #include "python/src/errors.h"
 #include "python/src/from_python.h"
 #include "python/src/module.h"
+#include "python/src/node.h"
 #include "python/src/to_python.h"
 #include "python/src/values.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/xpath.h"
-#include "vok/json/form.h"
+
+// A name or an attribute as the library takes it.
 
 namespace vok::python {
+
+const std::string& Checked(const std::string& s) {
+    if (s.find('\0') != s.npos) Raise(PyExc_ValueError, "a text with a NUL");
+    return s;
+}
+
+u2_t Count(const Node& oNode, const std::string& sName) {
+    const Data o = oNode.Get();
+    if (!oNode.GetTree()->bGaps) return o.GetSuccCount(sName);
+    u2_t uCount = 0;
+    for (Data_SuccIt oIt = o.GetSuccIt(sName); oIt.SkipZombies(); oIt.Advance()) ++uCount;
+    return uCount;
+}
+
+void RaiseNotFound(const Node& oNode, const std::string& sName, i3_t iNth) {
+    Load_Report oPlace;
+    oPlace.m_oPath = oNode.Get().GetPath();
+    try {
+        (void)oNode.Get().GetCheckedSucc(
+            sName, iNth < 0 || iNth >= i3_t{Data::LAST} ? Data::LAST - 1 : static_cast<u2_t>(iNth));
+    } catch (const Msg_Exception& oError) {
+        Raise(g_oClasses.pNotFoundError, oError, &oPlace);
+    }
+    Raise(g_oClasses.pNotFoundError, "no such successor");
+}
+
+Data Nth(const Node& oNode, const std::string& sName, i3_t iNth) {
+    const Data o = oNode.Get();
+    const bool bGaps = oNode.GetTree()->bGaps;
+    const i3_t iFrom = iNth < 0 ? iNth + Count(oNode, sName) : iNth;
+    if (iFrom >= 0 && iFrom < i3_t{Data::LAST}) {
+        if (!bGaps) {
+            const Data oFound = o.GetNthSucc(sName, static_cast<u2_t>(iFrom));
+            if (oFound.IsNode()) return oFound;
+        } else {
+            i3_t iLeft = iFrom;
+            for (Data_SuccIt oIt = o.GetSuccIt(sName); oIt.SkipZombies(); oIt.Advance()) {
+                if (iLeft-- == 0) return oIt.GetData();
+            }
+        }
+    }
+    RaiseNotFound(oNode, sName, iFrom);
+}
+
+bool Has(const Node& oNode, const std::string& sName) {
+    Data_SuccIt oIt = oNode.Get().GetSuccIt(sName);
+    return oIt.SkipZombies();
+}
 
 namespace {
 
@@ -25,19 +75,6 @@ py::object Or(const Node& oNode, const Data& o) {
 
 py::str Text(std::string_view s) {
     return py::reinterpret_steal<py::str>(TextOf(s));
-}
-
-// A name or an attribute as the library takes it.
-const std::string& Checked(const std::string& s) {
-    if (s.find('\0') != s.npos) Raise(PyExc_ValueError, "a text with a NUL");
-    return s;
-}
-
-u2_t PositionOf(const py::object& oIndex) {
-    if (oIndex.is_none()) return Data::LAST;
-    const auto i = oIndex.cast<long long>();
-    if (i < 0) Raise(PyExc_ValueError, "positions count from 0");
-    return i < i3_t{Data::LAST} ? static_cast<u2_t>(i) : Data::LAST;
 }
 
 py::object Value(const Node& oNode) {
@@ -68,15 +105,6 @@ std::string Shown(const Node& oNode) {
            ">";
 }
 
-// Whether an object is a value by itself: a link as well, but no container.
-bool IsValue(const py::object& oObject) {
-    Borrowed oBytes;
-    Data_Value oIgnored;
-    return py::isinstance<Node>(oObject) ||
-           Py_TYPE(oObject.ptr()) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink) ||
-           ToValue(oObject.ptr(), oIgnored, oBytes);
-}
-
 // ---- successors -----------------------------------------------------------------
 
 py::list All(const Node& oNode, Data_SuccIt oIt) {
@@ -85,57 +113,14 @@ py::list All(const Node& oNode, Data_SuccIt oIt) {
     return oAll;
 }
 
-u2_t Count(const Data& o, const std::string& sName, bool bGaps) {
-    if (!bGaps) return o.GetSuccCount(sName);
-    u2_t uCount = 0;
-    for (Data_SuccIt oIt = o.GetSuccIt(sName); oIt.SkipZombies(); oIt.Advance()) ++uCount;
-    return uCount;
-}
-
-[[noreturn]] void RaiseNotFound(const Node& oNode, const Data& o, const std::string& sName,
-                                i3_t iNth) {
-    Load_Report oPlace;
-    oPlace.m_oPath = Str(Path(oNode).c_str());
-    try {
-        (void)o.GetCheckedSucc(
-            sName, iNth < 0 || iNth >= i3_t{Data::LAST} ? Data::LAST - 1 : static_cast<u2_t>(iNth));
-    } catch (const Msg_Exception& oError) {
-        Raise(g_oClasses.pNotFoundError, oError, &oPlace);
-    }
-    Raise(g_oClasses.pNotFoundError, "no such successor");
-}
-
-Data Nth(const Node& oNode, const std::string& sName, i3_t iNth) {
-    const Data o = oNode.Get();
-    const bool bGaps = oNode.GetTree()->bGaps;
-    const i3_t iFrom = iNth < 0 ? iNth + Count(o, sName, bGaps) : iNth;
-    if (iFrom >= 0 && iFrom < i3_t{Data::LAST}) {
-        if (!bGaps) {
-            const Data oFound = o.GetNthSucc(sName, static_cast<u2_t>(iFrom));
-            if (oFound.IsNode()) return oFound;
-        } else {
-            i3_t iLeft = iFrom;
-            for (Data_SuccIt oIt = o.GetSuccIt(sName); oIt.SkipZombies(); oIt.Advance()) {
-                if (iLeft-- == 0) return oIt.GetData();
-            }
-        }
-    }
-    RaiseNotFound(oNode, o, sName, iFrom);
-}
-
 Data One(const Node& oNode, const std::string& sName) {
     const Data oFound = Nth(oNode, sName, 0);
-    if (Count(oNode.Get(), sName, oNode.GetTree()->bGaps) != 1) Msg::NodeIsNotUnique();
+    if (Count(oNode, sName) != 1) Msg::NodeIsNotUnique();
     return oFound;
 }
 
-bool Has(const Node& oNode, const std::string& sName) {
-    Data_SuccIt oIt = oNode.Get().GetSuccIt(sName);
-    return oIt.SkipZombies();
-}
-
 py::object Run(const Node& oNode, const std::string& sName) {
-    if (!Has(oNode, sName)) RaiseNotFound(oNode, oNode.Get(), sName, 0);
+    if (!Has(oNode, sName)) RaiseNotFound(oNode, sName, 0);
     return py::handle(g_oClasses.pRun)(oNode, sName);
 }
 
@@ -179,39 +164,6 @@ py::list Names(const Node& oNode) {
     return oNames;
 }
 
-// ---- marks ---------------------------------------------------------------------
-
-// What "#json" has said of a node, and of the only successor of a name, is not so any more when one
-// is added: attributes that say nothing true would be taken for attributes like any others.
-void Unmark(Data oNode, bool bItem, bool bKind) {
-    const char* const sMark = oNode.GetAttVal(json::MARK);
-    if (sMark == nullptr) return;
-    json::Mark oMark = json::Mark::Of(sMark);
-    if (bItem) oMark.bItem = false;
-    if (bKind) oMark.eKind = json::Mark::None;
-    const std::string sValue(oMark.Value());
-    oNode.SetAttVal(json::MARK.data(), sValue.empty() ? nullptr : sValue.c_str());
-}
-void UnmarkFor(const Data& oParent, const std::string& sName) {
-    const bool bEmpty = oParent.GetType() != Data_Node::Tree;
-    if (bEmpty || !sName.empty()) Unmark(oParent, false, true);
-    if (oParent.GetSuccCount(sName) != 1) return;
-    const Data oOnly = oParent.GetNthSucc(sName, 0);
-    if (oOnly.GetType() != Data_Node::Zombi) Unmark(oOnly, true, false);
-}
-// The same for a node that a path has made, and for all between it and a node above.
-void UnmarkAbove(const Data& oMade, const Data& oTop) {
-    for (Data o = oMade; o != oTop && o.GetId() != 0; o.SetToPred()) {
-        const Data oParent = o.GetPred();
-        const char* const sName = o.GetName();
-        Unmark(oParent, false, true);
-        if (sName != nullptr && oParent.GetSuccCount(sName) > 1) {
-            const Data oFirst = oParent.GetNthSucc(sName, 0);
-            if (oFirst.GetType() != Data_Node::Zombi) Unmark(oFirst, true, false);
-        }
-    }
-}
-
 // ---- paths ----------------------------------------------------------------------
 
 py::list Find(const Node& oNode, const std::string& sPath, const Limits* pLimits) {
@@ -228,118 +180,6 @@ py::object FindFirst(const Node& oNode, const std::string& sPath, const Limits* 
     return Or(oNode, oPath.EvaluateFirst(oNode.Get(), LimitsOf(pLimits)));
 }
 
-Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue) {
-    if (oValue.size() > 1) Raise(PyExc_TypeError, "create() takes a path and a value");
-    if (oValue.size() == 1 && !IsValue(oValue[0]))
-        Raise(PyExc_TypeError, "a value is no container: see add()");
-    oNode.GetTree()->bGaps = true;
-    Data oMade = oNode.Change().CreateNode(Checked(sPath));
-    UnmarkAbove(oMade, oNode.Get());
-    if (oValue.size() != 0) SetValue(oMade, oValue[0].ptr());
-    return oNode.At(oMade);
-}
-
-// ---- editing --------------------------------------------------------------------
-
-// Appends what an object is and returns the first node of it; None for an empty list.
-py::object Add(const Node& oNode, const std::string& sName, const py::object& oObject,
-               const py::object& oIndex, const py::object& oDefault, bool bMarks) {
-    (void)oNode.Change();
-    PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
-    const u2_t uPos = PositionOf(oIndex);
-    if (py::isinstance<Node>(oObject)) {
-        const Node& oOther = oObject.cast<const Node&>();
-        UnmarkFor(oNode.Change(), Checked(sName));
-        Data oCopy = oOther.Get().MkCopy(oNode.Change());
-        oCopy.Rename(sName, uPos);
-        return py::cast(oNode.At(oCopy));
-    }
-    // Made apart: that may run code of others, which then sees the tree as it was.
-    const Data oMade = MakeSuccs(Checked(sName), oObject.ptr(), pDefault, bMarks);
-    Data oParent = oNode.Change();
-    UnmarkFor(oParent, sName);
-    py::object oFirst = py::none();
-    std::vector<Data> aoCopy;
-    try {
-        u2_t uAt = uPos;
-        for (const Data& o : oMade.GetSuccIt()) {
-            aoCopy.push_back(o.MkCopy(oParent, uAt));
-            if (uAt != Data::LAST) ++uAt;
-        }
-    } catch (...) {
-        for (Data& o : aoCopy) o.Delete();
-        throw;
-    }
-    return aoCopy.empty() ? oFirst : py::cast(oNode.At(aoCopy.front()));
-}
-
-void SetItem(const Node& oNode, const std::string& sName, const py::object& oObject) {
-    const bool bValue = IsValue(oObject);
-    Data oParent = oNode.Change();
-    const u2_t uCount = Count(oParent, Checked(sName), oNode.GetTree()->bGaps);
-    if (uCount > 1) Msg::NodeIsNotUnique();
-    if (!bValue) {
-        (void)Add(oNode, sName, oObject, py::none(), py::none(), true);
-        if (uCount == 1) Nth(oNode, sName, 0).Delete();
-        return;
-    }
-    if (uCount == 1) {
-        Data oOnly = Nth(oNode, sName, 0);
-        if (oOnly.GetType() != Data_Node::Tree) return SetValue(oOnly, oObject.ptr());
-    }
-    UnmarkFor(oParent, sName);
-    Data oNew = oParent.Append(sName);
-    try {
-        SetValue(oNew, oObject.ptr());
-    } catch (...) {
-        oNew.Delete();
-        throw;
-    }
-    if (uCount == 1) Nth(oNode, sName, 0).Delete();
-}
-
-void DeleteItem(const Node& oNode, const std::string& sName) {
-    Data o = oNode.Change();
-    if (!Has(oNode, sName)) RaiseNotFound(oNode, o, sName, 0);
-    std::vector<Data> ao;
-    for (const Data& oSucc : o.GetSuccIt(sName)) ao.push_back(oSucc);
-    // Those behind move down: from the end on nothing moves.
-    for (std::size_t u = ao.size(); u-- > 0;) ao[u].Delete();
-}
-
-void Shrink(const Node& oNode) {
-    Data o = oNode.Change();
-    o.SetToRoot();
-    o.Shrink();
-    ++oNode.GetTree()->uRenumbered;
-    oNode.GetTree()->bGaps = false;
-}
-
-Node MoveTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
-    Data o = oNode.Change();
-    Data oOld = o;
-    const char* const sName = o.GetName();
-    const Data oTo = oParent.Change();
-    const bool bOther = oNode.GetTree() != oParent.GetTree();
-    if (bOther || o.GetPred() != oTo) UnmarkFor(oTo, sName != nullptr ? sName : "");
-    o.MoveTo(oTo, PositionOf(oIndex));
-    if (bOther) oOld.Erase();  // it has kept its place
-    return oParent.At(o);
-}
-
-Node CopyTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
-    const Data o = oNode.Get(), oTo = oParent.Change();
-    const char* const sName = o.GetName();
-    UnmarkFor(oTo, sName != nullptr ? sName : "");
-    return oParent.At(o.MkCopy(oTo, PositionOf(oIndex)));
-}
-
-void Clear(const Node& oNode) {
-    Data o = oNode.Change();
-    o.RemoveSuccs();
-    o.ClearVal();
-}
-
 // ---- attributes -----------------------------------------------------------------
 
 py::list AllAttributes(const Node& oNode) {
@@ -353,18 +193,6 @@ py::list AllAttributes(const Node& oNode) {
 py::object Attribute(const Node& oNode, const std::string& sName) {
     const char* const s = oNode.Get().GetAttVal(sName);
     return s != nullptr ? Text(s) : py::object(py::none());
-}
-
-void SetAttribute(const Node& oNode, const std::string& sName, const py::object& oValue) {
-    Data o = oNode.Change();
-    if (oValue.is_none())
-        return o.SetAttVal(Checked(sName).c_str(), static_cast<const char*>(nullptr));
-    if (!PyUnicode_Check(oValue.ptr()))
-        Raise(PyExc_TypeError, "the value of an attribute is a text");
-    const auto sValue = oValue.cast<std::string>();
-    o.SetAttVal(Checked(sName).c_str(), Checked(sValue).c_str());
-    // A text with a NUL stays one, and the only item of an array.
-    if (o.GetType() != Data_Node::Binary && sName != json::MARK) Unmark(o, false, true);
 }
 
 // ---- the bytes of a Binary ------------------------------------------------------
@@ -424,7 +252,7 @@ Nodes are made by `load`, `loads`, `node` and by those that are there.
                 const char* const s = o.Get().GetName();
                 return s != nullptr ? Text(s) : py::object(py::none());
             },
-            [](const Node& o, const std::string& s) { o.Change().Rename(Checked(s)); },
+            [](const Node& o, const std::string& s) { Rename(o, s, py::none()); },
             "The name, None for an unnamed node; to be set as well.")
         .def_property_readonly(
             "type", [](const Node& o) { return Data_Node::TypeName(o.Get().GetType()); },
@@ -535,13 +363,8 @@ name; without one they go behind them. default(object) is asked for what to take
             "delete", [](const Node& o) { o.Change().Delete(); },
             "Removes the node and all below it from the tree.")
         .def("clear", &Clear, "Makes it an empty node: without successors or value.")
-        .def(
-            "rename",
-            [](const Node& o, const std::string& s, const py::object& oIndex) {
-                o.Change().Rename(Checked(s), PositionOf(oIndex));
-            },
-            py::arg("name"), py::arg("index") = py::none(),
-            "Gives it another name, and among those of that name a position.")
+        .def("rename", &Rename, py::arg("name"), py::arg("index") = py::none(),
+             "Gives it another name, and among those of that name a position.")
         .def("move_to", &MoveTo, py::arg("parent"), py::arg("index") = py::none(),
              "Makes it, with all below it, a successor of another node, which may be in another "
              "tree; returns it there.")
@@ -556,8 +379,7 @@ name; without one they go behind them. default(object) is asked for what to take
         .def(
             "has_cycle", [](const Node& o) { return o.Get().HasCycle(); },
             "Whether one can come back to a node by going down and along links.")
-        .def("_count", [](const Node& o,
-                          const std::string& s) { return Count(o.Get(), s, o.GetTree()->bGaps); })
+        .def("_count", &Count)
         .def("_nth", [](const Node& o, const std::string& s, i3_t i) { return o.At(Nth(o, s, i)); })
         .def("_one", [](const Node& o, const std::string& s) { return o.At(One(o, s)); })
         .def("_list",
