@@ -66,24 +66,12 @@ class From_Python {
 
     void Run(PyObject* pObject) {
         StartRoot(py::reinterpret_borrow<py::object>(pObject));
-        Data oRoot = m_oTree;
-        {
-            Data_Builder oBuilder(oRoot);
-            m_pBuilder = &oBuilder;
-            while (!m_aoFrame.empty()) Step();
-            oBuilder.Finish();
-        }
-        for (const Pending& o : m_aoLink) SetLink(o);
+        if (m_aoFrame.empty()) return;  // a value
+        Build([] {});
     }
-    // Members of the root alone: the object under a name.
+    // A member of the root alone: the object under a name.
     void Run(PyObject* pName, PyObject* pObject) {
-        Data oRoot = m_oTree;
-        Data_Builder oBuilder(oRoot);
-        m_pBuilder = &oBuilder;
-        AddMember(pName, py::reinterpret_borrow<py::object>(pObject));
-        while (!m_aoFrame.empty()) Step();
-        oBuilder.Finish();
-        for (const Pending& o : m_aoLink) SetLink(o);
+        Build([&] { AddMember(pName, py::reinterpret_borrow<py::object>(pObject)); });
     }
 
   private:
@@ -100,6 +88,17 @@ class From_Python {
         u2_t uId;
         std::string sPath;
     };
+
+    template <class Start>
+    void Build(const Start& oStart) {
+        Data oRoot = m_oTree;
+        Data_Builder oBuilder(oRoot);
+        m_pBuilder = &oBuilder;
+        oStart();
+        while (!m_aoFrame.empty()) Step();
+        oBuilder.Finish();
+        for (const Pending& o : m_aoLink) SetLink(o);
+    }
 
     void StartRoot(py::object oObject) {
         for (int iTries = 0; iTries < MOST_TRIES; ++iTries) {

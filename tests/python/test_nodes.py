@@ -2,11 +2,14 @@
 
 import copy
 import gc
+import os
 import pickle
 import random
 import unittest
 
 import vok
+
+CALLS = int(os.environ.get("VOK_RANDOM_CALLS", "4000"))
 
 
 def sample():
@@ -251,11 +254,11 @@ class Lifetimes(unittest.TestCase):
 
     def test_random_calls(self):
         """Whatever is done in whatever order ends in a value or an error."""
-        rng = random.Random(11)
+        rng = random.Random(CALLS)
         docs = [sample(), vok.node({})]
         kept = []
         names = ["a", "b", "order", "", "ä"]
-        for step in range(4000):
+        for _ in range(CALLS):
             node = rng.choice(kept) if kept and rng.random() < 0.6 else rng.choice(docs)
             other = rng.choice(kept + docs)
             name = rng.choice(names)

@@ -73,6 +73,7 @@ class Values(unittest.TestCase):
                 again = doc.to_dict()["x"]
                 self.assertEqual((again, type(again)), (value, type(value)))
                 self.assertEqual(repr(again), repr(value))  # the sign of zero
+                self.assertEqual((vok.node(value).to_dict(), vok.node(value).type), (value, kind))
                 if kind != "Link":
                     self.assertEqual(doc["x"].value, value)
                     doc["x"].value = None
@@ -178,6 +179,8 @@ class Containers(unittest.TestCase):
         {"a": {"#attributes": {"lang": "en"}}},
         {"a": [{"#attributes": {"lang": "en"}, "#value": b"x"}]},
         {"#attributes": {"k": "v"}, "a": 1},
+        {"#attributes": {"k": "v"}, "#value": b"x"},
+        5,
     ]
 
     def test_they_come_back(self):
@@ -185,7 +188,7 @@ class Containers(unittest.TestCase):
             with self.subTest(value=value):
                 self.assertEqual(vok.node(value).to_dict(), value)
                 if not str(value).count("#type"):  # a word of JSON
-                    again = vok.loads(vok.dumps(value, form="json"))
+                    again = vok.loads(vok.dumps(value, form="json"), form="json")
                     self.assertEqual(again.to_dict(), value)
                 for form in ("xml", "dgraph", "dump"):
                     self.assertEqual(vok.loads(vok.dumps(value, form=form)).to_dict(), value, form)
