@@ -60,9 +60,13 @@ def make(folder, documents, orders):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Sums over a folder of documents, in one process and with Dask.")
+    parser = argparse.ArgumentParser(
+        description="Sums over a folder of documents, in one process and with Dask."
+    )
     parser.add_argument("folder")
-    parser.add_argument("--make", nargs=2, type=int, metavar=("DOCUMENTS", "ORDERS"), help="make the documents first")
+    parser.add_argument(
+        "--make", nargs=2, type=int, metavar=("DOCUMENTS", "ORDERS"), help="make the documents first"
+    )
     parser.add_argument("--workers", type=int, default=2, help="processes on this machine")
     parser.add_argument("--scheduler", help="the address of a Dask scheduler that is running")
     arguments = parser.parse_args()
@@ -81,14 +85,18 @@ def main():
         client.wait_for_workers(1)
         start = time.perf_counter()
         together = with_dask(paths, client)
-        print(f"Dask         {time.perf_counter() - start:.2f} s, {len(client.scheduler_info()['workers'])} workers")
+        print(
+            f"Dask         {time.perf_counter() - start:.2f} s, {len(client.scheduler_info()['workers'])} workers"
+        )
         return together
 
     if arguments.scheduler:
         with Client(arguments.scheduler) as client:
             together = run(client)
     else:
-        with LocalCluster(n_workers=arguments.workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=None) as cluster:
+        with LocalCluster(
+            n_workers=arguments.workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=None
+        ) as cluster:
             with Client(cluster) as client:
                 together = run(client)
 

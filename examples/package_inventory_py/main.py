@@ -15,9 +15,13 @@ from status_file import StatusError, read_status_file
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Writes a package database as DGraph and XML, reads it back, compares.")
+    parser = argparse.ArgumentParser(
+        description="Writes a package database as DGraph and XML, reads it back, compares."
+    )
     parser.add_argument("status", nargs="?", default="/var/lib/dpkg/status")
-    parser.add_argument("-o", "--output", default=os.path.join(tempfile.gettempdir(), "package_inventory.dgraph"))
+    parser.add_argument(
+        "-o", "--output", default=os.path.join(tempfile.gettempdir(), "package_inventory.dgraph")
+    )
     arguments = parser.parse_args()
     try:
         return run(arguments.status, arguments.output)

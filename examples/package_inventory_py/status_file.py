@@ -4,7 +4,17 @@ import codecs
 import re
 
 NUMBERS = {"Installed-Size", "Size"}
-DEPENDENCIES = {"Breaks", "Conflicts", "Depends", "Enhances", "Pre-Depends", "Provides", "Recommends", "Replaces", "Suggests"}
+DEPENDENCIES = {
+    "Breaks",
+    "Conflicts",
+    "Depends",
+    "Enhances",
+    "Pre-Depends",
+    "Provides",
+    "Recommends",
+    "Replaces",
+    "Suggests",
+}
 BLANKS = " \t\r\n"
 SMALLEST, LARGEST = -(2**31), 2**31 - 1
 
@@ -89,7 +99,9 @@ class _Parser:
                 self._fail(f"{field} is no number of 32 bits: '{value}'", self._field_line)
             self._numbers[field] = int(value)
         elif field in DEPENDENCIES:
-            self._relations[field] = [_alternatives(group) for group in value.split(",") if group.strip(BLANKS)]
+            self._relations[field] = [
+                _alternatives(group) for group in value.split(",") if group.strip(BLANKS)
+            ]
         else:
             self._texts[field] = value
         self._stanza = True
@@ -113,7 +125,10 @@ class _Parser:
 
 def _entries(fields, name):
     """Names of fields are values, so that they need not be known when reading."""
-    return [_without_empty_lists({name: fields[field], "field": field}) for field in sorted(fields, key=str.encode)]
+    return [
+        _without_empty_lists({name: fields[field], "field": field})
+        for field in sorted(fields, key=str.encode)
+    ]
 
 
 def _without_empty_lists(members):

@@ -36,7 +36,7 @@ __all__ = [
     "Float", "LimitError", "Limits", "Link", "LoadError", "Long", "NoMemoryError", "Node",
     "NotFoundError", "Quad", "Report", "Run", "apply", "array", "canonical", "diff", "dump",
     "dumps", "equal", "hash", "load", "loads", "merge", "node", "patch", "records",
-]  # fmt: skip
+]
 
 
 def load(source, *, form=None, limits=None):
@@ -65,7 +65,18 @@ def loads(data, *, form=None, limits=None):
     return _vok._load_bytes(data if type(data) is bytes else bytes(memoryview(data)), form or "", limits)
 
 
-def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0), compact=False, default=None, marks=True):
+def dump(
+    value,
+    target,
+    *,
+    form=None,
+    wrapping=None,
+    name=None,
+    version=(1, 3, 0),
+    compact=False,
+    default=None,
+    marks=True
+):
     """Writes a node with all below it, or whatever `node` takes, to a file: a path or a file object.
 
     form ("xml", "dgraph", "json", "dump") and wrapping ("plain", "zlib", "gzip", "zip") are told by
@@ -88,7 +99,17 @@ def dump(value, target, *, form=None, wrapping=None, name=None, version=(1, 3, 0
         _vok._save_file(top, beside, _vok._Form(form, wrapping, member, compact), version)
 
 
-def dumps(value, *, form="dgraph", wrapping="plain", name=None, version=(1, 3, 0), compact=False, default=None, marks=True):
+def dumps(
+    value,
+    *,
+    form="dgraph",
+    wrapping="plain",
+    name=None,
+    version=(1, 3, 0),
+    compact=False,
+    default=None,
+    marks=True
+):
     """The same as bytes; a zip archive has to be a file.
 
     >>> vok.dumps({"a": 1}, form="json", compact=True)

@@ -21,8 +21,15 @@ class Error(Exception):
     column: int | None
     path: str | None
     def __init__(
-        self, text: str = "", *, where: Iterable[str] = (), source: str | None = None, offset: int | None = None,
-        line: int | None = None, column: int | None = None, path: str | None = None,
+        self,
+        text: str = "",
+        *,
+        where: Iterable[str] = (),
+        source: str | None = None,
+        offset: int | None = None,
+        line: int | None = None,
+        column: int | None = None,
+        path: str | None = None,
     ) -> None: ...
 
 class LoadError(Error): ...
@@ -94,9 +101,20 @@ class Limits:
     memory_per_byte: int
     input_bytes: int
     def __init__(
-        self, *, nodes: int = ..., depth: int = ..., skipped_slots: int = ..., text_bytes: int = ..., attributes: int = ...,
-        inflated_bytes: int = ..., inflation_ratio: int = ..., zip_entries: int = ..., path_steps: int = ...,
-        work_per_byte: int = ..., memory_per_byte: int = ..., input_bytes: int = ...,
+        self,
+        *,
+        nodes: int = ...,
+        depth: int = ...,
+        skipped_slots: int = ...,
+        text_bytes: int = ...,
+        attributes: int = ...,
+        inflated_bytes: int = ...,
+        inflation_ratio: int = ...,
+        zip_entries: int = ...,
+        path_steps: int = ...,
+        work_per_byte: int = ...,
+        memory_per_byte: int = ...,
+        input_bytes: int = ...,
     ) -> None: ...
     @staticmethod
     def trusted() -> Limits: ...
@@ -144,7 +162,12 @@ class Node:
     def find_first(self, path: str, *, limits: Limits | None = None) -> Node | None: ...
     def create(self, path: str, value: Any = ...) -> Node: ...
     def add(
-        self, name: str, value: Any = None, index: int | None = None, *, default: Callable[[Any], Any] | None = None,
+        self,
+        name: str,
+        value: Any = None,
+        index: int | None = None,
+        *,
+        default: Callable[[Any], Any] | None = None,
         marks: bool = True,
     ) -> Node: ...
     def delete(self) -> None: ...
@@ -186,7 +209,12 @@ class Run(Sequence[Node]):
 
 class records(Iterator[Any]):
     def __init__(
-        self, source: Path | Readable, path: str = "/*", *, dicts: bool = False, lists: Iterable[str] = (),
+        self,
+        source: Path | Readable,
+        path: str = "/*",
+        *,
+        dicts: bool = False,
+        lists: Iterable[str] = (),
         limits: Limits | None = None,
     ) -> None: ...
     def __iter__(self) -> records: ...
@@ -198,27 +226,62 @@ class records(Iterator[Any]):
     def path(self) -> str: ...
 
 def load(source: Path | Readable, *, form: Form | None = None, limits: Limits | None = None) -> Node: ...
-def loads(data: bytes | bytearray | memoryview, *, form: Form | None = None, limits: Limits | None = None) -> Node: ...
+def loads(
+    data: bytes | bytearray | memoryview, *, form: Form | None = None, limits: Limits | None = None
+) -> Node: ...
 def dump(
-    value: Any, target: Path | Writable, *, form: Form | None = None, wrapping: Wrapping | None = None, name: str | None = None,
-    version: tuple[int, int, int] = (1, 3, 0), compact: bool = False, default: Callable[[Any], Any] | None = None, marks: bool = True,
+    value: Any,
+    target: Path | Writable,
+    *,
+    form: Form | None = None,
+    wrapping: Wrapping | None = None,
+    name: str | None = None,
+    version: tuple[int, int, int] = (1, 3, 0),
+    compact: bool = False,
+    default: Callable[[Any], Any] | None = None,
+    marks: bool = True,
 ) -> None: ...
 def dumps(
-    value: Any, *, form: Form = "dgraph", wrapping: Wrapping = "plain", name: str | None = None,
-    version: tuple[int, int, int] = (1, 3, 0), compact: bool = False, default: Callable[[Any], Any] | None = None, marks: bool = True,
+    value: Any,
+    *,
+    form: Form = "dgraph",
+    wrapping: Wrapping = "plain",
+    name: str | None = None,
+    version: tuple[int, int, int] = (1, 3, 0),
+    compact: bool = False,
+    default: Callable[[Any], Any] | None = None,
+    marks: bool = True,
 ) -> bytes: ...
 def node(
-    value: Any = None, *, name: str | None = None, default: Callable[[Any], Any] | None = None, marks: bool = True
+    value: Any = None,
+    *,
+    name: str | None = None,
+    default: Callable[[Any], Any] | None = None,
+    marks: bool = True,
 ) -> Node: ...
 def array(nodes: Iterable[Node], path: str | None = None, *, dtype: Any = None) -> Any: ...
 def diff(
-    a: Node, b: Node, *, key: str | Iterable[str] = (), ignore: str | Iterable[str] = (), delta: float = 0.0, limit: int | None = None
+    a: Node,
+    b: Node,
+    *,
+    key: str | Iterable[str] = (),
+    ignore: str | Iterable[str] = (),
+    delta: float = 0.0,
+    limit: int | None = None,
 ) -> list[Difference]: ...
-def patch(a: Node, b: Node, *, key: str | Iterable[str] = (), ignore: str | Iterable[str] = (), delta: float = 0.0) -> Node: ...
+def patch(
+    a: Node, b: Node, *, key: str | Iterable[str] = (), ignore: str | Iterable[str] = (), delta: float = 0.0
+) -> Node: ...
 def apply(node: Node, patch: Node) -> Node: ...
 def merge(
-    base: Node, a: Node, b: Node, *, prefer: Literal["a", "b"] | None = None, key: str | Iterable[str] = (),
-    ignore: str | Iterable[str] = (), delta: float = 0.0,
+    base: Node,
+    a: Node,
+    b: Node,
+    *,
+    prefer: Literal["a", "b"] | None = None,
+    key: str | Iterable[str] = (),
+    ignore: str | Iterable[str] = (),
+    delta: float = 0.0,
 ) -> tuple[Node | None, list[Conflict]]: ...
 def hash(node: Node) -> str: ...
 def canonical(node: Node, update: Callable[[bytes], Any]) -> None: ...

@@ -32,7 +32,9 @@ def form_of(path, form, wrapping):
     told = FORMS.get(os.path.splitext(stem)[1].lower())
     form = form or told
     if form is None:
-        raise ValueError(f"{path!r} does not tell a form by its ending (.xml, .dgraph, .dump, .json): give one")
+        raise ValueError(
+            f"{path!r} does not tell a form by its ending (.xml, .dgraph, .dump, .json): give one"
+        )
     return form, checked(wrapping), stem if told else f"{stem}.{form}"
 
 

@@ -15,8 +15,14 @@ class Compare(unittest.TestCase):
         a, b = orders(1, 2, 3), orders(1, 5)
         b.attributes["k"] = "v"
         found = vok.diff(a, b)
-        self.assertEqual([(d.what, d.path, d.attribute) for d in found],
-                         [("attribute", "/", "k"), ("value", "/order[1]/price[0]", None), ("only in A", "/order[2]", None)])
+        self.assertEqual(
+            [(d.what, d.path, d.attribute) for d in found],
+            [
+                ("attribute", "/", "k"),
+                ("value", "/order[1]/price[0]", None),
+                ("only in A", "/order[2]", None),
+            ],
+        )
         self.assertEqual((found[1].a.value, found[1].b.value, found[2].b), (2, 5, None))
         self.assertEqual((found[1].a.root, found[1].b.root), (a, b))
         self.assertEqual(len(vok.diff(a, b, limit=1)), 1)
@@ -53,7 +59,10 @@ class Compare(unittest.TestCase):
 
     def test_hashes(self):
         doc = orders(1, 2)
-        self.assertEqual({vok.hash(vok.loads(vok.dumps(doc, form=form))) for form in ("xml", "json", "dgraph", "dump")}, {vok.hash(doc)})
+        self.assertEqual(
+            {vok.hash(vok.loads(vok.dumps(doc, form=form))) for form in ("xml", "json", "dgraph", "dump")},
+            {vok.hash(doc)},
+        )
         self.assertNotEqual(vok.hash(doc), vok.hash(orders(2, 1)))
         pieces = []
         vok.canonical(vok.node({"x": [b"0123456789" * 20000]}), pieces.append)

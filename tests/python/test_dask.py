@@ -18,8 +18,13 @@ EXAMPLE = os.path.join(os.path.dirname(__file__), "..", "..", "examples", "dask_
 class Dask(unittest.TestCase):
     def test_sums(self):
         with tempfile.TemporaryDirectory() as folder:
-            done = subprocess.run([sys.executable, "-B", EXAMPLE, os.path.join(folder, "orders"), "--make", "6", "500"],
-                                  capture_output=True, text=True, cwd=folder, timeout=120)
+            done = subprocess.run(
+                [sys.executable, "-B", EXAMPLE, os.path.join(folder, "orders"), "--make", "6", "500"],
+                capture_output=True,
+                text=True,
+                cwd=folder,
+                timeout=120,
+            )
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertRegex(done.stdout, r"(?s)2 workers.*ALFA.*the same from both")
 

@@ -55,8 +55,12 @@ class Documentation(unittest.TestCase):
                         with self.subTest(page=page, block=block):
                             if ">>>" in block:
                                 runner = doctest.DocTestRunner(verbose=False, optionflags=doctest.ELLIPSIS)
-                                runner.run(doctest.DocTestParser().get_doctest(block, names, f"{page}-{number}", None, 0),
-                                           clear_globs=False)
+                                runner.run(
+                                    doctest.DocTestParser().get_doctest(
+                                        block, names, f"{page}-{number}", None, 0
+                                    ),
+                                    clear_globs=False,
+                                )
                                 names = dict(names)
                                 self.assertEqual(runner.failures, 0)
                             else:
@@ -74,7 +78,9 @@ class Documentation(unittest.TestCase):
             told |= {n.target.id for n in stubs[name].body if isinstance(n, ast.AnnAssign)}
             there = {member for member in vars(getattr(vok, name)) if not member.startswith("_")}
             self.assertEqual(there - told, set(), name)
-            self.assertEqual({t for t in told if not hasattr(getattr(vok, name), t)} - {"__buffer__"}, set(), name)
+            self.assertEqual(
+                {t for t in told if not hasattr(getattr(vok, name), t)} - {"__buffer__"}, set(), name
+            )
 
 
 if __name__ == "__main__":

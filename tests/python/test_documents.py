@@ -29,8 +29,16 @@ class Folder(unittest.TestCase):
 
 class Files(Folder):
     def test_endings_tell(self):
-        for name, start in [("a.xml", b"<?xml"), ("a.dgraph", b"DGraphBin"), ("a.json", b"{"), ("a.dump", None),
-                            ("a.xml.gz", b"\x1f\x8b"), ("a.JSON.GZ", b"\x1f\x8b"), ("a.dgraph.zip", b"PK"), ("größe.dg", b"DGraphBin")]:
+        for name, start in [
+            ("a.xml", b"<?xml"),
+            ("a.dgraph", b"DGraphBin"),
+            ("a.json", b"{"),
+            ("a.dump", None),
+            ("a.xml.gz", b"\x1f\x8b"),
+            ("a.JSON.GZ", b"\x1f\x8b"),
+            ("a.dgraph.zip", b"PK"),
+            ("größe.dg", b"DGraphBin"),
+        ]:
             vok.dump(OBJECT, self.path(name))
             with open(self.path(name), "rb") as file:
                 self.assertTrue(file.read().startswith(start or b""), name)
@@ -127,7 +135,10 @@ class Errors(unittest.TestCase):
 
     def test_reports(self):
         doc = vok.loads(b"<a><!-- c --><b/>text</a> behind")
-        self.assertEqual((doc.report.comments, doc.report.dropped_texts, doc.report.bytes_left, doc.report.complete), (1, 1, 7, False))
+        self.assertEqual(
+            (doc.report.comments, doc.report.dropped_texts, doc.report.bytes_left, doc.report.complete),
+            (1, 1, 7, False),
+        )
         self.assertIsNone(vok.node(None).report)
         self.assertFalse(vok.loads(vok.dumps(OBJECT)[:-1]).report.complete)
 
@@ -138,7 +149,9 @@ class Errors(unittest.TestCase):
                 vok.loads(stored, limits=limits)
             self.assertIsInstance(caught.exception, vok.Error)
         with self.assertRaises(vok.LimitError):
-            vok.loads(zlib.compress(b"<a>" + b" " * 10**6 + b"</a>"), limits=vok.Limits(inflated_bytes=1000))
+            vok.loads(
+                zlib.compress(b"<a>" + b" " * 10**6 + b"</a>"), limits=vok.Limits(inflated_bytes=1000)
+            )
         limits = vok.Limits.trusted()
         limits.nodes = 5
         self.assertEqual((limits.nodes, repr(vok.Limits(depth=7))), (5, "Limits(depth=7)"))

@@ -13,7 +13,10 @@ CALLS = int(os.environ.get("VOK_RANDOM_CALLS", "4000"))
 
 
 def sample():
-    return vok.node({"order": [{"id": n, "price": n / 2} for n in range(3)], "blob": b"bytes", "note": None}, name="orders")
+    return vok.node(
+        {"order": [{"id": n, "price": n / 2} for n in range(3)], "blob": b"bytes", "note": None},
+        name="orders",
+    )
 
 
 class Finding(unittest.TestCase):
@@ -41,7 +44,9 @@ class Finding(unittest.TestCase):
 
     def test_places(self):
         order = sample()["order"][1]
-        self.assertEqual((order.path, order.depth, order.parent.name, order.root.id), ("/order[1]", 1, "orders", 0))
+        self.assertEqual(
+            (order.path, order.depth, order.parent.name, order.root.id), ("/order[1]", 1, "orders", 0)
+        )
         self.assertEqual((order.next.path, order.previous.path), ("/order[2]", "/order[0]"))
         self.assertIsNone(order.root.parent)
         self.assertIsNone(order.next.next)
@@ -74,8 +79,14 @@ class Editing(unittest.TestCase):
         self.assertEqual(doc["more"]["x"][1].value, 2)
         doc["more"] = 5
         del doc["blob"]
-        self.assertEqual(doc.to_dict(), {"order": [{"id": 0, "price": 9.5}, {"id": 1, "price": 0.5}, {"id": 2, "price": 1.0}],
-                                         "note": "new", "more": 5})
+        self.assertEqual(
+            doc.to_dict(),
+            {
+                "order": [{"id": 0, "price": 9.5}, {"id": 1, "price": 0.5}, {"id": 2, "price": 1.0}],
+                "note": "new",
+                "more": 5,
+            },
+        )
 
     def test_table(self):
         for edit, want in [
@@ -107,7 +118,9 @@ class Editing(unittest.TestCase):
     def test_between_trees(self):
         a, b = sample(), vok.node({})
         moved = a["order"][1].move_to(b)
-        self.assertEqual((moved.path, len(a["order"]), b.to_dict()), ("/order[0]", 2, {"order": {"id": 1, "price": 0.5}}))
+        self.assertEqual(
+            (moved.path, len(a["order"]), b.to_dict()), ("/order[0]", 2, {"order": {"id": 1, "price": 0.5}})
+        )
         clone = a.clone()
         clone["note"] = "x"
         self.assertIsNone(a["note"].value)
@@ -134,10 +147,17 @@ class Editing(unittest.TestCase):
     def test_what_cannot_be_stored_changes_nothing(self):
         doc = sample()
         before = vok.hash(doc)
-        for change in (lambda: doc.__setitem__("note", {"x": object()}), lambda: doc.__setitem__("note", object()),
-                       lambda: doc.__setitem__("new", object()), lambda: doc.create("/new", {}), lambda: doc.create("/new", object()),
-                       lambda: doc.add("new", doc["note"].one(), "last"), lambda: doc.add("order", [1, 2, object()]),
-                       lambda: doc.add("order", 1, -1), lambda: setattr(doc["note"], "value", object())):
+        for change in (
+            lambda: doc.__setitem__("note", {"x": object()}),
+            lambda: doc.__setitem__("note", object()),
+            lambda: doc.__setitem__("new", object()),
+            lambda: doc.create("/new", {}),
+            lambda: doc.create("/new", object()),
+            lambda: doc.add("new", doc["note"].one(), "last"),
+            lambda: doc.add("order", [1, 2, object()]),
+            lambda: doc.add("order", 1, -1),
+            lambda: setattr(doc["note"], "value", object()),
+        ):
             with self.assertRaises((TypeError, ValueError, RuntimeError)):
                 change()
             self.assertEqual(vok.hash(doc), before)
@@ -145,7 +165,9 @@ class Editing(unittest.TestCase):
     def test_placeholders(self):
         doc = vok.node({})
         doc.create("/a[2]", 5)
-        self.assertEqual(([n.value for n in doc["a"]], len(doc["a"]), doc["a"][0].value, doc["a"].value), ([5], 1, 5, 5))
+        self.assertEqual(
+            ([n.value for n in doc["a"]], len(doc["a"]), doc["a"][0].value, doc["a"].value), ([5], 1, 5, 5)
+        )
         self.assertEqual((doc.find("/a[2]")[0].value, doc.to_dict()), (5, {"a": 5}))
         for form in ("dgraph", "dump", "json", "xml"):
             again = vok.loads(vok.dumps(doc, form=form))
@@ -158,7 +180,9 @@ class Editing(unittest.TestCase):
         doc.attributes.update(b="2", a="ä")
         self.assertEqual(list(doc.attributes.items()), [("a", "ä"), ("b", "2")])
         del doc.attributes["a"]
-        self.assertEqual((doc.attributes.get("a"), len(doc.attributes), doc.attributes.pop("b")), (None, 1, "2"))
+        self.assertEqual(
+            (doc.attributes.get("a"), len(doc.attributes), doc.attributes.pop("b")), (None, 1, "2")
+        )
         with self.assertRaises(KeyError):
             del doc.attributes["a"]
         with self.assertRaises(TypeError):
@@ -178,10 +202,19 @@ class Editing(unittest.TestCase):
 class Lifetimes(unittest.TestCase):
     def test_what_outlives_the_root(self):
         doc = sample()
-        node, run, iterator, attributes, view = doc["order"][1], doc["order"], iter(doc), doc.attributes, memoryview(doc["blob"].one())
+        node, run, iterator, attributes, view = (
+            doc["order"][1],
+            doc["order"],
+            iter(doc),
+            doc.attributes,
+            memoryview(doc["blob"].one()),
+        )
         del doc
         gc.collect()
-        self.assertEqual((node["id"].value, len(run), next(iterator).name, dict(attributes), bytes(view)), (1, 3, "blob", {}, b"bytes"))
+        self.assertEqual(
+            (node["id"].value, len(run), next(iterator).name, dict(attributes), bytes(view)),
+            (1, 3, "blob", {}, b"bytes"),
+        )
 
     def test_bytes_without_a_copy(self):
         doc = sample()
@@ -189,11 +222,19 @@ class Lifetimes(unittest.TestCase):
         self.assertTrue(view.readonly)
         part = view[1:3]
         view.release()
-        for change in (lambda: doc.add("x", 1), lambda: doc["blob"].one().delete(), doc.shrink, doc.clear,
-                       lambda: setattr(doc["blob"], "value", b"longer than it was"), lambda: doc.create("/y"),
-                       lambda: doc.attributes.__setitem__("a", "b"), lambda: setattr(doc, "name", "x"),
-                       lambda: doc.__delitem__("order"), lambda: sample()["note"].one().move_to(doc),
-                       lambda: doc["order"][0].move_to(vok.node(None))):
+        for change in (
+            lambda: doc.add("x", 1),
+            lambda: doc["blob"].one().delete(),
+            doc.shrink,
+            doc.clear,
+            lambda: setattr(doc["blob"], "value", b"longer than it was"),
+            lambda: doc.create("/y"),
+            lambda: doc.attributes.__setitem__("a", "b"),
+            lambda: setattr(doc, "name", "x"),
+            lambda: doc.__delitem__("order"),
+            lambda: sample()["note"].one().move_to(doc),
+            lambda: doc["order"][0].move_to(vok.node(None)),
+        ):
             with self.assertRaises(BufferError):
                 change()
         self.assertEqual(bytes(part), b"yt")
@@ -211,9 +252,22 @@ class Lifetimes(unittest.TestCase):
         for node in (order, price):
             self.assertFalse(node.alive)
             self.assertEqual(repr(node), "<deleted Node>")
-            for use in (lambda n: n.value, lambda n: n.to_dict(), lambda n: n.add("x", 1), lambda n: n.path, len, list,
-                        lambda n: n.find("//*"), lambda n: n.delete(), pickle.dumps, lambda n: n.copy_to(doc), vok.hash,
-                        lambda n: dict(n.attributes), lambda n: setattr(n, "value", 1), lambda n: memoryview(n)):
+            for use in (
+                lambda n: n.value,
+                lambda n: n.to_dict(),
+                lambda n: n.add("x", 1),
+                lambda n: n.path,
+                len,
+                list,
+                lambda n: n.find("//*"),
+                lambda n: n.delete(),
+                pickle.dumps,
+                lambda n: n.copy_to(doc),
+                vok.hash,
+                lambda n: dict(n.attributes),
+                lambda n: setattr(n, "value", 1),
+                lambda n: memoryview(n),
+            ):
                 with self.assertRaises((vok.Error, BufferError)):
                     use(node)
         with self.assertRaises(vok.Error):
@@ -262,23 +316,47 @@ class Lifetimes(unittest.TestCase):
             node = rng.choice(kept) if kept and rng.random() < 0.6 else rng.choice(docs)
             other = rng.choice(kept + docs)
             name = rng.choice(names)
-            call = rng.choice([
-                lambda: node.add(name, rng.choice([1, "x", b"bytes", {"a": [1, {"b": 2}]}, [1, 2], None])),
-                lambda: node.add(name, other) if len(kept) < 50 else None,
-                lambda: node.__setitem__(name, rng.choice([1, "text" * 10, other])),
-                lambda: node.__delitem__(name), lambda: node.delete(), lambda: node.clear(), lambda: node.to_dict(),
-                lambda: node.move_to(other), lambda: node.rename(name, rng.randrange(3)), lambda: list(node),
-                lambda: node.create(rng.choice(["a/b", "/order[3]", "b[1]/a"])), lambda: node.find("//*")[-1:],
-                lambda: node.shrink() if rng.random() < 0.1 else None, lambda: memoryview(node), lambda: node[name][0],
-                lambda: node.attributes.__setitem__("k", "v"), lambda: node.value, lambda: vok.hash(node),
-                lambda: pickle.loads(pickle.dumps(node)), lambda: vok.diff(node, other), lambda: node.parent,
-            ])
+            call = rng.choice(
+                [
+                    lambda: node.add(
+                        name, rng.choice([1, "x", b"bytes", {"a": [1, {"b": 2}]}, [1, 2], None])
+                    ),
+                    lambda: node.add(name, other) if len(kept) < 50 else None,
+                    lambda: node.__setitem__(name, rng.choice([1, "text" * 10, other])),
+                    lambda: node.__delitem__(name),
+                    lambda: node.delete(),
+                    lambda: node.clear(),
+                    lambda: node.to_dict(),
+                    lambda: node.move_to(other),
+                    lambda: node.rename(name, rng.randrange(3)),
+                    lambda: list(node),
+                    lambda: node.create(rng.choice(["a/b", "/order[3]", "b[1]/a"])),
+                    lambda: node.find("//*")[-1:],
+                    lambda: node.shrink() if rng.random() < 0.1 else None,
+                    lambda: memoryview(node),
+                    lambda: node[name][0],
+                    lambda: node.attributes.__setitem__("k", "v"),
+                    lambda: node.value,
+                    lambda: vok.hash(node),
+                    lambda: pickle.loads(pickle.dumps(node)),
+                    lambda: vok.diff(node, other),
+                    lambda: node.parent,
+                ]
+            )
             try:
                 made = call()
             except (vok.Error, BufferError, TypeError):
                 continue
-            kept += [n for n in (made if isinstance(made, list) else [made]) if isinstance(n, (vok.Node, memoryview))]
-            kept = [n for n in rng.sample(kept, min(len(kept), 30)) if isinstance(n, vok.Node) or rng.random() < 0.5]
+            kept += [
+                n
+                for n in (made if isinstance(made, list) else [made])
+                if isinstance(n, (vok.Node, memoryview))
+            ]
+            kept = [
+                n
+                for n in rng.sample(kept, min(len(kept), 30))
+                if isinstance(n, vok.Node) or rng.random() < 0.5
+            ]
             kept = [n if isinstance(n, vok.Node) else bytes(n) and docs[0] for n in kept]
             if len(docs[0].find("//*")) > 500:
                 docs[0] = sample()

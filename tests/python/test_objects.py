@@ -86,7 +86,8 @@ class Values(unittest.TestCase):
         first = datetime.datetime(1700, 1, 1, tzinfo=UTC)
         for _ in range(2000):
             date = first + datetime.timedelta(
-                days=rng.randrange(195000), seconds=rng.randrange(86400), microseconds=rng.randrange(10**6))
+                days=rng.randrange(195000), seconds=rng.randrange(86400), microseconds=rng.randrange(10**6)
+            )
             self.assertEqual(vok.node({"x": date}).to_dict()["x"], date)
 
     def test_what_is_refused(self):
@@ -149,8 +150,10 @@ class Values(unittest.TestCase):
         self.assertEqual(vok.node({"x": items}, default=lambda _: items.clear() or 5).to_dict(), {"x": 5})
 
     def test_default(self):
-        self.assertEqual(vok.node({"x": {3}, "y": 1j}, default=lambda o: list(o) if type(o) is set else str(o)).to_dict(),
-                         {"x": {"#attributes": {"#json": "list"}, "": 3}, "y": "1j"})
+        self.assertEqual(
+            vok.node({"x": {3}, "y": 1j}, default=lambda o: list(o) if type(o) is set else str(o)).to_dict(),
+            {"x": {"#attributes": {"#json": "list"}, "": 3}, "y": "1j"},
+        )
         with self.assertRaises(TypeError):
             vok.node(object(), default=lambda o: o)  # for ever
         with self.assertRaises(ZeroDivisionError):
@@ -227,8 +230,12 @@ class Containers(unittest.TestCase):
 
         self.assertEqual(vok.node(Leg(1)).to_dict(), {"ratio": 1, "strike": 0.5, "names": []})
         self.assertEqual(vok.node({"x": [Leg(1), Leg(2)]})["x"][1]["ratio"].value, 2)
-        self.assertEqual(vok.node({"x": types.MappingProxyType({"a": (1, 2)})}).to_dict(), {"x": {"a": [1, 2]}})
-        self.assertEqual(vok.node({"x": bytearray(b"ab"), "y": memoryview(b"cd")}).to_dict(), {"x": b"ab", "y": b"cd"})
+        self.assertEqual(
+            vok.node({"x": types.MappingProxyType({"a": (1, 2)})}).to_dict(), {"x": {"a": [1, 2]}}
+        )
+        self.assertEqual(
+            vok.node({"x": bytearray(b"ab"), "y": memoryview(b"cd")}).to_dict(), {"x": b"ab", "y": b"cd"}
+        )
 
     def test_rows_of_numbers(self):
         for row, kind, want in [
@@ -243,8 +250,10 @@ class Containers(unittest.TestCase):
                 doc = vok.node({"x": row})
                 self.assertEqual(doc["x"][0].type, kind)
                 self.assertEqual(doc.to_dict()["x"], want)
-        self.assertEqual(vok.node({"x": array.array("d"), "y": [array.array("i", [1, 2])]}).to_dict(),
-                         {"x": [], "y": [[1, 2]]})
+        self.assertEqual(
+            vok.node({"x": array.array("d"), "y": [array.array("i", [1, 2])]}).to_dict(),
+            {"x": [], "y": [[1, 2]]},
+        )
         with self.assertRaises(OverflowError):
             vok.node({"x": array.array("q", [-(2**40)])})
 
@@ -252,10 +261,21 @@ class Containers(unittest.TestCase):
 @unittest.skipIf(numpy is None, "NumPy is not installed")
 class Arrays(unittest.TestCase):
     def test_columns(self):
-        doc = vok.node({"o": [{"i": 1, "d": 0.5, "b": True, "l": 2**63, "m": 1},
-                              {"i": -2, "d": 1.5, "b": False, "l": vok.Long(1), "m": 2**31}]})
-        for name, dtype, want in [("i", "int32", [1, -2]), ("d", "float64", [0.5, 1.5]), ("b", "bool", [True, False]),
-                                  ("l", "uint64", [2**63, 1]), ("m", "int64", [1, 2**31])]:
+        doc = vok.node(
+            {
+                "o": [
+                    {"i": 1, "d": 0.5, "b": True, "l": 2**63, "m": 1},
+                    {"i": -2, "d": 1.5, "b": False, "l": vok.Long(1), "m": 2**31},
+                ]
+            }
+        )
+        for name, dtype, want in [
+            ("i", "int32", [1, -2]),
+            ("d", "float64", [0.5, 1.5]),
+            ("b", "bool", [True, False]),
+            ("l", "uint64", [2**63, 1]),
+            ("m", "int64", [1, 2**31]),
+        ]:
             column = doc["o"].array(name)
             self.assertEqual((column.dtype.name, column.tolist()), (dtype, want))
             self.assertEqual(vok.array(list(doc["o"]), f"./{name}").tolist(), want)
@@ -274,8 +294,15 @@ class Arrays(unittest.TestCase):
             doc["o"].array("i")
 
     def test_arrays_are_stored(self):
-        doc = vok.node({"x": numpy.arange(3, dtype="float64"), "s": numpy.float32(0.5), "t": numpy.bool_(True),
-                        "n": numpy.int64(7), "b": numpy.frombuffer(b"ab", "uint8")})
+        doc = vok.node(
+            {
+                "x": numpy.arange(3, dtype="float64"),
+                "s": numpy.float32(0.5),
+                "t": numpy.bool_(True),
+                "n": numpy.int64(7),
+                "b": numpy.frombuffer(b"ab", "uint8"),
+            }
+        )
         self.assertEqual(doc.to_dict(), {"x": [0.0, 1.0, 2.0], "s": 0.5, "t": True, "n": 7, "b": b"ab"})
         self.assertEqual(doc["s"].type, "Float")
 

@@ -29,7 +29,7 @@ class Records(unittest.TestCase):
             self.assertEqual([node.to_dict() for node in kept], ITEMS)
             kept[0].add("own", 1)
             self.assertNotIn("own", kept[1])
-            self.assertEqual([n["id"].value for n in vok.records(path, '/item[7]')], [7])
+            self.assertEqual([n["id"].value for n in vok.records(path, "/item[7]")], [7])
             self.assertEqual(len(list(vok.records(path))), 301)
             if name.endswith(".zip"):
                 continue
@@ -141,7 +141,9 @@ class Records(unittest.TestCase):
         path = self.path("large.dgraph")
         vok.dump({"item": [{"text": "x" * 1000}] * 40000}, path)
         before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
-        self.assertEqual(sum(len(item["text"]) for item in vok.records(path, "/item", dicts=True)), 40_000_000)
+        self.assertEqual(
+            sum(len(item["text"]) for item in vok.records(path, "/item", dicts=True)), 40_000_000
+        )
         self.assertLess(resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before, 8000)
 
 

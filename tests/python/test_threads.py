@@ -56,18 +56,28 @@ class Threads(unittest.TestCase):
             except vok.Error:
                 pass
 
-        self.run_all(lambda: vok.loads(vok.dumps(doc)), lambda: vok.hash(doc), lambda: vok.dumps(doc, form="json"),
-                     lambda: doc.to_dict(), lambda: [change() for _ in range(50)], delete_left,
-                     lambda: vok.equal(doc, doc), lambda: vok.dumps(doc, form="dump"), lambda: doc.find("//id")[-1].value)
+        self.run_all(
+            lambda: vok.loads(vok.dumps(doc)),
+            lambda: vok.hash(doc),
+            lambda: vok.dumps(doc, form="json"),
+            lambda: doc.to_dict(),
+            lambda: [change() for _ in range(50)],
+            delete_left,
+            lambda: vok.equal(doc, doc),
+            lambda: vok.dumps(doc, form="dump"),
+            lambda: doc.find("//id")[-1].value,
+        )
         self.assertEqual(changed[0] + busy[0], 50 * ROUNDS)
         doc.add("x", 1)  # nobody is left
 
     def test_reading_at_once(self):
         doc = vok.node({"order": [{"id": n} for n in range(2000)]})
         stored, hashed = vok.dumps(doc), vok.hash(doc)
-        self.run_all(*[lambda: self.assertEqual(vok.dumps(doc), stored)] * 2,
-                     *[lambda: self.assertEqual(vok.hash(doc), hashed)] * 2,
-                     *[lambda: self.assertEqual(vok.hash(vok.loads(stored)), hashed)] * 2)
+        self.run_all(
+            *[lambda: self.assertEqual(vok.dumps(doc), stored)] * 2,
+            *[lambda: self.assertEqual(vok.hash(doc), hashed)] * 2,
+            *[lambda: self.assertEqual(vok.hash(vok.loads(stored)), hashed)] * 2
+        )
 
     def test_one_reader_of_records_for_all(self):
         with tempfile.TemporaryDirectory() as folder:
