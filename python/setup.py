@@ -20,7 +20,7 @@ class Build(build_ext):
         folder = Path(self.build_temp).resolve() / "cmake"
         options = [
             "-DCMAKE_BUILD_TYPE=Release",
-            f"-DPYTHON_EXECUTABLE={sys.executable}",
+            f"-DPython3_EXECUTABLE={sys.executable}",
             "-DVOK_PYTHON=ON",
             "-DVOK_TESTS=OFF",
             "-DVOK_PROGRAM=OFF",
