@@ -65,7 +65,7 @@ class Threads(unittest.TestCase):
             delete_left,
             lambda: vok.equal(doc, doc),
             lambda: vok.dumps(doc, form="dump"),
-            lambda: doc.find("//id")[-1].value,
+            lambda: doc.find("//id")[0].value,
         )
         self.assertEqual(changed[0] + busy[0], 50 * ROUNDS)
         doc.add("x", 1)  # nobody is left
