@@ -1,6 +1,7 @@
 #include "python/src/from_python.h"
 
-#include <cstring>
+#include <array>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -88,6 +89,10 @@ class From_Python {
         u2_t uId;
         std::string sPath;
     };
+    struct Known {
+        py::object oText;
+        Data_Key oKey;
+    };
 
     template <class Start>
     void Build(const Start& oStart) {
@@ -156,7 +161,7 @@ class From_Python {
         const py::object oItem =
             py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(f.oOwner.ptr(), f.iNext++));
         const py::object oName = f.oName;
-        AddNode(oName ? NameOf(oName.ptr()) : std::string_view(), oItem, false);
+        AddNode(oName ? KeyOf(oName.ptr()) : Data_Name(""), oItem, false);
     }
     void Pop() {
         if (m_aoFrame.back().bClose) m_pBuilder->Close();
@@ -172,47 +177,57 @@ class From_Python {
         return s;
     }
 
+    // The same as a key of the tree. Dicts have the same few texts as names, which are told by
+    // where they are.
+    Data_Name KeyOf(PyObject* pKey) {
+        Known& o = m_aoKnown[(reinterpret_cast<std::uintptr_t>(pKey) >> 4) % m_aoKnown.size()];
+        if (o.oText.ptr() != pKey) {
+            o.oKey = m_oTree.MakeKey(NameOf(pKey));
+            o.oText = py::reinterpret_borrow<py::object>(pKey);
+        }
+        return o.oKey;
+    }
+
     void AddMember(PyObject* pKey, py::object oObject) {
         PyObject* const p = oObject.ptr();
-        const std::string_view sKey = Utf8Of(pKey);
-        if (sKey == json::ATTRIBUTES) return;  // set when the node was opened
-        const std::string_view sName = NameOf(pKey);
+        if (pKey == m_oAttributes.ptr() || Utf8Of(pKey) == json::ATTRIBUTES) return;  // set before
+        const Data_Name oName = KeyOf(pKey);
         if (!IsSequence(p)) {
-            if (!PyObject_CheckBuffer(p)) return AddNode(sName, oObject, false);
+            if (!PyObject_CheckBuffer(p)) return AddNode(oName, oObject, false);
             Borrowed oRow;
             if (!oRow.Take(p) || !oRow.IsRow() || oRow.IsBlock())
-                return AddNode(sName, oObject, false);
-            return AddRow(sName, oRow);
+                return AddNode(oName, oObject, false);
+            return AddRow(oName, oRow);
         }
         const Py_ssize_t iSize = PySequence_Fast_GET_SIZE(p);
-        if (iSize == 0) return AddNothing(sName);
+        if (iSize == 0) return AddNothing(oName);
         if (iSize == 1) {
             const py::object oOnly =
                 py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(p, 0));
-            return AddNode(sName, oOnly, true);
+            return AddNode(oName, oOnly, true);
         }
         Push({Kind::Run, false, std::move(oObject), py::reinterpret_borrow<py::object>(pKey), 0,
               iSize});
     }
 
     // The numbers of a row, a node for each.
-    void AddRow(std::string_view sName, const Borrowed& oRow) {
-        if (oRow.Size() == 0) return AddNothing(sName);
+    void AddRow(Data_Name oName, const Borrowed& oRow) {
+        if (oRow.Size() == 0) return AddNothing(oName);
         for (Py_ssize_t i = 0; i < oRow.Size(); ++i) {
             const Data_Value oValue = oRow.Nth(i);
             if (oValue.GetType() == Data_Node::Empty)
                 Raise(PyExc_OverflowError, "a number below 32 bits");
-            m_pBuilder->Add(sName, oValue);
+            m_pBuilder->Add(oName, oValue);
         }
         if (oRow.Size() == 1) SetMark({true, Mark::None});
     }
 
     // For an empty list.
-    void AddNothing(std::string_view sName) {
-        if (m_bMarks) AddMarked(sName, {false, Mark::List});
+    void AddNothing(Data_Name oName) {
+        if (m_bMarks) AddMarked(oName, {false, Mark::List});
     }
-    void AddMarked(std::string_view sName, const Mark& oMark) {
-        m_pBuilder->AddEmpty(sName);
+    void AddMarked(Data_Name oName, const Mark& oMark) {
+        m_pBuilder->AddEmpty(oName);
         SetMark(oMark);
     }
     void SetMark(const Mark& oMark) {
@@ -220,32 +235,32 @@ class From_Python {
     }
 
     // One node, and what is below it to come.
-    void AddNode(std::string_view sName, py::object oObject, bool bItem) {
+    void AddNode(Data_Name oName, py::object oObject, bool bItem) {
         for (int iTries = 0; iTries < MOST_TRIES; ++iTries) {
             PyObject* const p = oObject.ptr();
             Borrowed oBytes;
             Data_Value oValue;
             if (!PyDict_CheckExact(p) && !PyList_CheckExact(p) && ToValue(p, oValue, oBytes)) {
-                return AddValue(sName, oValue, bItem);
+                return AddValue(oName, oValue, bItem);
             }
-            if (const py::object oDict = DictOf(p)) return AddDict(sName, oDict, bItem);
+            if (const py::object oDict = DictOf(p)) return AddDict(oName, oDict, bItem);
             if (IsSequence(p)) {
                 const Py_ssize_t iSize = PySequence_Fast_GET_SIZE(p);
-                if (iSize == 0) return AddMarked(sName, {bItem, Mark::List});
-                m_pBuilder->Open(sName);
+                if (iSize == 0) return AddMarked(oName, {bItem, Mark::List});
+                m_pBuilder->Open(oName);
                 SetMark({bItem, Mark::List});
                 return Push({Kind::List, true, std::move(oObject), {}, 0, iSize});
             }
             if (oBytes.IsTaken() && oBytes.IsRow()) {
-                if (oBytes.Size() == 0) return AddMarked(sName, {bItem, Mark::List});
-                m_pBuilder->Open(sName);
+                if (oBytes.Size() == 0) return AddMarked(oName, {bItem, Mark::List});
+                m_pBuilder->Open(oName);
                 SetMark({bItem, Mark::List});
-                AddRow({}, oBytes);
+                AddRow(Data_Name(""), oBytes);
                 return m_pBuilder->Close();
             }
             if (Py_TYPE(p) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink)) {
                 const py::object oPath = oObject.attr("path");
-                const u2_t uId = m_pBuilder->AddEmpty(sName);
+                const u2_t uId = m_pBuilder->AddEmpty(oName);
                 m_aoLink.push_back({uId, oPath.is_none() ? "" : oPath.cast<std::string>()});
                 return SetMark({bItem, Mark::None});
             }
@@ -255,50 +270,50 @@ class From_Python {
         RaiseUnknown(oObject.ptr());
     }
 
-    void AddValue(std::string_view sName, const Data_Value& oValue, bool bItem) {
+    void AddValue(Data_Name oName, const Data_Value& oValue, bool bItem) {
         // Texts of a tree end at a NUL.
         const bool bText = oValue.GetType() == Data_Node::String &&
                            oValue.Text().find('\0') != std::string_view::npos;
         if (bText) {
             if (!m_bMarks) Raise(PyExc_ValueError, "a text with a NUL: store it as bytes");
             const std::string_view s = oValue.Text();
-            m_pBuilder->Add(sName, Data_Value::Binary(s.data(), s.size()));
+            m_pBuilder->Add(oName, Data_Value::Binary(s.data(), s.size()));
         } else {
-            m_pBuilder->Add(sName, oValue);
+            m_pBuilder->Add(oName, oValue);
         }
         if (bItem || bText) SetMark({bItem, bText ? Mark::Text : Mark::None});
     }
 
-    void AddDict(std::string_view sName, const py::object& oDict, bool bItem) {
+    void AddDict(Data_Name oName, const py::object& oDict, bool bItem) {
         PyObject* const p = oDict.ptr();
         const Py_ssize_t iSize = PyDict_Size(p);
-        if (iSize == 0) return AddMarked(sName, {bItem, Mark::Object});
+        if (iSize == 0) return AddMarked(oName, {bItem, Mark::Object});
         PyObject* const pAttributes = PyDict_GetItemWithError(p, m_oAttributes.ptr());
         PyObject* const pValue = PyDict_GetItemWithError(p, m_oValue.ptr());
         if (PyErr_Occurred() != nullptr) throw py::error_already_set();
         if (pAttributes == nullptr && pValue == nullptr) [[likely]] {
-            m_pBuilder->Open(sName);
+            m_pBuilder->Open(oName);
             if (bItem) SetMark({true, Mark::None});
             return Push({Kind::Members, true, oDict, {}, 0, iSize});
         }
         CheckMembers(p, pAttributes, pValue);
         const bool bOpen = pValue == nullptr && iSize > 1;
         if (bOpen) {
-            m_pBuilder->Open(sName);
+            m_pBuilder->Open(oName);
         } else if (pValue != nullptr) {
             const py::object oOnly = py::reinterpret_borrow<py::object>(pValue);
             Borrowed oBytes;
             Data_Value oValue;
             const bool bLink = Py_TYPE(pValue) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink);
             if (bLink) {
-                AddNode(sName, oOnly, false);
+                AddNode(oName, oOnly, false);
             } else if (ToValue(pValue, oValue, oBytes)) {
-                AddValue(sName, oValue, false);
+                AddValue(oName, oValue, false);
             } else {
                 Raise(PyExc_ValueError, "\"#value\" is no value");
             }
         } else {
-            m_pBuilder->AddEmpty(sName);
+            m_pBuilder->AddEmpty(oName);
         }
         if (pAttributes != nullptr) {
             EachAttribute(pAttributes, [&](const char* s, const char* sValue) {
@@ -358,6 +373,7 @@ class From_Python {
     Data_Builder* m_pBuilder = nullptr;
     std::vector<Frame> m_aoFrame;
     std::vector<Pending> m_aoLink;
+    std::array<Known, 256> m_aoKnown;
     const py::str m_oAttributes{json::ATTRIBUTES.data()};
     const py::str m_oValue{json::VALUE.data()};
 };
