@@ -31,8 +31,12 @@ bool IsValue(const py::object& oObject) {
 
 // ---- marks ---------------------------------------------------------------------
 
-// What "#json" has said of a node, and of the only successor of a name, is not so any more when one
-// is added: attributes that say nothing true would be taken for attributes like any others.
+// ---- marks ----------------------------------------------------------------------
+//
+// What "#json" has said of a node is not so any more when it gets a value, or successors, or others
+// of its name beside it. A mark that says nothing true would be taken for an attribute like any
+// other.
+
 void Unmark(Data oNode, bool bItem, bool bKind) {
     const char* const sMark = oNode.GetAttVal(json::MARK);
     if (sMark == nullptr) return;
@@ -42,27 +46,29 @@ void Unmark(Data oNode, bool bItem, bool bKind) {
     const std::string sValue(oMark.Value());
     oNode.SetAttVal(json::MARK.data(), sValue.empty() ? nullptr : sValue.c_str());
 }
-void UnmarkFor(const Data& oParent, const std::string& sName) {
-    const bool bEmpty = oParent.GetType() != Data_Node::Tree;
-    if (bEmpty || !sName.empty()) Unmark(oParent, false, true);
-    if (oParent.GetSuccCount(sName) != 1) return;
-    const Data oOnly = oParent.GetNthSucc(sName, 0);
-    if (oOnly.GetType() != Data_Node::Zombi) Unmark(oOnly, true, false);
-}
-// The same for a node that a path has made, and for all between it and a node above.
-void UnmarkAbove(const Data& oMade, const Data& oTop) {
-    for (Data o = oMade; o != oTop && o.GetId() != 0; o.SetToPred()) {
-        const Data oParent = o.GetPred();
-        const char* const sName = o.GetName();
-        Unmark(oParent, false, true);
-        if (sName != nullptr && oParent.GetSuccCount(sName) > 1) {
-            const Data oFirst = oParent.GetNthSucc(sName, 0);
-            if (oFirst.GetType() != Data_Node::Zombi) Unmark(oFirst, true, false);
-        }
+// For a node that has come to where it is.
+void UnmarkAround(const Data& oNew) {
+    const Data oParent = oNew.GetPred();
+    if (!oParent.IsNode()) return;
+    const char* const s = oNew.GetName();
+    const std::string sName(s != nullptr ? s : "");
+    if (!sName.empty()) Unmark(oParent, false, true);  // a list may get another item
+    const u2_t uCount = oParent.GetSuccCount(sName);
+    if (uCount < 2) return;
+    Unmark(oNew, true, false);
+    // Where there are more they are not the only one since long.
+    for (u2_t u = 0; u < 2 && uCount == 2; ++u) {
+        const Data oNode = oParent.GetNthSucc(sName, u);
+        if (oNode.GetType() != Data_Node::Zombi) Unmark(oNode, true, false);
     }
 }
 
 }  // namespace
+
+void Assign(Data oNode, const py::object& oValue) {
+    SetValue(oNode, oValue.ptr());
+    Unmark(oNode, false, true);
+}
 
 Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue) {
     if (oValue.size() > 1) Raise(PyExc_TypeError, "create() takes a path and a value");
@@ -70,30 +76,18 @@ Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue)
         Raise(PyExc_TypeError, "a value is no container: see add()");
     oNode.GetTree()->bGaps = true;
     Data oMade = oNode.Change().CreateNode(Checked(sPath));
-    UnmarkAbove(oMade, oNode.Get());
-    if (oValue.size() != 0) SetValue(oMade, oValue[0].ptr());
+    for (Data o = oMade; o != oNode.Get() && o.GetId() != 0; o.SetToPred()) UnmarkAround(o);
+    if (oValue.size() != 0) Assign(oMade, oValue[0]);
     return oNode.At(oMade);
 }
 
 // ---- editing --------------------------------------------------------------------
 
-py::object Add(const Node& oNode, const std::string& sName, const py::object& oObject,
-               const py::object& oIndex, const py::object& oDefault, bool bMarks) {
-    (void)oNode.Change();
-    PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
-    const u2_t uPos = PositionOf(oIndex);
-    if (py::isinstance<Node>(oObject)) {
-        const Node& oOther = oObject.cast<const Node&>();
-        UnmarkFor(oNode.Change(), Checked(sName));
-        Data oCopy = oOther.Get().MkCopy(oNode.Change());
-        oCopy.Rename(sName, uPos);
-        return py::cast(oNode.At(oCopy));
-    }
-    // Made apart: that may run code of others, which then sees the tree as it was.
-    const Data oMade = MakeSuccs(Checked(sName), oObject.ptr(), pDefault, bMarks);
-    Data oParent = oNode.Change();
-    UnmarkFor(oParent, sName);
-    py::object oFirst = py::none();
+namespace {
+
+// Copies the successors of oMade, all of one name, and returns the first copy.
+py::object Insert(const Node& oNode, const Data& oMade, u2_t uPos) {
+    const Data oParent = oNode.Change();
     std::vector<Data> aoCopy;
     try {
         u2_t uAt = uPos;
@@ -105,32 +99,57 @@ py::object Add(const Node& oNode, const std::string& sName, const py::object& oO
         for (Data& o : aoCopy) o.Delete();
         throw;
     }
-    return aoCopy.empty() ? oFirst : py::cast(oNode.At(aoCopy.front()));
+    if (aoCopy.empty()) return py::none();
+    UnmarkAround(aoCopy.front());
+    return py::cast(oNode.At(aoCopy.front()));
+}
+
+}  // namespace
+
+py::object Add(const Node& oNode, const std::string& sName, const py::object& oObject,
+               const py::object& oIndex, const py::object& oDefault, bool bMarks) {
+    (void)oNode.Change();
+    PyObject* const pDefault = oDefault.is_none() ? nullptr : oDefault.ptr();
+    const u2_t uPos = PositionOf(oIndex);
+    if (py::isinstance<Node>(oObject)) {
+        const Node& oOther = oObject.cast<const Node&>();
+        Data oCopy = oOther.Get().MkCopy(oNode.Change());
+        oCopy.Rename(Checked(sName), uPos);
+        UnmarkAround(oCopy);
+        return py::cast(oNode.At(oCopy));
+    }
+    // Made apart: that may run code of others, which then sees the tree as it was.
+    return Insert(oNode, MakeSuccs(Checked(sName), oObject.ptr(), pDefault, bMarks), uPos);
 }
 
 void SetItem(const Node& oNode, const std::string& sName, const py::object& oObject) {
     const bool bValue = IsValue(oObject);
+    (void)oNode.Change();
+    const Data oMade = bValue ? Data() : MakeSuccs(Checked(sName), oObject.ptr(), nullptr, true);
     Data oParent = oNode.Change();
     const u2_t uCount = Count(oNode, Checked(sName));
     if (uCount > 1) Msg::NodeIsNotUnique();
     if (!bValue) {
-        (void)Add(oNode, sName, oObject, py::none(), py::none(), true);
         if (uCount == 1) Nth(oNode, sName, 0).Delete();
+        (void)Insert(oNode, oMade, Data::LAST);
         return;
     }
     if (uCount == 1) {
         Data oOnly = Nth(oNode, sName, 0);
-        if (oOnly.GetType() != Data_Node::Tree) return SetValue(oOnly, oObject.ptr());
+        if (oOnly.GetType() != Data_Node::Tree) {
+            Assign(oOnly, oObject);
+            return Unmark(oOnly, true, false);
+        }
     }
-    UnmarkFor(oParent, sName);
     Data oNew = oParent.Append(sName);
     try {
-        SetValue(oNew, oObject.ptr());
+        Assign(oNew, oObject);
     } catch (...) {
         oNew.Delete();
         throw;
     }
     if (uCount == 1) Nth(oNode, sName, 0).Delete();
+    UnmarkAround(oNew);
 }
 
 void DeleteItem(const Node& oNode, const std::string& sName) {
@@ -153,34 +172,30 @@ void Shrink(const Node& oNode) {
 Node MoveTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
     Data o = oNode.Change();
     Data oOld = o;
-    const char* const sName = o.GetName();
-    const Data oTo = oParent.Change();
-    const bool bOther = oNode.GetTree() != oParent.GetTree();
-    if (bOther || o.GetPred() != oTo) UnmarkFor(oTo, sName != nullptr ? sName : "");
-    o.MoveTo(oTo, PositionOf(oIndex));
-    if (bOther) oOld.Erase();  // it has kept its place
+    o.MoveTo(oParent.Change(), PositionOf(oIndex));
+    // In another tree it is a copy, and the place here was kept.
+    if (oNode.GetTree() != oParent.GetTree()) oOld.Erase();
+    UnmarkAround(o);
     return oParent.At(o);
 }
 
 Node CopyTo(const Node& oNode, const Node& oParent, const py::object& oIndex) {
-    const Data o = oNode.Get(), oTo = oParent.Change();
-    const char* const sName = o.GetName();
-    UnmarkFor(oTo, sName != nullptr ? sName : "");
-    return oParent.At(o.MkCopy(oTo, PositionOf(oIndex)));
+    const Data oCopy = oNode.Get().MkCopy(oParent.Change(), PositionOf(oIndex));
+    UnmarkAround(oCopy);
+    return oParent.At(oCopy);
 }
 
 void Clear(const Node& oNode) {
     Data o = oNode.Change();
     o.RemoveSuccs();
     o.ClearVal();
+    Unmark(o, false, true);
 }
 
 void Rename(const Node& oNode, const std::string& sName, const py::object& oIndex) {
     Data o = oNode.Change();
-    const u2_t uPos = PositionOf(oIndex);
-    const Data oParent = o.GetPred();
-    if (oParent.IsNode()) UnmarkFor(oParent, Checked(sName));
-    o.Rename(Checked(sName), uPos);
+    o.Rename(Checked(sName), PositionOf(oIndex));
+    UnmarkAround(o);
 }
 
 void SetAttribute(const Node& oNode, const std::string& sName, const py::object& oValue) {

@@ -261,10 +261,7 @@ Nodes are made by `load`, `loads`, `node` and by those that are there.
             "\"Binary\", \"Long\", \"Quad\", \"Link\" or \"Tree\".")
         .def_property(
             "value", &Value,
-            [](const Node& o, const py::object& oValue) {
-                Data oData = o.Change();
-                SetValue(oData, oValue.ptr());
-            },
+            [](const Node& o, const py::object& oValue) { Assign(o.Change(), oValue); },
             R"(The value; None for Empty and Tree. That of a Link is the node that it leads to, or None.
 
 Setting one that is no container replaces value and type; a Tree has to be cleared first.

@@ -27,6 +27,8 @@ const std::string& Checked(const std::string& s);
 //
 // What raises an error has changed nothing.
 
+// Gives a node a value: of a node that may be changed.
+void Assign(Data oNode, const py::object& oValue);
 [[nodiscard]] Node Create(const Node& oNode, const std::string& sPath, const py::args& oValue);
 // Appends what an object is and returns the first node of it; None for an empty list.
 py::object Add(const Node& oNode, const std::string& sName, const py::object& oObject,

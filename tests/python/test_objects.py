@@ -215,6 +215,22 @@ class Containers(unittest.TestCase):
         self.assertEqual(doc.to_dict(), {"order": [{"id": 1}, {"id": 2}]})
         doc["order"][1].delete()
         self.assertEqual(doc.to_dict(), {"order": {"id": 1}})
+        for change, want in [
+            (lambda d: d["a"][0].copy_to(d), {"a": [[1], [1]], "b": "x\0y", "c": {}, "d": [7]}),
+            (lambda d: setattr(d["b"], "value", b"z"), {"a": [[1]], "b": b"z", "c": {}, "d": [7]}),
+            (lambda d: d["d"].one().move_to(d["c"].one()), {"a": [[1]], "b": "x\0y", "c": {"d": [7]}}),
+            (lambda d: d["d"].one().rename("a"), {"a": [[1], 7], "b": "x\0y", "c": {}}),
+            (lambda d: d["a"].one().clear(), {"a": [None], "b": "x\0y", "c": {}, "d": [7]}),
+            (lambda d: d["a"].one().add("", 2), {"a": [[1, 2]], "b": "x\0y", "c": {}, "d": [7]}),
+        ]:
+            doc = vok.node({"a": [[1]], "b": "x\0y", "c": {}, "d": [7]})
+            change(doc)
+            self.assertEqual(doc.to_dict(), want)
+        for old in (5, [5], {"a": 1}, []):
+            for new in (6, [6], {"b": 2}, [], {}, [[]]):
+                doc = vok.node({"x": old})
+                doc["x"] = new
+                self.assertEqual(doc.to_dict(), {"x": new}, (old, new))
         empty = vok.node({})
         empty["x"] = {}
         empty["x"].create("y/z", 1)
