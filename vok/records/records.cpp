@@ -98,9 +98,8 @@ bool Records::Next() {
 }
 
 Data Records::Release() {
-    return Where("vok::Records::Release", [&] {
-        return m_pInner->Holds(m_oTree) ? m_oTree.MkClone() : std::move(m_oTree);
-    });
+    return Where("vok::Records::Release",
+                 [&] { return m_pInner->Holds(m_oTree) ? m_oTree.MkClone() : std::move(m_oTree); });
 }
 
 Str Records::GetPath() const {
