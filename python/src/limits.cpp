@@ -44,7 +44,7 @@ Limits Make(const py::kwargs& oFields) {
     return oLimits;
 }
 
-std::string Shown(const Limits& oLimits) {
+std::string ShownLimits(const Limits& oLimits) {
     const Limits oDefaults;
     std::string s;
     for (const auto& o : FIELDS) {
@@ -71,7 +71,7 @@ vok._types.LimitError: byte 7, line 1, column 8, at /: limit "nodes" of 2 exceed
 )");
     oClass.def(py::init(&Make))
         .def_static("trusted", &Limits::Trusted, "No bounds, for input of one's own.")
-        .def("__repr__", &Shown);
+        .def("__repr__", &ShownLimits);
     for (const auto& o : FIELDS) oClass.def_readwrite(o.sName, o.pField);
 }
 
