@@ -67,7 +67,7 @@ m_uNodes and so on in errors.
 
 >>> vok.loads(b'<a><b/><c/></a>', limits=vok.Limits(nodes=2))
 Traceback (most recent call last):
-vok._types.LimitError: byte 7, line 1, column 8, at /: limit "nodes" of 2 exceeded (raise Limits::m_uNodes)
+vok.LimitError: byte 7, line 1, column 8, at /: limit "nodes" of 2 exceeded (raise Limits::m_uNodes)
 )");
     oClass.def(py::init(&Make))
         .def_static("trusted", &Limits::Trusted, "No bounds, for input of one's own.")

@@ -155,3 +155,8 @@ def _unpickle(data):
 
 
 Node.__reduce__ = _node_reduce
+
+# Tracebacks and pickles know them by the names that programs use.
+for _name in __all__:
+    if isinstance(globals()[_name], type):
+        globals()[_name].__module__ = "vok"

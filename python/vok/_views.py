@@ -18,7 +18,7 @@ class Run(Sequence):
     7.25
     >>> doc["order"].value
     Traceback (most recent call last):
-    vok._types.Error: node is not unique
+    vok.Error: node is not unique
     """
 
     __slots__ = ("_node", "_name")
