@@ -53,11 +53,11 @@ py::object DictOf(PyObject* p) {
     return py::object(std::move(oCopy));
 }
 
-PyObject* ItemOf(PyObject* pDict, const char* sKey) {
-    const py::str oKey(sKey);
+// Held: comparing keys may run code that takes it out of the dict. Empty where there is none.
+py::object ItemOf(PyObject* pDict, const py::str& oKey) {
     PyObject* const p = PyDict_GetItemWithError(pDict, oKey.ptr());
     if (p == nullptr && PyErr_Occurred() != nullptr) throw py::error_already_set();
-    return p;
+    return py::reinterpret_borrow<py::object>(p);
 }
 
 class From_Python {
@@ -112,8 +112,10 @@ class From_Python {
                 if (PyDict_Size(oDict.ptr()) == 0) {
                     return MarkRoot(Mark::Object);
                 }
-                PyObject* const pAttributes = ItemOf(oDict.ptr(), json::ATTRIBUTES.data());
-                PyObject* const pValue = ItemOf(oDict.ptr(), json::VALUE.data());
+                const py::object oAttributes = ItemOf(oDict.ptr(), m_oAttributes);
+                const py::object oValue = ItemOf(oDict.ptr(), m_oValue);
+                PyObject* const pAttributes = oAttributes.ptr();
+                PyObject* const pValue = oValue.ptr();
                 CheckMembers(oDict.ptr(), pAttributes, pValue);
                 if (pAttributes != nullptr) {
                     EachAttribute(pAttributes, [&](const char* sName, const char* sValue) {
@@ -288,9 +290,10 @@ class From_Python {
         PyObject* const p = oDict.ptr();
         const Py_ssize_t iSize = PyDict_Size(p);
         if (iSize == 0) return AddMarked(oName, {bItem, Mark::Object});
-        PyObject* const pAttributes = PyDict_GetItemWithError(p, m_oAttributes.ptr());
-        PyObject* const pValue = PyDict_GetItemWithError(p, m_oValue.ptr());
-        if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+        const py::object oAttributes = ItemOf(p, m_oAttributes);
+        const py::object oOnly = ItemOf(p, m_oValue);
+        PyObject* const pAttributes = oAttributes.ptr();
+        PyObject* const pValue = oOnly.ptr();
         if (pAttributes == nullptr && pValue == nullptr) [[likely]] {
             m_pBuilder->Open(oName);
             if (bItem) SetMark({true, Mark::None});
@@ -301,7 +304,6 @@ class From_Python {
         if (bOpen) {
             m_pBuilder->Open(oName);
         } else if (pValue != nullptr) {
-            const py::object oOnly = py::reinterpret_borrow<py::object>(pValue);
             Borrowed oBytes;
             Data_Value oValue;
             const bool bLink = Py_TYPE(pValue) == reinterpret_cast<PyTypeObject*>(g_oClasses.pLink);

@@ -149,6 +149,22 @@ class Values(unittest.TestCase):
         items = [object(), 1, 2, 3, 4]
         self.assertEqual(vok.node({"x": items}, default=lambda _: items.clear() or 5).to_dict(), {"x": 5})
 
+    def test_keys_that_run_code(self):
+        class Key(str):
+            def __hash__(self):
+                return hash("#attributes")
+
+            def __eq__(self, other):
+                if armed:
+                    victim.clear()
+                return False
+
+        armed, victim = [], {}
+        victim.update({Key("k"): 1, "#attributes": {"a": "b" * 100}, "x": 2})
+        armed.append(True)
+        with self.assertRaises((RuntimeError, ValueError)):
+            vok.node({"v": victim})
+
     def test_default(self):
         self.assertEqual(
             vok.node({"x": {3}, "y": 1j}, default=lambda o: list(o) if type(o) is set else str(o)).to_dict(),
