@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <boost/archive/binary_iarchive.hpp>
 #include <boost/archive/binary_oarchive.hpp>
 #include <boost/serialization/string.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <cereal/archives/binary.hpp>
 #include <cereal/archives/json.hpp>
 #include <cereal/types/string.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shape of a benchmark: every contender does the same things with the same trees, and what is
 // timed is what a user pays: the first write of a tree with all that it puts in order, the walk
 // with its names. A column that uses something again says so.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/data_sets.h"
 
 #include <map>

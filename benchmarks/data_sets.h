@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trees that every contender builds, as one neutral list of nodes.
 #ifndef BENCHMARKS_DATA_SETS_H
 #define BENCHMARKS_DATA_SETS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The native dump against memcpy of the same bytes: to memory that is there, as a dump that
 // replaces another has it, and to memory that is new each time, as loading has it.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way of a host: an object that writes itself node by node.
 #include <span>
 

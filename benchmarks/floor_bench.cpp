@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor: what any implementation of the same document has to do at the least.
 #include <cstring>
 #include <memory>

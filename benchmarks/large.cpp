@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/large.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A tree of many nodes, once: run by hand.
 #ifndef BENCHMARKS_LARGE_H
 #define BENCHMARKS_LARGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All benchmarks, contender by contender within a data set, so that ratios come from one run.
 //
 //     vok_benchmarks [--set=NAME] [--table | --columns] [flags of Google Benchmark]

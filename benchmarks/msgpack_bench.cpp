@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // MessagePack: trees are msgpack::object in a zone.
 #include <msgpack.hpp>
 

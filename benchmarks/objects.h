@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects of a program to bytes and back: what a type's declaration is all that is written by hand
 // for.
 #ifndef BENCHMARKS_OBJECTS_H

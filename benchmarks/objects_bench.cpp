@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/objects.h"
 
 #include <rapidjson/document.h>

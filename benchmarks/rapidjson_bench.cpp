@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // RapidJSON: trees are rapidjson::Value in a pool.
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>

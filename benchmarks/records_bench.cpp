@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents record by record: ours beside the readers that others have for what is larger than
 // memory, over the same data. Each looks at every name and every value.
 #include <expat.h>

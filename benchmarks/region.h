@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The part of a benchmark that counts.
 #ifndef BENCHMARKS_REGION_H
 #define BENCHMARKS_REGION_H

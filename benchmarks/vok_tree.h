@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds a data set as a tree of this library.
 #ifndef BENCHMARKS_VOK_TREE_H
 #define BENCHMARKS_VOK_TREE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML: the same document loaded, and the tree that came out of it saved.
 #include <libxml/parser.h>
 #include <libxml/tree.h>

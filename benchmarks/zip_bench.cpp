@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The compressed streams against zlib itself on the same bytes, and directories of many members.
 // A program of its own; takes the flags of Google Benchmark.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross-builds for 64-bit Windows with mingw-w64 (posix threads), on Debian. Programs and libraries
 # need no file but those of Windows itself: the runtime of g++ and zlib are linked in.
 set(CMAKE_SYSTEM_NAME Windows)

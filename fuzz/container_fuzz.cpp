@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Untrusted files of trees in every wrapping: what can be read is the same in all of them.
 #include "fuzz/fuzz_support.h"
 #include "vok/dgraph/container.h"

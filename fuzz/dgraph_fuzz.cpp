@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Untrusted documents: memory and a foreign stream must give the same tree or the same error,
 // and a tree that was read must bear everything one does with it.
 #include "fuzz/fuzz_support.h"

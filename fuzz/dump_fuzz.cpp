@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arbitrary bytes as a native dump: what is accepted must stand everything that can be done
 // with a tree.
 #include "fuzz/fuzz_support.h"

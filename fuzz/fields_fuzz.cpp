@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Untrusted documents into objects with fields of every kind: straight from the records and through
 // a tree must give the same object or the same error.
 #include "fuzz/fuzz_support.h"

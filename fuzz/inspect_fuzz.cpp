@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes, whole and damaged: the fields of each document cover each of its bytes once, memory
 // and a foreign stream give the same fields, and a document that loads whole has no fault and as
 // many steps as nodes. What is salvaged loads.

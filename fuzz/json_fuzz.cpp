@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes as JSON: from memory and from a foreign stream the same tree or the same error, and
 // what was loaded, in part or whole, comes back as an equal tree and the same bytes.
 #include "fuzz/fuzz_support.h"

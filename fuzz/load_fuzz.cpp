@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes of any form, with the limits that everybody has: whatever they are taken for, the outcome
 // is a tree that can be saved or an error, and it costs no more than such bytes may. Read record by
 // record they give the same.

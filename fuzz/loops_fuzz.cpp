@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fast loops of the readers against the careful ones. The bytes drive a writer of documents
 // that are almost well formed; each is written in two ways, of which the fast loop takes one only.
 #include "fuzz/fuzz_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Path texts: parsing, evaluation on a fixed tree, nodes made along them, and the law that
 // decoding undoes encoding.
 #include "fuzz/fuzz_support.h"

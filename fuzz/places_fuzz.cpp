@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The same bytes in memory, in a file and in a stream that knows nothing of itself: whatever they
 // are taken for, the tree, the error, its place and what is left of the bytes do not depend on it.
 #include <filesystem>

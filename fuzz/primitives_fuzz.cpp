@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary primitives on arbitrary streams: the first byte chooses one, the rest is the
 // stream. Nothing but a Msg_Exception may come out, no length may cost more memory than
 // the input has bytes, and what was read must survive being written again.

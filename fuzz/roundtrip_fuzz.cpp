@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes drive a builder of trees. A tree that was written and read once is written as the
 // same bytes ever after, through memory and through a foreign stream. JSON brings back an equal
 // one.

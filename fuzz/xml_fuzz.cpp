@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML from outside: memory and a foreign stream give the same tree or the same error at the
 // same place; a tree that came out of it survives XML and DGraph.
 #include "fuzz/fuzz_support.h"

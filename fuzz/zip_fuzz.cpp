@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Untrusted archives and compressed streams: in memory and in a file they must be the same, an
 // archive that can be read can be appended to without touching what it holds, and what was
 // compressed comes back.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds the package with CMake: pip wheel --no-build-isolation --no-deps python/"""
 
 import os
@@ -20,7 +21,7 @@ class Build(build_ext):
         folder = Path(self.build_temp).resolve() / "cmake"
         options = [
             "-DCMAKE_BUILD_TYPE=Release",
-            f"-DPython3_EXECUTABLE={sys.executable}",
+            f"-DVOK_PYTHON_EXECUTABLE={sys.executable}",
             "-DVOK_PYTHON=ON",
             "-DVOK_TESTS=OFF",
             "-DVOK_PROGRAM=OFF",

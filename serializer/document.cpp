@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/document.h"
 
 #include <string_view>

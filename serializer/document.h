@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way between a root node and its stored forms, which all hosts share. Internal.
 #ifndef SERIALIZER_DOCUMENT_H
 #define SERIALIZER_DOCUMENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one exception that leaves the facade.
 #ifndef SERIALIZER_EXCEPTION_H
 #define SERIALIZER_EXCEPTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects in one declaration: a type says once which fields it has, and is written and read.
 //
 //     struct Leg { int ratio = 1; double strike = 0; VOK_FIELDS(Leg, ratio, strike) };

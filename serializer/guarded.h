@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How failures leave the facade. Internal.
 #ifndef SERIALIZER_GUARDED_H
 #define SERIALIZER_GUARDED_H

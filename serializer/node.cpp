@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/node.h"
 
 #include "serializer/document.h"

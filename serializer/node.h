@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One node of the tree that an object is written to or read from.
 #ifndef SERIALIZER_NODE_H
 #define SERIALIZER_NODE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/serializer.h"
 
 #include "serializer/document.h"

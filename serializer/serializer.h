@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library in two calls: write an object to a buffer or a file, read it back.
 //
 //     struct Point : Velmar::Q7R::Serializer::ISerialisable {

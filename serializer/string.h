@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts at the border between a host and the library: nullable UTF-16.
 #ifndef SERIALIZER_STRING_H
 #define SERIALIZER_STRING_H

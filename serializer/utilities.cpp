@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/utilities.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversion of texts between hosts and the library. Internal.
 #ifndef SERIALIZER_UTILITIES_H
 #define SERIALIZER_UTILITIES_H

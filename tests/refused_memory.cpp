@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Containers take their memory from here: what a probe refuses to the library fails for them as
 // well.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of all folders share.
 #ifndef TESTS_SUPPORT_H
 #define TESTS_SUPPORT_H

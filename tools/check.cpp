@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok check: whether files can be loaded, and where they cannot.
 #include <algorithm>
 #include <atomic>
@@ -8,37 +9,47 @@
 #include <thread>
 #include <vector>
 
+#include <rapidjson/writer.h>
+
 #include "tools/commands.h"
 #include "tools/document.h"
 #include "tools/input.h"
+#include "tools/json_nodes.h"
 #include "tools/loss.h"
 #include "tools/output.h"
+#include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
+#include "vok/base/utf8.h"
 
 namespace tools {
 
 namespace {
 
-// What is said of a file.
+// What there is to say of a file.
 struct Verdict {
     int iExit = EXIT_GOOD;
-    std::string sOut;
-    std::string sErr;
+    std::string sForm;
+    std::uint64_t uNodes = 0;
+    std::vector<std::string> asLost;
+    // Of a faulty one: a line for people, the reason alone, and its place as far as it is known.
+    std::string sFault;
+    std::string sReason;
+    vok::Load_Report oPlace;
     bool bDone = false;
 };
 
 Verdict VerdictOf(const std::string& sFile, const std::string& sForm, std::uint64_t uNodes,
                   const vok::Load_Report& oReport, const std::string& sBehind) {
     Verdict o;
-    if (const std::string sFault = FaultOf(oReport, sBehind); !sFault.empty()) {
+    o.sForm = sForm;
+    o.uNodes = uNodes;
+    o.sReason = FaultOf(oReport, sBehind);
+    if (!o.sReason.empty()) {
         o.iExit = EXIT_NEGATIVE;
-        o.sOut = Visible(sFile) + ": " + sFault + '\n';
-        return o;
-    }
-    o.sOut = Visible(sFile) + ": good (" + sForm + ", " + std::to_string(uNodes) + " nodes)\n";
-    for (const std::string& sLost : LostByReading(oReport)) {
-        o.sErr += "vok: " + Visible(sFile) + ": not kept: " + sLost + '\n';
+        o.sFault = sFile + ": " + o.sReason;
+    } else {
+        o.asLost = LostByReading(oReport);
     }
     return o;
 }
@@ -63,18 +74,64 @@ Verdict CheckOne(const std::string& sFile) {
             });
     } catch (const InputError& oError) {
         oVerdict.iExit = oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE;
-        oVerdict.sOut = Visible(oError.what()) + '\n';
+        oVerdict.sFault = oError.what();
+        oVerdict.sReason = oError.m_sReason.empty() ? oError.what() : oError.m_sReason;
+        oVerdict.oPlace = oError.m_oPlace;
     }
     return oVerdict;
 }
 
-void Tell(const Verdict& o) {
-    Print(o.sOut);
-    std::fputs(o.sErr.c_str(), stderr);
+void TellLine(const std::string& sFile, const Verdict& o) {
+    if (!o.sFault.empty()) {
+        Print(Visible(o.sFault) + '\n');
+        return;
+    }
+    Print(Visible(sFile) + ": good (" + o.sForm + ", " + std::to_string(o.uNodes) + " nodes)\n");
+    for (const std::string& sLost : o.asLost) {
+        std::fprintf(stderr, "vok: %s: not kept: %s\n", Visible(sFile).c_str(), sLost.c_str());
+    }
 }
 
+void TellJson(const std::string& sFile, const Verdict& o) {
+    JsonPrinter oStream;
+    rapidjson::Writer<JsonPrinter> oOut(oStream);
+    const auto oNumber = [&](const char* sKey, std::uint64_t u) {
+        if (u == 0) return;
+        oOut.Key(sKey);
+        oOut.Uint64(u);
+    };
+    const auto oText = [&](const char* sKey, std::string_view s) {
+        if (s.empty()) return;
+        const vok::Utf8_Text oValid(s);
+        oOut.Key(sKey);
+        WriteText(oOut, {oValid.Data(), oValid.Len()});
+    };
+    oOut.StartObject();
+    oText("file", sFile);
+    oOut.Key("good");
+    oOut.Bool(o.sFault.empty());
+    oText("form", o.sForm);
+    oNumber("nodes", o.uNodes);
+    oText("fault", o.sReason);
+    oNumber("offset", o.oPlace.m_uOffset);
+    oNumber("line", o.oPlace.m_uLine);
+    oNumber("column", o.oPlace.m_uColumn);
+    oText("path", o.oPlace.m_oPath.IsEmpty() ? "" : ShownPlace(o.oPlace.m_oPath.View()));
+    if (!o.asLost.empty()) {
+        oOut.Key("not kept");
+        oOut.StartArray();
+        for (const std::string& sLost : o.asLost) WriteText(oOut, sLost);
+        oOut.EndArray();
+    }
+    oOut.EndObject();
+    oStream.Put('\n');
+    oStream.Flush();
+}
+
+using Teller = void (*)(const std::string&, const Verdict&);
+
 // Several files at a time, told in their order.
-int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads) {
+int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads, Teller pTell) {
     std::vector<Verdict> aoVerdict(asFile.size());
     std::exception_ptr pError;
     std::atomic<std::size_t> uNext{0};
@@ -110,7 +167,7 @@ int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads) {
         }
         const Verdict o = std::move(aoVerdict[u]);
         oLock.unlock();
-        Tell(o);
+        pTell(asFile[u], o);
         iExit = std::max(iExit, o.iExit);
     }
     return iExit;
@@ -118,16 +175,17 @@ int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads) {
 
 }  // namespace
 
-int Check(const std::vector<std::string>& asFile, unsigned uAtOnce) {
-    const auto uThreads = static_cast<unsigned>(std::min<std::size_t>(uAtOnce, asFile.size()));
+int Check(const CheckOptions& o) {
+    const Teller pTell = o.bJson ? TellJson : TellLine;
+    const auto uThreads = static_cast<unsigned>(std::min<std::size_t>(o.uAtOnce, o.asFile.size()));
     // Standard input is read once: which of two of them has it is told by their order.
-    const bool bOnce = std::count(asFile.begin(), asFile.end(), "-") < 2;
-    if (uThreads > 1 && bOnce) return CheckAtOnce(asFile, uThreads);
+    const bool bOnce = std::count(o.asFile.begin(), o.asFile.end(), "-") < 2;
+    if (uThreads > 1 && bOnce) return CheckAtOnce(o.asFile, uThreads, pTell);
     int iExit = EXIT_GOOD;
-    for (const std::string& sFile : asFile) {
-        const Verdict o = CheckOne(sFile);
-        Tell(o);
-        iExit = std::max(iExit, o.iExit);
+    for (const std::string& sFile : o.asFile) {
+        const Verdict oVerdict = CheckOne(sFile);
+        pTell(sFile, oVerdict);
+        iExit = std::max(iExit, oVerdict.iExit);
     }
     return iExit;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands of the program. Each returns the exit status and may throw what the library
 // throws; main() turns that into a message.
 #ifndef TOOLS_COMMANDS_H
@@ -9,7 +10,7 @@
 #include <vector>
 
 #include "tools/edit.h"
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 namespace tools {
 
@@ -40,6 +41,7 @@ struct ShowOptions {
     bool bPlain = false;
     bool bJson = false;
     bool bHtml = false;
+    bool bBytes = false;     // in the page
     std::string sOut = "-";  // of a page
 };
 int Show(const ShowOptions& o);
@@ -57,9 +59,14 @@ struct GetOptions {
 };
 int Get(const GetOptions& o);
 
-int Info(const std::string& sFile);
-// uAtOnce: how many at a time.
-int Check(const std::vector<std::string>& asFile, unsigned uAtOnce);
+int Info(const std::string& sFile, bool bJson);
+
+struct CheckOptions {
+    std::vector<std::string> asFile;
+    unsigned uAtOnce = 1;  // how many at a time
+    bool bJson = false;
+};
+int Check(const CheckOptions& o);
 
 struct DiffOptions {
     std::string sA;
@@ -67,9 +74,10 @@ struct DiffOptions {
     bool bQuiet = false;
     bool bByPosition = false;
     bool bJson = false;
+    bool bHtml = false;
     vok::Data_DiffOptions oCompare;
-    std::string sPatch;  // where the patch goes; empty: differences are listed
-    std::string sTo;     // its form; empty: by extension
+    std::string sOut;  // where the patch or the page goes; empty: differences are listed
+    std::string sTo;   // its form; empty: by extension
 };
 int Diff(const DiffOptions& o);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/compare_commands.h"
 
 #include <memory>
@@ -5,6 +6,7 @@
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/pager.h"
 
 namespace tools {
 
@@ -44,11 +46,15 @@ void AddDiff(CLI::App& oApp, int& iExit) {
     auto* pJson = p->add_flag("--json", o->bJson,
                               "A JSON object a line: what, path in A (a) and B (b), old, new")
                       ->excludes(pQuiet);
-    auto* pOut = p->add_option("-o,--patch", o->sPatch,
-                               "Write what makes B of A to this file, for vok patch")
+    p->add_flag("--html", o->bHtml,
+                "A page for a browser, which needs nothing else: both sides beside each other")
+        ->excludes(pQuiet)
+        ->excludes(pJson);
+    auto* pOut = p->add_option("-o,--patch", o->sOut,
+                               "Write what makes B of A to this file, for vok patch; with --html "
+                               "the page, else it goes to standard output")
                      ->excludes(pQuiet)
-                     ->excludes(pJson)
-                     ->excludes("--by-position");
+                     ->excludes(pJson);
     p->add_option("--to", o->sTo, FORMS)
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "json"}))
         ->needs(pOut);
@@ -57,9 +63,13 @@ void AddDiff(CLI::App& oApp, int& iExit) {
         "difference.\n"
         "  vok diff old.xml new.dgraph --key @id --ignore //order/@time\n"
         "  vok diff old.xml new.xml --delta 1e-9 --json\n"
+        "  vok diff old.xml new.xml --html -o differences.html\n"
         "  vok diff old.xml new.xml -o changes.xml; vok patch old.xml changes.xml -o new2.xml\n"
         "Exit status 0 when they are the same, 1 when they differ.");
-    p->callback([o, &iExit] { iExit = Diff(*o); });
+    p->callback([o, &iExit] {
+        AllowPager();
+        iExit = Diff(*o);
+    });
 }
 
 void AddPatch(CLI::App& oApp, int& iExit) {

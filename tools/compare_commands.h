@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the commands that compare trees are called.
 #ifndef TOOLS_COMPARE_COMMANDS_H
 #define TOOLS_COMPARE_COMMANDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/complete.h"
 
 #include <algorithm>

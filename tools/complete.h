@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a word of the command line may become, for shells that complete it.
 #ifndef TOOLS_COMPLETE_H
 #define TOOLS_COMPLETE_H

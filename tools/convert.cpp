@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok convert: from one form to another.
 #include <array>
 #include <charconv>

@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: MIT
 // vok diff: where two trees differ.
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <stdexcept>
 #include <string>
 
 #include <rapidjson/writer.h>
@@ -11,6 +14,7 @@
 #include "tools/input.h"
 #include "tools/json_nodes.h"
 #include "tools/output.h"
+#include "tools/page.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
@@ -59,11 +63,13 @@ class Lines {
     const Palette m_oPalette{WantsColour()};
 };
 
-// Differences for programs: an object a line.
-class Objects {
+// A difference as an object of JSON, to a writer over any stream.
+template <class Writer>
+class ObjectOf {
   public:
+    explicit ObjectOf(Writer& oOut) noexcept : m_oOut(oOut) {}
+
     void Add(const Data_Difference& o) {
-        m_oOut.Reset(m_oStream);
         m_oOut.StartObject();
         AddText("what", Data_Difference::WhatName(o.m_eWhat));
         AddPath("a", o.m_oA.IsNode() ? o.m_sPath : nullptr);
@@ -74,9 +80,7 @@ class Objects {
             AddSide("new", o, o.m_oB);
         }
         m_oOut.EndObject();
-        m_oStream.Put('\n');
     }
-    void Finish() { m_oStream.Flush(); }
 
   private:
     void AddPath(const char* sKey, const char* sPath) {
@@ -107,33 +111,81 @@ class Objects {
         }
     }
 
+    Writer& m_oOut;
+};
+
+// Differences for programs: an object a line.
+class Objects {
+  public:
+    void Add(const Data_Difference& o) {
+        m_oOut.Reset(m_oStream);
+        m_oObject.Add(o);
+        m_oStream.Put('\n');
+    }
+    void Finish() { m_oStream.Flush(); }
+
+  private:
     JsonPrinter m_oStream;
     rapidjson::Writer<JsonPrinter> m_oOut{m_oStream};
+    ObjectOf<rapidjson::Writer<JsonPrinter>> m_oObject{m_oOut};
 };
+
+// Calls oAdd for every difference; returns how many there are. Paths of a deep tree are long: all
+// of them together might be its square. oMore is called where there are more of them than that.
+vok::u3_t ForEach(const DiffOptions& o, const Input& oA, const Input& oB,
+                  const std::function<void(const Data_Difference&)>& oAdd,
+                  const std::function<void()>& oMore) {
+    const vok::u3_t uMost = (vok::u3_t{64} << 20) + 200 * (oA.uBytes + oB.uBytes);
+    vok::u3_t uPaths = 0;
+    const auto oVisit = [&](const Data_Difference& oFound) {
+        uPaths += std::strlen(oFound.m_sPath);
+        if (uPaths > uMost) {
+            std::fputs("vok: there are more differences: too deep to list them all\n", stderr);
+            oMore();
+            return false;
+        }
+        oAdd(oFound);
+        return true;
+    };
+    return o.bByPosition ? Data::Diff(oA.oTree, oB.oTree, oVisit)
+                         : Data::Diff(oA.oTree, oB.oTree, o.oCompare, oVisit);
+}
 
 template <class Output>
 int List(const DiffOptions& o, const Input& oA, const Input& oB) {
     Output oOutput;
-    // Paths of a deep tree are long: all of them together might be its square.
-    const vok::u3_t uMost = (vok::u3_t{64} << 20) + 200 * (oA.uBytes + oB.uBytes);
-    vok::u3_t uPaths = 0;
-    const auto oAdd = [&](const Data_Difference& oFound) {
-        uPaths += std::strlen(oFound.m_sPath);
-        if (uPaths > uMost) {
-            std::fputs("vok: there are more differences: too deep to list them all\n", stderr);
-            return false;
-        }
-        oOutput.Add(oFound);
-        return true;
-    };
-    const vok::u3_t uFound = o.bByPosition ? Data::Diff(oA.oTree, oB.oTree, oAdd)
-                                           : Data::Diff(oA.oTree, oB.oTree, o.oCompare, oAdd);
+    const vok::u3_t uFound = ForEach(
+        o, oA, oB, [&](const Data_Difference& oFound) { oOutput.Add(oFound); }, [] {});
     oOutput.Finish();
     return uFound == 0 ? EXIT_GOOD : EXIT_NEGATIVE;
 }
 
+int WritePageOf(const DiffOptions& o, const Input& oA, const Input& oB) {
+    vok::u3_t uFound = 0;
+    WritePage(DIFF_PAGE, o.sOut.empty() ? "-" : o.sOut, [&](ScriptSink& oStream) {
+        rapidjson::Writer<ScriptSink> oOut(oStream);
+        ObjectOf<rapidjson::Writer<ScriptSink>> oObject(oOut);
+        bool bMore = false;
+        oOut.StartObject();
+        oOut.Key("a");
+        WriteText(oOut, o.sA);
+        oOut.Key("b");
+        WriteText(oOut, o.sB);
+        oOut.Key("differences");
+        oOut.StartArray();
+        uFound = ForEach(
+            o, oA, oB, [&](const Data_Difference& oFound) { oObject.Add(oFound); },
+            [&] { bMore = true; });
+        oOut.EndArray();
+        oOut.Key("more");
+        oOut.Bool(bMore);
+        oOut.EndObject();
+    });
+    return uFound == 0 ? EXIT_GOOD : EXIT_NEGATIVE;
+}
+
 // What is wrong with them is said whether they are needed or not.
-void CheckOptions(const vok::Data_DiffOptions& o) {
+void RequireGood(const vok::Data_DiffOptions& o) {
     Data oNone;
     oNone.SetToRoot();
     Data::Diff(oNone, oNone, o, [](const Data_Difference&) { return false; });
@@ -141,17 +193,21 @@ void CheckOptions(const vok::Data_DiffOptions& o) {
 
 int WritePatch(const DiffOptions& o, const Input& oA, const Input& oB) {
     const Data oPatch = Data::MakePatch(oA.oTree, oB.oTree, o.oCompare);
-    SaveTree(oPatch, o.sPatch, FormOf(o.sPatch, o.sTo), o.sPatch);
+    SaveTree(oPatch, o.sOut, FormOf(o.sOut, o.sTo), o.sOut);
     return oPatch.GetNodes() == 1 ? EXIT_GOOD : EXIT_NEGATIVE;
 }
 
 }  // namespace
 
 int Diff(const DiffOptions& o) {
-    CheckOptions(o.oCompare);
+    RequireGood(o.oCompare);
+    if (o.bByPosition && !o.bHtml && !o.sOut.empty()) {
+        throw std::invalid_argument("--by-position excludes --patch");
+    }
     const Input oA = Load(o.sA);
     const Input oB = Load(o.sB);
-    if (!o.sPatch.empty()) return WritePatch(o, oA, oB);
+    if (o.bHtml) return WritePageOf(o, oA, oB);
+    if (!o.sOut.empty()) return WritePatch(o, oA, oB);
     // To be the same takes less than to know what differs.
     if (Data::Equal(oA.oTree, oB.oTree)) return EXIT_GOOD;
     if (o.bQuiet) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/document.h"
 
 #include <algorithm>
@@ -195,9 +196,9 @@ class Document::Impl {
         const std::string_view sStart(m_sStart, m_uStart);
         const bool bDGraph = vok::Dgraph_CanLoadDGraph(*m_oBytes);
         if (vok::Data::CanLoad(*m_oBytes)) throw NeedsTree();
-        // A document that holds a dump.
+        // A document that holds a dump, or of a version that loading refuses at its place.
         constexpr std::size_t MAJOR = 9;
-        if (bDGraph && sStart.size() > MAJOR && sStart[MAJOR] == 2) throw NeedsTree();
+        if (bDGraph && sStart.size() > MAJOR && sStart[MAJOR] != 1) throw NeedsTree();
         if (!bDGraph && vok::Json_CanLoad(sStart)) throw NeedsTree();
         m_bXml = !bDGraph;
         if (!sFormat.empty() && sFormat != (m_bXml ? "xml" : "dgraph")) throw NeedsTree();

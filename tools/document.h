@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents read record by record.
 #ifndef TOOLS_DOCUMENT_H
 #define TOOLS_DOCUMENT_H

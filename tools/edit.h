@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of a tree, as the command line has them.
 #ifndef TOOLS_EDIT_H
 #define TOOLS_EDIT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/edit_commands.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands that change documents, as the command line has them.
 #ifndef TOOLS_EDIT_COMMANDS_H
 #define TOOLS_EDIT_COMMANDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok set, add, delete, move, rename, edit: documents changed.
 #include <stdexcept>
 

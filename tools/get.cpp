@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok get: what is at a path.
 #include <cstdio>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok hash: what tells trees apart, whatever form they are in.
 #include <algorithm>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/input.h"
 
 #include <algorithm>
@@ -155,7 +156,11 @@ void CheckMayBeXml(std::string_view sStart) {
 
 InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
                    const std::exception& oError) {
-    return {sPath + ": " + PlaceText(oReport) + InOptions(Line(oError.what())), IsNoMemory(oError)};
+    const std::string sReason = InOptions(Line(oError.what()));
+    InputError oFault(sPath + ": " + PlaceText(oReport) + sReason, IsNoMemory(oError));
+    oFault.m_sReason = sReason;
+    oFault.m_oPlace = oReport;
+    return oFault;
 }
 
 // There is no other mark of it: the text is the library's own, in English.
@@ -183,7 +188,7 @@ vok::Data_NodeSet Input::Find(const std::string& sPath) const {
     return oFound;
 }
 
-Input Load(const std::string& sPath, const std::string& sFormat) {
+Input Load(const std::string& sPath, const std::string& sFormat, bool bKeepBytes) {
     Input o;
     Arr<char> oStored;
     try {
@@ -204,9 +209,10 @@ Input Load(const std::string& sPath, const std::string& sFormat) {
         Arr<char> oPlain;
         Unwrap(oStored, oPlain, o.sWrapping, oLimits);
         if (!o.sWrapping.empty()) oLimits.m_uInputBytes = oStored.Size();
-        const Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
+        Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
         AllowPrinting(oBytes.Size());
         Parse(o, oBytes, sFormat, oLimits);
+        if (bKeepBytes) o.oBytes.Swap(oBytes);
     } catch (const std::exception& oError) {
         throw FaultIn(sPath, o.oReport, oError);
     }

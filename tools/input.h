@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees from files of any form.
 #ifndef TOOLS_INPUT_H
 #define TOOLS_INPUT_H
@@ -19,6 +20,7 @@ struct Input {
     vok::u3_t uBytes = 0;   // as stored
     vok::Load_Report oReport;
     std::string sBehind;  // why what stands behind the document does not belong to it; mostly empty
+    vok::Arr<char> oBytes;  // of the document, without its wrapping; where they were to be kept
 
     // The nodes at a path. Where there are none, standard error says so.
     [[nodiscard]] vok::Data_NodeSet Find(const std::string& sPath) const;
@@ -31,6 +33,9 @@ struct InputError : std::runtime_error {
         : std::runtime_error(sWhat), m_bTrouble(bTrouble) {}
     // Whether it is not the file's fault: it could not be read, or there was not enough memory.
     bool m_bTrouble;
+    // What the text is made of, where a document has been begun.
+    std::string m_sReason;
+    vok::Load_Report m_oPlace;
 };
 
 // That of what reading a document has raised, at the place where it did.
@@ -53,7 +58,7 @@ void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std:
 
 // Loads a tree, "-" meaning standard input. sFormat, unless it is empty, is what the content
 // must be. Raises InputError.
-Input Load(const std::string& sPath, const std::string& sFormat = {});
+Input Load(const std::string& sPath, const std::string& sFormat = {}, bool bKeepBytes = false);
 
 }  // namespace tools
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok inspect: bytes beside what they mean.
 #include <algorithm>
 #include <cstdio>
@@ -66,18 +67,6 @@ std::string PathText(std::string_view sPath) {
     if (sPath.size() <= LONGEST) return ShownPath(sPath);
     const std::size_t uFrom = std::min(sPath.find('/', sPath.size() - LONGEST), sPath.size());
     return "..." + Escaped(sPath.substr(uFrom));
-}
-
-std::string Hex(std::string_view s, bool bBlanks) {
-    constexpr char DIGITS[] = "0123456789abcdef";
-    std::string sHex;
-    for (const char c : s) {
-        if (bBlanks && !sHex.empty()) sHex += ' ';
-        const auto u = static_cast<unsigned char>(c);
-        sHex += DIGITS[u >> 4];
-        sHex += DIGITS[u & 15];
-    }
-    return sHex;
 }
 
 // ---- lines for people -----------------------------------------------------------

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/json_lines.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records as lines of JSON, for programs that take nothing else.
 #ifndef TOOLS_JSON_LINES_H
 #define TOOLS_JSON_LINES_H

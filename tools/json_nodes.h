@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes as JSON, for writers of RapidJSON.
 #ifndef TOOLS_JSON_NODES_H
 #define TOOLS_JSON_NODES_H

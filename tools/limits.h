@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limits on what input may cost, as options of the program.
 #ifndef TOOLS_LIMITS_H
 #define TOOLS_LIMITS_H

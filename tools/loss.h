@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a conversion does not keep.
 #ifndef TOOLS_LOSS_H
 #define TOOLS_LOSS_H

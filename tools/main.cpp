@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program "vok": trees in files, without writing code.
 #include <algorithm>
 #include <cstdio>
@@ -16,6 +17,7 @@
 #include "tools/edit_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/pager.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/base/msg.h"
@@ -89,9 +91,14 @@ void AddShow(CLI::App& oApp) {
                               "level, searches, follows links, copies paths")
                       ->excludes(pJson)
                       ->excludes("--depth");
+    p->add_flag("--bytes", o->bBytes, "With the bytes of each node in DGraph documents and XML")
+        ->needs(pHtml);
     p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);
     p->footer(PATHS);
-    p->callback([o] { g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o);
+    });
 }
 
 void AddGet(CLI::App& oApp) {
@@ -114,26 +121,34 @@ void AddGet(CLI::App& oApp) {
     p->footer(std::string(PATHS) +
               "\nExample: vok get orders.xml '//order[@id=\"7\"]/price' --default 0\n"
               "Exit status 1 when nothing is there.");
-    p->callback([o] { g_iExit = Get(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = Get(*o);
+    });
 }
 
 void AddFileCommands(CLI::App& oApp) {
     auto* pInfo = oApp.add_subcommand("info", "Tell the form, version and contents of a file");
     auto sFile = std::make_shared<std::string>();
+    auto bJson = std::make_shared<bool>(false);
     pInfo->add_option("FILE", *sFile, "File to read, - for standard input")->required();
-    pInfo->callback([sFile] { g_iExit = Info(*sFile); });
+    pInfo->add_flag("--json", *bJson, "A JSON object");
+    pInfo->footer("Example: vok info orders.dgraph.gz --json");
+    pInfo->callback([sFile, bJson] { g_iExit = Info(*sFile, *bJson); });
 
     auto* pCheck = oApp.add_subcommand("check", "Load files and report the first fault of each");
-    auto asFile = std::make_shared<std::vector<std::string>>();
-    pCheck->add_option("FILE", *asFile, "Files to read, - for standard input")->required();
+    auto o = std::make_shared<CheckOptions>();
+    pCheck->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
+    pCheck->add_option("-j,--jobs", o->uAtOnce, "Files to check at the same time")
+        ->check(CLI::Range(1, 256));
+    pCheck->add_flag("--json", o->bJson,
+                     "A JSON object a line: file, good, form and nodes, or fault and its place");
     pCheck->footer(
         "A file is faulty also when it was cut short, or when bytes stand behind its document. "
         "Exit\n"
-        "status 1 when one of them is faulty, 2 when one could not be read.");
-    auto uAtOnce = std::make_shared<unsigned>(1);
-    pCheck->add_option("-j,--jobs", *uAtOnce, "Files to check at the same time")
-        ->check(CLI::Range(1, 256));
-    pCheck->callback([asFile, uAtOnce] { g_iExit = Check(*asFile, *uAtOnce); });
+        "status 1 when one of them is faulty, 2 when one could not be read.\n"
+        "Example: vok check -j 4 *.dgraph");
+    pCheck->callback([o] { g_iExit = Check(*o); });
 }
 
 void AddHash(CLI::App& oApp) {
@@ -170,7 +185,10 @@ void AddInspect(CLI::App& oApp) {
         "and past their faults: what cannot be told is skipped.\n"
         "Example: vok inspect damaged.dgraph --offset 0x1a40 --fields 20\n"
         "Exit status 1 when something is wrong, or when nothing is there.");
-    p->callback([o] { g_iExit = Inspect(*o); });
+    p->callback([o] {
+        AllowPager();
+        g_iExit = Inspect(*o);
+    });
 
     auto* pSalvage = oApp.add_subcommand("salvage", "Write what can be read of a DGraph document");
     auto sIn = std::make_shared<std::string>();
@@ -287,6 +305,8 @@ int Run(int argc, char** argv) {
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN");
     oApp.fallthrough();
+    oApp.add_flag_callback("--no-pager", ForbidPager,
+                           "Print to a terminal at once, not through VOK_PAGER, PAGER or less");
     oApp.footer(
         "Files may be XML, JSON, DGraph documents or native dumps, as they are, compressed (zlib,\n"
         "gzip) or in a zip archive of one member.\n"
@@ -317,13 +337,16 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    int iExit = EXIT_TROUBLE;
     try {
-        return Run(argc, argv);
+        iExit = Run(argc, argv);
     } catch (const std::exception& oError) {
         try {
-            return Fail(oError);
+            iExit = Fail(oError);
         } catch (const std::exception&) {
-            return Fail(std::bad_alloc());
+            iExit = Fail(std::bad_alloc());
         }
     }
+    FinishPager();
+    return iExit;
 }

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // vok merge: what two trees have made of a third one, in one.
-#include "vok/data/merge.h"
+#include "vok/compare/merge.h"
 
 #include <cstdio>
 #include <cstring>

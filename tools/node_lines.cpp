@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/node_lines.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees as indented lines, a node each.
 #ifndef TOOLS_NODE_LINES_H
 #define TOOLS_NODE_LINES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/output.h"
 
 #include <atomic>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "tools/pager.h"
 #include "tools/path.h"
 #include "vok/base/msg.h"
 #include "vok/sys/sys.h"
@@ -32,6 +34,7 @@ extern "C" void OnSignal(int iSignal) {
     if (const char* sPath = g_sAppended.load()) {
         (void)vok::sys::TruncateFile(sPath, g_iSizeBefore.load());
     }
+    vok::sys::FinishPager();
     std::_Exit(128 + iSignal);
 }
 
@@ -201,6 +204,7 @@ void Print(std::string_view s) {
         throw std::length_error(
             "the rest is left out: it would be much longer than what it was read from");
     }
+    StartPager();
     Put(s);
     g_uAllowed -= s.size();
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that are there whole or not at all, and standard output that is whole or an error.
 #ifndef TOOLS_OUTPUT_H
 #define TOOLS_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok patch: what vok diff has written, applied.
 #include <cstdio>
 

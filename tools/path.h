@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as the file system wants them, from and to UTF-8.
 #ifndef TOOLS_PATH_H
 #define TOOLS_PATH_H

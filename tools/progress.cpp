@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/progress.h"
 
 #include <algorithm>
@@ -12,6 +13,8 @@ namespace tools {
 namespace {
 
 std::atomic<bool> g_bShown{false};
+std::atomic<bool> g_bHidden{false};
+std::atomic<bool> g_bDrawn{false};
 
 }  // namespace
 
@@ -41,10 +44,16 @@ void Progress::Run() {
         Draw(duration<double>(steady_clock::now() - oStart).count());
         bDrawn = true;
     }
-    if (bDrawn) std::fputs("\r\x1b[K", stderr);
+    if (bDrawn && !g_bHidden) std::fputs("\r\x1b[K", stderr);
+}
+
+void HideProgress() noexcept {
+    if (!g_bHidden.exchange(true) && g_bDrawn) std::fputs("\r\x1b[K", stderr);
 }
 
 void Progress::Draw(double dSeconds) const {
+    if (g_bHidden) return;
+    g_bDrawn = true;
     constexpr unsigned WIDTH = 30;
     const double dDone = static_cast<double>(m_uDone.load(std::memory_order_relaxed));
     std::string sLine = m_sWhat;

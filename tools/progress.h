@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A progress line on standard error for work that takes its time.
 #ifndef TOOLS_PROGRESS_H
 #define TOOLS_PROGRESS_H
@@ -36,6 +37,9 @@ class Progress {
     bool m_bEnd = false;
     std::thread m_oThread;  // does not run where nobody would see it
 };
+
+// Shows none from now on, for the terminal belongs to somebody else.
+void HideProgress() noexcept;
 
 }  // namespace tools
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok salvage: what can be read of a damaged document.
 #include <cstdio>
 #include <string>

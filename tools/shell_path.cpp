@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/shell_path.h"
 
 #include <algorithm>

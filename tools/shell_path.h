@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths as people and shells write them.
 //
 // They are those of the library, but names may stand in double quotes, in which the characters of

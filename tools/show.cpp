@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok show: a tree as indented lines.
 #include <string>
 

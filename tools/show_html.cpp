@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 // vok show --html: a tree as a page that needs nothing but a browser.
 #include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -7,10 +9,10 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/node_bytes.h"
 #include "tools/output.h"
 #include "tools/page.h"
 #include "tools/text.h"
-#include "tools/tree_file.h"
 #include "vok/data/id_map.h"
 #include "vok/data/names.h"
 #include "vok/data/succ_it.h"
@@ -23,29 +25,14 @@ namespace {
 using vok::Data;
 using vok::Data_Node;
 
-// Where the data of the page go. Texts are in a script, which ends at "</": that never comes.
-struct ScriptSink {
-    using Ch = char;
-    void Put(char c) {
-        c == '<' ? void(sPiece += "\\u003c") : sPiece.push_back(c);
-        if (sPiece.size() >= PIECE) Flush();
-    }
-    void Flush() {
-        oOut.Write(sPiece.data(), sPiece.size());
-        sPiece.clear();
-    }
-    static constexpr std::size_t PIECE = 65536;
-    vok::File_Stream& oOut;
-    std::string sPiece;
-};
-
 // Nodes in pre-order, as the page wants them: see there.
 class PageData {
   public:
-    PageData(const Data& oTop, vok::File_Stream& oOut)
-        : m_oTop(oTop), m_oNumber(oTop.GetNodes()), m_oSink{oOut, {}}, m_oJson(m_oSink) {}
+    PageData(const Data& oTop, ScriptSink& oOut)
+        : m_oTop(oTop), m_oNumber(oTop.GetNodes()), m_oJson(oOut) {}
 
-    void Write(const std::string& sTitle) {
+    // pBytes may be null.
+    void Write(const std::string& sTitle, const NodeBytes* pBytes) {
         Survey();
         m_oJson.StartObject();
         Key("title");
@@ -62,8 +49,8 @@ class PageData {
         m_oJson.StartArray();
         WriteNodes();
         m_oJson.EndArray();
+        if (pBytes != nullptr) WriteBytes(*pBytes);
         m_oJson.EndObject();
-        m_oSink.Flush();
     }
 
   private:
@@ -103,6 +90,25 @@ class PageData {
             default: Text(ValueText(o.GetValue()));
         }
     }
+    // As far as they are worth looking at.
+    void WriteBytes(const NodeBytes& oBytes) {
+        constexpr std::size_t MOST = 256;
+        Key("bytes");
+        m_oJson.StartArray();
+        for (vok::Data_Walk o(m_oTop); o.Next();) {
+            const NodeBytes::Place oPlace = oBytes.Find(o.GetId());
+            if (oPlace.uLength == 0) {
+                m_oJson.Uint(0);
+                continue;
+            }
+            m_oJson.StartArray();
+            m_oJson.Uint64(oPlace.uOffset);
+            m_oJson.Uint64(oPlace.uLength);
+            Text(Hex(oBytes.Bytes(oPlace, MOST)));
+            m_oJson.EndArray();
+        }
+        m_oJson.EndArray();
+    }
     void WriteAttributes(const Data& oNode) {
         m_oJson.StartArray();
         for (const auto& [sName, sValue] : oNode.GetAttributes()) {
@@ -128,27 +134,24 @@ class PageData {
     const Data m_oTop;
     vok::Data_IdMap<vok::u2_t> m_oNumber;  // by id, plus 1
     vok::Data_Names m_oNames;
-    ScriptSink m_oSink;
     rapidjson::Writer<ScriptSink> m_oJson;
 };
 
 }  // namespace
 
 int ShowHtml(const ShowOptions& o) {
-    const Input oIn = Load(o.sFile);
+    const Input oIn = Load(o.sFile, {}, o.bBytes);
     const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     if (oFound.Size() == 0) return EXIT_NEGATIVE;
     if (oFound.Size() > 1) {
         throw std::invalid_argument("a page shows one tree: there are " +
                                     std::to_string(oFound.Size()) + " nodes at that path");
     }
-    const std::string_view sPage(PAGE);
-    const std::size_t uData = sPage.find(PAGE_DATA);
-    WriteFile(o.sOut, {}, true, [&](vok::File_Stream& oOut) {
-        oOut.Write(sPage.data(), uData);
-        PageData(oFound.GetNth(0), oOut).Write(o.sFile == "-" ? "Tree" : o.sFile);
-        const std::string_view sRest = sPage.substr(uData + PAGE_DATA.size());
-        oOut.Write(sRest.data(), sRest.size());
+    std::optional<NodeBytes> oBytes;
+    if (o.bBytes) oBytes.emplace(oIn);
+    WritePage(TREE_PAGE, o.sOut, [&](ScriptSink& oOut) {
+        PageData(oFound.GetNth(0), oOut)
+            .Write(o.sFile == "-" ? "Tree" : o.sFile, oBytes ? &*oBytes : nullptr);
     });
     return EXIT_GOOD;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok show --json: a tree for other programs.
 #include <rapidjson/prettywriter.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Standard input, which can be read once.
 #ifndef TOOLS_STANDARD_INPUT_H
 #define TOOLS_STANDARD_INPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/survey.h"
 
 #include <algorithm>
@@ -10,18 +11,23 @@ namespace tools {
 
 using vok::Data_Node;
 
+std::array<std::pair<const char*, std::uint64_t>, 5> Census::Counts() const {
+    // Nobody counts as a name by being there at first.
+    const std::uint64_t uNames = m_oNames.Size() - 1 + m_bUnnamed;
+    return {{{"nodes", m_uNodes},
+             {"names", uNames},
+             {"depth", m_uDepth},
+             {"attributes", m_uAttributes},
+             {"text bytes", m_uTextBytes}}};
+}
+
 void Census::Print() const {
     const auto oLine = [](const char* sWhat, std::uint64_t u) {
         char s[64];
         std::snprintf(s, sizeof(s), "%-11s %llu\n", sWhat, static_cast<unsigned long long>(u));
         tools::Print(s);
     };
-    oLine("nodes", m_uNodes);
-    // Nobody counts as a name by being there at first.
-    oLine("names", m_oNames.Size() - 1 + m_bUnnamed);
-    oLine("depth", m_uDepth);
-    oLine("attributes", m_uAttributes);
-    oLine("text bytes", m_uTextBytes);
+    for (const auto& [sWhat, u] : Counts()) oLine(sWhat, u);
     tools::Print("types\n");
     for (vok::u2_t u = 0; u < m_auType.size(); ++u) {
         if (m_auType[u] == 0) continue;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is in a document, found out in one go.
 #ifndef TOOLS_SURVEY_H
 #define TOOLS_SURVEY_H
@@ -6,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tools/loss.h"
 #include "vok/base/limits.h"
@@ -30,8 +32,26 @@ class Census {
     [[nodiscard]] std::uint64_t Nodes() const noexcept { return m_uNodes; }
     // Lines of how many there are.
     void Print() const;
+    // The same as members of an object of JSON, to a writer of RapidJSON.
+    template <class Writer>
+    void PrintTo(Writer& oOut) const {
+        for (const auto& [sWhat, u] : Counts()) {
+            oOut.Key(sWhat);
+            oOut.Uint64(u);
+        }
+        oOut.Key("types");
+        oOut.StartObject();
+        for (vok::u2_t u = 0; u < m_auType.size(); ++u) {
+            if (m_auType[u] == 0) continue;
+            oOut.Key(vok::Data_Node::TypeName(u));
+            oOut.Uint64(m_auType[u]);
+        }
+        oOut.EndObject();
+    }
 
   private:
+    [[nodiscard]] std::array<std::pair<const char*, std::uint64_t>, 5> Counts() const;
+
     std::array<std::uint64_t, 16> m_auType{};
     vok::Data_Names m_oNames;
     bool m_bUnnamed = false;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/text.h"
 
 #include <charconv>
@@ -6,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "tools/pager.h"
 #include "tools/shell_path.h"
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
@@ -139,6 +141,18 @@ std::string Visible(std::string_view sText) {
     return Escape(sText, false);
 }
 
+std::string Hex(std::string_view sBytes, bool bBlanks) {
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string sHex;
+    for (const char c : sBytes) {
+        if (bBlanks && !sHex.empty()) sHex += ' ';
+        const auto u = static_cast<unsigned char>(c);
+        sHex += DIGITS[u >> 4];
+        sHex += DIGITS[u & 15];
+    }
+    return sHex;
+}
+
 void Tell(std::string_view sName, std::string_view sWhat) {
     std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
 }
@@ -181,7 +195,7 @@ bool WantsColour() noexcept {
     const char* sNo = std::getenv("NO_COLOR");
     const char* sTerminal = std::getenv("TERM");
     const bool bDumb = sTerminal != nullptr && std::string_view(sTerminal) == "dumb";
-    return vok::sys::IsTerminal(stdout) && (sNo == nullptr || *sNo == 0) && !bDumb;
+    return (vok::sys::IsTerminal(stdout) || IsPaging()) && (sNo == nullptr || *sNo == 0) && !bDumb;
 }
 
 void SetColours(const std::string& sWhen) {

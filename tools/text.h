@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes as text for people and shells.
 #ifndef TOOLS_TEXT_H
 #define TOOLS_TEXT_H
@@ -30,6 +31,9 @@ std::string Escaped(std::string_view sText);
 std::string Quoted(std::string_view sText);
 // The same for messages, whose backslashes - in paths, say - stay as they are.
 std::string Visible(std::string_view sText);
+
+// Two digits a byte, with blanks between them where asked.
+std::string Hex(std::string_view sBytes, bool bBlanks = false);
 
 // A line on standard error about a member of an archive or a file.
 void Tell(std::string_view sName, std::string_view sWhat);

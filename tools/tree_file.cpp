@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/tree_file.h"
 
 #include <stdexcept>

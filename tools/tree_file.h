@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees into files of any form.
 #ifndef TOOLS_TREE_FILE_H
 #define TOOLS_TREE_FILE_H

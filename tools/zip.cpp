@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok zip list, test, extract: what is in archives.
 #include <algorithm>
 #include <chrono>

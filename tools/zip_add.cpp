@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok zip add: files become members.
 #include <algorithm>
 #include <chrono>

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // The whole native library, in reading order.
 #ifndef VOK_VOK_H
 #define VOK_VOK_H
 
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
+#include "vok/compare/diff.h"
+#include "vok/compare/merge.h"
 #include "vok/data/builder.h"
 #include "vok/data/data.h"
-#include "vok/data/diff.h"
-#include "vok/data/merge.h"
 #include "vok/data/record.h"
 #include "vok/data/succ_it.h"
 #include "vok/data/value.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The same in C: a point to an XML file and back. */
 #include <stdio.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The smallest complete use: an object to bytes and back.
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Counts and sums over a folder of documents, in one process and in several that Dask leads.
 
     python3 main.py FOLDER [--make DOCUMENTS ORDERS] [--workers N | --scheduler ADDRESS]

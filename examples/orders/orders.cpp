@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Many objects of one kind, the fast way: built with keys, written, read again, summed up.
 #include <cstdio>
 

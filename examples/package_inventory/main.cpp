@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the package database of a Debian machine, writes all of it through the serializer to a
 // DGraph file and to an XML file, reads them back and compares every field.
 #include <chrono>

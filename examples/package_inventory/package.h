@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Packages of a Debian machine as objects with fields.
 #ifndef EXAMPLES_PACKAGE_INVENTORY_PACKAGE_H
 #define EXAMPLES_PACKAGE_INVENTORY_PACKAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "examples/package_inventory/status_file.h"
 
 #include <charconv>

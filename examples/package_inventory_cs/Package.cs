@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Packages of a Debian machine as objects that write and read themselves.
 using System;
 using System.Collections.Generic;

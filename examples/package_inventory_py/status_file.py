@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The package database of a Debian machine: stanzas of "Field: value" lines."""
 
 import codecs

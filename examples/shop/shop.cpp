@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a shop to memory and to XML, reads it back, reads a document of its first version, and
 // lets the first version read one of today. Fails where anything is not as it was.
 #include "examples/shop/shop.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A shop as objects: customers that several orders share, lines in orders, a discount of several
 // kinds, and the same in its first version, whose documents are still about.
 #ifndef EXAMPLES_SHOP_SHOP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // More than fits into memory: a document written node by node, and read record by record.
 #include <cstdio>
 

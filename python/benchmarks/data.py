@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The orders of the benchmarks: 100,000 objects of 16 nodes, the same content for everybody."""
 
 import random

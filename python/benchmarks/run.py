@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Measures the package beside msgpack and json: python/benchmarks/run.py [ROUNDS]
 
 Best of several rounds, taken in turns, in nanoseconds per node (an order has 16). The collector of

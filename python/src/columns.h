@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of many nodes in one block.
 #ifndef VOK_PYTHON_COLUMNS_H
 #define VOK_PYTHON_COLUMNS_H

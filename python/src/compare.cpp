@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparing, patching, merging, hashing.
 #include <pybind11/pybind11.h>
 
@@ -7,8 +8,8 @@
 #include "python/src/errors.h"
 #include "python/src/module.h"
 #include "python/src/values.h"
-#include "vok/data/diff.h"
-#include "vok/data/merge.h"
+#include "vok/compare/diff.h"
+#include "vok/compare/merge.h"
 
 namespace vok::python {
 

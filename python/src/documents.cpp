@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents of every form and wrapping, to nodes and back.
 #include <pybind11/pybind11.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing trees.
 #include <string>
 #include <vector>

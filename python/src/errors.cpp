@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "python/src/errors.h"
 
 #include <string_view>

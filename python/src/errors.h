@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the Python part of the package gives to this one, and errors on their way there.
 #ifndef VOK_PYTHON_ERRORS_H
 #define VOK_PYTHON_ERRORS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "python/src/file_object.h"
 
 #include <algorithm>

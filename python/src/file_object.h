@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File objects of Python as streams.
 #ifndef VOK_PYTHON_FILE_OBJECT_H
 #define VOK_PYTHON_FILE_OBJECT_H

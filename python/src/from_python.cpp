@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "python/src/from_python.h"
 
 #include <array>

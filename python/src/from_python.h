@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python objects as trees.
 #ifndef VOK_PYTHON_FROM_PYTHON_H
 #define VOK_PYTHON_FROM_PYTHON_H

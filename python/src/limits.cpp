@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The class Limits.
 #include <pybind11/pybind11.h>
 

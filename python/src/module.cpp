@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extension module: what the package "vok" is made of.
 #include "python/src/module.h"
 

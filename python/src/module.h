@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parts of the module.
 #ifndef VOK_PYTHON_MODULE_H
 #define VOK_PYTHON_MODULE_H

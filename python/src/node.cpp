@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The class Node: reading, and what its methods are called.
 #include <pybind11/pybind11.h>
 
@@ -287,6 +288,9 @@ Setting one that is no container replaces value and type; a Tree has to be clear
         .def_property_readonly(
             "id", [](const Node& o) { return o.Get().GetId(); },
             "Its number in the tree; the root is 0.")
+        .def_property_readonly(
+            "node_count", [](const Node& o) { return o.Get().GetNodes(); },
+            "Nodes of the whole tree, removed ones included.")
         .def_property_readonly("parent", [](const Node& o) { return Or(o, o.Get().GetPred()); })
         .def_property_readonly("root", [](const Node& o) { return o.At(o.Get().GetRoot()); })
         .def_property_readonly("next", [](const Node& o) { return Or(o, o.Get().GetNext()); })

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the class Node does, in parts.
 #ifndef VOK_PYTHON_NODE_H
 #define VOK_PYTHON_NODE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents of any size, record by record.
 #include <pybind11/pybind11.h>
 

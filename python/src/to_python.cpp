@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "python/src/to_python.h"
 
 #include <datetime.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees as Python objects.
 #ifndef VOK_PYTHON_TO_PYTHON_H
 #define VOK_PYTHON_TO_PYTHON_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees that Python holds, and nodes of them.
 #ifndef VOK_PYTHON_TREE_H
 #define VOK_PYTHON_TREE_H

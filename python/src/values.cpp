@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "python/src/values.h"
 
 #include <datetime.h>

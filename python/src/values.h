@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Python values as values of nodes.
 #ifndef VOK_PYTHON_VALUES_H
 #define VOK_PYTHON_VALUES_H

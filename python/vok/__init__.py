@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Object trees, stored and read back: XML, binary DGraph, JSON and native dumps.
 
 >>> doc = vok.loads(b'<orders><order id="7"><price dt:dt="r8">9.5</price></order></orders>')

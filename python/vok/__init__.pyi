@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 import os
 from collections.abc import Callable, Iterable, Iterator, MutableMapping, Sequence
 from typing import Any, Literal, NamedTuple, Protocol, overload
@@ -139,6 +140,8 @@ class Node:
     def path(self) -> str: ...
     @property
     def id(self) -> int: ...
+    @property
+    def node_count(self) -> int: ...
     @property
     def parent(self) -> Node | None: ...
     @property

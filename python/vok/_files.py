@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files: what their names ask for, and how they take their place."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Errors, and values that Python has no type of its own for."""
 
 from typing import NamedTuple, Optional, Tuple

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Views of a node: the successors of one name, and the attributes."""
 
 from collections.abc import MutableMapping, Sequence

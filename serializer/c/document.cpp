@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents saved and loaded.
 #include "serializer/document.h"
 

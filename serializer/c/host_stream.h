@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // Functions of a host as a stream. Internal.
 #ifndef SERIALIZER_C_HOST_STREAM_H
 #define SERIALIZER_C_HOST_STREAM_H

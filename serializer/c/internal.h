@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // What the functions of the C interface are made of. Internal.
 #ifndef SERIALIZER_C_INTERNAL_H
 #define SERIALIZER_C_INTERNAL_H

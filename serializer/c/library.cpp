@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library as a whole: version, errors, statistics, settings.
 #include <atomic>
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes: their handles, values written to and read from them.
 #include <cstddef>
 #include <span>

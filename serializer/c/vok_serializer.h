@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The serializer for programs in C, and in every language that calls C: trees of named values,
  * written to and read from XML files and binary DGraph documents.
  *

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 using System;
 using System.Diagnostics;
 using System.Runtime.CompilerServices;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 using System;
 
 namespace Velmar.Q7R.Serializer

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values as documents have them, to those of fields. Internal.
 #ifndef SERIALIZER_FIELDS_CONVERT_H
 #define SERIALIZER_FIELDS_CONVERT_H

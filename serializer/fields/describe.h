@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a type says which fields it has.
 #ifndef SERIALIZER_FIELDS_DESCRIBE_H
 #define SERIALIZER_FIELDS_DESCRIBE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What goes wrong with the fields of an object, and where. Internal.
 #ifndef SERIALIZER_FIELDS_FAILURE_H
 #define SERIALIZER_FIELDS_FAILURE_H

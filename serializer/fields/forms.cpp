@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/fields/forms.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects to documents and back: straight, or through a tree. Internal.
 #ifndef SERIALIZER_FIELDS_FORMS_H
 #define SERIALIZER_FIELDS_FORMS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kinds of numbers and times, and what of them a node holds. Internal.
 #ifndef SERIALIZER_FIELDS_NUMBERS_H
 #define SERIALIZER_FIELDS_NUMBERS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From nodes to objects. Internal.
 //
 // In is RecordIn or TreeIn. Next tells whether the node of a name is there and goes to it; then it

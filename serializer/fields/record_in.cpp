@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/fields/record_in.h"
 
 #include <algorithm>

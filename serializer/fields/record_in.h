@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects straight from the records of a DGraph document. Internal.
 #ifndef SERIALIZER_FIELDS_RECORD_IN_H
 #define SERIALIZER_FIELDS_RECORD_IN_H

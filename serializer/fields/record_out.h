@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records of a DGraph document, straight from objects. Internal.
 #ifndef SERIALIZER_FIELDS_RECORD_OUT_H
 #define SERIALIZER_FIELDS_RECORD_OUT_H

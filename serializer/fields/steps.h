@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names known while compiling, and the beginnings of the records that bear them. Internal.
 #ifndef SERIALIZER_FIELDS_STEPS_H
 #define SERIALIZER_FIELDS_STEPS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects from the nodes of a tree. Internal.
 #ifndef SERIALIZER_FIELDS_TREE_IN_H
 #define SERIALIZER_FIELDS_TREE_IN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serializer/fields/tree_out.h"
 
 #include "serializer/exception.h"

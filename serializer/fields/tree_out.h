@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes of a tree, from objects. Internal.
 #ifndef SERIALIZER_FIELDS_TREE_OUT_H
 #define SERIALIZER_FIELDS_TREE_OUT_H

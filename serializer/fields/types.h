@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What kinds of types there are, told by what they can do: so no header of a container needs to be
 // included here. Internal.
 #ifndef SERIALIZER_FIELDS_TYPES_H

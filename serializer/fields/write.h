@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From objects to nodes. Internal.
 //
 // Out is RecordOut or TreeOut. Fields go in the order of their names, in which documents have

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks and arrays.
 #include "tests/support.h"
 #include "vok/base/arr.h"

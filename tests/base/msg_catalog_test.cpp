@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every entry of the catalog: that both languages show all of its arguments and end alike, and
 // the texts by their checksums.
 #include <zlib.h>

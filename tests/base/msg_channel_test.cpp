@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Console, debugger and log file.
 #include <ctime>
 #include <map>

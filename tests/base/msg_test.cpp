@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Messages: formatting, system errors, languages, the where-trail.
 #include <cerrno>
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strings, their UTF-16 companion, the table of distinct texts; UTF-8 sequences, numbers, dates and
 // bytes as text.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The C interface as a C program uses it. Prints the first thing that is wrong. */
 #include "serializer/c/vok_serializer.h"
 

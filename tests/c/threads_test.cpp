@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C interface with several threads.
 #include <atomic>
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/builder.h"
 
 #include "tests/support.h"

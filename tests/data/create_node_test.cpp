@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nodes made along paths.
 #include "tests/support.h"
 #include "vok/data/xpath.h"

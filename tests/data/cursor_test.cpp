@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cursors: where they stand, what they are called, what may be appended to them; and the corners of
 // attributes, which the model test has at random.
 #include "tests/data/kinds.h"

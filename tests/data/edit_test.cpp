@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Editing, removal and compaction: what the model test does not reach: errors, cursors, links,
 // memory that runs out, what is given back.
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What sequences of operations cost: no more than n log n in all, however they are ordered.
 #include <algorithm>
 #include <numeric>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hashes of trees: a contract, so the values below never change. They were made with xxhsum of
 // bytes that were put together by hand.
 #include "vok/data/hash.h"

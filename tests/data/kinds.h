@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every type of value: how it is set, and whether it reads back.
 #ifndef TESTS_DATA_KINDS_H
 #define TESTS_DATA_KINDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random editing against a plain model of a tree: a vector of children per node.
 #include <algorithm>
 #include <map>

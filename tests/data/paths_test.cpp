@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths: what texts parse to, what is refused with which words, escapes. Their evaluation: a table
 // on one tree, and a naive evaluator on random ones.
 #include <set>

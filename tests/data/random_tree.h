@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees of all that a tree can have, and edits of them, from a seed.
 #ifndef TESTS_DATA_RANDOM_TREE_H
 #define TESTS_DATA_RANDOM_TREE_H

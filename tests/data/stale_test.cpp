@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cursors without a tree, outlived by their node, or on removed nodes: every operation answers or
 // raises, none of them touches what is not there.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The order of successors: names by their bytes, equal names by creation.
 #include <algorithm>
 #include <map>

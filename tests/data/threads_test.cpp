@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several threads read one tree that SetAccessMode has prepared.
 #include <atomic>
 #include <thread>

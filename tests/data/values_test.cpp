@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of nodes: every type against every getter, conversions, copies, texts that stand in the
 // tree, links.
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrappings of a stored tree.
 #include "vok/dgraph/container.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the DGraph codec share: documents put together byte by byte, and trees as
 // text.
 #ifndef TESTS_DGRAPH_DGRAPH_SUPPORT_H

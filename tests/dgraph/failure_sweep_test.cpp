@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every allocation and every operation of a stream fails once: nothing leaks, nothing breaks,
 // and the same operation succeeds right afterwards.
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What loading may cost, and what it says about where it stopped. Small inputs that want to cost
 // much, in every form and wrapping: none gets more than its share of work and memory. And large
 // ones that mean well: they load.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names that a DGraph tree may carry, and children made at positions.
 #include "vok/dgraph/names.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What documents are read as, into new trees and into such as had others before. Each goes through
 // memory and through a stream that gives one byte at a time, which have to agree; for random trees,
 // damaged ones too, that is for the fuzz targets dgraph and roundtrip.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What trees are written as, against documents put together by hand.
 #include <limits>
 

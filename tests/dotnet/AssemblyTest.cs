@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The assembly as a host sees it. Prints what is wrong; the exit status tells whether anything is.
 using System;
 using System.Collections.Generic;

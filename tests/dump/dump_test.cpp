@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The native dump: its bytes, what it keeps, and what is refused. What else can be done with a
 // tree that was not refused is for the fuzz target dump.
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <limits>
 
 #include "tests/file/file_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of streams and files share.
 #ifndef TESTS_FILE_FILE_SUPPORT_H
 #define TESTS_FILE_FILE_SUPPORT_H

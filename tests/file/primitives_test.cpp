@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers, blocks and headers as bytes.
 #include <limits>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of inspecting share: fields as text, and what holds for the fields of any bytes.
 #ifndef TESTS_INSPECT_INSPECT_SUPPORT_H
 #define TESTS_INSPECT_INSPECT_SUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the bytes of documents are said to mean, and what that holds to where they are damaged.
 #include <set>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is left of damaged documents is one that loads.
 #include "vok/inspect/salvage.h"
 #include "tests/inspect/inspect_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of JSON share.
 #ifndef TESTS_JSON_JSON_SUPPORT_H
 #define TESTS_JSON_JSON_SUPPORT_H
@@ -5,7 +6,7 @@
 #include <string>
 
 #include "tests/support.h"
-#include "vok/data/diff.h"
+#include "vok/compare/diff.h"
 #include "vok/json/json.h"
 
 namespace vok {

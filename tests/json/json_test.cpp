@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents both ways, byte by byte; what is refused, and where.
 #include <bit>
 #include <cmath>

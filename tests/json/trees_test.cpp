@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees of every kind go out and come back: random ones, kept ones, deep ones; and documents that
 // are cut short, or memory and streams that fail.
 #include <bit>

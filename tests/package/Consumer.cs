@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program that has nothing but the package.
 using System;
 using Velmar.Q7R.Serializer;

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Comparing, patching, merging, hashing: what the library does, handed over as it is."""
 
 import hashlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The example with Dask: a scheduler and two worker processes say the same as one process."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is written about the package: examples run, stubs name what there is."""
 
 import ast

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Documents of every form and wrapping, on disk, in memory and through file objects."""
 
 import contextlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Nodes: finding, editing, and everything that may outlive what it belongs to."""
 
 import copy

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Dicts, lists and values into trees and back, held to JSON where that says the same."""
 
 import array

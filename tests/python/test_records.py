@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Parts of documents one after the other."""
 
 import io

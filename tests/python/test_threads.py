@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """One tree and many threads: a change while others read is an error, and never more than that."""
 
 import os

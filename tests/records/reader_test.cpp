@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents record by record.
 #include "tests/records/records_support.h"
 #include "vok/file/window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of readers and writers of records share.
 #ifndef TESTS_RECORDS_RECORDS_SUPPORT_H
 #define TESTS_RECORDS_RECORDS_SUPPORT_H

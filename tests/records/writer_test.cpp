@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents node by node.
 #include "vok/records/writer.h"
 #include "tests/records/records_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Types with fields of every kind, and random values for them.
 #ifndef TESTS_SERIALIZER_FIELD_TYPES_H
 #define TESTS_SERIALIZER_FIELD_TYPES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects in one declaration.
 #include <fstream>
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One mistake each, which the compiler must tell in a readable line: tests/CMakeLists.txt says
 // which.
 #include "serializer/fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every kind of value through the facade, in a fresh tree and in one read back from bytes.
 #include <array>
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the facade share.
 #ifndef TESTS_SERIALIZER_SERIALIZER_SUPPORT_H
 #define TESTS_SERIALIZER_SERIALIZER_SUPPORT_H

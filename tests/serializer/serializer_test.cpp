@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects to bytes and back.
 #include <exception>
 #include <functional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operating system as the library sees it.
 #include "vok/sys/sys.h"
 

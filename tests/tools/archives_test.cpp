@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zip archives.
 #include "tests/tools/program_support.h"
 #include "vok/zip/archive.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What differs, and how documents are changed.
 #include <cctype>
 #include <functional>
@@ -98,39 +99,6 @@ TEST_F(Program, Merging) {
     EXPECT_EQ(Run("merge base.xml a.xml b.xml -o m.xml --ours --theirs").iExit, 2);
     EXPECT_EQ(LeftBehind(), "");
 }
-
-#ifndef _WIN32  // whose shell is another
-// The examples of docs/compare.md: files, and what commands print.
-TEST_F(Program, ComparisonAsDocumented) {
-    std::istringstream oDocument(OnDisk(VOK_DOCS "/compare.md"));
-    ASSERT_TRUE(oDocument.good());
-    unsigned uCommands = 0;
-    std::string sBlock, sFile, sCommand, sPrinted;
-    const auto oCheck = [&] {
-        if (sCommand.empty()) return;
-        Shell("{ " + sCommand + "; } >printed 2>&1");
-        EXPECT_EQ(OnDisk("printed"), sPrinted) << sCommand;
-        ++uCommands;
-        sCommand.clear();
-        sPrinted.clear();
-    };
-    for (std::string sLine; std::getline(oDocument, sLine);) {
-        if (sLine.starts_with("```")) {
-            oCheck();
-            if (!sFile.empty()) ToDisk(sFile, sPrinted);
-            sPrinted.clear();
-            sBlock = sBlock.empty() ? sLine.substr(3) : "";
-            sFile = sBlock.starts_with("xml ") ? sBlock.substr(4) : "";
-        } else if (sBlock == "console" && sLine.starts_with("$ ")) {
-            oCheck();
-            sCommand = sLine.substr(2);
-        } else if (!sBlock.empty()) {
-            sPrinted += sLine + '\n';
-        }
-    }
-    EXPECT_GE(uCommands, 7u);
-}
-#endif
 
 // What is done in every form and wrapping, in its place, is what the library does.
 TEST_F(Program, Editing) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From form to form, and what is lost on the way.
 #include <functional>
 #include <limits>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // Preloaded into the program: lets one of its calls to the system fail, or ends the program there.
 // FAIL_CALL is "kind:number". Kinds: open, close, write, fsync, rename, malloc fail; a number for a
 // kind is that of the signal that the program gets in the middle of a write. Calls are counted from

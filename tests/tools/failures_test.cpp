@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Large and hostile input, full disks, killed processes: what is written is whole or not there.
 #include <chrono>
 

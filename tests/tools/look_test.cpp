@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes beside their meaning, what is left of damaged documents, pages for a browser.
 #include <cctype>
 
@@ -92,15 +93,20 @@ const std::string g_sHostile =
     "document.title='taken'&lt;/script&gt;</a><_x003C_b_x003E_>&lt;!--</_x003C_b_x003E_>"
     "<list><i>1</i><i>two</i><to CDNodeIDREF='ID1'/></list><t CDNodeID='ID1'/></R>";
 
+// The data of a page.
+std::string DataOf(const std::string& sPage) {
+    const std::string sBegin = "<script type=\"application/json\" id=\"data\">";
+    const std::size_t uData = sPage.find(sBegin) + sBegin.size();
+    return sPage.substr(uData, sPage.find('<', uData) - uData);
+}
+
 TEST_F(Program, Pages) {
     ToDisk("t.xml", g_sHostile);
     ASSERT_EQ(Run("show --html t.xml -o t.html").iExit, 0) << OnDisk("err");
     const std::string sPage = OnDisk("t.html");
     EXPECT_LT(sPage.size(), 100u * 1024);
-    const std::string sBegin = "<script type=\"application/json\" id=\"data\">";
-    const std::size_t uData = sPage.find(sBegin) + sBegin.size();
-    const std::string sData = sPage.substr(uData, sPage.find('<', uData) - uData);
-    EXPECT_TRUE(sPage.substr(uData + sData.size()).starts_with("</script>"));
+    const std::string sData = DataOf(sPage);
+    EXPECT_TRUE(sPage.substr(sPage.find(sData) + sData.size()).starts_with("</script>"));
     EXPECT_TRUE(Has(sData, "\\u003c/script>"));
     EXPECT_TRUE(Has(sData, "[6,12,3,7],"));  // "to", a Link below node 3, to node 7
     EXPECT_EQ(Run("show --html t.xml").sOut, sPage);
@@ -111,7 +117,84 @@ TEST_F(Program, Pages) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+TEST_F(Program, PagesWithBytes) {
+    const auto oBytes = [&](const std::string& sFile) {
+        EXPECT_EQ(Run("show --html --bytes " + sFile + " -o t.html").iExit, 0) << OnDisk("err");
+        const std::string sData = DataOf(OnDisk("t.html"));
+        return sData.substr(sData.find("\"bytes\""));
+    };
+    // Elements out of order are the nodes that they became.
+    ToDisk("t.xml", "<R><b>1</b><a/><b>2</b></R>");
+    EXPECT_EQ(oBytes("t.xml"),
+              "\"bytes\":[[0,3,\"3c523e\"],[11,4,\"3c612f3e\"],[3,8,\"3c623e313c2f623e\"],"
+              "[15,12,\"3c623e323c2f623e3c2f523e\"]]}");
+    ToDisk("t16.xml", std::string("\xFE\xFF\0<\0R\0/\0>", 10));
+    EXPECT_EQ(oBytes("t16.xml"), "\"bytes\":[[2,8,\"003c0052002f003e\"]]}");
+    // Of what is wrapped the place in the document.
+    ASSERT_EQ(Run("convert t.xml t.dgraph.gz").iExit, 0);
+    const std::string sData = oBytes("t.dgraph.gz");
+    EXPECT_TRUE(Has(sData, "[30,13,\"04000000525b305d0003000000\"]")) << sData;
+    EXPECT_TRUE(Has(sData, "[43,13,\"04000000615b305d0000000000\"]")) << sData;
+    ASSERT_EQ(Run("convert t.xml t.dump").iExit, 0);
+    EXPECT_EQ(Run("show --html --bytes t.dump").iExit, 2);
+    EXPECT_EQ(Run("show --bytes t.xml").iExit, 2);
+}
+
+TEST_F(Program, PagesOfDifferences) {
+    ToDisk("a.xml", g_sHostile);
+    std::string sOther = g_sHostile;
+    sOther.replace(sOther.find(">two<"), 5, ">three<");
+    ToDisk("b.xml", sOther);
+    ASSERT_EQ(Run("diff --html a.xml b.xml -o d.html").iExit, 1) << OnDisk("err");
+    EXPECT_EQ(DataOf(OnDisk("d.html")),
+              "{\"a\":\"a.xml\",\"b\":\"b.xml\",\"differences\":["
+              "{\"what\":\"value\",\"a\":\"/list[0]/i[1]\",\"b\":\"/list[0]/i[1]\","
+              "\"old\":{\"type\":\"String\",\"value\":\"two\"},"
+              "\"new\":{\"type\":\"String\",\"value\":\"three\"}}],\"more\":false}");
+    const Outcome oEqual = Run("diff --html a.xml a.xml");
+    EXPECT_EQ(oEqual.iExit, 0);
+    EXPECT_TRUE(Has(DataOf(oEqual.sOut), "\"differences\":[]"));
+    // Texts never end the script that they are in.
+    sOther.replace(sOther.find("</a>"), 4, "!</a>");
+    ToDisk("b.xml", sOther);
+    const std::string sData = DataOf(Run("diff --html a.xml b.xml").sOut);
+    EXPECT_TRUE(Has(sData, "\\u003c/script>\\u003cscript>document.title='taken'"));
+    EXPECT_TRUE(sData.ends_with("\"more\":false}"));
+    EXPECT_EQ(Run("diff --by-position -o p.xml a.xml b.xml").iExit, 2);
+    EXPECT_EQ(LeftBehind(), "");
+}
+
 #ifndef _WIN32
+// On a terminal, which script(1) makes, what is printed goes through a pager.
+TEST_F(Program, Pager) {
+    if (Shell("command -v script >where") != 0) GTEST_SKIP() << "there is no script";
+    ToDisk("t.xml", "<R><a>1</a></R>");
+    const auto oShown = [&](const std::string& sEnvironment, const std::string& sCommand) {
+        Shell("env -u NO_COLOR -u VOK_PAGER -u PAGER TERM=xterm " + sEnvironment +
+              " script -qec '" + sCommand + "' typescript >out 2>&1 </dev/null");
+        std::string s = OnDisk("out");
+        std::erase(s, '\r');
+        return s;
+    };
+    const std::string sPlain = "R\n  a String \"1\"\n";
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok show --plain t.xml"), ":R\n:  a String \"1\"\n");
+    EXPECT_EQ(oShown("VOK_PAGER=\"sed s/^/:/\" PAGER=false", "vok get t.xml /a"), ":1\n");
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok --no-pager show --plain t.xml"), sPlain);
+    EXPECT_EQ(oShown("PAGER=", "vok show --plain t.xml"), sPlain);
+    // Others, and what goes elsewhere, are not paged; colours are those of the terminal behind it.
+    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "vok check t.xml"), "t.xml: good"));
+    EXPECT_EQ(oShown("PAGER=\"sed s/^/:/\"", "vok get t.xml /a >to; cat to"), "1\n");
+    EXPECT_TRUE(Has(oShown("PAGER=\"sed s/^/:/\"", "vok show t.xml"), "\x1b[1m"));
+    // It may end before all is printed, or not be there.
+    std::string sMany = "<R>";
+    for (int i = 0; i < 100000; ++i) sMany += "<a>1</a>";
+    ToDisk("many.xml", sMany + "</R>");
+    EXPECT_EQ(oShown("PAGER=\"head -1\"", "vok get many.xml /a"), "1\n");
+    EXPECT_TRUE(Has(oShown("PAGER=no-such-pager", "vok get t.xml /a"), "no-such-pager"));
+    // What is told on standard error comes nonetheless, and the status stays.
+    EXPECT_TRUE(Has(oShown("PAGER=cat", "vok get t.xml /b || echo status $?"), "status 1\n"));
+}
+
 TEST_F(Program, PagesInABrowser) {
     if (Shell("command -v chromium >where") != 0) GTEST_SKIP() << "there is no chromium";
     std::string sXml = g_sHostile;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program as a shell sees it: output, messages, exit status, files.
 #ifndef TESTS_TOOLS_PROGRAM_SUPPORT_H
 #define TESTS_TOOLS_PROGRAM_SUPPORT_H

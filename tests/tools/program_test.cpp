@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program as a shell sees it: what it tells of a document.
 #include <cctype>
 
@@ -47,6 +48,30 @@ TEST_F(Program, ShowGetInfo) {
                           "depth       3\n", "attributes  1\n", "  Tree      2\n"}) {
         EXPECT_TRUE(Has(sInfo, s));
     }
+}
+
+TEST_F(Program, AnswersInJson) {
+    EXPECT_EQ(Run("info - --json", "<R><a k='1'>x</a></R>").sOut,
+              "{\"format\":\"xml\",\"wrapping\":null,\"version\":null,\"bytes\":21,\"nodes\":2,"
+              "\"names\":2,\"depth\":2,\"attributes\":1,\"text bytes\":1,"
+              "\"types\":{\"String\":1,\"Tree\":1}}\n");
+    ToDisk("good.json", "{\"a\":1}");
+    ToDisk("lossy.xml", "<a><!-- --></a>");
+    ToDisk("cut.dgraph", "DGraphBin\1\3");
+    ToDisk("bad.xml", "<a>\n<b></a>");
+    const Outcome o = Run("check -j 2 --json good.json lossy.xml bad.xml cut.dgraph none");
+    EXPECT_EQ(o.iExit, 2);
+    EXPECT_TRUE(o.sOut.starts_with(
+        "{\"file\":\"good.json\",\"good\":true,\"form\":\"json\",\"nodes\":2}\n"
+        "{\"file\":\"lossy.xml\",\"good\":true,\"form\":\"xml\",\"nodes\":1,"
+        "\"not kept\":[\"1 comment\"]}\n"
+        "{\"file\":\"bad.xml\",\"good\":false,"
+        "\"fault\":\"no XML stream or stream is corrupted\",\"offset\":7,\"line\":2,"
+        "\"column\":4,\"path\":\"/b[0]\"}\n"
+        "{\"file\":\"cut.dgraph\",\"good\":false,"))
+        << o.sOut;
+    EXPECT_TRUE(Has(o.sOut, "{\"file\":\"none\",\"good\":false,\"fault\":\"none: could not open"));
+    EXPECT_EQ(OnDisk("err"), "");
 }
 
 // However small they are.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees from XML and to XML.
 #include <bit>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Archives that are not what they say.
 #include "tests/zip/zip_support.h"
 

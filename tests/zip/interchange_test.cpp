@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Archives of other programs are read, and other programs take ours. What is not installed is
 // left out.
 #include "tests/zip/zip_support.h"

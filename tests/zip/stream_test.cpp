@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The compressed streams, against zlib's own functions and over every kind of stream below.
 #include <zlib.h>
 

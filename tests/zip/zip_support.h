@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of zip archives share.
 #ifndef TESTS_ZIP_ZIP_SUPPORT_H
 #define TESTS_ZIP_ZIP_SUPPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The growable array of the library: contiguous elements in one reference-counted block.
 #ifndef VOK_BASE_ARR_H
 #define VOK_BASE_ARR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/base64.h"
 
 #include <array>

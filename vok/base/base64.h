@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 (RFC 4648, section 4). Internal.
 #ifndef VOK_BASE_BASE64_H
 #define VOK_BASE_BASE64_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comparing of short texts, where a call of memcmp takes longer than the comparison. Internal.
 #ifndef VOK_BASE_COMPARE_H
 #define VOK_BASE_COMPARE_H

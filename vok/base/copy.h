@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Copying of short texts. Internal.
 #ifndef VOK_BASE_COPY_H
 #define VOK_BASE_COPY_H

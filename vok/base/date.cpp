@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/date.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates: seconds since 1970-01-01 00:00:00 UTC, day numbers, calendar fields. All of it is
 // UTC in the proleptic Gregorian calendar; nothing depends on a time zone or a locale.
 #ifndef VOK_BASE_DATE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/hash.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of distinct texts: every text once, numbered in the order of first use. Internal.
 #ifndef VOK_BASE_HASH_H
 #define VOK_BASE_HASH_H

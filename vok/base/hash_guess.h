@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guessing the next name. Internal.
 #ifndef VOK_BASE_HASH_GUESS_H
 #define VOK_BASE_HASH_GUESS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One of the texts that a tree keeps once each: a name.
 #ifndef VOK_BASE_HASH_TEXT_H
 #define VOK_BASE_HASH_TEXT_H

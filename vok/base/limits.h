@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a loader or evaluator may use up, and where it stood when it failed.
 #ifndef VOK_BASE_LIMITS_H
 #define VOK_BASE_LIMITS_H

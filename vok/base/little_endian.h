@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-width numbers of stored bytes: low byte first, whatever the host does.
 #ifndef VOK_BASE_LITTLE_ENDIAN_H
 #define VOK_BASE_LITTLE_ENDIAN_H

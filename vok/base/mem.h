@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reference-counted heap blocks, the memory below every array, string and tree.
 //
 // Block layout, all in front of the data pointer that callers hold:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message facility: everything the library reports goes through here.
 #ifndef VOK_BASE_MSG_H
 #define VOK_BASE_MSG_H

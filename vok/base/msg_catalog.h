@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message catalog: every text the library can report, as one function each.
 #ifndef VOK_BASE_MSG_CATALOG_H
 #define VOK_BASE_MSG_CATALOG_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog entries about assertions, integers, memory, languages and the program itself.
 #include <string_view>
 #include <utility>

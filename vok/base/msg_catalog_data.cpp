@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog entries about nodes, paths, characters and XML.
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog entries about files, streams, zip archives, pipes, shared memory and images.
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalog entries about tables, csv files, formats and master data.
 #include "vok/base/msg_catalog.h"
 #include "vok/base/msg_entry.h"

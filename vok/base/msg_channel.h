@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two ways out of the message facility: console and log. Internal.
 //
 // Locks: everything printed is printed under the message lock, everything logged under

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the entries of the message catalog are made of. Included by the files that define
 // entries, not by those that call them. Internal.
 #ifndef VOK_BASE_MSG_ENTRY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one exception type of the library.
 #ifndef VOK_BASE_MSG_EXCEPTION_H
 #define VOK_BASE_MSG_EXCEPTION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The locks of the message facility. Internal.
 #ifndef VOK_BASE_MSG_LOCK_H
 #define VOK_BASE_MSG_LOCK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/number.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers as text, never by the locale of the process. Internal.
 #ifndef VOK_BASE_NUMBER_H
 #define VOK_BASE_NUMBER_H

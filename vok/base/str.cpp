@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/str.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string of the library: UTF-8 text with shared storage, and its UTF-16 companion.
 #ifndef VOK_BASE_STR_H
 #define VOK_BASE_STR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer types and the version of the library.
 #ifndef VOK_BASE_TYPES_H
 #define VOK_BASE_TYPES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/utf8.h"
 
 namespace vok {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // UTF-8 and UTF-16 in the Unicode sense: no overlong forms, no surrogates, nothing
 // above U+10FFFF (The Unicode Standard, table 3-7).
 #ifndef VOK_BASE_UTF8_H

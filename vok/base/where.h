@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The where-trail: how a public operation adds its name to an error that leaves it.
 //
 //     void File::Open(const char* sPath) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/base/work.h"
 
 #include "vok/base/msg.h"

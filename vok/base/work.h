@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one operation over data from outside uses up. Internal.
 #ifndef VOK_BASE_WORK_H
 #define VOK_BASE_WORK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/attribute_table.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The attributes of all nodes of a tree. Internal.
 #ifndef VOK_DATA_ATTRIBUTE_TABLE_H
 #define VOK_DATA_ATTRIBUTE_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Attributes as a cursor gives them.
 #include <algorithm>
 #include <cstring>

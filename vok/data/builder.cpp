@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/builder.h"
 
 #include "vok/base/where.h"

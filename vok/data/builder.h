@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fast way to build a tree: nodes behind each other, each in the one that is open.
 #ifndef VOK_DATA_BUILDER_H
 #define VOK_DATA_BUILDER_H

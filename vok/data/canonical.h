@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The canonical form of a tree: the bytes that its hash is made of. Internal; docs/hash.md.
 #ifndef VOK_DATA_CANONICAL_H
 #define VOK_DATA_CANONICAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every operation on a cursor asks first. Internal.
 #ifndef VOK_DATA_CHECKS_H
 #define VOK_DATA_CHECKS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of values: to text, to numbers, from node to node.
 #include <bit>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/copy_tree.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Copies of subtrees, within a tree or into another. Internal.
 #ifndef VOK_DATA_COPY_TREE_H
 #define VOK_DATA_COPY_TREE_H

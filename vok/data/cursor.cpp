@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cursors: moving about, names, the user tag, appending.
 #include <bit>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether successors and links close a loop.
 #include "vok/base/where.h"
 #include "vok/data/checks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vok::Data: a cursor on one node of a shared tree.
 #ifndef VOK_DATA_DATA_H
 #define VOK_DATA_DATA_H

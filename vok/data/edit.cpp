@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Editing: inserting, moving, removing, resetting.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Escapes of the path syntax: backspace, decimal code, semicolon.
 #include "vok/data/escape.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The characters that the path syntax reserves, and how names and texts carry them.
 #ifndef VOK_DATA_ESCAPE_H
 #define VOK_DATA_ESCAPE_H

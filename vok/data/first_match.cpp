@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The first node that a path selects.
 #include <algorithm>
 #include <bit>

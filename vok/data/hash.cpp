@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/hash.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hashes of trees.
 #ifndef VOK_DATA_HASH_H
 #define VOK_DATA_HASH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is known of some nodes of a tree, by id. Internal.
 #ifndef VOK_DATA_ID_MAP_H
 #define VOK_DATA_ID_MAP_H

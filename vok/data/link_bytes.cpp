@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/link_bytes.h"
 
 #include "vok/data/id_map.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the links of a tree are written with. Internal.
 #ifndef VOK_DATA_LINK_BYTES_H
 #define VOK_DATA_LINK_BYTES_H

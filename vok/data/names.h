@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names that the nodes of a tree bear. Internal.
 #ifndef VOK_DATA_NAMES_H
 #define VOK_DATA_NAMES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record of one tree node. The whole tree is one array of these.
 #ifndef VOK_DATA_NODE_H
 #define VOK_DATA_NODE_H

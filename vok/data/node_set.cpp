@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists and sets of nodes.
 #include <algorithm>
 #include <cstddef>

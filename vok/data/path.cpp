@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths of nodes, and nodes made along paths.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One node of a document that is read node by node.
 #ifndef VOK_DATA_RECORD_H
 #define VOK_DATA_RECORD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a codec is asked for by those who read record by record. Internal.
 #ifndef VOK_DATA_RECORD_SOURCE_H
 #define VOK_DATA_RECORD_SOURCE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the reader or the writer of a document stands: the way down to its node. Internal.
 #ifndef VOK_DATA_RECORD_TRAIL_H
 #define VOK_DATA_RECORD_TRAIL_H

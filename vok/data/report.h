@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Filling load reports. Internal.
 #ifndef VOK_DATA_REPORT_H
 #define VOK_DATA_REPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Order kept in sorted runs. Internal.
 //
 // An array that takes elements in any order and is searched in between must not be put in order

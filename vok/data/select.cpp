@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluation of paths.
 #include <algorithm>
 #include <cstring>

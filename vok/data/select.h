@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluation of many paths as one operation. Internal.
 #ifndef VOK_DATA_SELECT_H
 #define VOK_DATA_SELECT_H

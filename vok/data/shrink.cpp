@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compacting the tree.
 #include <algorithm>
 #include <string_view>

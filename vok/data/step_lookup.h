@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Steps of a path as a tree sees them. Internal.
 #ifndef VOK_DATA_STEP_LOOKUP_H
 #define VOK_DATA_STEP_LOOKUP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tree store behind every cursor. Internal: the code of this folder and the codecs work on it
 // directly, everybody else through cursors.
 //

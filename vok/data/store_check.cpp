@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/store_check.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether a store is what the rest of the code takes it for. Internal, for tests.
 #ifndef VOK_DATA_STORE_CHECK_H
 #define VOK_DATA_STORE_CHECK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/succ_groups.h"
 
 #include "vok/base/msg.h"

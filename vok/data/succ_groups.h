@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The successors of all nodes, in groups. Internal.
 #ifndef VOK_DATA_SUCC_GROUPS_H
 #define VOK_DATA_SUCC_GROUPS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The order of successors: placing pending nodes in their groups, sorting, searching.
 #include <algorithm>
 

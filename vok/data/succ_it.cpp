@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Iterators over successors, and looking up successors by name and number.
 #include "vok/data/succ_it.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Iterators over the successors of a node and over lists of nodes.
 #ifndef VOK_DATA_SUCC_IT_H
 #define VOK_DATA_SUCC_IT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/text_heap.h"
 
 #include "vok/base/msg.h"

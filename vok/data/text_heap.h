@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes that the values and attributes of a tree refer to. Internal.
 #ifndef VOK_DATA_TEXT_HEAP_H
 #define VOK_DATA_TEXT_HEAP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which parts of a text heap are referred to, and where they stand in a copy. Internal.
 #ifndef VOK_DATA_TEXT_RANGES_H
 #define VOK_DATA_TEXT_RANGES_H

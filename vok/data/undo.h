@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Taking back what an operation has made of a tree before it failed. Internal.
 #ifndef VOK_DATA_UNDO_H
 #define VOK_DATA_UNDO_H

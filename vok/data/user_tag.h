@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text that a tree carries beside its nodes. Internal.
 #ifndef VOK_DATA_USER_TAG_H
 #define VOK_DATA_USER_TAG_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The value of a node, apart from a tree.
 #ifndef VOK_DATA_VALUE_H
 #define VOK_DATA_VALUE_H

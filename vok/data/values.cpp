@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of nodes: setters, getters, links.
 #include <bit>
 #include <cstring>

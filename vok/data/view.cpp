@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/data/view.h"
 
 #include "vok/base/where.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A node to be read, without a share in its tree.
 #ifndef VOK_DATA_VIEW_H
 #define VOK_DATA_VIEW_H

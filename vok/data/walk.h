@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fast way through a whole subtree: every node and its value in pre-order.
 #ifndef VOK_DATA_WALK_H
 #define VOK_DATA_WALK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The path parser.
 #include "vok/data/xpath.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Path expressions over a tree.
 //
 //     path      = [ "/" [ "/" ] ] [ step { ( "/" | "//" ) step } [ "/" | "//" ] ]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codec's door to the store behind a cursor. Internal.
 #ifndef VOK_DGRAPH_ACCESS_H
 #define VOK_DGRAPH_ACCESS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/dgraph/container.h"
 
 #include <string_view>

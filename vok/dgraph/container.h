@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrappings in which a stored tree may come: as it is, compressed, or in a zip archive.
 #ifndef VOK_DGRAPH_CONTAINER_H
 #define VOK_DGRAPH_CONTAINER_H

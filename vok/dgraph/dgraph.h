@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // DGraph documents: the binary form in which trees are exchanged.
 #ifndef VOK_DGRAPH_DGRAPH_H
 #define VOK_DGRAPH_DGRAPH_H

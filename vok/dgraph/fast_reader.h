@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loop that most records are read by. Internal: reader.cpp includes it, so that a
 // compiler may put the loop where it is called.
 #ifndef VOK_DGRAPH_FAST_READER_H

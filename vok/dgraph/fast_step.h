@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of step texts told without taking them apart: those that are expected. Internal.
 #ifndef VOK_DGRAPH_FAST_STEP_H
 #define VOK_DGRAPH_FAST_STEP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loop that most records are written by. Internal: writer.cpp includes it, so that a
 // compiler may put the loop where it is called.
 #ifndef VOK_DGRAPH_FAST_WRITER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Constants of the DGraph document; docs/format.md explains it. All numbers are little-endian.
 #ifndef VOK_DGRAPH_FORMAT_H
 #define VOK_DGRAPH_FORMAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Steps of names that are known while compiling. Internal.
 #ifndef VOK_DGRAPH_KNOWN_STEP_H
 #define VOK_DGRAPH_KNOWN_STEP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads DGraph documents, of which those of major version 2 are a header and a native dump, and
 // tells the forms of a stored tree apart.
 #include <algorithm>

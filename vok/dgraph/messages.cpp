@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/dgraph/messages.h"
 
 #include <cstdio>

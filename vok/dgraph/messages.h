@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What DGraph documents and trees are refused with: an extension of the message catalog.
 // Each raises a Msg_Exception. Internal.
 #ifndef VOK_DGRAPH_MESSAGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which names a DGraph tree may carry, and children made at a position. The reader and the
 // writer do not ask: what they cannot carry as it stands they escape.
 #ifndef VOK_DGRAPH_NAMES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Step texts that are a name as it stands and an index: name[index]. Internal.
 #ifndef VOK_DGRAPH_PLAIN_STEP_H
 #define VOK_DGRAPH_PLAIN_STEP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/dgraph/reader.h"
 
 #include <algorithm>

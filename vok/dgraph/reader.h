@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading DGraph documents of major version 1. Internal.
 //
 // Its functions stand in two files: steps and values (reader.cpp), and the loop that most records

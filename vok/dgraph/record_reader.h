@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // DGraph documents of major version 1, record by record. Internal.
 #ifndef VOK_DGRAPH_RECORD_READER_H
 #define VOK_DGRAPH_RECORD_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records of a DGraph document as bytes, wherever their nodes come from. Internal.
 #ifndef VOK_DGRAPH_RECORD_WRITER_H
 #define VOK_DGRAPH_RECORD_WRITER_H

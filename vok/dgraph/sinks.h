@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the writer puts its bytes when it must write field by field. Internal.
 #ifndef VOK_DGRAPH_SINKS_H
 #define VOK_DGRAPH_SINKS_H

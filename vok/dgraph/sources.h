@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the reader gets its bytes from. Internal.
 //
 // Both sources deliver what is left and no more: Fetch fills up what is missing with zeros,

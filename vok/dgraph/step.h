@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parsing of step texts: name[index][@attribute="value"]... Internal.
 #ifndef VOK_DGRAPH_STEP_H
 #define VOK_DGRAPH_STEP_H

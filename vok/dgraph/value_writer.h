@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values of records as bytes, and steps that are ready; the base of what writes records.
 // Internal.
 #ifndef VOK_DGRAPH_VALUE_WRITER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The version of a tree and of a stream.
 #include <charconv>
 #include <cstring>

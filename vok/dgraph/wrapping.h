@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the first bytes of a file tell its wrapping. Internal.
 #ifndef VOK_DGRAPH_WRAPPING_H
 #define VOK_DGRAPH_WRAPPING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a tree as a DGraph document; of major version 2 that is a header and a native dump.
 #include "vok/dgraph/writer.h"
 

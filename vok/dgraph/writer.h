@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing a tree as a DGraph document of major version 1. Internal.
 //
 // Its functions stand in two files: nodes (writer.cpp), and the loop that most of them go through

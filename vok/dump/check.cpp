@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/dump/check.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether what a dump holds is a tree. Internal.
 #ifndef VOK_DUMP_CHECK_H
 #define VOK_DUMP_CHECK_H

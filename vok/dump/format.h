@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The native dump of a tree; docs/native-dump.md explains it. All numbers are little-endian.
 // Internal.
 //

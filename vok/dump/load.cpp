@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the native dump.
 #include <algorithm>
 #include <cstring>

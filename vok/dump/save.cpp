@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the native dump.
 #include "vok/dump/format.h"
 

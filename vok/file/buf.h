@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream in memory: a buffer that grows, or a block of somebody else's to read.
 #ifndef VOK_FILE_BUF_H
 #define VOK_FILE_BUF_H

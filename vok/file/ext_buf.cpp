@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/file/ext_buf.h"
 
 #include <algorithm>

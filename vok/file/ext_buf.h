@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream that writes into a block of fixed size.
 #ifndef VOK_FILE_EXT_BUF_H
 #define VOK_FILE_EXT_BUF_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/file/file.h"
 
 #include <algorithm>

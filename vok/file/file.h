@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file on disk as a stream, and the binary primitives that work on any stream.
 #ifndef VOK_FILE_FILE_H
 #define VOK_FILE_FILE_H

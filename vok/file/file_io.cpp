@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How bytes get from and to an open file.
 #include <algorithm>
 #include <cstdio>

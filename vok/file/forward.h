@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams that cannot go back, or should not. Internal.
 #ifndef VOK_FILE_FORWARD_H
 #define VOK_FILE_FORWARD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The header in front of dumped objects. All numbers have 4 bytes.
 //
 // With a version:

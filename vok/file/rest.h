@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading on in a stream that may give less than it is asked for. Internal.
 #ifndef VOK_FILE_REST_H
 #define VOK_FILE_REST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where codecs put their bytes. Internal.
 //
 // A sink gives room for what has a bound, is told where it ends, and takes what has a length of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one byte-stream interface: everything that is serialised goes through it.
 #ifndef VOK_FILE_STREAM_H
 #define VOK_FILE_STREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What comes next in a stream, in pieces. Internal.
 #ifndef VOK_FILE_WINDOW_H
 #define VOK_FILE_WINDOW_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML tokens for programs that do without a tree.
 #include <string_view>
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of an XML document, or of a JSON one, as UTF-8, piece by piece. Internal.
 #ifndef VOK_FILE_XML_SOURCE_H
 #define VOK_FILE_XML_SOURCE_H

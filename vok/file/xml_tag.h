@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A start tag of XML, taken apart. Internal.
 #ifndef VOK_FILE_XML_TAG_H
 #define VOK_FILE_XML_TAG_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/file/xml_text.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The letters of XML: names, references, escapes. Internal.
 #ifndef VOK_FILE_XML_TEXT_H
 #define VOK_FILE_XML_TEXT_H

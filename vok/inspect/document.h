@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fields of a DGraph document. Internal.
 #ifndef VOK_INSPECT_DOCUMENT_H
 #define VOK_INSPECT_DOCUMENT_H

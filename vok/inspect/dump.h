@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fields of a native dump; docs/native-dump.md explains them. Internal.
 #ifndef VOK_INSPECT_DUMP_H
 #define VOK_INSPECT_DUMP_H

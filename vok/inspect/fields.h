@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of one document, taken off field by field. Internal.
 #ifndef VOK_INSPECT_FIELDS_H
 #define VOK_INSPECT_FIELDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/inspect/inflated.h"
 
 #include "vok/base/msg.h"

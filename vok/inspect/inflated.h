@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compressed bytes as far as they can be inflated. Internal.
 #ifndef VOK_INSPECT_INFLATED_H
 #define VOK_INSPECT_INFLATED_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/inspect/inspect.h"
 
 #include "vok/base/where.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the bytes of a stored tree mean, one after the other, also where they are damaged.
 #ifndef VOK_INSPECT_INSPECT_H
 #define VOK_INSPECT_INSPECT_H

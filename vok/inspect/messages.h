@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What inspecting finds: an extension of the message catalog. Internal.
 #ifndef VOK_INSPECT_MESSAGES_H
 #define VOK_INSPECT_MESSAGES_H

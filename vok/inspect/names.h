@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of fields that more than one place knows. Internal.
 #ifndef VOK_INSPECT_NAMES_H
 #define VOK_INSPECT_NAMES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/inspect/place.h"
 
 #include <algorithm>

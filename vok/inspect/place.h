@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where in the tree the records of a document stand. Internal.
 #ifndef VOK_INSPECT_PLACE_H
 #define VOK_INSPECT_PLACE_H

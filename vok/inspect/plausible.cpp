@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/inspect/plausible.h"
 
 #include <algorithm>

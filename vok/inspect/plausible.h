@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where records may begin again behind a fault. Internal.
 #ifndef VOK_INSPECT_PLAUSIBLE_H
 #define VOK_INSPECT_PLAUSIBLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Going through stored trees. Internal.
 #ifndef VOK_INSPECT_RUN_H
 #define VOK_INSPECT_RUN_H

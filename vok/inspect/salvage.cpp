@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/inspect/salvage.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What can be read of a damaged DGraph document.
 #ifndef VOK_INSPECT_SALVAGE_H
 #define VOK_INSPECT_SALVAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fields of what documents are wrapped in. Internal.
 #ifndef VOK_INSPECT_WRAPPED_H
 #define VOK_INSPECT_WRAPPED_H

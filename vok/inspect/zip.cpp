@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zip archives: what stands in them, from front to end.
 #include <array>
 

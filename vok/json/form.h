@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What documents of this library use of JSON to carry what plain JSON does not. Internal.
 #ifndef VOK_JSON_FORM_H
 #define VOK_JSON_FORM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON: trees for programs that know nothing of them, and documents of such programs as trees.
 #ifndef VOK_JSON_JSON_H
 #define VOK_JSON_JSON_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads JSON documents into a tree: levels and members.
 #include "vok/json/loader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading JSON: makes a tree of what RapidJSON's reader tells. Internal.
 //
 // Its functions stand in two files: levels and members (loader.cpp), and the values that are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where RapidJSON keeps a text that it reads, and a few bytes for every open level. Internal.
 #ifndef VOK_JSON_MEMORY_H
 #define VOK_JSON_MEMORY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/json/messages.h"
 
 #include "vok/base/msg_entry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What JSON is refused with: an extension of the message catalog. Each raises a Msg_Exception.
 // Internal.
 #ifndef VOK_JSON_MESSAGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/json/scalar.h"
 
 #include <bit>

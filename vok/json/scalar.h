@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values as JSON carries them. Internal.
 #ifndef VOK_JSON_SCALAR_H
 #define VOK_JSON_SCALAR_H

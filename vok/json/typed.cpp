@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the values of a document are in a tree.
 #include <string_view>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a tree as a JSON document.
 #include "vok/json/writer.h"
 

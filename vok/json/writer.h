@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing JSON: tokens as RapidJSON's writer makes them, with line breaks of our own. Internal.
 #ifndef VOK_JSON_WRITER_H
 #define VOK_JSON_WRITER_H

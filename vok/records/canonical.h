@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The canonical form of a document, in constant memory.
 #ifndef VOK_RECORDS_CANONICAL_H
 #define VOK_RECORDS_CANONICAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/messages.h"
 
 #include "vok/base/msg_entry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What readers and writers of records are refused with: an extension of the message catalog. Each
 // raises a Msg_Exception. Internal.
 #ifndef VOK_RECORDS_MESSAGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where documents go whose counts are known later than they are written. Internal.
 #ifndef VOK_RECORDS_PATCH_SINK_H
 #define VOK_RECORDS_PATCH_SINK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/path.h"
 
 #include "vok/data/xpath.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths that are looked for while a document goes by. Internal.
 #ifndef VOK_RECORDS_PATH_H
 #define VOK_RECORDS_PATH_H

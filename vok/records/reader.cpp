@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/reader.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents record by record, in constant memory.
 #ifndef VOK_RECORDS_READER_H
 #define VOK_RECORDS_READER_H

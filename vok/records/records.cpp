@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/records.h"
 
 #include "vok/base/where.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parts of a document that a path selects, in constant memory.
 #ifndef VOK_RECORDS_RECORDS_H
 #define VOK_RECORDS_RECORDS_H

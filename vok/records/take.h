@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trees of records. Internal.
 #ifndef VOK_RECORDS_TAKE_H
 #define VOK_RECORDS_TAKE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/unwrapped.h"
 
 #include "vok/file/buf.h"

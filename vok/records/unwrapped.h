@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stored document without what it is wrapped in. Internal.
 #ifndef VOK_RECORDS_UNWRAPPED_H
 #define VOK_RECORDS_UNWRAPPED_H

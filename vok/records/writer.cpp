@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/records/writer.h"
 
 #include <algorithm>

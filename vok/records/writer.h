@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents written node by node, in constant memory.
 #ifndef VOK_RECORDS_WRITER_H
 #define VOK_RECORDS_WRITER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counters that several threads may hold: what the blocks of memory need of the system, inline.
 #ifndef VOK_SYS_COUNTER_H
 #define VOK_SYS_COUNTER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal. Freed blocks of pages that wait for the next tree: clearing fresh pages costs as
 // much as filling them.
 #ifndef VOK_SYS_PAGE_CACHE_H

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "vok/sys/sys.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -18,6 +20,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "vok/sys/page_cache.h"
@@ -145,6 +148,38 @@ void IgnoreFileSizeSignal() noexcept {
 
 void RemoveOnInterrupt(const char* sPath) noexcept {
     ::unlink(sPath);
+}
+
+namespace {
+
+std::atomic<::pid_t> g_iPager{0};
+
+}  // namespace
+
+bool StartPager(const char* sCommand) noexcept {
+    int aiEnd[2];
+    if (::pipe2(aiEnd, O_CLOEXEC) != 0) return false;
+    (void)::setenv("LESS", "FRX", 0);
+    std::fflush(stdout);
+    const ::pid_t iPager = ::fork();
+    if (iPager == 0) {
+        ::dup2(aiEnd[0], STDIN_FILENO);
+        ::execl("/bin/sh", "sh", "-c", sCommand, static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    const bool bGood = iPager > 0 && ::dup2(aiEnd[1], STDOUT_FILENO) == STDOUT_FILENO;
+    ::close(aiEnd[0]);
+    ::close(aiEnd[1]);
+    if (iPager > 0) g_iPager = iPager;
+    return bGood;
+}
+
+void FinishPager() noexcept {
+    const ::pid_t iPager = g_iPager.exchange(0);
+    if (iPager == 0) return;
+    ::close(STDOUT_FILENO);
+    while (::waitpid(iPager, nullptr, 0) < 0 && errno == EINTR) {
+    }
 }
 
 // ---- time -----------------------------------------------------------------

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one door to the operating system. Everything else in the library is
 // written against this header; posix.cpp and win32.cpp stand behind it, and no
 // other file includes a system header. Internal.
@@ -82,6 +83,14 @@ void IgnoreFileSizeSignal() noexcept;
 // Removes a file that the program may still have open. For handlers of interrupts only: all
 // files may be closed afterwards, and the program must end at once.
 void RemoveOnInterrupt(const char* sPath) noexcept;
+
+// Runs a command of the shell whose standard input is what standard output gets from now on. Tells
+// less, unless it has been told otherwise, to show colours, and to end at once where all fits the
+// screen. False where that cannot be. Once in a process.
+[[nodiscard]] bool StartPager(const char* sCommand) noexcept;
+// Closes standard output and waits until that command has ended, if there is one. For handlers of
+// interrupts as well.
+void FinishPager() noexcept;
 
 // ---- time -----------------------------------------------------------------
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal. The block of memory that a thread has for itself. The slot that holds it, and whatever
 // frees it when the thread ends, is the system's.
 #ifndef VOK_SYS_THREAD_BLOCK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer types of the library. The digit is the power of two of the byte
 // count: u2_t has 2^2 = 4 bytes, u3_t has 2^3 = 8.
 #ifndef VOK_SYS_TYPES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/sys/sys.h"
 
 #include <algorithm>
@@ -223,6 +224,12 @@ void RemoveOnInterrupt(const char* sPath) noexcept {
     ::_fcloseall();
     ::_wremove(sWide.c_str());
 }
+
+bool StartPager(const char*) noexcept {
+    return false;
+}
+
+void FinishPager() noexcept {}
 
 // ---- time -----------------------------------------------------------------
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The elements of an XML document as bytes, wherever their nodes come from. Internal.
 #ifndef VOK_XML_ELEMENT_WRITER_H
 #define VOK_XML_ELEMENT_WRITER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loop that most elements go through.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Elements told without taking their tags apart. Internal.
 #ifndef VOK_XML_FAST_TEXT_H
 #define VOK_XML_FAST_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What documents of this library use of XML to carry types and links. Internal.
 #ifndef VOK_XML_FORM_H
 #define VOK_XML_FORM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads XML documents into a tree: tokens and elements.
 #include <algorithm>
 #include <cstring>

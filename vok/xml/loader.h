@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading XML: the loader behind Data::LoadFromXML. Internal.
 //
 // Its functions stand in three files: elements (loader.cpp), the values that texts

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/xml/record_reader.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XML documents, record by record. Internal.
 #ifndef VOK_XML_RECORD_READER_H
 #define VOK_XML_RECORD_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/xml/scalar.h"
 
 #include "vok/base/date.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values that stand in documents as texts. Internal.
 #ifndef VOK_XML_SCALAR_H
 #define VOK_XML_SCALAR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/xml/tokens.h"
 
 #include <algorithm>

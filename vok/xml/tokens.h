@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An XML document taken apart into tags and texts. Internal.
 #ifndef VOK_XML_TOKENS_H
 #define VOK_XML_TOKENS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the attributes and texts of elements stand for.
 #include <algorithm>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a tree as an XML document: elements, attributes and values.
 #include <algorithm>
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing XML: the writer behind Data::SaveToXML. Internal.
 //
 // Its functions stand in two files: nodes (writer.cpp), and the loop that most of them go through

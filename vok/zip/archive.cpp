@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/zip/archive.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zip archives.
 #ifndef VOK_ZIP_ARCHIVE_H
 #define VOK_ZIP_ARCHIVE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A compressed stream in memory.
 #ifndef VOK_ZIP_BUF_H
 #define VOK_ZIP_BUF_H

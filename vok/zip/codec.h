@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the two engines of this folder share, which make plain bytes of compressed ones and back.
 // Internal.
 #ifndef VOK_ZIP_CODEC_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/zip/cp437.h"
 
 #include <algorithm>

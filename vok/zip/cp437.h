@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code page 437, in which zip archives keep names and comments. Internal.
 #ifndef VOK_ZIP_CP437_H
 #define VOK_ZIP_CP437_H

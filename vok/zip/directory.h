@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The central directory of an archive: finding, checking and keeping it. Internal.
 #ifndef VOK_ZIP_DIRECTORY_H
 #define VOK_ZIP_DIRECTORY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A compressed stream in a file.
 #ifndef VOK_ZIP_FILE_H
 #define VOK_ZIP_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/zip/info.h"
 
 #include <algorithm>

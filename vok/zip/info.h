@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a zip archive says about itself and its members.
 #ifndef VOK_ZIP_INFO_H
 #define VOK_ZIP_INFO_H

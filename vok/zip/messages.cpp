@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/zip/messages.h"
 
 #include <string_view>

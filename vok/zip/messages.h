@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What archives and compressed streams are refused with. Internal.
 #ifndef VOK_ZIP_MESSAGES_H
 #define VOK_ZIP_MESSAGES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plain bytes to compressed ones, in pieces of any size. Internal.
 #ifndef VOK_ZIP_PACKER_H
 #define VOK_ZIP_PACKER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the members of an archive. Internal.
 #ifndef VOK_ZIP_READER_H
 #define VOK_ZIP_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records of a zip archive, and the bytes they are made of. Internal.
 //
 // Numbers are little-endian. Of each record the fixed part is given; what follows it is as long as

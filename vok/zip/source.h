@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of an archive that is read, in a file or in memory. Internal.
 #ifndef VOK_ZIP_SOURCE_H
 #define VOK_ZIP_SOURCE_H

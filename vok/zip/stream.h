@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams that compress what is written to them and decompress what is read from them.
 #ifndef VOK_ZIP_STREAM_H
 #define VOK_ZIP_STREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compressed bytes to plain ones, in pieces of any size. Internal.
 #ifndef VOK_ZIP_UNPACKER_H
 #define VOK_ZIP_UNPACKER_H

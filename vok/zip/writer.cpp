@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vok/zip/writer.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing members into an archive. Internal.
 #ifndef VOK_ZIP_WRITER_H
 #define VOK_ZIP_WRITER_H
