@@ -29,7 +29,7 @@ class Vok(ConanFile):
         CMakeDeps(self).generate()
         toolchain = CMakeToolchain(self)
         toolchain.cache_variables.update(VOK_PROGRAM=bool(self.options.tool), VOK_INSTALL=True, VOK_TESTS=False,
-                                         VOK_DOTNET=False, VOK_SHARED=False)
+                                         VOK_DOTNET=False, VOK_PYTHON=False, VOK_SHARED=False)
         toolchain.generate()
 
     def build(self):

@@ -245,6 +245,23 @@ TEST(Reader, LinksWithinASubtreeAndOutOfIt) {
     EXPECT_EQ(Load(Save(oRecords.GetData())), Show(oRecords.GetData()));
 }
 
+TEST(Reader, TreesThatAreKept) {
+    const std::string_view sDocument = "<o><a n=\"1\"><a n=\"2\"/></a><a n=\"3\"/><a n=\"4\"/></o>";
+    for (const std::string_view sPath : {"/a", "//a"}) {
+        File_Buf oIn(sDocument.data(), sDocument.size());
+        Records oRecords(oIn, sPath);
+        std::vector<Data> aoKept;
+        while (oRecords.Next()) {
+            aoKept.push_back(oRecords.Release());
+            // The ones that are still to come do not see it.
+            if (aoKept.back().GetNodes() > 1) aoKept.back().RemoveSuccs();
+        }
+        std::string sNumbers;
+        for (const Data& o : aoKept) sNumbers += o.GetAttVal("n");
+        EXPECT_EQ(sNumbers, sPath == "/a" ? "134" : "1234");
+    }
+}
+
 // What a document is wrapped in, and how it is coded.
 TEST(Reader, EveryFormAndWrapping) {
     const Scratch_Dir oDir;

@@ -40,6 +40,7 @@ class Records::Inner {
     void Find(const Data& oTree, u2_t uDepth) {
         m_oFound.Truncate(0);
         m_uNext = 0;
+        m_oWhole.Clear();
         Tree_Record oRecord;
         for (Data_Walk o(oTree); o.Next();) {
             if (o.GetDepth() == 0) continue;
@@ -49,6 +50,10 @@ class Records::Inner {
             if (!oVerdict.bBelow) o.SkipSuccessors();
         }
         if (m_oFound.Size() != 0) m_oWhole = oTree;
+    }
+    // Whether the tree found last is still needed.
+    [[nodiscard]] bool Holds(const Data& oTree) const noexcept {
+        return HasMore() && oTree == m_oWhole;
     }
     [[nodiscard]] bool HasMore() const noexcept { return m_uNext < m_oFound.Size(); }
     [[nodiscard]] Data Take() { return m_oWhole.GetNodeFromID(m_oFound(m_uNext++)).MkClone(); }
@@ -91,6 +96,11 @@ bool Records::Next() {
         }
         return false;
     });
+}
+
+Data Records::Release() {
+    return Where("vok::Records::Release",
+                 [&] { return m_pInner->Holds(m_oTree) ? m_oTree.MkClone() : std::move(m_oTree); });
 }
 
 Str Records::GetPath() const {

@@ -36,6 +36,9 @@ class Records {
     // end.
     bool Next();
     [[nodiscard]] const Data& GetData() const noexcept { return m_oTree; }
+    // The same for who keeps it: the next one does not take its place. Costs a copy, linear in its
+    // nodes, where the path selects parts of it as well.
+    [[nodiscard]] Data Release();
     // Where in the document its root stands. Linear in the depth.
     [[nodiscard]] Str GetPath() const;
     [[nodiscard]] const Data_Reader& GetReader() const noexcept { return m_oReader; }
