@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "examples/inventory_c/status_file.h"
+#include "examples/package_inventory_c/status_file.h"
 
 static int failed(const char* text) {
     fprintf(stderr, "package_inventory: %s\n", text);

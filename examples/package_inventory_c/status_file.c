@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-#include "examples/inventory_c/status_file.h"
+#include "examples/package_inventory_c/status_file.h"
 
 #include <errno.h>
 #include <stdarg.h>
