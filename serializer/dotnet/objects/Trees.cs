@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+using System;
+
+namespace Velmar.Q7R.Serializer.Objects
+{
+    // Objects below nodes: few calls of the native library for a whole object.
+    internal static class Trees
+    {
+        // The root of a new tree with the object in it.
+        internal static Node Of<T>(T value)
+        {
+            var root = new Node(true);
+            try
+            {
+                Write(root, value);
+                return root;
+            }
+            catch
+            {
+                root.Dispose();
+                throw;
+            }
+        }
+
+        internal static T New<T>()
+        {
+            Contents<T>.Get();
+            return Kinds<T>.Are ? default(T) : Plan<T>.Get().Make();
+        }
+
+        internal static void Write<T>(Node node, T value)
+        {
+            if (value == null) throw new ArgumentNullException("value");
+            IContent<T> content = Contents<T>.Get();
+            var items = new ItemsOut();
+            try
+            {
+                try
+                {
+                    content.WriteContent(items, value);
+                }
+                catch (CannotWrite)
+                {
+                    // The item that was added last says so.
+                }
+                Add(node, items);
+            }
+            finally
+            {
+                items.Release();
+            }
+        }
+
+        // fail: tells the native library where the document came from; null where that is gone.
+        internal static void Read<T>(Node node, ref T value, ReadOptions options,
+                                     Func<CannotRead, int> fail)
+        {
+            IContent<T> content = Contents<T>.Get();
+            ItemsIn items = new ItemsIn(node.Handle, options != null && options.RefuseUnknown);
+            try
+            {
+                content.ReadContent(items, ItemsIn.Root, ref value);
+                items.CheckTaken(ItemsIn.Root);
+            }
+            catch (CannotRead fault)
+            {
+                Native.FoundText(fail != null ? fail(fault)
+                    : ObjectsNative.vok_fail_in_buffer(node.Handle, fault.Id, fault.Reason,
+                                                       fault.Found ? 1 : 0, null, 0));
+                throw;
+            }
+            finally
+            {
+                items.Release();
+            }
+        }
+
+        // Objects that write themselves do so when all else is there.
+        private static void Add(Node node, ItemsOut items)
+        {
+            var handles = new IntPtr[items.Hosts.Count];
+            Native.FoundText(ObjectsNative.vok_node_add_items(node.Handle, items.Bytes, items.Size, handles,
+                                                              handles.Length));
+            var nodes = new Node[handles.Length];
+            for (int i = 0; i < nodes.Length; ++i) nodes[i] = new Node(handles[i]);
+            try
+            {
+                for (int i = 0; i < nodes.Length; ++i) items.Hosts[i].WriteValues(nodes[i]);
+            }
+            finally
+            {
+                foreach (Node one in nodes) one.Dispose();
+            }
+        }
+
+        private static class Contents<T>
+        {
+            private static volatile IContent<T> s_content;
+
+            internal static IContent<T> Get()
+            {
+                return s_content ?? (s_content = Forms.Content<T>());
+            }
+        }
+
+        private static class Kinds<T>
+        {
+            internal static readonly bool Are = Attribute.IsDefined(typeof(T), typeof(KindAttribute), false);
+        }
+    }
+}
