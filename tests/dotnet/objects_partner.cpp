@@ -79,8 +79,7 @@ struct Attributes {
             Field("big", &Attributes::big).Attribute(),
             Field("ratio", &Attributes::ratio).Attribute(),
             Field("small", &Attributes::small).Attribute(),
-            Field("on", &Attributes::on).Attribute(),
-            Field("side", &Attributes::side).Attribute(),
+            Field("on", &Attributes::on).Attribute(), Field("side", &Attributes::side).Attribute(),
             Field("level", &Attributes::level).Attribute(), Field("inside", &Attributes::inside));
     }
 };
@@ -251,12 +250,13 @@ int main(int argc, char** argv) {
             Order oRead;
             try {
                 if (std::string_view(sEnd) == ".xml") {
-                    oSerializer.ReadFromFile(oRead, (sStem + sEnd).c_str(), {.refuseUnknown = true});
+                    oSerializer.ReadFromFile(oRead, (sStem + sEnd).c_str(),
+                                             {.refuseUnknown = true});
                 } else {
                     const std::string s = FileOf(sStem + sEnd);
-                    oSerializer.Read(
-                        oRead, std::span(reinterpret_cast<const Byte*>(s.data()), s.size()),
-                        {.refuseUnknown = true});
+                    oSerializer.Read(oRead,
+                                     std::span(reinterpret_cast<const Byte*>(s.data()), s.size()),
+                                     {.refuseUnknown = true});
                 }
             } catch (const System::ApplicationException& e) {
                 std::printf("%s%s: %s\n", sStem.c_str(), sEnd, e.what());
