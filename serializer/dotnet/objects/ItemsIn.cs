@@ -31,12 +31,11 @@ namespace Velmar.Q7R.Serializer.Objects
     // A tree as the native library gives it in one call. Nodes are places in its bytes; 0 is none.
     internal sealed class ItemsIn
     {
-        private const int MostKept = 1 << 20;
         // Of a node: its size, id, name, type and number of attributes stand in front.
         private const int Head = 17;
 
         [ThreadStatic]
-        private static byte[] s_kept;
+        private static Kept s_kept;
 
         private readonly NodeHandle m_root;
         private readonly byte[] m_bytes;
@@ -55,8 +54,7 @@ namespace Velmar.Q7R.Serializer.Objects
             Native.FoundText(ObjectsNative.vok_node_get_items(root, ref items, out size));
             try
             {
-                m_bytes = s_kept != null && s_kept.Length >= size ? s_kept : new byte[Math.Max(size, 4096)];
-                s_kept = null;
+                m_bytes = s_kept.Take(size);
                 Marshal.Copy(items, m_bytes, 0, size);
             }
             finally
@@ -77,7 +75,7 @@ namespace Velmar.Q7R.Serializer.Objects
         // The bytes are used no more.
         internal void Release()
         {
-            if (m_bytes.Length <= MostKept) s_kept = m_bytes;
+            s_kept.Give(m_bytes);
         }
 
         internal const int Root = 4;

@@ -22,10 +22,9 @@ namespace Velmar.Q7R.Serializer.Objects
     {
         // Levels of nesting that objects may have: they are written by methods that call each other.
         internal const int MostDepth = 256;
-        private const int MostKept = 1 << 20;
 
         [ThreadStatic]
-        private static byte[] s_kept;
+        private static Kept s_kept;
 
         private byte[] m_bytes;
         private int m_size;
@@ -35,8 +34,7 @@ namespace Velmar.Q7R.Serializer.Objects
 
         internal ItemsOut()
         {
-            m_bytes = s_kept ?? new byte[4096];
-            s_kept = null;
+            m_bytes = s_kept.Take(0);
         }
 
         internal byte[] Bytes { get { return m_bytes; } }
@@ -45,7 +43,7 @@ namespace Velmar.Q7R.Serializer.Objects
         // The bytes are used no more: the next document of this thread may have the array.
         internal void Release()
         {
-            if (m_bytes.Length <= MostKept) s_kept = m_bytes;
+            s_kept.Give(m_bytes);
         }
 
         internal void Bool(Place place, bool value)
