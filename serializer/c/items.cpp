@@ -165,9 +165,13 @@ void Telling(const char* sFailure, F&& oBody) {
 class Teller {
   public:
     explicit Teller(const vok::Data& oNode) : m_oTree(oNode) {
+        m_oBytes.Reserve(2048);
+        m_asName.reserve(32);
+        m_auNumber.reserve(64);
         Number<vok::u2_t>(0);
         // Trees are deeper than stacks: the nodes that are open, innermost last.
         std::vector<Level> aoLevel;
+        aoLevel.reserve(16);
         Open(aoLevel, Data_View(oNode));
         while (!aoLevel.empty()) {
             Level& o = aoLevel.back();
@@ -289,13 +293,16 @@ vok_status vok_node_add_items(vok_node* node, const uint8_t* items, int32_t size
 }
 
 vok_status vok_node_get_items(const vok_node* node, uint8_t** items, int32_t* size) {
-    return Do([&] {
-        Guarded("Failed to get Node items", [&] {
-            Teller oTeller(Use(node).Data());
+    return Call([&] {
+        return Guarded("Failed to get Node items", [&] {
+            const vok::Data& oNode = Use(node).Data();
+            if (!oNode.IsNode()) return false;
+            Teller oTeller(oNode);
             // The block stays when the array goes.
             vok::Mem::AddRef(oTeller.Bytes().Beg());
             *items = reinterpret_cast<uint8_t*>(oTeller.Bytes().Beg());
             *size = static_cast<int32_t>(oTeller.Bytes().Size());
+            return true;
         });
     });
 }

@@ -303,7 +303,7 @@ VOK_API vok_status vok_node_add_items(vok_node* node, const uint8_t* items, int3
  *     value                        as above; of VOK_ITEM_TREE the successors, up to its size
  *
  * At the place of the names their number, 4 bytes, and each as a text. Linear. The caller frees the
- * bytes with vok_bytes_free. "Failed to get Node items". */
+ * bytes with vok_bytes_free. VOK_NOT_FOUND for a node of no tree. "Failed to get Node items". */
 VOK_API vok_status vok_node_get_items(const vok_node* node, uint8_t** items, int32_t* size);
 /* The node of the same tree that has this id; the caller frees the handle. VOK_NOT_FOUND where none
  * has. "Failed to get subnode". */

@@ -278,6 +278,9 @@ static int check_failing(void) {
     vok_node* root = NULL;
     uint8_t* told = NULL;
     int32_t size = 0;
+    CHECK(vok_node_create(&root) == VOK_OK);
+    CHECK(vok_node_get_items(root, &told, &size) == VOK_NOT_FOUND && told == NULL);
+    vok_node_free(root);
     CHECK(vok_root_create(&root) == VOK_OK);
     all.size = 0;
     item(&all, VOK_ITEM_TREE, "a");

@@ -175,6 +175,8 @@ internal static class ObjectsTest
         var leg = new Serialisable<Leg>(default(Leg));
         new Serializer().ReadFromBinaryBuffer(leg, bytes);
         Equal(leg.Value.Strike, 0.5, "Serialisable");
+        leg.ReadValues(new Node());
+        Equal(leg.Value.Strike, 0.5, "a node of no tree");
         Equal(((Circle)s_serializer.Read<Shape>(s_serializer.Write<Shape>(new Circle { Radius = 2 }))).Radius, 2.0,
               "kinds at the root");
     }

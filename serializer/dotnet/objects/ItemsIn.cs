@@ -31,11 +31,16 @@ namespace Velmar.Q7R.Serializer.Objects
     // A tree as the native library gives it in one call. Nodes are places in its bytes; 0 is none.
     internal sealed class ItemsIn
     {
+        private const int MostNames = 4096;  // bytes
         // Of a node: its size, id, name, type and number of attributes stand in front.
         private const int Head = 17;
 
         [ThreadStatic]
         private static Kept s_kept;
+        [ThreadStatic]
+        private static byte[] s_nameBytes;
+        [ThreadStatic]
+        private static string[] s_names;
 
         private readonly NodeHandle m_root;
         private readonly byte[] m_bytes;
@@ -45,31 +50,56 @@ namespace Velmar.Q7R.Serializer.Objects
         private int m_startsUsed;
         private int m_depth;
 
-        internal ItemsIn(NodeHandle root, bool refuseUnknown)
+        // Null for a node of no tree, which has no fields.
+        internal static ItemsIn Of(NodeHandle root, bool refuseUnknown)
         {
-            m_root = root;
-            if (refuseUnknown) m_taken = new HashSet<int>();
             IntPtr items = IntPtr.Zero;
             int size;
-            Native.FoundText(ObjectsNative.vok_node_get_items(root, ref items, out size));
+            if (!Native.FoundText(ObjectsNative.vok_node_get_items(root, ref items, out size))) return null;
             try
             {
-                m_bytes = s_kept.Take(size);
-                Marshal.Copy(items, m_bytes, 0, size);
+                return new ItemsIn(root, refuseUnknown, items, size);
             }
             finally
             {
                 Native.vok_bytes_free(items);
             }
-            int at = Int32At(0);
-            m_names = new string[Int32At(at)];
-            at += 4;
-            for (int i = 0; i < m_names.Length; ++i)
+        }
+
+        private ItemsIn(NodeHandle root, bool refuseUnknown, IntPtr items, int size)
+        {
+            m_root = root;
+            if (refuseUnknown) m_taken = new HashSet<int>();
+            m_bytes = s_kept.Take(size);
+            Marshal.Copy(items, m_bytes, 0, size);
+            m_names = Names(Int32At(0), size);
+        }
+
+        // Documents that follow each other mostly have the same names: then they are not made again.
+        private string[] Names(int at, int end)
+        {
+            byte[] last = s_nameBytes;
+            if (last != null && last.Length == end - at)
             {
-                int length = Int32At(at);
-                m_names[i] = Place.Encoding.GetString(m_bytes, at + 4, length);
-                at += 4 + length;
+                int i = 0;
+                while (i < last.Length && last[i] == m_bytes[at + i]) ++i;
+                if (i == last.Length) return s_names;
             }
+            var bytes = new byte[end - at];
+            Buffer.BlockCopy(m_bytes, at, bytes, 0, bytes.Length);
+            var names = new string[Int32At(at)];
+            at += 4;
+            for (int i = 0; i < names.Length; ++i)
+            {
+                names[i] = TextAt(at);
+                at += 4 + Int32At(at);
+            }
+            if (bytes.Length <= MostNames)
+            {
+                s_nameBytes = bytes;
+                s_names = names;
+            }
+            return names;
         }
 
         // The bytes are used no more.

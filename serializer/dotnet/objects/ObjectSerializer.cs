@@ -31,15 +31,15 @@ namespace Velmar.Q7R.Serializer.Objects
         /// <summary>Writes the object to a file as XML.</summary>
         public void WriteToFile<T>(T value, string fileName)
         {
-            using (Node root = Trees.Of(value))
-                Native.Found("Failed to write data to file", Native.vok_save_file(root.Handle, fileName));
+            using (NodeHandle root = Trees.Of(value))
+                Native.Found("Failed to write data to file", Native.vok_save_file(root, fileName));
         }
 
         /// <summary>Writes the object to a stream.</summary>
         public void WriteToStream<T>(T value, Stream stream, StreamForm form = StreamForm.DGraph)
         {
-            using (Node root = Trees.Of(value))
-                new StreamPieces(stream).Save(root.Handle, (int)form | ObjectsNative.Newer);
+            using (NodeHandle root = Trees.Of(value))
+                new StreamPieces(stream).Save(root, (int)form | ObjectsNative.Newer);
         }
 
         /// <summary>A new object from a binary document of any version.</summary>
@@ -61,11 +61,11 @@ namespace Velmar.Q7R.Serializer.Objects
         public T ReadFromFile<T>(string fileName, ReadOptions options = null)
         {
             T value = Trees.New<T>();
-            using (Node root = new Node(true))
+            using (NodeHandle root = Trees.Root())
             {
-                Native.Found(Native.ReadFailure, Native.vok_load_file(root.Handle, fileName));
+                Native.Found(Native.ReadFailure, Native.vok_load_file(root, fileName));
                 Trees.Read(root, ref value, options, fault => ObjectsNative.vok_fail_in_file(
-                    root.Handle, fault.Id, fault.Reason, fault.Found ? 1 : 0, fileName));
+                    root, fault.Id, fault.Reason, fault.Found ? 1 : 0, fileName));
             }
             return value;
         }
@@ -75,9 +75,9 @@ namespace Velmar.Q7R.Serializer.Objects
         public T ReadFromStream<T>(Stream stream, ReadOptions options = null)
         {
             T value = Trees.New<T>();
-            using (Node root = new Node(true))
+            using (NodeHandle root = Trees.Root())
             {
-                new StreamPieces(stream).Load(root.Handle);
+                new StreamPieces(stream).Load(root);
                 Trees.Read(root, ref value, options, null);
             }
             return value;
@@ -89,9 +89,9 @@ namespace Velmar.Q7R.Serializer.Objects
             int size;
             try
             {
-                using (Node root = Trees.Of(value))
+                using (NodeHandle root = Trees.Of(value))
                     Native.Found(Native.BufferFailure,
-                                 ObjectsNative.vok_save_buffer_as(root.Handle, form, ref bytes, out size));
+                                 ObjectsNative.vok_save_buffer_as(root, form, ref bytes, out size));
                 return Utilities.Bytes(bytes, size);
             }
             finally
@@ -102,12 +102,12 @@ namespace Velmar.Q7R.Serializer.Objects
 
         private static void Load<T>(byte[] bytes, ref T value, ReadOptions options)
         {
-            using (Node root = new Node(true))
+            using (NodeHandle root = Trees.Root())
             {
                 int size = bytes == null ? 0 : bytes.Length;
-                Native.Found(Native.ReadFailure, Native.vok_load_buffer(root.Handle, bytes, size));
+                Native.Found(Native.ReadFailure, Native.vok_load_buffer(root, bytes, size));
                 Trees.Read(root, ref value, options, fault => ObjectsNative.vok_fail_in_buffer(
-                    root.Handle, fault.Id, fault.Reason, fault.Found ? 1 : 0, bytes, size));
+                    root, fault.Id, fault.Reason, fault.Found ? 1 : 0, bytes, size));
             }
         }
     }
@@ -127,15 +127,21 @@ namespace Velmar.Q7R.Serializer.Objects
         /// <summary>Adds the object's fields below a node.</summary>
         public void WriteValues(Node node)
         {
-            Trees.Write(node, Value);
+            Trees.Write(HandleOf(node), Value);
         }
 
         /// <summary>Takes the object's fields from a node.</summary>
         public void ReadValues(Node node)
         {
             T value = Value;
-            Trees.Read(node, ref value, null, null);
+            Trees.Read(HandleOf(node), ref value, null, null);
             Value = value;
+        }
+
+        private static NodeHandle HandleOf(Node node)
+        {
+            if (node == null) throw new ArgumentNullException("node");
+            return node.Handle;
         }
     }
 }

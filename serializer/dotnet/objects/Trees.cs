@@ -7,9 +7,9 @@ namespace Velmar.Q7R.Serializer.Objects
     internal static class Trees
     {
         // The root of a new tree with the object in it.
-        internal static Node Of<T>(T value)
+        internal static NodeHandle Of<T>(T value)
         {
-            var root = new Node(true);
+            NodeHandle root = Root();
             try
             {
                 Write(root, value);
@@ -22,13 +22,20 @@ namespace Velmar.Q7R.Serializer.Objects
             }
         }
 
+        internal static NodeHandle Root()
+        {
+            NodeHandle root;
+            Native.Found(Native.NoNode, Native.vok_root_create(out root));
+            return root;
+        }
+
         internal static T New<T>()
         {
             Contents<T>.Get();
             return Kinds<T>.Are ? default(T) : Plan<T>.Get().Make();
         }
 
-        internal static void Write<T>(Node node, T value)
+        internal static void Write<T>(NodeHandle node, T value)
         {
             if (value == null) throw new ArgumentNullException("value");
             IContent<T> content = Contents<T>.Get();
@@ -52,11 +59,12 @@ namespace Velmar.Q7R.Serializer.Objects
         }
 
         // fail: tells the native library where the document came from; null where that is gone.
-        internal static void Read<T>(Node node, ref T value, ReadOptions options,
+        internal static void Read<T>(NodeHandle node, ref T value, ReadOptions options,
                                      Func<CannotRead, int> fail)
         {
             IContent<T> content = Contents<T>.Get();
-            ItemsIn items = new ItemsIn(node.Handle, options != null && options.RefuseUnknown);
+            ItemsIn items = ItemsIn.Of(node, options != null && options.RefuseUnknown);
+            if (items == null) return;
             try
             {
                 content.ReadContent(items, ItemsIn.Root, ref value);
@@ -65,7 +73,7 @@ namespace Velmar.Q7R.Serializer.Objects
             catch (CannotRead fault)
             {
                 Native.FoundText(fail != null ? fail(fault)
-                    : ObjectsNative.vok_fail_in_buffer(node.Handle, fault.Id, fault.Reason,
+                    : ObjectsNative.vok_fail_in_buffer(node, fault.Id, fault.Reason,
                                                        fault.Found ? 1 : 0, null, 0));
                 throw;
             }
@@ -76,11 +84,12 @@ namespace Velmar.Q7R.Serializer.Objects
         }
 
         // Objects that write themselves do so when all else is there.
-        private static void Add(Node node, ItemsOut items)
+        private static void Add(NodeHandle node, ItemsOut items)
         {
             var handles = new IntPtr[items.Hosts.Count];
-            Native.FoundText(ObjectsNative.vok_node_add_items(node.Handle, items.Bytes, items.Size, handles,
+            Native.FoundText(ObjectsNative.vok_node_add_items(node, items.Bytes, items.Size, handles,
                                                               handles.Length));
+            if (handles.Length == 0) return;
             var nodes = new Node[handles.Length];
             for (int i = 0; i < nodes.Length; ++i) nodes[i] = new Node(handles[i]);
             try
