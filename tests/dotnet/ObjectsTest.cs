@@ -4,6 +4,7 @@
 //     ObjectsTest FOLDER    writes cs_*; compares cpp_* with them where objects_partner has been there
 using System;
 using System.Collections.Generic;
+using System.Collections.ObjectModel;
 using System.Globalization;
 using System.IO;
 using System.Linq;
@@ -74,6 +75,15 @@ public class Chain
     public Chain Next { get; set; }
 }
 
+public class ReadOnly
+{
+    public IReadOnlyList<int> List { get; set; }
+    public IReadOnlyDictionary<string, int> Map { get; set; }
+    public ISet<string> Set { get; set; }
+    public ICollection<int> Some { get; set; }
+}
+
+public class Self : List<Self> { }
 public class NoFields { public int Field; }
 public class With<T> { public T Value { get; set; } }
 public class Twice
@@ -279,6 +289,11 @@ internal static class ObjectsTest
             new Omitting { Text = "t", Real = -0.0, List = new List<int> { 0 }, Price = 0.0m, Attribute = 4 }));
         Equal(read.Text + read.List.Count + read.Attribute + read.Price.ToString(CultureInfo.InvariantCulture), "t140.0",
               "not omitted");
+        var interfaces = s_serializer.Read<ReadOnly>(s_serializer.Write(new ReadOnly {
+            List = new[] { 1, 2 }, Map = new SortedDictionary<string, int> { { "a", 3 } },
+            Set = new SortedSet<string> { "b" }, Some = new Collection<int> { 4 } }));
+        Equal(interfaces.List.Sum() + interfaces.Map["a"] + interfaces.Some.Count + interfaces.Set.Single(), "7b",
+              "interfaces of collections");
         byte[] names = s_serializer.Write(new Styled.Names { OrderId = 1, IOPort = 2, ID = 3, A = 4 });
         Equal(Convert.ToBase64String(names), Convert.ToBase64String(Document(n => {
             n.AddValue("orderId", 1);
@@ -331,6 +346,8 @@ internal static class ObjectsTest
             { "With`1[[System.Uri", () => s_serializer.Write(new With<Uri>()) },
             { "With`1[[System.Collections.Generic.List`1[[System.Byte", () => s_serializer.Write(new With<List<byte>>()) },
             { "With`1[[System.Int32[,]", () => s_serializer.Write(new With<int[,]>()) },
+            { "With`1[[Self", () => s_serializer.Write(new With<Self>()) },
+            { "With`1[[System.Collections.Generic.Queue", () => s_serializer.Write(new With<Queue<int>>()) },
             { "With`1[[System.IDisposable", () => s_serializer.Write(new With<IDisposable>()) },
             { "System.Int32: no object with fields", () => s_serializer.Write(5) },
             { "System.Int32[]: no object with fields", () => s_serializer.Write(new int[1]) },

@@ -11,7 +11,7 @@ namespace Velmar.Q7R.Serializer.Objects
         protected abstract void WriteElements(ItemsOut items, Place place, C value);
         // first: the first of them, 0 for none.
         protected abstract C ReadElements(ItemsIn items, int first, int end, Place place, C current);
-        protected abstract int CountOf(C value);
+        protected abstract bool IsEmptyOne(C value);
 
         internal override void WriteField(ItemsOut items, Place place, C value)
         {
@@ -46,7 +46,7 @@ namespace Velmar.Q7R.Serializer.Objects
         internal override bool CanBeNothing { get { return true; } }
         internal override C Nothing(C current) { return ReadElements(null, 0, 0, null, current); }
         internal override bool KeepsParts { get { return true; } }
-        internal override bool IsEmpty(C value) { return value == null || CountOf(value) == 0; }
+        internal override bool IsEmpty(C value) { return value == null || IsEmptyOne(value); }
         internal override C Empty(C current) { return Nothing(current); }
     }
 
@@ -56,7 +56,7 @@ namespace Velmar.Q7R.Serializer.Objects
 
         internal ArrayForm(Form<E> element) { m_element = element; }
 
-        protected override int CountOf(E[] value) { return value.Length; }
+        protected override bool IsEmptyOne(E[] value) { return value.Length == 0; }
         protected override void WriteElements(ItemsOut items, Place place, E[] value)
         {
             for (int i = 0; i < value.Length; ++i) m_element.WriteNode(items, place, value[i]);
@@ -88,12 +88,10 @@ namespace Velmar.Q7R.Serializer.Objects
             m_make = make;
         }
 
-        protected override int CountOf(C value)
+        protected override bool IsEmptyOne(C value)
         {
-            var counted = value as ICollection<E>;
-            if (counted != null) return counted.Count;
-            foreach (E element in value) return 1;
-            return 0;
+            foreach (E element in value) return false;
+            return true;
         }
         protected override void WriteElements(ItemsOut items, Place place, C value)
         {
@@ -137,7 +135,11 @@ namespace Velmar.Q7R.Serializer.Objects
             m_make = make;
         }
 
-        protected override int CountOf(C value) { return ((ICollection<KeyValuePair<K, V>>)value).Count; }
+        protected override bool IsEmptyOne(C value)
+        {
+            foreach (KeyValuePair<K, V> entry in value) return false;
+            return true;
+        }
         protected override void WriteElements(ItemsOut items, Place place, C value)
         {
             var known = value as Dictionary<K, V>;

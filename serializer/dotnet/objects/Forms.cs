@@ -30,6 +30,11 @@ namespace Velmar.Q7R.Serializer.Objects
             { typeof(Guid), new GuidForm() }
         };
 
+        // Of collections in collections, whose forms are made at once; those of objects are later.
+        private const int MostDepth = 64;
+        [ThreadStatic]
+        private static int s_depth;
+
         // That of a type with one form only.
         internal static object Known(Type type)
         {
@@ -54,6 +59,20 @@ namespace Velmar.Q7R.Serializer.Objects
 
         // property: what tells more of it; null where there is none.
         private static object Of(Type type, PropertyInfo property)
+        {
+            if (s_depth == MostDepth) return Refuse(type, property, "a collection of itself");
+            ++s_depth;
+            try
+            {
+                return OfAny(type, property);
+            }
+            finally
+            {
+                --s_depth;
+            }
+        }
+
+        private static object OfAny(Type type, PropertyInfo property)
         {
             if (type == typeof(DateTime) && property != null &&
                 Describing.Told<WholeSecondsAttribute>(property) != null) return new DateForm();
@@ -96,12 +115,12 @@ namespace Velmar.Q7R.Serializer.Objects
         {
             if (element == typeof(byte)) return Refuse(type, property, "bytes are a byte[]");
             Type[] entry = EntryOf(element);
-            Type dictionary = entry != null ? typeof(IDictionary<,>).MakeGenericType(entry) : null;
-            if (dictionary != null && (type == dictionary || dictionary.IsAssignableFrom(type)))
+            if (entry != null)
             {
-                object key = Of(entry[0], property), value = Of(entry[1], property);
                 Type made = type.IsInterface ? typeof(Dictionary<,>).MakeGenericType(entry) : type;
-                return Describing.Make(typeof(DictionaryForm<,,>), new[] { type, entry[0], entry[1] }, key, value, Maker(made));
+                if (type.IsAssignableFrom(made) && typeof(IDictionary<,>).MakeGenericType(entry).IsAssignableFrom(made))
+                    return Describing.Make(typeof(DictionaryForm<,,>), new[] { type, entry[0], entry[1] },
+                                           Of(entry[0], property), Of(entry[1], property), Maker(made));
             }
             Type list = type;
             if (type.IsInterface)
