@@ -83,6 +83,12 @@ public class ReadOnly
     public ICollection<int> Some { get; set; }
 }
 
+public class Half : Basis
+{
+    public override bool Flag { get { return true; } }
+    private Half() { }
+    public static Half New() { return new Half(); }
+}
 public class Self : List<Self> { }
 public class NoFields { public int Field; }
 public class With<T> { public T Value { get; set; } }
@@ -294,6 +300,9 @@ internal static class ObjectsTest
             Set = new SortedSet<string> { "b" }, Some = new Collection<int> { 4 } }));
         Equal(interfaces.List.Sum() + interfaces.Map["a"] + interfaces.Some.Count + interfaces.Set.Single(), "7b",
               "interfaces of collections");
+        Equal(Convert.ToBase64String(s_serializer.Write(s_serializer.Read<Half>(s_serializer.Write(Half.New())))),
+              Convert.ToBase64String(Document(n => { n.AddValue("flag", true); n.AddValue("i1", 0); })),
+              "half an override, a private constructor");
         byte[] names = s_serializer.Write(new Styled.Names { OrderId = 1, IOPort = 2, ID = 3, A = 4 });
         Equal(Convert.ToBase64String(names), Convert.ToBase64String(Document(n => {
             n.AddValue("orderId", 1);
@@ -352,6 +361,7 @@ internal static class ObjectsTest
             { "System.Int32: no object with fields", () => s_serializer.Write(5) },
             { "System.Int32[]: no object with fields", () => s_serializer.Write(new int[1]) },
             { "Twice: two fields have the name \"a\"", () => s_serializer.Write(new Twice()) },
+            { "Shape: what has kinds", () => s_serializer.ReadInto<Shape>(new Circle(), null) },
             { "NoConstructor: reading needs a constructor without parameters",
               () => s_serializer.Read<NoConstructor>(s_serializer.Write(new NoConstructor(1))) } })
         {

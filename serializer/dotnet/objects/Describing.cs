@@ -23,12 +23,21 @@ namespace Velmar.Q7R.Serializer.Objects
                 foreach (PropertyInfo property in type.GetProperties(BindingFlags.Public | BindingFlags.Instance |
                                                                      BindingFlags.DeclaredOnly))
                 {
-                    if (property.GetIndexParameters().Length != 0 || !names.Add(property.Name)) continue;
-                    if (property.GetGetMethod() == null || property.GetSetMethod() == null) continue;
+                    if (property.GetIndexParameters().Length != 0) continue;
+                    MethodInfo get = property.GetGetMethod(), set = property.GetSetMethod();
+                    bool both = get != null && set != null;
+                    // One that overrides a half leaves the whole to its base.
+                    if (!both && IsOverride(get ?? set)) continue;
+                    if (!names.Add(property.Name) || !both) continue;
                     if (Told<IgnoreAttribute>(property) == null) all.Add(property);
                 }
             }
             return all;
+        }
+
+        private static bool IsOverride(MethodInfo method)
+        {
+            return method != null && method.GetBaseDefinition() != method;
         }
 
         internal static A Told<A>(MemberInfo member) where A : Attribute

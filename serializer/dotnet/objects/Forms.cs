@@ -51,8 +51,8 @@ namespace Velmar.Q7R.Serializer.Objects
         internal static IContent<T> Content<T>()
         {
             Type type = typeof(T);
-            bool collection = type.IsArray || ElementOf(type) != null;
-            var content = Known(type) == null && !type.IsEnum && !collection ? Of(type, null) as IContent<T> : null;
+            bool value = Known(type) != null || type.IsEnum || type.IsArray || ElementOf(type) != null;
+            var content = value ? null : Of(type, null) as IContent<T>;
             if (content == null) throw Describing.Wrong(type, "no object with fields");
             return content;
         }
@@ -80,7 +80,8 @@ namespace Velmar.Q7R.Serializer.Objects
             if (known != null) return known;
             if (type.IsEnum) return OfEnum(type, property);
             Type nullable = Nullable.GetUnderlyingType(type);
-            if (nullable != null) return Describing.Make(typeof(NullableForm<>), new[] { nullable }, Of(nullable, property));
+            if (nullable != null)
+                return Describing.Make(typeof(NullableForm<>), new[] { nullable }, Of(nullable, property));
             if (typeof(ISerialisable).IsAssignableFrom(type) && !HasKinds(type))
                 return type.IsValueType ? Refuse(type, property, "an ISerialisable must be a class")
                                         : Describing.Make(typeof(HostForm<>), new[] { type }, Maker(type));
@@ -88,11 +89,18 @@ namespace Velmar.Q7R.Serializer.Objects
             Type element = ElementOf(type);
             if (element != null) return OfCollection(type, element, property);
             if (HasKinds(type)) return OfKinds(type);
-            if (type.IsInterface || type.IsPointer || type == typeof(object) || typeof(Delegate).IsAssignableFrom(type) ||
-                type.Namespace == "System" || (type.Namespace ?? "").StartsWith("System.", StringComparison.Ordinal))
+            if (type.IsInterface || IsOfTheSystem(type))
                 return Refuse(type, property, type.IsInterface ? "an interface needs kinds: [Kind(...)]"
                                                                : "a type without fields");
             return Describing.Make(type.IsValueType ? typeof(StructForm<>) : typeof(ClassForm<>), new[] { type });
+        }
+
+        // Their properties are not what they are.
+        private static bool IsOfTheSystem(Type type)
+        {
+            string space = type.Namespace ?? "";
+            return type.IsPointer || typeof(Delegate).IsAssignableFrom(type) || space == "System" ||
+                   space.StartsWith("System.", StringComparison.Ordinal);
         }
 
         private static object OfEnum(Type type, PropertyInfo property)
@@ -118,7 +126,8 @@ namespace Velmar.Q7R.Serializer.Objects
             if (entry != null)
             {
                 Type made = type.IsInterface ? typeof(Dictionary<,>).MakeGenericType(entry) : type;
-                if (type.IsAssignableFrom(made) && typeof(IDictionary<,>).MakeGenericType(entry).IsAssignableFrom(made))
+                Type dictionary = typeof(IDictionary<,>).MakeGenericType(entry);
+                if (type.IsAssignableFrom(made) && dictionary.IsAssignableFrom(made))
                     return Describing.Make(typeof(DictionaryForm<,,>), new[] { type, entry[0], entry[1] },
                                            Of(entry[0], property), Of(entry[1], property), Maker(made));
             }
@@ -128,9 +137,11 @@ namespace Velmar.Q7R.Serializer.Objects
                 list = typeof(List<>).MakeGenericType(element);
                 if (!type.IsAssignableFrom(list)) list = typeof(HashSet<>).MakeGenericType(element);
             }
-            if (!type.IsAssignableFrom(list) || !typeof(ICollection<>).MakeGenericType(element).IsAssignableFrom(list))
+            Type collection = typeof(ICollection<>).MakeGenericType(element);
+            if (!type.IsAssignableFrom(list) || !collection.IsAssignableFrom(list))
                 return Refuse(type, property, "a collection that elements cannot be added to");
-            return Describing.Make(typeof(ListForm<,>), new[] { type, element }, Of(element, property), Maker(list));
+            return Describing.Make(typeof(ListForm<,>), new[] { type, element }, Of(element, property),
+                                   Maker(list));
         }
 
         private static object OfKinds(Type type)
@@ -147,7 +158,8 @@ namespace Velmar.Q7R.Serializer.Objects
                 object form = typeof(ISerialisable).IsAssignableFrom(one)
                     ? Describing.Make(typeof(HostForm<>), new[] { one }, Maker(one))
                     : Describing.Make(typeof(ClassForm<>), new[] { one });
-                kinds.SetValue(Describing.Make(typeof(KindForm<>.KindOf<>), new[] { type, one }, told[i].Name, form), i);
+                object made = Describing.Make(typeof(KindForm<>.KindOf<>), new[] { type, one }, told[i].Name, form);
+                kinds.SetValue(made, i);
             }
             return Describing.Make(typeof(KindForm<>), new[] { type }, new object[] { kinds });
         }
@@ -174,8 +186,8 @@ namespace Velmar.Q7R.Serializer.Objects
         }
         private static Type[] EntryOf(Type element)
         {
-            bool entry = element.IsGenericType && element.GetGenericTypeDefinition() == typeof(KeyValuePair<,>);
-            return entry ? element.GetGenericArguments() : null;
+            return element.IsGenericType && element.GetGenericTypeDefinition() == typeof(KeyValuePair<,>)
+                ? element.GetGenericArguments() : null;
         }
 
         private static object Maker(Type type)

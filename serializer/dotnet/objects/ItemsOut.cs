@@ -22,6 +22,7 @@ namespace Velmar.Q7R.Serializer.Objects
     {
         // Levels of nesting that objects may have: they are written by methods that call each other.
         internal const int MostDepth = 256;
+        private const int MostBytes = 0x7FFFFFC7;  // what an array can have
 
         [ThreadStatic]
         private static Kept s_kept;
@@ -85,7 +86,7 @@ namespace Velmar.Q7R.Serializer.Objects
 
         internal void Binary(Place place, byte[] value)
         {
-            int at = Start(Code.Binary, place, checked(value.Length + 4));
+            int at = Start(Code.Binary, place, value.Length + 4L);
             Store(at, value.Length);
             Buffer.BlockCopy(value, 0, m_bytes, at + 4, value.Length);
         }
@@ -142,10 +143,10 @@ namespace Velmar.Q7R.Serializer.Objects
         }
 
         // A code, a name and room for more; returns where that begins.
-        private int Start(byte code, Place place, int more)
+        private int Start(byte code, Place place, long more)
         {
             byte[] name = place.Utf8;
-            Ensure(checked(5 + name.Length + more));
+            Ensure(5 + name.Length + more);
             byte[] bytes = m_bytes;
             int at = m_size;
             bytes[at] = code;
@@ -160,14 +161,14 @@ namespace Velmar.Q7R.Serializer.Objects
                 for (int i = 0; i < name.Length; ++i) bytes[at + i] = name[i];
             }
             at += name.Length;
-            m_size = at + more;
+            m_size = at + (int)more;
             return at;
         }
 
         private void Append(string value)
         {
             // No text has more than three bytes for each of its units.
-            Ensure(checked(4 + 3 * value.Length));
+            Ensure(4 + 3L * value.Length);
             int size = Place.Encoding.GetBytes(value, 0, value.Length, m_bytes, m_size + 4);
             Store(m_size, size);
             m_size += 4 + size;
@@ -188,16 +189,15 @@ namespace Velmar.Q7R.Serializer.Objects
             Store(at + 4, (int)(value >> 32));
         }
 
-        private void Ensure(int more)
+        private void Ensure(long more)
         {
-            if (m_bytes.Length - m_size < more) Grow(more);
+            if (m_bytes.Length - m_size < more) Grow(m_size + more);
         }
 
-        private void Grow(int more)
+        private void Grow(long size)
         {
-            long size = Math.Max(m_size + (long)more, 2L * m_bytes.Length);
-            // What one array can have; needing more than that is out of memory.
-            Array.Resize(ref m_bytes, (int)Math.Max(Math.Min(size, 0x7FFFFFC7), m_size + (long)more));
+            if (size > MostBytes) throw new ApplicationException(Native.BufferFailure);
+            Array.Resize(ref m_bytes, (int)Math.Min(Math.Max(size, 2L * m_bytes.Length), MostBytes));
         }
     }
 }

@@ -54,6 +54,7 @@ namespace Velmar.Q7R.Serializer.Objects
         public void ReadInto<T>(T value, byte[] bytes, ReadOptions options = null) where T : class
         {
             if (value == null) throw new ArgumentNullException("value");
+            Trees.CheckInto<T>();
             Load(bytes, ref value, options);
         }
 

@@ -35,6 +35,11 @@ namespace Velmar.Q7R.Serializer.Objects
             return Kinds<T>.Are ? default(T) : Plan<T>.Get().Make();
         }
 
+        internal static void CheckInto<T>()
+        {
+            if (Kinds<T>.Are) throw Describing.Wrong(typeof(T), "what has kinds is read as a new object");
+        }
+
         internal static void Write<T>(NodeHandle node, T value)
         {
             if (value == null) throw new ArgumentNullException("value");
