@@ -259,6 +259,31 @@ internal static class ObjectsTest
         Equal(s_serializer.ReadFromFile<Small>(path).Attribute, (sbyte)-128, "an attribute");
     }
 
+    // Each byte another one: a document that is read or refused, and nothing else.
+    private static void TestDamaged()
+    {
+        byte[] document = s_serializer.Write(Order.Full());
+        int read = 0, refused = 0;
+        foreach (int change in new[] { 1, 8, 0xFF })
+        {
+            for (int i = 0; i < document.Length; ++i)
+            {
+                document[i] ^= (byte)change;
+                try
+                {
+                    s_serializer.Read<Order>(document, i % 2 == 0 ? s_strict : null);
+                    ++read;
+                }
+                catch (ApplicationException)
+                {
+                    ++refused;
+                }
+                document[i] ^= (byte)change;
+            }
+        }
+        Equal(read > 0 && refused > read, true, "damaged documents, " + read + " read, " + refused + " refused");
+    }
+
     private static void TestConversions()
     {
         var small = s_serializer.Read<Small>(Document(n => {
@@ -399,6 +424,7 @@ internal static class ObjectsTest
         TestStreams();
         TestFaults();
         TestXmlFaults(args[0]);
+        TestDamaged();
         TestConversions();
         TestRefused();
         TestTypes();
