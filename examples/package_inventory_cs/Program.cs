@@ -4,7 +4,7 @@
 using System;
 using System.Diagnostics;
 using System.IO;
-using Velmar.Q7R.Serializer;
+using Velmar.Q7R.Serializer.Objects;
 
 namespace Inventory
 {
@@ -35,26 +35,22 @@ namespace Inventory
             Console.WriteLine("read      {0} packages, {1} bytes of {2} in {3} ms",
                               inventory.Packages.Count, size, status, lap());
 
-            using (var serializer = new Serializer())
-            {
-                byte[] bytes = serializer.WriteToBinaryBuffer(inventory);
-                File.WriteAllBytes(output, bytes);
-                Console.WriteLine("wrote     {0} bytes to {1} in {2} ms", bytes.Length, output, lap());
+            var serializer = new ObjectSerializer();
+            byte[] bytes = serializer.WriteToBinaryBuffer(inventory);
+            File.WriteAllBytes(output, bytes);
+            Console.WriteLine("wrote     {0} bytes to {1} in {2} ms", bytes.Length, output, lap());
 
-                var copy = new PackageList();
-                serializer.ReadFromBinaryBuffer(copy, File.ReadAllBytes(output));
-                Console.WriteLine("read back in {0} ms, objects included", lap());
+            var copy = serializer.Read<PackageList>(File.ReadAllBytes(output));
+            Console.WriteLine("read back in {0} ms, objects included", lap());
 
-                string xml = output + ".xml";
-                serializer.WriteToFile(inventory, xml);
-                long written = lap();
-                var fromXml = new PackageList();
-                serializer.ReadFromFile(fromXml, xml);
-                Console.WriteLine("as XML    {0} bytes to {1} in {2} ms, read back in {3} ms",
-                                  new FileInfo(xml).Length, xml, written, lap());
+            string xml = output + ".xml";
+            serializer.WriteToFile(inventory, xml);
+            long written = lap();
+            var fromXml = serializer.ReadFromFile<PackageList>(xml);
+            Console.WriteLine("as XML    {0} bytes to {1} in {2} ms, read back in {3} ms",
+                              new FileInfo(xml).Length, xml, written, lap());
 
-                if (!Compare(inventory, copy) || !Compare(inventory, fromXml)) return 1;
-            }
+            if (!Compare(inventory, copy) || !Compare(inventory, fromXml)) return 1;
             Console.WriteLine("equal in every field");
             return 0;
         }

@@ -34,9 +34,13 @@ vok_status vok_save_file(const vok_node* root, const vok_char* path) {
 }
 
 vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* size) {
+    return vok_save_buffer_as(root, VOK_DGRAPH, bytes, size);
+}
+
+vok_status vok_save_buffer_as(vok_node* root, int32_t form, uint8_t** bytes, int32_t* size) {
     return Do([&] {
         vok::File_Buf oDocument("w");
-        Document::SaveToBuffer(Use(root), oDocument);
+        Document::SaveToBuffer(Use(root), oDocument, (form & VOK_DGRAPH_1_3) != 0);
         // The block stays when the buffer goes: there is no second copy.
         vok::Mem::AddRef(oDocument.GetBuffer().Beg());
         *bytes = reinterpret_cast<uint8_t*>(oDocument.GetBuffer().Beg());
@@ -53,11 +57,12 @@ vok_status vok_save_stream(vok_node* root, int32_t form, vok_write_function writ
     return Do([&] {
         C::HostStream oStream(nullptr, write, context);
         const bool bXml = (form & VOK_XML) != 0;
+        const bool bNewer = (form & VOK_DGRAPH_1_3) != 0;
         if ((form & (VOK_ZLIB | VOK_GZIP)) == 0) {
-            Document::SaveToStream(Use(root), oStream, bXml);
+            Document::SaveToStream(Use(root), oStream, bXml, bNewer);
         } else {
             vok::Zip_Stream oPacked(oStream, (form & VOK_GZIP) != 0 ? "wz" : "w");
-            Document::SaveToStream(Use(root), oPacked, bXml);
+            Document::SaveToStream(Use(root), oPacked, bXml, bNewer);
             Guarded(Document::WRITE_STREAM_FAILED, [&] { oPacked.Close(); });
         }
     });

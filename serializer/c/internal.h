@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <string_view>
 #include <utility>
 
 #include "serializer/c/vok_serializer.h"
@@ -49,6 +50,10 @@ inline void Give(vok_node** ppNode, Node oNode, const char* sFailure) {
 [[nodiscard]] inline StringRef Text(const vok_char* sText) noexcept {
     return StringRef(sText);
 }
+
+// A text for the caller, who may hand it to other functions: UTF-16 in the block of the thread.
+void GiveText(std::string_view sText, const char* sFailure, const vok_char** ppValue,
+              int32_t* pLength);
 
 // Keeps a failure for vok_last_error and vok_last_error_detail; cut to what there is room for.
 void SetLastError(const std::exception& oFailure) noexcept;

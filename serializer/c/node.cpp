@@ -24,6 +24,22 @@ constexpr char NO_NODE[] = "Failed to make a node";
 constexpr char NO_TEXT[] = "Failed to get Node String value";
 }  // namespace
 
+namespace Velmar::Q7R::Serializer::C {
+
+void GiveText(std::string_view sText, const char* sFailure, const vok_char** ppValue,
+              int32_t* pLength) {
+    // UTF-16 has no more units than the text has bytes, which 32 bits can count.
+    auto* pUnits =
+        static_cast<vok_char*>(vok::sys::ThreadBlock((sText.size() + 1) * sizeof(vok_char)));
+    if (pUnits == nullptr) throw System::ApplicationException(sFailure);
+    const std::size_t uUnits = Utilities::Utf8ToUtf16(sText, pUnits);
+    pUnits[uUnits] = 0;
+    *ppValue = pUnits;
+    *pLength = static_cast<int32_t>(uUnits);
+}
+
+}  // namespace Velmar::Q7R::Serializer::C
+
 // ---- handles ----------------------------------------------------------------
 
 vok_status vok_node_create(vok_node** node) {
@@ -88,15 +104,7 @@ vok_status vok_node_get_string(const vok_node* node, const vok_char* name, int32
     return Call([&] {
         std::string_view sText;
         if (!Use(node).TryGetValue(Text(name), index, sText)) return false;
-        // Kept for the caller, who may hand it to other functions. UTF-16 has no more units than
-        // the text has bytes, which 32 bits can count.
-        auto* pUnits =
-            static_cast<vok_char*>(vok::sys::ThreadBlock((sText.size() + 1) * sizeof(vok_char)));
-        if (pUnits == nullptr) throw System::ApplicationException(NO_TEXT);
-        const std::size_t uUnits = Utilities::Utf8ToUtf16(sText, pUnits);
-        pUnits[uUnits] = 0;
-        *value = pUnits;
-        *length = static_cast<int32_t>(uUnits);
+        C::GiveText(sText, NO_TEXT, value, length);
         return true;
     });
 }

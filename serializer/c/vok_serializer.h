@@ -165,13 +165,16 @@ VOK_API vok_status vok_save_file(const vok_node* root, const vok_char* path);
 /* The whole tree, from its root, as a DGraph document of version 1.2.0; the handle then designates
  * the root. The caller frees the bytes with vok_bytes_free. "Failed to write data to buffer". */
 VOK_API vok_status vok_save_buffer(vok_node* root, uint8_t** bytes, int32_t* size);
+/* The same of a form: VOK_DGRAPH or VOK_DGRAPH_1_3; any other is the first. */
+VOK_API vok_status vok_save_buffer_as(vok_node* root, int32_t form, uint8_t** bytes, int32_t* size);
 /* Null is ignored. */
 VOK_API void vok_bytes_free(uint8_t* bytes);
 
 /* What vok_save_stream writes: a form, and one of the others or none. */
 #define VOK_DGRAPH 0 /* a DGraph document of version 1.2.0 */
 #define VOK_XML 1
-#define VOK_ZLIB 16 /* compressed as a zlib stream */
+#define VOK_DGRAPH_1_3 2 /* of version 1.3.0 where it has a Long, which is a text before */
+#define VOK_ZLIB 16      /* compressed as a zlib stream */
 #define VOK_GZIP 32
 
 /* Takes size bytes, at most 1 MiB of them, which are the next ones of a document. Returns 0 when it
@@ -197,6 +200,123 @@ VOK_API vok_status vok_load_buffer(vok_node* root, const uint8_t* bytes, int32_t
 /* The same for a document of any form, as it is or compressed, which is read piece by piece, and
  * beyond its end. "Failed to read data from stream". */
 VOK_API vok_status vok_load_stream(vok_node* root, vok_read_function read, void* context);
+
+/* ---- values of every type ----------------------------------------------- */
+
+/* Each appends a successor of this name, as those above. */
+
+/* 64 bits, with or without a sign: a negative number is its two's complement. "Failed to add Node
+ * int value". */
+VOK_API vok_status vok_node_add_long(vok_node* node, const vok_char* name, int64_t value);
+/* "Failed to add Node double value". */
+VOK_API vok_status vok_node_add_float(vok_node* node, const vok_char* name, float value);
+/* Seconds since 1970-01-01 UTC. "Failed to add Node int value". */
+VOK_API vok_status vok_node_add_date(vok_node* node, const vok_char* name, double seconds);
+/* Sets an attribute of the node itself; it ends up once, with the last value. "Failed to set Node
+ * attribute". */
+VOK_API vok_status vok_node_set_attribute(vok_node* node, const vok_char* name,
+                                          const vok_char* value);
+
+/* Each gets the successor at an index from 0 among those of its name, or is VOK_NOT_FOUND, and
+ * takes the value from a node of any type that holds it. What does not fit is a failure that says
+ * so: "/size: a number from 0 to 255 expected, Integer 300 found". */
+
+/* A whole number from lowest, which is not above 0, to highest, the latter without a sign: of an
+ * Integer, a Long, or, where highest is beyond an Integer, the decimal text that older documents
+ * have for one. Negative ones are their two's complement. */
+VOK_API vok_status vok_node_get_whole(const vok_node* node, const vok_char* name, int32_t index,
+                                      int64_t lowest, uint64_t highest, int64_t* value);
+/* Of an Integer, a Long that loses nothing, a Float or a Double. */
+VOK_API vok_status vok_node_get_real(const vok_node* node, const vok_char* name, int32_t index,
+                                     double* value);
+/* The same where a Float holds all of it. */
+VOK_API vok_status vok_node_get_float(const vok_node* node, const vok_char* name, int32_t index,
+                                      float* value);
+/* Whole seconds since 1970-01-01 UTC. */
+VOK_API vok_status vok_node_get_date(const vok_node* node, const vok_char* name, int32_t index,
+                                     int64_t* seconds);
+/* An attribute of the node itself, or VOK_NOT_FOUND; the text is as that of vok_node_get_string.
+ * "Failed to get Node attribute". */
+VOK_API vok_status vok_node_get_attribute(const vok_node* node, const vok_char* name,
+                                          const vok_char** value, int32_t* length);
+
+/* ---- many nodes in one call --------------------------------------------- */
+
+/* For hosts to whom a call is dear: what stands below a node, as bytes. Numbers in them are
+ * little-endian, without padding; texts are UTF-8, their length in bytes in front of
+ * them as 4 bytes.
+ *
+ * To be added, an item after the other: a code of 1 byte, then by the code. A value is a name and
+ * the value of a node; nodes go into the one that is open.
+ *
+ *     VOK_ITEM_EMPTY       name
+ *     VOK_ITEM_BOOLEAN     name, 1 byte, 0 or 1
+ *     VOK_ITEM_INTEGER     name, 4 bytes
+ *     VOK_ITEM_FLOAT       name, 8 bytes, a Double that a Float holds
+ *     VOK_ITEM_DOUBLE      name, 8 bytes
+ *     VOK_ITEM_DATE        name, 8 bytes, seconds since 1970-01-01 UTC as a Double
+ *     VOK_ITEM_STRING      name, text
+ *     VOK_ITEM_BINARY      name, number of bytes as 4 bytes, the bytes
+ *     VOK_ITEM_LONG        name, 8 bytes
+ *     VOK_ITEM_TREE        name; opens the node
+ *     VOK_ITEM_END         closes it
+ *     VOK_ITEM_NULL        name; an empty node with the attribute null="true"
+ *     VOK_ITEM_HOST        name; an empty node whose handle is handed out
+ *     VOK_ITEM_ATTRIBUTE   name, text; of the node that is open
+ *     VOK_ITEM_REAL        name, 8 bytes: an attribute, the decimal text of a Double
+ *     VOK_ITEM_FAIL        text: nothing more is added, and the call fails with the path of the
+ *                          last node and this reason
+ */
+#define VOK_ITEM_EMPTY 0 /* these are the types of nodes, whose values never change */
+#define VOK_ITEM_BOOLEAN 1
+#define VOK_ITEM_INTEGER 2
+#define VOK_ITEM_FLOAT 4
+#define VOK_ITEM_DOUBLE 5
+#define VOK_ITEM_DATE 6
+#define VOK_ITEM_STRING 7
+#define VOK_ITEM_BINARY 8
+#define VOK_ITEM_LONG 9
+#define VOK_ITEM_TREE 13
+#define VOK_ITEM_END 16
+#define VOK_ITEM_NULL 17
+#define VOK_ITEM_HOST 18
+#define VOK_ITEM_ATTRIBUTE 19
+#define VOK_ITEM_REAL 20
+#define VOK_ITEM_FAIL 21
+
+/* Appends what items tell, and puts the handles of its nodes for VOK_ITEM_HOST into hosts, which
+ * has room for count and must have no more of them; the caller frees them. What is left open is
+ * closed. Linear. "Failed to add Node items" where they are not as above, or for what the tree
+ * refuses; "/note: a text ends at its first NUL: use bytes". */
+VOK_API vok_status vok_node_add_items(vok_node* node, const uint8_t* items, int32_t size,
+                                      vok_node** hosts, int32_t count);
+
+/* The node and all below it, successors in the order of their names. First the place of the names,
+ * as 4 bytes; then the node:
+ *
+ *     size of what follows of it   4 bytes
+ *     id                           4 bytes
+ *     number of its name           4 bytes
+ *     type                         1 byte: the codes above, or another one of a type not told here
+ *     attributes                   4 bytes: how many; each is its name, a text; 1 byte, 1 where the
+ *                                  text is a number; the number, a Double; the text
+ *     value                        as above; of VOK_ITEM_TREE the successors, up to its size
+ *
+ * At the place of the names their number, 4 bytes, and each as a text. Linear. The caller frees the
+ * bytes with vok_bytes_free. VOK_NOT_FOUND for a node of no tree. "Failed to get Node items". */
+VOK_API vok_status vok_node_get_items(const vok_node* node, uint8_t** items, int32_t* size);
+/* The node of the same tree that has this id; the caller frees the handle. VOK_NOT_FOUND where none
+ * has. "Failed to get subnode". */
+VOK_API vok_status vok_node_from_id(const vok_node* node, int32_t id, vok_node** found);
+
+/* Both fail with what is wrong with the value of the node that has this id, its path in front:
+ * "/legs[3]/strike: REASON, byte 1234". found other than 0: the reason is what was expected, and
+ * what was found is told behind it. The place is that in the document which the tree was loaded
+ * from: a buffer, or none where bytes is null; or a file, a line of it. */
+VOK_API vok_status vok_fail_in_buffer(const vok_node* root, int32_t id, const vok_char* reason,
+                                      int32_t found, const uint8_t* bytes, int32_t size);
+VOK_API vok_status vok_fail_in_file(const vok_node* root, int32_t id, const vok_char* reason,
+                                    int32_t found, const vok_char* path);
 
 #ifdef __cplusplus
 }

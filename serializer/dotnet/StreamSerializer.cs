@@ -2,7 +2,6 @@
 using System;
 using System.IO;
 using System.Runtime.CompilerServices;
-using System.Runtime.InteropServices;
 
 namespace Velmar.Q7R.Serializer
 {
@@ -42,7 +41,7 @@ namespace Velmar.Q7R.Serializer
         /// vok::Data" when WriteValues disposed of the root.</exception>
         public void WriteToStream(ISerialisable iSerialisable, Stream stream, StreamForm form)
         {
-            Garbage.Release(Save(iSerialisable, new Pieces(stream), form));
+            Garbage.Release(Save(iSerialisable, new StreamPieces(stream), form));
         }
 
         /// <summary>Reads a document of any form, as it is or compressed, into the object. The
@@ -51,96 +50,28 @@ namespace Velmar.Q7R.Serializer
         /// ReadValues is not called then.</exception>
         public void ReadFromStream(ISerialisable iSerialisable, Stream stream)
         {
-            Garbage.Release(Load(iSerialisable, new Pieces(stream)));
+            Garbage.Release(Load(iSerialisable, new StreamPieces(stream)));
         }
 
         // Methods of their own, so that a root is on no stack afterwards.
 
         [MethodImpl(MethodImplOptions.NoInlining)]
-        private static WeakReference Save(ISerialisable iSerialisable, Pieces pieces,
+        private static WeakReference Save(ISerialisable iSerialisable, StreamPieces pieces,
                                           StreamForm form)
         {
             Node root = Roots.New();
             iSerialisable.WriteValues(root);
-            Native.Take write = pieces.Write;
-            int status = Native.vok_save_stream(Roots.HandleOf(root), (int)form, write,
-                                                IntPtr.Zero);
-            GC.KeepAlive(write);
-            pieces.RaiseWhatTheStreamRaised();
-            Native.Found(Native.StreamWriteFailure, status);
+            pieces.Save(Roots.HandleOf(root), (int)form);
             return Garbage.Watch(root);
         }
 
         [MethodImpl(MethodImplOptions.NoInlining)]
-        private static WeakReference Load(ISerialisable iSerialisable, Pieces pieces)
+        private static WeakReference Load(ISerialisable iSerialisable, StreamPieces pieces)
         {
             Node root = Roots.New();
-            Native.Take read = pieces.Read;
-            int status = Native.vok_load_stream(Roots.HandleOf(root), read, IntPtr.Zero);
-            GC.KeepAlive(read);
-            pieces.RaiseWhatTheStreamRaised();
-            Native.Found(Native.StreamReadFailure, status);
+            pieces.Load(Roots.HandleOf(root));
             iSerialisable.ReadValues(root);
             return Garbage.Watch(root);
-        }
-
-        // A stream as the native library calls it. No exception may leave these functions: the first
-        // one is kept until the call is over.
-        private sealed class Pieces
-        {
-            private const int Most = 1 << 16;
-            private readonly Stream m_stream;
-            private readonly byte[] m_piece = new byte[Most];
-            private Exception m_raised;
-
-            internal Pieces(Stream stream)
-            {
-                if (stream == null) throw new ArgumentNullException("stream");
-                m_stream = stream;
-            }
-
-            internal int Write(IntPtr context, IntPtr bytes, int size)
-            {
-                try
-                {
-                    for (int done = 0; done < size;)
-                    {
-                        int part = Math.Min(size - done, Most);
-                        Marshal.Copy(new IntPtr(bytes.ToInt64() + done), m_piece, 0, part);
-                        m_stream.Write(m_piece, 0, part);
-                        done += part;
-                    }
-                    return 0;
-                }
-                catch (Exception e)
-                {
-                    m_raised = m_raised ?? e;
-                    return 1;
-                }
-            }
-
-            internal int Read(IntPtr context, IntPtr bytes, int size)
-            {
-                try
-                {
-                    int wanted = Math.Min(size, Most);
-                    int read = m_stream.Read(m_piece, 0, wanted);
-                    if (read < 0 || read > wanted)
-                        throw new IOException("a stream read " + read + " of " + wanted + " bytes");
-                    Marshal.Copy(m_piece, 0, bytes, read);
-                    return read;
-                }
-                catch (Exception e)
-                {
-                    m_raised = m_raised ?? e;
-                    return -1;
-                }
-            }
-
-            internal void RaiseWhatTheStreamRaised()
-            {
-                if (m_raised != null) throw m_raised;
-            }
         }
     }
 }

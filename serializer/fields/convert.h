@@ -54,6 +54,13 @@ struct Number {
     return oResult.ec == std::errc() && oResult.ptr == pEnd;
 }
 
+// A real number that is all of a text.
+[[nodiscard]] inline bool ParseReal(std::string_view sText, double& d) noexcept {
+    const char* const pEnd = sText.data() + sText.size();
+    const auto oResult = std::from_chars(sText.data(), pEnd, d);
+    return oResult.ec == std::errc() && oResult.ptr == pEnd;
+}
+
 // The seconds of a Date as a whole number of periods; false where they are none, or too many.
 [[nodiscard]] inline bool TicksOf(double dSeconds, std::int64_t iPeriod,
                                   std::int64_t& iTicks) noexcept {

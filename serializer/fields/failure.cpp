@@ -4,7 +4,11 @@
 #include <algorithm>
 
 #include "serializer/exception.h"
+#include "serializer/utilities.h"
+#include "vok/base/msg_exception.h"
+#include "vok/base/number.h"
 #include "vok/dgraph/format.h"
+#include "vok/file/file.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -44,6 +48,25 @@ std::string PathOf(const vok::Data& oNode) {
     std::string sPath = oNode.GetPath().CStr();
     if (sPath.ends_with("[0]")) sPath.resize(sPath.size() - 3);
     return sPath;
+}
+
+std::string NotFound(std::string_view sExpected, const vok::Data_View& oNode) {
+    std::string sReason(sExpected);
+    sReason += " expected, ";
+    sReason += vok::Data_Node::TypeName(oNode.GetType());
+    switch (oNode.GetType()) {
+        case vok::Data_Node::Integer: sReason += " " + std::to_string(oNode.Int()); break;
+        case vok::Data_Node::Long: sReason += " " + std::to_string(oNode.Lng()); break;
+        case vok::Data_Node::Float:
+        case vok::Data_Node::Double: {
+            char sValue[vok::NUMBER_ROOM];
+            sReason += ' ';
+            sReason.append(sValue, vok::FormatReal(oNode.Dbl(), sValue));
+            break;
+        }
+        default: break;
+    }
+    return sReason + " found";
 }
 
 void RaiseAt(const std::string& sPath, std::string_view sReason, std::string_view sWhere,
@@ -96,6 +119,20 @@ void RaiseInXml(const Fault& oFault, std::string_view sDocument) {
         }
     }
     RaiseAt(oFault.sPath, oFault.sReason);
+}
+
+void RaiseInFile(const Fault& oFault, StringRef oFile) {
+    std::string sDocument;
+    try {
+        vok::File oIn;
+        vok::Arr<char> oBytes;
+        oIn.Open(Utilities::String2Str(oFile), "r", true);
+        oIn.Read(oBytes, vok::File_Stream::ALL);
+        sDocument.assign(oBytes.Beg(), oBytes.Size());
+    } catch (const vok::Msg_Exception&) {
+        // Gone, or not to be read twice: then there is no line to tell.
+    }
+    RaiseInXml(oFault, sDocument);
 }
 
 }  // namespace Velmar::Q7R::Serializer::fields

@@ -6,9 +6,7 @@
 #include "serializer/document.h"
 #include "serializer/fields/failure.h"
 #include "serializer/guarded.h"
-#include "serializer/utilities.h"
 #include "vok/base/msg_exception.h"
-#include "vok/file/file.h"
 
 namespace Velmar::Q7R::Serializer::fields {
 
@@ -89,17 +87,7 @@ void ReadXml(StringRef oFile, const Target& oTarget, bool bRefuseUnknown) {
     try {
         ReadFrom(root, oTarget, bRefuseUnknown);
     } catch (const Fault& e) {
-        std::string sDocument;
-        try {
-            vok::File oIn;
-            vok::Arr<char> oBytes;
-            oIn.Open(Utilities::String2Str(oFile), "r", true);
-            oIn.Read(oBytes, vok::File_Stream::ALL);
-            sDocument.assign(oBytes.Beg(), oBytes.Size());
-        } catch (const vok::Msg_Exception&) {
-            // Gone, or not to be read twice: then there is no line to tell.
-        }
-        RaiseInXml(e, sDocument);
+        RaiseInFile(e, oFile);
     }
 }
 

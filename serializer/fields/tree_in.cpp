@@ -220,14 +220,12 @@ bool TreeIn::ParseWhole(std::string_view sText, std::int64_t iLowest, std::uint6
 }
 
 bool TreeIn::ParseReal(std::string_view sText, double& d) {
-    const char* const pEnd = sText.data() + sText.size();
-    const auto oResult = std::from_chars(sText.data(), pEnd, d);
-    return oResult.ec == std::errc() && oResult.ptr == pEnd;
+    return fields::ParseReal(sText, d);
 }
 
 bool TreeIn::ParseReal(std::string_view sText, float& f) {
     double d = 0;
-    if (!ParseReal(sText, d) || !IsFloat(d)) return false;
+    if (!fields::ParseReal(sText, d) || !IsFloat(d)) return false;
     f = static_cast<float>(d);
     return true;
 }
@@ -248,23 +246,7 @@ void TreeIn::Fail(std::string sReason) const {
 }
 
 void TreeIn::FailFound(std::string_view sExpected) const {
-    const Data_View o = NodeView();
-    std::string sReason(sExpected);
-    sReason += " expected, ";
-    sReason += Data_Node::TypeName(o.GetType());
-    switch (o.GetType()) {
-        case Data_Node::Integer: sReason += " " + std::to_string(o.Int()); break;
-        case Data_Node::Long: sReason += " " + std::to_string(o.Lng()); break;
-        case Data_Node::Float:
-        case Data_Node::Double: {
-            char sValue[vok::NUMBER_ROOM];
-            sReason += ' ';
-            sReason.append(sValue, vok::FormatReal(o.Dbl(), sValue));
-            break;
-        }
-        default: break;
-    }
-    Fail(sReason + " found");
+    Fail(NotFound(sExpected, NodeView()));
 }
 
 void TreeIn::FailAttribute(std::string_view sName, std::string_view sText) const {
