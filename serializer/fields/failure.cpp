@@ -55,8 +55,8 @@ std::string NotFound(std::string_view sExpected, const vok::Data_View& oNode) {
     sReason += " expected, ";
     sReason += vok::Data_Node::TypeName(oNode.GetType());
     switch (oNode.GetType()) {
-        case vok::Data_Node::Integer: sReason += " " + std::to_string(oNode.Int()); break;
-        case vok::Data_Node::Long: sReason += " " + std::to_string(oNode.Lng()); break;
+        case vok::Data_Node::Integer: (sReason += ' ') += std::to_string(oNode.Int()); break;
+        case vok::Data_Node::Long: (sReason += ' ') += std::to_string(oNode.Lng()); break;
         case vok::Data_Node::Float:
         case vok::Data_Node::Double: {
             char sValue[vok::NUMBER_ROOM];
