@@ -49,7 +49,8 @@ portfile = (source / 'packaging/vcpkg/portfile.cmake').read_text()
 for option in re.findall(r'VOK_\w+', portfile):
     hold(option in options, f'option of the vcpkg port: {option}')
 targets = set(re.findall(r'add_library\((vok::\w+) ALIAS', ''.join(
-    p.read_text() for p in source.glob('**/CMakeLists.txt') if 'build' not in p.relative_to(source).parts)))
+    p.read_text() for folder in source.iterdir() if folder.is_dir() and folder.name not in ('build', '.git')
+    for p in folder.glob('**/CMakeLists.txt')) + cmake))
 for target in re.findall(r'vok::\w+', (source / 'packaging/vcpkg/usage').read_text()):
     hold(target in targets, f'target in the usage of the vcpkg port: {target}')
 
