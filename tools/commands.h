@@ -95,6 +95,7 @@ struct HashOptions {
     std::vector<std::string> asFile;
     std::string sPath = "/";
     bool bSha256 = false;
+    bool bJson = false;
 };
 int Hash(const HashOptions& o);
 
@@ -130,7 +131,7 @@ int Inspect(const InspectOptions& o);
 
 int Salvage(const std::string& sIn, const std::string& sOut);
 
-int ZipList(const std::string& sArchive);
+int ZipList(const std::string& sArchive, bool bJson);
 int ZipTest(const std::string& sArchive);
 int ZipExtract(const std::string& sArchive, const std::string& sFolder,
                const std::vector<std::string>& asMember);

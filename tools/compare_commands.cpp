@@ -61,10 +61,10 @@ void AddDiff(CLI::App& oApp, int& iExit) {
     p->footer(
         "Nodes of one name are aligned: one that was put in, taken out or moved is one "
         "difference.\n"
-        "  vok diff old.xml new.dgraph --key @id --ignore //order/@time\n"
-        "  vok diff old.xml new.xml --delta 1e-9 --json\n"
-        "  vok diff old.xml new.xml --html -o differences.html\n"
-        "  vok diff old.xml new.xml -o changes.xml; vok patch old.xml changes.xml -o new2.xml\n"
+        "Example: vok diff old.xml new.dgraph --key @id --ignore //order/@time\n"
+        "         vok diff old.xml new.xml --delta 1e-9 --json\n"
+        "         vok diff old.xml new.xml --html -o differences.html\n"
+        "         vok diff old.xml new.xml -o changes.xml\n"
         "Exit status 0 when they are the same, 1 when they differ.");
     p->callback([o, &iExit] {
         AllowPager();
@@ -82,7 +82,7 @@ void AddPatch(CLI::App& oApp, int& iExit) {
     p->add_option("--to", o->sTo, FORMS)->check(CLI::IsMember({"xml", "dgraph", "dump", "json"}));
     p->footer(
         "All of it or nothing: what the patch changes or removes must be there as it was.\n"
-        "  vok patch orders.xml changes.xml -o orders.xml\n"
+        "Example: vok patch orders.xml changes.xml -o orders.xml\n"
         "Exit status 1 when the patch does not fit, which is told with the path.");
     p->callback([o, &iExit] { iExit = Patch(*o); });
 }
@@ -103,7 +103,7 @@ void AddMerge(CLI::App& oApp, int& iExit) {
         "Conflicts are told on standard error: the path in BASE, what is there (=), and what A "
         "(<)\n"
         "and B (>) have made of it. Nothing is written then, unless a side is named.\n"
-        "  vok merge base.xml mine.xml yours.xml --key @id -o both.xml\n"
+        "Example: vok merge base.xml mine.xml yours.xml --key @id -o both.xml\n"
         "Exit status 1 when there are conflicts.");
     p->callback([o, &iExit] { iExit = Merge(*o); });
 }

@@ -9,15 +9,18 @@
 #include <string_view>
 
 #include <gcrypt.h>
+#include <rapidjson/writer.h>
 
 #include "tools/commands.h"
 #include "tools/document.h"
 #include "tools/input.h"
+#include "tools/json_nodes.h"
 #include "tools/output.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
+#include "vok/base/utf8.h"
 #include "vok/data/succ_it.h"
 #include "vok/records/canonical.h"
 
@@ -83,14 +86,35 @@ std::unique_ptr<Hasher> MakeHasher(const HashOptions& o) {
     return std::make_unique<Xxh3>();
 }
 
-// What is said of a file that is not whole has no hash.
-int Tell(const std::string& sFile, const std::string& sFault,
+// A hash, of a node unless sPath is empty.
+void PrintHash(const HashOptions& o, const std::string& sFile, const std::string& sPath,
+               const std::string& sHex) {
+    if (!o.bJson) {
+        Print(sHex + "  " + Visible(sFile) + (sPath.empty() ? "" : ' ' + sPath) + '\n');
+        return;
+    }
+    JsonPrinter oStream;
+    rapidjson::Writer<JsonPrinter> oOut(oStream);
+    oOut.StartObject();
+    oOut.Key("file");
+    WriteText(oOut, vok::Utf8_Text(sFile).View());
+    oOut.Key("path");
+    WriteText(oOut, sPath.empty() ? "/" : sPath);
+    oOut.Key("hash");
+    WriteText(oOut, sHex);
+    oOut.EndObject();
+    oStream.Put('\n');
+    oStream.Flush();
+}
+
+// A file that is not whole has no hash.
+int Tell(const HashOptions& o, const std::string& sFile, const std::string& sFault,
          const std::function<std::string()>& oHex) {
     if (!sFault.empty()) {
         std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(), sFault.c_str());
         return EXIT_NEGATIVE;
     }
-    Print(oHex() + "  " + Visible(sFile) + '\n');
+    PrintHash(o, sFile, {}, oHex());
     return EXIT_GOOD;
 }
 
@@ -103,21 +127,21 @@ int ByRecords(const HashOptions& o, const std::string& sFile) {
         if (!oForm.Add(oDocument.Reader())) throw NeedsTree();
     }
     oForm.Finish();
-    return Tell(sFile, FaultOf(oDocument.Report(), oDocument.Behind()),
+    return Tell(o, sFile, FaultOf(oDocument.Report(), oDocument.Behind()),
                 [&] { return pHasher->Hex(); });
 }
 
 int ByTree(const HashOptions& o, const std::string& sFile) {
     const Input oIn = Load(sFile);
     const std::string sFault = FaultOf(oIn.oReport, oIn.sBehind);
-    if (!sFault.empty()) return Tell(sFile, sFault, nullptr);
+    if (!sFault.empty()) return Tell(o, sFile, sFault, nullptr);
     const vok::Data_NodeSet oFound = oIn.Find(o.sPath);
     for (std::size_t u = 0; u < oFound.Size(); ++u) {
         const vok::Data oNode = oFound.GetNth(u);
         const auto pHasher = MakeHasher(o);
         oNode.Canonical([&](std::string_view sPiece) { pHasher->Add(sPiece); });
-        const std::string sAt = o.sPath == "/" ? "" : ' ' + ShownPath(oNode.GetPath().View());
-        Print(pHasher->Hex() + "  " + Visible(sFile) + sAt + '\n');
+        const bool bTop = o.sPath == "/";
+        PrintHash(o, sFile, bTop ? "" : ShownPath(oNode.GetPath().View()), pHasher->Hex());
     }
     return oFound.Size() != 0 ? EXIT_GOOD : EXIT_NEGATIVE;
 }

@@ -64,6 +64,8 @@ void AddConvert(CLI::App& oApp) {
     p->add_flag("--compact", o->bCompact, "Write JSON on one line");
     p->add_flag("--lossless", o->bLossless, "Write nothing if OUT would not keep all of IN");
     p->footer(
+        "Example: vok convert orders.xml orders.dgraph --compress\n"
+        "         vok convert orders.dgraph orders.jsonl\n"
         "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
         "standard error, a line for each kind of loss.\n"
         "JSON keeps all of a tree and loads from anywhere: members are successors by name, arrays\n"
@@ -95,7 +97,9 @@ void AddShow(CLI::App& oApp) {
     p->add_flag("--bytes", o->bBytes, "With the bytes of each node in DGraph documents and XML")
         ->needs(pHtml);
     p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);
-    p->footer(PATHS);
+    p->footer(std::string(PATHS) +
+              "\nExample: vok show orders.dgraph /order[0] --depth 1\n"
+              "         vok show orders.dgraph --html --bytes -o orders.html");
     p->callback([o] {
         AllowPager();
         g_iExit = o->bHtml ? ShowHtml(*o) : o->bJson ? ShowJson(*o) : Show(*o);
@@ -165,9 +169,11 @@ void AddHash(CLI::App& oApp) {
         ->transform(ToLibrary);
     p->add_flag("--sha256", o->bSha256,
                 "SHA-256, for signatures; else XXH3 with 128 bits, for telling apart only");
+    p->add_flag("--json", o->bJson, "A JSON object a line: file, path, hash");
     p->footer(
         "A line for each, as of sha256sum. Equal trees have the same hash in every form and\n"
-        "wrapping: vok hash orders.xml orders.dgraph.gz\n"
+        "wrapping.\n"
+        "Example: vok hash orders.xml orders.dgraph.gz\n"
         "A file that was cut short, or with bytes behind its document, has none: exit status 1.");
     p->callback([o] { g_iExit = Hash(*o); });
 }
@@ -218,22 +224,28 @@ void AddZip(CLI::App& oApp) {
         std::string sFolder = ".";
         std::vector<std::string> asFile;
         bool bStore = false;
+        bool bJson = false;
     };
     auto o = std::make_shared<Options>();
-    const auto oAdd = [&](const char* sName, const char* sWhat) {
+    const auto oAdd = [&](const char* sName, const char* sWhat, const char* sExample) {
         auto* p = pZip->add_subcommand(sName, sWhat);
+        p->footer(std::string("Example: vok zip ") + sExample);
         p->add_option("ARCHIVE", o->sArchive, "The archive")->required();
         return p;
     };
-    oAdd("list", "List the members")->callback([o] { g_iExit = ZipList(o->sArchive); });
-    oAdd("test", "Read every member and check its sum")->callback([o] {
+    auto* pList = oAdd("list", "List the members", "list archive.zip");
+    pList->add_flag("--json", o->bJson, "A JSON object a line: name, size, packed, date, crc");
+    pList->callback([o] { g_iExit = ZipList(o->sArchive, o->bJson); });
+    oAdd("test", "Read every member and check its sum", "test archive.zip")->callback([o] {
         g_iExit = ZipTest(o->sArchive);
     });
-    auto* pExtract = oAdd("extract", "Write members as files; never outside of the folder");
+    auto* pExtract = oAdd("extract", "Write members as files; never outside of the folder",
+                          "extract archive.zip orders.xml -d extracted");
     pExtract->add_option("MEMBER", o->asFile, "Members to extract; all when none is named");
     pExtract->add_option("-d,--directory", o->sFolder, "Where to")->capture_default_str();
     pExtract->callback([o] { g_iExit = ZipExtract(o->sArchive, o->sFolder, o->asFile); });
-    auto* pAdd = oAdd("add", "Append files and folders; makes the archive when it is missing");
+    auto* pAdd = oAdd("add", "Append files and folders; makes the archive when it is missing",
+                      "add archive.zip orders.dgraph");
     pAdd->add_option("FILE", o->asFile, "What to add")->required();
     pAdd->add_flag("--store", o->bStore, "Do not compress");
     pAdd->callback([o] { g_iExit = ZipAdd(o->sArchive, o->asFile, o->bStore); });
@@ -246,6 +258,7 @@ void AddCompletion(CLI::App& oApp) {
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));
     p->footer(
+        "Example: vok completion bash\n"
         "bash: source <(vok completion bash), in ~/.bashrc\n"
         "zsh: vok completion zsh >_vok, in a folder of $fpath\n"
         "fish: vok completion fish >~/.config/fish/completions/vok.fish\n"

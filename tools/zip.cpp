@@ -12,8 +12,11 @@
 #include <system_error>
 #include <vector>
 
+#include <rapidjson/writer.h>
+
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/json_nodes.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/path.h"
@@ -156,17 +159,53 @@ bool Extract(Reading& oArchive, const fs::path& oPath, const vok::Zip_FileInfo& 
 
 }  // namespace
 
-int ZipList(const std::string& sArchive) {
+namespace {
+
+std::string DateText(const vok::Zip_FileInfo& o, char cBetween) {
+    const vok::Zip_Date oDate = vok::Zip_DateFields(o.m_uDosDate);
+    char s[64];
+    std::snprintf(s, sizeof(s), "%04u-%02u-%02u%c%02u:%02u:%02u", oDate.m_uYear, oDate.m_uMonth,
+                  oDate.m_uDay, cBetween, oDate.m_uHour, oDate.m_uMinute, oDate.m_uSecond);
+    return s;
+}
+
+void ListJson(Reading& oArchive) {
+    JsonPrinter oStream;
+    rapidjson::Writer<JsonPrinter> oOut;
+    oArchive.ForEach([&](const vok::Zip_FileInfo& o) {
+        oOut.Reset(oStream);
+        oOut.StartObject();
+        oOut.Key("name");
+        WriteText(oOut, o.m_oName.View());
+        oOut.Key("size");
+        oOut.Uint(o.m_uUncompressedSize);
+        oOut.Key("packed");
+        oOut.Uint(o.m_uCompressedSize);
+        oOut.Key("date");
+        WriteText(oOut, DateText(o, 'T'));
+        oOut.Key("crc");
+        oOut.Uint(o.m_uCrc);
+        oOut.EndObject();
+        oStream.Put('\n');
+    });
+    oStream.Flush();
+}
+
+}  // namespace
+
+int ZipList(const std::string& sArchive, bool bJson) {
     Reading oArchive(sArchive);
+    if (bJson) {
+        ListJson(oArchive);
+        return EXIT_GOOD;
+    }
     Print("      size     packed  date                crc       name\n");
     vok::u3_t uPlain = 0;
     vok::u3_t uPacked = 0;
     char s[128];
     oArchive.ForEach([&](const vok::Zip_FileInfo& o) {
-        const vok::Zip_Date oDate = vok::Zip_DateFields(o.m_uDosDate);
-        std::snprintf(s, sizeof(s), "%10u %10u  %04u-%02u-%02u %02u:%02u:%02u %08x  ",
-                      o.m_uUncompressedSize, o.m_uCompressedSize, oDate.m_uYear, oDate.m_uMonth,
-                      oDate.m_uDay, oDate.m_uHour, oDate.m_uMinute, oDate.m_uSecond, o.m_uCrc);
+        std::snprintf(s, sizeof(s), "%10u %10u  %s %08x  ", o.m_uUncompressedSize,
+                      o.m_uCompressedSize, DateText(o, ' ').c_str(), o.m_uCrc);
         Print(s + Escaped(o.m_oName.View()) + '\n');
         uPlain += o.m_uUncompressedSize;
         uPacked += o.m_uCompressedSize;

@@ -100,6 +100,16 @@ TEST_F(Program, AnswersInJson) {
         << o.sOut;
     EXPECT_TRUE(Has(o.sOut, "{\"file\":\"none\",\"good\":false,\"fault\":\"none: could not open"));
     EXPECT_EQ(OnDisk("err"), "");
+    EXPECT_EQ(Run("hash --json good.json").sOut,
+              "{\"file\":\"good.json\",\"path\":\"/\",\"hash\":\"" +
+                  Run("hash good.json").sOut.substr(0, 32) + "\"}\n");
+    EXPECT_TRUE(Run("hash --json --path /a good.json")
+                    .sOut.starts_with("{\"file\":\"good.json\",\"path\":\"/a[0]\",\"hash\":\""));
+    ASSERT_EQ(Run("zip add a.zip --store good.json").iExit, 0);
+    const std::string sMember = Run("zip list --json a.zip").sOut;
+    EXPECT_TRUE(
+        sMember.starts_with("{\"name\":\"good.json\",\"size\":7,\"packed\":7,\"date\":\"20"))
+        << sMember;
 }
 
 // However small they are.
