@@ -21,7 +21,6 @@
 #include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
-#include "vok/base/utf8.h"
 
 namespace tools {
 
@@ -104,9 +103,8 @@ void TellJson(const std::string& sFile, const Verdict& o) {
     };
     const auto oText = [&](const char* sKey, std::string_view s) {
         if (s.empty()) return;
-        const vok::Utf8_Text oValid(s);
         oOut.Key(sKey);
-        WriteText(oOut, {oValid.Data(), oValid.Len()});
+        WriteText(oOut, s);
     };
     oOut.StartObject();
     oText("file", sFile);

@@ -20,7 +20,6 @@
 #include "tools/shell_path.h"
 #include "tools/survey.h"
 #include "tools/text.h"
-#include "vok/base/utf8.h"
 #include "vok/data/succ_it.h"
 #include "vok/records/canonical.h"
 
@@ -97,7 +96,7 @@ void PrintHash(const HashOptions& o, const std::string& sFile, const std::string
     rapidjson::Writer<JsonPrinter> oOut(oStream);
     oOut.StartObject();
     oOut.Key("file");
-    WriteText(oOut, vok::Utf8_Text(sFile).View());
+    WriteText(oOut, sFile);
     oOut.Key("path");
     WriteText(oOut, sPath.empty() ? "/" : sPath);
     oOut.Key("hash");

@@ -12,6 +12,7 @@
 
 #include "tools/output.h"
 #include "tools/text.h"
+#include "vok/base/str.h"
 #include "vok/data/data.h"
 #include "vok/data/walk.h"
 
@@ -35,9 +36,11 @@ class JsonPrinter {
     std::string m_sPiece;
 };
 
+// Names of files and values of messages need not be UTF-8; JSON is.
 template <class Writer>
 void WriteText(Writer& oOut, std::string_view s) {
-    oOut.String(s.data(), static_cast<rapidjson::SizeType>(s.size()));
+    const vok::Utf8_Text oValid(s);
+    oOut.String(oValid.Data(), static_cast<rapidjson::SizeType>(oValid.Len()));
 }
 
 // JSON has no infinities and no NaN: they are texts, like everything that is no number.

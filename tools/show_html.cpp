@@ -9,6 +9,7 @@
 
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/json_nodes.h"
 #include "tools/node_bytes.h"
 #include "tools/output.h"
 #include "tools/page.h"
@@ -128,9 +129,7 @@ class PageData {
     void Key(std::string_view s) {
         m_oJson.Key(s.data(), static_cast<rapidjson::SizeType>(s.size()));
     }
-    void Text(std::string_view s) {
-        m_oJson.String(s.data(), static_cast<rapidjson::SizeType>(s.size()));
-    }
+    void Text(std::string_view s) { WriteText(m_oJson, s); }
 
     const Data m_oTop;
     vok::Data_IdMap<vok::u2_t> m_oNumber;  // by id, plus 1

@@ -105,6 +105,11 @@ TEST_F(Program, AnswersInJson) {
                   Run("hash good.json").sOut.substr(0, 32) + "\"}\n");
     EXPECT_TRUE(Run("hash --json --path /a good.json")
                     .sOut.starts_with("{\"file\":\"good.json\",\"path\":\"/a[0]\",\"hash\":\""));
+#ifndef _WIN32  // where names of files are UTF-8
+    const std::string sNone = Run("check --json no\xFF").sOut;
+    EXPECT_TRUE(sNone.starts_with("{\"file\":\"no\xC3\xBF\",\"good\":false")) << sNone;
+    EXPECT_EQ(sNone.find('\xFF'), std::string::npos);
+#endif
     ASSERT_EQ(Run("zip add a.zip --store good.json").iExit, 0);
     const std::string sMember = Run("zip list --json a.zip").sOut;
     EXPECT_TRUE(
