@@ -168,19 +168,6 @@ InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
     return oFault;
 }
 
-// There is no other mark of it: the text is the library's own.
-bool IsNoMemory(const std::exception& oError) {
-    if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) return true;
-    const std::string_view sMessage(oError.what());
-    for (const char* s :
-         {"allocation of", "reallocation of", "unexpected error during reallocation",
-          "Anfordern von", "Größenänderung des Blocks",
-          "unerwarteter Fehler bei der Größenänderung"}) {
-        if (sMessage.starts_with(s)) return true;
-    }
-    return false;
-}
-
 void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std::string_view sTop) {
     const std::string sShown = ShownPath(sPath);
     const std::string sWhere = sAttribute.empty() ? sShown : ShownAttribute(sShown, sAttribute);

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "vok/base/limits.h"
+#include "vok/base/msg_exception.h"
 #include "vok/data/data.h"
 
 namespace tools {
@@ -50,7 +51,9 @@ std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view 
                          bool bXml);
 
 // Whether the failure is that there was not enough memory.
-bool IsNoMemory(const std::exception& oError);
+inline bool IsNoMemory(const std::exception& oError) {
+    return vok::Msg_Exception::KindOf(oError) == vok::Msg_Kind::NoMemory;
+}
 
 // Says on standard error that there is nothing at a path, or no such attribute unless that is
 // empty, in a tree whose top bears a name.

@@ -146,7 +146,7 @@ static int check_documents(vok_tree_node* root) {
     CHECK(vok_tree_save_file(root, "", VOK_TREE_XML) == VOK_TREE_ARGUMENT);
     CHECK(vok_tree_load_memory(loaded, "<a/>", 4, -1, NULL, NULL) == VOK_TREE_ARGUMENT);
     CHECK(vok_tree_load_memory(loaded, "<a/>", 4, VOK_TREE_ZLIB, NULL, NULL) == VOK_TREE_ARGUMENT);
-    CHECK(vok_tree_load_file(loaded, "does/not/exist", 0, NULL, NULL) == VOK_TREE_FAILED);
+    CHECK(vok_tree_load_file(loaded, "does/not/exist", 0, NULL, NULL) == VOK_TREE_SYSTEM);
 
     /* Versions: one that is told, and the one that is given. */
     OK(vok_tree_load_memory(loaded, "<a/>", 4, 0, NULL, NULL));
@@ -178,7 +178,7 @@ static int check_documents(vok_tree_node* root) {
     {
         vok_tree_limits limits = {{0}};
         limits.at_most[VOK_TREE_LIMIT_DEPTH] = 1;
-        CHECK(vok_tree_load_memory(loaded, "<a><b/></a>", 11, 0, &limits, NULL) == VOK_TREE_FAILED);
+        CHECK(vok_tree_load_memory(loaded, "<a><b/></a>", 11, 0, &limits, NULL) == VOK_TREE_LIMIT);
         OK(vok_tree_load_memory(loaded, "<a><b> </b>x<!-- --></a>", 24, 0, NULL, &report));
         CHECK(report.comments == 1 && report.dropped_texts == 1);
         OK(vok_tree_load_memory(loaded, "<a><b> </b></a>", 15, VOK_TREE_XML | VOK_TREE_SKIP_BLANKS,
@@ -295,7 +295,7 @@ static int check_reading(void) {
     CHECK(vok_tree_reader_take(reader, node) == VOK_TREE_NONE);
     OK(vok_tree_reader_report(reader, &report));
     vok_tree_reader_free(reader);
-    CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_FAILED);
+    CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_SYSTEM);
 
     /* A tree that is used again: cursors on what it was do no harm. */
     {
