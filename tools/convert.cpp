@@ -156,7 +156,7 @@ int ByRecords(const Task& o) {
     if (oSurvey.bLinks) throw NeedsTree();
     if (!oSurvey.bInOrder && !bJson && !o.IsByRecords()) throw NeedsTree();
     // A stream that compresses cannot go back to a count.
-    const bool bPacks = !o.oForm.sWrapping.empty();
+    const bool bPacks = o.oForm.eWrapping != vok::Zip_Wrapping::None;
     if (o.oForm.sFormat == "dgraph" && !o.IsByRecords() && !bCounted && bPacks) throw NeedsTree();
     TellLosses(r.sIn, oReport, oSurvey.sBehind, oLosses, r.bLossless);
     if (bJson) {
@@ -211,12 +211,11 @@ int Convert(const ConvertOptions& o) {
     oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
     oForm.auVersion = ParseVersion(o.sVersion);
     oForm.bCompact = o.bCompact;
+    oForm.eWrapping = oEndings.eWrapping;
     if (o.bZip) {
-        oForm.sWrapping = "zip";
-    } else if (oEndings.bGzip) {
-        oForm.sWrapping = "gzip";
-    } else if (o.bCompress) {
-        oForm.sWrapping = "zlib";
+        oForm.eWrapping = vok::Zip_Wrapping::Zip;
+    } else if (o.bCompress && oForm.eWrapping == vok::Zip_Wrapping::None) {
+        oForm.eWrapping = vok::Zip_Wrapping::Zlib;
     }
     if (oForm.sFormat.empty()) {
         throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));

@@ -187,8 +187,7 @@ class Document::Impl {
     }
 
     void Start(const std::string& sFormat) {
-        constexpr const char* WRAPPINGS[] = {"", "zlib", "gzip", "zip"};
-        m_sWrapping = WRAPPINGS[static_cast<int>(m_oDocument->GetWrapping())];
+        m_sWrapping = vok::Zip_WrappingName(m_oDocument->GetWrapping());
         // A share can be told of what is as it lies on the disk.
         m_oProgress.emplace("reading", m_sWrapping.empty() ? m_uBytes : 0);
         m_oBytes.emplace(m_oDocument->In(), *m_oProgress);

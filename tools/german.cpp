@@ -55,7 +55,6 @@ constexpr Pair PAIRS[] = {
     {"comment", "Kommentar"},
     {"comments", "Kommentare"},
     {"conflict at %0", "Konflikt bei %0"},
-    {"could not write \"%0\": %1", "\"%0\" konnte nicht geschrieben werden: %1"},
     {"cut short: %0 bytes of its last field and %1 nodes are missing",
      "abgeschnitten: %0 Bytes des letzten Feldes und %1 Knoten fehlen"},
     {"date that becomes another", "Datum, das ein anderes wird"},

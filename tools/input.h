@@ -11,14 +11,15 @@
 #include "vok/base/limits.h"
 #include "vok/base/msg_exception.h"
 #include "vok/data/data.h"
+#include "vok/zip/wrapping.h"
 
 namespace tools {
 
 struct Input {
     vok::Data oTree;
-    std::string sFormat;    // "xml", "json", "dgraph", "dump"
-    std::string sWrapping;  // "", "zlib", "gzip", "zip"
-    vok::u3_t uBytes = 0;   // as stored
+    std::string sFormat;  // "xml", "json", "dgraph", "dump"
+    vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
+    vok::u3_t uBytes = 0;  // as stored
     vok::Load_Report oReport;
     std::string sBehind;  // why what stands behind the document does not belong to it; mostly empty
     vok::Arr<char> oBytes;  // of the document, without its wrapping; where they were to be kept

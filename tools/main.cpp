@@ -279,7 +279,7 @@ int Fail(const std::exception& oError) {
         std::fprintf(stderr, "vok: %s\n", Say("not enough memory").c_str());
         return EXIT_TROUBLE;
     }
-    std::fprintf(stderr, "vok: %s\n", Visible(WithPlace(InOptions(Line(oError.what())))).c_str());
+    std::fprintf(stderr, "vok: %s\n", Visible(InOptions(Line(oError.what()))).c_str());
     return EXIT_TROUBLE;
 }
 

@@ -268,7 +268,7 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
         } catch (const TooMuch&) {
             throw;
         } catch (const std::exception& oError) {
-            Tell(sName, Say("is not extracted: %0", {WithPlace(Line(oError.what()))}));
+            Tell(sName, Say("is not extracted: %0", {Line(oError.what())}));
             iExit = EXIT_TROUBLE;
         }
     });

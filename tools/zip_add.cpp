@@ -133,6 +133,9 @@ void TellWhatIsThere(const std::string& sArchive, const std::vector<Addition>& a
 }  // namespace
 
 int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
+    if (sArchive == "-") {
+        throw std::invalid_argument(Say("a zip archive needs a file, not \"-\""));
+    }
     int iExit = EXIT_GOOD;
     const std::vector<Addition> aoAddition = Collect(sArchive, asFile, iExit);
     const fs::file_status oThere = fs::status(ToPath(sArchive));
@@ -146,8 +149,12 @@ int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, 
     // it is complete.
     std::optional<Output> oNew;
     std::optional<Appending> oOld;
-    if (bNew) oNew.emplace(sArchive, false);
-    vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
+    vok::Zip_Archive oArchive;
+    if (bNew) {
+        oArchive.Open(*oNew.emplace(sArchive).GetFile());
+    } else {
+        oArchive.Open(vok::Str(sArchive), "a");
+    }
     // Its size is that of the old archive as long as nobody else may write to it: from now on.
     if (!bNew) oOld.emplace(sArchive);
     for (const Addition& o : aoAddition) Add(oArchive, o, bStore);

@@ -160,6 +160,18 @@ static int check_documents(vok_tree_node* root) {
     vok_tree_bytes_free(bytes);
     OK(vok_tree_set_version(loaded, 9, 0, 0));
     CHECK(vok_tree_save_memory(loaded, VOK_TREE_DGRAPH, &bytes, &size) == VOK_TREE_FAILED);
+    /* What is in the place of a file stays when it fails, or is not finished. */
+    OK(vok_tree_save_file(root, PATH, VOK_TREE_XML));
+    CHECK(vok_tree_save_file(loaded, PATH, VOK_TREE_DGRAPH) == VOK_TREE_FAILED);
+    {
+        vok_tree_writer* writer = NULL;
+        OK(vok_tree_writer_open_file(PATH, VOK_TREE_XML, &writer));
+        OK(vok_tree_writer_begin(writer, "other", VOK_TREE_UNKNOWN));
+        vok_tree_writer_free(writer);
+    }
+    OK(vok_tree_load_file(loaded, PATH, VOK_TREE_ANY, NULL, NULL));
+    CHECK(same_tree(root, loaded) == 0);
+    remove(PATH);
 
     /* Where a document is faulty; the tree stays. */
     {

@@ -61,6 +61,9 @@ class File : public File_Stream {
     // (with 0 bytes not written for a gzip file, where nobody knows the number).
     void Close();
 
+    // What messages call the open file from now on, where that is not its path.
+    void SetName(const Str& oName) { m_oName = oName; }
+
     [[nodiscard]] bool IsOpen() const noexcept { return m_pHandle != nullptr; }
     [[nodiscard]] u2_t Flags() const noexcept { return m_uFlags & FLAGS_PUBLIC; }
 
