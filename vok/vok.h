@@ -21,6 +21,8 @@
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"
+#include "vok/file/path.h"
+#include "vok/file/tree.h"
 #include "vok/inspect/inspect.h"
 #include "vok/inspect/salvage.h"
 #include "vok/json/json.h"
