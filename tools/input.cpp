@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 
+#include "tools/csv.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
@@ -109,8 +110,12 @@ bool IsUtf16(std::string_view sDocument) {
     return sStart == "\xFF\xFE" || sStart == "\xFE\xFF" || sStart.find('\0') != sStart.npos;
 }
 
-void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
+void Parse(Input& o, const std::string& sPath, const Arr<char>& oBytes, const std::string& sFormat,
            const vok::Limits& oLimits) {
+    if (IsCsv(sPath, sFormat)) {
+        o.sFormat = "csv";
+        return LoadCsv(sPath, oBytes, oLimits, o.oTree, o.oReport);
+    }
     vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
     o.sFormat = sFormat.empty() ? FormatOf(oIn) : sFormat;
     if (o.sFormat == "dump") {
@@ -224,7 +229,7 @@ Input Load(const std::string& sPath, const std::string& sFormat, bool bKeepBytes
         if (!o.sWrapping.empty()) oLimits.m_uInputBytes = oStored.Size();
         Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
         AllowPrinting(oBytes.Size());
-        Parse(o, oBytes, sFormat, oLimits);
+        Parse(o, sPath, oBytes, sFormat, oLimits);
         if (bKeepBytes) o.oBytes.Swap(oBytes);
     } catch (const std::exception& oError) {
         throw FaultIn(sPath, o.oReport, oError);

@@ -15,7 +15,7 @@ namespace tools {
 
 struct Input {
     vok::Data oTree;
-    std::string sFormat;    // "xml", "json", "dgraph", "dump"
+    std::string sFormat;    // "xml", "json", "dgraph", "dump", "csv"
     std::string sWrapping;  // "", "zlib", "gzip", "zip"
     vok::u3_t uBytes = 0;   // as stored
     vok::Load_Report oReport;

@@ -104,11 +104,11 @@ struct Csv_Saved {
 // it is the same, where types are told or can be guessed: Doubles have a point or an exponent,
 // dates are "2026-11-24T18:35:56", in UTC.
 //
-// What does not fit: successors that are no rows, rows of another name than the first one, and in
-// rows trees, links, Binaries, Quads, unnamed nodes, attributes, and names that are not among the
-// columns that are told. Raises "node "%0" does not fit into a csv file", then with nothing
-// written, "node is empty", "try to access deleted node", and the errors of the stream, which is
-// not flushed. Linear, with memory for the columns.
+// What does not fit: successors that are no rows, rows where none has a column, rows of another
+// name than the first one, and in rows trees, links, Binaries, Quads, unnamed nodes, attributes,
+// and names that are not among the columns that are told. Raises "node "%0" does not fit into a csv
+// file", then with nothing written, "node is empty", "try to access deleted node", and the errors
+// of the stream, which is not flushed. Linear, with memory for the columns.
 Csv_Saved Csv_Save(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm = {});
 
 }  // namespace vok

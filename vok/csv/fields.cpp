@@ -193,11 +193,14 @@ void Rows::CheckCount() {
     ++m_oReport.m_uFaults;
     const Str oRow = RowText();
     const bool bRaise = m_oOptions.m_bStrict;
-    if (bRaise && uFields > uColumns) GoTo(uColumns);
-    if (bRaise || MayTell()) {
-        const auto pTell =
-            uFields < uColumns ? Msg::TooFewColumnsInCsvFile : Msg::TooManyColumnsInCsvFile;
-        pTell(bRaise, m_oScan.Name(), m_uLine, oRow.CStr(), u3_t{uFields}, u3_t{uColumns});
+    if (bRaise) GoTo(uFields > uColumns ? uColumns : uFields - 1);
+    const bool bTell = bRaise || MayTell();
+    if (bTell && uFields < uColumns) {
+        Msg::TooFewColumnsInCsvFile(bRaise, m_oScan.Name(), m_uLine, oRow.CStr(), u3_t{uFields},
+                                    u3_t{uColumns});
+    } else if (bTell) {
+        Msg::TooManyColumnsInCsvFile(bRaise, m_oScan.Name(), m_uLine, oRow.CStr(), u3_t{uFields},
+                                     u3_t{uColumns});
     }
     if (uFields > uColumns) NameColumns(uColumns, uFields);
 }

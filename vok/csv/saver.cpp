@@ -95,6 +95,11 @@ class Saver {
         ForEachRow(oTop, [this](const Data_View& oRow) { Note(oRow); });
         NameColumns();
         CheckTold(oTop);
+        if (m_asName.empty()) {
+            // Lines of nothing are no rows.
+            ForEachRow(oTop, [this](const Data_View& oRow) { LeaveOut(oRow); });
+            return std::move(m_oSaved);
+        }
         if (m_oForm.m_bHeader) {
             for (std::size_t u = 0; u < m_asName.size(); ++u) Put(m_asName[u], u);
             EndRow();
