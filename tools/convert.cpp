@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -74,7 +73,7 @@ class Files {
     explicit Files(const Task& o) : m_oTask(o) {
         if (o.oOptions.sOut == "-")
             throw std::invalid_argument(Say("records need a folder, not \"-\""));
-        std::filesystem::create_directories(ToPath(o.oOptions.sOut));
+        vok::File::MkDir(vok::Str(o.oOptions.sOut));
     }
     void Add(vok::Data oTree) {
         char sName[32];

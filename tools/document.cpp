@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/csv.h"
 #include "tools/input.h"
 #include "tools/limits.h"
 #include "tools/output.h"
@@ -187,6 +188,7 @@ class Document::Impl {
     }
 
     void Start(const std::string& sFormat) {
+        if (IsCsv(m_sPath, sFormat)) throw NeedsTree();
         m_sWrapping = vok::Zip_WrappingName(m_oDocument->GetWrapping());
         // A share can be told of what is as it lies on the disk.
         m_oProgress.emplace("reading", m_sWrapping.empty() ? m_uBytes : 0);

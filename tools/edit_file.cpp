@@ -40,6 +40,10 @@ int EditFile(const EditOptions& o) {
     Input oIn = Load(o.sFile);
     oIn.oTree.SetToRoot();
     const FileForm oForm = FormFor(o, oIn);
+    if (oForm.sFormat == "csv") {
+        throw std::invalid_argument(
+            Say("a csv file is not written: name another form with --to, or a file of one"));
+    }
     try {
         for (const Edit& oEdit : o.aoEdit) Apply(oEdit, oIn.oTree);
     } catch (const NothingThere&) {

@@ -22,6 +22,8 @@ constexpr Pair PAIRS[] = {
     {"\"%0\" is no limit: NAME=NUMBER or NAME=none, with %1",
      "\"%0\" ist keine Grenze: NAME=ZAHL oder NAME=none, mit %1"},
     {"\"%0\" is no regular file", "\"%0\" ist keine gewöhnliche Datei"},
+    {"\"%0\" is no separator: it is one character of ASCII, or tab",
+     "\"%0\" ist kein Trennzeichen: das ist ein Zeichen von ASCII oder tab"},
     {"\"%0\" is no version such as 1.2.0", "\"%0\" ist keine Version wie 1.2.0"},
     {"\"%0\" may not be written", "\"%0\" darf nicht geschrieben werden"},
     {"%0 byte behind the document", "%0 Byte hinter dem Dokument"},
@@ -37,6 +39,9 @@ constexpr Pair PAIRS[] = {
     {"64-bit number, kept as text", "64-Bit-Zahl, als Text erhalten"},
     {"64-bit numbers, kept as texts", "64-Bit-Zahlen, als Texte erhalten"},
     {"SHA-256 is not to be had", "SHA-256 ist nicht verfügbar"},
+    {"a csv file is not written: name another form with --to, or a file of one",
+     "eine CSV-Datei wird nicht geschrieben: mit --to eine andere Form nennen, oder eine Datei in "
+     "einer"},
     {"a page shows one tree: there are %0 nodes at that path",
      "eine Seite zeigt einen Baum: an diesem Pfad sind %0 Knoten"},
     {"a path of names, positions and * is expected",

@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 
+#include "tools/csv.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
@@ -97,8 +98,12 @@ bool IsUtf16(std::string_view sDocument) {
     return sStart == "\xFF\xFE" || sStart == "\xFE\xFF" || sStart.find('\0') != sStart.npos;
 }
 
-void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
+void Parse(Input& o, const std::string& sPath, const Arr<char>& oBytes, const std::string& sFormat,
            const vok::Limits& oLimits) {
+    if (IsCsv(sPath, sFormat)) {
+        o.sFormat = "csv";
+        return LoadCsv(sPath, oBytes, oLimits, o.oTree, o.oReport);
+    }
     vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
     vok::Document_LoadOptions oOptions;
     oOptions.oLimits = oLimits;
@@ -197,7 +202,7 @@ Input Load(const std::string& sPath, const std::string& sFormat, bool bKeepBytes
         if (bWrapped) oLimits.m_uInputBytes = oStored.Size();
         Arr<char>& oBytes = bWrapped ? oPlain : oStored;
         AllowPrinting(oBytes.Size());
-        Parse(o, oBytes, sFormat, oLimits);
+        Parse(o, sPath, oBytes, sFormat, oLimits);
         if (bKeepBytes) o.oBytes.Swap(oBytes);
     } catch (const std::exception& oError) {
         throw FaultIn(sPath, o.oReport, oError);

@@ -17,7 +17,7 @@ namespace tools {
 
 struct Input {
     vok::Data oTree;
-    std::string sFormat;  // "xml", "json", "dgraph", "dump"
+    std::string sFormat;  // "xml", "json", "dgraph", "dump", "csv"
     vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
     vok::u3_t uBytes = 0;  // as stored
     vok::Load_Report oReport;

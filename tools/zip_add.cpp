@@ -17,6 +17,7 @@
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"
+#include "vok/file/tree.h"
 #include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 
@@ -69,7 +70,12 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
         if (!fs::exists(oFile)) throw std::invalid_argument(Say("\"%0\" does not exist", {sFile}));
         oCollect(oFile);
         if (!fs::is_directory(oFile)) continue;
-        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) oCollect(oEntry.path());
+        vok::File_Tree::Options oOptions;
+        oOptions.m_oTold = [](const vok::Str& oPath, vok::u2_t uError) {
+            vok::Msg::PathOrFileDoesNotExist(oPath.CStr(), uError);
+        };
+        vok::File_Tree oTree(vok::Str(sFile), oOptions);
+        while (oTree.Next()) oCollect(ToPath(oTree.Path().View()));
     }
     const fs::path oArchive = ToPath(sArchive);
     if (fs::exists(oArchive)) {
