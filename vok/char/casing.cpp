@@ -31,6 +31,8 @@ class Mapper {
             const bool bPlain = m_eKind != Kind::Title && !m_bTurkish;
             if (bPlain && static_cast<u0_t>(*m_pAt) < 0x80) {
                 AddAscii();
+            } else if (bPlain) {
+                AddOthers();
             } else {
                 AddNext();
             }
@@ -57,14 +59,38 @@ class Mapper {
         }
         // What a sigma behind it wants to know.
         if (m_eKind == Kind::Lower) {
-            for (const char* p = pTo; p != m_pAt && !SetCased(static_cast<u0_t>(p[-1]));) --p;
+            const char* p = pTo;
+            while (p != m_pAt && !SetCased(PropertiesOf(static_cast<u0_t>(p[-1])).m_uFlags)) --p;
         }
         m_pAt = pTo;
     }
 
+    // Some characters that are not ASCII, each by itself, but for sigma.
+    void AddOthers() {
+        constexpr unsigned MOST = 64;
+        constexpr unsigned LONGEST = 12;  // bytes that one may become
+        const i2_t Case::*const pStep = StepOf(m_eKind);
+        m_oOut.ReserveMore(MOST * LONGEST);
+        char* p = m_oOut.End();
+        for (unsigned u = 0; u < MOST && m_pAt != m_pEnd && static_cast<u0_t>(*m_pAt) >= 0x80;
+             ++u) {
+            const u2_t uCode = Decode(m_pAt, m_pEnd).m_uCode;
+            const Properties& o = PropertiesOf(uCode);
+            if ((o.m_uFlags & FULL_CASE) != 0) {
+                const Mapped oMapped(uCode, m_eKind);
+                p += oMapped.View().copy(p, LONGEST);
+            } else if (uCode == CAPITAL_SIGMA && IsFinalSigma()) {
+                p += FINAL_SIGMA.copy(p, LONGEST);
+            } else {
+                p = Encode(uCode + static_cast<u2_t>(CASES[o.m_uCase].*pStep), p);
+            }
+            SetCased(o.m_uFlags);
+        }
+        m_oOut.SetSize(static_cast<std::size_t>(p - m_oOut.Beg()));
+    }
+
     // Notes whether a character is cased; false if it is ignored.
-    bool SetCased(u2_t uCode) noexcept {
-        const u0_t uFlags = PropertiesOf(uCode).m_uFlags;
+    bool SetCased(u0_t uFlags) noexcept {
         if ((uFlags & CASE_IGNORABLE) != 0) return false;
         m_bInWord = (uFlags & CASED) != 0;
         return true;
@@ -72,8 +98,8 @@ class Mapper {
 
     void AddNext() {
         const u2_t uCode = Decode(m_pAt, m_pEnd).m_uCode;
-        const bool bLowers = m_eKind == Kind::Lower || (m_eKind == Kind::Title && m_bInWord);
-        if (bLowers && uCode == CAPITAL_SIGMA && m_bInWord && !IsCasedNext()) {
+        const bool bLowers = Lowers();
+        if (uCode == CAPITAL_SIGMA && IsFinalSigma()) {
             Add(FINAL_SIGMA);
         } else if (m_bTurkish && bLowers && uCode == 'I' && IsDotNext()) {
             m_oOut.Add('i');  // and its dot is left out
@@ -81,13 +107,21 @@ class Mapper {
             const Kind eKind = bLowers ? Kind::Lower : m_eKind;
             Add(Mapped(uCode, eKind, m_bTurkish ? Casing::Turkish : Casing::Standard).View());
         }
-        SetCased(uCode);
+        const Properties& o = PropertiesOf(uCode);
+        SetCased(o.m_uFlags);
         if (m_bTurkish) {
-            const u0_t uClass = PropertiesOf(uCode).m_uCombining;
+            const u0_t uClass = o.m_uCombining;
             if (uClass == 0 || uClass == CLASS_ABOVE) m_bAfterI = bLowers && uCode == 'I';
         }
     }
 
+    [[nodiscard]] bool Lowers() const noexcept {
+        return m_eKind == Kind::Lower || (m_eKind == Kind::Title && m_bInWord);
+    }
+    // Whether a capital sigma that has just been taken off becomes the one of an end.
+    [[nodiscard]] bool IsFinalSigma() const noexcept {
+        return Lowers() && m_bInWord && !IsCasedNext();
+    }
     // Whether a cased letter follows, those aside that are ignored. Such lie between two sigmas
     // only once, so that all of these looks together are linear.
     [[nodiscard]] bool IsCasedNext() const noexcept {

@@ -8,7 +8,6 @@ namespace vok::Char::detail {
 namespace {
 
 // In the order of Kind.
-constexpr i2_t Case::*STEPS[] = {&Case::m_iLower, &Case::m_iUpper, &Case::m_iTitle, &Case::m_iFold};
 constexpr u1_t Full_Case::*PLACES[] = {&Full_Case::m_uLower, &Full_Case::m_uUpper,
                                        &Full_Case::m_uTitle, &Full_Case::m_uFold};
 
@@ -28,7 +27,7 @@ void Mapped::Set(u2_t uCode, Kind eKind, const Properties& o) noexcept {
         m_pText = reinterpret_cast<const char*>(CASE_TEXTS + uPlace + 1);
         return;
     }
-    SetOne(uCode + static_cast<u2_t>(CASES[o.m_uCase].*STEPS[static_cast<int>(eKind)]));
+    SetOne(uCode + static_cast<u2_t>(CASES[o.m_uCase].*StepOf(eKind)));
 }
 
 void Mapped::SetTurkish(u2_t uCode, Kind eKind) noexcept {

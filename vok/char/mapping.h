@@ -13,6 +13,13 @@ namespace vok::Char::detail {
 
 enum class Kind { Lower, Upper, Title, Fold };
 
+// The simple mapping of each.
+[[nodiscard]] constexpr i2_t Case::*StepOf(Kind eKind) noexcept {
+    constexpr i2_t Case::*STEPS[] = {&Case::m_iLower, &Case::m_iUpper, &Case::m_iTitle,
+                                     &Case::m_iFold};
+    return STEPS[static_cast<int>(eKind)];
+}
+
 // The text that a character becomes, UTF-8: up to three characters. Held in place unless it lies
 // in the tables.
 class Mapped {

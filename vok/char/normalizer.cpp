@@ -75,11 +75,11 @@ bool Normalizer::Next() {
     return true;
 }
 
-// Segments, up to a border at a character that may stay.
+// Segments, up to one that is a single character which stays.
 void Normalizer::Change() {
     const char* p = m_pAt;
-    u2_t uCode = Decode(p, m_pEnd).m_uCode;
-    for (bool bMore = true; bMore;) {
+    Decoded o = Decode(p, m_pEnd);
+    for (bool bFirst = true;; bFirst = false) {
         const char* pThis = m_pEnd;
         Decoded oNext{0, true};
         bool bWhole = true;  // the segment is one character
@@ -87,20 +87,24 @@ void Normalizer::Change() {
             pThis = p;
             oNext = Decode(p, m_pEnd);
             if (Is(NormalOf(oNext.m_uCode), BORDER)) break;
-            if (bWhole) Push(uCode);
+            if (bWhole) Push(o.m_uCode);
             bWhole = false;
             Push(oNext.m_uCode);
             pThis = m_pEnd;
         }
-        if (bWhole && !Composes()) {
-            AddDecomposed(uCode);
-        } else {
-            if (bWhole) Push(uCode);
+        if (!bWhole) {
             AddSegment();
+        } else if (!bFirst && o.m_bGood && Is(NormalOf(o.m_uCode), STAYS)) {
+            return;
+        } else if (Composes()) {
+            Push(o.m_uCode);
+            AddSegment();
+        } else {
+            AddDecomposed(o.m_uCode);
         }
         m_pAt = pThis;
-        uCode = oNext.m_uCode;
-        bMore = m_pAt != m_pEnd && (!oNext.m_bGood || !Is(NormalOf(uCode), STAYS));
+        o = oNext;
+        if (m_pAt == m_pEnd) return;
     }
 }
 
@@ -113,14 +117,14 @@ void Normalizer::Push(u2_t uCode) {
     const Normal& o = NormalOf(uCode);
     const u0_t* pText = DECOMPOSITIONS + PlaceOf(o);
     if (*pText == 0) {
-        m_oSegment.Add(u2_t{o.m_uCombining} << CLASS | uCode);
+        Add(u2_t{o.m_uCombining} << CLASS | uCode);
         return;
     }
     const char* p = reinterpret_cast<const char*>(pText + 1);
     const char* const pEnd = p + *pText;
     while (p != pEnd) {
         const u2_t uPart = Decode(p, pEnd).m_uCode;
-        m_oSegment.Add(u2_t{NormalOf(uPart).m_uCombining} << CLASS | uPart);
+        Add(u2_t{NormalOf(uPart).m_uCombining} << CLASS | uPart);
     }
 }
 
@@ -130,7 +134,7 @@ void Normalizer::AddDecomposed(u2_t uCode) {
         const unsigned uCount = LettersOf(uCode, auLetters);
         m_oOut.ReserveMore(12);
         char* p = m_oOut.End();
-        for (unsigned u = 0; u < uCount; ++u) p += EncodeUtf8(auLetters[u], p);
+        for (unsigned u = 0; u < uCount; ++u) p = Encode(auLetters[u], p);
         m_oOut.SetSize(static_cast<std::size_t>(p - m_oOut.Beg()));
         return;
     }
@@ -147,7 +151,7 @@ void Normalizer::AddSegment() {
     if (Composes()) Compose();
     m_oOut.ReserveMore(4 * m_oSegment.Size());
     char* p = m_oOut.End();
-    for (const Item uItem : m_oSegment) p += EncodeUtf8(uItem & CODE, p);
+    for (const Item uItem : m_oSegment) p = Encode(uItem & CODE, p);
     m_oOut.SetSize(static_cast<std::size_t>(p - m_oOut.Beg()));
     m_oSegment.Truncate(0);
 }

@@ -54,6 +54,10 @@ class Normalizer {
     // The characters that one becomes: appended to the segment, or as text if they are all of it.
     void Push(u2_t uCode);
     void AddDecomposed(u2_t uCode);
+    void Add(Item uItem) {
+        if (m_oSegment.Size() == m_oSegment.Capacity()) m_oSegment.ReserveMore(1);
+        *m_oSegment.AddSpacePrivate() = uItem;
+    }
     void AddSegment();
     void Order();
     void OrderRun(Item* pBegin, Item* pEnd);

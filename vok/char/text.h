@@ -76,9 +76,26 @@ struct Decoded {
     return {DecodeUtf8(p, pEnd), bGood};
 }
 
+// Writes a character, as EncodeUtf8 does, and gives the place behind it.
+[[nodiscard]] inline char* Encode(u2_t uCode, char* p) noexcept {
+    const auto oTail = [](u2_t u) { return static_cast<char>(0x80 | (u & 0x3F)); };
+    if (uCode - 0x80 < 0x780) {
+        p[0] = static_cast<char>(0xC0 | uCode >> 6);
+        p[1] = oTail(uCode);
+        return p + 2;
+    }
+    if (uCode - 0x800 < 0xD000) {
+        p[0] = static_cast<char>(0xE0 | uCode >> 12);
+        p[1] = oTail(uCode >> 6);
+        p[2] = oTail(uCode);
+        return p + 3;
+    }
+    return p + EncodeUtf8(uCode, p);
+}
+
 inline void AddChar(Arr<char>& oOut, u2_t uCode) {
     char sCode[4];
-    oOut.Add(sCode, EncodeUtf8(uCode, sCode));
+    oOut.Add(sCode, static_cast<std::size_t>(Encode(uCode, sCode) - sCode));
 }
 
 // What is appended while this lives is dropped unless it is kept: a text that cannot be made whole
