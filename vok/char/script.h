@@ -1,4 +1,4 @@
-// SPDX-License-Identifier: MIT
+// SPDX-License-Identifier: MIT AND Unicode-DFS-2016
 // The scripts of Unicode 15.0.0 (Scripts.txt). Made by vok/char/tables/generate.py.
 #ifndef VOK_CHAR_SCRIPT_H
 #define VOK_CHAR_SCRIPT_H

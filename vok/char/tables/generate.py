@@ -167,7 +167,7 @@ def array(kind, name, values):
     return '\n'.join(out + [line, '};']) + '\n'
 
 
-HEAD = f'''// SPDX-License-Identifier: MIT
+HEAD = f'''// SPDX-License-Identifier: MIT AND Unicode-DFS-2016
 // Made of the Unicode character database {VERSION} by vok/char/tables/generate.py; see vok/char/tables.h.
 // clang-format off
 #include "vok/char/tables.h"
@@ -187,7 +187,7 @@ def scripts(db):
 
 
 def script_header(names):
-    return f'''// SPDX-License-Identifier: MIT
+    return f'''// SPDX-License-Identifier: MIT AND Unicode-DFS-2016
 // The scripts of Unicode {VERSION} (Scripts.txt). Made by vok/char/tables/generate.py.
 #ifndef VOK_CHAR_SCRIPT_H
 #define VOK_CHAR_SCRIPT_H

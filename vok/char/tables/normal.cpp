@@ -1,4 +1,4 @@
-// SPDX-License-Identifier: MIT
+// SPDX-License-Identifier: MIT AND Unicode-DFS-2016
 // Made of the Unicode character database 15.0.0 by vok/char/tables/generate.py; see vok/char/tables.h.
 // clang-format off
 #include "vok/char/tables.h"
