@@ -74,6 +74,19 @@ std::string Appended(F&& oAppend) {
     return s.substr(1);
 }
 
+// oVisit(text) for texts that have every character once, where oIsWanted(code point) lets it.
+// Between two of them is a space, which keeps them apart.
+template <class F, class G>
+void ForEveryCharacter(F&& oIsWanted, G&& oVisit) {
+    std::string s;
+    for (u2_t u = 0; u < 0x110000; ++u) {
+        const bool bSurrogate = u >= 0xD800 && u < 0xE000;
+        if (!bSurrogate && oIsWanted(u)) s += Utf8({u}) + ' ';
+        if (u % 128 == 127) oVisit(std::exchange(s, {}));
+        if (testing::Test::HasFatalFailure()) return;
+    }
+}
+
 // Random texts of those characters that do something, and of some that do not.
 class Texts_Random {
   public:

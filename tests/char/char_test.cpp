@@ -75,6 +75,8 @@ TEST(Cluster, Columns) {
     } CASES[] = {
         {"", 0, 0},
         {"plain", 5, 5},
+        {"more than eight bytes \x7F of ASCII ~", 34, 33},
+        {"12345678\u0301 12345678\t2345678", 25, 24},
         {"a\r\nb\tc", 5, 3},
         {"Größe", 5, 5},
         {"e\u0301\u0301x", 2, 2},

@@ -130,12 +130,11 @@ void ExpectCases(const std::string& s) {
 
 TEST(Icu, FormsAndCasesOfEveryCharacter) {
     VOK_SKIP_OTHER_VERSION();
-    for (u2_t u = 0; u < 0x110000; ++u) {
-        if (u >= 0xD800 && u < 0xE000) continue;
-        const std::string s = Utf8({u});
-        ASSERT_NO_FATAL_FAILURE(ExpectForms(s));
-        ASSERT_NO_FATAL_FAILURE(ExpectCases(s));
-    }
+    ForEveryCharacter([](u2_t) { return true; },
+                      [](const std::string& s) {
+                          ASSERT_NO_FATAL_FAILURE(ExpectForms(s));
+                          ASSERT_NO_FATAL_FAILURE(ExpectCases(s));
+                      });
 }
 
 TEST(Icu, RandomTexts) {
@@ -154,7 +153,7 @@ TEST(Icu, RandomTexts) {
     });
     std::mt19937 oRandom(4);
     const u2_t OFTEN[] = {0x3A3, 'I', 'i', 0x307, 0x130, ' ', '\'', 0x323, 0x301};
-    for (unsigned uRound = 0; uRound < 30000; ++uRound) {
+    for (unsigned uRound = 0; uRound < 5000; ++uRound) {
         ASSERT_NO_FATAL_FAILURE(ExpectForms(Utf8(oForms.Next(30))));
         Codes oCodes = oCases.Next(12);
         for (u2_t& u : oCodes) {

@@ -52,10 +52,10 @@ TEST(Normalize, EveryLineOfConformance) {
         EXPECT_LT(Char::CompareNormalized(as[0], as[1] + "!"), 0);
     }
     // All others stay as they are.
-    for (u2_t u = 0; u < 0x110000; ++u) {
-        if (oListed.contains(u) || (u >= 0xD800 && u < 0xE000)) continue;
-        for (const Form eForm : FORMS) ExpectForm(eForm, Utf8({u}), Utf8({u}));
-    }
+    ForEveryCharacter([&](u2_t u) { return !oListed.contains(u); },
+                      [](const std::string& s) {
+                          for (const Form eForm : FORMS) ExpectForm(eForm, s, s);
+                      });
 }
 
 TEST(Normalize, SmallTexts) {
@@ -143,7 +143,7 @@ TEST(Normalize, LawsOnRandomTexts) {
         return Char::CombiningClass(u) != 0 || !Char::IsNormalized(Utf8({u}), Form::NFKD) ||
                (u >= 0x1100 && u < 0x1200) || (u > 0x60 && u < 0x80);
     });
-    for (unsigned uRound = 0; uRound < 20000; ++uRound) {
+    for (unsigned uRound = 0; uRound < 4000; ++uRound) {
         const std::string s = Utf8(oRandom.Next(40));
         const std::string sC = In(Form::NFC, s), sD = In(Form::NFD, s);
         ASSERT_EQ(In(Form::NFC, sD), sC) << Shown(s);
@@ -200,7 +200,7 @@ TEST(Normalize, RefusedMemoryLeavesWhatWasThere) {
 
 // No character makes more than so many times its bytes.
 TEST(Normalize, GrowthIsBounded) {
-    for (u2_t u = 0x80; u < 0x110000; ++u) {
+    for (u2_t u = 0x80; u < 0x30000; ++u) {
         const std::string s = Utf8({u});
         ASSERT_LE(In(Form::NFKD, s).size(), 11 * s.size()) << u;
     }

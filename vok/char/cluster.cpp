@@ -99,6 +99,19 @@ struct Cluster {
     return {pEnd, oState.Columns()};
 }
 
+// Whether the eight bytes at p are printable ASCII, each a cluster: with none behind them that
+// could join the last one.
+[[nodiscard]] bool AreEightColumns(const char* p, const char* pEnd) noexcept {
+    constexpr u3_t uOnes = 0x0101010101010101u;
+    constexpr u3_t uHigh = 0x80 * uOnes;
+    if (pEnd - p < 8 || (pEnd - p > 8 && static_cast<u0_t>(p[8]) >= 0x80)) return false;
+    u3_t uWord;
+    std::memcpy(&uWord, p, 8);
+    // High bits: no ASCII; at least a space; a delete.
+    if ((uWord & uHigh) != 0) return false;
+    return ((uWord + 0x60 * uOnes) & ~(uWord + uOnes) & uHigh) == uHigh;
+}
+
 }  // namespace
 
 std::size_t NextCluster(std::string_view sText, std::size_t uFrom) noexcept {
@@ -117,6 +130,11 @@ std::size_t Width(std::string_view sText) noexcept {
     std::size_t uColumns = 0;
     const char* const pEnd = sText.data() + sText.size();
     for (const char* p = sText.data(); p != pEnd;) {
+        if (AreEightColumns(p, pEnd)) {
+            uColumns += 8;
+            p += 8;
+            continue;
+        }
         const Cluster o = ClusterAt(p, pEnd);
         uColumns += o.m_uColumns;
         p = o.m_pEnd;
