@@ -39,6 +39,12 @@ material(libvok ${PROJECT_VERSION} MIT)
 material(zlib ${ZLIB_VERSION_STRING} Zlib libvok)
 material(xxhash ${xxhash} BSD-2-Clause libvok)
 material(rapidjson ${rapidjson} MIT libvok)
+# What the tables of vok/char are made of: nothing that is looked for when the library is built.
+file(STRINGS ${PROJECT_SOURCE_DIR}/vok/char/char.h unicode REGEX "UNICODE_VERSION = ")
+string(REGEX REPLACE ".*\"([0-9.]+)\".*" "\\1" unicode "${unicode}")
+material(unicode-data ${unicode} Unicode-DFS-2016)
+list(APPEND relations "{\"spdxElementId\": \"SPDXRef-unicode-data\", \"relationshipType\": \"CONTAINED_BY\",
+     \"relatedSpdxElement\": \"SPDXRef-libvok\"}")
 if(VOK_PROGRAM)
   number(gcrypt ${GCRYPT_INCLUDE_DIR}/gcrypt.h "define GCRYPT_VERSION")
   material(vok ${PROJECT_VERSION} MIT)

@@ -123,12 +123,10 @@ class Lines {
     static std::string ValueOf(const Inspect_Field& o) {
         if (o.IsSkipped()) return std::to_string(o.m_uLength) + " bytes";
         if (!o.m_bText) return Escaped(o.m_sValue);
-        std::size_t uCut = std::min(o.m_sValue.size(), LONGEST_TEXT);
-        const bool bCut = uCut < o.m_sValue.size();
-        while (bCut && uCut != 0 && (o.m_sValue[uCut] & 0xC0) == 0x80) --uCut;
-        const std::string_view s = o.m_sValue.substr(0, uCut);
+        const std::string_view s = Beginning(o.m_sValue, LONGEST_TEXT);
         // A step is full of quotes.
         std::string sText = IsStep(o) ? Escaped(s) : Quoted(s);
+        const bool bCut = s.size() < o.m_sValue.size();
         if (bCut) sText += "... (" + std::to_string(o.m_uLength) + " bytes)";
         return sText;
     }

@@ -17,9 +17,8 @@ constexpr std::size_t LONGEST_SHOWN = 200;
 
 std::string Excerpt(std::string_view sText) {
     if (sText.size() <= LONGEST_SHOWN) return Escaped(sText);
-    std::size_t uCut = LONGEST_SHOWN;
-    while ((sText[uCut] & 0xC0) == 0x80) --uCut;  // not inside a character
-    return Escaped(sText.substr(0, uCut)) + "... (" + std::to_string(sText.size()) + " bytes)";
+    return Escaped(Beginning(sText, LONGEST_SHOWN)) + "... (" + std::to_string(sText.size()) +
+           " bytes)";
 }
 
 }  // namespace

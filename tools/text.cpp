@@ -14,6 +14,7 @@
 #include "vok/base/date.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
+#include "vok/char/cluster.h"
 #include "vok/data/view.h"
 #include "vok/sys/sys.h"
 
@@ -163,15 +164,23 @@ std::string BehindText(vok::u3_t uBytes) {
                {std::to_string(uBytes)});
 }
 
+std::string_view Beginning(std::string_view sText, std::size_t uMost) {
+    if (sText.size() <= uMost) return sText;
+    std::size_t uEnd = 0;
+    for (std::size_t u = 0; u <= uMost; u = vok::Char::NextCluster(sText, u)) uEnd = u;
+    if (uEnd != 0) return sText.substr(0, uEnd);
+    // One of them is longer than that: not inside a code point.
+    for (uEnd = uMost; uEnd != 0 && (sText[uEnd] & 0xC0) == 0x80;) --uEnd;
+    return sText.substr(0, uEnd);
+}
+
 std::string Shortened(std::string_view sPath) {
     constexpr std::size_t HALF = 200;
     if (sPath.size() <= 2 * HALF) return std::string(sPath);
-    const auto oIsInside = [&](std::size_t u) { return (sPath[u] & 0xC0) == 0x80; };
-    std::size_t uFirst = HALF;
-    while (uFirst != 0 && oIsInside(uFirst)) --uFirst;
-    std::size_t uLast = sPath.size() - HALF;
-    while (uLast != sPath.size() && oIsInside(uLast)) ++uLast;
-    return std::string(sPath.substr(0, uFirst)) + " ... " + std::string(sPath.substr(uLast));
+    const std::string_view sFirst = Beginning(sPath, HALF);
+    std::size_t uLast = sFirst.size();
+    while (sPath.size() - uLast > HALF) uLast = vok::Char::NextCluster(sPath, uLast);
+    return std::string(sFirst) + " ... " + std::string(sPath.substr(uLast));
 }
 
 Palette::Palette(bool bColoured) noexcept {

@@ -41,6 +41,9 @@ void Tell(std::string_view sName, std::string_view sWhat);
 // What is said of bytes that stand behind an archive.
 std::string BehindText(vok::u3_t uBytes);
 
+// The beginning of a text in at most so many bytes, and whole characters as people see them.
+std::string_view Beginning(std::string_view sText, std::size_t uMost);
+
 // The first and the last bytes of a path that is too long to be read: "/a[0]/b[0 ... ]/c[0]". At
 // most 400 of them, and no half characters.
 std::string Shortened(std::string_view sPath);

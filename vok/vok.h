@@ -5,6 +5,11 @@
 
 #include "vok/base/limits.h"
 #include "vok/base/msg.h"
+#include "vok/char/casing.h"
+#include "vok/char/char.h"
+#include "vok/char/cluster.h"
+#include "vok/char/compare.h"
+#include "vok/char/normalize.h"
 #include "vok/compare/diff.h"
 #include "vok/compare/merge.h"
 #include "vok/csv/csv.h"

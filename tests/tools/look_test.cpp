@@ -164,6 +164,22 @@ TEST_F(Program, PagesOfDifferences) {
     EXPECT_EQ(LeftBehind(), "");
 }
 
+// Long texts are cut where people see two characters; where there are none, between code points.
+TEST_F(Program, CutsWholeCharacters) {
+    const std::string sLetter = "e\u0323\u0301";  // five bytes
+    const Pair CASES[] = {
+        {Repeat("a", 201), Repeat("a", 200)},
+        {Repeat("\u00E4", 101), Repeat("\u00E4", 100)},
+        {"a" + Repeat(sLetter, 41), "a" + Repeat(sLetter, 39)},
+        {"a" + Repeat("\u0301", 200), "a" + Repeat("\u0301", 99)},
+    };
+    for (const auto& [sText, sShown] : CASES) {
+        const std::string sBytes = "... (" + std::to_string(sText.size()) + " bytes)\"\n";
+        const Outcome o = Run("show --plain -", "<R><a>" + sText + "</a></R>");
+        EXPECT_EQ(o.sOut, "R\n  a String \"" + sShown + sBytes);
+    }
+}
+
 #ifndef _WIN32
 // On a terminal, which script(1) makes, what is printed goes through a pager.
 TEST_F(Program, Pager) {
