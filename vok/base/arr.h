@@ -58,6 +58,17 @@ class Arr {
         m_uCapacity = BYTES / sizeof(T);
     }
 
+    // Takes elements that stand in memory of somebody else, which must outlive this; they are left
+    // there when it grows. There must be some; in front of them there is room for a header, see
+    // Mem::MakeInPlace.
+    void Attach(T* pElements, std::size_t uSize) noexcept {
+        Release();
+        Mem::MakeInPlace(pElements, uSize * sizeof(T));
+        m_pData = pElements;
+        m_uSize = uSize;
+        m_uCapacity = uSize;
+    }
+
     [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
     [[nodiscard]] std::size_t Capacity() const noexcept { return m_uCapacity; }
     // What its block takes of the heap.

@@ -177,6 +177,14 @@ struct Std_Allocator {
     friend bool operator==(const Std_Allocator&, const Std_Allocator&) noexcept = default;
 };
 
+// Has memory of somebody else begin like a block in a room: its header takes the HEADER_SIZE bytes
+// in front of pData, which is aligned to 16 bytes.
+inline void MakeInPlace(void* pData, std::size_t uSize) noexcept {
+    char* const pHeader = static_cast<char*>(pData) - HEADER_SIZE;
+    new (pHeader) std::atomic<u3_t>(0);
+    new (pHeader + 8) u3_t(IN_PLACE | uSize);
+}
+
 // What a block takes of the heap, its header included; 0 for null, and for one in a room.
 [[nodiscard]] inline std::size_t HeapBytes(const void* pData) noexcept {
     return pData != nullptr && !IsInPlace(pData) ? SizeOf(pData) + HEADER_SIZE : 0;

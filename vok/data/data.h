@@ -18,6 +18,11 @@
 
 namespace vok {
 
+// How a dump lies in its file: without gaps, or so that Data::Attach can use it where it lies.
+enum class Data_DumpLayout : u0_t { Compact, Attachable };
+// What is known of a dump that is attached.
+enum class Data_Trust : u0_t { None, Checked };
+
 class Data_Base;
 class Data_NodeSet;
 class Data_SuccIt;
@@ -492,7 +497,7 @@ class Data {
     // Writes the whole tree, removed nodes and user tag included, in the library's own
     // format: the fast form, a few large blocks (docs/native-dump.md). Does not flush. Raises
     // "node is empty" and the errors of the stream, which keeps what was written by then.
-    void Dump(File_Stream& oOut) const;
+    void Dump(File_Stream& oOut, Data_DumpLayout eLayout = Data_DumpLayout::Compact) const;
     // Replaces the cursor's tree by one that was dumped and goes to its root; ids are those
     // of the tree that was dumped. The stream is left behind the dump. Nothing in it is
     // trusted; a failed load leaves the cursor as it was. pReport, unless it is null, is
@@ -503,6 +508,18 @@ class Data {
     // does not hold together, the errors of limits and those of the stream. Linear but for
     // texts that are out of order, which are sorted.
     void Load(File_Stream& oIn, const Limits& oLimits = {}, Load_Report* pReport = nullptr);
+    // Makes this a cursor on the root of the tree of a dump in a file, without copying what was
+    // dumped as Attachable: nodes, groups and texts stay in the file, whose pages all processes
+    // share that attach it. The tree is one like others; what is changed is this process' own, the
+    // file stays. It may be replaced or removed meanwhile, but not be written to: bytes that change
+    // or go under a tree are as bad as wild pointers. So publish trees with File_Replacement.
+    //
+    // With Data_Trust::Checked nothing is verified, and only names and attributes take time: for
+    // what this program or its peers have attached before, and nobody else can have changed. Else
+    // it is verified as Load does, in the same time. Other dumps are loaded. Raises what Load
+    // raises, and "could not open file".
+    void Attach(const Str& oPath, Data_Trust eTrust = Data_Trust::None, const Limits& oLimits = {},
+                Load_Report* pReport = nullptr);
     // Whether the next bytes are the header of a dump of any version; the stream must be able
     // to seek and stays where it is.
     [[nodiscard]] static bool CanLoad(File_Stream& oIn);

@@ -45,6 +45,7 @@
 #define VOK_DATA_STORE_H
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 
 #include "vok/base/msg.h"
@@ -312,6 +313,7 @@ class Data_Base {
 
     // ---- fields -----------------------------------------------------------
 
+    std::shared_ptr<const void> m_pAttached;  // a file that arrays may lie in: it goes behind them
     Arr_Near<Node, FIRST_NODES> m_oNode;  // by id
     Data_Names m_oName;
     Data_Groups m_oGroup;

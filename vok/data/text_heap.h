@@ -120,7 +120,11 @@ class Data_Heap {
     [[nodiscard]] bool IsWithin(u3_t uBytes) const noexcept {
         return m_iUnused + static_cast<i3_t>(uBytes) <= static_cast<i3_t>(m_oBytes.Size());
     }
-    // Sets it from the bytes that all references name.
+    // The bytes that all references name, once for each; and setting it from them.
+    [[nodiscard]] u3_t Referred() const noexcept {
+        return static_cast<u3_t>(static_cast<i3_t>(m_oBytes.Size()) - m_iUnused -
+                                 (m_oBytes.Size() != 0));
+    }
     void SetReferred(u3_t uBytes) noexcept {
         m_iUnused =
             static_cast<i3_t>(m_oBytes.Size()) - static_cast<i3_t>(uBytes) - (m_oBytes.Size() != 0);

@@ -24,6 +24,12 @@ void Checker::Run(const Arr<u2_t>& oAttributes) {
     m_oBase.m_oHeap.SetReferred(m_uReferred);
 }
 
+void Checker::Believe(const Arr<u2_t>& oAttributes) {
+    m_bBelieve = true;
+    CheckAttributes(oAttributes);
+    m_oBase.m_uIndexed = static_cast<u2_t>(m_oBase.m_oNode.Size());
+}
+
 // ---- nodes and groups ---------------------------------------------------------
 
 // Almost every text stands behind the one before and is ASCII.
@@ -280,7 +286,8 @@ void Checker::CheckAttributes(const Arr<u2_t>& oWords) {
             const u2_t uId = oWords(uNext);
             const u2_t uValue = oWords(uNext + 1);
             const bool bAscending = u == 0 || uId > uLast;
-            if (uId >= uNodes || !bAscending || !CheckText(uValue, TO_NUL)) oFail(uNext);
+            const bool bText = m_bBelieve || CheckText(uValue, TO_NUL);
+            if (uId >= uNodes || !bAscending || !bText) oFail(uNext);
             if (oCount.Size() != 0 && ++oCount(uId) > m_oLimits.m_uAttributes) {
                 m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
             }

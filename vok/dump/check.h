@@ -31,6 +31,8 @@ class Checker {
     // Nodes, groups and texts, then the attributes: those of all names from the words of their
     // block.
     void Run(const Arr<u2_t>& oAttributes);
+    // Takes the arrays of a tree that was checked before for good.
+    void Believe(const Arr<u2_t>& oAttributes);
 
   private:
     static constexpr std::size_t RECORD_SIZE = sizeof(Data_Node);
@@ -75,6 +77,7 @@ class Checker {
     std::size_t m_uNextGroup = 0;  // word at which the next group begins
     u3_t m_uHung = 0;              // nodes that name a predecessor
     u3_t m_uInGroups = 0;
+    bool m_bBelieve = false;
     bool m_bUpward = false;  // some node has a lower id than its predecessor
     Arr<u2_t> m_oKeyAfter;   // by key: one that is known to come behind it, or 0
     Arr<u3_t> m_oSeen;       // a bit per node of groups that are not in the order of ids

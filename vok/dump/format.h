@@ -15,6 +15,11 @@
 //     32-bit blocks  of later writers, skipped
 //     end marker
 //
+// Of an attachable dump the lengths of nodes, groups and heap are each followed by a 64-bit number
+// of bytes to be skipped, by which what comes lies at a multiple of 64 and has room for a header in
+// front; and the first block behind the attributes is the summary, two 64-bit numbers: nodes that
+// were removed, and bytes of the heap that are referred to, once for each reference.
+//
 // Tree nodes carry the place of their group in the words of the groups. So the records, the
 // groups and the heap are the arrays of a tree that has just been built.
 #ifndef VOK_DUMP_FORMAT_H
@@ -32,6 +37,11 @@ inline constexpr char CLASS_NAME[] = "Data";
 // Records of version 1 have 24 bits for the predecessor, and four above it without a meaning.
 inline constexpr u2_t VERSION = 2;
 inline constexpr u2_t NARROW_VERSION = 1;
+// That of an attachable dump.
+inline constexpr u2_t ATTACHABLE_VERSION = 3;
+inline constexpr std::size_t ALIGNMENT = 64;
+inline constexpr std::size_t MOST_PADDING = 4096;
+inline constexpr std::size_t SUMMARY_SIZE = 16;
 
 // Bytes in front of a block, and of one attribute.
 inline constexpr std::size_t NARROW_LENGTH = 4;

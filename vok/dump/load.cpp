@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Reads the native dump.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 #include "vok/base/where.h"
@@ -11,12 +13,16 @@
 #include "vok/file/buf.h"
 #include "vok/file/file.h"
 #include "vok/file/rest.h"
+#include "vok/sys/mapping.h"
 
 namespace vok {
 
 namespace dump {
 
 namespace {
+
+// The memory of a dump.
+using Attached = std::shared_ptr<char>;
 
 class Reader {
   public:
@@ -26,21 +32,29 @@ class Reader {
           m_oWork(oLimits),
           m_oNew(Mem::Ref<Data_Base>::Create()),
           m_oBase(*m_oNew) {}
+    // From the memory that oIn is over, in which arrays may stay.
+    Reader(File_Buf& oIn, const Attached& oAttached, Data_Trust eTrust, const Limits& oLimits)
+        : Reader(oIn, oLimits) {
+        m_pAttached = oAttached.get();
+        m_eTrust = eTrust;
+        m_oBase.m_pAttached = oAttached;
+    }
 
     Mem::Ref<Data_Base> Run() {
         u2_t uLibraryVersion = 0;
-        u2_t uVersion = 0;
-        File::CheckMagic(m_oIn, CLASS_NAME, uLibraryVersion, uVersion, true, 1, NARROW_VERSION,
-                         VERSION);
+        File::CheckMagic(m_oIn, CLASS_NAME, uLibraryVersion, m_uVersion, true, 1, NARROW_VERSION,
+                         ATTACHABLE_VERSION);
         m_uAt = 20 + std::string_view("vok::").size() + sizeof(CLASS_NAME);
         ReadTag();
         ReadNames(false);
-        m_auBlock[Fault::NODES] = ReadBlock(m_oBase.m_oNode, 0, MaxNodes());
+        m_auBlock[Fault::NODES] = ReadArray(m_oBase.m_oNode, 0, MaxNodes());
         ReadGroups();
         ReadHeap();
         ReadNames(true);
         Arr<u2_t> oAttributes;
         m_auBlock[Fault::ATTRIBUTES] = ReadBlock(oAttributes, 0, ~u3_t{0});
+        const bool bTrusted = m_eTrust == Data_Trust::Checked && m_uVersion == ATTACHABLE_VERSION;
+        if (bTrusted) ReadSummary();
         m_uAt += File::LoadEndMarker(m_oIn);
         if (!IS_NATIVE) {
             TurnWords(m_oBase.m_oNode.Beg(), 4 * m_oBase.m_oNode.Size());
@@ -48,7 +62,12 @@ class Reader {
         }
         try {
             m_oWork.SetInput(m_uAt);
-            Checker(m_oBase, uVersion, m_oLimits, m_oWork).Run(oAttributes);
+            Checker oChecker(m_oBase, m_uVersion, m_oLimits, m_oWork);
+            if (bTrusted) {
+                oChecker.Believe(oAttributes);
+            } else {
+                oChecker.Run(oAttributes);
+            }
         } catch (const Fault& oFault) {
             Fail(m_auBlock[oFault.eBlock] + oFault.uOffset);
         }
@@ -84,17 +103,62 @@ class Reader {
     }
 
     // Reads a block of whole elements, with room for some more, and returns where it begins.
-    // No more memory is asked for than about twice what has come.
     template <class T>
     u3_t ReadBlock(Arr<T>& oArr, std::size_t uExtra, u3_t uMost) {
+        const u3_t uSize = ReadLength<T>(uMost);
+        return ReadElements(oArr, uSize, uExtra);
+    }
+    // The same for one that may have a gap in front, or stay where it is.
+    template <class T>
+    u3_t ReadArray(Arr<T>& oArr, std::size_t uExtra, u3_t uMost) {
+        const u3_t uSize = ReadLength<T>(uMost);
+        const std::size_t uGap = m_uVersion == ATTACHABLE_VERSION ? SkipGap() : 0;
+        return StayHere(oArr, uSize, uExtra, uGap) ? m_uAt - uSize * sizeof(T)
+                                                   : ReadElements(oArr, uSize, uExtra);
+    }
+    template <class T>
+    [[nodiscard]] u3_t ReadLength(u3_t uMost) {
         char sLength[WIDE_LENGTH];
         m_oIn.Read(sLength, sizeof(sLength));
-        const u3_t uBegin = m_uAt + sizeof(sLength);
         const u3_t uBytes = le::Load<u3_t>(sLength);
         const u3_t uSize = uBytes / sizeof(T);
         if (uBytes % sizeof(T) != 0 || uSize > MAX_SIZE) Fail(m_uAt);
         if (uSize > uMost) RaiseTooMany(uSize);
-        m_uAt = uBegin;
+        m_uAt += sizeof(sLength);
+        return uSize;
+    }
+    // Returns how many bytes the gap has.
+    [[nodiscard]] std::size_t SkipGap() {
+        char s[WIDE_LENGTH + MOST_PADDING];
+        m_oIn.Read(s, WIDE_LENGTH);
+        const u3_t uGap = le::Load<u3_t>(s);
+        if (uGap > MOST_PADDING) Fail(m_uAt);
+        m_oIn.Read(s + WIDE_LENGTH, static_cast<std::size_t>(uGap));
+        m_uAt += WIDE_LENGTH + uGap;
+        return static_cast<std::size_t>(uGap);
+    }
+    // Leaves elements where they are, if that can be: the gap in front of them becomes their
+    // header, and behind them there are bytes that may be read.
+    template <class T>
+    [[nodiscard]] bool StayHere(Arr<T>& oArr, u3_t uSize, std::size_t uExtra, std::size_t uGap) {
+        if (m_pAttached == nullptr || !IS_NATIVE || uSize == 0 || uGap < Mem::HEADER_SIZE) {
+            return false;
+        }
+        auto& oIn = static_cast<File_Buf&>(m_oIn);
+        const auto uPlace = static_cast<std::size_t>(oIn.Tell());
+        char* const p = m_pAttached + uPlace;
+        const std::size_t uLeft = oIn.Remaining();
+        const bool bThere = uLeft > uExtra && (uLeft - uExtra) / sizeof(T) >= uSize;
+        if (!bThere || reinterpret_cast<std::uintptr_t>(p) % 16 != 0) return false;
+        oArr.Attach(reinterpret_cast<T*>(p), static_cast<std::size_t>(uSize));
+        oIn.Seek(static_cast<i3_t>(uSize * sizeof(T)), File_Stream::FROM_POSITION);
+        m_uAt += uSize * sizeof(T);
+        return true;
+    }
+    // No more memory is asked for than about twice what has come.
+    template <class T>
+    u3_t ReadElements(Arr<T>& oArr, u3_t uSize, std::size_t uExtra) {
+        const u3_t uBegin = m_uAt;
         const File_Buf* pBuffer = dynamic_cast<const File_Buf*>(&m_oIn);
         const std::size_t uSure = pBuffer != nullptr ? pBuffer->Remaining() / sizeof(T) : 0;
         oArr.Truncate(0);
@@ -118,16 +182,24 @@ class Reader {
 
     void ReadGroups() {
         Arr<u2_t> oWord;
-        m_auBlock[Fault::GROUPS] = ReadBlock(oWord, 0, MAX_WORDS);
+        m_auBlock[Fault::GROUPS] = ReadArray(oWord, 0, MAX_WORDS);
         if (!IS_NATIVE) TurnWords(oWord.Beg(), oWord.Size());
         m_oBase.m_oGroup.Swap(oWord);
     }
 
     void ReadHeap() {
         Arr<char> oBytes;
-        m_auBlock[Fault::HEAP] = ReadBlock(oBytes, Data_Heap::SLACK, MAX_WORDS);
-        std::memset(oBytes.End(), 0, Data_Heap::SLACK);
+        m_auBlock[Fault::HEAP] = ReadArray(oBytes, Data_Heap::SLACK, MAX_WORDS);
+        if (oBytes.Capacity() > oBytes.Size()) std::memset(oBytes.End(), 0, Data_Heap::SLACK);
         m_oBase.m_oHeap.Swap(oBytes);
+    }
+
+    void ReadSummary() {
+        File_Buf oSummary;
+        m_uAt += File::LoadBufStream32(oSummary, m_oIn);
+        if (oSummary.Size() != SUMMARY_SIZE) Fail(m_uAt);
+        m_oBase.m_uDead = static_cast<u2_t>(le::Load<u3_t>(oSummary.Data()));
+        m_oBase.m_oHeap.SetReferred(le::Load<u3_t>(oSummary.Data() + 8));
     }
 
     // Names of nodes or of attributes: none empty, none twice.
@@ -160,6 +232,9 @@ class Reader {
     Work m_oWork;
     const Mem::Ref<Data_Base> m_oNew;
     Data_Base& m_oBase;
+    char* m_pAttached = nullptr;  // the memory that arrays may stay in
+    Data_Trust m_eTrust = Data_Trust::None;
+    u2_t m_uVersion = 0;
     u3_t m_uAt = 0;
     u3_t m_auBlock[4] = {};  // where the blocks begin that a Fault names
 };
@@ -172,6 +247,29 @@ void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     return Where("vok::Data::Load", [&] {
         if (pReport != nullptr) *pReport = Load_Report();
         dump::Reader oReader(oIn, oLimits);
+        {
+            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+                oReport.m_uOffset = oReader.Offset();
+                oReport.m_uNodes = oReader.Nodes();
+            });
+            *this = Data(oReader.Run(), 0);
+        }
+        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
+    });
+}
+
+void Data::Attach(const Str& oPath, Data_Trust eTrust, const Limits& oLimits,
+                  Load_Report* pReport) {
+    return Where("vok::Data::Attach", [&] {
+        if (pReport != nullptr) *pReport = Load_Report();
+        sys::Mapping oMapping;
+        if (!sys::MapFile(oPath.CStr(), oMapping)) {
+            Msg::CouldNotOpenFile(oPath.CStr(), "r", File::OpenFiles(), Msg::SystemError());
+        }
+        const dump::Attached oAttached(oMapping.pBytes,
+                                       [oMapping](char*) { sys::Unmap(oMapping); });
+        File_Buf oIn(oMapping.pBytes, oMapping.uSize);
+        dump::Reader oReader(oIn, oAttached, eTrust, oLimits);
         {
             const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
                 oReport.m_uOffset = oReader.Offset();

@@ -29,7 +29,8 @@ namespace {
 
 class Writer {
   public:
-    Writer(Data_Base& oBase, File_Stream& oOut) : m_oBase(oBase), m_oOut(oOut) {}
+    Writer(Data_Base& oBase, File_Stream& oOut, Data_DumpLayout eLayout)
+        : m_oBase(oBase), m_oOut(oOut), m_bGaps(eLayout == Data_DumpLayout::Attachable) {}
 
     void Run() {
         m_oBase.UpdateSucc();
@@ -52,14 +53,15 @@ class Writer {
 
         ReserveSpace(sTag.size() + m_oNames.Size() + SizeOf(oNode) + SizeOf(oWord) + uHeap +
                      m_oAttNames.Size() + SizeOf(m_oAttribute));
-        File::WriteMagic(m_oOut, CLASS_NAME, VERSION);
-        File::DumpBufStream32(File_Buf(sTag.data(), sTag.size()), m_oOut);
+        m_uAt += File::WriteMagic(m_oOut, CLASS_NAME, m_bGaps ? ATTACHABLE_VERSION : VERSION);
+        m_uAt += File::DumpBufStream32(File_Buf(sTag.data(), sTag.size()), m_oOut);
         WriteBlock(m_oNames);
-        WriteBlock(oNode);
-        WriteBlock(oWord);
-        File::DumpBufStream64(File_Buf(pHeap, uHeap), m_oOut);
+        WriteArray(oNode.Beg(), SizeOf(oNode));
+        WriteArray(oWord.Beg(), SizeOf(oWord));
+        WriteArray(pHeap, uHeap);
         WriteBlock(m_oAttNames);
         WriteBlock(m_oAttribute);
+        if (m_bGaps) WriteSummary();
         File::DumpEndMarker(m_oOut);
     }
 
@@ -70,12 +72,36 @@ class Writer {
     }
     template <class T>
     void WriteBlock(const Arr<T>& oArr) {
-        File::DumpBufStream64(File_Buf(oArr.Beg(), SizeOf(oArr)), m_oOut);
+        m_uAt += File::DumpBufStream64(File_Buf(oArr.Beg(), SizeOf(oArr)), m_oOut);
+    }
+
+    // One of those that are attached.
+    void WriteArray(const void* pBytes, std::size_t uSize) {
+        const File_Buf oBytes(pBytes, uSize);
+        if (!m_bGaps) {
+            m_uAt += File::DumpBufStream64(oBytes, m_oOut);
+            return;
+        }
+        char sHead[2 * WIDE_LENGTH + Mem::HEADER_SIZE + ALIGNMENT] = {};
+        const std::size_t uLeast = 2 * WIDE_LENGTH + Mem::HEADER_SIZE;
+        const auto uBehind = static_cast<std::size_t>((m_uAt + uLeast) % ALIGNMENT);
+        const std::size_t uHead = uLeast + (uBehind != 0 ? ALIGNMENT - uBehind : 0);
+        le::Store<u3_t>(sHead, uSize);
+        le::Store<u3_t>(sHead + WIDE_LENGTH, uHead - 2 * WIDE_LENGTH);
+        m_oOut.Write(sHead, uHead);
+        if (uSize != 0) m_oOut.Write(pBytes, uSize);
+        m_uAt += uHead + uSize;
+    }
+    void WriteSummary() {
+        char s[SUMMARY_SIZE];
+        le::Store<u3_t>(s, m_oBase.m_uDead);
+        le::Store<u3_t>(s + 8, m_oBase.m_oHeap.Referred());
+        File::DumpBufStream32(File_Buf(s, sizeof(s)), m_oOut);
     }
 
     // A memory buffer grows once instead of step by step.
     void ReserveSpace(std::size_t uBlocks) {
-        constexpr std::size_t uAround = 256;  // header, lengths, end marker
+        constexpr std::size_t uAround = 512;  // header, lengths, gaps, end marker
         File_Buf* pBuffer = dynamic_cast<File_Buf*>(&m_oOut);
         if (pBuffer == nullptr || !pBuffer->IsBinaryWritable()) return;
         (void)pBuffer->WriteSpace(uBlocks + uAround);
@@ -150,6 +176,8 @@ class Writer {
 
     Data_Base& m_oBase;
     File_Stream& m_oOut;
+    const bool m_bGaps;
+    u3_t m_uAt = 0;  // bytes written
     Arr<char> m_oNames;
     Arr<u2_t> m_oNewKey;  // by key; empty when all keep theirs
     Arr<char> m_oAttNames;
@@ -164,8 +192,9 @@ class Writer {
 
 }  // namespace dump
 
-void Data::Dump(File_Stream& oOut) const {
-    return Where("vok::Data::Dump", [&] { dump::Writer(detail::TreeOf(m_oBase), oOut).Run(); });
+void Data::Dump(File_Stream& oOut, Data_DumpLayout eLayout) const {
+    return Where("vok::Data::Dump",
+                 [&] { dump::Writer(detail::TreeOf(m_oBase), oOut, eLayout).Run(); });
 }
 
 }  // namespace vok

@@ -31,12 +31,16 @@ class Dump {
                                if (u != 0) f.Put("user tag", u, Value::Text());
                            }) &&
             PutBlock<u3_t>("length of names", [&](u3_t u) { PutTexts("name", u); }) &&
-            PutBlock<u3_t>("length of nodes", [&](u3_t u) { PutNodes(u); }) &&
-            PutBlock<u3_t>("length of groups", [&](u3_t u) { PutGroups(u); }) &&
-            PutBlock<u3_t>("length of heap",
-                           [&](u3_t u) {
-                               if (u != 0) f.Put("heap", u, {});
-                           }) &&
+            PutBlock<u3_t>(
+                "length of nodes", [&](u3_t u) { PutNodes(u); }, m_bGaps) &&
+            PutBlock<u3_t>(
+                "length of groups", [&](u3_t u) { PutGroups(u); }, m_bGaps) &&
+            PutBlock<u3_t>(
+                "length of heap",
+                [&](u3_t u) {
+                    if (u != 0) f.Put("heap", u, {});
+                },
+                m_bGaps) &&
             PutBlock<u3_t>("length of attribute names",
                            [&](u3_t u) { PutTexts("attribute name", u); }) &&
             PutBlock<u3_t>("length of attributes", [&](u3_t u) { PutAttributes(u); });
@@ -50,6 +54,8 @@ class Dump {
         f.Put("magic", 4, {}, bGood ? Fault::None : Fault::WrongHeader);
         PutWord("byte order", "%08x");
         PutWord("library version", "%u");
+        u2_t uVersion = 0;
+        m_bGaps = f.Peek("version", uVersion) && uVersion == dump::ATTACHABLE_VERSION;
         PutWord("version", "%u");
         u2_t uName = 0;
         if (!f.Peek("length of class", uName)) return;
@@ -63,13 +69,26 @@ class Dump {
 
     // A length of type T, and what oPut puts of so many bytes. False where that is not all there.
     template <class T, class Put>
-    [[nodiscard]] bool PutBlock(const char* sLength, const Put& oPut) {
+    [[nodiscard]] bool PutBlock(const char* sLength, const Put& oPut, bool bGap = false) {
         T uLength = 0;
         if (f.IsOver() || !f.Peek(sLength, uLength)) return false;
         const bool bGood = uLength <= f.Left() - sizeof(T);
         f.Put(sLength, sizeof(T), Value("%llu", static_cast<unsigned long long>(uLength)),
               bGood ? Fault::None : Fault::BeyondEnd);
+        if (bGood && bGap && !PutGap(uLength)) return false;
         if (bGood) oPut(uLength);
+        return bGood;
+    }
+    // The gap in front of so many bytes.
+    [[nodiscard]] bool PutGap(u3_t uBehind) {
+        u3_t uGap = 0;
+        if (f.IsOver() || !f.Peek("length of gap", uGap)) return false;
+        const u3_t uLeft = f.Left() - sizeof(uGap);
+        const bool bGood =
+            uGap <= dump::MOST_PADDING && uBehind <= uLeft && uGap <= uLeft - uBehind;
+        f.Put("length of gap", sizeof(uGap), Value("%llu", static_cast<unsigned long long>(uGap)),
+              bGood ? Fault::None : Fault::BeyondEnd);
+        if (bGood && uGap != 0) f.Put("gap", uGap, {});
         return bGood;
     }
 
@@ -203,6 +222,7 @@ class Dump {
     static constexpr u3_t LONGEST_NAME = 64 * 1024;
 
     Fields& f;
+    bool m_bGaps = false;  // in front of nodes, groups and heap
 };
 
 }  // namespace
