@@ -23,6 +23,8 @@ Endings EndingsOf(const std::string& sName) {
     if (sLower.ends_with(".xml")) o.sFormat = "xml";
     if (sLower.ends_with(".dgraph") || sLower.ends_with(".dg")) o.sFormat = "dgraph";
     if (sLower.ends_with(".dump")) o.sFormat = "dump";
+    o.bTab = sLower.ends_with(".tsv");
+    if (sLower.ends_with(".csv") || o.bTab) o.sFormat = "csv";
     if (sLower.ends_with(".json")) o.sFormat = "json";
     if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
     return o;
@@ -37,7 +39,7 @@ FileForm FormOf(const std::string& sPath, const std::string& sFormat) {
     const Endings oEndings = EndingsOf(sPath);
     FileForm o;
     o.sFormat = sFormat.empty() ? oEndings.sFormat : sFormat;
-    if (o.sFormat.empty() || o.sFormat == "jsonl") {
+    if (o.sFormat.empty() || o.sFormat == "jsonl" || o.sFormat == "csv") {
         throw std::invalid_argument(NoFormatText(sPath, ".xml, .dgraph, .dump, .json"));
     }
     if (oEndings.bGzip) o.sWrapping = "gzip";

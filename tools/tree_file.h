@@ -16,6 +16,7 @@ namespace tools {
 struct Endings {
     std::string sFormat;  // empty when none does
     bool bGzip = false;
+    bool bTab = false;  // between the fields of a csv file
 };
 Endings EndingsOf(const std::string& sName);
 

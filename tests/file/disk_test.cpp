@@ -111,6 +111,16 @@ TEST_F(Disk_Test, FilesMoveToAnotherFileSystem) {
     File::Remove(oThere);
 }
 
+// Some files tell no size, and not every system call reads them.
+TEST_F(Disk_Test, CopiesWhatItsSizeDoesNotTell) {
+    const char* const sSource = "/proc/version";
+    if (!fs::exists(sSource)) GTEST_SKIP() << "no such files";
+    EXPECT_EQ(File::Info(sSource).m_uSize, 0u);
+    EXPECT_TRUE(File::Copy(sSource, "copy"));
+    EXPECT_EQ(OnDisk("copy"), OnDisk(sSource));
+    EXPECT_FALSE(OnDisk("copy").empty());
+}
+
 TEST_F(Disk_Test, MakesAndRemovesFolders) {
     EXPECT_TRUE(File::MkDir("a/b/größe/"));
     EXPECT_FALSE(File::MkDir("a/b/größe"));

@@ -72,6 +72,18 @@ TEST_F(Program, CsvFilesAreRead) {
         EXPECT_EQ(LinesOnDisk("err"), o.sErr);
     }
     EXPECT_FALSE(fs::exists("y.xml"));
+    // And written: columns stay in their order, and what is no row is told.
+    ToDisk("in.csv", "b,a\n1,\"x,y\"\n2,\n");
+    EXPECT_EQ(Run("convert in.csv out.tsv").iExit, 0);
+    EXPECT_EQ(OnDisk("out.tsv"), "b\ta\n1\tx,y\n2\t\n");
+    ToDisk("tree.xml", "<R><row><b>1</b><a>x;y</a></row><row k='v'><b>2</b><c><d/></c></row></R>");
+    EXPECT_EQ(Run("convert tree.xml out.csv --separator ';'").iExit, 0);
+    EXPECT_EQ(OnDisk("out.csv"), "a;b\n\"x;y\";1\n;2\n");
+    EXPECT_TRUE(Has(OnDisk("err"), "not kept: 2 nodes and attributes that do not fit into rows"));
+    fs::remove("out.csv");
+    EXPECT_EQ(Run("convert tree.xml out.csv --lossless").iExit, 2);
+    EXPECT_FALSE(fs::exists("out.csv"));
+    EXPECT_EQ(Run("convert tree.xml out.csv --records /row").iExit, 2);
     EXPECT_EQ(Run("convert - - --from csv --to json --compact", "a\ntrue\n").sOut,
               "{\"row\":{\"a\":true}}\n");
 }
