@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "tools/limits.h"
 #include "tools/say.h"
 #include "tools/tree_file.h"
 #include "vok/base/msg.h"
@@ -92,7 +93,7 @@ vok::u3_t SaveCsv(const vok::Data& oTop, const std::string& sPath, vok::File_Str
     for (const std::string& s : oTold.asColumn) {
         o.m_aoColumn.push_back({vok::Str(std::string_view(s)), {}});
     }
-    return vok::Csv_Save(oTop, oOut, o).m_uLeftOut;
+    return vok::Csv_Save(oTop, oOut, o, TheLimits()).m_uLeftOut;
 }
 
 }  // namespace tools
