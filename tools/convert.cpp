@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/commands.h"
+#include "tools/csv.h"
 #include "tools/document.h"
 #include "tools/input.h"
 #include "tools/json_lines.h"
@@ -139,7 +140,8 @@ void WriteDocument(const Task& o, bool bCounted, vok::File_Stream& oOut) {
 int ByRecords(const Task& o) {
     const ConvertOptions& r = o.oOptions;
     const bool bJson = o.oForm.sFormat == "jsonl";
-    const bool bOfTrees = o.oForm.Keeps() == "dump" || o.oForm.sFormat == "json";
+    const bool bOfTrees =
+        o.oForm.Keeps() == "dump" || o.oForm.sFormat == "json" || o.oForm.sFormat == "csv";
     if (bOfTrees && !o.IsByRecords()) throw NeedsTree();
     if (bJson || o.IsByRecords()) {
         if (vok::records::Path::NeedsTree(o.Records())) throw NeedsTree();
@@ -174,9 +176,23 @@ int ByRecords(const Task& o) {
 
 // ---- with the whole tree ------------------------------------------------------------
 
+// What fits into rows is known once they are made.
+void WriteCsv(const Task& o, const Input& oIn) {
+    vok::File_Buf oRows("w");
+    LossCount oLosses("csv", 0);
+    oLosses.AddUnfit(SaveCsv(oIn.oTree, o.oOptions.sOut, oRows));
+    TellLosses(o.oOptions.sIn, oIn.oReport, oIn.sBehind, oLosses, o.oOptions.bLossless);
+    WriteFile(o.oOptions.sOut, o.oForm, true,
+              [&](vok::File_Stream& oOut) { oOut.Write(oRows.Data(), oRows.Size()); });
+}
+
 int ByTree(const Task& o) {
     Input oIn = Load(o.oOptions.sIn, o.oOptions.sFrom);
     oIn.oTree.SetToRoot();
+    if (o.oForm.sFormat == "csv") {
+        WriteCsv(o, oIn);
+        return EXIT_GOOD;
+    }
     LossCount oLosses(o.oForm.Keeps(), o.oForm.auVersion[1]);
     if (o.oForm.Keeps() != "dump") CountTree(oIn.oTree, oLosses);
     TellLosses(o.oOptions.sIn, oIn.oReport, oIn.sBehind, oLosses, o.oOptions.bLossless);
@@ -217,10 +233,15 @@ int Convert(const ConvertOptions& o) {
         oForm.eWrapping = vok::Zip_Wrapping::Zlib;
     }
     if (oForm.sFormat.empty()) {
-        throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));
+        throw std::invalid_argument(
+            NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl, .csv"));
     }
     if (oTask.IsByRecords() && oForm.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
         throw std::invalid_argument(Say("files of records are not compressed"));
+    }
+    if (oTask.IsByRecords() && oForm.sFormat == "csv") {
+        throw std::invalid_argument(
+            Say("--records is not for csv files: each node below the top is a row"));
     }
     if (o.bCompact && oForm.sFormat != "json") {
         throw std::invalid_argument(Say("--compact is for JSON"));

@@ -3,12 +3,12 @@
 
 #include <stdexcept>
 
-#include "tools/path.h"
+#include "tools/limits.h"
 #include "tools/say.h"
+#include "tools/tree_file.h"
 #include "vok/base/msg.h"
 #include "vok/csv/csv.h"
 #include "vok/file/buf.h"
-#include "vok/file/path.h"
 
 namespace tools {
 
@@ -39,17 +39,6 @@ class Named final : public vok::File_Stream {
     vok::File_Buf m_oBytes;
 };
 
-// The ending of a name in small letters, without ".gz".
-std::string EndingOf(std::string_view sPath) {
-    const auto oLower = [](std::string_view s) {
-        std::string sText(s);
-        for (char& c : sText) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-        return sText;
-    };
-    const std::string sEnding = oLower(vok::File_Path::Ext(sPath));
-    return sEnding == ".gz" ? oLower(vok::File_Path::Ext(vok::File_Path::Stem(sPath))) : sEnding;
-}
-
 }  // namespace
 
 CsvForm& TheCsvForm() noexcept {
@@ -68,15 +57,14 @@ void SetSeparator(const std::string& sText) {
 
 bool IsCsv(const std::string& sPath, const std::string& sFormat) {
     if (!sFormat.empty()) return sFormat == "csv";
-    const std::string sEnding = EndingOf(sPath);
-    return sEnding == ".csv" || sEnding == ".tsv";
+    return EndingsOf(sPath).sFormat == "csv";
 }
 
 void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::Limits& oLimits,
              vok::Data& oTree, vok::Load_Report& oReport) {
     vok::Csv_Options o;
     o.m_cSeparator = TheCsvForm().cSeparator;
-    if (o.m_cSeparator == 0 && EndingOf(sPath) == ".tsv") o.m_cSeparator = '\t';
+    if (o.m_cSeparator == 0 && EndingsOf(sPath).bTab) o.m_cSeparator = '\t';
     o.m_bHeader = TheCsvForm().bHeader;
     o.m_bTell = false;
     Named oIn(sPath, oBytes);
@@ -88,6 +76,24 @@ void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::
         throw;
     }
     oReport = oCsv;
+    for (const vok::Csv_Column& oColumn : oCsv.m_aoColumn) {
+        TheCsvForm().asColumn.emplace_back(oColumn.m_oName.View());
+    }
+}
+
+vok::u3_t SaveCsv(const vok::Data& oTop, const std::string& sPath, vok::File_Stream& oOut) {
+    const CsvForm& oTold = TheCsvForm();
+    vok::Csv_Form o;
+    o.m_bStrict = false;
+    if (EndingsOf(sPath).bTab) o.m_cSeparator = '\t';
+    if (oTold.asColumn.empty()) {
+        if (oTold.cSeparator != 0) o.m_cSeparator = oTold.cSeparator;
+        o.m_bHeader = oTold.bHeader;
+    }
+    for (const std::string& s : oTold.asColumn) {
+        o.m_aoColumn.push_back({vok::Str(std::string_view(s)), {}});
+    }
+    return vok::Csv_Save(oTop, oOut, o, TheLimits()).m_uLeftOut;
 }
 
 }  // namespace tools

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
-// Csv files as input.
+// Csv files as input and output.
 #ifndef TOOLS_CSV_H
 #define TOOLS_CSV_H
 
 #include <string>
+#include <vector>
 
 #include "vok/base/arr.h"
 #include "vok/base/limits.h"
 #include "vok/data/data.h"
+#include "vok/file/stream.h"
 
 namespace tools {
 
@@ -15,6 +17,7 @@ namespace tools {
 struct CsvForm {
     char cSeparator = 0;  // 0: by content
     bool bHeader = true;
+    std::vector<std::string> asColumn;  // of the one that was loaded last, in their order
 };
 CsvForm& TheCsvForm() noexcept;
 
@@ -28,6 +31,11 @@ bool IsCsv(const std::string& sPath, const std::string& sFormat);
 // Loads one; errors call it by its path.
 void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::Limits& oLimits,
              vok::Data& oTree, vok::Load_Report& oReport);
+
+// Writes the successors of a node as rows for a file of such a name, and returns how many nodes and
+// attributes do not fit. Of a csv file that was loaded the columns keep their order; for any other
+// document the command line says how rows are written.
+vok::u3_t SaveCsv(const vok::Data& oTop, const std::string& sPath, vok::File_Stream& oOut);
 
 }  // namespace tools
 

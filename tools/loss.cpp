@@ -91,6 +91,11 @@ void LossCount::Add(const vok::Data_Value& o) {
 std::vector<std::string> LossCount::Lines() const {
     Losses o;
     if (m_sFormat == "dump" || m_sFormat == "json") return {};
+    if (m_sFormat == "csv") {
+        o.Add(m_uUnfit, "node or attribute that does not fit into rows",
+              "nodes and attributes that do not fit into rows");
+        return std::move(o).Lines();
+    }
     if (m_sFormat == "jsonl") {
         o.Add(m_uNoNumbers, "number that JSON does not have", "numbers that JSON does not have");
         o.Add(m_uNoChars, "number that is no character", "numbers that are no characters");

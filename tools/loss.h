@@ -27,6 +27,8 @@ class LossCount {
     // That leads to nothing, or to what was removed; or to the top.
     void AddDeadLink() noexcept { ++m_uDeadLinks; }
     void AddTopLink() noexcept { ++m_uTopLinks; }
+    // Nodes and attributes that no row of scalars has.
+    void AddUnfit(vok::u3_t uCount) noexcept { m_uUnfit += uCount; }
 
     // Lines such as "3 characters beyond one byte".
     [[nodiscard]] std::vector<std::string> Lines() const;
@@ -53,6 +55,7 @@ class LossCount {
     vok::u3_t m_uNoNumbers = 0;  // infinities, and what is not a number
     vok::u3_t m_uDeadLinks = 0;
     vok::u3_t m_uTopLinks = 0;
+    vok::u3_t m_uUnfit = 0;
 };
 
 // Of a whole tree. Linear.

@@ -58,7 +58,7 @@ void AddConvert(CLI::App& oApp) {
         "--no-header", [] { TheCsvForm().bHeader = false; },
         "The first line of a csv file is a row, and does not name the columns");
     p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
-        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "jsonl"}));
+        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "jsonl", "csv"}));
     p->add_option(
          "--records", o->sRecords,
          "Write every node at this path by itself: a line each of JSON Lines, whose default "
@@ -84,7 +84,7 @@ void AddConvert(CLI::App& oApp) {
         "that place as a list, and beside attributes its value as \"#value\".\n"
         "Csv files are told by their endings, .csv or .tsv, or with --from: each row is a node\n"
         "\"row\" with a successor for each column; columns have the narrowest type that all of\n"
-        "their fields have.\n"
+        "their fields have. Into one go the nodes below the top whose successors are scalars.\n"
         "Documents are read piece by piece, however large they are; the whole tree is held for\n"
         "dumps, JSON and csv files, for links, and for XML whose elements are not in the order of "
         "their "

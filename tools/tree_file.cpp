@@ -15,10 +15,15 @@ namespace tools {
 
 Endings EndingsOf(const std::string& sName) {
     const vok::Document_Format oKnown = vok::Document_FormatNamed(sName);
-    Endings o{vok::Document_FormName(oKnown.eForm), oKnown.eWrapping};
+    Endings o;
+    o.sFormat = vok::Document_FormName(oKnown.eForm);
+    o.eWrapping = oKnown.eWrapping;
     std::string sLower = ToText(ToPath(sName).filename());
     for (char& c : sLower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
     if (o.eWrapping == vok::Zip_Wrapping::Gzip) sLower.resize(sLower.size() - 3);
+    if (o.eWrapping == vok::Zip_Wrapping::Zip) sLower.resize(sLower.size() - 4);
+    o.bTab = sLower.ends_with(".tsv");
+    if (sLower.ends_with(".csv") || o.bTab) o.sFormat = "csv";
     if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
     return o;
 }
@@ -32,7 +37,7 @@ FileForm FormOf(const std::string& sPath, const std::string& sFormat) {
     const Endings oEndings = EndingsOf(sPath);
     FileForm o;
     o.sFormat = sFormat.empty() ? oEndings.sFormat : sFormat;
-    if (o.sFormat.empty() || o.sFormat == "jsonl") {
+    if (o.sFormat.empty() || o.sFormat == "jsonl" || o.sFormat == "csv") {
         throw std::invalid_argument(NoFormatText(sPath, ".xml, .dgraph, .dump, .json"));
     }
     o.eWrapping = oEndings.eWrapping;

@@ -17,6 +17,7 @@ namespace tools {
 struct Endings {
     std::string sFormat;  // empty when none does
     vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
+    bool bTab = false;  // between the fields of a csv file
 };
 Endings EndingsOf(const std::string& sName);
 

@@ -71,7 +71,11 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
         oCollect(oFile);
         if (!fs::is_directory(oFile)) continue;
         vok::File_Tree::Options oOptions;
-        oOptions.m_oTold = [](const vok::Str& oPath, vok::u2_t uError) {
+        oOptions.m_oTold = [&](const vok::Str& oPath, vok::u2_t uError) {
+            if (uError == vok::File_Tree::NO_UTF8) {
+                iExit = EXIT_NEGATIVE;
+                return Tell(oPath.View(), Say("is no name for a member: not added"));
+            }
             vok::Msg::PathOrFileDoesNotExist(oPath.CStr(), uError);
         };
         vok::File_Tree oTree(vok::Str(sFile), oOptions);

@@ -79,6 +79,7 @@ TEST_F(Csv_Test, RowsBecomeNodes) {
         {"\xEF\xBB\xBF\"a\",b\n1,2\n", "Root(row(a:1 b:2))"},
         {"\xFF\xFE"s + "a\0,\0b\0\n\0001\0,\0\xE4\0"s, "Root(row(a:1 b:'ä'))"},
         {"a,a,,b\n1,2,3,4\n", "Root(row(a:1 a:2 b:4 column3:3))"},
+        {"a,b,a\n1,2,x\n", "Root(row(a:1 a:'x' b:2))"},
         {"a,b\n\n1,2\n\r\n\n", "Root(row(a:1 b:2))"},
         {"a,b\n1,\n,\n", "Root(row(a:1 b:'') row(a:'' b:''))"},
         {"\xE4,b\nx\xFFy,1\n", "Root(row(b:1 ä:'xÿy'))"},
@@ -282,6 +283,26 @@ TEST_F(Csv_Test, LimitsHold) {
     File_Buf oIn(sCommas.data(), sCommas.size());
     Data oTree;
     EXPECT_TRUE(Has(Failing([&] { Csv_Load(oTree, oIn, o, oInflated); }), "memory for a byte"));
+}
+
+// Many columns and many short rows cost what their bytes are, not their product.
+TEST_F(Csv_Test, ShortRowsOfWideTablesAreCheap) {
+    constexpr unsigned MANY = 100000;
+    std::string sText;
+    for (unsigned u = 0; u < MANY; ++u) sText += "," + std::to_string(u * 7919u % MANY);
+    sText += "\n" + Repeat("1\n", MANY);
+    Csv_Options o;
+    o.m_bStrict = o.m_bTell = false;
+    File_Buf oIn(sText.data(), sText.size());
+    Data oTree;
+    Csv_Load(oTree, oIn, o);
+    EXPECT_EQ(oTree.GetNodes(), 1 + 2 * MANY);
+    // Nor does writing them fill a disk: the last one makes all of their columns.
+    Data oLast = oTree.CreateNewSucc("row");
+    for (unsigned u = 0; u < MANY; ++u) oLast.CreateNewSucc(std::to_string(u).c_str());
+    File_Buf oOut("w");
+    EXPECT_TRUE(Has(Failing([&] { (void)Csv_Save(oTree, oOut); }), "memory for a byte"));
+    EXPECT_EQ(oOut.Size(), 0u);
 }
 
 // ---- writing ----------------------------------------------------------------

@@ -31,6 +31,63 @@ TEST_F(Program, EveryFormToEveryForm) {
     EXPECT_TRUE(Has(o.sOut, "<n dt:dt=\"r8\">0.1</n>"));
 }
 
+// By their endings or by --from, for every command; faults with their place, and nothing written.
+TEST_F(Program, CsvFilesAreRead) {
+    ToDisk("people.csv", "name;born\nAda;1815-12-10\n\"Grace \"\"A\"\"\";1906-12-09\n");
+    ToDisk("DATA.TSV", "a;b\tc\n1\t2\n");
+    ToDisk("plain", "1,2\n3,4\n");
+    ToDisk("bad.csv", "a,b\n1,2\n3\n");
+    const struct {
+        const char* sArguments;
+        int iExit;
+        const char* sOut;
+        const char* sErr;
+    } CASES[] = {
+        {"get people.csv /row/name", 0, "Ada\nGrace \"A\"\n", ""},
+        {"get people.csv '/row[0]/born'", 0, "1815-12-10T00:00:00Z\n", ""},
+        {"get DATA.TSV '/row/\"a;b\"'", 0, "1\n", ""},
+        {"convert plain - --to json --compact --from csv --separator ';'", 0,
+         "{\"row\":{\"1,2\":\"3,4\"}}\n", ""},
+        {"convert plain - --to json --compact --from csv --no-header", 0,
+         "{\"row\":[{\"column1\":1,\"column2\":2},{\"column1\":3,\"column2\":4}]}\n", ""},
+        {"convert bad.csv y.xml", 2, "",
+         "vok: bad.csv: byte 8, line 3, column 1: error in csv file \"bad.csv\": too few (1 insted "
+         "of "
+         "2) columns in line 3: \\n3\n"},
+        {"check bad.csv", 1,
+         "bad.csv: byte 8, line 3, column 1: error in csv file \"bad.csv\": too few (1 insted of "
+         "2) "
+         "columns in line 3: \\n3\n",
+         ""},
+        {"convert people.csv y.xml --separator ab", 2, "",
+         "vok: \"ab\" is no separator: it is one character of ASCII, or tab\n"},
+        {"set people.csv /row/name x -i", 2, "",
+         "vok: a csv file is not written: name another form with --to, or a file of one\n"},
+    };
+    for (const auto& o : Affordable(CASES, 3)) {
+        SCOPED_TRACE(o.sArguments);
+        const Outcome oMade = Run(o.sArguments);
+        EXPECT_EQ(oMade.iExit, o.iExit);
+        EXPECT_EQ(LinesOnDisk("out"), o.sOut);
+        EXPECT_EQ(LinesOnDisk("err"), o.sErr);
+    }
+    EXPECT_FALSE(fs::exists("y.xml"));
+    // And written: columns stay in their order, and what is no row is told.
+    ToDisk("in.csv", "b,a\n1,\"x,y\"\n2,\n");
+    EXPECT_EQ(Run("convert in.csv out.tsv").iExit, 0);
+    EXPECT_EQ(OnDisk("out.tsv"), "b\ta\n1\tx,y\n2\t\n");
+    ToDisk("tree.xml", "<R><row><b>1</b><a>x;y</a></row><row k='v'><b>2</b><c><d/></c></row></R>");
+    EXPECT_EQ(Run("convert tree.xml out.csv --separator ';'").iExit, 0);
+    EXPECT_EQ(OnDisk("out.csv"), "a;b\n\"x;y\";1\n;2\n");
+    EXPECT_TRUE(Has(OnDisk("err"), "not kept: 2 nodes and attributes that do not fit into rows"));
+    fs::remove("out.csv");
+    EXPECT_EQ(Run("convert tree.xml out.csv --lossless").iExit, 2);
+    EXPECT_FALSE(fs::exists("out.csv"));
+    EXPECT_EQ(Run("convert tree.xml out.csv --records /row").iExit, 2);
+    EXPECT_EQ(Run("convert - - --from csv --to json --compact", "a\ntrue\n").sOut,
+              "{\"row\":{\"a\":true}}\n");
+}
+
 // What a form does not keep is told, and refused where nothing may be lost.
 TEST_F(Program, LossesAreTold) {
     struct Case {

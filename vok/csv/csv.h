@@ -37,8 +37,8 @@ struct Csv_Options {
     bool m_bTell = true;  // report what is passed over to the console and the log as well
 
     Str m_oRow = "row";  // the name of the nodes that rows become
-    // With a header line the types of the columns that bear these names, without one the names and
-    // types of all columns in their order.
+    // With a header line the types of the columns that bear these names, of several with one name
+    // in their order; without one the names and types of all columns in their order.
     std::vector<Csv_Column> m_aoColumn;
 };
 
@@ -109,7 +109,11 @@ struct Csv_Saved {
 // and names that are not among the columns that are told. Raises "node "%0" does not fit into a csv
 // file", then with nothing written, "node is empty", "try to access deleted node", and the errors
 // of the stream, which is not flushed. Linear, with memory for the columns.
-Csv_Saved Csv_Save(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm = {});
+//
+// A table of next to nothing but empty fields, beyond 2^22 more of them than
+// Limits::m_uMemoryPerByte for one that is none, raises the error of that limit.
+Csv_Saved Csv_Save(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm = {},
+                   const Limits& oLimits = {});
 
 }  // namespace vok
 

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
+#include <numeric>
+#include <utility>
+#include <vector>
 
 #include "vok/base/msg.h"
 #include "vok/base/number.h"
@@ -40,6 +42,15 @@ void CheckOptions(const Csv_Options& o) {
 }
 
 }  // namespace
+
+std::vector<std::size_t> ByName(const std::vector<Csv_Column>& aoColumn) {
+    std::vector<std::size_t> auOrder(aoColumn.size());
+    std::iota(auOrder.begin(), auOrder.end(), std::size_t{0});
+    std::stable_sort(auOrder.begin(), auOrder.end(), [&](std::size_t a, std::size_t b) {
+        return aoColumn[a].m_oName.View() < aoColumn[b].m_oName.View();
+    });
+    return auOrder;
+}
 
 char GuessSeparator(std::string_view sStart, char cQuote, bool bWhole) noexcept {
     using Counts = std::array<unsigned, SEPARATORS.size()>;
@@ -109,17 +120,19 @@ void Rows::Start() {
 
 void Rows::ReadHeader() {
     if (ReadRow()) NameColumns(0, Size());
-    for (const Csv_Column& oTold : m_oOptions.m_aoColumn) {
-        bool bFound = false;
-        for (Csv_Column& oColumn : m_oReport.m_aoColumn) {
-            if (!(oColumn.m_oName == oTold.m_oName)) continue;
-            oColumn.m_eType = oTold.m_eType;
-            bFound = true;
-        }
-        if (!bFound) {
-            if (m_oEnd.Size() != 0) GoTo(0);
+    // Both in the order of names, so that many of either cost no more than sorting them.
+    std::vector<Csv_Column>& aoColumn = m_oReport.m_aoColumn;
+    const std::vector<std::size_t> auColumn = ByName(aoColumn);
+    std::size_t u = 0;
+    for (const std::size_t uTold : ByName(m_oOptions.m_aoColumn)) {
+        const Csv_Column& oTold = m_oOptions.m_aoColumn[uTold];
+        const std::string_view sName = oTold.m_oName.View();
+        while (u < auColumn.size() && aoColumn[auColumn[u]].m_oName.View() < sName) ++u;
+        if (u == auColumn.size() || aoColumn[auColumn[u]].m_oName.View() != sName) {
+            if (Size() != 0) GoTo(0);
             Msg::MissingColumn(m_oScan.Name(), oTold.m_oName.CStr());
         }
+        aoColumn[auColumn[u++]].m_eType = oTold.m_eType;
     }
 }
 

@@ -15,6 +15,9 @@ namespace vok::csv {
 // The separator that the beginning of a file looks like. bWhole: there is no more of it.
 [[nodiscard]] char GuessSeparator(std::string_view sStart, char cQuote, bool bWhole) noexcept;
 
+// The places of columns in the order of their names, those of one name as they stand.
+[[nodiscard]] std::vector<std::size_t> ByName(const std::vector<Csv_Column>& aoColumn);
+
 class Rows {
   public:
     // The options, the limits and the report must outlive it.

@@ -22,14 +22,31 @@ namespace {
 using Columns = std::vector<Csv_Column>;
 
 // The columns in the order of their names, in which a tree keeps them.
-std::vector<std::size_t> InOrder(const Columns& aoColumn) {
-    std::vector<std::size_t> auOrder(aoColumn.size());
-    std::iota(auOrder.begin(), auOrder.end(), std::size_t{0});
-    std::stable_sort(auOrder.begin(), auOrder.end(), [&](std::size_t a, std::size_t b) {
-        return aoColumn[a].m_oName.View() < aoColumn[b].m_oName.View();
-    });
-    return auOrder;
-}
+class Order {
+  public:
+    // Of the first so many columns, as rows with fewer fields have them: in time that goes by
+    // those.
+    const std::vector<std::size_t>& Of(std::size_t uFields, const Columns& aoColumn) {
+        if (m_auRank.size() != aoColumn.size()) Sort(aoColumn);
+        if (uFields >= m_auOrder.size()) return m_auOrder;
+        m_auSome.resize(uFields);
+        std::iota(m_auSome.begin(), m_auSome.end(), std::size_t{0});
+        std::sort(m_auSome.begin(), m_auSome.end(),
+                  [this](std::size_t a, std::size_t b) { return m_auRank[a] < m_auRank[b]; });
+        return m_auSome;
+    }
+
+  private:
+    void Sort(const Columns& aoColumn) {
+        m_auOrder = ByName(aoColumn);
+        m_auRank.resize(aoColumn.size());
+        for (std::size_t u = 0; u < m_auOrder.size(); ++u) m_auRank[m_auOrder[u]] = u;
+    }
+
+    std::vector<std::size_t> m_auOrder;
+    std::vector<std::size_t> m_auRank;  // where in the order each column is
+    std::vector<std::size_t> m_auSome;
+};
 
 // Holds what is made to the limits.
 class Meter {
@@ -110,10 +127,9 @@ void Settle(Columns& aoColumn, const Csv_Options& oOptions, const std::vector<Gu
 // Gives the fields of a row to oAdd in the order of their columns' names. oNone is asked for a
 // field that is not of its type.
 template <class Row, class Add, class None>
-void ForEachValue(const Row& oRow, const Columns& aoColumn, const std::vector<std::size_t>& auOrder,
-                  bool bLeaveOutEmpty, Add oAdd, None oNone) {
-    for (const std::size_t u : auOrder) {
-        if (u >= oRow.Size()) continue;
+void ForEachValue(const Row& oRow, const Columns& aoColumn, Order& oOrder, bool bLeaveOutEmpty,
+                  Add oAdd, None oNone) {
+    for (const std::size_t u : oOrder.Of(oRow.Size(), aoColumn)) {
         const std::string_view sField = oRow.Field(u);
         if (sField.empty()) {
             if (!bLeaveOutEmpty) oAdd(u, Data_Value(sField));
@@ -137,10 +153,9 @@ class Builder {
 
     template <class Row, class None>
     void Add(const Row& oRow, const Columns& aoColumn, None oNone) {
-        if (m_auOrder.size() != aoColumn.size()) m_auOrder = InOrder(aoColumn);
         m_oBuilder.Open(m_oOptions.m_oRow.View());
         ForEachValue(
-            oRow, aoColumn, m_auOrder, m_oOptions.m_bLeaveOutEmpty,
+            oRow, aoColumn, m_oOrder, m_oOptions.m_bLeaveOutEmpty,
             [&](std::size_t u, const Data_Value& oValue) {
                 m_oBuilder.Add(aoColumn[u].m_oName.View(), oValue);
             },
@@ -151,7 +166,7 @@ class Builder {
   private:
     const Csv_Options& m_oOptions;
     Data_Builder m_oBuilder;
-    std::vector<std::size_t> m_auOrder;
+    Order m_oOrder;
 };
 
 // Reads all rows, with what oUse does with each.
@@ -236,17 +251,16 @@ void Csv_Copy(Data_Writer& oOut, File_Stream& oIn, const Csv_Options& oOptions,
             csv::Rows oRows(oIn, oOptions, oLimits, oReport);
             const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report&) { oRows.Report(); });
             oRows.Start();
-            std::vector<std::size_t> auOrder;
+            csv::Order oOrder;
             while (oRows.Next()) {
                 const std::vector<Csv_Column>& aoColumn = oRows.Columns();
-                if (auOrder.size() != aoColumn.size()) auOrder = csv::InOrder(aoColumn);
                 u2_t uSuccs = 0;
                 for (std::size_t u = 0; u < oRows.Size(); ++u) {
                     uSuccs += !oOptions.m_bLeaveOutEmpty || !oRows.Field(u).empty();
                 }
                 oOut.Open(oOptions.m_oRow.View(), uSuccs);
                 csv::ForEachValue(
-                    oRows, aoColumn, auOrder, oOptions.m_bLeaveOutEmpty,
+                    oRows, aoColumn, oOrder, oOptions.m_bLeaveOutEmpty,
                     [&](std::size_t u, const Data_Value& oValue) {
                         oOut.Add(aoColumn[u].m_oName.View(), oValue);
                     },

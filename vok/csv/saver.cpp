@@ -85,15 +85,20 @@ bool IsField(const Data_View& o) noexcept {
 
 class Saver {
   public:
-    Saver(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm)
-        : m_oTop(oTop), m_oOut(oOut), m_oForm(oForm) {}
+    Saver(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm, const Limits& oLimits)
+        : m_oTop(oTop), m_oOut(oOut), m_oForm(oForm), m_oLimits(oLimits) {}
 
     Csv_Saved Run() {
         const Data_View oTop(m_oTop);
         if (oTop.HasAttributes()) LeaveOut(oTop);
         // First what there is, so that nothing is written of what does not fit.
-        ForEachRow(oTop, [this](const Data_View& oRow) { Note(oRow); });
+        u3_t uRows = 0;
+        ForEachRow(oTop, [&](const Data_View& oRow) {
+            ++uRows;
+            Note(oRow);
+        });
         NameColumns();
+        CheckSize(uRows);
         CheckTold(oTop);
         if (m_asName.empty()) {
             // Lines of nothing are no rows.
@@ -152,6 +157,7 @@ class Saver {
     }
     void Note(const Data_View& oRow) {
         ForEachField(oRow, [this](const Data_View& o, u2_t uKey, u2_t uNth) {
+            ++m_uFields;
             Name& oName = m_oName[uKey];
             oName.sText = o.GetName();
             oName.uMost = std::max(oName.uMost, uNth + 1);
@@ -184,6 +190,18 @@ class Saver {
             }
         }
         m_asField.resize(m_asName.size());
+    }
+    // A few nodes with names of their own, and many without, would fill a disk with separators.
+    void CheckSize(u3_t uRows) const {
+        constexpr u3_t FREE = u3_t{1} << 22;
+        const u3_t uRatio = m_oLimits.m_uMemoryPerByte;
+        const u3_t uMost = m_uFields != 0 && uRatio > (~u3_t{0} - FREE) / m_uFields
+                               ? ~u3_t{0}
+                               : uRatio * m_uFields + FREE;
+        const u3_t uColumns = m_asName.size();
+        if (uRows != 0 && uColumns > uMost / uRows) {
+            m_oLimits.RaiseExceeded(&Limits::m_uMemoryPerByte);
+        }
     }
     // Leaves out the fields that no column that was told has.
     void CheckTold(const Data_View& oTop) {
@@ -266,6 +284,8 @@ class Saver {
     const Data& m_oTop;
     File_Stream& m_oOut;
     const Csv_Form& m_oForm;
+    const Limits& m_oLimits;
+    u3_t m_uFields = 0;
     Csv_Saved m_oSaved;
     u3_t m_uUntold = 0;
     bool m_bWriting = false;
@@ -280,13 +300,14 @@ class Saver {
 
 }  // namespace csv
 
-Csv_Saved Csv_Save(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm) {
+Csv_Saved Csv_Save(const Data& oTop, File_Stream& oOut, const Csv_Form& oForm,
+                   const Limits& oLimits) {
     return Where("vok::Csv_Save", [&] {
         const char c = oForm.m_cSeparator;
         if (c == 0 || c == '\n' || c == '\r') Msg::ParameterHasInvalidValue("m_cSeparator");
         const char q = oForm.m_cQuote;
         if (q == c || q == '\n' || q == '\r') Msg::ParameterHasInvalidValue("m_cQuote");
-        return csv::Saver(oTop, oOut, oForm).Run();
+        return csv::Saver(oTop, oOut, oForm, oLimits).Run();
     });
 }
 

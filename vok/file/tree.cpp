@@ -12,12 +12,6 @@
 
 namespace vok {
 
-namespace {
-
-constexpr u2_t NO_UTF8 = 84;  // EILSEQ of Linux: systems whose names are UTF-16 have none of these
-
-}  // namespace
-
 File_Tree::File_Tree(const Str& oFolder, Options oOptions)
     : m_oOptions(std::move(oOptions)), m_oPath(oFolder) {
     Where("vok::File_Tree::File_Tree", [&] {

@@ -34,9 +34,11 @@ class File_Tree {
     };
     using Filter = std::function<Verdict(const File_Tree&)>;
     // Is told of what is left out: its path, as UTF-8 where it is none, and the system's error, a
-    // value of errno; of a folder that is one of those above it 40 (ELOOP of Linux).
+    // value of errno, or one of those below: a folder that is one of those above it, a name that is
+    // no UTF-8. They are ELOOP and EILSEQ of Linux.
     using Told = std::function<void(const Str& oPath, u2_t uSystemError)>;
     static constexpr u2_t LEADS_BACK = 40;
+    static constexpr u2_t NO_UTF8 = 84;
 
     struct Options {
         // Folders that links lead to are walked as well, and links to files are files. Else they

@@ -162,6 +162,7 @@ struct Watch {
     CopyStep pStep;
     void* pContext;
     std::exception_ptr pThrown;
+    bool bTold = false;  // of all of it
 };
 
 DWORD CALLBACK OnStep(LARGE_INTEGER uTotal, LARGE_INTEGER uDone, LARGE_INTEGER, LARGE_INTEGER,
@@ -169,6 +170,7 @@ DWORD CALLBACK OnStep(LARGE_INTEGER uTotal, LARGE_INTEGER uDone, LARGE_INTEGER, 
     auto& o = *static_cast<Watch*>(pData);
     if (o.pStep == nullptr) return PROGRESS_QUIET;
     try {
+        o.bTold = uDone.QuadPart == uTotal.QuadPart;
         const bool bOn = o.pStep(o.pContext, static_cast<u3_t>(uDone.QuadPart),
                                  static_cast<u3_t>(uTotal.QuadPart));
         return bOn ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
@@ -184,9 +186,13 @@ CopyEnd CopyInto(const char* sFrom, const char* sTo, CopyStep pStep, void* pCont
     std::wstring sOld;
     std::wstring sNew;
     if (!ToWidePath(sFrom, sOld) || !ToWidePath(sTo, sNew)) return CopyEnd::Failed;
-    Watch oWatch{pStep, pContext, nullptr};
+    Watch oWatch{pStep, pContext, nullptr, false};
     if (::CopyFileExW(sOld.c_str(), sNew.c_str(), OnStep, &oWatch, nullptr, 0) != 0) {
-        return CopyEnd::Done;
+        // Not every system tells, nor all tell of the end.
+        Entry oMade;
+        const bool bTell = pStep != nullptr && !oWatch.bTold && LookAt(sTo, true, oMade);
+        return !bTell || pStep(pContext, oMade.uSize, oMade.uSize) ? CopyEnd::Done
+                                                                   : CopyEnd::Stopped;
     }
     const bool bStopped = ::GetLastError() == ERROR_REQUEST_ABORTED;
     TakeLastError();
