@@ -2,19 +2,15 @@
 // Documents saved and loaded.
 #include "c/vok_tree_document.h"
 
-#include <string>
+#include <algorithm>
 
 #include "c/convert.h"
 #include "c/output.h"
 #include "c/stream.h"
 #include "vok/base/mem.h"
 #include "vok/dgraph/dgraph.h"
-#include "vok/dgraph/format.h"
+#include "vok/document/document.h"
 #include "vok/file/buf.h"
-#include "vok/file/rest.h"
-#include "vok/json/json.h"
-#include "vok/records/unwrapped.h"
-#include "vok/zip/archive.h"
 
 using namespace vok;
 using c::Call;
@@ -36,32 +32,6 @@ u2_t XmlFlags(int32_t iForm) {
     return uFlags;
 }
 
-bool LooksLikeJson(File_Stream& oIn) {
-    char s[64];
-    const i3_t iStart = oIn.Tell();
-    const std::size_t uSize = ReadUpTo(oIn, s, sizeof(s));
-    oIn.Seek(iStart);
-    return Json_CanLoad({s, uSize});
-}
-
-int32_t FormOf(File_Stream& oIn) {
-    if (Data::CanLoad(oIn)) return VOK_TREE_DUMP;
-    if (Dgraph_CanLoadDGraph(oIn)) return VOK_TREE_DGRAPH;
-    return LooksLikeJson(oIn) ? VOK_TREE_JSON : VOK_TREE_XML;
-}
-
-void Read(Data& oTree, File_Stream& oIn, int32_t iForm, const Limits& oLimits,
-          Load_Report& oReport) {
-    int32_t iKind = iForm & c::FORM;
-    if (iKind == VOK_TREE_ANY) iKind = FormOf(oIn);
-    switch (iKind) {
-        case VOK_TREE_DUMP: return oTree.Load(oIn, oLimits, &oReport);
-        case VOK_TREE_DGRAPH: return Dgraph_LoadDGraph(oTree, oIn, oLimits, &oReport);
-        case VOK_TREE_JSON: return Json_Load(oTree, oIn, oLimits, &oReport);
-        default: (void)oTree.LoadFromXML(oIn, XmlFlags(iForm), oLimits, &oReport);
-    }
-}
-
 // From a stream or from the file of a path.
 template <class From>
 void Load(Data& oNode, From& oFrom, int32_t iForm, const vok_tree_limits* pLimits,
@@ -69,11 +39,11 @@ void Load(Data& oNode, From& oFrom, int32_t iForm, const vok_tree_limits* pLimit
     Load_Report oReport;
     Data oTree;
     try {
-        Unwrapped oDocument(oFrom, c::ToLimits(pLimits));
-        Read(oTree, oDocument.In(), iForm, oDocument.GetLimits(), oReport);
-        oReport.m_uBytesLeft = oDocument.Finish(oReport.m_uBytesLeft);
+        const Document_Format oFormat = Document_Load(
+            oTree, oFrom, {c::FormatOf(iForm).eForm, XmlFlags(iForm), c::ToLimits(pLimits)},
+            &oReport);
         if constexpr (std::is_same_v<From, c::HostStream>) {
-            if (oDocument.GetWrapping() == dgraph::Wrapping::None) {
+            if (oFormat.eWrapping == Zip_Wrapping::None) {
                 oReport.m_uBytesLeft = std::max(oReport.m_uBytesLeft, oFrom.Left());
             }
             oFrom.GiveBack();
@@ -84,7 +54,6 @@ void Load(Data& oNode, From& oFrom, int32_t iForm, const vok_tree_limits* pLimit
         throw;
     }
     c::SetIfWanted(pReport, c::ToC(oReport));
-    oTree.SetToRoot();
     oNode = std::move(oTree);
 }
 
@@ -110,47 +79,11 @@ void CheckStreamForm(int32_t iForm) {
     if ((iForm & c::WRAPPING) == VOK_TREE_ZIP) c::RaiseArgument("form");
 }
 
-void Write(Data& oNode, File_Stream& oOut, int32_t iForm) {
-    switch (iForm & c::FORM) {
-        case VOK_TREE_XML:
-            oNode.SaveToXML(oOut, (iForm & VOK_TREE_NO_DECLARATION) == 0 ? 1 : 0);
-            break;
-        case VOK_TREE_JSON:
-            Json_Save(oNode, oOut,
-                      (iForm & VOK_TREE_COMPACT) != 0 ? Json_Layout::Compact : Json_Layout::Lines);
-            break;
-        case VOK_TREE_DUMP: oNode.Dump(oOut); break;
-        default: {
-            dgraph::Version oVersion;
-            if (!dgraph::ParseVersion(Text(oNode.GetUserTag().Data()), oVersion)) {
-                Dgraph_SetVersion(oNode, 1, 3, 0);
-            }
-            Dgraph_SaveDGraph(oNode, oOut);
-        }
-    }
-    oOut.Flush();
-}
-
-void Save(Data& oNode, c::Output& oOutput, int32_t iForm) {
-    Write(oNode, oOutput.Stream(), iForm);
-    oOutput.Close();
-}
-
-// "orders" for "data/orders.zip", with the ending of the form where there is none.
-std::string MemberName(std::string_view sPath, int32_t iForm) {
-    constexpr const char* ENDINGS[] = {"", ".xml", ".dgraph", ".json", ".dump"};
-    sPath = sPath.substr(sPath.find_last_of(sys::PATH_SEPARATORS) + 1);
-    if (sPath.ends_with(".zip")) sPath.remove_suffix(4);
-    std::string sName(sPath.empty() ? "tree" : sPath);
-    if (sName.find('.') == sName.npos) sName += ENDINGS[iForm & c::FORM];
-    return sName;
-}
-
-void SaveArchive(Data& oNode, const char* sPath, int32_t iForm) {
-    Zip_Archive oArchive(sPath, "w");
-    oArchive.OpenNewFile(Str(std::string_view(MemberName(sPath, iForm))));
-    Write(oNode, oArchive, iForm);
-    oArchive.Close();
+Document_SaveOptions SaveOptions(int32_t iForm) {
+    return {c::FormatOf(iForm),
+            (iForm & VOK_TREE_NO_DECLARATION) == 0,
+            (iForm & VOK_TREE_COMPACT) != 0,
+            {}};
 }
 
 // What can be saved: a tree.
@@ -206,9 +139,7 @@ vok_tree_status vok_tree_save_file(vok_tree_node* node, const char* path, int32_
         Data& oNode = Tree(node);
         const char* const sPath = c::Path(path);
         CheckSaveForm(form);
-        if ((form & c::WRAPPING) == VOK_TREE_ZIP) return SaveArchive(oNode, sPath, form);
-        c::Output oOutput(sPath, form);
-        Save(oNode, oOutput, form);
+        Document_Save(oNode, Str(sPath), SaveOptions(form));
     });
 }
 
@@ -220,8 +151,7 @@ vok_tree_status vok_tree_save_memory(vok_tree_node* node, int32_t form, uint8_t*
         std::size_t& uSize = Out(size, "size");
         CheckStreamForm(form);
         File_Buf oBuf("w");
-        c::Output oOutput(oBuf, form);
-        Save(oNode, oOutput, form);
+        Document_Save(oNode, oBuf, SaveOptions(form));
         // The block stays when the buffer goes: there is no second copy.
         Mem::AddRef(oBuf.GetBuffer().Beg());
         pBytes = reinterpret_cast<uint8_t*>(oBuf.GetBuffer().Beg());
@@ -240,7 +170,6 @@ vok_tree_status vok_tree_save_stream(vok_tree_node* node, const vok_tree_stream*
         const vok_tree_stream& oFunctions = Out(stream, "stream");
         CheckStreamForm(form);
         c::HostStream oStream(oFunctions);
-        c::Output oOutput(oStream, form);
-        Save(oNode, oOutput, form);
+        Document_Save(oNode, oStream, SaveOptions(form));
     });
 }

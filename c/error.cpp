@@ -39,6 +39,15 @@ vok_tree_status Keep(vok_tree_status iCode, std::string_view sText, const char* 
     return iCode;
 }
 
+vok_tree_status StatusOf(const std::exception& oError) noexcept {
+    switch (Msg_Exception::KindOf(oError)) {
+        case Msg_Kind::NoMemory: return VOK_TREE_NO_MEMORY;
+        case Msg_Kind::Limit: return VOK_TREE_LIMIT;
+        case Msg_Kind::System: return VOK_TREE_SYSTEM;
+        default: return VOK_TREE_FAILED;
+    }
+}
+
 constexpr u3_t Limits::*LIMITS[] = {
     &Limits::m_uNodes,          &Limits::m_uDepth,         &Limits::m_uSkippedSlots,
     &Limits::m_uTextBytes,      &Limits::m_uAttributes,    &Limits::m_uInflatedBytes,
@@ -63,9 +72,9 @@ vok_tree_status KeepFailure() noexcept {
     } catch (const Failure& e) {
         return Keep(e.m_iCode, e.what(), e.where());
     } catch (const Msg_Exception& e) {
-        return Keep(VOK_TREE_FAILED, e.what(), e.where());
+        return Keep(StatusOf(e), e.what(), e.where());
     } catch (const std::bad_alloc&) {
-        return Keep(VOK_TREE_FAILED, "out of memory", "");
+        return Keep(VOK_TREE_NO_MEMORY, "out of memory", "");
     } catch (const std::exception& e) {
         return Keep(VOK_TREE_FAILED, e.what(), "");
     } catch (...) {

@@ -75,51 +75,6 @@ u2_t AddThenSet(Data& oNode, const char* sName, F&& oSet) {
     return oSucc.GetId();
 }
 
-Data_Value ValueOf(const Data& oNode) {
-    switch (const Data_Node::Type eType = oNode.GetType()) {
-        case Data_Node::Boolean: return Data_Value(oNode.GetValBool());
-        case Data_Node::Integer: return Data_Value(oNode.GetValInt());
-        case Data_Node::Char: return Data_Value::Char(static_cast<u2_t>(oNode.GetValInt(eType)));
-        case Data_Node::Float: return Data_Value::Float(oNode.GetValDbl(eType));
-        case Data_Node::Double: return Data_Value(oNode.GetValDbl());
-        case Data_Node::Date: return Data_Value::Date(oNode.GetValDbl(eType));
-        case Data_Node::String: return Data_Value(oNode.GetValText());
-        case Data_Node::Binary: {
-            u2_t uSize = 0;
-            const void* const pBytes = oNode.GetValBin(uSize);
-            return Data_Value::Binary(pBytes, uSize);
-        }
-        case Data_Node::Long: return Data_Value(oNode.GetValLng());
-        case Data_Node::Quad: {
-            u2_t au[4];
-            oNode.GetValQuad(au[0], au[1], au[2], au[3]);
-            return Data_Value::Quad(au[0], au[1], au[2], au[3]);
-        }
-        case Data_Node::Link: return Data_Value::Link({});
-        default: return Data_Value::OfType(eType, 0);
-    }
-}
-
-void SetValue(Data& oNode, const Data_Value& o) {
-    switch (o.GetType()) {
-        case Data_Node::Boolean: return oNode.SetValBool(o.Int() != 0);
-        case Data_Node::Integer:
-        case Data_Node::Char: return oNode.SetValInt(o.Int(), o.GetType());
-        case Data_Node::Float:
-        case Data_Node::Double:
-        case Data_Node::Date: return oNode.SetValDbl(o.Dbl(), o.GetType());
-        case Data_Node::String: return oNode.SetValStr(o.Text());
-        case Data_Node::Binary:
-            return oNode.SetValBin(o.Text().data(), BlockSize(o.Text().data(), o.Text().size()));
-        case Data_Node::Long: return oNode.SetValLng(o.Lng());
-        case Data_Node::Quad: {
-            const auto& au = o.QuadWords();
-            return oNode.SetValQuad(au[0], au[1], au[2], au[3]);
-        }
-        default: return oNode.ClearVal();
-    }
-}
-
 // A value that a node can have without its tree.
 Data_Value ForTree(const vok_tree_value* pValue) {
     const vok_tree_value& o = Out(pValue, "value");
@@ -141,18 +96,18 @@ const char* vok_tree_type_name(int32_t type) {
 }
 
 vok_tree_status vok_tree_get_value(const vok_tree_node* node, vok_tree_value* value) {
-    return Ask(__func__, value, "value", [&] { return c::ToC(ValueOf(Use(node))); });
+    return Ask(__func__, value, "value", [&] { return c::ToC(Use(node).GetValue()); });
 }
 
 vok_tree_status vok_tree_set_value(vok_tree_node* node, const vok_tree_value* value) {
-    return Set(__func__, node, [&](Data& o) { SetValue(o, ForTree(value)); });
+    return Set(__func__, node, [&](Data& o) { o.SetValue(ForTree(value)); });
 }
 
 vok_tree_status vok_tree_add_value(vok_tree_node* node, const char* name,
                                    const vok_tree_value* value, vok_tree_node* found) {
     return Add(__func__, node, found, [&](Data& o) {
         const Data_Value oValue = ForTree(value);
-        return AddThenSet(o, name, [&](Data& oSucc) { SetValue(oSucc, oValue); });
+        return AddThenSet(o, name, [&](Data& oSucc) { oSucc.SetValue(oValue); });
     });
 }
 

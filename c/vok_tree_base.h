@@ -44,12 +44,17 @@ typedef uint_least16_t vok_tree_char16;
 typedef int32_t vok_tree_status; /* the values never change */
 enum {
     VOK_TREE_OK = 0,
-    VOK_TREE_NONE = 1,      /* there is none, or none any more */
-    VOK_TREE_FAILED = -1,   /* refused or gone wrong: the text tells */
-    VOK_TREE_ARGUMENT = -2, /* a null or foreign handle, a null output, a value that is none */
-    VOK_TREE_TYPE = -3,     /* the node has a value of another type */
-    VOK_TREE_STREAM = -4,   /* a function of a vok_tree_stream failed, or said what cannot be */
-    VOK_TREE_TOO_SMALL = -5 /* the buffer; the length is told */
+    VOK_TREE_NONE = 1,       /* there is none, or none any more */
+    VOK_TREE_FAILED = -1,    /* refused or gone wrong: the text tells */
+    VOK_TREE_ARGUMENT = -2,  /* a null or foreign handle, a null output, a value that is none */
+    VOK_TREE_TYPE = -3,      /* the node has a value of another type */
+    VOK_TREE_STREAM = -4,    /* a function of a vok_tree_stream failed, or said what cannot be */
+    VOK_TREE_TOO_SMALL = -5, /* the buffer; the length is told */
+    VOK_TREE_NO_MEMORY = -6,
+    VOK_TREE_LIMIT =
+        -7, /* the input asks for more than a vok_tree_limits allows; the text says which */
+    VOK_TREE_SYSTEM =
+        -8 /* the system refused, as a file that is not there; the text has its reason */
 };
 
 /* ---- the library --------------------------------------------------------- */

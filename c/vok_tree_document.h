@@ -103,8 +103,8 @@ VOK_TREE_API vok_tree_status vok_tree_load_stream(vok_tree_node* node,
 /* XML and JSON have the node and all below it, DGraph documents and dumps the whole tree. All are
  * linear in its size. */
 
-/* Folders above the file are made when they are missing, a file that is there is replaced. When it
- * fails the file is not complete. */
+/* Folders above the file are made when they are missing. A file that is there is replaced once all
+ * is written and on the disk; until then, and when it fails, it stays. */
 VOK_TREE_API vok_tree_status vok_tree_save_file(vok_tree_node* node, const char* path,
                                                 int32_t form);
 /* The caller frees the bytes with vok_tree_bytes_free. */

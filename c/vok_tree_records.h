@@ -152,7 +152,8 @@ VOK_TREE_API vok_tree_status vok_tree_writer_add_record(vok_tree_writer* writer,
                                                         const vok_tree_reader* reader);
 /* In XML the targets of all links have to be told before the root is begun. */
 VOK_TREE_API vok_tree_status vok_tree_writer_announce(vok_tree_writer* writer, const char* path);
-/* Writes what is left and closes the file. Fails while a node is open. */
+/* Writes what is left, and puts a file in its place: a writer that is freed before it leaves what
+ * was there. Fails while a node is open. */
 VOK_TREE_API vok_tree_status vok_tree_writer_finish(vok_tree_writer* writer);
 
 #ifdef __cplusplus

@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -74,7 +73,7 @@ class Files {
     explicit Files(const Task& o) : m_oTask(o) {
         if (o.oOptions.sOut == "-")
             throw std::invalid_argument(Say("records need a folder, not \"-\""));
-        std::filesystem::create_directories(ToPath(o.oOptions.sOut));
+        vok::File::MkDir(vok::Str(o.oOptions.sOut));
     }
     void Add(vok::Data oTree) {
         char sName[32];
@@ -156,7 +155,7 @@ int ByRecords(const Task& o) {
     if (oSurvey.bLinks) throw NeedsTree();
     if (!oSurvey.bInOrder && !bJson && !o.IsByRecords()) throw NeedsTree();
     // A stream that compresses cannot go back to a count.
-    const bool bPacks = !o.oForm.sWrapping.empty();
+    const bool bPacks = o.oForm.eWrapping != vok::Zip_Wrapping::None;
     if (o.oForm.sFormat == "dgraph" && !o.IsByRecords() && !bCounted && bPacks) throw NeedsTree();
     TellLosses(r.sIn, oReport, oSurvey.sBehind, oLosses, r.bLossless);
     if (bJson) {
@@ -211,12 +210,11 @@ int Convert(const ConvertOptions& o) {
     oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
     oForm.auVersion = ParseVersion(o.sVersion);
     oForm.bCompact = o.bCompact;
+    oForm.eWrapping = oEndings.eWrapping;
     if (o.bZip) {
-        oForm.sWrapping = "zip";
-    } else if (oEndings.bGzip) {
-        oForm.sWrapping = "gzip";
-    } else if (o.bCompress) {
-        oForm.sWrapping = "zlib";
+        oForm.eWrapping = vok::Zip_Wrapping::Zip;
+    } else if (o.bCompress && oForm.eWrapping == vok::Zip_Wrapping::None) {
+        oForm.eWrapping = vok::Zip_Wrapping::Zlib;
     }
     if (oForm.sFormat.empty()) {
         throw std::invalid_argument(NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl"));

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/csv.h"
 #include "tools/input.h"
 #include "tools/limits.h"
 #include "tools/output.h"
@@ -187,8 +188,8 @@ class Document::Impl {
     }
 
     void Start(const std::string& sFormat) {
-        constexpr const char* WRAPPINGS[] = {"", "zlib", "gzip", "zip"};
-        m_sWrapping = WRAPPINGS[static_cast<int>(m_oDocument->GetWrapping())];
+        if (IsCsv(m_sPath, sFormat)) throw NeedsTree();
+        m_sWrapping = vok::Zip_WrappingName(m_oDocument->GetWrapping());
         // A share can be told of what is as it lies on the disk.
         m_oProgress.emplace("reading", m_sWrapping.empty() ? m_uBytes : 0);
         m_oBytes.emplace(m_oDocument->In(), *m_oProgress);

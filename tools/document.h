@@ -19,7 +19,7 @@ namespace tools {
 struct NeedsTree : std::exception {};
 
 // A file, or standard input ("-"), from its beginning. Raises InputError for what cannot be read;
-// NeedsTree for native dumps and JSON, and for documents of another form than sFormat, which says
+// NeedsTree for native dumps, JSON and csv files, and for documents of another form than sFormat, which says
 // what it must be unless it is empty.
 class Document {
   public:

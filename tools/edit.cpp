@@ -88,21 +88,13 @@ Data TargetAt(const Data& oTree, const std::string& sShell) {
     if (bNumber && std::isinf(vok::ParseReal(sText))) return false;
     if (o.eKind == Scalar::Number && !bNumber) o.eKind = Scalar::Text;
     if (!vok::json::ReadTyped(eType, o, uBits, bRounded)) return false;
-    const auto iBits = static_cast<vok::i2_t>(uBits);
-    switch (eType) {
-        case Data_Node::Boolean: oNode.SetValBool(iBits != 0); break;
-        case Data_Node::Integer:
-        case Data_Node::Char: oNode.SetValInt(iBits, eType); break;
-        case Data_Node::Long: oNode.SetValLng(uBits); break;
-        case Data_Node::Float: {
-            const double dValue = std::bit_cast<double>(uBits);
-            const auto dNarrow = static_cast<double>(static_cast<float>(dValue));
-            if (std::isinf(dNarrow) && !std::isinf(dValue)) return false;
-            oNode.SetValDbl(dNarrow, eType);
-            break;
-        }
-        default: oNode.SetValDbl(std::bit_cast<double>(uBits), eType); break;
+    if (eType == Data_Node::Float) {
+        const double dValue = std::bit_cast<double>(uBits);
+        const auto dNarrow = static_cast<double>(static_cast<float>(dValue));
+        if (std::isinf(dNarrow) && !std::isinf(dValue)) return false;
+        uBits = std::bit_cast<vok::u3_t>(dNarrow);
     }
+    oNode.SetValue(vok::Data_Value::OfType(eType, uBits));
     return true;
 }
 

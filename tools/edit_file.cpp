@@ -19,8 +19,7 @@ FileForm FormFor(const EditOptions& o, const Input& oIn) {
     if (!o.sTo.empty() || !oEndings.sFormat.empty()) return FormOf(o.sOut, o.sTo);
     FileForm oForm;
     oForm.sFormat = oIn.sFormat;
-    if (o.bInPlace) oForm.sWrapping = oIn.sWrapping;
-    if (oEndings.bGzip) oForm.sWrapping = "gzip";
+    oForm.eWrapping = o.bInPlace ? oIn.eWrapping : oEndings.eWrapping;
     vok::dgraph::Version oVersion;
     if (vok::dgraph::ParseVersion(oIn.oTree.GetUserTag().CStr(), oVersion)) {
         oForm.auVersion = {static_cast<int>(oVersion.iMajor), oVersion.iMinor, oVersion.iPatch};
@@ -41,6 +40,10 @@ int EditFile(const EditOptions& o) {
     Input oIn = Load(o.sFile);
     oIn.oTree.SetToRoot();
     const FileForm oForm = FormFor(o, oIn);
+    if (oForm.sFormat == "csv") {
+        throw std::invalid_argument(
+            Say("a csv file is not written: name another form with --to, or a file of one"));
+    }
     try {
         for (const Edit& oEdit : o.aoEdit) Apply(oEdit, oIn.oTree);
     } catch (const NothingThere&) {

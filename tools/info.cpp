@@ -75,7 +75,9 @@ int ByTree(const std::string& sFile, Printer pPrint) {
         oNode.GetAttributes(oNames, oNone, false, true);
         oCensus.AddAttributes(oNames.Size());
     }
-    pPrint({oIn.sFormat, oIn.sWrapping, oIn.oTree.GetUserTag().CStr(), oIn.uBytes}, oCensus);
+    pPrint({oIn.sFormat, vok::Zip_WrappingName(oIn.eWrapping), oIn.oTree.GetUserTag().CStr(),
+            oIn.uBytes},
+           oCensus);
     return EXIT_GOOD;
 }
 

@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 
+#include "tools/csv.h"
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/progress.h"
@@ -17,12 +18,8 @@
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
-#include "vok/dgraph/container.h"
-#include "vok/dgraph/dgraph.h"
-#include "vok/dgraph/wrapping.h"
+#include "vok/document/document.h"
 #include "vok/file/file.h"
-#include "vok/json/json.h"
-#include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/buf.h"
 
@@ -49,12 +46,10 @@ void ReadFile(const std::string& sPath, Arr<char>& oBytes) {
 }
 
 // Inflates what the first bytes say is compressed.
-void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
-            const vok::Limits& oLimits) {
+vok::Zip_Wrapping Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, const vok::Limits& oLimits) {
     const std::string_view sBytes(oStored.Beg(), oStored.Size());
-    const auto eWrapping = vok::dgraph::WrappingOf(sBytes);
-    if (eWrapping == vok::dgraph::Wrapping::Zip) {
-        sWrapping = "zip";
+    const vok::Zip_Wrapping eWrapping = vok::Zip_WrappingOf(sBytes);
+    if (eWrapping == vok::Zip_Wrapping::Zip) {
         vok::Zip_Archive oArchive;
         oArchive.Open(sBytes.data(), sBytes.size(), oLimits);
         const vok::u2_t uMembers = oArchive.GetGlobalInfo().m_uEntries;
@@ -65,19 +60,13 @@ void Unwrap(const Arr<char>& oStored, Arr<char>& oPlain, std::string& sWrapping,
         }
         oArchive.GoToFirstFile();
         oArchive.Uncompress(oPlain);
-    } else if (eWrapping != vok::dgraph::Wrapping::None) {
-        sWrapping = eWrapping == vok::dgraph::Wrapping::Zlib ? "zlib" : "gzip";
+    } else if (eWrapping != vok::Zip_Wrapping::None) {
         vok::Zip_Buf oBuf;
         oBuf.Open(sBytes.data(), sBytes.size(), oLimits);
         oBuf.Read(oPlain, vok::File_Stream::ALL);
         oBuf.Close();
     }
-}
-
-std::string FormatOf(vok::File_Buf& oIn) {
-    if (vok::Data::CanLoad(oIn)) return "dump";
-    if (vok::Dgraph_CanLoadDGraph(oIn)) return "dgraph";
-    return vok::Json_CanLoad({oIn.Peek(), oIn.Remaining()}) ? "json" : "xml";
+    return eWrapping;
 }
 
 // "byte 17, line 2, column 5, at /a[0]: " as far as it is known.
@@ -109,20 +98,21 @@ bool IsUtf16(std::string_view sDocument) {
     return sStart == "\xFF\xFE" || sStart == "\xFE\xFF" || sStart.find('\0') != sStart.npos;
 }
 
-void Parse(Input& o, const Arr<char>& oBytes, const std::string& sFormat,
+void Parse(Input& o, const std::string& sPath, const Arr<char>& oBytes, const std::string& sFormat,
            const vok::Limits& oLimits) {
-    vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
-    o.sFormat = sFormat.empty() ? FormatOf(oIn) : sFormat;
-    if (o.sFormat == "dump") {
-        o.oTree.Load(oIn, oLimits, &o.oReport);
-    } else if (o.sFormat == "dgraph") {
-        vok::Dgraph_LoadDGraph(o.oTree, oIn, oLimits, &o.oReport);
-    } else if (o.sFormat == "json") {
-        vok::Json_Load(o.oTree, oIn, oLimits, &o.oReport);
-    } else {
-        if (sFormat.empty()) CheckMayBeXml({oBytes.Beg(), oBytes.Size()});
-        o.oTree.LoadFromXML(oIn, vok::Data::XML_KEEP_UNKNOWN, oLimits, &o.oReport);
+    if (IsCsv(sPath, sFormat)) {
+        o.sFormat = "csv";
+        return LoadCsv(sPath, oBytes, oLimits, o.oTree, o.oReport);
     }
+    vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
+    vok::Document_LoadOptions oOptions;
+    oOptions.oLimits = oLimits;
+    oOptions.eForm = sFormat.empty() ? vok::Document_FormOf(oIn) : vok::Document_FormNamed(sFormat);
+    o.sFormat = vok::Document_FormName(oOptions.eForm);
+    if (sFormat.empty() && oOptions.eForm == vok::Document_Form::Xml) {
+        CheckMayBeXml({oBytes.Beg(), oBytes.Size()});
+    }
+    vok::Document_LoadPlain(o.oTree, oIn, oOptions, &o.oReport);
     o.sBehind = WhatIsBehind({oIn.Peek(), oIn.Remaining()}, oIn.Remaining(),
                              {oBytes.Beg(), oBytes.Size()}, o.sFormat == "xml");
 }
@@ -168,19 +158,6 @@ InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
     return oFault;
 }
 
-// There is no other mark of it: the text is the library's own.
-bool IsNoMemory(const std::exception& oError) {
-    if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) return true;
-    const std::string_view sMessage(oError.what());
-    for (const char* s :
-         {"allocation of", "reallocation of", "unexpected error during reallocation",
-          "Anfordern von", "Größenänderung des Blocks",
-          "unerwarteter Fehler bei der Größenänderung"}) {
-        if (sMessage.starts_with(s)) return true;
-    }
-    return false;
-}
-
 void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std::string_view sTop) {
     const std::string sShown = ShownPath(sPath);
     const std::string sWhere = sAttribute.empty() ? sShown : ShownAttribute(sShown, sAttribute);
@@ -220,11 +197,12 @@ Input Load(const std::string& sPath, const std::string& sFormat, bool bKeepBytes
         Progress oProgress("loading");
         vok::Limits oLimits = TheLimits();
         Arr<char> oPlain;
-        Unwrap(oStored, oPlain, o.sWrapping, oLimits);
-        if (!o.sWrapping.empty()) oLimits.m_uInputBytes = oStored.Size();
-        Arr<char>& oBytes = o.sWrapping.empty() ? oStored : oPlain;
+        o.eWrapping = Unwrap(oStored, oPlain, oLimits);
+        const bool bWrapped = o.eWrapping != vok::Zip_Wrapping::None;
+        if (bWrapped) oLimits.m_uInputBytes = oStored.Size();
+        Arr<char>& oBytes = bWrapped ? oPlain : oStored;
         AllowPrinting(oBytes.Size());
-        Parse(o, oBytes, sFormat, oLimits);
+        Parse(o, sPath, oBytes, sFormat, oLimits);
         if (bKeepBytes) o.oBytes.Swap(oBytes);
     } catch (const std::exception& oError) {
         throw FaultIn(sPath, o.oReport, oError);

@@ -9,15 +9,17 @@
 #include <string_view>
 
 #include "vok/base/limits.h"
+#include "vok/base/msg_exception.h"
 #include "vok/data/data.h"
+#include "vok/zip/wrapping.h"
 
 namespace tools {
 
 struct Input {
     vok::Data oTree;
-    std::string sFormat;    // "xml", "json", "dgraph", "dump"
-    std::string sWrapping;  // "", "zlib", "gzip", "zip"
-    vok::u3_t uBytes = 0;   // as stored
+    std::string sFormat;  // "xml", "json", "dgraph", "dump", "csv"
+    vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
+    vok::u3_t uBytes = 0;  // as stored
     vok::Load_Report oReport;
     std::string sBehind;  // why what stands behind the document does not belong to it; mostly empty
     vok::Arr<char> oBytes;  // of the document, without its wrapping; where they were to be kept
@@ -50,7 +52,9 @@ std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view 
                          bool bXml);
 
 // Whether the failure is that there was not enough memory.
-bool IsNoMemory(const std::exception& oError);
+inline bool IsNoMemory(const std::exception& oError) {
+    return vok::Msg_Exception::KindOf(oError) == vok::Msg_Kind::NoMemory;
+}
 
 // Says on standard error that there is nothing at a path, or no such attribute unless that is
 // empty, in a tree whose top bears a name.

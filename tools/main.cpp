@@ -14,6 +14,7 @@
 #include "tools/commands.h"
 #include "tools/compare_commands.h"
 #include "tools/complete.h"
+#include "tools/csv.h"
 #include "tools/edit_commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
@@ -49,7 +50,13 @@ void AddConvert(CLI::App& oApp) {
         ->required();
     p->add_option("OUT", o->sOut, "File to write, - for standard output")->required();
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
-        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json"}));
+        ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "csv"}));
+    p->add_option_function<std::string>("--separator", SetSeparator,
+                                        "What stands between the fields of a csv file: a "
+                                        "character, or tab; else its first lines tell");
+    p->add_flag_callback(
+        "--no-header", [] { TheCsvForm().bHeader = false; },
+        "The first line of a csv file is a row, and does not name the columns");
     p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "jsonl"}));
     p->add_option(
@@ -66,6 +73,7 @@ void AddConvert(CLI::App& oApp) {
     p->footer(
         "Example: vok convert orders.xml orders.dgraph --compress\n"
         "         vok convert orders.dgraph orders.jsonl\n"
+        "         vok convert people.csv people.xml --separator ';'\n"
         "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
         "standard error, a line for each kind of loss.\n"
         "JSON keeps all of a tree and loads from anywhere: members are successors by name, arrays\n"
@@ -74,8 +82,12 @@ void AddConvert(CLI::App& oApp) {
         "as \"@name\", its successors by name, those of a name that comes more than once anywhere "
         "in\n"
         "that place as a list, and beside attributes its value as \"#value\".\n"
+        "Csv files are told by their endings, .csv or .tsv, or with --from: each row is a node\n"
+        "\"row\" with a successor for each column; columns have the narrowest type that all of\n"
+        "their fields have.\n"
         "Documents are read piece by piece, however large they are; the whole tree is held for\n"
-        "dumps and JSON, for links, and for XML whose elements are not in the order of their "
+        "dumps, JSON and csv files, for links, and for XML whose elements are not in the order of "
+        "their "
         "names.");
     p->callback([o] { g_iExit = Convert(*o); });
 }
@@ -279,7 +291,7 @@ int Fail(const std::exception& oError) {
         std::fprintf(stderr, "vok: %s\n", Say("not enough memory").c_str());
         return EXIT_TROUBLE;
     }
-    std::fprintf(stderr, "vok: %s\n", Visible(WithPlace(InOptions(Line(oError.what())))).c_str());
+    std::fprintf(stderr, "vok: %s\n", Visible(InOptions(Line(oError.what()))).c_str());
     return EXIT_TROUBLE;
 }
 
@@ -328,7 +340,7 @@ int Run(int argc, char** argv) {
                            "Print to a terminal at once, not through VOK_PAGER, PAGER or less");
     oApp.footer(
         "Files may be XML, JSON, DGraph documents or native dumps, as they are, compressed (zlib,\n"
-        "gzip) or in a zip archive of one member.\n"
+        "gzip) or in a zip archive of one member; with names in .csv or .tsv, csv files.\n"
         "Exit status: 0 good; 1 nothing found, different, or faulty; 2 trouble.");
     AddConvert(oApp);
     AddShow(oApp);

@@ -3,10 +3,12 @@
 #ifndef TOOLS_OUTPUT_H
 #define TOOLS_OUTPUT_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "vok/file/file.h"
+#include "vok/file/buf.h"
+#include "vok/file/replacement.h"
 
 namespace tools {
 
@@ -15,40 +17,26 @@ namespace tools {
 // the process are errors like a full disk.
 void HandleSignals();
 
-// A file to be written. It is made under a name of its own in the same folder and takes its place
-// with Commit(); without that it goes away, and what was there stays. What cannot be replaced -
-// devices, pipes - is written directly; a link stays, and what it leads to is replaced. The new
-// file has the mode of the old one and, where the process may give files away, its owner. "-" is
-// standard output, which gets everything with Commit().
+// A file to be written, a vok::File_Replacement; "-" is standard output, which gets everything with
+// Commit().
 //
 // Raises std::invalid_argument for a folder that does not exist and a file that may not be written,
-// the errors of File and of the file system.
+// and what a File_Replacement raises.
 class Output {
   public:
-    // bOpen false: the caller makes the file at Beside().
-    explicit Output(const std::string& sPath, bool bOpen = true);
-    ~Output();
+    explicit Output(const std::string& sPath);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
     [[nodiscard]] vok::File_Stream& Stream() noexcept;
-    [[nodiscard]] const std::string& Beside() const noexcept { return m_sBeside; }
-    // bDurable: only once the bytes are on the disk. Many small files are slow that way.
+    // Null for standard output.
+    [[nodiscard]] vok::File* GetFile() noexcept;
     void Commit(bool bDurable = true);
 
   private:
-    void MakeBeside();
-    void RemoveBeside() noexcept;
-
-    std::string m_sPath;    // with links followed
-    std::string m_sBeside;  // empty where the file itself is written
-    vok::File m_oFile;
+    std::optional<vok::File_Replacement> m_oFile;
     vok::File_Buf m_oBuffer{"w"};  // for standard output
 };
-
-// A message about the file that was made last for an Output, with the name of its place in place of
-// the one that it is made under.
-std::string WithPlace(std::string sMessage);
 
 // For the time that a file is appended to: a signal cuts it back to the size that it has now.
 class Appending {

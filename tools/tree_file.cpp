@@ -8,22 +8,17 @@
 #include "tools/path.h"
 #include "tools/say.h"
 #include "vok/dgraph/dgraph.h"
-#include "vok/json/json.h"
-#include "vok/zip/archive.h"
-#include "vok/zip/stream.h"
+#include "vok/document/document.h"
+#include "vok/document/sink.h"
 
 namespace tools {
 
 Endings EndingsOf(const std::string& sName) {
-    Endings o;
+    const vok::Document_Format oKnown = vok::Document_FormatNamed(sName);
+    Endings o{vok::Document_FormName(oKnown.eForm), oKnown.eWrapping};
     std::string sLower = ToText(ToPath(sName).filename());
     for (char& c : sLower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    o.bGzip = sLower.ends_with(".gz");
-    if (o.bGzip) sLower.resize(sLower.size() - 3);
-    if (sLower.ends_with(".xml")) o.sFormat = "xml";
-    if (sLower.ends_with(".dgraph") || sLower.ends_with(".dg")) o.sFormat = "dgraph";
-    if (sLower.ends_with(".dump")) o.sFormat = "dump";
-    if (sLower.ends_with(".json")) o.sFormat = "json";
+    if (o.eWrapping == vok::Zip_Wrapping::Gzip) sLower.resize(sLower.size() - 3);
     if (sLower.ends_with(".jsonl") || sLower.ends_with(".ndjson")) o.sFormat = "jsonl";
     return o;
 }
@@ -40,46 +35,50 @@ FileForm FormOf(const std::string& sPath, const std::string& sFormat) {
     if (o.sFormat.empty() || o.sFormat == "jsonl") {
         throw std::invalid_argument(NoFormatText(sPath, ".xml, .dgraph, .dump, .json"));
     }
-    if (oEndings.bGzip) o.sWrapping = "gzip";
+    o.eWrapping = oEndings.eWrapping;
     return o;
 }
 
 void WriteTree(vok::Data& oTree, const FileForm& o, vok::File_Stream& oOut) {
-    if (o.sFormat == "xml") return oTree.SaveToXML(oOut);
-    if (o.sFormat == "dump") return oTree.Dump(oOut);
-    if (o.sFormat == "json") {
-        return vok::Json_Save(oTree, oOut,
-                              o.bCompact ? vok::Json_Layout::Compact : vok::Json_Layout::Lines);
+    vok::Document_SaveOptions oOptions;
+    oOptions.oFormat.eForm = vok::Document_FormNamed(o.sFormat);
+    oOptions.bCompact = o.bCompact;
+    if (oOptions.oFormat.eForm == vok::Document_Form::Dgraph) {
+        vok::Dgraph_SetVersion(oTree, o.auVersion[0], o.auVersion[1], o.auVersion[2]);
     }
-    vok::Dgraph_SetVersion(oTree, o.auVersion[0], o.auVersion[1], o.auVersion[2]);
-    vok::Dgraph_SaveDGraph(oTree, oOut);
+    vok::Document_Save(oTree, oOut, oOptions);
 }
+
+namespace {
+
+// "orders.xml" for "data/orders.zip" and for "data/orders.xml.zip".
+vok::Str MemberName(const std::string& sPath, const FileForm& o) {
+    const std::string sStem = ToText(ToPath(sPath).stem());
+    return vok::Str(EndingsOf(sStem).sFormat.empty() ? sStem + '.' + o.sFormat : sStem);
+}
+
+}  // namespace
 
 void WriteFile(const std::string& sPath, const FileForm& o, bool bWhole,
                const std::function<void(vok::File_Stream&)>& oWrite) {
-    if (o.sWrapping == "zip") {
-        if (sPath == "-") throw std::invalid_argument(Say("a zip archive needs a file, not \"-\""));
-        const std::string sStem = ToText(ToPath(sPath).stem());
-        const bool bEnding = !EndingsOf(sStem).sFormat.empty();
-        Output oFile(sPath, false);
-        vok::Zip_Archive oArchive(vok::Str(oFile.Beside()), "w");
-        oArchive.OpenNewFile(vok::Str(bEnding ? sStem : sStem + '.' + o.sFormat));
-        oWrite(oArchive);
-        oArchive.Close();
-        return oFile.Commit();
-    }
-    const auto oPack = [&](vok::File_Stream& oOut) {
-        if (o.sWrapping.empty()) return oWrite(oOut);
-        vok::Zip_Stream oPacked(oOut, o.sWrapping == "gzip" ? "wz" : "w");
-        oWrite(oPacked);
-        oPacked.Close();
+    const auto oWrap = [&](vok::Document_Sink oSink) {
+        oWrite(oSink.Stream());
+        oSink.Close();
     };
+    const bool bArchive = o.eWrapping == vok::Zip_Wrapping::Zip;
+    if (sPath == "-" && bArchive) {
+        throw std::invalid_argument(Say("a zip archive needs a file, not \"-\""));
+    }
     if (sPath == "-" && !bWhole) {
-        oPack(StandardOutput());
+        oWrap({StandardOutput(), o.eWrapping});
         return FinishPrinting();
     }
     Output oFile(sPath);
-    oPack(oFile.Stream());
+    if (bArchive) {
+        oWrap({*oFile.GetFile(), o.eWrapping, MemberName(sPath, o)});
+    } else {
+        oWrap({oFile.Stream(), o.eWrapping});
+    }
     oFile.Commit();
 }
 

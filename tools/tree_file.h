@@ -9,13 +9,14 @@
 
 #include "vok/data/data.h"
 #include "vok/file/stream.h"
+#include "vok/zip/wrapping.h"
 
 namespace tools {
 
 // What a name asks for by its endings.
 struct Endings {
     std::string sFormat;  // empty when none does
-    bool bGzip = false;
+    vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
 };
 Endings EndingsOf(const std::string& sName);
 
@@ -24,8 +25,8 @@ std::string NoFormatText(const std::string& sName, const char* sEndings);
 
 // How a document is written.
 struct FileForm {
-    std::string sFormat;                    // "xml", "dgraph", "dump", "json"
-    std::string sWrapping;                  // "", "zlib", "gzip", "zip"
+    std::string sFormat;  // "xml", "dgraph", "dump", "json"
+    vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
     std::array<int, 3> auVersion{1, 3, 0};  // of a DGraph document
     bool bCompact = false;                  // JSON on one line
 

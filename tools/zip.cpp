@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // vok zip list, test, extract: what is in archives.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -123,22 +122,20 @@ void Dress(const fs::path& oPath, const vok::Zip_FileInfo& o) {
         fs::permissions(oPath, static_cast<fs::perms>(uReaders >> 2 & uMode), fs::perm_options::add,
                         oIgnored);
     }
-    const auto oSince = std::chrono::duration<double>(vok::Zip_Seconds(o));
-    const std::chrono::sys_time<std::chrono::seconds> oTime(
-        std::chrono::floor<std::chrono::seconds>(oSince));
-    fs::last_write_time(oPath,
-                        std::chrono::time_point_cast<fs::file_time_type::duration>(
-                            std::chrono::file_clock::from_sys(oTime)),
-                        oIgnored);
+    try {
+        vok::File::Touch(vok::Str(ToText(oPath)), vok::Zip_Seconds(o));
+    } catch (const vok::Msg_Exception&) {
+        // The bytes are there.
+    }
 }
 
 // Extracts the current member. What is wrong with the member is told; with the disk, raised.
 bool Extract(Reading& oArchive, const fs::path& oPath, const vok::Zip_FileInfo& o) {
     if (o.IsFolder()) {
-        fs::create_directories(oPath);
+        vok::File::MkDir(vok::Str(ToText(oPath)));
         return true;
     }
-    fs::create_directories(oPath.parent_path());
+    vok::File::MkDir(vok::Str(ToText(oPath.parent_path())));
     Output oFile(ToText(oPath));
     bool bDisk = false;
     try {
@@ -268,7 +265,7 @@ int ZipExtract(const std::string& sArchive, const std::string& sFolder,
         } catch (const TooMuch&) {
             throw;
         } catch (const std::exception& oError) {
-            Tell(sName, Say("is not extracted: %0", {WithPlace(Line(oError.what()))}));
+            Tell(sName, Say("is not extracted: %0", {Line(oError.what())}));
             iExit = EXIT_TROUBLE;
         }
     });

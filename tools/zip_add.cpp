@@ -17,6 +17,7 @@
 #include "tools/text.h"
 #include "vok/base/msg.h"
 #include "vok/base/utf8.h"
+#include "vok/file/tree.h"
 #include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 
@@ -69,7 +70,12 @@ std::vector<Addition> Collect(const std::string& sArchive, const std::vector<std
         if (!fs::exists(oFile)) throw std::invalid_argument(Say("\"%0\" does not exist", {sFile}));
         oCollect(oFile);
         if (!fs::is_directory(oFile)) continue;
-        for (const auto& oEntry : fs::recursive_directory_iterator(oFile)) oCollect(oEntry.path());
+        vok::File_Tree::Options oOptions;
+        oOptions.m_oTold = [](const vok::Str& oPath, vok::u2_t uError) {
+            vok::Msg::PathOrFileDoesNotExist(oPath.CStr(), uError);
+        };
+        vok::File_Tree oTree(vok::Str(sFile), oOptions);
+        while (oTree.Next()) oCollect(ToPath(oTree.Path().View()));
     }
     const fs::path oArchive = ToPath(sArchive);
     if (fs::exists(oArchive)) {
@@ -133,6 +139,9 @@ void TellWhatIsThere(const std::string& sArchive, const std::vector<Addition>& a
 }  // namespace
 
 int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, bool bStore) {
+    if (sArchive == "-") {
+        throw std::invalid_argument(Say("a zip archive needs a file, not \"-\""));
+    }
     int iExit = EXIT_GOOD;
     const std::vector<Addition> aoAddition = Collect(sArchive, asFile, iExit);
     const fs::file_status oThere = fs::status(ToPath(sArchive));
@@ -146,8 +155,12 @@ int ZipAdd(const std::string& sArchive, const std::vector<std::string>& asFile, 
     // it is complete.
     std::optional<Output> oNew;
     std::optional<Appending> oOld;
-    if (bNew) oNew.emplace(sArchive, false);
-    vok::Zip_Archive oArchive(vok::Str(bNew ? oNew->Beside() : sArchive), bNew ? "w" : "a");
+    vok::Zip_Archive oArchive;
+    if (bNew) {
+        oArchive.Open(*oNew.emplace(sArchive).GetFile());
+    } else {
+        oArchive.Open(vok::Str(sArchive), "a");
+    }
     // Its size is that of the old archive as long as nobody else may write to it: from now on.
     if (!bNew) oOld.emplace(sArchive);
     for (const Addition& o : aoAddition) Add(oArchive, o, bStore);

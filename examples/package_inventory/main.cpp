@@ -114,8 +114,9 @@ int Run(const std::string& sStatus, const std::string& sOutput) {
     const std::string sXml = sOutput + ".xml";
     oWatch.Lap();
     {
-        tools::Output oFile(sXml, false);
-        oSerializer.WriteToFile(oInventory, oFile.Beside());
+        tools::Output oFile(sXml);
+        oSerializer.WriteToStream(oInventory, oFile.Stream(),
+                                  Velmar::Q7R::Serializer::StreamForm::Xml);
         oFile.Commit();
     }
     const double dWriteXml = oWatch.Lap();

@@ -8,6 +8,7 @@
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
 #include "vok/file/file.h"
+#include "vok/file/scan.h"
 
 namespace inventory {
 
@@ -66,11 +67,10 @@ std::vector<Dependency> ParseDependencies(std::string_view s) {
 
 class Parser {
   public:
-    Parser(const std::string& sPath, std::string_view sText) : m_sPath(sPath), m_sText(sText) {}
+    Parser(const std::string& sPath, vok::File_Scan& oLines) : m_sPath(sPath), m_oLines(oLines) {}
 
     std::vector<Package> Run() {
-        while (!m_sText.empty()) {
-            std::string_view sLine = CutAt(m_sText, '\n');
+        for (std::string_view sLine; m_oLines.ReadLine(sLine);) {
             ++m_uLine;
             if (sLine.find('\0') != sLine.npos) Fail("NUL byte: this is no package database");
             if (Trim(sLine).empty()) {
@@ -142,7 +142,7 @@ class Parser {
     }
 
     const std::string& m_sPath;
-    std::string_view m_sText;
+    vok::File_Scan& m_oLines;
     std::size_t m_uLine = 0;
     std::size_t m_uFieldLine = 0;
     std::string m_sField;
@@ -155,16 +155,15 @@ class Parser {
 }  // namespace
 
 std::vector<Package> ReadStatusFile(const std::string& sPath, std::size_t& uBytes) {
-    vok::Arr<char> oText;
     try {
-        vok::File oFile;
-        oFile.Open(sPath.c_str(), "Tr", true);
-        oFile.Read(oText, vok::File_Stream::ALL);
+        vok::File oFile(vok::Str(sPath.c_str()), "Tr");
+        vok::File_Scan oLines(oFile);
+        std::vector<Package> oPackages = Parser(sPath, oLines).Run();
+        uBytes = oLines.Offset();
+        return oPackages;
     } catch (const vok::Msg_Exception& e) {
         throw StatusError(std::string(Trim(e.what())));
     }
-    uBytes = oText.Size();
-    return Parser(sPath, std::string_view(oText.Beg(), oText.Size())).Run();
 }
 
 }  // namespace inventory

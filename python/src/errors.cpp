@@ -37,17 +37,13 @@ void Classes::Import() {
 
 namespace {
 
-// There is no other mark of it: the text is the library's own, in English.
-PyObject* ClassOf(PyObject* pClass, std::string_view sText) {
-    if (sText.starts_with("limit \"")) return g_oClasses.pLimitError;
-    for (const char* s : {"allocation of", "reallocation of",
-                          "unexpected error during reallocation", "out of memory"}) {
-        if (sText.starts_with(s)) return g_oClasses.pNoMemoryError;
+PyObject* ClassOf(PyObject* pClass, Msg_Kind eKind) noexcept {
+    switch (eKind) {
+        case Msg_Kind::Limit: return g_oClasses.pLimitError;
+        case Msg_Kind::NoMemory: return g_oClasses.pNoMemoryError;
+        case Msg_Kind::System: return g_oClasses.pFileError;
+        default: return pClass;
     }
-    if (pClass == g_oClasses.pLoadError && sText.starts_with("could not open file")) {
-        return g_oClasses.pFileError;
-    }
-    return pClass;
 }
 
 py::tuple Lines(std::string_view s) {
@@ -77,7 +73,7 @@ void Raise(PyObject* pClass, const Msg_Exception& oError, const Load_Report* pRe
         }
         if (!pReport->m_oPath.IsEmpty()) oPlace["path"] = py::str(pReport->m_oPath.CStr());
     }
-    const py::object oClass = py::reinterpret_borrow<py::object>(ClassOf(pClass, sText));
+    const py::object oClass = py::reinterpret_borrow<py::object>(ClassOf(pClass, oError.Kind()));
     const py::object oRaised = oClass(py::str(std::string(sText)), **oPlace);
     PyErr_SetObject(oClass.ptr(), oRaised.ptr());
     throw py::error_already_set();

@@ -24,8 +24,8 @@ struct Classes {
 };
 extern Classes g_oClasses;
 
-// Makes a Msg_Exception a Python error, of a class that says more where the text tells it, and
-// raises that. pReport tells where in a document it was.
+// Makes a Msg_Exception a Python error, of a class that says more where its kind does, and raises
+// that. pReport tells where in a document it was.
 [[noreturn]] void Raise(PyObject* pClass, const Msg_Exception& oError,
                         const Load_Report* pReport = nullptr, const std::string& sSource = {});
 // The same with a text alone.

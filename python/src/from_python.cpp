@@ -419,27 +419,10 @@ void SetValue(Data& oNode, PyObject* p) {
         }
         RaiseUnknown(p);
     }
-    switch (o.GetType()) {
-        case Data_Node::Empty: return oNode.ClearVal();
-        case Data_Node::Boolean: return oNode.SetValBool(o.Int() != 0);
-        case Data_Node::Integer:
-        case Data_Node::Char: return oNode.SetValInt(o.Int(), o.GetType());
-        case Data_Node::Float:
-        case Data_Node::Double:
-        case Data_Node::Date: return oNode.SetValDbl(o.Dbl(), o.GetType());
-        case Data_Node::Long: return oNode.SetValLng(o.Lng());
-        case Data_Node::String:
-            if (o.Text().find('\0') != std::string_view::npos) {
-                Raise(PyExc_ValueError, "a text with a NUL: store it as bytes");
-            }
-            return oNode.SetValStr(o.Text());
-        case Data_Node::Binary:
-            return oNode.SetValBin(o.Text().data(), static_cast<u2_t>(o.Text().size()));
-        default: {
-            const auto& w = o.QuadWords();
-            return oNode.SetValQuad(w[0], w[1], w[2], w[3]);
-        }
+    if (o.GetType() == Data_Node::String && o.Text().find('\0') != std::string_view::npos) {
+        Raise(PyExc_ValueError, "a text with a NUL: store it as bytes");
     }
+    oNode.SetValue(o);
 }
 
 }  // namespace vok::python

@@ -11,10 +11,10 @@
 #include "python/src/file_object.h"
 #include "python/src/module.h"
 #include "python/src/to_python.h"
-#include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/file/rest.h"
 #include "vok/records/records.h"
+#include "vok/zip/wrapping.h"
 
 namespace vok::python {
 
@@ -32,10 +32,10 @@ class Unlocked_File final : public File {
 };
 
 bool IsArchive(const Str& oPath) {
-    char s[dgraph::SNIFFED];
+    char s[ZIP_SNIFFED];
     File oFile(oPath, "Tr");
     if (oFile.Tell() < 0) return false;
-    return dgraph::WrappingOf({s, ReadUpTo(oFile, s, sizeof(s))}) == dgraph::Wrapping::Zip;
+    return Zip_WrappingOf({s, ReadUpTo(oFile, s, sizeof(s))}) == Zip_Wrapping::Zip;
 }
 
 // The parts that a path selects, as nodes of trees of their own, or as dicts. The interpreter's

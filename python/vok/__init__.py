@@ -94,10 +94,9 @@ def dump(
     if hasattr(target, "write"):
         packed = _vok._Form(form or "dgraph", _files.checked(wrapping or "plain"), "", compact)
         return _vok._save_object(top, target, packed, version)
-    path = _files.path_of(target)
+    path = _files.path_to_write(target)
     form, wrapping, member = _files.form_of(path, form, wrapping)
-    with _files.replacing(path) as beside:
-        _vok._save_file(top, beside, _vok._Form(form, wrapping, member, compact), version)
+    _vok._save_file(top, path, _vok._Form(form, wrapping, member, compact), version)
 
 
 def dumps(

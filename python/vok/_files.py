@@ -1,9 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Files: what their names ask for, and how they take their place."""
+"""Files: what their names ask for."""
 
+import errno
 import os
-import stat
-from contextlib import contextmanager
 
 WRAPPINGS = ("plain", "zlib", "gzip", "zip")
 FORMS = {".xml": "xml", ".dgraph": "dgraph", ".dg": "dgraph", ".dump": "dump", ".json": "json"}
@@ -14,6 +13,14 @@ def path_of(path):
     text = os.fsdecode(path)
     if not text or "\0" in text:
         raise ValueError("a path that is empty, or has a NUL in it")
+    return text
+
+
+def path_to_write(path):
+    """The same; folders that are missing are not made, as nowhere in Python."""
+    text = path_of(path)
+    if not os.path.isdir(os.path.dirname(os.path.realpath(text))):
+        raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), text)
     return text
 
 
@@ -37,38 +44,3 @@ def form_of(path, form, wrapping):
             f"{path!r} does not tell a form by its ending (.xml, .dgraph, .dump, .json): give one"
         )
     return form, checked(wrapping), stem if told else f"{stem}.{form}"
-
-
-@contextmanager
-def replacing(path):
-    """The name of a file to be written that then takes the place of another one, or goes away.
-
-    Links stay, and what they lead to is replaced; what is no regular file is written directly.
-    """
-    path = os.path.realpath(path)
-    try:
-        before = os.stat(path)
-    except FileNotFoundError:
-        before = None
-    if before is not None and not stat.S_ISREG(before.st_mode):
-        yield path
-        return
-    beside, made = None, None
-    for number in range(1 << 20):
-        beside = os.path.join(os.path.dirname(path), f".vok-{os.getpid()}-{number}")
-        try:
-            made = os.open(beside, os.O_CREAT | os.O_EXCL | os.O_WRONLY, 0o666)
-            break
-        except FileExistsError:
-            continue
-    if made is None:
-        raise FileExistsError(beside)
-    os.close(made)
-    try:
-        if before is not None:
-            os.chmod(beside, stat.S_IMODE(before.st_mode))
-        yield beside
-        os.replace(beside, path)
-    except BaseException:
-        os.unlink(beside)
-        raise

@@ -55,7 +55,7 @@ class LimitError(Error):
 
 
 class FileError(Error, OSError):
-    """A file that cannot be opened."""
+    """A file that cannot be opened, read or written; the text ends with the system's reason."""
 
 
 class NotFoundError(Error, KeyError, IndexError):

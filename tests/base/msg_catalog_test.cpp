@@ -17,29 +17,31 @@ namespace {
 constexpr const char* TEXTS[] = {"<t0>", "<t1>", "<t2>", "<t3>", "<t4>", "<t5>"};
 
 template <class T>
-T Next(std::size_t& uNth, std::size_t uError) {
+T Next(std::size_t& uNth, std::size_t uError, u2_t uCode) {
     ++uNth;
     if constexpr (std::is_same_v<T, const char*>) {
         return TEXTS[uNth - 1];
     } else if constexpr (std::is_same_v<T, bool>) {
         return true;
     } else {
-        return static_cast<T>(uNth == uError ? 2 : 7000 + uNth - 1);
+        return static_cast<T>(uNth == uError ? uCode : 7000 + uNth - 1);
     }
 }
 
 // An entry as the catalog's header declares it. A flag comes first and is no parameter of the text;
-// a system error comes last, and its text ends the message.
+// a system error comes last, and its text ends the message. One that need not be told is not.
 struct Entry {
     template <class... A>
     Entry(void (*pEntry)(A...), std::string_view sParameters, std::string_view sDoes)
         : sWhat(sDoes), bSystemError(sParameters.ends_with("uSystemError)")) {
         constexpr bool FLAG = (std::is_same_v<A, bool> || ...);
-        const std::size_t uError = bSystemError ? sizeof...(A) : 0;
-        uArguments = sizeof...(A) - FLAG - bSystemError;
+        const bool bMayError = sParameters.ends_with("uMayError)");
+        const std::size_t uError = bSystemError || bMayError ? sizeof...(A) : 0;
+        uArguments = sizeof...(A) - FLAG - (uError != 0);
+        const u2_t uCode = bMayError ? 0 : 2;
         oCall = [=] {
             [[maybe_unused]] std::size_t uNth = FLAG ? SIZE_MAX : 0;
-            std::apply(pEntry, std::tuple<A...>{Next<A>(uNth, uError)...});
+            std::apply(pEntry, std::tuple<A...>{Next<A>(uNth, uError, uCode)...});
         };
     }
 

@@ -259,5 +259,32 @@ TEST(MsgException, TrailIsCutAndCopied) {
     EXPECT_EQ(oCopy.Time(), oError.Time());
 }
 
+TEST(MsgException, KindsOfFailures) {
+    const auto Kind = [](auto&& oRaise) {
+        try {
+            oRaise();
+        } catch (const std::exception& oError) {
+            return Msg_Exception::KindOf(oError);
+        }
+        return Msg_Kind::Other;
+    };
+    EXPECT_EQ(Kind([] { Msg::NodeIsEmpty(); }), Msg_Kind::Other);
+    EXPECT_EQ(Kind([] { throw std::runtime_error("allocation of 5 bytes failed"); }),
+              Msg_Kind::Other);
+    EXPECT_EQ(Kind([] { Msg::AllocationFailed(1, 2, 3); }), Msg_Kind::NoMemory);
+    EXPECT_EQ(Kind([] { throw std::bad_alloc(); }), Msg_Kind::NoMemory);
+    EXPECT_EQ(Kind([] { Limits().RaiseExceeded(&Limits::m_uDepth); }), Msg_Kind::Limit);
+    EXPECT_EQ(Kind([] { Msg::FileWriteError("f", 1, 0, ENOSPC); }), Msg_Kind::System);
+    EXPECT_EQ(Kind([] { Msg::FileWriteError("f", 1, 0, 0); }), Msg_Kind::Other);
+    EXPECT_EQ(Kind([] { Msg::Emit(Msg::MODE_RAISE, "own", ENOENT); }), Msg_Kind::System);
+    // It passes through, and a copy keeps it.
+    EXPECT_EQ(Kind([] {
+                  Where("vok::Outer", [] {
+                      Where("vok::Inner", [] { Limits().RaiseExceeded(&Limits::m_uNodes); });
+                  });
+              }),
+              Msg_Kind::Limit);
+}
+
 }  // namespace
 }  // namespace vok

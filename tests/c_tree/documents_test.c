@@ -146,7 +146,7 @@ static int check_documents(vok_tree_node* root) {
     CHECK(vok_tree_save_file(root, "", VOK_TREE_XML) == VOK_TREE_ARGUMENT);
     CHECK(vok_tree_load_memory(loaded, "<a/>", 4, -1, NULL, NULL) == VOK_TREE_ARGUMENT);
     CHECK(vok_tree_load_memory(loaded, "<a/>", 4, VOK_TREE_ZLIB, NULL, NULL) == VOK_TREE_ARGUMENT);
-    CHECK(vok_tree_load_file(loaded, "does/not/exist", 0, NULL, NULL) == VOK_TREE_FAILED);
+    CHECK(vok_tree_load_file(loaded, "does/not/exist", 0, NULL, NULL) == VOK_TREE_SYSTEM);
 
     /* Versions: one that is told, and the one that is given. */
     OK(vok_tree_load_memory(loaded, "<a/>", 4, 0, NULL, NULL));
@@ -160,6 +160,18 @@ static int check_documents(vok_tree_node* root) {
     vok_tree_bytes_free(bytes);
     OK(vok_tree_set_version(loaded, 9, 0, 0));
     CHECK(vok_tree_save_memory(loaded, VOK_TREE_DGRAPH, &bytes, &size) == VOK_TREE_FAILED);
+    /* What is in the place of a file stays when it fails, or is not finished. */
+    OK(vok_tree_save_file(root, PATH, VOK_TREE_XML));
+    CHECK(vok_tree_save_file(loaded, PATH, VOK_TREE_DGRAPH) == VOK_TREE_FAILED);
+    {
+        vok_tree_writer* writer = NULL;
+        OK(vok_tree_writer_open_file(PATH, VOK_TREE_XML, &writer));
+        OK(vok_tree_writer_begin(writer, "other", VOK_TREE_UNKNOWN));
+        vok_tree_writer_free(writer);
+    }
+    OK(vok_tree_load_file(loaded, PATH, VOK_TREE_ANY, NULL, NULL));
+    CHECK(same_tree(root, loaded) == 0);
+    remove(PATH);
 
     /* Where a document is faulty; the tree stays. */
     {
@@ -178,7 +190,7 @@ static int check_documents(vok_tree_node* root) {
     {
         vok_tree_limits limits = {{0}};
         limits.at_most[VOK_TREE_LIMIT_DEPTH] = 1;
-        CHECK(vok_tree_load_memory(loaded, "<a><b/></a>", 11, 0, &limits, NULL) == VOK_TREE_FAILED);
+        CHECK(vok_tree_load_memory(loaded, "<a><b/></a>", 11, 0, &limits, NULL) == VOK_TREE_LIMIT);
         OK(vok_tree_load_memory(loaded, "<a><b> </b>x<!-- --></a>", 24, 0, NULL, &report));
         CHECK(report.comments == 1 && report.dropped_texts == 1);
         OK(vok_tree_load_memory(loaded, "<a><b> </b></a>", 15, VOK_TREE_XML | VOK_TREE_SKIP_BLANKS,
@@ -295,7 +307,7 @@ static int check_reading(void) {
     CHECK(vok_tree_reader_take(reader, node) == VOK_TREE_NONE);
     OK(vok_tree_reader_report(reader, &report));
     vok_tree_reader_free(reader);
-    CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_FAILED);
+    CHECK(vok_tree_reader_open_file("does/not/exist", NULL, &reader) == VOK_TREE_SYSTEM);
 
     /* A tree that is used again: cursors on what it was do no harm. */
     {

@@ -285,7 +285,7 @@ static int check_structure(void) {
     {
         vok_tree_limits limits = {{0}};
         limits.at_most[VOK_TREE_LIMIT_PATH_STEPS] = 2;
-        CHECK(vok_tree_select(root, "//v", &limits, &found) == VOK_TREE_FAILED);
+        CHECK(vok_tree_select(root, "//v", &limits, &found) == VOK_TREE_LIMIT);
         CHECK(strstr(vok_tree_last_error()->text, "limit") != NULL);
     }
     OK(vok_tree_escape("a/b", buffer, sizeof(buffer), &size));

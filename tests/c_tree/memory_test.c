@@ -37,7 +37,8 @@ static int64_t swallow(void* context, const void* bytes, size_t size) {
     return (int64_t)size;
 }
 
-/* Some of everything; returns how many calls failed, -1 for one that failed without a text. */
+/* Some of everything; returns how many calls failed, -1 where the first one does not say that
+ * there is no memory, or one has no text. */
 static int work(const uint8_t* document, size_t size) {
     static const int32_t FORMS[] = {VOK_TREE_XML, VOK_TREE_DGRAPH, VOK_TREE_JSON, VOK_TREE_DUMP};
     vok_tree_node *root = NULL, *n = NULL;
@@ -56,10 +57,11 @@ static int work(const uint8_t* document, size_t size) {
     stream.write = swallow;
 #define TRY(call)                                               \
     do {                                                        \
-        if ((call) < 0) {                                       \
-            ++failed;                                           \
-            if (vok_tree_last_error()->text[0] == 0) return -1; \
-        }                                                       \
+        const vok_tree_status status = (call);                                        \
+        if (status < 0) {                                                             \
+            if (failed++ == 0 && status != VOK_TREE_NO_MEMORY) return -1;             \
+            if (vok_tree_last_error()->text[0] == 0) return -1;                       \
+        }                                                                             \
     } while (0)
     TRY(vok_tree_new(&root));
     TRY(vok_tree_new(&n));

@@ -22,6 +22,7 @@ def prepare():
     """What the examples speak of."""
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
+    (folder / 'people.csv').write_text('name;born\nAda;1815-12-10\n"Grace ""Amazing""";1906-12-09\n')
     order = '<order id="{}" state="open" time="9"><price>{}</price><note>n</note></order>'
     orders = '<orders>' + ''.join(order.format(i, i + 0.5) for i in range(4, 10)) + '<archive/></orders>'
     for name in ('orders', 'old', 'base', 'mine'):

@@ -12,18 +12,18 @@ namespace vok {
 
 namespace {
 
-constexpr std::size_t ARG_COUNT = 10;
 constexpr std::size_t ERRNO_TEXT_SIZE = 256;
 
 // Cuts sText at its placeholders and gives the pieces of the message to oPut, in order.
 template <class Put>
-void Format(const char* sText, const char* const (&psArgs)[ARG_COUNT], Put&& oPut) {
+void Format(const char* sText, const Msg_Args& psArgs, Put&& oPut) {
     while (const char* const pPercent = std::strchr(sText, '%')) {
         oPut(std::string_view(sText, pPercent));
         const char c = pPercent[1];
         if (c == 0) return;
         if (c == '%') oPut("%");
-        if (c >= '0' && c <= '9' && psArgs[c - '0'] != nullptr) oPut(psArgs[c - '0']);
+        const auto uArg = static_cast<std::size_t>(c - '0');
+        if (uArg < psArgs.size() && psArgs[uArg] != nullptr) oPut(psArgs[uArg]);
         sText = pPercent + 2;
     }
     oPut(sText);
@@ -39,10 +39,8 @@ void AppendSystemError(u2_t uSystemError, Put&& oPut) {
 
 }  // namespace
 
-int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, const char* a1,
-              const char* a2, const char* a3, const char* a4, const char* a5, const char* a6,
-              const char* a7, const char* a8, const char* a9) {
-    const char* const psArgs[ARG_COUNT] = {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9};
+void Msg_Emit(int iMode, Msg_Kind eKind, const char* sText, u2_t uSystemError,
+              const Msg_Args& psArgs) {
     const u2_t uLastError = sys::LastError();
     const auto FormatInto = [&](auto&& oPut) {
         Format(sText != nullptr ? sText : "", psArgs, oPut);
@@ -52,19 +50,20 @@ int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, c
     };
 
     Msg_Exception oError;
+    oError.SetKind(eKind);
     Msg_Banner oBanner;
     bool bNested = false;
     {
         const Msg_Guard oGuard(Msg_Console::Lock());
         bNested = oGuard.IsNested();
         if (!bNested) Msg_Console::Begin();
-        if (iMode == MODE_REPORT) {
+        if (iMode == Msg::MODE_REPORT) {
             FormatInto([](std::string_view sPiece) { Msg_Console::Write(sPiece); });
             if (!bNested) Msg_Console::Flush();
             sys::SetLastError(uLastError);
-            return 0;
+            return;
         }
-        if (!bNested && Banner()) {
+        if (!bNested && Msg::Banner()) {
             oBanner.Format(static_cast<i3_t>(oError.Time()));
             Msg_Console::Write(oBanner.Text());
             Msg_Console::Flush();
@@ -74,7 +73,14 @@ int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, c
     // A writer that raises runs under the message lock and must not wait for the log's.
     if (!bNested) Msg_LogFile::WriteMessage(oBanner.Text(), oError.what());
     sys::SetLastError(uLastError);
-    if (iMode == MODE_RAISE) throw oError;
+    if (iMode == Msg::MODE_RAISE) throw oError;
+}
+
+int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, const char* a1,
+              const char* a2, const char* a3, const char* a4, const char* a5, const char* a6,
+              const char* a7, const char* a8, const char* a9) {
+    const Msg_Kind eKind = uSystemError != 0 ? Msg_Kind::System : Msg_Kind::Other;
+    Msg_Emit(iMode, eKind, sText, uSystemError, {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9});
     return 0;
 }
 

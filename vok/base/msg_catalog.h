@@ -191,10 +191,13 @@ class Msg_Catalog {
     [[noreturn]] static void FileWriteError(const char* sName, u3_t uNotWritten, i3_t iPosition,
                                             u2_t uSystemError);
     [[noreturn]] static void CouldNotChangeFileMode(const char* sName, const char* sMode);
-    [[noreturn]] static void CouldNotCopyFile(const char* sFrom, const char* sTo);
-    [[noreturn]] static void CouldNotRenameFile(const char* sFrom, const char* sTo);
+    [[noreturn]] static void CouldNotCopyFile(const char* sFrom, const char* sTo,
+                                              u2_t uSystemError = 0);
+    [[noreturn]] static void CouldNotRenameFile(const char* sFrom, const char* sTo,
+                                                u2_t uSystemError = 0);
     [[noreturn]] static void CouldNotRemoveFile(const char* sName, u2_t uSystemError);
-    [[noreturn]] static void CouldNotTouchFile(const char* sName, const char* sTime);
+    [[noreturn]] static void CouldNotTouchFile(const char* sName, const char* sTime,
+                                               u2_t uSystemError = 0);
     [[noreturn]] static void CouldNotCreateSymbolicLink(const char* sLink, const char* sTarget,
                                                         u2_t uSystemError);
     [[noreturn]] static void CodingOfFileCouldNotBeDetermined(const char* sName);
@@ -204,10 +207,10 @@ class Msg_Catalog {
 
     // ---- directories -------------------------------------------------------
 
-    [[noreturn]] static void CouldNotCreateDirectory(const char* sPath);
+    [[noreturn]] static void CouldNotCreateDirectory(const char* sPath, u2_t uSystemError = 0);
     [[noreturn]] static void DirectoryIsNotEmpty(const char* sDirectory, const char* sFile);
-    [[noreturn]] static void PathOrFileDoesNotExist(const char* sPath);
-    [[noreturn]] static void SourceDirectoryNotFound(const char* sDirectory);
+    [[noreturn]] static void PathOrFileDoesNotExist(const char* sPath, u2_t uSystemError = 0);
+    [[noreturn]] static void SourceDirectoryNotFound(const char* sDirectory, u2_t uSystemError = 0);
     [[noreturn]] static void SourceAndDestinationDirectoriesAreEqual(const char* sDirectory);
     [[noreturn]] static void AnotherServerIsControllingTheBaseDir(const char* sDirectory,
                                                                   u2_t uSystemError);

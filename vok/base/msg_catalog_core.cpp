@@ -70,7 +70,8 @@ void Msg_Catalog::AssertionFailedNotZero(const char* sExpr, u3_t uValue) {
 
 void Msg_Catalog::AllocationFailed(u3_t uBytes, u3_t uBytesInUse, u3_t uBlocksInUse) {
     Msg_Entry::Raise({"allocation of %0 bytes failed, %1 bytes and %2 blocks in use",
-                      "Anfordern von %0 Bytes fehlgeschlagen, %1 Bytes und %2 Blöcke in Gebrauch"},
+                      "Anfordern von %0 Bytes fehlgeschlagen, %1 Bytes und %2 Blöcke in Gebrauch",
+                      Msg_Kind::NoMemory},
                      {uBytes, uBytesInUse, uBlocksInUse});
 }
 
@@ -78,7 +79,8 @@ void Msg_Catalog::ReallocationFailed(u3_t uBlockAddress, u3_t uBytes, u3_t uByte
                                      u3_t uBlocksInUse) {
     Msg_Entry::Raise({"reallocation of block %0 to %1 bytes failed, %2 bytes and %3 blocks in use",
                       "Größenänderung des Blocks %0 auf %1 Bytes fehlgeschlagen, %2 Bytes und %3 "
-                      "Blöcke in Gebrauch"},
+                      "Blöcke in Gebrauch",
+                      Msg_Kind::NoMemory},
                      {Msg_Arg::Address(uBlockAddress), uBytes, uBytesInUse, uBlocksInUse});
 }
 
@@ -87,7 +89,8 @@ void Msg_Catalog::ReallocationFromToFailed(u3_t uBlockAddress, u3_t uOldBytes, u
     Msg_Entry::Raise(
         {"reallocation of block %0 from %1 to %2 bytes failed, %3 bytes and %4 blocks in use",
          "Größenänderung des Blocks %0 von %1 auf %2 Bytes fehlgeschlagen, %3 Bytes und %4 Blöcke "
-         "in Gebrauch"},
+         "in Gebrauch",
+         Msg_Kind::NoMemory},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
 
@@ -98,7 +101,8 @@ void Msg_Catalog::UnexpectedErrorDuringReallocation(u3_t uBlockAddress, u3_t uOl
         {"unexpected error during reallocation of block %0 from size %1 to size %2, %3 bytes and "
          "%4 blocks in use",
          "unerwarteter Fehler bei der Größenänderung des Blocks %0 von Größe %1 auf Größe %2, %3 "
-         "Bytes und %4 Blöcke in Gebrauch"},
+         "Bytes und %4 Blöcke in Gebrauch",
+         Msg_Kind::NoMemory},
         {Msg_Arg::Address(uBlockAddress), uOldBytes, uNewBytes, uBytesInUse, uBlocksInUse});
 }
 
@@ -137,7 +141,7 @@ void Msg_Catalog::MemoryWriteError(u3_t uBlockAddress, u3_t uBytes) {
 }
 
 void Msg_Catalog::OutOfMemory() {
-    Msg_Entry::Raise({"out of memory", "kein Speicher mehr verfügbar"});
+    Msg_Entry::Raise({"out of memory", "kein Speicher mehr verfügbar", Msg_Kind::NoMemory});
 }
 
 void Msg_Catalog::MemoryInUse(u3_t uBytes, u3_t uBlocks, u3_t uReferences, u3_t uPeakBytes,
@@ -336,7 +340,7 @@ const char* GermanLimit(std::string_view sLimit) {
 
 void Msg_Catalog::LimitExceeded(const char* sLimit, u3_t uLimit, const char* sField) {
     Msg_Entry::Raise({"limit \"%0\" of %1 exceeded (raise %2)",
-                      "Grenze \"%3\" von %1 überschritten (%2 erhöhen)"},
+                      "Grenze \"%3\" von %1 überschritten (%2 erhöhen)", Msg_Kind::Limit},
                      {sLimit, uLimit, sField, GermanLimit(sLimit)});
 }
 

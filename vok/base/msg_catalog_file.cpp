@@ -50,16 +50,16 @@ void Msg_Catalog::CouldNotChangeFileMode(const char* sName, const char* sMode) {
                      {sName, sMode});
 }
 
-void Msg_Catalog::CouldNotCopyFile(const char* sFrom, const char* sTo) {
+void Msg_Catalog::CouldNotCopyFile(const char* sFrom, const char* sTo, u2_t uSystemError) {
     Msg_Entry::Raise({"could not copy file \"%0\" to \"%1\"",
                       "Datei \"%0\" konnte nicht nach \"%1\" kopiert werden"},
-                     {sFrom, sTo});
+                     {sFrom, sTo}, uSystemError);
 }
 
-void Msg_Catalog::CouldNotRenameFile(const char* sFrom, const char* sTo) {
+void Msg_Catalog::CouldNotRenameFile(const char* sFrom, const char* sTo, u2_t uSystemError) {
     Msg_Entry::Raise({"could not rename file \"%0\" into \"%1\"",
                       "Datei \"%0\" konnte nicht in \"%1\" umbenannt werden"},
-                     {sFrom, sTo});
+                     {sFrom, sTo}, uSystemError);
 }
 
 void Msg_Catalog::CouldNotRemoveFile(const char* sName, u2_t uSystemError) {
@@ -67,10 +67,10 @@ void Msg_Catalog::CouldNotRemoveFile(const char* sName, u2_t uSystemError) {
                      {sName}, uSystemError);
 }
 
-void Msg_Catalog::CouldNotTouchFile(const char* sName, const char* sTime) {
+void Msg_Catalog::CouldNotTouchFile(const char* sName, const char* sTime, u2_t uSystemError) {
     Msg_Entry::Raise({"could not touch file \"%0\" to time %1",
                       "Zeitstempel der Datei \"%0\" konnte nicht auf %1 gesetzt werden"},
-                     {sName, sTime});
+                     {sName, sTime}, uSystemError);
 }
 
 void Msg_Catalog::CouldNotCreateSymbolicLink(const char* sLink, const char* sTarget,
@@ -102,10 +102,10 @@ void Msg_Catalog::StillFilesOpen(u3_t uOpen) {
 
 // ---- directories -----------------------------------------------------------
 
-void Msg_Catalog::CouldNotCreateDirectory(const char* sPath) {
+void Msg_Catalog::CouldNotCreateDirectory(const char* sPath, u2_t uSystemError) {
     Msg_Entry::Raise(
         {"could not create directory \"%0\"", "Verzeichnis \"%0\" konnte nicht angelegt werden"},
-        {sPath});
+        {sPath}, uSystemError);
 }
 
 void Msg_Catalog::DirectoryIsNotEmpty(const char* sDirectory, const char* sFile) {
@@ -114,15 +114,16 @@ void Msg_Catalog::DirectoryIsNotEmpty(const char* sDirectory, const char* sFile)
                      {sDirectory, sFile});
 }
 
-void Msg_Catalog::PathOrFileDoesNotExist(const char* sPath) {
+void Msg_Catalog::PathOrFileDoesNotExist(const char* sPath, u2_t uSystemError) {
     Msg_Entry::Raise(
-        {"path or file \"%0\" does not exist", "Pfad oder Datei \"%0\" existiert nicht"}, {sPath});
+        {"path or file \"%0\" does not exist", "Pfad oder Datei \"%0\" existiert nicht"}, {sPath},
+        uSystemError);
 }
 
-void Msg_Catalog::SourceDirectoryNotFound(const char* sDirectory) {
+void Msg_Catalog::SourceDirectoryNotFound(const char* sDirectory, u2_t uSystemError) {
     Msg_Entry::Raise(
         {"source directory \"%0\" not found", "Quellverzeichnis \"%0\" nicht gefunden"},
-        {sDirectory});
+        {sDirectory}, uSystemError);
 }
 
 void Msg_Catalog::SourceAndDestinationDirectoriesAreEqual(const char* sDirectory) {

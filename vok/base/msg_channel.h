@@ -9,12 +9,20 @@
 #ifndef VOK_BASE_MSG_CHANNEL_H
 #define VOK_BASE_MSG_CHANNEL_H
 
+#include <array>
 #include <string_view>
 
+#include "vok/base/msg_exception.h"
 #include "vok/base/msg_lock.h"
 #include "vok/base/types.h"
 
 namespace vok {
+
+// What replaces the placeholders of a text; null for those that it has not.
+using Msg_Args = std::array<const char*, 10>;
+// Msg::Emit; what is raised is of a kind.
+void Msg_Emit(int iMode, Msg_Kind eKind, const char* sText, u2_t uSystemError,
+              const Msg_Args& psArgs);
 
 // The line with ids, time and version that precedes raised and logged messages.
 class Msg_Banner {

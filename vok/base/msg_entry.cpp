@@ -5,14 +5,13 @@
 #include <exception>
 
 #include "vok/base/msg.h"
+#include "vok/base/msg_channel.h"
 #include "vok/base/utf8.h"
 #include "vok/sys/sys.h"
 
 namespace vok {
 
 namespace {
-
-constexpr std::size_t MAX_ARGS = 10;
 
 const char* InCurrentLanguage(const Msg_Text& oText) noexcept {
     switch (Msg::LanguageIndex()) {
@@ -22,15 +21,15 @@ const char* InCurrentLanguage(const Msg_Text& oText) noexcept {
     }
 }
 
-int Emit(int iMode, const Msg_Text& oText, const Msg_Entry::Args& oArgs, u2_t uSystemError) {
-    const char* ps[MAX_ARGS] = {};
+void Emit(int iMode, const Msg_Text& oText, const Msg_Entry::Args& oArgs, u2_t uSystemError) {
+    Msg_Args ps{};
     std::size_t uNth = 0;
     for (const Msg_Arg& oArg : oArgs) {
-        if (uNth == MAX_ARGS) break;
+        if (uNth == ps.size()) break;
         ps[uNth++] = oArg.Text();
     }
-    return Msg::Emit(iMode, InCurrentLanguage(oText), uSystemError, ps[0], ps[1], ps[2], ps[3],
-                     ps[4], ps[5], ps[6], ps[7], ps[8], ps[9]);
+    const Msg_Kind eKind = uSystemError != 0 ? Msg_Kind::System : oText.m_eKind;
+    Msg_Emit(iMode, eKind, InCurrentLanguage(oText), uSystemError, ps);
 }
 
 }  // namespace

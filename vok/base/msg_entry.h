@@ -6,14 +6,17 @@
 
 #include <initializer_list>
 
+#include "vok/base/msg_exception.h"
 #include "vok/base/types.h"
 
 namespace vok {
 
-// One message in both languages, UTF-8, with the same placeholders in each.
+// One message in both languages, UTF-8, with the same placeholders in each, and the kind of
+// failure it tells of; a system error makes that System.
 struct Msg_Text {
     const char* m_sEnglish;
     const char* m_sGerman;
+    Msg_Kind m_eKind = Msg_Kind::Other;
 };
 
 // One argument as the text that replaces its placeholder. Numbers are printed as unsigned

@@ -2,6 +2,7 @@
 #include "vok/base/msg_exception.h"
 
 #include <cstring>
+#include <new>
 
 #include "vok/base/utf8.h"
 #include "vok/sys/sys.h"
@@ -41,6 +42,12 @@ Msg_Exception::~Msg_Exception() = default;
 
 const char* Msg_Exception::what() const noexcept {
     return m_sText;
+}
+
+Msg_Kind Msg_Exception::KindOf(const std::exception& oError) noexcept {
+    if (const auto* p = dynamic_cast<const Msg_Exception*>(&oError)) return p->Kind();
+    const bool bMemory = dynamic_cast<const std::bad_alloc*>(&oError) != nullptr;
+    return bMemory ? Msg_Kind::NoMemory : Msg_Kind::Other;
 }
 
 void Msg_Exception::Append(const char* sText) noexcept {

@@ -9,6 +9,14 @@
 
 namespace vok {
 
+// What a program tells failures apart by, whatever the language of their texts.
+enum class Msg_Kind : u0_t {
+    Other,     // what was asked for, or found in a document, is wrong
+    NoMemory,  // there was no memory, or not as much as one block was to have
+    Limit,     // a field of Limits is to be raised
+    System,    // a call of the operating system failed; its reason ends the text
+};
+
 // A formatted message and the functions it passed through. The object owns all its
 // storage: building, copying and throwing it takes no heap memory, so that running
 // out of memory can be reported like anything else.
@@ -33,6 +41,11 @@ class Msg_Exception : public std::exception {
     // line break.
     [[nodiscard]] const char* where() const noexcept { return m_sWhere; }
 
+    // The kind of failure that any exception tells of; std::bad_alloc is NoMemory.
+    [[nodiscard]] static Msg_Kind KindOf(const std::exception& oError) noexcept;
+    [[nodiscard]] Msg_Kind Kind() const noexcept { return m_eKind; }
+    void SetKind(Msg_Kind eKind) noexcept { m_eKind = eKind; }
+
     // When the object was made: whole seconds since 1970-01-01 UTC.
     [[nodiscard]] double Time() const noexcept { return m_fTime; }
 
@@ -52,6 +65,7 @@ class Msg_Exception : public std::exception {
     u2_t m_uText = 0;   // bytes used in m_sText, without the NUL
     u2_t m_uWhere = 0;  // bytes used in m_sWhere, without the NUL
     double m_fTime;
+    Msg_Kind m_eKind = Msg_Kind::Other;
 };
 
 }  // namespace vok

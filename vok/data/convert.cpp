@@ -127,13 +127,9 @@ void Data::CopyVal(const Data& oSrc, Data& oDst) {
         if (oValue.GetType() == Node::Tree) RaiseWrongType(oSrcBase, oSrc.m_uId);
         if (oSrc == oDst) return;
         const bool bOtherTree = oSrc.m_oBase != oDst.m_oBase;
-        if (bOtherTree && oValue.GetType() == Node::String) return oDst.SetValStr(oSrc.GetValStr());
-        if (bOtherTree && oValue.GetType() == Node::Binary) {
-            return oDst.SetValBin(oSrcBase.m_oHeap.At(oValue.uWord2), oValue.uWord3);
-        }
-        if (bOtherTree && oValue.GetType() == Node::Quad) {
-            const auto [u0, u1, u2, u3] = oSrcBase.m_oHeap.QuadOf(oValue);
-            return oDst.SetValQuad(u0, u1, u2, u3);
+        constexpr u2_t IN_HEAP = 1u << Node::String | 1u << Node::Binary | 1u << Node::Quad;
+        if (bOtherTree && (IN_HEAP >> oValue.GetType() & 1u) != 0) {
+            return oDst.SetValue(oSrc.GetValue());
         }
         Node& oNode = oDstBase.m_oNode(oDst.m_uId);
         oDstBase.DropValue(oNode);

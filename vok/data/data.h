@@ -14,6 +14,7 @@
 #include "vok/base/str.h"
 #include "vok/data/hash.h"
 #include "vok/data/node.h"
+#include "vok/data/value.h"
 
 namespace vok {
 
@@ -240,6 +241,10 @@ class Data {
     // be on a tree ("object points to nothing"); a target elsewhere raises ""%0" with wrong
     // data type" for "Root".
     void SetValLink(const Data& oTarget);
+    // A value of any type but Link, which SetValLink takes with its target; of type Empty it is
+    // ClearVal. Raises also "%0 with wrong data type" for types that have no value, and "assertion
+    // failed: %0" for more than 2^31 - 1 bytes.
+    void SetValue(const Data_Value& oValue);
     // Makes the node empty; a placeholder becomes a live node again, a node cut loose does
     // not: "try to access deleted node". Ignored when empty.
     void ClearVal();
@@ -258,6 +263,9 @@ class Data {
     void GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const;
     // An empty cursor for a link to nothing.
     [[nodiscard]] Data GetValLink() const;
+    // The value of whatever type it is. Texts and bytes stay in the tree, and are valid until it is
+    // changed; a Link has no text.
+    [[nodiscard]] Data_Value GetValue() const;
     // The string value; sDefault for an empty node or cursor.
     [[nodiscard]] const char* GetStr(const char* sDefault) const;
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <concepts>
+#include <cstring>
 #include <string_view>
 
 #include "vok/data/node.h"
@@ -82,6 +83,23 @@ class Data_Value {
         if ((BITS >> eType & 1u) != 0) return {eType, uBits};
         const bool bKept = eType == Data_Node::Tree || eType == Data_Node::Zombi;
         return {bKept ? eType : Data_Node::Empty, 0};
+    }
+
+    // That of a node of a tree, whose texts and bytes begin at pHeap. A Link has no text, and a
+    // type without a value is Empty, but for Tree and Zombi. Internal.
+    [[nodiscard]] static Data_Value In(const Data_Node& oNode, const char* pHeap) noexcept {
+        const char* const pBytes = pHeap + oNode.uWord2;
+        switch (const Data_Node::Type eType = oNode.GetType()) {
+            case Data_Node::String: return std::string_view(pBytes, oNode.uWord3 - std::size_t{1});
+            case Data_Node::Binary: return Binary(pBytes, oNode.uWord3);
+            case Data_Node::Quad: {
+                u2_t au[3];
+                std::memcpy(au, pBytes, sizeof(au));
+                return Quad(oNode.uWord3, au[0], au[1], au[2]);
+            }
+            case Data_Node::Link: return Link({});
+            default: return OfType(eType, oNode.Value64());
+        }
     }
 
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_eType; }

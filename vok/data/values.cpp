@@ -125,6 +125,29 @@ void Data::SetValLink(const Data& oTarget) {
     });
 }
 
+void Data::SetValue(const Data_Value& o) {
+    return Where("vok::Data::SetValue", [&] {
+        switch (o.GetType()) {
+            case Node::Empty: return ClearVal();
+            case Node::Boolean: return SetValBool(o.Int() != 0);
+            case Node::Integer:
+            case Node::Char: return SetValInt(o.Int(), o.GetType());
+            case Node::Float:
+            case Node::Double:
+            case Node::Date: return SetValDbl(o.Dbl(), o.GetType());
+            case Node::String: return SetValStr(o.Text());
+            case Node::Binary:
+                return SetValBin(o.Text().data(), static_cast<u2_t>(Msg::ToInt32(o.Text().size())));
+            case Node::Long: return SetValLng(o.Lng());
+            case Node::Quad: {
+                const auto& au = o.QuadWords();
+                return SetValQuad(au[0], au[1], au[2], au[3]);
+            }
+            default: Msg::WithWrongDataType(Node::TypeName(o.GetType()));
+        }
+    });
+}
+
 void Data::ClearVal() {
     return Where("vok::Data::ClearVal", [&] {
         if (!m_oBase) return;
@@ -192,6 +215,13 @@ void Data::GetValQuad(u2_t& uW0, u2_t& uW1, u2_t& uW2, u2_t& uW3) const {
         uW1 = auWord[1];
         uW2 = auWord[2];
         uW3 = auWord[3];
+    });
+}
+
+Data_Value Data::GetValue() const {
+    return Where("vok::Data::GetValue", [&] {
+        const Base& b = detail::ValueOf(m_oBase, m_uId);
+        return Data_Value::In(b.m_oNode(m_uId), b.m_oHeap.At(0));
     });
 }
 

@@ -80,16 +80,7 @@ class Data_View {
 
     // All of it, apart from the tree; texts and bytes stay where they are. A Link has no text, and
     // a type without a value is Empty, but for Tree and Zombi.
-    [[nodiscard]] Data_Value GetValue() const noexcept {
-        switch (const Data_Node::Type eType = GetType()) {
-            case Data_Node::String: return Data_Value(Text());
-            case Data_Node::Binary: return Data_Value::Binary(Block().data(), Block().size());
-            case Data_Node::Quad:
-                return Data_Value::Quad(QuadWord(0), QuadWord(1), QuadWord(2), QuadWord(3));
-            case Data_Node::Link: return Data_Value::Link({});
-            default: return Data_Value::OfType(eType, m_pNode->Value64());
-        }
-    }
+    [[nodiscard]] Data_Value GetValue() const noexcept { return Data_Value::In(*m_pNode, m_pHeap); }
 
     // ---- successors -------------------------------------------------------
 

@@ -4,18 +4,14 @@
 #include <string_view>
 
 #include "vok/base/where.h"
-#include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/file/forward.h"
 #include "vok/file/rest.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/buf.h"
+#include "vok/zip/wrapping.h"
 
 namespace vok {
-
-using dgraph::SNIFFED;
-using dgraph::Wrapping;
-using dgraph::WrappingOf;
 
 namespace {
 
@@ -73,20 +69,20 @@ void Dgraph_LoadFromFile(Data& data, const char* sPath, const Limits& oLimits,
         if (sPath == nullptr || *sPath == 0) return;
         Loader oLoader{data, oLimits, pReport};
         File oFile(sPath, "rb");
-        char sStart[SNIFFED];
-        const std::size_t uStart = ReadUpTo(oFile, sStart, SNIFFED);
+        char sStart[ZIP_SNIFFED];
+        const std::size_t uStart = ReadUpTo(oFile, sStart, ZIP_SNIFFED);
         oFile.Seek(0);
-        switch (WrappingOf({sStart, uStart})) {
-            case Wrapping::Gzip:  // which no document of this library is in: refused as XML
-            case Wrapping::None: oLoader.From(oFile); break;
-            case Wrapping::Zlib: {
+        switch (Zip_WrappingOf({sStart, uStart})) {
+            case Zip_Wrapping::Gzip:  // which no document of this library is in: refused as XML
+            case Zip_Wrapping::None: oLoader.From(oFile); break;
+            case Zip_Wrapping::Zlib: {
                 Arr<char> oBytes;
                 oFile.Read(oBytes, File_Stream::ALL);
                 oFile.Close();
                 oLoader.FromCompressed(oBytes.Beg(), oBytes.Size());
                 break;
             }
-            case Wrapping::Zip: {
+            case Zip_Wrapping::Zip: {
                 const i3_t iSize = oFile.Size();
                 oFile.Close();
                 Zip_Archive oArchive(sPath, "r", oLimits);
@@ -105,11 +101,11 @@ void Dgraph_LoadFromBuffer(Data& data, const void* pBytes, std::size_t uSize, co
         if (pReport != nullptr) *pReport = Load_Report();
         Loader oLoader{data, oLimits, pReport};
         File_Buf oBuf(pBytes, uSize);
-        switch (WrappingOf({oBuf.Data(), uSize})) {
-            case Wrapping::Gzip:
-            case Wrapping::None: oLoader.From(oBuf); break;
-            case Wrapping::Zlib: oLoader.FromCompressed(pBytes, uSize); break;
-            case Wrapping::Zip: {
+        switch (Zip_WrappingOf({oBuf.Data(), uSize})) {
+            case Zip_Wrapping::Gzip:
+            case Zip_Wrapping::None: oLoader.From(oBuf); break;
+            case Zip_Wrapping::Zlib: oLoader.FromCompressed(pBytes, uSize); break;
+            case Zip_Wrapping::Zip: {
                 Zip_Archive oArchive;
                 oArchive.Open(pBytes, uSize, oLimits);
                 oLoader.FromArchive(oArchive, uSize);

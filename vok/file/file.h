@@ -3,6 +3,7 @@
 #ifndef VOK_FILE_FILE_H
 #define VOK_FILE_FILE_H
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,28 @@
 #include "vok/file/stream.h"
 
 namespace vok {
+
+// What is known of a file or folder without opening it. Times are seconds since 1970-01-01 UTC, 0
+// where the file system does not keep them.
+struct File_Info {
+    enum class Kind : u0_t {
+        None,    // nothing is there
+        File,    // a regular file
+        Folder,  // a directory
+        Link,    // a symbolic link, on Windows also a junction, that was not followed
+        Other    // a pipe, a device
+    };
+    Kind m_eKind = Kind::None;
+    bool m_bMayWrite = false;  // whether its mode, on Windows its attribute, lets anybody write
+    u2_t m_uMode = 0;          // permission bits as chmod has them; on Windows 0666 or 0444
+    u3_t m_uSize = 0;          // bytes of a file; 0 for others
+    double m_dModified = 0;
+    double m_dRead = 0;  // the last time it was read, as far as the system keeps that
+
+    [[nodiscard]] bool IsThere() const noexcept { return m_eKind != Kind::None; }
+    [[nodiscard]] bool IsFile() const noexcept { return m_eKind == Kind::File; }
+    [[nodiscard]] bool IsFolder() const noexcept { return m_eKind == Kind::Folder; }
+};
 
 // A disk file, plain or gzip-compressed. Opening, reading and writing are tried again a
 // few times before they fail, since other processes, network drives and virus scanners
@@ -61,6 +84,9 @@ class File : public File_Stream {
     // (with 0 bytes not written for a gzip file, where nobody knows the number).
     void Close();
 
+    // What messages call the open file from now on, where that is not its path.
+    void SetName(const Str& oName) { m_oName = oName; }
+
     [[nodiscard]] bool IsOpen() const noexcept { return m_pHandle != nullptr; }
     [[nodiscard]] u2_t Flags() const noexcept { return m_uFlags & FLAGS_PUBLIC; }
 
@@ -91,6 +117,50 @@ class File : public File_Stream {
     // -1 when there is none. Of a gzip file: as it lies on disk.
     [[nodiscard]] i3_t Size();
     [[nodiscard]] static i3_t Size(const Str& oPath);
+
+    // ---- files and folders by their paths ---------------------------------
+    // Paths are UTF-8; on Windows both separators do, and paths may be as long as the system has
+    // them. Errors carry the system's reason. Nothing is tried again here. All of them may be
+    // called by several threads, as far as these keep to different files.
+
+    // Told of a copy from time to time, and at its end: bytes done and all there are. False ends
+    // the copy. May throw, which ends it as well.
+    using CopyProgress = std::function<bool(u3_t uDone, u3_t uTotal)>;
+
+    // Copies a file with its time and mode, by the system's own way where it has one, so that file
+    // systems may share the blocks. Links of oFrom are followed. The copy is made beside oTo and
+    // takes its place when it is complete: what stood there, a link too, is replaced at once, and
+    // stays as it was when the copy fails or is ended. Folders above oTo are made when they are
+    // missing. False when oProgress ended it. Raises "could not copy file".
+    static bool Copy(const Str& oFrom, const Str& oTo, const CopyProgress& oProgress = {});
+    // Gives a file or folder another name, at once. A file that has that name is replaced, without
+    // bReplace it is an error, as an existing folder always is unless the system can do it. Onto
+    // another file system a file is copied, as Copy does, and removed, a folder is an error. Links
+    // are renamed themselves. Raises "could not rename file".
+    static void Rename(const Str& oFrom, const Str& oTo, bool bReplace = true);
+    // Removes a file, or a link itself. Whether it was there. Raises "could not remove file", also
+    // for a folder.
+    static bool Remove(const Str& oPath);
+    // Makes a folder, and those above it. Whether it was not there. Raises "could not create
+    // directory", also where something else has that name.
+    static bool MkDir(const Str& oPath);
+    // Removes an empty folder. Whether it was there. Raises "directory "%0" is not empty, file "%1"
+    // found" with the first name in it, and "could not remove file".
+    static bool RmDir(const Str& oPath);
+    // Whether a path leads to something; a link that leads nowhere does not.
+    [[nodiscard]] static bool Exists(const Str& oPath);
+    // What is at a path, of a link's target or, without bFollow, of the link. Kind::None where
+    // there is nothing. Raises "path or file "%0" does not exist" where the system does not say.
+    [[nodiscard]] static File_Info Info(const Str& oPath, bool bFollow = true);
+    // Sets the time of the last change. Raises "could not touch file".
+    static void Touch(const Str& oPath, double dSeconds);
+
+    // Makes an empty file, or a folder, under a name that nobody had, with sStart in front, for
+    // this user alone where the system knows users. Without a folder it is that for temporary
+    // files. Nobody removes it. Returns its path. Raises "could not open file" and "could not
+    // create directory".
+    [[nodiscard]] static Str Temp(std::string_view sStart = "vok-", const Str& oFolder = {});
+    [[nodiscard]] static Str TempDir(std::string_view sStart = "vok-", const Str& oFolder = {});
 
     // ---- open files of the process ----------------------------------------
 

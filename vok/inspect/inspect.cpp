@@ -2,19 +2,17 @@
 #include "vok/inspect/inspect.h"
 
 #include "vok/base/where.h"
-#include "vok/dgraph/wrapping.h"
 #include "vok/inspect/document.h"
 #include "vok/inspect/dump.h"
 #include "vok/inspect/run.h"
 #include "vok/inspect/wrapped.h"
+#include "vok/zip/wrapping.h"
 
 namespace vok {
 
 namespace inspect {
 
 namespace {
-
-using dgraph::Wrapping;
 
 void PutDocument(Fields& f, const Limits& oLimits) {
     const std::string_view s = f.Look(DUMP_HEADER_SIZE);
@@ -34,12 +32,12 @@ void Run(Whole& oWhole, Output& oOut, const Limits& oLimits) {
     Contents oContents;
     {
         Fields f(oIn, oWhole.Size(), oOut);
-        const std::string_view s = f.Look(dgraph::SNIFFED);
-        switch (dgraph::WrappingOf(s)) {
-            case Wrapping::None: return PutDocument(f, oLimits);
-            case Wrapping::Zlib: PutZlib(f, oLimits, oContents); break;
-            case Wrapping::Gzip: PutGzip(f, oLimits, oContents); break;
-            case Wrapping::Zip: PutZip(f, oLimits, oContents); break;
+        const std::string_view s = f.Look(ZIP_SNIFFED);
+        switch (Zip_WrappingOf(s)) {
+            case Zip_Wrapping::None: return PutDocument(f, oLimits);
+            case Zip_Wrapping::Zlib: PutZlib(f, oLimits, oContents); break;
+            case Zip_Wrapping::Gzip: PutGzip(f, oLimits, oContents); break;
+            case Zip_Wrapping::Zip: PutZip(f, oLimits, oContents); break;
         }
     }
     for (const Content& o : oContents.aoContent) {

@@ -112,23 +112,8 @@ void Taker::Take(Data& oTree, Work& oWork) {
 void Taker::TakeRoot(Data& oTree) {
     const Data_Record& r = m_oSource;
     oTree.SetRootName(NameIn(*Access::BaseOf(oTree)));
-    const std::string_view sText = r.Text();
-    const auto& au = r.QuadWords();
-    switch (const Data_Node::Type eType = r.GetType()) {
-        case Data_Node::Boolean:
-        case Data_Node::Integer:
-        case Data_Node::Char: oTree.SetValInt(r.Int(), eType); break;
-        case Data_Node::Float:
-        case Data_Node::Double:
-        case Data_Node::Date: oTree.SetValDbl(r.Dbl(), eType); break;
-        case Data_Node::Long: oTree.SetValLng(r.Lng()); break;
-        case Data_Node::String: oTree.SetValStr(sText); break;
-        case Data_Node::Binary:
-            oTree.SetValBin(sText.data(), static_cast<u2_t>(sText.size()));
-            break;
-        case Data_Node::Quad: oTree.SetValQuad(au[0], au[1], au[2], au[3]); break;
-        default: break;
-    }
+    const Data_Node::Type eType = r.GetType();
+    if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
     Note(0);
     for (const Data_Record::Attribute& o : r.GetAttributes()) oTree.SetAttVal(o.sName, o.sValue);
 }

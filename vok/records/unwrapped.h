@@ -7,11 +7,11 @@
 #include <string_view>
 
 #include "vok/base/limits.h"
-#include "vok/dgraph/wrapping.h"
 #include "vok/file/file.h"
 #include "vok/file/forward.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/stream.h"
+#include "vok/zip/wrapping.h"
 
 namespace vok {
 
@@ -26,7 +26,7 @@ class Unwrapped {
 
     // The plain bytes; a stream that can at least go back to their beginning.
     [[nodiscard]] File_Stream& In() noexcept { return *m_pIn; }
-    [[nodiscard]] dgraph::Wrapping GetWrapping() const noexcept { return m_eWrapping; }
+    [[nodiscard]] Zip_Wrapping GetWrapping() const noexcept { return m_eWrapping; }
     // Those of the caller, and with a wrapping the size of what is in it, as far as it is known.
     [[nodiscard]] const Limits& GetLimits() const noexcept { return m_oLimits; }
     // For the end of the document: whether what was wrapped is sound shows there only. Returns how
@@ -38,7 +38,7 @@ class Unwrapped {
     void OpenMember();
 
     Limits m_oLimits;
-    dgraph::Wrapping m_eWrapping = dgraph::Wrapping::None;
+    Zip_Wrapping m_eWrapping = Zip_Wrapping::None;
     std::optional<File> m_oFile;
     std::optional<File_Forward> m_oAhead;  // over a stream that cannot go back
     std::optional<Zip_Archive> m_oArchive;

@@ -31,41 +31,9 @@
 
 #include "vok/sys/page_cache.h"
 #include "vok/sys/thread_block.h"
+#include "vok/sys/win32_text.h"
 
 namespace vok::sys {
-
-// ---- UTF-8 and UTF-16 -----------------------------------------------------
-
-namespace {
-
-// False when sText is no UTF-8 or memory is short; the reason is in RuntimeError().
-bool ToWide(const char* sText, std::wstring& sWide) noexcept {
-    const int iSize = ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, sText, -1, nullptr, 0);
-    if (iSize <= 0) {
-        errno = EINVAL;
-        return false;
-    }
-    try {
-        sWide.resize(static_cast<std::size_t>(iSize));
-    } catch (const std::exception&) {
-        errno = ENOMEM;
-        return false;
-    }
-    ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, sText, -1, sWide.data(), iSize);
-    sWide.pop_back();  // the NUL
-    return true;
-}
-
-std::string ToUtf8(const wchar_t* sWide) {
-    const int iSize = ::WideCharToMultiByte(CP_UTF8, 0, sWide, -1, nullptr, 0, nullptr, nullptr);
-    if (iSize <= 0) return {};
-    std::string sText(static_cast<std::size_t>(iSize), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, sWide, -1, sText.data(), iSize, nullptr, nullptr);
-    sText.pop_back();
-    return sText;
-}
-
-}  // namespace
 
 // ---- process and threads --------------------------------------------------
 
@@ -218,7 +186,7 @@ void IgnoreFileSizeSignal() noexcept {}
 
 void RemoveOnInterrupt(const char* sPath) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return;
+    if (!ToWidePath(sPath, sWide)) return;
     // Nobody can remove an open file. The handler has a thread of its own, so the files may
     // be closed under the one that uses them.
     ::_fcloseall();
@@ -302,7 +270,7 @@ bool HasDebugger() noexcept {
 
 bool CreateNew(const char* sPath) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return false;
+    if (!ToWidePath(sPath, sWide)) return false;
     const int iDescriptor =
         ::_wopen(sWide.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
     return iDescriptor >= 0 && ::_close(iDescriptor) == 0;
@@ -310,14 +278,14 @@ bool CreateNew(const char* sPath) noexcept {
 
 bool MayWrite(const char* sPath) noexcept {
     std::wstring sWide;
-    return ToWide(sPath, sWide) && ::_waccess(sWide.c_str(), 2) == 0;
+    return ToWidePath(sPath, sWide) && ::_waccess(sWide.c_str(), 2) == 0;
 }
 
 void CopyMode(const char*, const char*) noexcept {}  // a folder tells what its files may
 
 bool TruncateFile(const char* sPath, i3_t iSize) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return false;
+    if (!ToWidePath(sPath, sWide)) return false;
     const int iDescriptor = ::_wopen(sWide.c_str(), _O_RDWR | _O_BINARY);
     if (iDescriptor < 0) return false;
     const bool bGood = ::_chsize_s(iDescriptor, iSize) == 0;
@@ -327,7 +295,7 @@ bool TruncateFile(const char* sPath, i3_t iSize) noexcept {
 
 bool SyncFile(const char* sPath) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return false;
+    if (!ToWidePath(sPath, sWide)) return false;
     const int iDescriptor = ::_wopen(sWide.c_str(), _O_RDWR | _O_BINARY);
     if (iDescriptor < 0) return false;  // a folder
     const bool bGood = ::_commit(iDescriptor) == 0;
@@ -359,7 +327,7 @@ int OpenFlags(const char* sMode) noexcept {
 
 int OpenDescriptor(const char* sPath, const char* sMode, Sharing eSharing) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return -1;
+    if (!ToWidePath(sPath, sWide)) return -1;
     int iDescriptor = -1;
     ::_wsopen_s(&iDescriptor, sWide.c_str(), OpenFlags(sMode), SharingFlag(eSharing),
                 _S_IREAD | _S_IWRITE);
@@ -372,7 +340,7 @@ void CloseDescriptor(int iDescriptor) noexcept {
 
 std::FILE* OpenFile(const char* sPath, const char* sMode, Sharing eSharing) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return nullptr;
+    if (!ToWidePath(sPath, sWide)) return nullptr;
     // Programs that this one starts must not go on holding its files: "N".
     wchar_t sWideMode[8] = {};
     std::size_t uUsed = 0;
@@ -401,13 +369,13 @@ i3_t SizeOf(std::FILE* pFile) noexcept {
 i3_t SizeOf(const char* sPath) noexcept {
     std::wstring sWide;
     struct _stat64 oStat {};
-    if (!ToWide(sPath, sWide) || ::_wstat64(sWide.c_str(), &oStat) != 0) return -1;
+    if (!ToWidePath(sPath, sWide) || ::_wstat64(sWide.c_str(), &oStat) != 0) return -1;
     return oStat.st_size;
 }
 
 bool IsLink(const char* sPath) noexcept {
     std::wstring sWide;
-    if (!ToWide(sPath, sWide)) return false;
+    if (!ToWidePath(sPath, sWide)) return false;
     const DWORD uKind = ::GetFileAttributesW(sWide.c_str());
     if (uKind == INVALID_FILE_ATTRIBUTES || (uKind & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
         return false;
@@ -422,7 +390,7 @@ bool IsLink(const char* sPath) noexcept {
 
 bool MakeDirectories(const char* sPath) noexcept {
     std::wstring sDir;
-    if (!ToWide(sPath, sDir)) return false;
+    if (!ToWidePath(sPath, sDir)) return false;
     // What cannot be made may be there all the same, a drive or the name of a server. Only
     // the end of the path tells.
     for (std::size_t u = 1; u < sDir.size(); ++u) {

@@ -17,7 +17,7 @@ namespace vok {
 
 // An archive in use: one of the two is there.
 struct Zip_Archive::State {
-    File m_oFile;  // closed when the archive is in memory
+    File m_oFile;  // closed when the archive is in memory, or in a file of the caller's
     std::optional<zip::Reader> m_oReader;
     std::optional<zip::Writer> m_oWriter;
     Str m_oOldPath;       // of an archive that is appended to
@@ -98,6 +98,16 @@ void Zip_Archive::OpenForWriting(const Str& oPath) {
     pState->m_oWriter.emplace(pState->m_oFile, zip::Archive_Errors(oPath), zip::Writer::Base(),
                               bPatch);
     m_pState = std::move(pState);
+}
+
+void Zip_Archive::Open(File& oFile) {
+    return Where("vok::Zip_Archive::Open", [&] {
+        CloseState(nullptr);
+        auto pState = std::make_unique<State>();
+        pState->m_oWriter.emplace(oFile, zip::Archive_Errors(Str(oFile.Name())),
+                                  zip::Writer::Base(), oFile.Tell() == 0);
+        m_pState = std::move(pState);
+    });
 }
 
 void Zip_Archive::OpenForReading(const Str& oPath, const Limits& oLimits) {

@@ -61,6 +61,9 @@ class Zip_Archive final : public File_Stream {
     // oLimits bounds the number of members, and what each one inflates to.
     // Raises "invalid or corrupted zip file", "could not open file", limits, ZIP64.
     void Open(const Str& oPath, const char* sMode = "r", const Limits& oLimits = {});
+    // Makes a new archive in a file that is open for writing and empty. The file must outlive the
+    // archive, and stays open.
+    void Open(File& oFile);
     // Opens an archive in memory for reading: uSize bytes which must stay alive and unchanged.
     // Messages call it "*** Zip_Archive ***". Raises "invalid or corrupted zip buffer", "object
     // points to nothing" for a null block with a size, limits, ZIP64.
