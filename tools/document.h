@@ -19,8 +19,8 @@ namespace tools {
 struct NeedsTree : std::exception {};
 
 // A file, or standard input ("-"), from its beginning. Raises InputError for what cannot be read;
-// NeedsTree for native dumps, JSON and csv files, and for documents of another form than sFormat, which says
-// what it must be unless it is empty.
+// NeedsTree for native dumps, JSON and csv files, and for documents of another form than sFormat,
+// which says what it must be unless it is empty.
 class Document {
   public:
     explicit Document(const std::string& sPath, const std::string& sFormat = {});
