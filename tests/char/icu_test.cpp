@@ -130,11 +130,19 @@ void ExpectCases(const std::string& s) {
 
 TEST(Icu, FormsAndCasesOfEveryCharacter) {
     VOK_SKIP_OTHER_VERSION();
-    ForEveryCharacter([](u2_t) { return true; },
-                      [](const std::string& s) {
-                          ASSERT_NO_FATAL_FAILURE(ExpectForms(s));
-                          ASSERT_NO_FATAL_FAILURE(ExpectCases(s));
-                      });
+    // Of those to which nothing happens, as most letters without case, some will do: that their
+    // simple mappings are none is seen above, and that forms leave them, in normalize_test.cpp.
+    const auto oIsWanted = [](u2_t u) {
+        const auto i = static_cast<UChar32>(u);
+        const bool bPlain =
+            (U_MASK(u_charType(i)) & (U_GC_LO_MASK | U_GC_CO_MASK | U_GC_CN_MASK)) != 0;
+        return !bPlain || u % 61 == 0 ||
+               u_getIntPropertyValue(i, UCHAR_NFKD_QUICK_CHECK) != UNORM_YES;
+    };
+    ForEveryCharacter(oIsWanted, [](const std::string& s) {
+        ASSERT_NO_FATAL_FAILURE(ExpectForms(s));
+        ASSERT_NO_FATAL_FAILURE(ExpectCases(s));
+    });
 }
 
 TEST(Icu, RandomTexts) {

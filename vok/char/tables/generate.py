@@ -168,8 +168,8 @@ def array(kind, name, values):
 
 
 HEAD = f'''// SPDX-License-Identifier: MIT AND Unicode-DFS-2016
-// Made of the Unicode character database {VERSION} by vok/char/tables/generate.py; see vok/char/tables.h.
 // clang-format off
+// Made of the Unicode character database {VERSION} by vok/char/tables/generate.py; see vok/char/tables.h.
 #include "vok/char/tables.h"
 
 namespace vok::Char::detail {{

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT AND Unicode-DFS-2016
-// Made of the Unicode character database 15.0.0 by vok/char/tables/generate.py; see vok/char/tables.h.
 // clang-format off
+// Made of the Unicode character database 15.0.0 by vok/char/tables/generate.py; see vok/char/tables.h.
 #include "vok/char/tables.h"
 
 namespace vok::Char::detail {
