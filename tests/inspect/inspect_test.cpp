@@ -117,8 +117,8 @@ TEST_F(Inspecting, Dumps) {
           " attribute=node 0, value at ", "+4 end\n"}) {
         EXPECT_TRUE(Has(sFields, s));
     }
-    const Inspected oAttachable = Covered(
-        Written([&](File_Buf& o) { oTree.Dump(o, Data_DumpLayout::Attachable); }));
+    const Inspected oAttachable =
+        Covered(Written([&](File_Buf& o) { oTree.Dump(o, Data_DumpLayout::Attachable); }));
     EXPECT_FALSE(oAttachable.bFault);
     EXPECT_TRUE(Has(oAttachable.From(0), " gap\n"));
     Dgraph_SetVersion(oTree, 2, 0, 0);

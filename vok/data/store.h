@@ -314,7 +314,7 @@ class Data_Base {
     // ---- fields -----------------------------------------------------------
 
     std::shared_ptr<const void> m_pAttached;  // a file that arrays may lie in: it goes behind them
-    Arr_Near<Node, FIRST_NODES> m_oNode;  // by id
+    Arr_Near<Node, FIRST_NODES> m_oNode;      // by id
     Data_Names m_oName;
     Data_Groups m_oGroup;
     Data_Heap m_oHeap;
