@@ -329,13 +329,14 @@ TEST_F(Csv_Test, WritesRowsOfScalars) {
     oRow.CreateNewSucc("s").SetValStr(" second ");
     oRow = oTree.CreateNewSucc("r");
     oRow.CreateNewSucc("d").SetValDbl(1e300);
+    oRow.CreateNewSucc("t").SetValDbl(86400, Data_Node::Date);
     oRow.CreateNewSucc("e");
     oTree.CreateNewSucc("r");
     EXPECT_EQ(Saved(oTree),
               "b,c,d,e,f,i,l,s,s,t\n"
               "true,ä,2.0,,0.1,-7,18446744073709551615,\"say \"\"x, y\"\"\nz\", second ,"
               "2001-09-09T01:46:40.25\n"
-              ",,1e+300,,,,,,,\n,,,,,,,,,\n");
+              ",,1e+300,,,,,,,1970-01-02\n,,,,,,,,,\n");
     Csv_Form o;
     o.m_cSeparator = ';';
     o.m_bHeader = false;

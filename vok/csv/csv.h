@@ -102,7 +102,7 @@ struct Csv_Saved {
 // Writes the successors of a node as rows of a csv file in UTF-8: each a node with scalars as its
 // successors. A name that comes more than once in a row has so many columns. What Csv_Load makes of
 // it is the same, where types are told or can be guessed: Doubles have a point or an exponent,
-// dates are "2026-11-24T18:35:56", in UTC.
+// dates are "2026-11-24T18:35:56", in UTC, or the day alone.
 //
 // What does not fit: successors that are no rows, rows where none has a column, rows of another
 // name than the first one, and in rows trees, links, Binaries, Quads, unnamed nodes, attributes,

@@ -33,7 +33,7 @@ std::string_view WithPoint(char* sBuf, std::size_t uSize) noexcept {
     return {sBuf, uSize};
 }
 
-// Whole seconds, and behind them micro-seconds where there are some.
+// Whole seconds, and behind them micro-seconds where there are some; of a midnight the day alone.
 std::string_view DateText(double dSeconds, char* sBuf) noexcept {
     constexpr double MICRO = 1e6;
     double dWhole = std::floor(dSeconds);
@@ -50,7 +50,9 @@ std::string_view DateText(double dSeconds, char* sBuf) noexcept {
             uMicro %= uUnit;
         }
     }
-    return {sBuf, uSize};
+    const std::string_view s(sBuf, uSize);
+    constexpr std::string_view MIDNIGHT = "T00:00:00";
+    return s.substr(0, uSize - (s.ends_with(MIDNIGHT) ? MIDNIGHT.size() : 0));
 }
 
 constexpr std::size_t ROOM = 160;

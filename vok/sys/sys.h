@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The one door to the operating system. Everything else in the library is
-// written against this header; posix.cpp and win32.cpp stand behind it, and no
-// other file includes a system header. Internal.
+// written against this header, and disk.h for files and folders by their paths;
+// posix*.cpp and win32*.cpp stand behind them, and no other file includes a
+// system header. Internal.
 //
 // Texts and paths are UTF-8. Functions that can fail return false (or null); those for files
 // leave the reason in RuntimeError(), the others in LastError(). What is noexcept keeps to it.
