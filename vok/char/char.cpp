@@ -14,8 +14,6 @@ using namespace detail;
 
 namespace {
 
-constexpr std::size_t SCRIPT_COUNT = static_cast<std::size_t>(Script::Zanabazar_Square) + 1;
-
 // The place of a name, short or long; uCount when there is none such.
 [[nodiscard]] std::size_t Find(const Name* pNames, std::size_t uCount, std::string_view sName) {
     std::size_t u = 0;

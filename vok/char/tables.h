@@ -19,6 +19,7 @@ struct Name {
 };
 extern const Name CATEGORIES[30];
 extern const Name SCRIPTS[];
+extern const std::size_t SCRIPT_COUNT;
 
 // ---- properties ------------------------------------------------------------
 

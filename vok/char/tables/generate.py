@@ -210,7 +210,8 @@ def names_source(db, names):
     long = {f[1]: f[2] for f in lines(db.folder / 'PropertyValueAliases.txt') if f[0] == 'gc'}
     quoted = lambda rows: [[f'"{text}"' for text in row] for row in rows]
     return (HEAD + array('Name', 'CATEGORIES', quoted((c, long[c]) for c in CATEGORIES)) + '\n' +
-            array('Name', 'SCRIPTS', quoted((s, l) for l, s in names)) + TAIL)
+            array('Name', 'SCRIPTS', quoted((s, l) for l, s in names)) +
+            f'\nconst std::size_t SCRIPT_COUNT = {len(names)};\n' + TAIL)
 
 
 def zero_width(db, code):

@@ -64,4 +64,6 @@ const Name SCRIPTS[164] = {
     {"Wara", "Warang_Citi"}, {"Yezi", "Yezidi"}, {"Yiii", "Yi"}, {"Zanb", "Zanabazar_Square"},
 };
 
+const std::size_t SCRIPT_COUNT = 164;
+
 }  // namespace vok::Char::detail
