@@ -2,6 +2,7 @@
 // What is done with files and folders by their paths.
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,28 +10,24 @@
 #include "vok/base/number.h"
 #include "vok/base/where.h"
 #include "vok/file/file.h"
+#include "vok/file/make_new.h"
 #include "vok/file/path.h"
 #include "vok/sys/disk.h"
 #include "vok/sys/sys.h"
 
 namespace vok {
 
-namespace {
+namespace file {
 
-// The part of a path in front of the last name, as far as folders have to be made there.
-void MakeAbove(const Str& oPath) {
-    const Str oFolder = File_Path::Dir(oPath.View());
-    // When it cannot be made, what is to be done in it will say why.
-    if (!oFolder.IsEmpty()) (void)sys::MakeDirectories(oFolder.CStr());
-}
+namespace {
 
 // Others may leave files behind under such names, but hardly so many.
 constexpr unsigned MOST_NAMES = 1u << 16;
 
-// A path in a folder that oMake has made something new at; empty where it fails, with the reason
-// in RuntimeError().
-template <class Make>
-Str MakeNew(std::string_view sFolder, std::string_view sStart, Make oMake) {
+}  // namespace
+
+Str MakeNew(std::string_view sFolder, std::string_view sStart,
+            const std::function<bool(const char*)>& oMake) {
     static std::atomic<u2_t> s_uNames{0};
     for (unsigned u = 0; u < MOST_NAMES; ++u) {
         Str oPath(sFolder);
@@ -51,6 +48,17 @@ Str MakeNew(std::string_view sFolder, std::string_view sStart, Make oMake) {
     return {};
 }
 
+}  // namespace file
+
+namespace {
+
+// The part of a path in front of the last name, as far as folders have to be made there.
+void MakeAbove(const Str& oPath) {
+    const Str oFolder = File_Path::Dir(oPath.View());
+    // When it cannot be made, what is to be done in it will say why.
+    if (!oFolder.IsEmpty()) (void)sys::MakeDirectories(oFolder.CStr());
+}
+
 // Where new files and folders go, unless it is told.
 Str TempFolder() {
     std::string sFolder;
@@ -62,7 +70,8 @@ Str TempFolder() {
 class Beside {
   public:
     explicit Beside(const Str& oFinal)
-        : m_oPath(MakeNew(File_Path::Dir(oFinal.View()).View(), ".vok-", sys::CreateNew)) {}
+        : m_oPath(
+              file::MakeNew(File_Path::Dir(oFinal.View()).View(), file::BESIDE, sys::CreateNew)) {}
     Beside(const Beside&) = delete;
     Beside& operator=(const Beside&) = delete;
     ~Beside() {
@@ -214,7 +223,7 @@ void File::Touch(const Str& oPath, double dSeconds) {
 Str File::Temp(std::string_view sStart, const Str& oFolder) {
     return Where("vok::File::Temp", [&] {
         const Str oWhere = oFolder.IsEmpty() ? TempFolder() : oFolder;
-        Str oPath = MakeNew(oWhere.View(), sStart, sys::CreateNew);
+        Str oPath = file::MakeNew(oWhere.View(), sStart, sys::CreateNew);
         if (oPath.IsEmpty()) {
             const u2_t uError = sys::RuntimeError();
             Msg::CouldNotOpenFile(File_Path::Join(oWhere.View(), sStart, true).CStr(), "w",
@@ -227,8 +236,8 @@ Str File::Temp(std::string_view sStart, const Str& oFolder) {
 Str File::TempDir(std::string_view sStart, const Str& oFolder) {
     return Where("vok::File::TempDir", [&] {
         const Str oWhere = oFolder.IsEmpty() ? TempFolder() : oFolder;
-        Str oPath = MakeNew(oWhere.View(), sStart,
-                            [](const char* s) { return sys::CreateFolder(s, true); });
+        Str oPath = file::MakeNew(oWhere.View(), sStart,
+                                  [](const char* s) { return sys::CreateFolder(s, true); });
         if (oPath.IsEmpty()) {
             const u2_t uError = sys::RuntimeError();
             Msg::CouldNotCreateDirectory(File_Path::Join(oWhere.View(), sStart, true).CStr(),

@@ -1,45 +1,45 @@
 // SPDX-License-Identifier: MIT
 #include "vok/file/replacement.h"
 
-#include <cstdio>
 #include <exception>
-#include <filesystem>
+#include <string>
 #include <string_view>
-#include <system_error>
 
 #include "vok/base/where.h"
+#include "vok/file/make_new.h"
+#include "vok/file/path.h"
+#include "vok/sys/disk.h"
 #include "vok/sys/sys.h"
 
 namespace vok {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int MOST_LINKS = 40;
-constexpr u2_t NO_SUCH_FILE = 2;
-constexpr u2_t IS_FOLDER = 21;
 constexpr u2_t NOT_PERMITTED = 13;
 
-fs::path ToPath(std::string_view sUtf8) {
-    return {std::u8string(sUtf8.begin(), sUtf8.end())};
-}
-
-// With "/" between the names.
-std::string ToText(const fs::path& oPath) {
-    const std::u8string s = oPath.generic_u8string();
-    return {s.begin(), s.end()};
-}
-
 // Where links lead to, also to a file that is not there yet.
-fs::path Followed(const fs::path& oPath) {
-    std::error_code oNone;
-    fs::path oHere = oPath;
-    for (int i = 0; i < MOST_LINKS && fs::is_symlink(fs::symlink_status(oHere, oNone)); ++i) {
-        const fs::path oTarget = fs::read_symlink(oHere, oNone);
-        oHere = oTarget.is_absolute() ? oTarget : oHere.parent_path() / oTarget;
+Str Followed(const Str& oPath) {
+    Str oHere = oPath;
+    std::string sTarget;
+    for (int i = 0; i < MOST_LINKS && sys::ReadLink(oHere.CStr(), sTarget); ++i) {
+        // As it stands: "a/.." may be something else than nothing where a is a link.
+        Str oNext(File_Path::IsAbsolute(sTarget) ? Str() : File_Path::Dir(oHere.View()));
+        const bool bBetween = !oNext.IsEmpty() && !oNext.View().ends_with('/');
+        if (bBetween) oNext.Add("/");
+        oNext.Add(std::string_view(sTarget));
+        oHere = oNext;
     }
     return oHere;
+}
+
+// Whether two paths lead to the same file, or the second one nowhere while the first one does not
+// either.
+bool IsSame(const Str& oFirst, const Str& oSecond) {
+    sys::Entry a, b;
+    const bool bFirst = sys::LookAt(oFirst.CStr(), true, a);
+    const bool bSecond = sys::LookAt(oSecond.CStr(), true, b);
+    return bFirst == bSecond && (!bFirst || (a.uDevice == b.uDevice && a.uNumber == b.uNumber));
 }
 
 }  // namespace
@@ -49,27 +49,24 @@ File_Replacement::File_Replacement(const Str& oPath, Watch* pWatch) : m_pWatch(p
         const auto Refuse = [&](u2_t uError) {
             Msg::CouldNotOpenFile(oPath.CStr(), "w", File::OpenFiles(), uError);
         };
-        if (oPath.IsEmpty()) Refuse(NO_SUCH_FILE);
-        std::error_code oNone;
-        const fs::path oTold = ToPath(oPath.View());
-        const fs::path oFollowed = Followed(oTold);
+        if (oPath.IsEmpty()) Refuse(sys::NOT_THERE);
+        m_oPath = Followed(oPath);
         // Some links lead to what has no path, such as the pipe that is the standard output.
-        const bool bStrange = fs::exists(oTold, oNone) && !fs::equivalent(oTold, oFollowed, oNone);
-        const fs::path& oPlace = bStrange ? oTold : oFollowed;
-        m_sPath = ToText(oPlace);
-        const fs::file_status oThere = fs::status(oPlace, oNone);
-        if (fs::is_directory(oThere)) Refuse(IS_FOLDER);
-        if (fs::exists(oThere) && !sys::MayWrite(m_sPath.c_str())) Refuse(NOT_PERMITTED);
-        if (bStrange || (fs::exists(oThere) && !fs::is_regular_file(oThere))) {
-            m_oFile.Open(Str(m_sPath), "Tws");
+        const bool bStrange = !IsSame(oPath, m_oPath);
+        if (bStrange) m_oPath = oPath;
+        sys::Entry oThere;
+        if (sys::LookAt(m_oPath.CStr(), true, oThere)) {
+            if (oThere.eKind == sys::EntryKind::Folder) Refuse(sys::IS_FOLDER);
+            if (!sys::MayWrite(m_oPath.CStr())) Refuse(NOT_PERMITTED);
+        }
+        if (bStrange || oThere.eKind == sys::EntryKind::Other) {
+            m_oFile.Open(m_oPath, "Tws");
             return;
         }
-        // Where they cannot be made, the file cannot either, and that says why.
-        const std::string sFolder = ToText(oPlace.parent_path());
-        if (!sFolder.empty()) sys::MakeDirectories(sFolder.c_str());
         MakeBeside();
+        if (m_oBeside.IsEmpty()) Refuse(sys::RuntimeError());
         try {
-            m_oFile.Open(Str(m_sBeside), "Tw");
+            m_oFile.Open(m_oBeside, "Tw");
             m_oFile.SetName(oPath);
         } catch (...) {
             Remove();
@@ -78,37 +75,29 @@ File_Replacement::File_Replacement(const Str& oPath, Watch* pWatch) : m_pWatch(p
     });
 }
 
-// A new file under a short name that nobody else has.
+// A new file, or none.
 void File_Replacement::MakeBeside() {
-    static std::atomic<unsigned> s_uNames{0};
-    for (;;) {
-        const fs::path oName =
-            ToPath(".vok-" + std::to_string(sys::ProcessId()) + '-' + std::to_string(s_uNames++));
-        m_sBeside = ToText(ToPath(m_sPath).parent_path() / oName);
-        SetWatch(m_sBeside.c_str());  // in front: a signal may come at any time
-        if (sys::CreateNew(m_sBeside.c_str())) return;
-        const u2_t uError = Msg::SystemError();
+    const Str oFolder = File_Path::Dir(m_oPath.View());
+    // Where they cannot be made, the file cannot either, and that says why.
+    if (!oFolder.IsEmpty()) sys::MakeDirectories(oFolder.CStr());
+    (void)file::MakeNew(oFolder.View(), file::BESIDE, [this](const char* sPath) {
+        m_oBeside = Str(sPath);
+        SetWatch(m_oBeside.CStr());  // in front: a signal may come at any time
+        if (sys::CreateNew(sPath)) return true;
         SetWatch(nullptr);
-        std::error_code oNone;
-        if (fs::exists(fs::symlink_status(ToPath(m_sBeside), oNone))) continue;
-        m_sBeside.clear();
-        Msg::CouldNotOpenFile(m_sPath.c_str(), "w", File::OpenFiles(), uError);
-    }
+        m_oBeside.Clear();
+        return false;
+    });
 }
 
 void File_Replacement::Remove() noexcept {
-    try {
-        std::error_code oNone;
-        fs::remove(ToPath(m_sBeside), oNone);
-    } catch (const std::exception&) {
-        (void)std::remove(m_sBeside.c_str());  // no memory for a path
-    }
+    (void)sys::RemoveFile(m_oBeside.CStr());
     SetWatch(nullptr);
-    m_sBeside.clear();
+    m_oBeside.Clear();
 }
 
 File_Replacement::~File_Replacement() {
-    if (m_sBeside.empty()) return;
+    if (m_oBeside.IsEmpty()) return;
     try {
         m_oFile.Close();
     } catch (const std::exception&) {
@@ -118,26 +107,18 @@ File_Replacement::~File_Replacement() {
 }
 
 void File_Replacement::Commit(bool bDurable) {
-    return Where("vok::File_Replacement::Commit", [&] {
+    Where("vok::File_Replacement::Commit", [&] {
+        const auto Fail = [&] { Msg::FileWriteError(m_oPath.CStr(), 0, 0, Msg::SystemError()); };
         m_oFile.Close();
-        if (m_sBeside.empty()) return;
+        if (m_oBeside.IsEmpty()) return;
         // On the disk before it takes the place of what was there, and its new name after that. Its
         // mode comes last: it may not let its owner read.
-        if (bDurable && !sys::SyncFile(m_sBeside.c_str())) {
-            Msg::FileWriteError(m_sPath.c_str(), 0, 0, Msg::SystemError());
-        }
-        sys::CopyMode(m_sPath.c_str(), m_sBeside.c_str());
-        std::error_code oError;
-        fs::rename(ToPath(m_sBeside), ToPath(m_sPath), oError);
-        if (oError) {
-            const int iError = oError.default_error_condition().value();
-            Msg::FileWriteError(m_sPath.c_str(), 0, 0, static_cast<u2_t>(iError));
-        }
+        if (bDurable && !sys::SyncFile(m_oBeside.CStr())) Fail();
+        sys::CopyMode(m_oPath.CStr(), m_oBeside.CStr());
+        if (!sys::Rename(m_oBeside.CStr(), m_oPath.CStr(), true)) Fail();
         SetWatch(nullptr);
-        m_sBeside.clear();
-        if (!bDurable) return;
-        const std::string sFolder = ToText(ToPath(m_sPath).parent_path());
-        (void)sys::SyncFile(sFolder.c_str());
+        m_oBeside.Clear();
+        if (bDurable) (void)sys::SyncFile(File_Path::Dir(m_oPath.View()).CStr());
     });
 }
 

@@ -4,7 +4,6 @@
 #define VOK_FILE_REPLACEMENT_H
 
 #include <atomic>
-#include <string>
 
 #include "vok/file/file.h"
 
@@ -36,7 +35,7 @@ class File_Replacement {
     // Open for writing until Commit().
     [[nodiscard]] File& GetFile() noexcept { return m_oFile; }
     // Whether the place itself is written, as it is no regular file.
-    [[nodiscard]] bool IsDirect() const noexcept { return m_sBeside.empty(); }
+    [[nodiscard]] bool IsDirect() const noexcept { return m_oBeside.IsEmpty(); }
 
     // Closes the file and puts it into its place: the old one or the new one is there at any time,
     // with bDurable also after a power failure, for which the bytes are on the disk first. Many
@@ -51,8 +50,8 @@ class File_Replacement {
     }
 
     Watch* const m_pWatch;
-    std::string m_sPath;    // with links followed
-    std::string m_sBeside;  // empty where the file itself is written
+    Str m_oPath;    // with links followed
+    Str m_oBeside;  // empty where the file itself is written
     File m_oFile;
 };
 

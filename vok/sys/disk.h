@@ -37,6 +37,8 @@ struct Entry {
 
 // What a path leads to, or is itself where it is a link and bFollow is not set.
 [[nodiscard]] bool LookAt(const char* sPath, bool bFollow, Entry& oEntry) noexcept;
+// Where a symbolic link leads to, as it says. False for what is none, and on Windows.
+[[nodiscard]] bool ReadLink(const char* sPath, std::string& sTarget) noexcept;
 // The names in a folder, without "." and "..", in any order.
 [[nodiscard]] bool ListFolder(const char* sPath, std::vector<std::string>& asName) noexcept;
 

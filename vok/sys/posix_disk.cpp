@@ -71,6 +71,21 @@ bool LookAt(const char* sPath, bool bFollow, Entry& oEntry) noexcept {
     return true;
 }
 
+bool ReadLink(const char* sPath, std::string& sTarget) noexcept {
+    try {
+        for (std::size_t uRoom = 256;; uRoom *= 2) {
+            sTarget.resize(uRoom);
+            const ssize_t iSize = ::readlink(sPath, sTarget.data(), uRoom);
+            if (iSize < 0) return false;
+            if (static_cast<std::size_t>(iSize) == uRoom) continue;
+            sTarget.resize(static_cast<std::size_t>(iSize));
+            return true;
+        }
+    } catch (const std::exception&) {
+        return OutOfMemory();
+    }
+}
+
 bool ListFolder(const char* sPath, std::vector<std::string>& asName) noexcept {
     const std::unique_ptr<DIR, int (*)(DIR*)> pFolder(::opendir(sPath), ::closedir);
     if (pFolder == nullptr) return false;

@@ -76,6 +76,11 @@ bool LookAt(const char* sPath, bool bFollow, Entry& oEntry) noexcept {
     return true;
 }
 
+bool ReadLink(const char*, std::string&) noexcept {
+    errno = EINVAL;
+    return false;
+}
+
 bool ListFolder(const char* sPath, std::vector<std::string>& asName) noexcept {
     try {
         std::wstring sWide;
