@@ -117,10 +117,15 @@ TEST(Attach, ChangesAreItsOwn) {
     }
 }
 
+// But on Windows, which lets nobody touch them.
 TEST(Attach, FilesMayBeReplaced) {
     const Scratch_Dir oDir;
     Publish(Large());
     const Data oOld = Attached();
+#ifdef _WIN32
+    EXPECT_THROW(Publish(NewTree()), Msg_Exception);
+    EXPECT_TRUE(Data::Equal(oOld, Large()));
+#else
     Data oNew = NewTree();
     oNew.Append("version").SetValInt(2);
     Publish(oNew);
@@ -130,10 +135,11 @@ TEST(Attach, FilesMayBeReplaced) {
     std::error_code oNone;
     std::filesystem::remove(PATH, oNone);
     EXPECT_TRUE(Data::Equal(oLast, oNew));
+#endif
     // What is taken from a tree does not need the file.
     Data oClone;
     {
-        Publish(Large());
+        if (!std::filesystem::exists(PATH)) Publish(Large());
         oClone = Attached().GetNthSucc("order", 1).MkClone();
     }
     EXPECT_EQ(oClone.GetNthSucc("note", 0).GetValText(), "the text of an order");

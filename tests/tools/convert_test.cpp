@@ -44,10 +44,10 @@ TEST_F(Program, CsvFilesAreRead) {
         const char* sErr;
     } CASES[] = {
         {"get people.csv /row/name", 0, "Ada\nGrace \"A\"\n", ""},
-        {"get people.csv '/row[0]/born'", 0, "1815-12-10T00:00:00Z\n", ""},
-        {"get DATA.TSV '/row/\"a;b\"'", 0, "1\n", ""},
-        {"convert plain - --to json --compact --from csv --separator ';'", 0,
+        {"get people.csv /row[0]/born", 0, "1815-12-10T00:00:00Z\n", ""},
+        {"convert plain - --to json --compact --from csv --separator \";\"", 0,
          "{\"row\":{\"1,2\":\"3,4\"}}\n", ""},
+        {"get DATA.TSV '/row/\"a;b\"'", 0, "1\n", ""},
         {"convert plain - --to json --compact --from csv --no-header", 0,
          "{\"row\":[{\"column1\":1,\"column2\":2},{\"column1\":3,\"column2\":4}]}\n", ""},
         {"convert bad.csv y.xml", 2, "",
@@ -77,7 +77,7 @@ TEST_F(Program, CsvFilesAreRead) {
     EXPECT_EQ(Run("convert in.csv out.tsv").iExit, 0);
     EXPECT_EQ(OnDisk("out.tsv"), "b\ta\n1\tx,y\n2\t\n");
     ToDisk("tree.xml", "<R><row><b>1</b><a>x;y</a></row><row k='v'><b>2</b><c><d/></c></row></R>");
-    EXPECT_EQ(Run("convert tree.xml out.csv --separator ';'").iExit, 0);
+    EXPECT_EQ(Run("convert tree.xml out.csv --separator \";\"").iExit, 0);
     EXPECT_EQ(OnDisk("out.csv"), "a;b\n\"x;y\";1\n;2\n");
     EXPECT_TRUE(Has(OnDisk("err"), "not kept: 2 nodes and attributes that do not fit into rows"));
     fs::remove("out.csv");

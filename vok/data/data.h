@@ -513,6 +513,8 @@ class Data {
     // share that attach it. The tree is one like others; what is changed is this process' own, the
     // file stays. It may be replaced or removed meanwhile, but not be written to: bytes that change
     // or go under a tree are as bad as wild pointers. So publish trees with File_Replacement.
+    // Windows lets nobody replace or remove a file that is attached: versions have names of their
+    // own there.
     //
     // With Data_Trust::Checked nothing is verified, and only names and attributes take time: for
     // what this program or its peers have attached before, and nobody else can have changed. Else
