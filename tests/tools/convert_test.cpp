@@ -222,7 +222,7 @@ TEST_F(Program, LosslessIsLossless) {
         }
     }
     unsigned uNth = 0;
-    for (const auto& oFill : oFills) {
+    for (const auto& oFill : Affordable(oFills, 12)) {
         Data oRoot = NewTree();
         oRoot.CreateNewSucc("gone");
         oFill(oRoot.CreateNewSucc("n"));
@@ -303,8 +303,11 @@ TEST_F(Program, RecordsSayWhatTreesSay) {
                 EXPECT_EQ(o.sOut, oWhole.sOut) << sBefore << " " << sFile << sBehind << o.sErr;
                 EXPECT_EQ(o.iExit, oWhole.iExit) << sBefore << " " << sFile << sBehind;
             };
-            for (const char* sPath : {"/", "/a", "/a[1]", "//c", "/*", "/b/c[1]", "/a[@k=\"v\"]",
-                                      "/b/..", "/*[1]", "/to", "/nothing", "/b//c[0]", "//b"}) {
+            const char* const PATHS[] = {"/",       "/list",        "/list/n[1]", "//n",
+                                         "/*",      "/a",           "/a[1]",      "//c",
+                                         "/b/c[1]", "/a[@k=\"v\"]", "/b/..",      "/*[1]",
+                                         "/to",     "/nothing",     "/b//c[0]",   "//b"};
+            for (const char* const sPath : Affordable(PATHS, 5)) {
                 const std::string sQuoted = "'" + std::string(sPath) + "'";
                 oSame("get", sQuoted, sForm);
                 oSame("show --plain", sQuoted, sForm);
