@@ -25,8 +25,8 @@ void WriteForm(Data& oTree, File_Stream& oOut, const Document_SaveOptions& o) {
         case Document_Form::Dgraph: break;
     }
     dgraph::Version oVersion;
-    const char* const sTag = oTree.GetUserTag().Data();
-    if (!dgraph::ParseVersion(sTag != nullptr ? sTag : "", oVersion)) {
+    const Str oTag = oTree.GetUserTag();
+    if (!dgraph::ParseVersion(oTag.CStr(), oVersion)) {
         Dgraph_SetVersion(oTree, 1, 3, 0);
     }
     Dgraph_SaveDGraph(oTree, oOut);
