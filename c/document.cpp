@@ -83,7 +83,8 @@ Document_SaveOptions SaveOptions(int32_t iForm) {
     return {c::FormatOf(iForm),
             (iForm & VOK_TREE_NO_DECLARATION) == 0,
             (iForm & VOK_TREE_COMPACT) != 0,
-            {}};
+            {},
+            true};
 }
 
 // What can be saved: a tree.

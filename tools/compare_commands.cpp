@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/compare_commands.h"
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,20 +14,24 @@ namespace tools {
 namespace {
 
 // One each: an option that takes several at once would take the files.
-void AddList(CLI::App& oApp, const char* sName, std::vector<std::string>& as, const char* sWhat) {
-    oApp.add_option(sName, as, sWhat)
+CLI::Option* AddList(CLI::App& oApp, const char* sName, std::vector<std::string>& as,
+                     const char* sWhat) {
+    return oApp.add_option(sName, as, sWhat)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-void AddCompareOptions(CLI::App& oApp, vok::Data_DiffOptions& o) {
-    AddList(oApp, "-k,--key", o.m_asKey,
-            "What tells nodes of one name apart: an attribute (@id), a value below (id), or both "
-            "(head/@id); of several the first that a node has");
-    AddList(oApp, "-i,--ignore", o.m_asIgnore,
-            "Leave out what is at this path; attributes as PATH/@name");
-    oApp.add_option("--delta", o.m_dDelta, "Reals that are no further apart are the same")
-        ->check(CLI::NonNegativeNumber);
+std::array<CLI::Option*, 3> AddCompareOptions(CLI::App& oApp, vok::Data_DiffOptions& o) {
+    auto* pKey = AddList(
+        oApp, "-k,--key", o.m_asKey,
+        "What tells nodes of one name apart: an attribute (@id), a value below (id), or both "
+        "(head/@id); of several the first that a node has");
+    auto* pIgnore = AddList(oApp, "-i,--ignore", o.m_asIgnore,
+                            "Leave out what is at this path; attributes as PATH/@name");
+    auto* pDelta =
+        oApp.add_option("--delta", o.m_dDelta, "Reals that are no further apart are the same")
+            ->check(CLI::NonNegativeNumber);
+    return {pKey, pIgnore, pDelta};
 }
 
 const char* const FORMS = "Form of OUT instead of what its ending tells";
@@ -36,12 +41,10 @@ void AddDiff(CLI::App& oApp, int& iExit) {
     auto o = std::make_shared<DiffOptions>();
     p->add_option("A", o->sA, "File to read, - for standard input")->required();
     p->add_option("B", o->sB, "File to compare it with")->required();
-    AddCompareOptions(*p, o->oCompare);
-    p->add_flag("--by-position", o->bByPosition,
-                "Compare the first of a name with the first, and so on")
-        ->excludes("--key")
-        ->excludes("--ignore")
-        ->excludes("--delta");
+    const auto apCompare = AddCompareOptions(*p, o->oCompare);
+    auto* pByPosition = p->add_flag("--by-position", o->bByPosition,
+                                    "Compare the first of a name with the first, and so on");
+    for (CLI::Option* pOther : apCompare) pByPosition->excludes(pOther);
     auto* pQuiet = p->add_flag("-q,--quiet", o->bQuiet, "Only the exit status");
     auto* pJson = p->add_flag("--json", o->bJson,
                               "A JSON object a line: what, path in A (a) and B (b), old, new")

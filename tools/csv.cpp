@@ -5,6 +5,7 @@
 
 #include "tools/limits.h"
 #include "tools/say.h"
+#include "tools/text.h"
 #include "tools/tree_file.h"
 #include "vok/base/msg.h"
 #include "vok/csv/csv.h"
@@ -67,6 +68,7 @@ void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::
     if (o.m_cSeparator == 0 && EndingsOf(sPath).bTab) o.m_cSeparator = '\t';
     o.m_bHeader = TheCsvForm().bHeader;
     o.m_bTell = false;
+    o.m_bStrict = !TheCsvForm().bRagged;
     Named oIn(sPath, oBytes);
     vok::Csv_Report oCsv;
     try {
@@ -76,6 +78,12 @@ void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::
         throw;
     }
     oReport = oCsv;
+    if (oCsv.m_uFaults != 0) {
+        const std::string sFaults = std::to_string(oCsv.m_uFaults);
+        Tell(sPath, oCsv.m_uFaults == 1
+                        ? Say("has %0 fault in its rows, which was passed over", {sFaults})
+                        : Say("has %0 faults in its rows, which were passed over", {sFaults}));
+    }
     for (const vok::Csv_Column& oColumn : oCsv.m_aoColumn) {
         TheCsvForm().asColumn.emplace_back(oColumn.m_oName.View());
     }

@@ -17,6 +17,7 @@ namespace tools {
 struct CsvForm {
     char cSeparator = 0;  // 0: by content
     bool bHeader = true;
+    bool bRagged = false;               // rows are taken whatever is wrong with them
     std::vector<std::string> asColumn;  // of the one that was loaded last, in their order
 };
 CsvForm& TheCsvForm() noexcept;

@@ -57,6 +57,9 @@ void AddConvert(CLI::App& oApp) {
     p->add_flag_callback(
         "--no-header", [] { TheCsvForm().bHeader = false; },
         "The first line of a csv file is a row, and does not name the columns");
+    p->add_flag_callback(
+        "--ragged", [] { TheCsvForm().bRagged = true; },
+        "Take the rows of a csv file that have too few or too many fields, or a quote too few");
     p->add_option("--to", o->sTo, "Form of OUT instead of what its ending tells")
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "jsonl", "csv"}));
     p->add_option(
@@ -97,7 +100,8 @@ void AddShow(CLI::App& oApp) {
     auto o = std::make_shared<ShowOptions>();
     p->add_option("FILE", o->sFile, "File to read, - for standard input")->required();
     p->add_option("PATH", o->sPath, "What to show")->capture_default_str()->transform(ToLibrary);
-    p->add_option("--depth", o->uDepth, "Levels to show below that");
+    // By pointers: to look for an option by its name ends the process where there is no memory.
+    auto* pDepth = p->add_option("--depth", o->uDepth, "Levels to show below that");
     p->add_flag("--plain", o->bPlain, "No colours, also on a terminal");
     auto* pJson = p->add_flag("--json", o->bJson,
                               "A JSON array of nodes: name, type, attributes, value, successors");
@@ -105,7 +109,7 @@ void AddShow(CLI::App& oApp) {
                               "A page for a browser, which needs nothing else: opens level by "
                               "level, searches, follows links, copies paths")
                       ->excludes(pJson)
-                      ->excludes("--depth");
+                      ->excludes(pDepth);
     p->add_flag("--bytes", o->bBytes, "With the bytes of each node in DGraph documents and XML")
         ->needs(pHtml);
     p->add_option("-o,--output", o->sOut, "File for the page; else standard output")->needs(pHtml);

@@ -167,6 +167,9 @@ TEST(Replacement, OldUntilItIsWhole) {
         EXPECT_TRUE(fs::is_symlink(s));
     }
     EXPECT_EQ(OnDisk("kept") + OnDisk("none"), "farfar");
+    fs::create_symlink("circle", "circle");
+    EXPECT_THROW(File_Replacement("circle"), Msg_Exception);
+    EXPECT_TRUE(fs::is_symlink("circle"));
     // What cannot be replaced.
     {
         File_Replacement oFile("/dev/null");

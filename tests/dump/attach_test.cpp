@@ -57,9 +57,11 @@ TEST(Attach, KeepsEverythingWhereverItLies) {
         oLoaded.Load(oFile);
         EXPECT_EQ(DumpOf(oLoaded), DumpOf(oRich));
     }
-    // What is not made for it is loaded.
+    // What is not made for it is loaded, and nobody keeps the file.
     ToDisk(PATH, DumpOf(oRich));
-    EXPECT_EQ(DumpOf(Attached()), DumpOf(oRich));
+    const Data oLoaded = Attached();
+    EXPECT_EQ(DumpOf(oLoaded), DumpOf(oRich));
+    EXPECT_EQ(dgraph::Access::BaseOf(oLoaded)->m_pAttached, nullptr);
     Publish(NewTree());
     EXPECT_EQ(DumpOf(Attached()), DumpOf(NewTree()));
 }

@@ -72,6 +72,10 @@ TEST_F(Program, CsvFilesAreRead) {
         EXPECT_EQ(LinesOnDisk("err"), o.sErr);
     }
     EXPECT_FALSE(fs::exists("y.xml"));
+    const Outcome oRagged = Run("convert bad.csv - --to json --compact --ragged");
+    EXPECT_EQ(oRagged.sOut, "{\"row\":[{\"a\":1,\"b\":2},{\"a\":3}]}\n");
+    EXPECT_EQ(LinesOnDisk("err"),
+              "vok: \"bad.csv\" has 1 fault in its rows, which was passed over\n");
     // And written: columns stay in their order, and what is no row is told.
     ToDisk("in.csv", "b,a\n1,\"x,y\"\n2,\n");
     EXPECT_EQ(Run("convert in.csv out.tsv").iExit, 0);

@@ -50,7 +50,7 @@ void Msg_Emit(int iMode, Msg_Kind eKind, const char* sText, u2_t uSystemError,
     };
 
     Msg_Exception oError;
-    oError.SetKind(eKind);
+    oError.SetKind(uSystemError != 0 ? Msg_Kind::System : eKind);
     Msg_Banner oBanner;
     bool bNested = false;
     {
@@ -79,8 +79,7 @@ void Msg_Emit(int iMode, Msg_Kind eKind, const char* sText, u2_t uSystemError,
 int Msg::Emit(int iMode, const char* sText, u2_t uSystemError, const char* a0, const char* a1,
               const char* a2, const char* a3, const char* a4, const char* a5, const char* a6,
               const char* a7, const char* a8, const char* a9) {
-    const Msg_Kind eKind = uSystemError != 0 ? Msg_Kind::System : Msg_Kind::Other;
-    Msg_Emit(iMode, eKind, sText, uSystemError, {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9});
+    Msg_Emit(iMode, Msg_Kind::Other, sText, uSystemError, {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9});
     return 0;
 }
 

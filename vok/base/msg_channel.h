@@ -20,7 +20,7 @@ namespace vok {
 
 // What replaces the placeholders of a text; null for those that it has not.
 using Msg_Args = std::array<const char*, 10>;
-// Msg::Emit; what is raised is of a kind.
+// Msg::Emit; what is raised is of a kind, with a system error of Msg_Kind::System.
 void Msg_Emit(int iMode, Msg_Kind eKind, const char* sText, u2_t uSystemError,
               const Msg_Args& psArgs);
 

@@ -28,8 +28,7 @@ void Emit(int iMode, const Msg_Text& oText, const Msg_Entry::Args& oArgs, u2_t u
         if (uNth == ps.size()) break;
         ps[uNth++] = oArg.Text();
     }
-    const Msg_Kind eKind = uSystemError != 0 ? Msg_Kind::System : oText.m_eKind;
-    Msg_Emit(iMode, eKind, InCurrentLanguage(oText), uSystemError, ps);
+    Msg_Emit(iMode, oText.m_eKind, InCurrentLanguage(oText), uSystemError, ps);
 }
 
 }  // namespace

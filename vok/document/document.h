@@ -68,6 +68,7 @@ struct Document_SaveOptions {
     bool bCompact = false;     // JSON on one line
     // The name of the only member of an archive; empty: that of the file.
     Str oMember;
+    bool bDurable = true;  // of a file: only once it is on the disk, see File_Replacement::Commit
 };
 
 // Writes the tree of a node: XML and JSON from that node down, the others all of it. A DGraph
@@ -75,8 +76,8 @@ struct Document_SaveOptions {
 // 1.3.0 is stamped. Raises what the writers raise, "document form is not told" for Any, and "a zip
 // archive needs a file" for one.
 void Document_Save(Data oTree, File_Stream& oOut, const Document_SaveOptions& oOptions);
-// Into a file, which takes its place once all is written and on the disk: until then, and on
-// failure, what was there stays. A form that is not told is that of the name, and so then is the
+// Into a file, which takes its place once all is written: until then, and on failure, what was
+// there stays. A form that is not told is that of the name, and so then is the
 // wrapping.
 void Document_Save(Data oTree, const Str& oPath, const Document_SaveOptions& oOptions = {});
 

@@ -66,7 +66,7 @@ void Document_Save(Data oTree, const Str& oPath, const Document_SaveOptions& oOp
         Document_Sink oSink(oFile.GetFile(), o.oFormat.eWrapping, oMember);
         WriteForm(oTree, oSink.Stream(), o);
         oSink.Close();
-        oFile.Commit();
+        oFile.Commit(o.bDurable);
     });
 }
 

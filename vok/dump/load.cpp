@@ -32,12 +32,11 @@ class Reader {
           m_oWork(oLimits),
           m_oNew(Mem::Ref<Data_Base>::Create()),
           m_oBase(*m_oNew) {}
-    // From the memory that oIn is over, in which arrays may stay.
+    // From the memory that oIn is over, in which arrays may stay: the tree then shares it.
     Reader(File_Buf& oIn, const Attached& oAttached, Data_Trust eTrust, const Limits& oLimits)
         : Reader(oIn, oLimits) {
-        m_pAttached = oAttached.get();
+        m_pAttached = &oAttached;
         m_eTrust = eTrust;
-        m_oBase.m_pAttached = oAttached;
     }
 
     Mem::Ref<Data_Base> Run() {
@@ -146,10 +145,11 @@ class Reader {
         }
         auto& oIn = static_cast<File_Buf&>(m_oIn);
         const auto uPlace = static_cast<std::size_t>(oIn.Tell());
-        char* const p = m_pAttached + uPlace;
+        char* const p = m_pAttached->get() + uPlace;
         const std::size_t uLeft = oIn.Remaining();
         const bool bThere = uLeft > uExtra && (uLeft - uExtra) / sizeof(T) >= uSize;
         if (!bThere || reinterpret_cast<std::uintptr_t>(p) % 16 != 0) return false;
+        m_oBase.m_pAttached = *m_pAttached;
         oArr.Attach(reinterpret_cast<T*>(p), static_cast<std::size_t>(uSize));
         oIn.Seek(static_cast<i3_t>(uSize * sizeof(T)), File_Stream::FROM_POSITION);
         m_uAt += uSize * sizeof(T);
@@ -232,7 +232,7 @@ class Reader {
     Work m_oWork;
     const Mem::Ref<Data_Base> m_oNew;
     Data_Base& m_oBase;
-    char* m_pAttached = nullptr;  // the memory that arrays may stay in
+    const Attached* m_pAttached = nullptr;  // the memory that arrays may stay in
     Data_Trust m_eTrust = Data_Trust::None;
     u2_t m_uVersion = 0;
     u3_t m_uAt = 0;

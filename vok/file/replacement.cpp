@@ -45,7 +45,7 @@ bool IsSame(const Str& oFirst, const Str& oSecond) {
 }  // namespace
 
 File_Replacement::File_Replacement(const Str& oPath, Watch* pWatch) : m_pWatch(pWatch) {
-    Where("vok::File_Replacement", [&] {
+    Where("vok::File_Replacement::File_Replacement", [&] {
         const auto Refuse = [&](u2_t uError) {
             Msg::CouldNotOpenFile(oPath.CStr(), "w", File::OpenFiles(), uError);
         };
@@ -58,6 +58,8 @@ File_Replacement::File_Replacement(const Str& oPath, Watch* pWatch) : m_pWatch(p
         if (sys::LookAt(m_oPath.CStr(), true, oThere)) {
             if (oThere.eKind == sys::EntryKind::Folder) Refuse(sys::IS_FOLDER);
             if (!sys::MayWrite(m_oPath.CStr())) Refuse(NOT_PERMITTED);
+        } else if (sys::RuntimeError() != sys::NOT_THERE) {
+            Refuse(sys::RuntimeError());  // links in a circle, a file in place of a folder
         }
         if (bStrange || oThere.eKind == sys::EntryKind::Other) {
             m_oFile.Open(m_oPath, "Tws");
