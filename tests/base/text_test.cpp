@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Strings, their UTF-16 companion, the table of distinct texts; UTF-8 sequences, numbers, dates and
-// bytes as text.
+// UTF-8 sequences, numbers, dates and bytes as text, texts in texts, the table of distinct texts.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,9 +13,9 @@
 
 #include "vok/base/base64.h"
 #include "vok/base/date.h"
+#include "vok/base/find.h"
 #include "vok/base/hash.h"
 #include "vok/base/number.h"
-#include "vok/base/str.h"
 #include "vok/base/utf8.h"
 
 namespace vok {
@@ -212,67 +211,36 @@ TEST(Date, TextAndDayNumbers) {
     EXPECT_TRUE(std::isnan(SecondsOfDays(std::numeric_limits<double>::quiet_NaN())));
 }
 
-TEST(Str, AppendsItself) {
-    Str oText("ab");
-    const Str oBefore = oText;
-    std::string sModel = "ab";
-    for (int i = 0; i < 10; ++i) {
-        oText.Add(oText);
-        oText.Add(oText.CStr() + sModel.size());  // its second half
-        oText.Add(oText.View().substr(1, 3));
-        sModel += sModel;
-        sModel += sModel.substr(sModel.size() / 2);
-        sModel += sModel.substr(1, 3);
-        ASSERT_EQ(oText.View(), sModel);
-        ASSERT_EQ(oText.Chars(), sModel.size());
+// Against std::string, over texts that are their own beginnings.
+TEST(Find, AgainstTheStandardLibrary) {
+    std::mt19937 oRandom(11);
+    for (int i = 0; i < 20000; ++i) {
+        std::string sText;
+        std::string sWhat;
+        const std::size_t uLetters = 1 + oRandom() % 3;
+        for (std::size_t u = oRandom() % 12; u != 0; --u) {
+            sWhat += static_cast<char>('a' + oRandom() % uLetters);
+        }
+        // Whole pieces of what is looked for, and a little between them, up to far more than what
+        // is tried in the plain way.
+        for (std::size_t u = oRandom() % (i % 100 == 0 ? 2000 : 12); u != 0; --u) {
+            sText += sWhat.substr(0, oRandom() % (sWhat.size() + 1));
+            if (oRandom() % 4 == 0) sText += static_cast<char>('a' + oRandom() % uLetters);
+        }
+        const std::size_t uFrom = oRandom() % (sText.size() + 2);
+        ASSERT_EQ(FindText(sText, sWhat, uFrom), sText.find(sWhat, uFrom)) << sText << " " << sWhat;
+        ASSERT_EQ(FindLastText(sText, sWhat), sText.rfind(sWhat)) << sText << " " << sWhat;
     }
-    EXPECT_STREQ(oBefore.CStr(), "ab");
-}
-
-// A block with room to spare, which the other owner must not see filled.
-TEST(Str, CopiesAreTheirOwn) {
-    const std::string_view sText = "0123456789";
-    for (const auto& [sMore, sAdded] : {std::pair("x", "x"), {"\xE4", "ä"}, {"", ""}}) {
-        Str oText;
-        while (oText.Len() < 100) oText.Add(sText);
-        Str oCopy = oText;
-        oCopy.Add(sMore);
-        oText.Add("y");
-        EXPECT_EQ(oCopy.View().substr(99), std::string("9") + sAdded);
-        EXPECT_EQ(oText.View().substr(99), "9y");
-        Str oShared;
-        oShared.Add(oText);
-        oText.Clear();
-        EXPECT_EQ(oShared.View().substr(99), "9y");
+    // What would take days, if every place were tried.
+    for (const auto& [sMiddle, uPlace] : {std::pair("b", 700000u), {"", 0u}}) {
+        const std::string sHalf(700000, 'a');
+        const std::string sText = sHalf + sHalf + sMiddle + sHalf;
+        const std::string sWhat = sHalf + sMiddle + sHalf;
+        EXPECT_EQ(FindText(sText, sWhat), uPlace);
+        EXPECT_EQ(FindLastText(sText, sWhat), std::size_t{700000});
+        EXPECT_EQ(FindText(sText, sWhat + "b"), sText.npos);
+        EXPECT_EQ(FindLastText(sText, "b" + sWhat), sText.npos);
     }
-}
-
-TEST(Str, Utf16) {
-    const struct {
-        std::u16string sIn;
-        const char* sUtf8;
-        std::u16string sBack;
-    } oRows[] = {
-        {u"", "", u""},
-        {u"aä€😀", "aä€😀", u"aä€😀"},
-        {u"\xFFFF\xE000\xD7FF", "\uFFFF\uE000\uD7FF", u"\xFFFF\xE000\xD7FF"},
-        {u"\xDBFF\xDFFF", "\U0010FFFF", u"\xDBFF\xDFFF"},
-        {u"a\xD83D", "a\uFFFD", u"a\xFFFD"},
-        {u"\xDE00\xD83D", "\uFFFD\uFFFD", u"\xFFFD\xFFFD"},
-        {u"\xD83D\xD83D\xDE00", "\uFFFD😀", u"\xFFFD\xD83D\xDE00"},
-    };
-    for (const auto& oRow : oRows) {
-        Str oText;
-        oText.Add(oRow.sIn.c_str());
-        EXPECT_STREQ(oText.CStr(), oRow.sUtf8);
-        const Str::Utf16 oBack(oText);
-        EXPECT_EQ(oBack.CStr(), oRow.sBack);
-        EXPECT_EQ(oBack.Len(), oRow.sBack.size());
-    }
-    Str oText;
-    const char16_t* sLong = u"abc\xD83D\xDE00";
-    oText.Add(sLong, sLong + 4);
-    EXPECT_EQ(oText, Str("abc\uFFFD"));
 }
 
 TEST(Hash, KeysAndOrder) {

@@ -81,24 +81,26 @@ void Str::Add(const char16_t* pText, const char16_t* pEnd) {
     AddValid(oUtf8.Beg(), oUtf8.Size());
 }
 
+void Str::Renew(std::size_t uCapacity) {
+    char* sCopy = static_cast<char*>(Mem::Create(uCapacity));
+    const std::size_t uLen = Len();
+    const std::size_t uChars = m_uChars;
+    if (m_sText != nullptr) std::memcpy(sCopy, m_sText, uLen);
+    sCopy[uLen] = 0;
+    Clear();
+    m_sText = sCopy;
+    m_uSize = uLen + 1;
+    m_uCapacity = uCapacity;
+    m_uChars = uChars;
+}
+
 void Str::AddValid(const char* pText, std::size_t uSize) {
     if (uSize == 0) return;
     const std::size_t uNeeded = Len() + uSize + 1;
     // The text appended may point into this very string: it must outlive the old block.
-    const Str oKeep = m_sText != nullptr && Mem::GetRefCnt(m_sText) == 0 && uNeeded <= m_uCapacity
-                          ? Str()
-                          : *this;
+    const Str oKeep = IsOwn() && uNeeded <= m_uCapacity ? Str() : *this;
     if (oKeep.m_sText != nullptr || m_sText == nullptr) {
-        const std::size_t uCapacity = uNeeded > 2 * m_uCapacity ? uNeeded : 2 * m_uCapacity;
-        char* sCopy = static_cast<char*>(Mem::Create(uCapacity));
-        if (m_sText != nullptr) std::memcpy(sCopy, m_sText, Len());
-        const std::size_t uLen = Len();
-        const std::size_t uChars = m_uChars;
-        Clear();
-        m_sText = sCopy;
-        m_uSize = uLen + 1;
-        m_uCapacity = uCapacity;
-        m_uChars = uChars;
+        Renew(uNeeded > 2 * m_uCapacity ? uNeeded : 2 * m_uCapacity);
     }
     std::memmove(m_sText + Len(), pText, uSize);
     m_uChars += CountUtf8(m_sText + Len(), uSize);

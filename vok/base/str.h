@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: MIT
-// The string of the library: UTF-8 text with shared storage, and its UTF-16 companion.
+// The string of the library: UTF-8 text with shared storage, how it is edited, and its UTF-16
+// companion.
 #ifndef VOK_BASE_STR_H
 #define VOK_BASE_STR_H
 
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 #include "vok/base/arr.h"
 
 namespace vok {
+
+class Str_Split;
 
 // Texts that come in are brought to valid UTF-8: valid text is kept; in any other text
 // well-formed sequences are kept and every other byte is read as Latin-1. The text ends
@@ -15,9 +22,35 @@ namespace vok {
 // block its own. Raises the allocation errors of Mem and is then unchanged.
 //
 // Different strings may be used by different threads, even when they share a block.
+//
+// Places in a text are told in bytes or in characters, which are code points; the two differ beyond
+// ASCII, so each is a type:
+//
+//     Str oText("größe");
+//     oText.Remove(Str::CharPos{1}, Str::CharPos{3});           "gße"
+//     oText.Insert(oText.End(), ".txt");                        "gße.txt"
+//     if (const auto oAt = oText.Find("ß")) oText.Replace(*oAt, oText.End(), "as");   "gas"
+//
+// Operations at a place raise "index %0 out of range %1" for one behind the end, and for a byte
+// that is within a character "byte %0 is within a character"; one that follows another on the line
+// of the arguments must not be in front of it, which raises the first. All are linear in the texts,
+// and a place in characters costs a walk over what is in front of it where that is not ASCII; an
+// operation that raises leaves the text as it was. Upper and lower case, and texts compared without
+// it: vok/char.
 class Str {
   public:
     class Utf16;
+
+    struct BytePos {
+        std::size_t m_uAt;
+        friend auto operator<=>(const BytePos&, const BytePos&) = default;
+    };
+    struct CharPos {
+        std::size_t m_uAt;
+        friend auto operator<=>(const CharPos&, const CharPos&) = default;
+    };
+    template <class P>
+    static constexpr bool IS_POS = std::same_as<P, BytePos> || std::same_as<P, CharPos>;
 
     Str() noexcept = default;
     // Null gives the empty string.
@@ -38,6 +71,12 @@ class Str {
     // partner becomes U+FFFD. Null adds nothing.
     void Add(const char16_t* pText, const char16_t* pEnd = nullptr);
 
+    // Appends a number in decimal, whatever the locale: a real as the shortest text that reads back
+    // to the same value, "INF", "-INF" or "NaN".
+    void AddNumber(std::signed_integral auto iValue) { AddInteger(i3_t{iValue}); }
+    void AddNumber(std::unsigned_integral auto uValue) { AddInteger(u3_t{uValue}); }
+    void AddNumber(double dValue);
+
     void Clear() noexcept;
 
     // The text, NUL-terminated; null when the string has no block.
@@ -56,15 +95,163 @@ class Str {
     [[nodiscard]] std::string_view View() const noexcept { return {CStr(), Len()}; }
 
     friend bool operator==(const Str& a, const Str& b) noexcept { return a.View() == b.View(); }
+    // The order of code points, which is that of the bytes.
+    friend std::strong_ordering operator<=>(const Str& a, const Str& b) noexcept {
+        return a.View() <=> b.View();
+    }
+
+    // ---- places ------------------------------------------------------------
+
+    // Behind the last character.
+    [[nodiscard]] BytePos End() const noexcept { return {Len()}; }
+    // One as the other.
+    [[nodiscard]] BytePos ToByte(CharPos oAt) const;
+    [[nodiscard]] BytePos ToByte(BytePos oAt) const;  // itself, when it is one
+    [[nodiscard]] CharPos ToChar(BytePos oAt) const;
+
+    // The text between two places, or from one on. The view is into the block: it lives until the
+    // string is changed.
+    template <class P>
+    requires IS_POS<P>
+    [[nodiscard]] std::string_view ViewOf(P oFrom, P oTo) const {
+        return BytesOf(ToByte(oFrom), ToByte(oTo));
+    }
+    template <class P>
+    requires IS_POS<P>
+    [[nodiscard]] std::string_view ViewOf(P oFrom) const { return BytesOf(ToByte(oFrom), End()); }
+    // The character at a place. Raises at the end as well.
+    template <class P>
+    requires IS_POS<P>
+    [[nodiscard]] u2_t CharAt(P oAt) const { return CodeAt(ToByte(oAt)); }
+
+    // ---- what is in it -----------------------------------------------------
+    // Texts that are looked for are brought to valid UTF-8 first, as those that come in. The empty
+    // text is everywhere.
+
+    // The first place at or behind oFrom where sWhat stands.
+    [[nodiscard]] std::optional<BytePos> Find(std::string_view sWhat, BytePos oFrom = {}) const;
+    // The last place where it stands.
+    [[nodiscard]] std::optional<BytePos> FindLast(std::string_view sWhat) const;
+    [[nodiscard]] bool Contains(std::string_view sWhat) const { return Find(sWhat).has_value(); }
+    [[nodiscard]] bool StartsWith(std::string_view sWhat) const;
+    [[nodiscard]] bool EndsWith(std::string_view sWhat) const;
+
+    // ---- editing -----------------------------------------------------------
+    // A text that comes in may lie in the string itself.
+
+    template <class P>
+    requires IS_POS<P>
+    void Insert(P oAt, std::string_view sText) {
+        const BytePos oByte = ToByte(oAt);
+        ReplaceBytes(oByte, oByte, sText);
+    }
+    template <class P>
+    requires IS_POS<P>
+    void Replace(P oFrom, P oTo, std::string_view sText) {
+        ReplaceBytes(ToByte(oFrom), ToByte(oTo), sText);
+    }
+    template <class P>
+    requires IS_POS<P>
+    void Remove(P oFrom, P oTo) { ReplaceBytes(ToByte(oFrom), ToByte(oTo), {}); }
+    // Drops what is from a place on.
+    template <class P>
+    requires IS_POS<P>
+    void Truncate(P oAt) { ReplaceBytes(ToByte(oAt), End(), {}); }
+    // Puts sWith in place of every sWhat, from the left on; what comes in is not looked at again.
+    // Returns how many there were. The empty text is none.
+    std::size_t ReplaceAll(std::string_view sWhat, std::string_view sWith);
+
+    // Blanks, tabs, line and page breaks of ASCII.
+    static constexpr std::string_view BLANKS = " \t\n\v\f\r";
+    // Drops what is made of the characters of sChars at the beginning, at the end, or at both.
+    void TrimStart(std::string_view sChars = BLANKS);
+    void TrimEnd(std::string_view sChars = BLANKS);
+    void Trim(std::string_view sChars = BLANKS);
+
+    // The parts between separators, one more than there are of these: see Str_Split. An empty
+    // separator raises "parameter "%0" has invalid value".
+    [[nodiscard]] Str_Split Split(std::string_view sSeparator) const;
+    // The texts of a range, anything that a string can be made of, with a separator between them.
+    template <class Range>
+    [[nodiscard]] static Str Join(const Range& oTexts, std::string_view sSeparator) {
+        Str oJoined;
+        bool bFirst = true;
+        for (const auto& oText : oTexts) {
+            if (!bFirst) oJoined.Add(sSeparator);
+            bFirst = false;
+            oJoined.Add(oText);
+        }
+        return oJoined;
+    }
 
   private:
+    void AddInteger(i3_t iValue);
+    void AddInteger(u3_t uValue);
     // Appends valid UTF-8 without a NUL in it.
     void AddValid(const char* pText, std::size_t uSize);
+    // Puts the text into a block of its own of uCapacity bytes, which it has room in.
+    void Renew(std::size_t uCapacity);
+    // Whether the block is this string's alone.
+    [[nodiscard]] bool IsOwn() const noexcept {
+        return m_sText != nullptr && Mem::GetRefCnt(m_sText) == 0;
+    }
+
+    // Both are places in the text; the order is checked.
+    [[nodiscard]] std::string_view BytesOf(BytePos oFrom, BytePos oTo) const;
+    [[nodiscard]] u2_t CodeAt(BytePos oAt) const;
+    void ReplaceBytes(BytePos oFrom, BytePos oTo, std::string_view sText);
+    // Keeps those bytes, whole characters of the text, alone.
+    void Keep(std::string_view sPart);
 
     char* m_sText = nullptr;      // inside a Mem block
     std::size_t m_uSize = 0;      // bytes including the NUL; 0 without a block
     std::size_t m_uCapacity = 0;  // bytes of the block
     std::size_t m_uChars = 0;     // code points
+};
+
+// The parts of a text between separators, as views into it: nothing is copied.
+//
+//     for (std::string_view sPart : Str("a,b,,c").Split(",")) ...   "a", "b", "", "c"
+//
+// The empty text has one part, the empty one. Shares the block of the string, which may be changed
+// or go meanwhile: views live as long as this does.
+class Str_Split {
+  public:
+    class Iterator {
+      public:
+        using value_type = std::string_view;
+        using difference_type = std::ptrdiff_t;
+
+        Iterator() noexcept = default;
+        [[nodiscard]] std::string_view operator*() const noexcept { return m_sPart; }
+        Iterator& operator++() noexcept;
+        Iterator operator++(int) noexcept {
+            Iterator oBefore = *this;
+            ++*this;
+            return oBefore;
+        }
+        friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
+            return a.m_sPart.data() == b.m_sPart.data();
+        }
+
+      private:
+        friend class Str_Split;
+        Iterator(std::string_view sText, std::string_view sSeparator) noexcept;
+
+        std::string_view m_sPart;  // of no place behind the last one
+        std::string_view m_sRest;  // behind the separator behind it, of no place if there is none
+        std::string_view m_sSeparator;
+    };
+
+    // What Str::Split gives.
+    Str_Split(const Str& oText, std::string_view sSeparator);
+
+    [[nodiscard]] Iterator begin() const noexcept { return {m_oText.View(), m_oSeparator.View()}; }
+    [[nodiscard]] Iterator end() const noexcept { return {}; }
+
+  private:
+    Str m_oText;
+    Str m_oSeparator;
 };
 
 // NUL-terminated UTF-16 text for the border to hosts and to Windows.
