@@ -1,0 +1,2 @@
+// SPDX-License-Identifier: MIT
+// Nothing: common.h is precompiled for this.
