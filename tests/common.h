@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What most tests begin with, for a compiler that parses it once for all of them. Each includes what
-// it needs as if there were no such thing.
+// What most tests begin with, for a compiler that parses it once for all of them. Each includes
+// what it needs as if there were no such thing.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,22 +1,17 @@
 // SPDX-License-Identifier: MIT
 // vok check: whether files can be loaded, and where they cannot.
-#include <algorithm>
-#include <atomic>
-#include <condition_variable>
-#include <cstdio>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <rapidjson/writer.h>
 
 #include "tools/commands.h"
 #include "tools/document.h"
+#include "tools/each_file.h"
 #include "tools/input.h"
 #include "tools/json_nodes.h"
 #include "tools/loss.h"
-#include "tools/output.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/survey.h"
@@ -36,7 +31,6 @@ struct Verdict {
     std::string sFault;
     std::string sReason;
     vok::Load_Report oPlace;
-    bool bDone = false;
 };
 
 Verdict VerdictOf(const std::string& sFile, const std::string& sForm, std::uint64_t uNodes,
@@ -88,8 +82,7 @@ void TellLine(const std::string& sFile, const Verdict& o) {
     }
     Print(Visible(sFile) + ": good (" + o.sForm + ", " + std::to_string(o.uNodes) + " nodes)\n");
     for (const std::string& sLost : o.asLost) {
-        std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(),
-                     Say("not kept: %0", {sLost}).c_str());
+        Complain(sFile, Say("not kept: %0", {sLost}));
     }
 }
 
@@ -128,66 +121,14 @@ void TellJson(const std::string& sFile, const Verdict& o) {
     oStream.Flush();
 }
 
-using Teller = void (*)(const std::string&, const Verdict&);
-
-// Several files at a time, told in their order.
-int CheckAtOnce(const std::vector<std::string>& asFile, unsigned uThreads, Teller pTell) {
-    std::vector<Verdict> aoVerdict(asFile.size());
-    std::exception_ptr pError;
-    std::atomic<std::size_t> uNext{0};
-    std::mutex oMutex;
-    std::condition_variable oDone;
-    const auto oWork = [&] {
-        for (std::size_t u; (u = uNext.fetch_add(1)) < asFile.size();) {
-            Verdict o;
-            std::exception_ptr p;
-            try {
-                o = CheckOne(asFile[u]);
-            } catch (...) {
-                p = std::current_exception();
-            }
-            const std::lock_guard oLock(oMutex);
-            if (p != nullptr) pError = p;
-            aoVerdict[u] = std::move(o);
-            aoVerdict[u].bDone = true;
-            oDone.notify_one();
-        }
-    };
-    std::vector<std::jthread> aoThread;
-    for (unsigned u = 0; u < uThreads; ++u) aoThread.emplace_back(oWork);
-    int iExit = EXIT_GOOD;
-    for (std::size_t u = 0; u < asFile.size(); ++u) {
-        std::unique_lock oLock(oMutex);
-        oDone.wait(oLock, [&] { return aoVerdict[u].bDone; });
-        if (pError != nullptr) {
-            uNext = asFile.size();
-            oLock.unlock();
-            aoThread.clear();
-            std::rethrow_exception(pError);
-        }
-        const Verdict o = std::move(aoVerdict[u]);
-        oLock.unlock();
-        pTell(asFile[u], o);
-        iExit = std::max(iExit, o.iExit);
-    }
-    return iExit;
-}
-
 }  // namespace
 
 int Check(const CheckOptions& o) {
-    const Teller pTell = o.bJson ? TellJson : TellLine;
-    const auto uThreads = static_cast<unsigned>(std::min<std::size_t>(o.uAtOnce, o.asFile.size()));
-    // Standard input is read once: which of two of them has it is told by their order.
-    const bool bOnce = std::count(o.asFile.begin(), o.asFile.end(), "-") < 2;
-    if (uThreads > 1 && bOnce) return CheckAtOnce(o.asFile, uThreads, pTell);
-    int iExit = EXIT_GOOD;
-    for (const std::string& sFile : o.asFile) {
+    return ForEachFile(o.asFile, o.uAtOnce, [&](const std::string& sFile) {
         const Verdict oVerdict = CheckOne(sFile);
-        pTell(sFile, oVerdict);
-        iExit = std::max(iExit, oVerdict.iExit);
-    }
-    return iExit;
+        (o.bJson ? TellJson : TellLine)(sFile, oVerdict);
+        return oVerdict.iExit;
+    });
 }
 
 }  // namespace tools

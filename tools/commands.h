@@ -23,8 +23,11 @@ enum Exit : int {
 struct ConvertOptions {
     std::string sIn;
     std::string sOut;
-    std::string sFrom;  // empty: by content
-    std::string sTo;    // empty: by extension
+    std::vector<std::string> asIn;  // in place of both: these, each to a file in sInto
+    std::string sInto;
+    unsigned uAtOnce = 1;  // how many of them at a time
+    std::string sFrom;     // empty: by content
+    std::string sTo;       // empty: by extension
     std::string sVersion = "1.3.0";
     bool bCompress = false;
     bool bZip = false;
@@ -93,6 +96,7 @@ int EditFile(const EditOptions& o);
 
 struct HashOptions {
     std::vector<std::string> asFile;
+    unsigned uAtOnce = 1;  // how many at a time
     std::string sPath = "/";
     bool bSha256 = false;
     bool bJson = false;

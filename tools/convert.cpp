@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -11,11 +13,14 @@
 #include "tools/commands.h"
 #include "tools/csv.h"
 #include "tools/document.h"
+#include "tools/each_file.h"
 #include "tools/input.h"
 #include "tools/json_lines.h"
+#include "tools/limits.h"
 #include "tools/loss.h"
 #include "tools/output.h"
 #include "tools/path.h"
+#include "tools/print.h"
 #include "tools/progress.h"
 #include "tools/say.h"
 #include "tools/standard_input.h"
@@ -23,11 +28,14 @@
 #include "tools/text.h"
 #include "tools/tree_file.h"
 #include "vok/base/msg.h"
+#include "vok/char/casing.h"
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"
+#include "vok/file/path.h"
 #include "vok/json/json.h"
 #include "vok/records/path.h"
 #include "vok/records/writer.h"
+#include "vok/sys/sys.h"
 #include "vok/zip/archive.h"
 #include "vok/zip/stream.h"
 
@@ -180,7 +188,7 @@ int ByRecords(const Task& o) {
 void WriteCsv(const Task& o, const Input& oIn) {
     vok::File_Buf oRows("w");
     LossCount oLosses("csv", 0);
-    oLosses.AddUnfit(SaveCsv(oIn.oTree, o.oOptions.sOut, oRows));
+    oLosses.AddUnfit(SaveCsv(oIn.oTree, oIn.asColumn, o.oOptions.sOut, oRows));
     TellLosses(o.oOptions.sIn, oIn.oReport, oIn.sBehind, oLosses, o.oOptions.bLossless);
     WriteFile(o.oOptions.sOut, o.oForm, true,
               [&](vok::File_Stream& oOut) { oOut.Write(oRows.Data(), oRows.Size()); });
@@ -217,15 +225,14 @@ int ByTree(const Task& o) {
     return EXIT_GOOD;
 }
 
-}  // namespace
-
-int Convert(const ConvertOptions& o) {
+int ConvertOne(const ConvertOptions& o) {
     const Endings oEndings = EndingsOf(o.sOut);
     Task oTask{o, {}};
     FileForm& oForm = oTask.oForm;
     oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
     oForm.auVersion = ParseVersion(o.sVersion);
     oForm.bCompact = o.bCompact;
+    oForm.bDurable = o.sInto.empty();  // of many files each would wait for the disk
     oForm.eWrapping = oEndings.eWrapping;
     if (o.bZip) {
         oForm.eWrapping = vok::Zip_Wrapping::Zip;
@@ -248,6 +255,77 @@ int Convert(const ConvertOptions& o) {
     }
     return Answer(
         o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });
+}
+
+// ---- many files -----------------------------------------------------------------------
+
+// "orders" for "data/orders.xml.gz", "a.conf" for "a.conf": without the endings that tell a form.
+std::string BareName(const std::string& sPath) {
+    std::string sName = ToText(ToPath(sPath).filename());
+    const auto oDrop = [&] { sName = ToText(ToPath(sName).stem()); };
+    if (EndingsOf(sName).eWrapping != vok::Zip_Wrapping::None) oDrop();
+    if (!EndingsOf(sName).sFormat.empty()) oDrop();
+    return sName;
+}
+
+// Two texts of which lead to the same place, as far as names can tell.
+vok::Str Place(const std::string& sPath) {
+    const vok::Str oPath = vok::File_Path::Absolute(sPath);
+    return vok::sys::IS_WINDOWS ? vok::Char::Fold(oPath) : oPath;
+}
+
+// By file that is read the one that is written. Raises std::invalid_argument where two are the
+// same, or where one would replace what is still to be read.
+std::map<std::string, std::string> Places(const ConvertOptions& o) {
+    std::map<vok::Str, const std::string*> asPlace;
+    for (const std::string& sIn : o.asIn) {
+        if (sIn == "-") throw std::invalid_argument(Say("--into needs files, not \"-\""));
+        asPlace.emplace(Place(sIn), nullptr);
+    }
+    std::map<std::string, std::string> asOut;
+    for (const std::string& sIn : o.asIn) {
+        const std::string sName = BareName(sIn) + '.' + o.sTo + (o.bZip ? ".zip" : "");
+        const std::string sOut = ToText(ToPath(o.sInto) / ToPath(sName));
+        const auto [it, bNew] = asPlace.emplace(Place(sOut), &sIn);
+        if (!bNew && it->second == nullptr) {
+            throw std::invalid_argument(Say("\"%0\" is read, and would be replaced", {sOut}));
+        }
+        if (!bNew && Place(*it->second) != Place(sIn)) {
+            throw std::invalid_argument(
+                Say("\"%0\" and \"%1\" would both become \"%2\"", {*it->second, sIn, sOut}));
+        }
+        asOut.emplace(sIn, sOut);
+    }
+    return asOut;
+}
+
+// A file that cannot be converted does not keep others from it.
+int ConvertAll(const ConvertOptions& o) {
+    if (o.sTo.empty()) throw std::invalid_argument(Say("--into needs --to: the form of the files"));
+    const std::map<std::string, std::string> asOut = Places(o);
+    vok::File::MkDir(vok::Str(o.sInto));
+    return ForEachFile(o.asIn, o.uAtOnce, [&](const std::string& sIn) {
+        ConvertOptions oOne = o;
+        oOne.sIn = sIn;
+        oOne.sOut = asOut.at(sIn);
+        try {
+            return ConvertOne(oOne);
+        } catch (const InputError& oError) {
+            Complain(Visible(InOptions(Line(oError.what()))));
+            return static_cast<int>(oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE);
+        } catch (const std::bad_alloc&) {
+            Complain(sIn, Say("not enough memory"));
+        } catch (const std::exception& oError) {
+            Complain(sIn, InOptions(Line(oError.what())));
+        }
+        return static_cast<int>(EXIT_TROUBLE);
+    });
+}
+
+}  // namespace
+
+int Convert(const ConvertOptions& o) {
+    return o.sInto.empty() ? ConvertOne(o) : ConvertAll(o);
 }
 
 }  // namespace tools

@@ -2,6 +2,7 @@
 #include "tools/csv.h"
 
 #include <stdexcept>
+#include <string>
 
 #include "tools/limits.h"
 #include "tools/say.h"
@@ -62,7 +63,7 @@ bool IsCsv(const std::string& sPath, const std::string& sFormat) {
 }
 
 void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::Limits& oLimits,
-             vok::Data& oTree, vok::Load_Report& oReport) {
+             vok::Data& oTree, vok::Load_Report& oReport, CsvColumns& oColumns) {
     vok::Csv_Options o;
     o.m_cSeparator = TheCsvForm().cSeparator;
     if (o.m_cSeparator == 0 && EndingsOf(sPath).bTab) o.m_cSeparator = '\t';
@@ -84,23 +85,20 @@ void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::
                         ? Say("has %0 fault in its rows, which was passed over", {sFaults})
                         : Say("has %0 faults in its rows, which were passed over", {sFaults}));
     }
-    for (const vok::Csv_Column& oColumn : oCsv.m_aoColumn) {
-        TheCsvForm().asColumn.emplace_back(oColumn.m_oName.View());
-    }
+    for (const vok::Csv_Column& oColumn : oCsv.m_aoColumn) oColumns.push_back(oColumn.m_oName);
 }
 
-vok::u3_t SaveCsv(const vok::Data& oTop, const std::string& sPath, vok::File_Stream& oOut) {
+vok::u3_t SaveCsv(const vok::Data& oTop, const CsvColumns& oColumns, const std::string& sPath,
+                  vok::File_Stream& oOut) {
     const CsvForm& oTold = TheCsvForm();
     vok::Csv_Form o;
     o.m_bStrict = false;
     if (EndingsOf(sPath).bTab) o.m_cSeparator = '\t';
-    if (oTold.asColumn.empty()) {
+    if (oColumns.empty()) {
         if (oTold.cSeparator != 0) o.m_cSeparator = oTold.cSeparator;
         o.m_bHeader = oTold.bHeader;
     }
-    for (const std::string& s : oTold.asColumn) {
-        o.m_aoColumn.push_back({vok::Str(std::string_view(s)), {}});
-    }
+    for (const vok::Str& oColumn : oColumns) o.m_aoColumn.push_back({oColumn, {}});
     return vok::Csv_Save(oTop, oOut, o, TheLimits()).m_uLeftOut;
 }
 

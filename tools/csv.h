@@ -8,6 +8,7 @@
 
 #include "vok/base/arr.h"
 #include "vok/base/limits.h"
+#include "vok/base/str.h"
 #include "vok/data/data.h"
 #include "vok/file/stream.h"
 
@@ -17,8 +18,7 @@ namespace tools {
 struct CsvForm {
     char cSeparator = 0;  // 0: by content
     bool bHeader = true;
-    bool bRagged = false;               // rows are taken whatever is wrong with them
-    std::vector<std::string> asColumn;  // of the one that was loaded last, in their order
+    bool bRagged = false;  // rows are taken whatever is wrong with them
 };
 CsvForm& TheCsvForm() noexcept;
 
@@ -29,14 +29,18 @@ void SetSeparator(const std::string& sText);
 // one: nothing in its content would say so.
 bool IsCsv(const std::string& sPath, const std::string& sFormat);
 
-// Loads one; errors call it by its path.
+// The names of the columns of a csv file, in their order.
+using CsvColumns = std::vector<vok::Str>;
+
+// Loads one, and appends its columns; errors call it by its path.
 void LoadCsv(const std::string& sPath, const vok::Arr<char>& oBytes, const vok::Limits& oLimits,
-             vok::Data& oTree, vok::Load_Report& oReport);
+             vok::Data& oTree, vok::Load_Report& oReport, CsvColumns& oColumns);
 
 // Writes the successors of a node as rows for a file of such a name, and returns how many nodes and
-// attributes do not fit. Of a csv file that was loaded the columns keep their order; for any other
-// document the command line says how rows are written.
-vok::u3_t SaveCsv(const vok::Data& oTop, const std::string& sPath, vok::File_Stream& oOut);
+// attributes do not fit. Where it comes from a csv file its columns keep their order; else there
+// are none, and the command line says how rows are written.
+vok::u3_t SaveCsv(const vok::Data& oTop, const CsvColumns& oColumns, const std::string& sPath,
+                  vok::File_Stream& oOut);
 
 }  // namespace tools
 

@@ -15,6 +15,7 @@
 #include "tools/json_nodes.h"
 #include "tools/output.h"
 #include "tools/page.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
@@ -141,8 +142,7 @@ vok::u3_t ForEach(const DiffOptions& o, const Input& oA, const Input& oB,
     const auto oVisit = [&](const Data_Difference& oFound) {
         uPaths += std::strlen(oFound.m_sPath);
         if (uPaths > uMost) {
-            std::fprintf(stderr, "vok: %s\n",
-                         Say("there are more differences: too deep to list them all").c_str());
+            Complain(Say("there are more differences: too deep to list them all"));
             oMore();
             return false;
         }

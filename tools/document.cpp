@@ -12,6 +12,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/path.h"
+#include "tools/print.h"
 #include "tools/progress.h"
 #include "tools/say.h"
 #include "tools/standard_input.h"

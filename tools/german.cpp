@@ -15,6 +15,7 @@ struct Pair {
 };
 // By the English text, in byte order.
 constexpr Pair PAIRS[] = {
+    {"\"%0\" and \"%1\" would both become \"%2\"", "aus \"%0\" und \"%1\" würde beiden \"%2\""},
     {"\"%0\" does not exist", "\"%0\" gibt es nicht"},
     {"\"%0\" does not tell a format by its ending (%1): name one with --to",
      "\"%0\" nennt durch seine Endung kein Format (%1): mit --to angeben"},
@@ -25,6 +26,7 @@ constexpr Pair PAIRS[] = {
     {"\"%0\" is no separator: it is one character of ASCII, or tab",
      "\"%0\" ist kein Trennzeichen: das ist ein Zeichen von ASCII oder tab"},
     {"\"%0\" is no version such as 1.2.0", "\"%0\" ist keine Version wie 1.2.0"},
+    {"\"%0\" is read, and would be replaced", "\"%0\" wird gelesen und würde ersetzt"},
     {"\"%0\" may not be written", "\"%0\" darf nicht geschrieben werden"},
     {"%0 byte behind the document", "%0 Byte hinter dem Dokument"},
     {"%0 bytes behind the archive: maybe of an append that was interrupted",
@@ -36,6 +38,8 @@ constexpr Pair PAIRS[] = {
     {"%0: \"%1\" is no %2", "%0: \"%1\" ist kein %2"},
     {"--by-position excludes --patch", "--by-position schließt --patch aus"},
     {"--compact is for JSON", "--compact ist für JSON"},
+    {"--into needs --to: the form of the files", "--into braucht --to: die Form der Dateien"},
+    {"--into needs files, not \"-\"", "--into braucht Dateien, nicht \"-\""},
     {"--records is not for csv files: each node below the top is a row",
      "--records ist nicht für CSV-Dateien: jeder Knoten unter dem obersten ist eine Zeile"},
     {"64-bit number, kept as text", "64-Bit-Zahl, als Text erhalten"},

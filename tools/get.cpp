@@ -8,6 +8,7 @@
 #include "tools/input.h"
 #include "tools/node_lines.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
 #include "vok/data/succ_it.h"

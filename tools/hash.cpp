@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // vok hash: what tells trees apart, whatever form they are in.
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -13,9 +12,10 @@
 
 #include "tools/commands.h"
 #include "tools/document.h"
+#include "tools/each_file.h"
 #include "tools/input.h"
 #include "tools/json_nodes.h"
-#include "tools/output.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/survey.h"
@@ -110,7 +110,7 @@ void PrintHash(const HashOptions& o, const std::string& sFile, const std::string
 int Tell(const HashOptions& o, const std::string& sFile, const std::string& sFault,
          const std::function<std::string()>& oHex) {
     if (!sFault.empty()) {
-        std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(), sFault.c_str());
+        Complain(sFile, sFault);
         return EXIT_NEGATIVE;
     }
     PrintHash(o, sFile, {}, oHex());
@@ -148,18 +148,17 @@ int ByTree(const HashOptions& o, const std::string& sFile) {
 }  // namespace
 
 int Hash(const HashOptions& o) {
-    int iExit = EXIT_GOOD;
-    for (const std::string& sFile : o.asFile) {
+    // What makes it ready is not for several threads.
+    if (o.bSha256) (void)Sha256();
+    return ForEachFile(o.asFile, o.uAtOnce, [&](const std::string& sFile) {
         try {
-            iExit = std::max(iExit, Answer(
-                                        sFile, [&] { return ByRecords(o, sFile); },
-                                        [&] { return ByTree(o, sFile); }));
+            return Answer(
+                sFile, [&] { return ByRecords(o, sFile); }, [&] { return ByTree(o, sFile); });
         } catch (const InputError& oError) {
-            std::fprintf(stderr, "vok: %s\n", Visible(oError.what()).c_str());
-            iExit = std::max<int>(iExit, oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE);
+            Complain(Visible(oError.what()));
+            return static_cast<int>(oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE);
         }
-    }
-    return iExit;
+    });
 }
 
 }  // namespace tools

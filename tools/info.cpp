@@ -9,6 +9,7 @@
 #include "tools/input.h"
 #include "tools/json_nodes.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/survey.h"
 #include "tools/text.h"
 #include "vok/data/walk.h"

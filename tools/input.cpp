@@ -11,6 +11,7 @@
 #include "tools/csv.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/progress.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
@@ -102,7 +103,7 @@ void Parse(Input& o, const std::string& sPath, const Arr<char>& oBytes, const st
            const vok::Limits& oLimits) {
     if (IsCsv(sPath, sFormat)) {
         o.sFormat = "csv";
-        return LoadCsv(sPath, oBytes, oLimits, o.oTree, o.oReport);
+        return LoadCsv(sPath, oBytes, oLimits, o.oTree, o.oReport, o.asColumn);
     }
     vok::File_Buf oIn(oBytes.Beg(), oBytes.Size());
     vok::Document_LoadOptions oOptions;
@@ -166,7 +167,7 @@ void TellNothingAt(const std::string& sPath, const std::string& sAttribute, std:
     const std::string sSaid =
         sAttribute.empty() ? Say("no node at %0; \"/\" is the node \"%1\"", {sPlace, sName})
                            : Say("no attribute at %0; \"/\" is the node \"%1\"", {sPlace, sName});
-    std::fprintf(stderr, "vok: %s\n", sSaid.c_str());
+    Complain(sSaid);
 }
 
 vok::Data_NodeSet Input::Find(const std::string& sPath) const {

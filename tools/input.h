@@ -7,9 +7,11 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vok/base/limits.h"
 #include "vok/base/msg_exception.h"
+#include "vok/base/str.h"
 #include "vok/data/data.h"
 #include "vok/zip/wrapping.h"
 
@@ -21,6 +23,7 @@ struct Input {
     vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
     vok::u3_t uBytes = 0;  // as stored
     vok::Load_Report oReport;
+    std::vector<vok::Str> asColumn;  // of a csv file
     std::string sBehind;  // why what stands behind the document does not belong to it; mostly empty
     vok::Arr<char> oBytes;  // of the document, without its wrapping; where they were to be kept
 

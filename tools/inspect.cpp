@@ -12,6 +12,7 @@
 #include "tools/commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/standard_input.h"
@@ -221,7 +222,7 @@ int Inspect(const InspectOptions& o) {
         return ++uShown != o.uFields;
     });
     const bool bNowhere = uShown == 0 && (o.uOffset || !o.sPath.empty());
-    if (bNowhere) std::fprintf(stderr, "vok: %s\n", Say("nothing at that place").c_str());
+    if (bNowhere) Complain(Say("nothing at that place"));
     return bFaulty || bNowhere ? EXIT_NEGATIVE : EXIT_GOOD;
 }
 

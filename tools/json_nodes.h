@@ -10,7 +10,7 @@
 
 #include <rapidjson/rapidjson.h>
 
-#include "tools/output.h"
+#include "tools/print.h"
 #include "tools/text.h"
 #include "vok/base/str.h"
 #include "vok/data/data.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/loss.h"
+#include "tools/print.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -175,8 +176,7 @@ void TellLosses(const std::string& sFile, const vok::Load_Report& oReport,
     }
     if (!sBehind.empty()) asLost.push_back(sBehind);
     for (const std::string& s : asLost) {
-        std::fprintf(stderr, "vok: %s: %s\n", Visible(sFile).c_str(),
-                     Say("not kept: %0", {s}).c_str());
+        Complain(sFile, Say("not kept: %0", {s}));
     }
     if (bLossless && !asLost.empty()) throw std::invalid_argument(Say("nothing was written"));
 }

@@ -19,6 +19,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/pager.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
@@ -43,12 +44,23 @@ std::string ToLibrary(const std::string& sPath) {
     return LibraryPath(sPath);
 }
 
+void AddJobs(CLI::App& oApp, unsigned& uAtOnce, const char* sWhat) {
+    oApp.add_option("-j,--jobs", uAtOnce, sWhat)->check(CLI::Range(1u, MOST_AT_ONCE));
+}
+
 void AddConvert(CLI::App& oApp) {
     auto* p = oApp.add_subcommand("convert", "Convert a file to another form");
     auto o = std::make_shared<ConvertOptions>();
     p->add_option("IN", o->sIn, "File to read, - for standard input; any form and wrapping")
         ->required();
-    p->add_option("OUT", o->sOut, "File to write, - for standard output")->required();
+    p->add_option("OUT", o->sOut,
+                  "File to write, - for standard output; with --into another one to read");
+    auto asMore = std::make_shared<std::vector<std::string>>();
+    p->add_option("MORE", *asMore, "More files to read, with --into");
+    p->add_option("--into", o->sInto,
+                  "Convert all files that are named: each to one of its name in this folder, with "
+                  "the ending that --to tells");
+    AddJobs(*p, o->uAtOnce, "Files to convert at the same time, with --into");
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "csv"}));
     p->add_option_function<std::string>("--separator", SetSeparator,
@@ -77,6 +89,7 @@ void AddConvert(CLI::App& oApp) {
         "Example: vok convert orders.xml orders.dgraph --compress\n"
         "         vok convert orders.dgraph orders.jsonl\n"
         "         vok convert people.csv people.xml --separator ';'\n"
+        "         vok convert *.xml --into converted --to dgraph -j 4\n"
         "OUT is compressed with gzip if its name ends in .gz. What OUT does not keep is told on\n"
         "standard error, a line for each kind of loss.\n"
         "JSON keeps all of a tree and loads from anywhere: members are successors by name, arrays\n"
@@ -92,7 +105,17 @@ void AddConvert(CLI::App& oApp) {
         "dumps, JSON and csv files, for links, and for XML whose elements are not in the order of "
         "their "
         "names.");
-    p->callback([o] { g_iExit = Convert(*o); });
+    p->callback([o, asMore] {
+        if (o->sInto.empty()) {
+            if (o->sOut.empty()) throw CLI::RequiredError("OUT");
+            if (!asMore->empty()) throw CLI::ExtrasError("convert", *asMore);
+        } else {
+            o->asIn = *asMore;
+            if (!o->sOut.empty()) o->asIn.insert(o->asIn.begin(), o->sOut);
+            o->asIn.insert(o->asIn.begin(), o->sIn);
+        }
+        g_iExit = Convert(*o);
+    });
 }
 
 void AddShow(CLI::App& oApp) {
@@ -160,8 +183,7 @@ void AddFileCommands(CLI::App& oApp) {
     auto* pCheck = oApp.add_subcommand("check", "Load files and report the first fault of each");
     auto o = std::make_shared<CheckOptions>();
     pCheck->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
-    pCheck->add_option("-j,--jobs", o->uAtOnce, "Files to check at the same time")
-        ->check(CLI::Range(1, 256));
+    AddJobs(*pCheck, o->uAtOnce, "Files to check at the same time");
     pCheck->add_flag("--json", o->bJson,
                      "A JSON object a line: file, good, form and nodes, or fault and its place");
     pCheck->footer(
@@ -180,6 +202,7 @@ void AddHash(CLI::App& oApp) {
         oApp.add_subcommand("hash", "Print what tells trees apart, whatever form they are in");
     auto o = std::make_shared<HashOptions>();
     p->add_option("FILE", o->asFile, "Files to read, - for standard input")->required();
+    AddJobs(*p, o->uAtOnce, "Files to hash at the same time");
     p->add_option("--path", o->sPath, "Hash the nodes at this path, each by itself")
         ->capture_default_str()
         ->transform(ToLibrary);
@@ -292,10 +315,10 @@ void AddCompletion(CLI::App& oApp) {
 // What is wrong comes from the command line or from files: nothing in it may play with a terminal.
 int Fail(const std::exception& oError) {
     if (dynamic_cast<const std::bad_alloc*>(&oError) != nullptr) {
-        std::fprintf(stderr, "vok: %s\n", Say("not enough memory").c_str());
+        Complain(Say("not enough memory"));
         return EXIT_TROUBLE;
     }
-    std::fprintf(stderr, "vok: %s\n", Visible(InOptions(Line(oError.what()))).c_str());
+    Complain(Visible(InOptions(Line(oError.what()))));
     return EXIT_TROUBLE;
 }
 

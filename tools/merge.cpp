@@ -9,6 +9,7 @@
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/loss.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"
@@ -47,9 +48,8 @@ void Report(const Data_Conflict& o) {
     }
     const std::string sAttribute =
         o.m_sAttribute != nullptr ? ' ' + Escaped(o.m_sAttribute) : std::string();
-    std::fprintf(stderr, "vok: %s\n  = %s\n  < %s\n  > %s\n",
-                 Say("conflict at %0", {ShownPlace(o.m_sPath) + sAttribute}).c_str(), sBase.c_str(),
-                 SideText(o, o.m_oA).c_str(), SideText(o, o.m_oB).c_str());
+    Complain(Say("conflict at %0", {ShownPlace(o.m_sPath) + sAttribute}) + "\n  = " + sBase +
+             "\n  < " + SideText(o, o.m_oA) + "\n  > " + SideText(o, o.m_oB));
 }
 
 }  // namespace
@@ -68,8 +68,7 @@ int Merge(const MergeOptions& o) {
         if (ePick != vok::Data_MergePick::None) return false;
         uPaths += std::strlen(oConflict.m_sPath);
         if (uPaths > uMost) {
-            std::fprintf(stderr, "vok: %s\n",
-                         Say("there are more conflicts: too deep to list them all").c_str());
+            Complain(Say("there are more conflicts: too deep to list them all"));
             return false;
         }
         Report(oConflict);

@@ -5,6 +5,7 @@
 
 #include "tools/document.h"
 #include "tools/output.h"
+#include "tools/print.h"
 
 namespace tools {
 

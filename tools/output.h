@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Files that are there whole or not at all, and standard output that is whole or an error.
+// Files that are there whole or not at all.
 #ifndef TOOLS_OUTPUT_H
 #define TOOLS_OUTPUT_H
 
+#include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "vok/file/buf.h"
 #include "vok/file/replacement.h"
@@ -16,6 +17,9 @@ namespace tools {
 // half-written and end the program with 128 and the number of the signal. Files beyond the limit of
 // the process are errors like a full disk.
 void HandleSignals();
+
+// So many files are written at a time at most.
+inline constexpr unsigned MOST_AT_ONCE = 256;
 
 // A file to be written, a vok::File_Replacement; "-" is standard output, which gets everything with
 // Commit().
@@ -34,6 +38,11 @@ class Output {
     void Commit(bool bDurable = true);
 
   private:
+    struct GiveBack {
+        void operator()(std::atomic<bool>* pTaken) const noexcept { *pTaken = false; }
+    };
+
+    std::unique_ptr<std::atomic<bool>, GiveBack> m_pTaken;  // the place where a signal finds it
     std::optional<vok::File_Replacement> m_oFile;
     vok::File_Buf m_oBuffer{"w"};  // for standard output
 };
@@ -49,20 +58,6 @@ class Appending {
   private:
     std::string m_sPath;
 };
-
-// Writes to standard output. Raises "file write error" once something did not get there, and
-// std::length_error for more than AllowPrinting() has allowed.
-void Print(std::string_view s);
-// What is printed about input that was made to be small and to give much - links with long paths,
-// the parts of parts of a deep tree - stays in proportion to its bytes: 200 for each, and 64 MiB.
-// Nothing is bounded before the first call; each one allows more.
-void AllowPrinting(vok::u3_t uInputBytes) noexcept;
-// The same for bytes of an input that was allowed for, without the free ones.
-void AllowMorePrinting(vok::u3_t uInputBytes) noexcept;
-// What is written to it is printed, however much it is.
-[[nodiscard]] vok::File_Stream& StandardOutput();
-// For the end of the program: the same for what is still on its way.
-void FinishPrinting();
 
 }  // namespace tools
 

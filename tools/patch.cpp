@@ -5,6 +5,7 @@
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/loss.h"
+#include "tools/print.h"
 #include "tools/text.h"
 #include "tools/tree_file.h"
 #include "vok/base/msg_exception.h"
@@ -19,8 +20,7 @@ int Patch(const PatchOptions& o) {
         oResult = oIn.oTree.ApplyPatch(oPatch.oTree);
     } catch (const vok::Msg_Exception& oError) {
         if (IsNoMemory(oError)) throw;
-        std::fprintf(stderr, "vok: %s: %s\n", Visible(o.sPatch).c_str(),
-                     Visible(Line(oError.what())).c_str());
+        Complain(o.sPatch, Line(oError.what()));
         return EXIT_NEGATIVE;
     }
     TellReadingLosses(o.sIn, oIn.oReport, oIn.sBehind);

@@ -6,6 +6,7 @@
 #include "tools/commands.h"
 #include "tools/limits.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "tools/standard_input.h"
@@ -23,7 +24,7 @@ using vok::Inspect_Field;
 constexpr vok::u3_t MOST_TOLD = 100;
 
 void TellField(const std::string& sFile, const Inspect_Field& o) {
-    std::string s = "vok: " + sFile + ": ";
+    std::string s;
     if (o.m_uDocument != 0) s += "document " + std::to_string(o.m_uDocument) + ", ";
     s += "byte " + std::to_string(o.m_uOffset);
     if (!o.m_sPath.empty()) s += ", at " + Shortened(ShownPath(Shortened(o.m_sPath)));
@@ -33,13 +34,12 @@ void TellField(const std::string& sFile, const Inspect_Field& o) {
     } else {
         s += o.m_sName + (": " + std::string(o.m_sFault));
     }
-    std::fprintf(stderr, "%s\n", Visible(s).c_str());
+    Complain(sFile, s);
 }
 
 void TellCount(const std::string& sFile, vok::u3_t uCount, const char* sOne, const char* sMany) {
     if (uCount == 0) return;
-    std::fprintf(stderr, "vok: %s: %llu %s\n", Visible(sFile).c_str(),
-                 static_cast<unsigned long long>(uCount), Say(uCount == 1 ? sOne : sMany).c_str());
+    Complain(sFile, std::to_string(uCount) + ' ' + Say(uCount == 1 ? sOne : sMany));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "tools/document.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "tools/say.h"
 
 namespace tools {

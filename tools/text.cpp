@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "tools/pager.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"
 #include "vok/base/base64.h"
@@ -156,7 +157,7 @@ std::string Hex(std::string_view sBytes, bool bBlanks) {
 }
 
 void Tell(std::string_view sName, std::string_view sWhat) {
-    std::fprintf(stderr, "vok: \"%s\" %s\n", Escaped(sName).c_str(), Visible(sWhat).c_str());
+    Complain('"' + Escaped(sName) + "\" " + Visible(sWhat));
 }
 
 std::string BehindText(vok::u3_t uBytes) {

@@ -6,6 +6,7 @@
 #include "tools/loss.h"
 #include "tools/output.h"
 #include "tools/path.h"
+#include "tools/print.h"
 #include "tools/say.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/document/document.h"
@@ -84,7 +85,7 @@ void WriteFile(const std::string& sPath, const FileForm& o, bool bWhole,
     } else {
         oWrap({oFile.Stream(), o.eWrapping});
     }
-    oFile.Commit();
+    oFile.Commit(o.bDurable);
 }
 
 void SaveTree(vok::Data oTree, const std::string& sPath, const FileForm& oForm,

@@ -19,6 +19,7 @@
 #include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/path.h"
+#include "tools/print.h"
 #include "tools/progress.h"
 #include "tools/say.h"
 #include "tools/text.h"

@@ -9,6 +9,7 @@
 
 #include "examples/package_inventory/status_file.h"
 #include "tools/output.h"
+#include "tools/print.h"
 #include "vok/base/msg.h"
 #include "vok/data/succ_it.h"
 #include "vok/dgraph/dgraph.h"

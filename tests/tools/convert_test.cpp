@@ -31,6 +31,57 @@ TEST_F(Program, EveryFormToEveryForm) {
     EXPECT_TRUE(Has(o.sOut, "<n dt:dt=\"r8\">0.1</n>"));
 }
 
+// Each to a file of its name, in the order that they were named in however many are done at a time.
+TEST_F(Program, ManyFilesAtOnce) {
+    ToDisk("a.xml", "<a><r><x>1</x></r></a>");
+    ToDisk("b.conf", "<b><!-- --></b>");
+    ToDisk("bad.xml", "<a>");
+    ToDisk("rows.tsv", "u\tt\n1\t2\n");
+    ASSERT_EQ(Run("convert a.xml c.dgraph.gz").iExit, 0);
+    const std::string sErr =
+        "vok: b.conf: not kept: 1 comment\n"
+        "vok: bad.xml: byte 3, line 1, column 4, at /: missing char '<' in XML stream\n";
+    for (const char* sAtOnce : {"1", "4", "256"}) {
+        const Outcome o =
+            Run("convert a.xml b.conf bad.xml c.dgraph.gz rows.tsv --into new/out --to json -j "s +
+                sAtOnce);
+        EXPECT_EQ(o.iExit, 1);
+        EXPECT_EQ(o.sErr, sErr);
+        EXPECT_EQ(OnDisk("new/out/c.json"), OnDisk("new/out/a.json"));
+        EXPECT_EQ(
+            HashesIn(Run("hash -j 3 a.xml new/out/a.json rows.tsv new/out/rows.json").sOut).size(),
+            4u);
+        EXPECT_EQ(HashOf("new/out/b.conf.json"), HashOf("b.conf"));
+        EXPECT_FALSE(fs::exists("new/out/bad.json"));
+        EXPECT_EQ(LeftBehind(), "");
+        fs::remove_all("new");
+    }
+    // The columns of one csv file are not those of another document.
+    EXPECT_EQ(Run("convert rows.tsv a.xml --into made --to csv").iExit, 0);
+    EXPECT_EQ(OnDisk("made/rows.csv") + OnDisk("made/a.csv"), "u,t\n1,2\nx\n1\n");
+    EXPECT_EQ(Run("convert a.xml --into made --to xml --zip").iExit, 0);
+    EXPECT_EQ(HashOf("made/a.xml.zip"), HashOf("a.xml"));
+    const struct {
+        const char* sArguments;
+        const char* sErr;
+    } CASES[] = {
+        {"a.xml", "OUT is required\nRun with --help for more information.\n"},
+        {"a.xml x.xml y.xml",
+         "The following argument was not expected: y.xml\nRun with --help for more information.\n"},
+        {"a.xml --into made", "vok: --into needs --to: the form of the files\n"},
+        {"- a.xml --into made --to xml", "vok: --into needs files, not \"-\"\n"},
+        {"b.conf a.xml --into . --to xml", "vok: \"./a.xml\" is read, and would be replaced\n"},
+        {"a.xml a.json --into made --to dump",
+         "vok: \"a.xml\" and \"a.json\" would both become \"made/a.dump\"\n"},
+        {"a.xml --into a.xml/out --to json", "vok: could not create directory \"a.xml"},
+    };
+    for (const auto& oCase : CASES) {
+        const Outcome o = Run("convert "s + oCase.sArguments);
+        EXPECT_EQ(o.iExit, 2) << oCase.sArguments;
+        EXPECT_EQ(o.sErr.substr(0, std::strlen(oCase.sErr)), oCase.sErr);
+    }
+}
+
 // By their endings or by --from, for every command; faults with their place, and nothing written.
 TEST_F(Program, CsvFilesAreRead) {
     ToDisk("people.csv", "name;born\nAda;1815-12-10\n\"Grace \"\"A\"\"\";1906-12-09\n");
