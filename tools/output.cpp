@@ -27,14 +27,24 @@ struct HalfWritten {
 };
 static_assert(vok::File_Replacement::Watch::is_always_lock_free);
 HalfWritten g_aoHalfWritten[MOST_AT_ONCE];
+// No other file is begun.
+std::atomic<bool> g_bEnding{false};
 // The file to be cut back then, and to which size.
 std::atomic<const char*> g_sAppended{nullptr};
 std::atomic<vok::i3_t> g_iSizeBefore{0};
 
-extern "C" void OnSignal(int iSignal) {
+void RemoveHalfWritten() noexcept {
     for (const HalfWritten& o : g_aoHalfWritten) {
         if (const char* sPath = o.sPath.load()) vok::sys::RemoveOnInterrupt(sPath);
     }
+}
+
+extern "C" void OnSignal(int iSignal) {
+    g_bEnding = true;
+    RemoveHalfWritten();
+    // What another thread was about to make when it was looked for is there by now.
+    vok::sys::SleepMs(5);
+    RemoveHalfWritten();
     if (const char* sPath = g_sAppended.load()) {
         (void)vok::sys::TruncateFile(sPath, g_iSizeBefore.load());
     }
@@ -69,6 +79,7 @@ Output::Output(const std::string& sPath) {
         if (++p == std::end(g_aoHalfWritten)) throw std::length_error("too many files");
     }
     m_pTaken.reset(&p->bTaken);
+    while (g_bEnding) vok::sys::SleepMs(1000);
     m_oFile.emplace(vok::Str(sPath), &p->sPath);
 }
 
