@@ -28,6 +28,7 @@
 #include "vok/file/buf.h"
 #include "vok/file/ext_buf.h"
 #include "vok/file/file.h"
+#include "vok/file/nam_pipe.h"
 #include "vok/file/path.h"
 #include "vok/file/replacement.h"
 #include "vok/file/scan.h"
