@@ -32,6 +32,7 @@
 #include "vok/file/path.h"
 #include "vok/file/replacement.h"
 #include "vok/file/scan.h"
+#include "vok/file/shm.h"
 #include "vok/file/tree.h"
 #include "vok/inspect/inspect.h"
 #include "vok/inspect/salvage.h"

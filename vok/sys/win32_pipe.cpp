@@ -4,14 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <new>
 #include <string>
 #include <utility>
 
-#include "vok/sys/win32_text.h"
-
-#include <sddl.h>
+#include "vok/sys/win32_handle.h"
 
 namespace vok::sys {
 
@@ -19,29 +16,10 @@ namespace {
 
 constexpr DWORD BUFFER = 64 * 1024;
 constexpr std::size_t MOST_AT_ONCE = std::size_t{1} << 20;
+// What clients may do: not make more pipes of the name.
+constexpr DWORD CLIENT_ACCESS =
+    FILE_GENERIC_READ | (FILE_GENERIC_WRITE & ~DWORD{FILE_CREATE_PIPE_INSTANCE});
 constexpr u2_t LONGEST_PAUSE = 50;  // ms between attempts to connect
-
-class Handle {
-  public:
-    explicit Handle(HANDLE h = nullptr) noexcept : m_h(h != INVALID_HANDLE_VALUE ? h : nullptr) {}
-    Handle(Handle&& o) noexcept : m_h(std::exchange(o.m_h, nullptr)) {}
-    Handle& operator=(Handle&& o) noexcept {
-        std::swap(m_h, o.m_h);
-        return *this;
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle() {
-        const DWORD uError = ::GetLastError();
-        if (m_h != nullptr) ::CloseHandle(m_h);
-        ::SetLastError(uError);
-    }
-    [[nodiscard]] HANDLE Get() const noexcept { return m_h; }
-    [[nodiscard]] bool IsOpen() const noexcept { return m_h != nullptr; }
-
-  private:
-    HANDLE m_h;
-};
 
 class Deadline {
   public:
@@ -105,46 +83,6 @@ class Deadline {
                                                                                     : Failure();
     }
 }
-
-// Who may use the pipe: its user, or, apart from making more of the name, all.
-class Security {
-  public:
-    [[nodiscard]] bool Make(bool bEveryone) noexcept {
-        HANDLE hToken = nullptr;
-        if (::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &hToken) == 0) return false;
-        const Handle oToken(hToken);
-        alignas(TOKEN_USER) char sUser[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-        DWORD uSize = 0;
-        if (::GetTokenInformation(hToken, TokenUser, sUser, sizeof(sUser), &uSize) == 0)
-            return false;
-        wchar_t* sSid = nullptr;
-        if (::ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(sUser)->User.Sid, &sSid) == 0)
-            return false;
-        wchar_t sText[256] = L"D:P(A;;GA;;;";
-        constexpr std::size_t LONGEST_SID = 190;
-        const bool bFits = std::wcslen(sSid) < LONGEST_SID;
-        if (bFits) {
-            std::wcscat(sText, sSid);
-            // Reading, writing and attributes, without FILE_CREATE_PIPE_INSTANCE.
-            std::wcscat(sText, bEveryone ? L")(A;;0x12019b;;;WD)" : L")");
-        }
-        ::LocalFree(sSid);
-        return bFits && ::ConvertStringSecurityDescriptorToSecurityDescriptorW(
-                            sText, SDDL_REVISION_1, &m_p, nullptr) != 0;
-    }
-    Security() noexcept = default;
-    Security(const Security&) = delete;
-    Security& operator=(const Security&) = delete;
-    ~Security() {
-        const DWORD uError = ::GetLastError();
-        if (m_p != nullptr) ::LocalFree(m_p);
-        ::SetLastError(uError);
-    }
-    [[nodiscard]] PSECURITY_DESCRIPTOR Get() const noexcept { return m_p; }
-
-  private:
-    PSECURITY_DESCRIPTOR m_p = nullptr;
-};
 
 }  // namespace
 
@@ -211,7 +149,9 @@ PipeServer* ListenPipe(const char* sName, bool bEveryone) noexcept {
     bool bGood = FullName(sName, pServer->sName);
     if (bGood) {
         pServer->oEvent = NewEvent();
-        bGood = (pServer->oEvent.IsOpen() && pServer->oSecurity.Make(bEveryone)) || TakeLastError();
+        bGood =
+            (pServer->oEvent.IsOpen() && pServer->oSecurity.Make(bEveryone ? CLIENT_ACCESS : 0)) ||
+            TakeLastError();
     }
     if (bGood) {
         pServer->oNext = NewInstance(*pServer, true);
@@ -263,10 +203,9 @@ PipeEnd ConnectPipe(const char* sName, u2_t uMs, Pipe*& pPipe) noexcept {
     std::wstring sFull;
     if (!FullName(sName, sFull)) return PipeEnd::Failed;
     for (DWORD uPause = 1;; uPause = std::min<DWORD>(2 * uPause, LONGEST_PAUSE)) {
-        // No more than everybody may do with it; and the server is not to act for this user.
+        // The server is not to act for this user.
         Handle oPipe(::CreateFileW(
-            sFull.c_str(), FILE_GENERIC_READ | (FILE_GENERIC_WRITE & ~FILE_CREATE_PIPE_INSTANCE), 0,
-            nullptr, OPEN_EXISTING,
+            sFull.c_str(), CLIENT_ACCESS, 0, nullptr, OPEN_EXISTING,
             FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr));
         if (oPipe.IsOpen()) {
             return Wrap(std::move(oPipe), false, pPipe) ? PipeEnd::Done : PipeEnd::Failed;
