@@ -22,14 +22,15 @@ namespace {
 using Mode = File_Shm::Mode;
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
-const std::string NAME = "vok-test-" + std::to_string(sys::ProcessId());
+const std::string g_sName = "vok-test-" + std::to_string(sys::ProcessId());
+const char* const NAME = g_sName.c_str();
 
 // The name is free before and behind each test.
 class Shm_Test : public File_Test {
   protected:
-    Shm_Test() { (void)File_Shm::Remove(NAME.c_str()); }
+    Shm_Test() { (void)File_Shm::Remove(NAME); }
     ~Shm_Test() override {
-        (void)File_Shm::Remove(NAME.c_str());
+        (void)File_Shm::Remove(NAME);
         File_Shm::CheckAllClosed();
     }
 };
@@ -44,7 +45,7 @@ std::string All(File_Shm& o) {
 
 // Whatever is done to it is what comes of a buffer in memory.
 TEST_F(Shm_Test, IsAStreamLikeABuffer) {
-    File_Shm oShm(NAME.c_str(), Mode::Create, 4 * MIB);
+    File_Shm oShm(NAME, Mode::Create, 4 * MIB);
     File_Buf oBuf("w+");
     std::mt19937 oRandom(1);
     const std::string sNoise = Noise(MIB, 8);
@@ -80,8 +81,8 @@ TEST_F(Shm_Test, IsAStreamLikeABuffer) {
 }
 
 TEST_F(Shm_Test, ReadersSeeWhatIsPublished) {
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
-    File_Shm oEarly(NAME.c_str());
+    File_Shm oWriter(NAME, Mode::Create);
+    File_Shm oEarly(NAME);
     oWriter.Write("first");
     EXPECT_EQ(All(oEarly), "");
     EXPECT_FALSE(oEarly.Refresh());
@@ -91,7 +92,7 @@ TEST_F(Shm_Test, ReadersSeeWhatIsPublished) {
     EXPECT_FALSE(oEarly.Refresh());
     EXPECT_EQ(All(oEarly), "first");
     oWriter.Write(" second");
-    const File_Shm oOther(NAME.c_str());
+    const File_Shm oOther(NAME);
     EXPECT_EQ(oOther.Size(), 5u);
     oWriter.Publish();
     oWriter.Publish();
@@ -111,7 +112,7 @@ TEST_F(Shm_Test, ReadersSeeWhatIsPublished) {
     EXPECT_TRUE(Has(Failing([&] { oEarly.Publish(); }), "is not open for write"));
     oWriter.Close();
     // The next one goes on there, and nothing that was left shows in a gap.
-    oWriter.Open(NAME.c_str(), Mode::Write);
+    oWriter.Open(NAME, Mode::Write);
     EXPECT_EQ(oWriter.Tell(), 12);
     oWriter.Seek(3, File_Stream::FROM_END);
     oWriter.Write("third");
@@ -144,15 +145,14 @@ TEST_F(Shm_Test, WhoMayOpenIt) {
         {true, true, Mode::CreateOrOpen, 100, "EBUSY"},
     };
     for (const Case& o : CASES) {
-        (void)File_Shm::Remove(NAME.c_str());
+        (void)File_Shm::Remove(NAME);
         File_Shm oOther, oKeeps, oShm;
         if (o.bThere) {
-            oOther.Open(NAME.c_str(), Mode::Create, 200);
-            oKeeps.Open(NAME.c_str());
+            oOther.Open(NAME, Mode::Create, 200);
+            oKeeps.Open(NAME);
             if (!o.bWritten) oOther.Close();
         }
-        const std::string sWhat = Failing([&] { oShm.Open(NAME.c_str(), o.eMode, o.uLimit); });
-        EXPECT_TRUE(Has(sWhat, o.sWhy) && sWhat.empty() == (*o.sWhy == 0)) << sWhat;
+        EXPECT_TRUE(Raises(o.sWhy, [&] { oShm.Open(NAME, o.eMode, o.uLimit); }));
         EXPECT_EQ(oShm.IsOpen(), *o.sWhy == 0);
         EXPECT_EQ(oShm.Limit(), !oShm.IsOpen() ? 0 : o.bThere ? 200u : 100u);
     }
@@ -175,8 +175,8 @@ TEST_F(Shm_Test, WhoMayOpenIt) {
 TEST_F(Shm_Test, GrowsUpToItsLimit) {
     constexpr u3_t LIMIT = 40 * MIB + 7;
     const std::string sPart = Noise(3 * MIB, 8);
-    File_Shm oWriter(NAME.c_str(), Mode::Create, LIMIT);
-    File_Shm oReader(NAME.c_str());
+    File_Shm oWriter(NAME, Mode::Create, LIMIT);
+    File_Shm oReader(NAME);
     while (oWriter.Size() + sPart.size() <= LIMIT) {
         oWriter.Write(sPart.data(), sPart.size());
         oWriter.Publish();
@@ -185,12 +185,11 @@ TEST_F(Shm_Test, GrowsUpToItsLimit) {
         EXPECT_EQ(oReader.Read(oRead, File_Stream::ALL), sPart.size());
         ASSERT_EQ(std::string_view(oRead.Beg(), oRead.Size()), sPart);
     }
-    const u3_t uLeft = LIMIT - oWriter.Size();
-    const std::string sWhat =
-        Failing([&] { oWriter.Write(sPart.data(), static_cast<std::size_t>(uLeft) + 1); });
-    EXPECT_TRUE(Has(sWhat, "Cannot resize shared memory '" + NAME + "' to size " +
-                               std::to_string(LIMIT + 1) + ": errno=EFBIG"));
-    oWriter.Write(sPart.data(), static_cast<std::size_t>(uLeft));
+    const auto uLeft = static_cast<std::size_t>(LIMIT - oWriter.Size());
+    EXPECT_TRUE(
+        Raises("Cannot resize shared memory '" + g_sName + "' to size 41943048: errno=EFBIG",
+               [&] { oWriter.Write(sPart.data(), uLeft + 1); }));
+    oWriter.Write(sPart.data(), uLeft);
     oWriter.Seek(100, File_Stream::FROM_END);
     EXPECT_TRUE(Has(Failing([&] { oWriter.Write("x"); }), "EFBIG"));
     EXPECT_EQ(oWriter.Size(), LIMIT);
@@ -217,12 +216,12 @@ bool TakeNumbers(File_Shm& o, u2_t& uNext) {
 
 TEST_F(ShmThreads, ReadWhileSomebodyWrites) {
     constexpr u2_t ALL = 300 * AT_A_TIME;
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
+    File_Shm oWriter(NAME, Mode::Create);
     std::vector<std::thread> aoThread;
     std::atomic<unsigned> uGood{0};
     for (int i = 0; i < 3; ++i) {
         aoThread.emplace_back([&uGood] {
-            File_Shm oReader(NAME.c_str());
+            File_Shm oReader(NAME);
             u2_t uNext = 0;
             while (uNext < ALL && TakeNumbers(oReader, uNext)) std::this_thread::yield();
             uGood += uNext == ALL;
@@ -250,11 +249,11 @@ const Role_Start g_oPublish("publish", [](const std::string& sName) -> int {
 });
 
 TEST_F(Shm_Test, AWriterThatIsKilledLeavesWholePublications) {
-    File_Shm(NAME.c_str(), Mode::Create).Publish();
+    File_Shm(NAME, Mode::Create).Publish();
     File_Shm oReader;
     // The memory of Windows goes with the last process that has it.
-    File_Shm oFirst(NAME.c_str(), Mode::CreateOrOpen);
-    oReader.Open(NAME.c_str());
+    File_Shm oFirst(NAME, Mode::CreateOrOpen);
+    oReader.Open(NAME);
     oFirst.Close();
     u2_t uNext = 0;
     for (u2_t uRound = 1; uRound <= 2; ++uRound) {
@@ -266,18 +265,18 @@ TEST_F(Shm_Test, AWriterThatIsKilledLeavesWholePublications) {
         EXPECT_TRUE(TakeNumbers(oReader, uNext));
         EXPECT_EQ(uNext, uRound * 50 * AT_A_TIME);
     }
-    File_Shm oNext(NAME.c_str(), Mode::Write);
+    File_Shm oNext(NAME, Mode::Write);
     PublishNumbers(oNext, uNext);
     u2_t uAgain = 0;
-    EXPECT_TRUE(TakeNumbers(*std::make_unique<File_Shm>(NAME.c_str()), uAgain));
+    EXPECT_TRUE(TakeNumbers(*std::make_unique<File_Shm>(NAME), uAgain));
     EXPECT_EQ(uAgain, uNext);
 }
 
 TEST_F(Shm_Test, CountsThoseThatAreOpen) {
     const Mem_Probe oProbe;
     EXPECT_EQ(File_Shm::InUse(), 0u);
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
-    const File_Shm oReader(NAME.c_str());
+    File_Shm oWriter(NAME, Mode::Create);
+    const File_Shm oReader(NAME);
     EXPECT_EQ(Failing([] { File_Shm::CheckAllClosed(); }), "still 2 shared memory in use");
     oWriter.Write("abc");
     oWriter.Publish();
@@ -292,25 +291,25 @@ TEST_F(Shm_Test, CountsThoseThatAreOpen) {
 #ifndef _WIN32
 
 // Where the system keeps them.
-const std::string PATH = "/dev/shm/" + NAME;
+const std::string PATH = "/dev/shm/" + g_sName;
 
 TEST_F(Shm_Test, RemovingTakesTheName) {
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
+    File_Shm oWriter(NAME, Mode::Create);
     oWriter.Write("old");
     oWriter.Publish();
-    File_Shm oReader(NAME.c_str());
-    EXPECT_TRUE(File_Shm::Remove(NAME.c_str()));
-    EXPECT_FALSE(File_Shm::Remove(NAME.c_str()));
-    File_Shm oNew(NAME.c_str(), Mode::Create);
+    File_Shm oReader(NAME);
+    EXPECT_TRUE(File_Shm::Remove(NAME));
+    EXPECT_FALSE(File_Shm::Remove(NAME));
+    File_Shm oNew(NAME, Mode::Create);
     oNew.Write("new");
     oNew.Publish();
     EXPECT_EQ(All(oReader), "old");
-    EXPECT_EQ(All(*std::make_unique<File_Shm>(NAME.c_str())), "new");
+    EXPECT_EQ(All(*std::make_unique<File_Shm>(NAME)), "new");
 }
 
 TEST_F(Shm_Test, NobodyElseHasAccess) {
     const mode_t uBefore = ::umask(0);
-    File_Shm(NAME.c_str(), Mode::Create).Publish();
+    File_Shm(NAME, Mode::Create).Publish();
     ::umask(uBefore);
     struct stat oStat {};
     ASSERT_EQ(::stat(PATH.c_str(), &oStat), 0);
@@ -318,12 +317,12 @@ TEST_F(Shm_Test, NobodyElseHasAccess) {
     if (::geteuid() != 0) GTEST_SKIP() << "files can be given away by root only";
     ASSERT_EQ(::chown(PATH.c_str(), 1, 1), 0);
     for (const Mode e : {Mode::Read, Mode::Write, Mode::CreateOrOpen}) {
-        EXPECT_TRUE(Has(Failing([&] { File_Shm(NAME.c_str(), e); }), "errno=EACCES"));
+        EXPECT_TRUE(Has(Failing([&] { File_Shm(NAME, e); }), "errno=EACCES"));
     }
 }
 
 TEST_F(Shm_Test, MemoryRunsOut) {
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
+    File_Shm oWriter(NAME, Mode::Create);
     oWriter.Write("published");
     oWriter.Publish();
     const std::string sLarge(MIB, 'x');
@@ -337,11 +336,12 @@ TEST_F(Shm_Test, MemoryRunsOut) {
     const std::string sFits = Failing([&] { oWriter.Write(sLarge.data(), MIB / 2 - 5000); });
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &oBefore), 0);
     std::signal(SIGXFSZ, pBefore);
-    EXPECT_TRUE(Has(sWhat, "Cannot resize shared memory '" + NAME + "' to size 1048585: errno="));
+    EXPECT_TRUE(
+        Has(sWhat, "Cannot resize shared memory '" + g_sName + "' to size 1048585: errno="));
     EXPECT_EQ(sFits, "");
     oWriter.Write(sLarge.data(), sLarge.size());
     oWriter.Publish();
-    EXPECT_EQ(All(*std::make_unique<File_Shm>(NAME.c_str())),
+    EXPECT_EQ(All(*std::make_unique<File_Shm>(NAME)),
               "published" + std::string(MIB / 2 - 5000, 'x') + sLarge);
 }
 
@@ -370,13 +370,13 @@ TEST_F(Shm_Test, HeadersThatDoNotHoldTogether) {
         {GENERATION, 1, 0, "ENOENT"},
     };
     for (const Case& o : CASES) {
-        (void)File_Shm::Remove(NAME.c_str());
+        (void)File_Shm::Remove(NAME);
         {
-            File_Shm oWriter(NAME.c_str(), Mode::Create, 65536);
+            File_Shm oWriter(NAME, Mode::Create, 65536);
             oWriter.Write("abc");
             oWriter.Publish();
         }
-        File_Shm oReader(NAME.c_str());
+        File_Shm oReader(NAME);
         {
             std::fstream oFile(PATH, std::ios::in | std::ios::out | std::ios::binary);
             oFile.seekp(static_cast<std::streamoff>(o.uField));
@@ -384,33 +384,32 @@ TEST_F(Shm_Test, HeadersThatDoNotHoldTogether) {
         }
         ASSERT_EQ(::truncate(PATH.c_str(), static_cast<off_t>(o.uSize)), 0);
         for (const Mode e : {Mode::Read, Mode::Write}) {
-            const std::string sWhat = Failing([&] { File_Shm(NAME.c_str(), e); });
-            EXPECT_TRUE(Has(sWhat, o.sWhy) && sWhat.empty() == (*o.sWhy == 0)) << sWhat;
+            EXPECT_TRUE(Raises(o.sWhy, [&] { File_Shm(NAME, e); }));
         }
-        const std::string sWhat = Failing([&] { EXPECT_TRUE(oReader.Refresh()); });
-        EXPECT_TRUE(sWhat.empty() == (*o.sWhy == 0) && Has(sWhat, *o.sWhy == 0 ? "" : "view"));
+        EXPECT_TRUE(Raises(*o.sWhy == 0 ? "" : "Cannot set shared memory view",
+                           [&] { EXPECT_TRUE(oReader.Refresh()); }));
         EXPECT_EQ(oReader.Size(), o.uField == PUBLISHED && *o.sWhy == 0 ? 65536u : 3u);
     }
     // What somebody has begun and not finished can be finished by another one.
-    (void)File_Shm::Remove(NAME.c_str());
+    (void)File_Shm::Remove(NAME);
     ToDisk(PATH, "");
-    EXPECT_TRUE(Has(Failing([] { File_Shm(NAME.c_str(), Mode::Create); }), "EEXIST"));
-    File_Shm(NAME.c_str(), Mode::CreateOrOpen).Publish();
-    EXPECT_EQ(File_Shm(NAME.c_str()).Generation(), 1u);
+    EXPECT_TRUE(Has(Failing([] { File_Shm(NAME, Mode::Create); }), "EEXIST"));
+    File_Shm(NAME, Mode::CreateOrOpen).Publish();
+    EXPECT_EQ(File_Shm(NAME).Generation(), 1u);
 }
 
 TEST_F(Shm_Test, AnotherProcessCutsItOff) {
     const std::string sBytes = Noise(300000, 8);
-    File_Shm oWriter(NAME.c_str(), Mode::Create);
+    File_Shm oWriter(NAME, Mode::Create);
     oWriter.Write(sBytes.data(), sBytes.size());
     oWriter.Publish();
-    File_Shm oReader(NAME.c_str());
+    File_Shm oReader(NAME);
     ASSERT_EQ(::truncate(PATH.c_str(), 4096 + 100000), 0);
     Arr<char> oRead;
     EXPECT_EQ(oReader.Read(oRead, 100000), 100000u);
     EXPECT_EQ(std::string_view(oRead.Beg(), oRead.Size()), sBytes.substr(0, 100000));
     char s[10];
-    const std::string sEnd = "unexpected end of file in \"" + NAME + "\"";
+    const std::string sEnd = "unexpected end of file in \"" + g_sName + "\"";
     EXPECT_EQ(Failing([&] { oReader.Read(s, 10, true); }), sEnd);
     EXPECT_EQ(Failing([&] { oReader.Read(oRead, File_Stream::ALL); }), sEnd);
     EXPECT_TRUE(Has(Failing([&] { oReader.Refresh(); }), "Cannot set shared memory view"));
