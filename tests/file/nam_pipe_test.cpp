@@ -87,6 +87,7 @@ TEST_F(NamPipeThreads, SixtyFourClientsAtATime) {
 
 // Of those that want a name at the same time one gets it, and when that is gone another one.
 TEST_F(NamPipeThreads, OneServerHasAName) {
+    if (std::getenv("WINEPREFIX") != nullptr) GTEST_SKIP() << "Wine gives a name to several";
     for (int i = 0; i < 30; ++i) {
         std::atomic<unsigned> uServers{0}, uTried{0};
         std::vector<std::thread> aoThread;

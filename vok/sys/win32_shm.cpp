@@ -53,6 +53,10 @@ namespace {
             o.bWrite ? FILE_MAP_READ | FILE_MAP_WRITE : FILE_MAP_READ, FALSE, sName));
         return o.oMapping.IsOpen() || TakeLastError();
     }
+    // In whole steps of address space: Wine does not tell others of memory on a last page that is
+    // not needed in full.
+    constexpr u3_t STEP = u3_t{1} << 16;
+    uRoom = (uRoom + STEP - 1) & ~(STEP - 1);
     ::SetLastError(0);
     o.oMapping = Handle(::CreateFileMappingW(
         INVALID_HANDLE_VALUE, &oSecurity, PAGE_READWRITE | SEC_RESERVE,
