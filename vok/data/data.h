@@ -524,8 +524,8 @@ class Data {
     void Attach(const Str& oPath, Data_Trust eTrust = Data_Trust::None, const Limits& oLimits = {},
                 Load_Report* pReport = nullptr);
     // The same of a dump in shared memory, at the position of oIn, which is left behind it; without
-    // copying where that is a multiple of 64. Windows keeps no name that can be given to another
-    // memory, either. Raises "Cannot set shared memory view" in place of the last.
+    // copying where that is a multiple of 64. Raises what Load raises, and "Cannot set shared
+    // memory view".
     void Attach(File_Shm& oIn, Data_Trust eTrust = Data_Trust::None, const Limits& oLimits = {},
                 Load_Report* pReport = nullptr);
     // Whether the next bytes are the header of a dump of any version; the stream must be able

@@ -29,6 +29,7 @@
 #include <unistd.h>
 
 #include "vok/sys/disk.h"
+#include "vok/sys/posix_descriptor.h"
 
 namespace vok::sys {
 
@@ -36,29 +37,6 @@ namespace {
 
 constexpr int BACKLOG = 128;        // clients that may wait to be accepted
 constexpr u2_t LONGEST_PAUSE = 50;  // ms between attempts to connect
-
-class Descriptor {
-  public:
-    explicit Descriptor(int i = -1) noexcept : m_i(i) {}
-    Descriptor(Descriptor&& o) noexcept : m_i(o.Release()) {}
-    Descriptor& operator=(Descriptor&& o) noexcept {
-        std::swap(m_i, o.m_i);
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        const int iError = errno;
-        if (m_i >= 0) (void)::close(m_i);
-        errno = iError;
-    }
-    [[nodiscard]] int Get() const noexcept { return m_i; }
-    [[nodiscard]] bool IsOpen() const noexcept { return m_i >= 0; }
-    int Release() noexcept { return std::exchange(m_i, -1); }
-
-  private:
-    int m_i;
-};
 
 // The end of a wait.
 class Deadline {
@@ -187,6 +165,14 @@ struct Place {
                      sizeof(oAddress)) == 0;
 }
 
+// Whether a file still has its name.
+[[nodiscard]] bool IsNamed(const Place& o, const std::string& sName,
+                           const struct stat& oFile) noexcept {
+    struct stat oNamed {};
+    return ::fstatat(o.In(), sName.c_str(), &oNamed, AT_SYMLINK_NOFOLLOW) == 0 &&
+           oNamed.st_ino == oFile.st_ino && oNamed.st_dev == oFile.st_dev;
+}
+
 // The lock of a name, or EADDRINUSE.
 [[nodiscard]] Descriptor LockName(const Place& o, const std::string& sLock) noexcept {
     for (;;) {
@@ -198,10 +184,8 @@ struct Place {
             return Descriptor();
         }
         struct stat oHeld {};
-        struct stat oNamed {};
         if (::fstat(oLock.Get(), &oHeld) != 0) return Descriptor();
-        const bool bThere = ::fstatat(o.In(), sLock.c_str(), &oNamed, AT_SYMLINK_NOFOLLOW) == 0;
-        if (bThere && oHeld.st_ino == oNamed.st_ino && oHeld.st_dev == oNamed.st_dev) return oLock;
+        if (IsNamed(o, sLock, oHeld)) return oLock;
     }
 }
 
@@ -239,6 +223,7 @@ struct PipeServer {
     std::string sLock;
     Descriptor oLock;
     Descriptor oSocket;
+    struct stat oFile {};  // what the socket is bound to, of which it knows nothing itself
     bool bBound = false;
 };
 
@@ -267,8 +252,9 @@ namespace {
     if (::fchmod(o.oSocket.Get(), 0600) != 0) return false;
     const auto* const pAddress = reinterpret_cast<const sockaddr*>(&oAddress);
     o.bBound = ::bind(o.oSocket.Get(), pAddress, sizeof(oAddress)) == 0;
-    return o.bBound && (!bEveryone || LetEveryone(o.oPlace)) &&
-           ::listen(o.oSocket.Get(), BACKLOG) == 0;
+    return o.bBound &&
+           ::fstatat(o.oPlace.In(), o.oPlace.sName.c_str(), &o.oFile, AT_SYMLINK_NOFOLLOW) == 0 &&
+           (!bEveryone || LetEveryone(o.oPlace)) && ::listen(o.oSocket.Get(), BACKLOG) == 0;
 }
 
 [[nodiscard]] bool Wrap(Descriptor&& oSocket, Pipe*& pPipe) noexcept {
@@ -292,9 +278,17 @@ PipeServer* ListenPipe(const char* sName, bool bEveryone) noexcept {
 }
 
 void CloseServer(PipeServer* pServer) noexcept {
-    // The socket before the lock: what is removed is still ours.
-    if (pServer->bBound) (void)::unlinkat(pServer->oPlace.In(), pServer->oPlace.sName.c_str(), 0);
-    if (pServer->oLock.IsOpen()) (void)::unlinkat(pServer->oPlace.In(), pServer->sLock.c_str(), 0);
+    // The socket before the lock: others come when that is gone. Who has removed one of them by
+    // hand may have let another server have the name.
+    const Place& oPlace = pServer->oPlace;
+    if (pServer->bBound && IsNamed(oPlace, oPlace.sName, pServer->oFile)) {
+        (void)::unlinkat(oPlace.In(), oPlace.sName.c_str(), 0);
+    }
+    struct stat oHeld {};
+    if (pServer->oLock.IsOpen() && ::fstat(pServer->oLock.Get(), &oHeld) == 0 &&
+        IsNamed(oPlace, pServer->sLock, oHeld)) {
+        (void)::unlinkat(oPlace.In(), pServer->sLock.c_str(), 0);
+    }
     delete pServer;
 }
 
