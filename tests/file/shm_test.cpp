@@ -345,6 +345,29 @@ TEST_F(Shm_Test, MemoryRunsOut) {
               "published" + std::string(MIB / 2 - 5000, 'x') + sLarge);
 }
 
+// Fills what the system has for all of them; what had room is there.
+const Role_Start g_oFill("fill", [](const std::string& sName) {
+    File_Shm oWriter(sName.c_str(), Mode::Create);
+    const std::string sPart(100000, 'x');
+    u3_t uWritten = 0;
+    const std::string sWhat = Failing([&] {
+        for (;; uWritten += sPart.size()) oWriter.Write(sPart.data(), sPart.size());
+    });
+    oWriter.Publish();
+    Arr<char> oRead;
+    File_Shm(sName.c_str()).Read(oRead, File_Stream::ALL);
+    const bool bGood = Has(sWhat, "Cannot resize shared memory") && Has(sWhat, "errno=ENOSPC");
+    return bGood && oRead.Size() == uWritten && uWritten > 500000 ? 0 : 1;
+});
+
+TEST_F(Shm_Test, TheSystemHasNoMemory) {
+    const std::string sSmall = "mount -t tmpfs -o size=1m tmpfs /dev/shm";
+    if (std::system(("unshare -rm sh -c '" + sSmall + "' 2>/dev/null").c_str()) != 0)
+        GTEST_SKIP() << "no file system of one's own";
+    const std::string sFill = ThisProgram() + " --peer fill " + NAME;
+    EXPECT_EQ(std::system(("unshare -rm sh -c '" + sSmall + " && " + sFill + "'").c_str()), 0);
+}
+
 // What stands in front is not believed: each field with what is wrong in it, and a size.
 TEST_F(Shm_Test, HeadersThatDoNotHoldTogether) {
     struct Case {
