@@ -128,7 +128,7 @@ class File_NamPipe final : public File_Stream {
 };
 
 // A name that others connect to. As long as it is open no other server has it, and when its process
-// ends, in whatever way, the next one can take it.
+// ends, in whatever way, the next one can take it. A process that is forked off has it as well.
 //
 //     File_NamPipeServer oServer("orders");
 //     for (File_NamPipe oClient; oServer.Accept(oClient, File_NamPipe::FOREVER);) { ... }
