@@ -5,6 +5,7 @@
 #include "tests/dump/dump_support.h"
 #include "vok/data/walk.h"
 #include "vok/file/replacement.h"
+#include "vok/file/shm.h"
 
 namespace vok {
 namespace {
@@ -201,6 +202,54 @@ TEST(Attach, MemoryRunsOut) {
         if (!Mem_Probe::HasRefused(uNth, [&] { oTree.Attach(PATH); })) break;
         EXPECT_EQ(oTree, oBefore);
     }
+}
+
+// Several trees in one memory, each at a place where it can stay or not.
+TEST(Attach, InSharedMemory) {
+    const std::string sName = "vok-test-attach-" + std::to_string(sys::ProcessId());
+    const Data oLarge = Large();
+    (void)File_Shm::Remove(sName.c_str());
+    File_Shm oWriter(sName.c_str(), File_Shm::Mode::Create);
+    std::vector<i3_t> aiPlace;
+    for (const i3_t iGap : {0, 64, 1, 0}) {
+        oWriter.Seek((oWriter.Tell() + 63) / 64 * 64 + iGap);
+        aiPlace.push_back(oWriter.Tell());
+        oLarge.Dump(oWriter, Data_DumpLayout::Attachable);
+        if (aiPlace.size() != 4) oWriter.Publish();
+    }
+    File_Shm oShm(sName.c_str()), oOther(sName.c_str());
+    for (std::size_t u = 0; u < 3; ++u) {
+        for (const Data_Trust e : {Data_Trust::None, Data_Trust::Checked}) {
+            oShm.Seek(aiPlace[u]);
+            oOther.Seek(aiPlace[u]);
+            Data oTree, oSecond;
+            const u3_t uBefore = Mem::BytesInUse();
+            oTree.Attach(oShm, e);
+            const bool bStays = Mem::BytesInUse() - uBefore < 4 * 60001u + 20000u;
+            EXPECT_EQ(bStays, u != 2);
+            EXPECT_LE((oShm.Tell() + 63) / 64, aiPlace[u + 1] / 64);
+            oSecond.Attach(oOther, e);
+            oTree.GetNthSucc("order", 3).GetNthSucc("note", 0).SetValStr("another text");
+            oTree.GetNthSucc("order", 5).GetNthSucc("id", 0).SetValInt(-1);
+            EXPECT_FALSE(Data::Equal(oTree, oSecond));
+            EXPECT_TRUE(Data::Equal(oSecond, oLarge));
+        }
+    }
+    // What is not published is not there, and what is there is no tree everywhere.
+    Data oKept = Rich();
+    for (const i3_t iAt : {aiPlace[3], aiPlace[3] + 1000000, i3_t{1}}) {
+        oShm.Seek(iAt);
+        EXPECT_NE(Failing([&] { oKept.Attach(oShm); }), "");
+    }
+    File_Shm oClosed;
+    EXPECT_EQ(Failing([&] { oKept.Attach(oClosed); }), "object points to nothing");
+    EXPECT_TRUE(Data::Equal(oKept, Rich()));
+    // A tree keeps the memory, without the name and those that had it open.
+    oShm.Seek(0);
+    oKept.Attach(oShm);
+    (void)File_Shm::Remove(sName.c_str());
+    for (File_Shm* p : {&oShm, &oOther, &oWriter}) p->Close();
+    EXPECT_TRUE(Data::Equal(oKept, oLarge));
 }
 
 }  // namespace

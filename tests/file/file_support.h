@@ -17,6 +17,20 @@ inline std::string Bytes(std::string_view sHex) {
     return sBytes;
 }
 
+// The message that oBody raises, which has to have a part in it, none where that is empty, and the
+// kind. Returns whether.
+template <class F>
+testing::AssertionResult Raises(std::string_view sPart, F&& oBody,
+                                Msg_Kind eKind = Msg_Kind::System) {
+    try {
+        oBody();
+    } catch (const Msg_Exception& oError) {
+        const bool bGood = !sPart.empty() && oError.Kind() == eKind;
+        return bGood ? Has(oError.what(), sPart) : testing::AssertionFailure() << oError.what();
+    }
+    return sPart.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << "no error";
+}
+
 // A directory of its own for each test, English messages, and no real waiting.
 class File_Test : public testing::Test {
   protected:

@@ -27,6 +27,7 @@ class Data_Base;
 class Data_NodeSet;
 class Data_SuccIt;
 class Data_Xpath;
+class File_Shm;
 class File_Stream;
 enum class Data_MergePick : u0_t;
 struct Data_Conflict;
@@ -521,6 +522,11 @@ class Data {
     // it is verified as Load does, in the same time. Other dumps are loaded. Raises what Load
     // raises, and "could not open file".
     void Attach(const Str& oPath, Data_Trust eTrust = Data_Trust::None, const Limits& oLimits = {},
+                Load_Report* pReport = nullptr);
+    // The same of a dump in shared memory, at the position of oIn, which is left behind it; without
+    // copying where that is a multiple of 64. Raises what Load raises, and "Cannot set shared
+    // memory view".
+    void Attach(File_Shm& oIn, Data_Trust eTrust = Data_Trust::None, const Limits& oLimits = {},
                 Load_Report* pReport = nullptr);
     // Whether the next bytes are the header of a dump of any version; the stream must be able
     // to seek and stays where it is.

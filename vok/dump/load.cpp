@@ -13,6 +13,7 @@
 #include "vok/file/buf.h"
 #include "vok/file/file.h"
 #include "vok/file/rest.h"
+#include "vok/file/shm.h"
 #include "vok/sys/mapping.h"
 
 namespace vok {
@@ -258,6 +259,21 @@ void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     });
 }
 
+namespace {
+
+// A tree over memory that oIn reads.
+Mem::Ref<Data_Base> RunAttached(File_Buf& oIn, const dump::Attached& oAttached, Data_Trust eTrust,
+                                const Limits& oLimits, Load_Report* pReport) {
+    dump::Reader oReader(oIn, oAttached, eTrust, oLimits);
+    const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+        oReport.m_uOffset = oReader.Offset();
+        oReport.m_uNodes = oReader.Nodes();
+    });
+    return oReader.Run();
+}
+
+}  // namespace
+
 void Data::Attach(const Str& oPath, Data_Trust eTrust, const Limits& oLimits,
                   Load_Report* pReport) {
     return Where("vok::Data::Attach", [&] {
@@ -269,14 +285,18 @@ void Data::Attach(const Str& oPath, Data_Trust eTrust, const Limits& oLimits,
         const dump::Attached oAttached(oMapping.pBytes,
                                        [oMapping](char*) { sys::Unmap(oMapping); });
         File_Buf oIn(oMapping.pBytes, oMapping.uSize);
-        dump::Reader oReader(oIn, oAttached, eTrust, oLimits);
-        {
-            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
-                oReport.m_uOffset = oReader.Offset();
-                oReport.m_uNodes = oReader.Nodes();
-            });
-            *this = Data(oReader.Run(), 0);
-        }
+        *this = Data(RunAttached(oIn, oAttached, eTrust, oLimits, pReport), 0);
+        if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
+    });
+}
+
+void Data::Attach(File_Shm& oShm, Data_Trust eTrust, const Limits& oLimits, Load_Report* pReport) {
+    return Where("vok::Data::Attach", [&] {
+        if (pReport != nullptr) *pReport = Load_Report();
+        const File_Shm::Bytes oBytes = oShm.MapBytes();
+        File_Buf oIn(oBytes.pBegin.get(), oBytes.uSize);
+        *this = Data(RunAttached(oIn, oBytes.pBegin, eTrust, oLimits, pReport), 0);
+        oShm.Seek(oIn.Tell(), File_Stream::FROM_POSITION);
         if (pReport != nullptr) pReport->m_uBytesLeft = BytesLeft(oIn);
     });
 }

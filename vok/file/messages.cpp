@@ -45,4 +45,11 @@ void RaiseOutOfRange(const char* sName, u3_t uLine, u3_t uColumn, std::string_vi
         {Msg_Arg(sName), Msg_Arg(uLine), Msg_Arg(uColumn), Msg_Arg(Shown(sFound).CStr())});
 }
 
+void RaiseLongMessage(const char* sName, u3_t uBytes, u3_t uMost) {
+    Msg_Entry::Raise(
+        {"message of %1 bytes in named pipe '%0', allowed are %2",
+         "Nachricht mit %1 Bytes in Named Pipe '%0', erlaubt sind %2", Msg_Kind::Limit},
+        {Msg_Arg(sName), Msg_Arg(uBytes), Msg_Arg(uMost)});
+}
+
 }  // namespace vok::file

@@ -20,6 +20,9 @@ enum class Expected : u0_t { Word, Integer, Real, Quoted };
 [[noreturn]] void RaiseOutOfRange(const char* sName, u3_t uLine, u3_t uColumn,
                                   std::string_view sFound);
 
+// A message of a pipe that is longer than is allowed.
+[[noreturn]] void RaiseLongMessage(const char* sName, u3_t uBytes, u3_t uMost);
+
 }  // namespace vok::file
 
 #endif  // VOK_FILE_MESSAGES_H

@@ -19,26 +19,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "vok/sys/posix_descriptor.h"
+
 namespace vok::sys {
 
 namespace {
-
-class Descriptor {
-  public:
-    explicit Descriptor(int i) noexcept : m_i(i) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        const int iError = errno;
-        if (m_i >= 0) (void)::close(m_i);
-        errno = iError;
-    }
-    [[nodiscard]] int Get() const noexcept { return m_i; }
-    [[nodiscard]] bool Close() noexcept { return ::close(std::exchange(m_i, -1)) == 0; }
-
-  private:
-    int m_i;
-};
 
 double Seconds(const timespec& o) noexcept {
     return static_cast<double>(o.tv_sec) + static_cast<double>(o.tv_nsec) * 1e-9;
