@@ -32,13 +32,27 @@ u2_t XmlFlags(int32_t iForm) {
     return uFlags;
 }
 
+// Sets the cursor to a tree that oLoad makes, and the report in either case.
+template <class Loader>
+void Replace(Data& oNode, vok_tree_report* pReport, const Loader& oLoad) {
+    Load_Report oReport;
+    Data oTree;
+    try {
+        oLoad(oTree, oReport);
+    } catch (...) {
+        c::SetIfWanted(pReport, c::ToC(oReport));
+        c::KeepPlace(oReport);
+        throw;
+    }
+    c::SetIfWanted(pReport, c::ToC(oReport));
+    oNode = std::move(oTree);
+}
+
 // From a stream or from the file of a path.
 template <class From>
 void Load(Data& oNode, From& oFrom, int32_t iForm, const vok_tree_limits* pLimits,
           vok_tree_report* pReport) {
-    Load_Report oReport;
-    Data oTree;
-    try {
+    Replace(oNode, pReport, [&](Data& oTree, Load_Report& oReport) {
         const Document_Format oFormat = Document_Load(
             oTree, oFrom, {c::FormatOf(iForm).eForm, XmlFlags(iForm), c::ToLimits(pLimits)},
             &oReport);
@@ -48,13 +62,7 @@ void Load(Data& oNode, From& oFrom, int32_t iForm, const vok_tree_limits* pLimit
             }
             oFrom.GiveBack();
         }
-    } catch (...) {
-        c::SetIfWanted(pReport, c::ToC(oReport));
-        c::KeepPlace(oReport);
-        throw;
-    }
-    c::SetIfWanted(pReport, c::ToC(oReport));
-    oNode = std::move(oTree);
+    });
 }
 
 void CheckLoadForm(int32_t iForm) {
@@ -84,7 +92,8 @@ Document_SaveOptions SaveOptions(int32_t iForm) {
             (iForm & VOK_TREE_NO_DECLARATION) == 0,
             (iForm & VOK_TREE_COMPACT) != 0,
             {},
-            true};
+            true,
+            (iForm & VOK_TREE_ATTACHABLE) != 0};
 }
 
 // What can be saved: a tree.
@@ -132,6 +141,18 @@ vok_tree_status vok_tree_load_stream(vok_tree_node* node, const vok_tree_stream*
         CheckLoadForm(form);
         c::HostStream oStream(oFunctions);
         Load(oNode, oStream, form, limits, report);
+    });
+}
+
+vok_tree_status vok_tree_attach_file(vok_tree_node* node, const char* path, int32_t checked,
+                                     const vok_tree_limits* limits, vok_tree_report* report) {
+    return Call(__func__, [&] {
+        Data& oNode = Use(node);
+        const Str oPath(c::Path(path));
+        const Data_Trust eTrust = checked != 0 ? Data_Trust::Checked : Data_Trust::None;
+        Replace(oNode, report, [&](Data& oTree, Load_Report& oReport) {
+            oTree.Attach(oPath, eTrust, c::ToLimits(limits), &oReport);
+        });
     });
 }
 

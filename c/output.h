@@ -16,7 +16,7 @@ namespace vok::c {
 // What a form is made of.
 constexpr int32_t FORM = 0xF;
 constexpr int32_t WRAPPING = 0x30;
-constexpr int32_t SAVE_FLAGS = VOK_TREE_COMPACT | VOK_TREE_NO_DECLARATION;
+constexpr int32_t SAVE_FLAGS = VOK_TREE_COMPACT | VOK_TREE_NO_DECLARATION | VOK_TREE_ATTACHABLE;
 constexpr int32_t LOAD_FLAGS = VOK_TREE_SKIP_BLANKS | VOK_TREE_SKIP_HTML | VOK_TREE_LOOSE_TAGS;
 
 [[nodiscard]] constexpr Document_Format FormatOf(int32_t iForm) noexcept {

@@ -128,6 +128,13 @@ vok_tree_status vok_tree_load_file16(vok_tree_node* node, const vok_tree_char16*
                 [&] { return vok_tree_load_file(node, Utf8(path), form, limits, report); });
 }
 
+vok_tree_status vok_tree_attach_file16(vok_tree_node* node, const vok_tree_char16* path,
+                                       int32_t checked, const vok_tree_limits* limits,
+                                       vok_tree_report* report) {
+    return Call(__func__,
+                [&] { return vok_tree_attach_file(node, Utf8(path), checked, limits, report); });
+}
+
 vok_tree_status vok_tree_save_file16(vok_tree_node* node, const vok_tree_char16* path,
                                      int32_t form) {
     return Call(__func__, [&] { return vok_tree_save_file(node, Utf8(path), form); });

@@ -27,6 +27,7 @@ enum {
     /* for saving */
     VOK_TREE_COMPACT = 0x100,        /* JSON on one line */
     VOK_TREE_NO_DECLARATION = 0x200, /* XML without its first line */
+    VOK_TREE_ATTACHABLE = 0x400,     /* a dump for vok_tree_attach_file; somewhat longer */
 
     /* for loading XML */
     VOK_TREE_SKIP_BLANKS = 0x1000, /* a text of blanks only is no value */
@@ -96,6 +97,18 @@ VOK_TREE_API vok_tree_status vok_tree_load_memory(vok_tree_node* node, const voi
 VOK_TREE_API vok_tree_status vok_tree_load_stream(vok_tree_node* node,
                                                   const vok_tree_stream* stream, int32_t form,
                                                   const vok_tree_limits* limits,
+                                                  vok_tree_report* report);
+
+/* Puts the tree of a dump that was saved as attachable in the place of the one that the cursor is
+ * on, without copying it: its pages are shared by all processes that attach the file, and what is
+ * changed is this process' own. The file may be replaced or removed meanwhile - on Windows it may
+ * not - but never be written to: bytes that change or go under a tree are as bad as wild pointers.
+ *
+ * It is verified like every document, unless `checked` is not 0: for a file that this program or
+ * one like it has attached before, and that nobody else can have changed. Then it takes no time
+ * worth mentioning, however large it is. Another dump is loaded. Else as vok_tree_load_file. */
+VOK_TREE_API vok_tree_status vok_tree_attach_file(vok_tree_node* node, const char* path,
+                                                  int32_t checked, const vok_tree_limits* limits,
                                                   vok_tree_report* report);
 
 /* ---- saving -------------------------------------------------------------- */

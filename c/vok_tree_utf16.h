@@ -63,6 +63,10 @@ VOK_TREE_API vok_tree_status vok_tree_rename16(vok_tree_node* node, const vok_tr
 VOK_TREE_API vok_tree_status vok_tree_load_file16(vok_tree_node* node, const vok_tree_char16* path,
                                                   int32_t form, const vok_tree_limits* limits,
                                                   vok_tree_report* report);
+VOK_TREE_API vok_tree_status vok_tree_attach_file16(vok_tree_node* node,
+                                                    const vok_tree_char16* path, int32_t checked,
+                                                    const vok_tree_limits* limits,
+                                                    vok_tree_report* report);
 VOK_TREE_API vok_tree_status vok_tree_save_file16(vok_tree_node* node, const vok_tree_char16* path,
                                                   int32_t form);
 VOK_TREE_API vok_tree_status vok_tree_reader_open_file16(const vok_tree_char16* path,

@@ -32,8 +32,9 @@ struct ConvertOptions {
     bool bCompress = false;
     bool bZip = false;
     bool bLossless = false;
-    bool bCompact = false;  // JSON on one line
-    std::string sRecords;   // each node at this path by itself; empty: the document as a whole
+    bool bCompact = false;     // JSON on one line
+    bool bAttachable = false;  // a dump that can be used where it lies
+    std::string sRecords;      // each node at this path by itself; empty: the document as a whole
 };
 int Convert(const ConvertOptions& o);
 

@@ -232,6 +232,7 @@ int ConvertOne(const ConvertOptions& o) {
     oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
     oForm.auVersion = ParseVersion(o.sVersion);
     oForm.bCompact = o.bCompact;
+    oForm.bAttachable = o.bAttachable;
     oForm.bDurable = o.sInto.empty();  // of many files each would wait for the disk
     oForm.eWrapping = oEndings.eWrapping;
     if (o.bZip) {
@@ -252,6 +253,9 @@ int ConvertOne(const ConvertOptions& o) {
     }
     if (o.bCompact && oForm.sFormat != "json") {
         throw std::invalid_argument(Say("--compact is for JSON"));
+    }
+    if (o.bAttachable && (oForm.sFormat != "dump" || oForm.eWrapping != vok::Zip_Wrapping::None)) {
+        throw std::invalid_argument(Say("--attachable is for dumps that are not compressed"));
     }
     return Answer(
         o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });

@@ -36,6 +36,8 @@ constexpr Pair PAIRS[] = {
     {"%0 cannot be moved into itself", "%0 kann nicht in sich selbst verschoben werden"},
     {"%0 has successors, and takes no value", "%0 hat Nachfolger und nimmt keinen Wert"},
     {"%0: \"%1\" is no %2", "%0: \"%1\" ist kein %2"},
+    {"--attachable is for dumps that are not compressed",
+     "--attachable ist für Dumps, die nicht komprimiert sind"},
     {"--by-position excludes --patch", "--by-position schließt --patch aus"},
     {"--compact is for JSON", "--compact ist für JSON"},
     {"--into needs --to: the form of the files", "--into braucht --to: die Form der Dateien"},

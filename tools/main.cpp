@@ -84,6 +84,8 @@ void AddConvert(CLI::App& oApp) {
     auto* pCompress = p->add_flag("--compress", o->bCompress, "Write a zlib stream");
     p->add_flag("--zip", o->bZip, "Write a zip archive with one member")->excludes(pCompress);
     p->add_flag("--compact", o->bCompact, "Write JSON on one line");
+    p->add_flag("--attachable", o->bAttachable,
+                "Write a dump that programs use where it lies, without loading it");
     p->add_flag("--lossless", o->bLossless, "Write nothing if OUT would not keep all of IN");
     p->footer(
         "Example: vok convert orders.xml orders.dgraph --compress\n"

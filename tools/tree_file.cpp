@@ -49,6 +49,7 @@ void WriteTree(vok::Data& oTree, const FileForm& o, vok::File_Stream& oOut) {
     vok::Document_SaveOptions oOptions;
     oOptions.oFormat.eForm = vok::Document_FormNamed(o.sFormat);
     oOptions.bCompact = o.bCompact;
+    oOptions.bAttachable = o.bAttachable;
     if (oOptions.oFormat.eForm == vok::Document_Form::Dgraph) {
         vok::Dgraph_SetVersion(oTree, o.auVersion[0], o.auVersion[1], o.auVersion[2]);
     }

@@ -30,6 +30,7 @@ struct FileForm {
     vok::Zip_Wrapping eWrapping = vok::Zip_Wrapping::None;
     std::array<int, 3> auVersion{1, 3, 0};  // of a DGraph document
     bool bCompact = false;                  // JSON on one line
+    bool bAttachable = false;               // a dump that can be used where it lies
     bool bDurable = true;                   // see File_Replacement
 
     // The form whose losses it has: a document that holds a dump keeps all that a dump does.

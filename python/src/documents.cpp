@@ -30,26 +30,45 @@ Document_Form FormNamed(const std::string& sForm) {
     return eForm;
 }
 
-// A path or a stream, to a node.
-template <class Source>
-Node Load(const Source& oSource, bool bUnlock, const std::string& sForm, const Limits& oLimits,
-          const std::string& sName) {
-    Document_LoadOptions oOptions;
-    oOptions.eForm = FormNamed(sForm);
-    oOptions.oLimits = oLimits;
+// The root of a tree that oLoad makes, without the interpreter's lock where bUnlock is set.
+template <class Loader>
+Node Loaded(bool bUnlock, const std::string& sName, const Loader& oLoad) {
     Data oTree;
     Load_Report oReport;
     try {
         std::optional<py::gil_scoped_release> oUnlocked;
         if (bUnlock) oUnlocked.emplace();
-        const Document_Format o = Document_Load(oTree, oSource(), oOptions, &oReport);
-        if (o.eForm == Document_Form::Dump) oTree.Shrink();  // nobody has its ids yet
+        oLoad(oTree, oReport);
     } catch (const Msg_Exception& oError) {
         Raise(g_oClasses.pLoadError, oError, &oReport, sName);
     }
     Node oNode(oTree);
     oNode.GetTree()->bGaps = oTree.GetNodes() != oReport.m_uNodes;
     oNode.GetTree()->oReport = oReport;
+    return oNode;
+}
+
+// From a path or a stream.
+template <class Source>
+Node Load(const Source& oSource, bool bUnlock, const std::string& sForm, const Limits& oLimits,
+          const std::string& sName) {
+    Document_LoadOptions oOptions;
+    oOptions.eForm = FormNamed(sForm);
+    oOptions.oLimits = oLimits;
+    return Loaded(bUnlock, sName, [&](Data& oTree, Load_Report& oReport) {
+        const Document_Format o = Document_Load(oTree, oSource(), oOptions, &oReport);
+        if (o.eForm == Document_Form::Dump) oTree.Shrink();  // nobody has its ids yet
+    });
+}
+
+Node AttachFile(const std::string& sPath, bool bChecked, const Limits* pLimits) {
+    const Limits oLimits = LimitsOf(pLimits);
+    const Node oNode = Loaded(true, sPath, [&](Data& oTree, Load_Report& oReport) {
+        oTree.Attach(Str(std::string_view(sPath)),
+                     bChecked ? Data_Trust::Checked : Data_Trust::None, oLimits, &oReport);
+    });
+    // To find out whether it has any would take a walk over all of it.
+    oNode.GetTree()->bGaps = true;
     return oNode;
 }
 
@@ -150,13 +169,15 @@ Zip_Wrapping WrappingNamed(std::string_view s) {
 void DefineDocuments(py::module_& oModule) {
     oModule.def("_load_file", &LoadFile);
     oModule.def("_load_bytes", &LoadBytes);
+    oModule.def("_attach_file", &AttachFile);
     py::class_<Document_SaveOptions>(oModule, "_Form")
         .def(py::init([](const std::string& sForm, const std::string& sWrapping,
-                         const std::string& sMember, bool bCompact) {
+                         const std::string& sMember, bool bCompact, bool bAttachable) {
             Document_SaveOptions o;
             o.oFormat = {FormNamed(sForm), WrappingNamed(sWrapping)};
             o.oMember = Str(std::string_view(sMember));
             o.bCompact = bCompact;
+            o.bAttachable = bAttachable;
             return o;
         }));
     oModule.def("_save_file", &SaveFile);

@@ -35,7 +35,7 @@ from ._vok import Limits, Node, apply, canonical, diff, equal, hash, merge, node
 __all__ = [
     "Attributes", "BusyError", "Char", "Conflict", "Date", "Difference", "Error", "FileError",
     "Float", "LimitError", "Limits", "Link", "LoadError", "Long", "NoMemoryError", "Node",
-    "NotFoundError", "Quad", "Report", "Run", "apply", "array", "canonical", "diff", "dump",
+    "NotFoundError", "Quad", "Report", "Run", "apply", "array", "attach", "canonical", "diff", "dump",
     "dumps", "equal", "hash", "load", "loads", "merge", "node", "patch", "records",
 ]
 
@@ -54,6 +54,24 @@ def load(source, *, form=None, limits=None):
     if hasattr(source, "read"):
         return loads(source.read(), form=form, limits=limits)
     return _vok._load_file(_files.path_of(source), form or "", limits)
+
+
+def attach(path, *, checked=False, limits=None):
+    """The root of the tree in a dump that was written as attachable, without copying it.
+
+    All processes that attach a file share its pages; what is changed is this process' own. Replace
+    such a file, as `dump` does, and never write into it. With checked=True it is not verified, and
+    takes no time, however large it is: for what this program has attached before, and nobody else
+    can have changed. Other dumps are loaded.
+
+    >>> import os, tempfile
+    >>> folder = tempfile.TemporaryDirectory()
+    >>> path = os.path.join(folder.name, "numbers.dump")
+    >>> vok.dump({"a": [1, 2]}, path, attachable=True)
+    >>> vok.attach(path).to_dict()
+    {'a': [1, 2]}
+    """
+    return _vok._attach_file(_files.path_of(path), checked, limits)
 
 
 def loads(data, *, form=None, limits=None):
@@ -75,6 +93,7 @@ def dump(
     name=None,
     version=(1, 3, 0),
     compact=False,
+    attachable=False,
     default=None,
     marks=True
 ):
@@ -82,7 +101,7 @@ def dump(
 
     form ("xml", "dgraph", "json", "dump") and wrapping ("plain", "zlib", "gzip", "zip") are told by
     the endings of a path unless they are given. A file takes its place whole: if writing fails,
-    what was there stays.
+    what was there stays. A dump that is attachable is for `attach`.
 
     >>> import io
     >>> out = io.BytesIO()
@@ -92,11 +111,11 @@ def dump(
     """
     top = _top(value, name, default, marks)
     if hasattr(target, "write"):
-        packed = _vok._Form(form or "dgraph", _files.checked(wrapping or "plain"), "", compact)
+        packed = _vok._Form(form or "dgraph", _files.checked(wrapping or "plain"), "", compact, attachable)
         return _vok._save_object(top, target, packed, version)
     path = _files.path_to_write(target)
     form, wrapping, member = _files.form_of(path, form, wrapping)
-    _vok._save_file(top, path, _vok._Form(form, wrapping, member, compact), version)
+    _vok._save_file(top, path, _vok._Form(form, wrapping, member, compact, attachable), version)
 
 
 def dumps(
@@ -115,7 +134,7 @@ def dumps(
     >>> vok.dumps({"a": 1}, form="json", compact=True)
     b'{"a":1}\\n'
     """
-    packed = _vok._Form(form, _files.checked(wrapping), "", compact)
+    packed = _vok._Form(form, _files.checked(wrapping), "", compact, False)
     return _vok._save_bytes(_top(value, name, default, marks), packed, version)
 
 

@@ -137,6 +137,20 @@ static int check_documents(vok_tree_node* root) {
     CHECK(same_tree(root, loaded) == 0);
     remove(PATH);
 
+    /* Where it lies; what is changed is not the file's. */
+    OK(vok_tree_save_file(root, PATH, VOK_TREE_DUMP | VOK_TREE_ATTACHABLE));
+    for (int checked = 0; checked < 2; ++checked) {
+        OK(vok_tree_attach_file(loaded, PATH, checked, NULL, &report));
+        CHECK(same_tree(root, loaded) == 0);
+        CHECK(report.nodes != 0 && report.bytes_left == 0);
+        OK(vok_tree_set_attribute(loaded, "changed", "yes"));
+        CHECK(same_tree(root, loaded) != 0);
+    }
+    CHECK(vok_tree_attach_file(loaded, "does/not/exist", 1, NULL, &report) == VOK_TREE_SYSTEM);
+    OK(vok_tree_save_file(root, PATH, VOK_TREE_JSON));
+    CHECK(vok_tree_attach_file(loaded, PATH, 0, NULL, &report) == VOK_TREE_FAILED);
+    remove(PATH);
+
     /* Forms that are none. */
     CHECK(vok_tree_save_memory(root, VOK_TREE_ANY, &bytes, &size) == VOK_TREE_ARGUMENT);
     CHECK(vok_tree_save_memory(root, 5, &bytes, &size) == VOK_TREE_ARGUMENT);

@@ -279,6 +279,7 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_merge, "***?.???", n, n, n, &oOptions, VOK_TREE_PICK_A, pConflict, &i, m);
 
     SWEEP(vok_tree_set_version, "*...", n, 1, 3, 0);
+    SWEEP(vok_tree_attach_file, "**.??", m, "does/not/exist", 0, &oLimits, &oReport);
     SWEEP(vok_tree_load_file, "**.??", m, "does/not/exist", 0, &oLimits, &oReport);
     SWEEP(vok_tree_load_memory, "**..??", m, "<a/>", 4, 0, &oLimits, &oReport);
     SWEEP(vok_tree_load_stream, "**.??", m, &o.m_oStream, 0, &oLimits, &oReport);
@@ -335,6 +336,7 @@ TEST(CTreeNulls, EveryPointerOfEveryFunction) {
     SWEEP(vok_tree_query_new16, "?*", u"p", &o.m_pNewQuery);
     SWEEP(vok_tree_insert16, "*?.?", n, u"a", 0, m);
     SWEEP(vok_tree_rename16, "*?.", n, u"r", 0);
+    SWEEP(vok_tree_attach_file16, "**.??", m, u"does/not/exist", 0, &oLimits, &oReport);
     SWEEP(vok_tree_load_file16, "**.??", m, u"does/not/exist", 0, &oLimits, &oReport);
     SWEEP(vok_tree_save_file16, "**.", n, u"null_test.xml", VOK_TREE_XML);
     SWEEP(vok_tree_reader_open_file16, "*?*", u"does/not/exist", &oLimits, &o.m_pNewReader);

@@ -90,6 +90,29 @@ class Files(Folder):
         with self.assertRaises(TypeError):
             vok.loads("text")
 
+    def test_attached_where_they_lie(self):
+        place = self.path("a.dump")
+        vok.dump(OBJECT, place, attachable=True)
+        with open(place, "rb") as file:
+            before = file.read()
+        one, two = vok.attach(place), vok.attach(place, checked=True)
+        one["order"][0]["id"].value = 9
+        one.add("more", [1.5, None])
+        vok.dump({"other": 1}, place, attachable=True)  # in its place: both keep what they have
+        self.assertEqual(two.to_dict(), OBJECT)
+        self.assertEqual(one["order"][0]["id"].value, 9)
+        self.assertEqual(len(one["order"]), 2)
+        vok.dump(OBJECT, self.path("b.dump"))  # loaded
+        self.assertEqual(vok.attach(self.path("b.dump")).to_dict(), OBJECT)
+        with open(place, "wb") as file:
+            file.write(before[:-1])
+        with self.assertRaises(vok.LoadError) as raised:
+            vok.attach(place)
+        self.assertGreater(raised.exception.offset, 0)
+        for name in ("none.dump", "."):
+            with self.assertRaises(vok.FileError):
+                vok.attach(self.path(name))
+
     def test_versions(self):
         for version in [(1, 0, 0), (1, 2, 0), (1, 3, 0), (2, 0, 0)]:
             stored = vok.dumps({"a": 5}, version=version)

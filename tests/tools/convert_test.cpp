@@ -12,9 +12,10 @@ TEST_F(Program, EveryFormToEveryForm) {
     for (const char* sName : {"icon.svg", "fonts.conf"}) {
         ASSERT_EQ(Run("convert " + Sample(sName) + " a.xml").iExit, 0) << OnDisk("err");
         const std::string sText = OnDisk("a.xml");
-        for (const char* sTo : {"b.dgraph", "b.dump", "b.xml", "b --to dgraph --compress",
-                                "b.zip --to xml --zip", "b.dump.zip --to dump --zip", "b.json",
-                                "b.json.gz --compact", "b.json.zip --to json --zip"}) {
+        for (const char* sTo :
+             {"b.dgraph", "b.dump", "b.xml", "b --to dgraph --compress", "b.zip --to xml --zip",
+              "b.dump.zip --to dump --zip", "b.json", "b.json.gz --compact", "b.dump --attachable",
+              "b.json.zip --to json --zip"}) {
             const std::string sFile = std::string(sTo).substr(0, std::string(sTo).find(' '));
             EXPECT_EQ(Run("convert a.xml "s + sTo).iExit, 0) << sTo << OnDisk("err");
             EXPECT_EQ(Run("convert "s + sFile + " c.xml").iExit, 0) << sTo << OnDisk("err");
@@ -73,6 +74,7 @@ TEST_F(Program, ManyFilesAtOnce) {
         {"b.conf a.xml --into . --to xml", "vok: \"./a.xml\" is read, and would be replaced\n"},
         {"a.xml a.json --into made --to dump",
          "vok: \"a.xml\" and \"a.json\" would both become \"made/a.dump\"\n"},
+        {"a.xml b.dgraph --attachable", "vok: --attachable is for dumps that are not compressed\n"},
         {"a.xml --into a.xml/out --to json", "vok: could not create directory \"a.xml"},
     };
     for (const auto& oCase : CASES) {

@@ -69,6 +69,7 @@ struct Document_SaveOptions {
     // The name of the only member of an archive; empty: that of the file.
     Str oMember;
     bool bDurable = true;  // of a file: only once it is on the disk, see File_Replacement::Commit
+    bool bAttachable = false;  // a dump, for Data::Attach
 };
 
 // Writes the tree of a node: XML and JSON from that node down, the others all of it. A DGraph

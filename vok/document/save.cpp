@@ -21,7 +21,9 @@ void WriteForm(Data& oTree, File_Stream& oOut, const Document_SaveOptions& o) {
         case Document_Form::Xml: return oTree.SaveToXML(oOut, o.bDeclaration ? 1 : 0);
         case Document_Form::Json:
             return Json_Save(oTree, oOut, o.bCompact ? Json_Layout::Compact : Json_Layout::Lines);
-        case Document_Form::Dump: return oTree.Dump(oOut);
+        case Document_Form::Dump:
+            return oTree.Dump(
+                oOut, o.bAttachable ? Data_DumpLayout::Attachable : Data_DumpLayout::Compact);
         case Document_Form::Dgraph: break;
     }
     dgraph::Version oVersion;
