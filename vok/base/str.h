@@ -31,12 +31,11 @@ class Str_Split;
 //     oText.Insert(oText.End(), ".txt");                        "gße.txt"
 //     if (const auto oAt = oText.Find("ß")) oText.Replace(*oAt, oText.End(), "as");   "gas"
 //
-// Operations at a place raise "index %0 out of range %1" for one behind the end, and for a byte
-// that is within a character "byte %0 is within a character"; one that follows another on the line
-// of the arguments must not be in front of it, which raises the first. All are linear in the texts,
-// and a place in characters costs a walk over what is in front of it where that is not ASCII; an
-// operation that raises leaves the text as it was. Upper and lower case, and texts compared without
-// it: vok/char.
+// A place behind the end raises "index %0 out of range %1", and so does a range that ends in front
+// of where it begins; a byte within a character raises "byte %0 is within a character". The text is
+// then as it was. All operations are linear in the texts; a place in characters costs a walk over
+// what is in front of it, unless all is ASCII. Upper and lower case, and texts compared without it:
+// vok/char.
 class Str {
   public:
     class Utf16;
