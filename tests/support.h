@@ -403,16 +403,16 @@ inline std::string Show(const Data& o) {
     return s + ")";
 }
 
-inline u2_t Below(std::mt19937& oRandom, std::size_t uEnd) {
+inline u2_t RandomBelow(std::mt19937& oRandom, std::size_t uEnd) {
     return static_cast<u2_t>(oRandom() % uEnd);
 }
 
 // Appends uCount nodes below random nodes of a tree, named at random from sNames.
 inline void Grow(const Data& oRoot, std::mt19937& oRandom, unsigned uCount, const Texts& sNames) {
     for (unsigned u = 0; u < uCount;) {
-        Data oParent = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
+        Data oParent = oRoot.GetNodeFromID(RandomBelow(oRandom, oRoot.GetNodes()));
         if (oParent.GetType() != Data_Node::Tree && oParent.GetType() != Data_Node::Empty) continue;
-        oParent.CreateNewSucc(sNames[Below(oRandom, sNames.size())].c_str());
+        oParent.CreateNewSucc(sNames[RandomBelow(oRandom, sNames.size())].c_str());
         ++u;
     }
 }

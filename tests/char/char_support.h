@@ -98,11 +98,11 @@ class Texts_Random {
     }
     // Up to uMost characters. Half of them are of the first ones of the last text.
     Codes Next(std::size_t uMost) {
-        Codes oCodes(1 + Below(m_oRandom, uMost));
+        Codes oCodes(1 + RandomBelow(m_oRandom, uMost));
         for (u2_t& u : oCodes) {
-            const bool bAgain = !m_oLast.empty() && Below(m_oRandom, 2) != 0;
-            u = bAgain ? m_oLast[Below(m_oRandom, m_oLast.size())]
-                       : m_oWanted[Below(m_oRandom, m_oWanted.size())];
+            const bool bAgain = !m_oLast.empty() && RandomBelow(m_oRandom, 2) != 0;
+            u = bAgain ? m_oLast[RandomBelow(m_oRandom, m_oLast.size())]
+                       : m_oWanted[RandomBelow(m_oRandom, m_oWanted.size())];
         }
         m_oLast.assign(oCodes.begin(),
                        oCodes.begin() + std::min<std::ptrdiff_t>(4, std::ssize(oCodes)));

@@ -165,7 +165,7 @@ TEST(Icu, RandomTexts) {
         ASSERT_NO_FATAL_FAILURE(ExpectForms(Utf8(oForms.Next(30))));
         Codes oCodes = oCases.Next(12);
         for (u2_t& u : oCodes) {
-            if (Below(oRandom, 2) == 0) u = OFTEN[Below(oRandom, std::size(OFTEN))];
+            if (RandomBelow(oRandom, 2) == 0) u = OFTEN[RandomBelow(oRandom, std::size(OFTEN))];
         }
         ASSERT_NO_FATAL_FAILURE(ExpectCases(Utf8(oCodes)));
     }

@@ -14,12 +14,12 @@ class Twins {
     void Step(std::mt19937& oRandom) {
         static const std::string NAMES[] = {"b", "a", "", "a name that is longer", "\xFF", "c"};
         static const std::string TEXTS[] = {"", "text", "\xC3\xA4", "\xFF", std::string(300, 'x')};
-        const std::string& sName = NAMES[Below(oRandom, std::size(NAMES))];
-        const std::string& sText = TEXTS[Below(oRandom, std::size(TEXTS))];
+        const std::string& sName = NAMES[RandomBelow(oRandom, std::size(NAMES))];
+        const std::string& sText = TEXTS[RandomBelow(oRandom, std::size(TEXTS))];
         const i2_t iValue = static_cast<i2_t>(oRandom());
         constexpr u3_t FAR = u3_t{1} << 40;
         Data& o = m_oOpen.back();
-        switch (Below(oRandom, 12)) {
+        switch (RandomBelow(oRandom, 12)) {
             case 0:
                 m_oBuilder.Open(sName);
                 m_oOpen.push_back(o.CreateNewSucc(sName));

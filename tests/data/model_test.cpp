@@ -490,8 +490,8 @@ TEST(Model, RandomEditing) {
         unsigned uStep = 1;
         try {
             for (; uStep <= uSteps; ++uStep) {
-                Op o = {Below(oRandom, Editing::KINDS), Below(oRandom, 1 << 16),
-                        Below(oRandom, 1 << 16), Below(oRandom, 1 << 16)};
+                Op o = {RandomBelow(oRandom, Editing::KINDS), RandomBelow(oRandom, 1 << 16),
+                        RandomBelow(oRandom, 1 << 16), RandomBelow(oRandom, 1 << 16)};
                 // Every second tree is never compacted.
                 if (uSeed % 2 == 0 && o.uKind == Editing::SHRINK) o.uKind = 0;
                 oEditing.Step(o);

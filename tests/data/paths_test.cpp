@@ -233,10 +233,10 @@ std::string RandomPath(std::mt19937& oRandom) {
         "d"};
     static const char* const SEPARATORS[] = {"/", "/", "//"};
     static const char* const STARTS[] = {"", "", "/", "//"};
-    std::string sPath = STARTS[Below(oRandom, 4)];
-    for (u2_t u = Below(oRandom, 5) + 1; u > 0; --u) {
-        sPath += STEPS[Below(oRandom, std::size(STEPS))];
-        if (u > 1 || Below(oRandom, 4) == 0) sPath += SEPARATORS[Below(oRandom, 3)];
+    std::string sPath = STARTS[RandomBelow(oRandom, 4)];
+    for (u2_t u = RandomBelow(oRandom, 5) + 1; u > 0; --u) {
+        sPath += STEPS[RandomBelow(oRandom, std::size(STEPS))];
+        if (u > 1 || RandomBelow(oRandom, 4) == 0) sPath += SEPARATORS[RandomBelow(oRandom, 3)];
     }
     return sPath;
 }
@@ -285,16 +285,17 @@ TEST(NodeSet, SameAsTheNaiveWay) {
     for (unsigned uSeed = 1; uSeed <= 60; ++uSeed) {
         std::mt19937 oRandom(uSeed);
         Data oRoot = NewTree();
-        Grow(oRoot, oRandom, 2 + Below(oRandom, 40), {"a", "b", "c", "a"});
+        Grow(oRoot, oRandom, 2 + RandomBelow(oRandom, 40), {"a", "b", "c", "a"});
         for (u2_t u = 1; u < oRoot.GetNodes(); ++u) {
             Data oNode = oRoot.GetNodeFromID(u);
             if (oNode.GetType() == Data_Node::Zombi) continue;
-            if (Below(oRandom, 3) == 0) oNode.SetAttVal("x", Below(oRandom, 2) == 0 ? "0" : "1");
-            if (Below(oRandom, 12) == 0) oNode.Remove();
+            if (RandomBelow(oRandom, 3) == 0)
+                oNode.SetAttVal("x", RandomBelow(oRandom, 2) == 0 ? "0" : "1");
+            if (RandomBelow(oRandom, 12) == 0) oNode.Remove();
         }
         for (unsigned u = 0; u < 60; ++u) {
             const std::string sPath = RandomPath(oRandom);
-            const Data oFrom = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
+            const Data oFrom = oRoot.GetNodeFromID(RandomBelow(oRandom, oRoot.GetNodes()));
             Ids oExpected;
             Ids oGot;
             const std::string sExpected = Raised([&] { oExpected = Naive(oFrom, sPath.c_str()); });

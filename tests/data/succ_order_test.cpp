@@ -17,9 +17,9 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
         "é", "x", "y",  "longer th", "longer than"};
     for (unsigned uSeed = 1; uSeed <= 30; ++uSeed) {
         std::mt19937 oRandom(uSeed);
-        const std::size_t uNames = 1 + Below(oRandom, oNames.size());
-        const u2_t uParents = 1 + Below(oRandom, 300);
-        const u2_t uReadEvery = 1 + Below(oRandom, 40);
+        const std::size_t uNames = 1 + RandomBelow(oRandom, oNames.size());
+        const u2_t uParents = 1 + RandomBelow(oRandom, 300);
+        const u2_t uReadEvery = 1 + RandomBelow(oRandom, 40);
         Data oRoot = NewTree();
         std::vector<std::multimap<std::string, u2_t>> oModel(uParents + 1);
         const auto Append = [&](u2_t uParent, const std::string& sName) {
@@ -28,7 +28,7 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
         };
         const auto Check = [&](u2_t uParent) {
             const Data oParent = oRoot.GetNodeFromID(uParent);
-            const std::string& sName = oNames[Below(oRandom, oNames.size())];
+            const std::string& sName = oNames[RandomBelow(oRandom, oNames.size())];
             Ids oAll, oNamed;
             for (const auto& [sOther, uId] : oModel[uParent]) {
                 oAll.push_back(uId);
@@ -37,15 +37,15 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
             ASSERT_EQ(IdsOf(oParent.GetSuccIt()), oAll);
             ASSERT_EQ(IdsOf(oParent.GetSuccIt(sName.c_str())), oNamed);
             oNamed.resize(oNamed.size() + 1);  // nothing, which is 0 here, stands behind the last
-            const u2_t uNth = Below(oRandom, oNamed.size());
+            const u2_t uNth = RandomBelow(oRandom, oNamed.size());
             ASSERT_EQ(oParent.GetNthSucc(sName.c_str(), uNth).GetId(), oNamed[uNth]);
         };
-        for (u2_t u = 1; u <= uParents; ++u) Append(0, oNames[Below(oRandom, uNames)]);
+        for (u2_t u = 1; u <= uParents; ++u) Append(0, oNames[RandomBelow(oRandom, uNames)]);
         for (unsigned u = 0; u < 3000; ++u) {
             // Few parents get most of the nodes.
-            const u2_t uParent = 1 + Below(oRandom, 1 + Below(oRandom, uParents));
-            Append(uParent, oNames[Below(oRandom, uNames)]);
-            if (Below(oRandom, uReadEvery) == 0) Check(1 + Below(oRandom, uParents));
+            const u2_t uParent = 1 + RandomBelow(oRandom, 1 + RandomBelow(oRandom, uParents));
+            Append(uParent, oNames[RandomBelow(oRandom, uNames)]);
+            if (RandomBelow(oRandom, uReadEvery) == 0) Check(1 + RandomBelow(oRandom, uParents));
         }
         for (u2_t u = 0; u <= uParents; ++u) Check(u);
     }

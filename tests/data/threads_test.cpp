@@ -20,7 +20,7 @@ u3_t Read(Data oRoot, unsigned uSeed) {
         for (const u2_t uSucc : IdsOf(oNode.GetSuccIt())) uSum += uSucc;
     }
     for (unsigned u = 0; u < 20; ++u) {
-        const Data oNode = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
+        const Data oNode = oRoot.GetNodeFromID(RandomBelow(oRandom, oRoot.GetNodes()));
         const Str oPath = oNode.GetPath();
         EXPECT_EQ(oRoot.GetNodeSet(oPath.CStr()).GetNth(0), oNode);
     }

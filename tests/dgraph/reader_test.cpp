@@ -273,8 +273,8 @@ std::string RandomDocument(unsigned uSeed) {
     Grow(oTree, oRandom, uSeed, NAMES);
     // Runs with more than one digit, gaps in them, and texts for which the reader takes its time.
     for (unsigned u = 0; u < uSeed * 5; ++u) {
-        const std::string& sName = NAMES[Below(oRandom, NAMES.size()) % (1 + uSeed % 7)];
-        switch (Below(oRandom, 8)) {
+        const std::string& sName = NAMES[RandomBelow(oRandom, NAMES.size()) % (1 + uSeed % 7)];
+        switch (RandomBelow(oRandom, 8)) {
             case 0: oTree.AddStr(sName, "\xC3\xA4\xC3\xB6"); break;
             case 1: oTree.AddStr(sName, ""); break;
             case 2: oTree.AddBin(sName, "\0\1", 2); break;

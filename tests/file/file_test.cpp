@@ -74,8 +74,9 @@ void AgainstAModel(const char* sAttributes, unsigned uSeed) {
     std::size_t uAt = static_cast<std::size_t>(oFile.Tell());
     std::string sBytes;
     for (int iStep = 0; iStep < 400; ++iStep) {
-        const std::size_t uSize = Below(oRandom, Below(oRandom, 4) == 0 ? 100'000 : 300);
-        switch (Below(oRandom, 5)) {
+        const std::size_t uSize =
+            RandomBelow(oRandom, RandomBelow(oRandom, 4) == 0 ? 100'000 : 300);
+        switch (RandomBelow(oRandom, 5)) {
             case 0:
                 if (!bRead) break;
                 sBytes.resize(uSize);
@@ -94,9 +95,10 @@ void AgainstAModel(const char* sAttributes, unsigned uSeed) {
                 break;
             case 2: {
                 if (bGzip && bWrite) break;
-                const std::size_t uTo = Below(oRandom, static_cast<unsigned>(sModel.size() + 1));
+                const std::size_t uTo =
+                    RandomBelow(oRandom, static_cast<unsigned>(sModel.size() + 1));
                 const auto iTo = static_cast<i3_t>(uTo);
-                const int iWhence = static_cast<int>(Below(oRandom, bGzip ? 2 : 3));
+                const int iWhence = static_cast<int>(RandomBelow(oRandom, bGzip ? 2 : 3));
                 const i3_t aiFrom[] = {0, static_cast<i3_t>(uAt), static_cast<i3_t>(sModel.size())};
                 oFile.Seek(iTo - aiFrom[iWhence], iWhence);
                 uAt = uTo;

@@ -53,7 +53,7 @@ TEST_F(Shm_Test, IsAStreamLikeABuffer) {
         const std::size_t uSize = oRandom() % (i % 100 == 0 ? 300000 : 200);
         File_Stream* const apStream[] = {&oShm, &oBuf};
         std::string asSeen[2];
-        const u2_t uWhat = Below(oRandom, 4), uWhence = Below(oRandom, 3);
+        const u2_t uWhat = RandomBelow(oRandom, 4), uWhence = RandomBelow(oRandom, 3);
         const auto iOffset = static_cast<i3_t>(oRandom() % (2 * MIB)) - static_cast<i3_t>(MIB / 2);
         for (unsigned u = 0; u < 2; ++u) {
             File_Stream& o = *apStream[u];

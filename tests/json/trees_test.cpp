@@ -17,7 +17,7 @@ void SetRandomValue(Data& o, std::mt19937& oRandom) {
     const auto iWord = static_cast<i2_t>(uBits);
     const double d = std::bit_cast<double>(uBits);
     const std::string sText =
-        Noise(oRandom() % 40, 3 + Below(oRandom, 6), static_cast<unsigned>(oRandom()));
+        Noise(oRandom() % 40, 3 + RandomBelow(oRandom, 6), static_cast<unsigned>(oRandom()));
     switch (oRandom() % 14) {
         case 0: return o.SetValInt(iWord % 3, Data_Node::Boolean);
         case 1: return o.SetValInt(iWord);
@@ -31,7 +31,7 @@ void SetRandomValue(Data& o, std::mt19937& oRandom) {
         case 9: return o.SetValLng(uBits >> oRandom() % 64);
         case 10:
             return o.SetValQuad(1, static_cast<u2_t>(uBits), 0, static_cast<u2_t>(uBits >> 32));
-        case 11: return o.SetValLink(o.GetNodeFromID(Below(oRandom, o.GetNodes())));
+        case 11: return o.SetValLink(o.GetNodeFromID(RandomBelow(oRandom, o.GetNodes())));
         case 12: return o.SetValDbl(iWord / 4.0);
         default: return;
     }
@@ -39,7 +39,8 @@ void SetRandomValue(Data& o, std::mt19937& oRandom) {
 
 void SetRandomAttributes(Data& o, std::mt19937& oRandom) {
     const Texts oMarks = {"item", "list", "item list", "object", "text", "item text", "x", ""};
-    if (oRandom() % 2 == 0) o.SetAttVal("#json", oMarks[Below(oRandom, oMarks.size())].c_str());
+    if (oRandom() % 2 == 0)
+        o.SetAttVal("#json", oMarks[RandomBelow(oRandom, oMarks.size())].c_str());
     if (oRandom() % 3 == 0) o.SetAttVal("#type", "\"\\\n");
     if (oRandom() % 3 == 0) o.SetAttVal("k", "v");
 }
@@ -48,16 +49,16 @@ TEST(JsonTrees, Random) {
     std::mt19937 oRandom(20261126);
     for (int iTree = 0; iTree < 400; ++iTree) {
         Data oRoot = NewTree();
-        if (iTree % 4 == 0) oRoot.SetRootName(NAMES[Below(oRandom, NAMES.size())]);
-        const Texts oNames(NAMES.begin(), NAMES.begin() + 1 + Below(oRandom, NAMES.size()));
-        Grow(oRoot, oRandom, 1 + Below(oRandom, 80), oNames);
+        if (iTree % 4 == 0) oRoot.SetRootName(NAMES[RandomBelow(oRandom, NAMES.size())]);
+        const Texts oNames(NAMES.begin(), NAMES.begin() + 1 + RandomBelow(oRandom, NAMES.size()));
+        Grow(oRoot, oRandom, 1 + RandomBelow(oRandom, 80), oNames);
         for (u2_t u = 0; u < oRoot.GetNodes(); ++u) {
             Data oNode = oRoot.GetNodeFromID(u);
             if (oNode.GetType() != Data_Node::Tree) SetRandomValue(oNode, oRandom);
             if (oRandom() % 4 == 0) SetRandomAttributes(oNode, oRandom);
         }
-        for (unsigned u = Below(oRandom, 8); u > 0 && iTree % 2 == 0; --u) {
-            Data oNode = oRoot.GetNodeFromID(Below(oRandom, oRoot.GetNodes()));
+        for (unsigned u = RandomBelow(oRandom, 8); u > 0 && iTree % 2 == 0; --u) {
+            Data oNode = oRoot.GetNodeFromID(RandomBelow(oRandom, oRoot.GetNodes()));
             if (oNode.GetId() != 0 && oNode.GetPred().IsNode() &&
                 oNode.GetType() != Data_Node::Zombi) {
                 oNode.Remove();
@@ -111,7 +112,7 @@ TEST(JsonTrees, Pieces) {
     std::string sJson = "[";
     while (sJson.size() < 900000) {
         sJson += "{\"\u00e4\xC3\xA4\": -1.25e3,\n\"x\\ny\": [true , null,\"" +
-                 std::string(Below(oRandom, 3000), 'x') + "\xE2\x82\xAC\\\"\"]}\n,";
+                 std::string(RandomBelow(oRandom, 3000), 'x') + "\xE2\x82\xAC\\\"\"]}\n,";
     }
     std::string sBad = sJson + "\"\\uD83D\"]";
     sJson += "0]\n";

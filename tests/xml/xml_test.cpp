@@ -149,12 +149,12 @@ std::string RandomElement(std::mt19937& oRandom, const char* sBlank) {
         "<![CDATA[AAEC\n/w==]]>", "<![CDATA[A]]>", "<![CDATA[>]]>", "<b x='1'/>"};
     // clang-format on
     const auto oOne = [&](const auto& as) -> std::string {
-        return as[Below(oRandom, std::size(as))];
+        return as[RandomBelow(oRandom, std::size(as))];
     };
     const std::string sName = oOne(NAMES);
     std::string s = '<' + sName + oOne(TYPES) + sBlank + '>';
-    for (u2_t u = Below(oRandom, 4); u != 0; --u) {
-        s += Below(oRandom, 2) != 0 ? oOne(TEXTS) : RandomElement(oRandom, sBlank);
+    for (u2_t u = RandomBelow(oRandom, 4); u != 0; --u) {
+        s += RandomBelow(oRandom, 2) != 0 ? oOne(TEXTS) : RandomElement(oRandom, sBlank);
     }
     return s + "</" + sName + sBlank + '>';
 }
@@ -500,7 +500,9 @@ Data LargeTree() {
                 o.SetValStr(std::string(u % 100, static_cast<char>('[' + u % 3)).c_str());
                 break;
             case 3: o.SetValBool(u % 3 == 0); break;
-            case 4: o.SetValLink(oTree.GetNodeFromID(Below(oRandom, oTree.GetNodes()))); break;
+            case 4:
+                o.SetValLink(oTree.GetNodeFromID(RandomBelow(oRandom, oTree.GetNodes())));
+                break;
             case 5: o.SetValBin("\0\1\2\3\4\5", u % 7); break;
             case 6: o.SetValQuad(u, ~u, 0, 7); break;
             default: break;

@@ -65,7 +65,7 @@ TEST_F(Zip_Test, RoundTripsInPieces) {
             Zip_Archive oZip("x.zip", sMode);
             for (const auto& [sName, sBytes] : oMembers) {
                 oZip.OpenNewFile(sName.c_str(), {}, {}, {}, {}, uMethod,
-                                 static_cast<int>(Below(oRandom, 11)) - 1);
+                                 static_cast<int>(RandomBelow(oRandom, 11)) - 1);
                 WriteInPieces(oZip, sBytes, oRandom);
                 EXPECT_EQ(oZip.Tell(), static_cast<i3_t>(sBytes.size()));
             }
@@ -78,7 +78,8 @@ TEST_F(Zip_Test, RoundTripsInPieces) {
                 std::string sRead(sBytes.size(), 0);
                 for (std::size_t u = 0; u < sBytes.size();) {
                     EXPECT_FALSE(oZip.Eof());
-                    const std::size_t uPart = 1 + Below(oRandom, 1u << Below(oRandom, 20));
+                    const std::size_t uPart =
+                        1 + RandomBelow(oRandom, 1u << RandomBelow(oRandom, 20));
                     u += oZip.Read(sRead.data() + u, std::min(uPart, sBytes.size() - u));
                 }
                 EXPECT_TRUE(oZip.Eof());
@@ -102,13 +103,13 @@ TEST_F(Zip_Test, SeeksInsideAMember) {
     i3_t iAt = 0;
     for (unsigned u = 0; u < 200; ++u) {
         const int iWhence = static_cast<int>(u % 2);
-        const i3_t iOffset = static_cast<i3_t>(Below(oRandom, 500000)) - 150000;
+        const i3_t iOffset = static_cast<i3_t>(RandomBelow(oRandom, 500000)) - 150000;
         oZip.Seek(iOffset, iWhence);
         iAt =
             std::clamp<i3_t>(iOffset + (iWhence == 1 ? iAt : 0), 0, static_cast<i3_t>(sAll.size()));
         ASSERT_EQ(oZip.Tell(), iAt);
         char sBytes[100];
-        const std::size_t uRead = oZip.Read(sBytes, 1 + Below(oRandom, 100), true);
+        const std::size_t uRead = oZip.Read(sBytes, 1 + RandomBelow(oRandom, 100), true);
         ASSERT_EQ(std::string(sBytes, uRead), sAll.substr(static_cast<std::size_t>(iAt), uRead));
         iAt += static_cast<i3_t>(uRead);
         Arr<char> oExtra;

@@ -37,7 +37,7 @@ inline std::string ZipBytes(const Members& oMembers, const char* sComment = null
 // Writes in pieces of any size, most of them small.
 inline void WriteInPieces(File_Stream& oOut, std::string_view sBytes, std::mt19937& oRandom) {
     while (!sBytes.empty()) {
-        const std::size_t uPart = 1 + Below(oRandom, 1u << Below(oRandom, 20));
+        const std::size_t uPart = 1 + RandomBelow(oRandom, 1u << RandomBelow(oRandom, 20));
         oOut.Write(sBytes.data(), std::min(uPart, sBytes.size()));
         sBytes.remove_prefix(std::min(uPart, sBytes.size()));
     }
