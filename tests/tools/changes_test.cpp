@@ -159,7 +159,7 @@ TEST_F(Program, Editing) {
                                  "t.xml",
                                  "t.zip --zip --to dgraph",
                                  "t.z --compress --to json"};
-    for (const std::string& sFile : Affordable(FILES, 2)) {
+    for (const std::string& sFile : Affordable(FILES, 1)) {
         const std::string sName = sFile.substr(0, sFile.find(' '));
         for (const auto& [sCommand, oChange] : CASES) {
             ASSERT_EQ(Run("convert made.dgraph " + sFile + " --dgraph-version 1.2.0").iExit, 0);
