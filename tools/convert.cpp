@@ -225,10 +225,11 @@ int ByTree(const Task& o) {
     return EXIT_GOOD;
 }
 
-int ConvertOne(const ConvertOptions& o) {
+// Raises std::invalid_argument for options that do not go together.
+FileForm FormFor(const ConvertOptions& o) {
     const Endings oEndings = EndingsOf(o.sOut);
-    Task oTask{o, {}};
-    FileForm& oForm = oTask.oForm;
+    const bool bByRecords = !o.sRecords.empty();
+    FileForm oForm;
     oForm.sFormat = o.sTo.empty() ? oEndings.sFormat : o.sTo;
     oForm.auVersion = ParseVersion(o.sVersion);
     oForm.bCompact = o.bCompact;
@@ -244,10 +245,10 @@ int ConvertOne(const ConvertOptions& o) {
         throw std::invalid_argument(
             NoFormatText(o.sOut, ".xml, .dgraph, .dump, .json, .jsonl, .csv"));
     }
-    if (oTask.IsByRecords() && oForm.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
+    if (bByRecords && oForm.sFormat != "jsonl" && (o.bZip || o.bCompress)) {
         throw std::invalid_argument(Say("files of records are not compressed"));
     }
-    if (oTask.IsByRecords() && oForm.sFormat == "csv") {
+    if (bByRecords && oForm.sFormat == "csv") {
         throw std::invalid_argument(
             Say("--records is not for csv files: each node below the top is a row"));
     }
@@ -257,6 +258,11 @@ int ConvertOne(const ConvertOptions& o) {
     if (o.bAttachable && (oForm.sFormat != "dump" || oForm.eWrapping != vok::Zip_Wrapping::None)) {
         throw std::invalid_argument(Say("--attachable is for dumps that are not compressed"));
     }
+    return oForm;
+}
+
+int ConvertOne(const ConvertOptions& o) {
+    const Task oTask{o, FormFor(o)};
     return Answer(
         o.sIn, [&] { return ByRecords(oTask); }, [&] { return ByTree(oTask); });
 }
@@ -288,7 +294,10 @@ std::map<std::string, std::string> Places(const ConvertOptions& o) {
     }
     std::map<std::string, std::string> asOut;
     for (const std::string& sIn : o.asIn) {
-        const std::string sName = BareName(sIn) + '.' + o.sTo + (o.bZip ? ".zip" : "");
+        // Files of records have a folder.
+        const bool bFolder = !o.sRecords.empty() && o.sTo != "jsonl";
+        const std::string sEnding = bFolder ? "" : '.' + o.sTo + (o.bZip ? ".zip" : "");
+        const std::string sName = BareName(sIn) + sEnding;
         const std::string sOut = ToText(ToPath(o.sInto) / ToPath(sName));
         const auto [it, bNew] = asPlace.emplace(Place(sOut), &sIn);
         if (!bNew && it->second == nullptr) {
@@ -306,6 +315,7 @@ std::map<std::string, std::string> Places(const ConvertOptions& o) {
 // A file that cannot be converted does not keep others from it.
 int ConvertAll(const ConvertOptions& o) {
     if (o.sTo.empty()) throw std::invalid_argument(Say("--into needs --to: the form of the files"));
+    (void)FormFor(o);
     const std::map<std::string, std::string> asOut = Places(o);
     vok::File::MkDir(vok::Str(o.sInto));
     return ForEachFile(o.asIn, o.uAtOnce, [&](const std::string& sIn) {
@@ -315,8 +325,7 @@ int ConvertAll(const ConvertOptions& o) {
         try {
             return ConvertOne(oOne);
         } catch (const InputError& oError) {
-            Complain(Visible(InOptions(Line(oError.what()))));
-            return static_cast<int>(oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE);
+            return TellFault(oError);
         } catch (const std::bad_alloc&) {
             Complain(sIn, Say("not enough memory"));
         } catch (const std::exception& oError) {

@@ -2,7 +2,6 @@
 // vok diff: where two trees differ.
 #include "vok/compare/diff.h"
 
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <stdexcept>

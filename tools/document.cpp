@@ -10,7 +10,6 @@
 #include "tools/csv.h"
 #include "tools/input.h"
 #include "tools/limits.h"
-#include "tools/output.h"
 #include "tools/path.h"
 #include "tools/print.h"
 #include "tools/progress.h"

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 // vok get: what is at a path.
-#include <cstdio>
 #include <string>
 
 #include "tools/commands.h"
 #include "tools/document.h"
 #include "tools/input.h"
 #include "tools/node_lines.h"
-#include "tools/output.h"
 #include "tools/print.h"
 #include "tools/shell_path.h"
 #include "tools/text.h"

@@ -155,8 +155,7 @@ int Hash(const HashOptions& o) {
             return Answer(
                 sFile, [&] { return ByRecords(o, sFile); }, [&] { return ByTree(o, sFile); });
         } catch (const InputError& oError) {
-            Complain(Visible(oError.what()));
-            return static_cast<int>(oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE);
+            return TellFault(oError);
         }
     });
 }

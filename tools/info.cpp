@@ -8,7 +8,6 @@
 #include "tools/document.h"
 #include "tools/input.h"
 #include "tools/json_nodes.h"
-#include "tools/output.h"
 #include "tools/print.h"
 #include "tools/survey.h"
 #include "tools/text.h"

@@ -2,15 +2,14 @@
 #include "tools/input.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <iterator>
 #include <new>
 #include <string_view>
 
+#include "tools/commands.h"
 #include "tools/csv.h"
 #include "tools/limits.h"
-#include "tools/output.h"
 #include "tools/print.h"
 #include "tools/progress.h"
 #include "tools/say.h"
@@ -148,6 +147,11 @@ std::string WhatIsBehind(std::string_view s, vok::u3_t uBytes, std::string_view 
 
 void CheckMayBeXml(std::string_view sStart) {
     if (!MayBeXml(sStart)) throw std::invalid_argument(Say("not a document this program knows"));
+}
+
+int TellFault(const InputError& oError) {
+    Complain(Visible(Line(oError.what())));
+    return oError.m_bTrouble ? EXIT_TROUBLE : EXIT_NEGATIVE;
 }
 
 InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,

@@ -43,6 +43,9 @@ struct InputError : std::runtime_error {
     vok::Load_Report m_oPlace;
 };
 
+// Complains of it, and returns the exit status of that.
+int TellFault(const InputError& oError);
+
 // That of what reading a document has raised, at the place where it did.
 InputError FaultIn(const std::string& sPath, const vok::Load_Report& oReport,
                    const std::exception& oError);

@@ -11,7 +11,6 @@
 
 #include "tools/commands.h"
 #include "tools/limits.h"
-#include "tools/output.h"
 #include "tools/print.h"
 #include "tools/say.h"
 #include "tools/shell_path.h"

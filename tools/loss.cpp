@@ -2,12 +2,10 @@
 #include "tools/loss.h"
 #include "tools/print.h"
 
-#include <cstdio>
 #include <stdexcept>
 
 #include <bit>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 

@@ -44,8 +44,8 @@ std::string ToLibrary(const std::string& sPath) {
     return LibraryPath(sPath);
 }
 
-void AddJobs(CLI::App& oApp, unsigned& uAtOnce, const char* sWhat) {
-    oApp.add_option("-j,--jobs", uAtOnce, sWhat)->check(CLI::Range(1u, MOST_AT_ONCE));
+CLI::Option* AddJobs(CLI::App& oApp, unsigned& uAtOnce, const char* sWhat) {
+    return oApp.add_option("-j,--jobs", uAtOnce, sWhat)->check(CLI::Range(1u, MOST_AT_ONCE));
 }
 
 void AddConvert(CLI::App& oApp) {
@@ -57,10 +57,11 @@ void AddConvert(CLI::App& oApp) {
                   "File to write, - for standard output; with --into another one to read");
     auto asMore = std::make_shared<std::vector<std::string>>();
     p->add_option("MORE", *asMore, "More files to read, with --into");
-    p->add_option("--into", o->sInto,
-                  "Convert all files that are named: each to one of its name in this folder, with "
-                  "the ending that --to tells");
-    AddJobs(*p, o->uAtOnce, "Files to convert at the same time, with --into");
+    auto* pInto = p->add_option(
+        "--into", o->sInto,
+        "Convert all files that are named: each to one of its name in this folder, with "
+        "the ending that --to tells");
+    AddJobs(*p, o->uAtOnce, "Files to convert at the same time, with --into")->needs(pInto);
     p->add_option("--from", o->sFrom, "Form of IN instead of what its content tells")
         ->check(CLI::IsMember({"xml", "dgraph", "dump", "json", "csv"}));
     p->add_option_function<std::string>("--separator", SetSeparator,
@@ -115,6 +116,7 @@ void AddConvert(CLI::App& oApp) {
             o->asIn = *asMore;
             if (!o->sOut.empty()) o->asIn.insert(o->asIn.begin(), o->sOut);
             o->asIn.insert(o->asIn.begin(), o->sIn);
+            o->sOut.clear();
         }
         g_iExit = Convert(*o);
     });

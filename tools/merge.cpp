@@ -2,7 +2,6 @@
 // vok merge: what two trees have made of a third one, in one.
 #include "vok/compare/merge.h"
 
-#include <cstdio>
 #include <cstring>
 #include <string>
 

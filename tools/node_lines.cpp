@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "tools/document.h"
-#include "tools/output.h"
 #include "tools/print.h"
 
 namespace tools {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // vok patch: what vok diff has written, applied.
-#include <cstdio>
 
 #include "tools/commands.h"
 #include "tools/input.h"

@@ -55,7 +55,8 @@ void Print(std::string_view s) {
 
 void AllowPrinting(vok::u3_t uInputBytes) noexcept {
     constexpr vok::u3_t FREE = vok::u3_t{64} << 20;
-    if (g_uAllowed == UNBOUNDED) g_uAllowed = 0;
+    vok::u3_t uBefore = UNBOUNDED;
+    g_uAllowed.compare_exchange_strong(uBefore, 0);
     g_uAllowed += FREE;
     AllowMorePrinting(uInputBytes);
 }

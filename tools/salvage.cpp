@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // vok salvage: what can be read of a damaged document.
-#include <cstdio>
 #include <string>
 
 #include "tools/commands.h"

@@ -11,7 +11,6 @@
 #include "tools/input.h"
 #include "tools/json_nodes.h"
 #include "tools/node_bytes.h"
-#include "tools/output.h"
 #include "tools/page.h"
 #include "tools/say.h"
 #include "tools/text.h"

@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "tools/document.h"
-#include "tools/output.h"
 #include "tools/print.h"
 #include "tools/say.h"
 

@@ -62,10 +62,15 @@ TEST_F(Program, ManyFilesAtOnce) {
     EXPECT_EQ(OnDisk("made/rows.csv") + OnDisk("made/a.csv"), "u,t\n1,2\nx\n1\n");
     EXPECT_EQ(Run("convert a.xml --into made --to xml --zip").iExit, 0);
     EXPECT_EQ(HashOf("made/a.xml.zip"), HashOf("a.xml"));
+    EXPECT_EQ(Run("convert a.xml c.dgraph.gz --into made --to dump --attachable").iExit, 0);
+    EXPECT_EQ(Run("convert a.xml --into made --to xml --records //x").iExit, 0);
+    EXPECT_TRUE(fs::exists("made/a/00000001.xml") && fs::exists("made/c.dump"));
     const struct {
         const char* sArguments;
         const char* sErr;
     } CASES[] = {
+        {"a.xml x.xml -j 2", "--jobs requires --into\nRun with --help for more information.\n"},
+        {"a.xml rows.tsv --into made --to xml --compact", "vok: --compact is for JSON\n"},
         {"a.xml", "OUT is required\nRun with --help for more information.\n"},
         {"a.xml x.xml y.xml",
          "The following argument was not expected: y.xml\nRun with --help for more information.\n"},

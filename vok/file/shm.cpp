@@ -10,6 +10,7 @@
 
 #include "vok/base/where.h"
 #include "vok/file/plain_name.h"
+#include "vok/sys/disk.h"
 #include "vok/sys/shm.h"
 #include "vok/sys/sys.h"
 
@@ -24,9 +25,7 @@ constexpr u3_t FIRST_ROOM = 0x10000;
 constexpr u3_t MOST_MORE = u3_t{16} << 20;  // that is taken at a time without need
 
 constexpr u2_t NO_ACCESS = 13;  // EACCES
-constexpr u2_t INVALID = 22;    // EINVAL
 constexpr u2_t TOO_LARGE = 27;  // EFBIG
-constexpr u2_t NOT_THERE = 2;   // ENOENT
 
 constexpr u3_t MAGIC = 0x314D4853'2D4B4F56;  // "VOK-SHM1", in the order of this machine
 constexpr u2_t VERSION = 1;
@@ -59,7 +58,7 @@ void Set(u3_t& uField, u3_t uValue) noexcept {
     return false;
 }
 [[nodiscard]] bool IsName(const Str& oName) noexcept {
-    return file::IsPlainName(oName.View(), LONGEST_NAME) || Fail(INVALID);
+    return file::IsPlainName(oName.View(), LONGEST_NAME) || Fail(sys::INVALID_ARGUMENT);
 }
 
 std::atomic<u3_t> g_uInUse{0};
@@ -90,7 +89,8 @@ void File_Shm::Open(const Str& oName, Mode eMode, u3_t uLimit) {
                       static_cast<int>(Mode::CreateOrOpen));
         const bool bMake = eMode == Mode::Create || eMode == Mode::CreateOrOpen;
         Handle pShm;
-        bool bGood = IsName(oName) && ((uLimit != 0 && uLimit <= MOST) || !bMake || Fail(INVALID));
+        bool bGood = IsName(oName) &&
+                     ((uLimit != 0 && uLimit <= MOST) || !bMake || Fail(sys::INVALID_ARGUMENT));
         if (bGood) {
             pShm.reset(sys::OpenShm(oName.CStr(), static_cast<sys::ShmMode>(eMode),
                                     sys::SHM_HEADER + (bMake ? uLimit : 0)));
@@ -119,11 +119,11 @@ void File_Shm::Open(const Str& oName, Mode eMode, u3_t uLimit) {
 bool File_Shm::TakeUp(const Handle& pShm, bool bWrite, u3_t uLimit) {
     Header& o = HeaderOf(*pShm);
     if (Get(o.uMagic) == 0) {
-        if (!bWrite || uLimit == 0) return Fail(NOT_THERE);
+        if (!bWrite || uLimit == 0) return Fail(sys::NOT_THERE);
         new (&o) Header{0, VERSION, 0, uLimit, 0, 0};
         Set(o.uMagic, MAGIC);
     }
-    if (!TakeHeader(*pShm)) return Fail(INVALID);
+    if (!TakeHeader(*pShm)) return Fail(sys::INVALID_ARGUMENT);
     if (!bWrite) return true;
     char* const pBytes = sys::MapShm(*pShm, sys::SHM_HEADER + m_uLimit);
     if (pBytes == nullptr) return false;
@@ -141,7 +141,7 @@ bool File_Shm::TakeHeader(const sys::Shm& oShm) {
     // The count first: what it counts is then there.
     const u3_t uGeneration = Get(o.uGeneration);
     const u3_t uPublished = Get(o.uPublished);
-    const u3_t uLimit = o.uLimit;
+    const u3_t uLimit = Get(o.uLimit);
     if (uLimit > MOST || uPublished > uLimit || uPublished > uThere - sys::SHM_HEADER) return false;
     if (uPublished < m_uPublished || uGeneration < m_uGeneration) return false;
     m_uLimit = uLimit;
@@ -167,7 +167,7 @@ sys::Shm& File_Shm::Checked() const {
 bool File_Shm::Remove(const Str& oName) {
     return Where("vok::File_Shm::Remove", [&] {
         if (IsName(oName) && sys::RemoveShm(oName.CStr())) return true;
-        if (sys::RuntimeError() != NOT_THERE) {
+        if (sys::RuntimeError() != sys::NOT_THERE) {
             Msg::CannotOpenSharedMemory(oName.CStr(), Msg::SystemError());
         }
         return false;
@@ -190,7 +190,7 @@ void File_Shm::Publish() {
         if (!CanWrite()) Msg::FileIsNotOpenForWrite(Name());
         // Somebody may have cut off what the number is to stand for.
         if (sys::ShmSize(oShm) < sys::SHM_HEADER + m_uSize) {
-            Msg::CannotSetSharedMemoryView(sys::SHM_HEADER, m_uSize, INVALID);
+            Msg::CannotSetSharedMemoryView(sys::SHM_HEADER, m_uSize, sys::INVALID_ARGUMENT);
         }
         Header& o = HeaderOf(oShm);
         m_uPublished = m_uSize;
@@ -207,7 +207,7 @@ bool File_Shm::Refresh() {
         const u3_t uBefore = m_uGeneration;
         const u3_t uKnown = m_uPublished;
         if (!TakeHeader(oShm)) {
-            Msg::CannotSetSharedMemoryView(sys::SHM_HEADER, m_uPublished, INVALID);
+            Msg::CannotSetSharedMemoryView(sys::SHM_HEADER, m_uPublished, sys::INVALID_ARGUMENT);
         }
         return m_uGeneration != uBefore || m_uPublished != uKnown;
     });
@@ -219,7 +219,8 @@ File_Shm::Bytes File_Shm::MapBytes() const {
         const u3_t uBegin = sys::SHM_HEADER + std::min(m_uPosition, m_uPublished);
         const u3_t uEnd = sys::SHM_HEADER + m_uPublished;
         sys::Mapping oMapping;
-        const bool bFits = uEnd <= std::numeric_limits<std::size_t>::max() || Fail(INVALID);
+        const bool bFits =
+            uEnd <= std::numeric_limits<std::size_t>::max() || Fail(sys::INVALID_ARGUMENT);
         if (!bFits || !sys::CopyShm(oShm, static_cast<std::size_t>(uEnd), oMapping)) {
             Msg::CannotSetSharedMemoryView(uBegin, uEnd - uBegin, Msg::SystemError());
         }
