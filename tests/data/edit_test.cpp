@@ -454,6 +454,12 @@ TEST(Shrink, KeepsARemovedRoot) {
     Data oRoot = NewTree();
     Data::CopyVal(oGone, oRoot);
     EXPECT_EQ(oRoot.GetType(), Data_Node::Zombi);
+    EXPECT_EQ(Fault(oRoot), "");
+    // What could not be loaded again is not written.
+    File_Buf oBuf("w");
+    EXPECT_EQ(Failing([&] { oRoot.Dump(oBuf); }), "try to access deleted node");
+    EXPECT_EQ(Failing([&] { Dgraph_SaveDGraph(oRoot, oBuf); }), "No DGraph!");
+    EXPECT_EQ(oBuf.Size(), 0u);
     oRoot.Shrink();
     oRoot.ClearVal();
     oRoot.SetValInt(1);

@@ -288,7 +288,8 @@ class Data {
     // The value as a real; a text as its leading 32-bit whole number, without its fraction.
     [[nodiscard]] double CvtDbl(double dDefault = 0.0) const;
     // Copies the value of oSrc to oDst. Within a tree texts are shared, between trees they
-    // are copied; a link into another tree becomes a link to nothing.
+    // are copied; a link into another tree becomes a link to nothing. From a removed node, oDst is
+    // removed: a root, too, of which a tree has nothing left that could be stored.
     static void CopyVal(const Data& oSrc, Data& oDst);
 
     // ---- attributes -------------------------------------------------------
@@ -497,7 +498,8 @@ class Data {
 
     // Writes the whole tree, removed nodes and user tag included, in the library's own
     // format: the fast form, a few large blocks (docs/native-dump.md). Does not flush. Raises
-    // "node is empty" and the errors of the stream, which keeps what was written by then.
+    // "node is empty", "try to access deleted node" where the root itself is removed (only CopyVal
+    // can do that), and the errors of the stream, which keeps what was written by then.
     void Dump(File_Stream& oOut, Data_DumpLayout eLayout = Data_DumpLayout::Compact) const;
     // Replaces the cursor's tree by one that was dumped and goes to its root; ids are those
     // of the tree that was dumped. The stream is left behind the dump. Nothing in it is

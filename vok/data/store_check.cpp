@@ -14,7 +14,6 @@ class StoreCheck {
     const char* Run() {
         const std::size_t uNodes = m_oBase.m_oNode.Size();
         if (uNodes == 0 || m_oBase.m_oNode(0).PredField() != 0) return "no root";
-        if (m_oBase.m_oNode(0).GetType() == Data_Node::Zombi) return "a removed root";
         if (m_oBase.m_uIndexed > uNodes) return "more nodes indexed than there are";
         m_oPending.Resize(uNodes);
         for (u2_t uId = 0; uId < uNodes; ++uId) {

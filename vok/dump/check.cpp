@@ -61,7 +61,7 @@ void Checker::CheckNodes() {
     const std::size_t uNodes = m_oBase.m_oNode.Size();
     const std::size_t uNames = m_oBase.m_oName.Size();
     if (uNodes == 0 || m_oBase.m_oNode(0).PredField() != 0) FailNode(0);
-    if (m_oBase.m_oNode(0).GetType() == Data_Node::Zombi) FailNode(0);  // it cannot be removed
+    if (m_oBase.m_oNode(0).GetType() == Data_Node::Zombi) FailNode(0);  // it is never dumped
     m_oKeyAfter.Resize(uNames);
     // The types whose payload is any number, a bit each.
     constexpr u2_t NUMBERS = 1u << Data_Node::Empty | 1u << Data_Node::Boolean |

@@ -193,8 +193,11 @@ class Writer {
 }  // namespace dump
 
 void Data::Dump(File_Stream& oOut, Data_DumpLayout eLayout) const {
-    return Where("vok::Data::Dump",
-                 [&] { dump::Writer(detail::TreeOf(m_oBase), oOut, eLayout).Run(); });
+    return Where("vok::Data::Dump", [&] {
+        Data_Base& b = detail::TreeOf(m_oBase);
+        (void)detail::LiveNodeOf(m_oBase, 0);
+        dump::Writer(b, oOut, eLayout).Run();
+    });
 }
 
 }  // namespace vok
