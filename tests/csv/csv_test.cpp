@@ -84,6 +84,8 @@ TEST_F(Csv_Test, RowsBecomeNodes) {
         {"a,b\n1,\n,\n", "Root(row(a:1 b:'') row(a:'' b:''))"},
         {"\xE4,b\nx\xFFy,1\n", "Root(row(b:1 ä:'xÿy'))"},
         {"a\n\"\"\n", "Root(row(a:''))"},
+        // No XML declaration, whatever it looks like.
+        {"<?xml encoding='x',b\n1,2?>\n", "Root(row(<?xml encoding='x':1 b:'2?>'))"},
     };
     for (const Pair& o : CASES) EXPECT_EQ(Loaded(o.first), o.second) << o.first;
     EXPECT_TRUE(

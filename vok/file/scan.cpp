@@ -49,7 +49,7 @@ class File_Scan::Impl {
   public:
     Impl(File_Stream& oIn, const Limits& oLimits)
         : m_oIn(oIn),
-          m_oSource(oIn),
+          m_oSource(oIn, xml::Declares::No),
           m_oLimits(oLimits),
           m_p(m_oSource.Begin()),
           m_pEnd(m_oSource.End()),

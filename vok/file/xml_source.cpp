@@ -78,7 +78,8 @@ void ConvertUtf16(std::string_view s, bool bBigEndian, Arr<char>& oOut) {
 
 }  // namespace
 
-Source::Source(File_Stream& oIn) : m_oIn(oIn), m_pBuffer(dynamic_cast<File_Buf*>(&oIn)) {
+Source::Source(File_Stream& oIn, Declares eDeclares)
+    : m_oIn(oIn), m_pBuffer(dynamic_cast<File_Buf*>(&oIn)) {
     if (m_pBuffer != nullptr) {
         m_pBegin = m_pBuffer->Peek();
         m_pEnd = m_pBegin + m_pBuffer->Remaining();
@@ -88,7 +89,7 @@ Source::Source(File_Stream& oIn) : m_oIn(oIn), m_pBuffer(dynamic_cast<File_Buf*>
         const char* pEnd = nullptr;
         Fetch(p, pEnd);
     }
-    DetectCoding();
+    DetectCoding(eDeclares);
 }
 
 Source::~Source() {
@@ -111,7 +112,7 @@ u3_t Source::Leave(const char* p) {
     return uLeft;
 }
 
-void Source::DetectCoding() {
+void Source::DetectCoding(Declares eDeclares) {
     const auto oStartsWith = [&](std::string_view s) {
         return static_cast<std::size_t>(m_pEnd - m_pBegin) >= s.size() &&
                std::memcmp(m_pBegin, s.data(), s.size()) == 0;
@@ -134,6 +135,7 @@ void Source::DetectCoding() {
         if (*m_pBegin != '<' && *m_pBegin != 0) oSkipMark(2);
         return Convert();
     }
+    if (eDeclares == Declares::No) return;
     // As long as no declaration is longer.
     constexpr std::size_t DECLARATION = 4096;
     const std::size_t uSize = std::min(static_cast<std::size_t>(m_pEnd - m_pBegin), DECLARATION);

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The text of an XML document, or of a JSON one, as UTF-8, piece by piece. Internal.
+// The text of an XML document, or of another one, as UTF-8, piece by piece. Internal.
 #ifndef VOK_FILE_XML_SOURCE_H
 #define VOK_FILE_XML_SOURCE_H
 
 #include "vok/file/buf.h"
 
 namespace vok::xml {
+
+// Whether a document may say its coding in an XML declaration; in others such a beginning is text.
+enum class Declares { No, Xml };
 
 enum class Coding { Utf8, Utf16LittleEndian, Utf16BigEndian, Latin1, Windows1252 };
 
@@ -16,7 +19,7 @@ class Source {
   public:
     // Raises "unknown character coding: "%0"" for a declared coding other than UTF-8,
     // US-ASCII, ISO-8859-1, windows-1252, and UTF-16 with or without byte-order mark.
-    explicit Source(File_Stream& oIn);
+    Source(File_Stream& oIn, Declares eDeclares);
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
     // Unless Leave was called a memory buffer is left behind its last byte, others where reading
@@ -52,7 +55,7 @@ class Source {
     [[nodiscard]] std::size_t Held() const noexcept { return m_oBytes.Capacity(); }
 
   private:
-    void DetectCoding();
+    void DetectCoding(Declares eDeclares);
     void Convert();
     void Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexcept;
 

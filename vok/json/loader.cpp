@@ -362,7 +362,7 @@ void Json_Load(Data& oTree, File_Stream& oIn, const Limits& oLimits, Load_Report
     return Where("vok::Json_Load", [&] {
         if (pReport != nullptr) *pReport = Load_Report();
         Data_Base& b = json::Access::Restart(oTree);
-        xml::Source oSource(oIn);
+        xml::Source oSource(oIn, xml::Declares::No);
         json::Loader oLoader(b, oSource, oLimits);
         {
             const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {

@@ -27,7 +27,7 @@ class Data_Reader::Impl {
         if (m_eForm == Form::DGraph) {
             m_pSource = std::make_unique<dgraph::RecordReader>(oIn, m_oDocument.GetLimits());
         } else {
-            m_oText.emplace(oIn);
+            m_oText.emplace(oIn, xml::Declares::Xml);
             m_pSource = std::make_unique<xml::RecordReader>(*m_oText, m_oDocument.GetLimits());
         }
         m_oTaker.emplace(*m_pSource);

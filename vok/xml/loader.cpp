@@ -136,7 +136,7 @@ u2_t Data::LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits, Load
         if (pReport != nullptr) *pReport = Load_Report();
         if (!m_oBase) SetToRoot();
         Base& b = detail::NodeOf(m_oBase, m_uId);
-        xml::Source oSource(in);
+        xml::Source oSource(in, xml::Declares::Xml);
         detail::XmlLoader oLoader(b, m_uId, oSource, uFlags, oLimits);
         u2_t uElements;
         {
