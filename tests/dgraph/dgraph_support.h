@@ -64,6 +64,55 @@ inline std::string AllTypes() {
                 Text("x[0]", "y") + Leaf("x[1]", 6, U8(1)) + Leaf("yes[0]", 6, U8(1)));
 }
 
+// Three objects of the same names, of any length up to one that is too long to be expected as a
+// whole, with runs of one digit and of two. oHeads gets where the records of the last one begin.
+inline std::string Repeating(std::vector<std::size_t>& oHeads) {
+    Texts sRecords;
+    for (std::size_t u = 1; u <= 26; ++u) {
+        const auto cName = static_cast<char>('a' + u - 1);
+        sRecords.push_back(Leaf(std::string(u, cName) + "[0]", 1, I32(static_cast<i3_t>(u))));
+    }
+    sRecords.push_back(Text("xy[0]", "a text"));
+    sRecords.push_back(Text(std::string(30, 'y') + "[0]", "another text"));
+    for (const std::string& sName :
+         {"r"s, "run"s, "a run"s, "longer run"s, std::string(20, 's'), std::string(40, 't')}) {
+        for (int i = 0; i < 23; ++i) {
+            sRecords.push_back(Leaf(sName + "[" + std::to_string(i) + "]", 6, U8(i & 1)));
+        }
+    }
+    std::stable_sort(sRecords.begin(), sRecords.end(), [](const auto& a, const auto& b) {
+        return a.substr(4, a.find('[') - 4) < b.substr(4, b.find('[') - 4);
+    });
+    std::string sDocument = Header() + Open("Root[0]", 3);
+    for (int i = 0; i < 3; ++i) {
+        sDocument += Open("o[" + std::to_string(i) + "]", static_cast<i3_t>(sRecords.size()));
+        oHeads.clear();
+        for (const std::string& s : sRecords) {
+            oHeads.push_back(sDocument.size());
+            sDocument += s;
+        }
+    }
+    return sDocument;
+}
+
+// Documents in which a name follows that it was seen to follow before, but where it does not belong
+// in front of the others, is there already, or has another index than its text.
+inline Texts Misleading() {
+    const std::string sInner = Leaf("z[0]", 1, I32(1));
+    const std::string sNext = Leaf("m[0]", 1, I32(2));
+    std::string sSeen;
+    for (int i = 0; i < 3; ++i) {
+        sSeen += Open("o[" + std::to_string(i) + "]", 2) + Open("k[0]", 1) + sInner + sNext;
+    }
+    std::string sRun;
+    for (int i = 0; i < 10; ++i) sRun += Leaf("r[" + std::to_string(i) + "]", 1, I32(i));
+    // Nothing is expected at the end of a document.
+    const std::string sEnd = Text("z[0]", std::string(60, 'z'));
+    return {Document(4, sSeen + Open("o[3]", 3) + Open("q[0]", 1) + sInner + sNext + sEnd),
+            Document(4, sSeen + Open("o[3]", 3) + Open("m[0]", 1) + sInner + sNext + sEnd),
+            Document(12, sRun + Leaf("r[:]", 1, I32(10)) + sEnd)};
+}
+
 // The bytes that a tree is written as.
 inline std::string Save(const Data& oTree) {
     return Written([&](File_Buf& o) { Dgraph_SaveDGraph(oTree, o); });

@@ -16,6 +16,21 @@ void ExpectSame(const std::string& sDocument, const Limits& oLimits = {}) {
     EXPECT_EQ(oTaken, oLoaded) << testing::PrintToString(sDocument);
     Drop_Stream oStream(sDocument, 100);
     EXPECT_EQ(TakeWhole(oStream, oLimits).sShown, oLoaded.sShown);
+    File_Buf oEach(sDocument.data(), sDocument.size());
+    const Reading oRecords = EachRecord(oEach, oLimits);
+    Drop_Stream oFew(sDocument, 7);
+    EXPECT_EQ(EachRecord(oFew, oLimits), oRecords);
+}
+// The same of a document without links, whose every error is met record by record.
+void ExpectToldByRecords(const std::string& sDocument) {
+    ExpectSame(sDocument);
+    const Reading oRecords = [&] {
+        File_Buf oIn(sDocument.data(), sDocument.size());
+        return EachRecord(oIn);
+    }();
+    File_Buf oIn(sDocument.data(), sDocument.size());
+    const Reading oLoaded = LoadWhole(oIn);
+    if (oLoaded.bFailed) EXPECT_TRUE(Has(oRecords.sShown, oLoaded.sShown));
 }
 
 TEST(Reader, TheCanonicalFormIsThatOfTheTree) {
@@ -94,6 +109,20 @@ TEST(Reader, DamageIsToldAsByLoading) {
             }
         }
     }
+    std::vector<std::size_t> oHeads;
+    const std::string sRepeating = Repeating(oHeads);
+    for (const std::size_t uHead : oHeads) {
+        // The last digit of the index, the name, the length.
+        for (const std::size_t u : {sRepeating.find(']', uHead) - 1, uHead + 4, uHead}) {
+            std::string sDamaged = sRepeating;
+            ++sDamaged[u];
+            ExpectToldByRecords(sDamaged);
+        }
+    }
+    for (const std::string& s : Misleading()) ExpectToldByRecords(s);
+    const std::string sOutOfOrder = Misleading()[0];
+    File_Buf oOutOfOrder(sOutOfOrder.data(), sOutOfOrder.size());
+    EXPECT_TRUE(EachRecord(oOutOfOrder).sReport.ends_with("!"));
     // What is in front of an element is a value or nothing; what links is no tree.
     for (const char* s : {"<a>x<b/></a>", "<a>\f<b/></a>", "<a dt:dt='i4'><b/></a>", "<a><b></a>",
                           "<a CDNodeID='ID1' CDNodeIDREF='ID1'><b/></a>", "<a></b>",

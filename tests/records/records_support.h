@@ -17,6 +17,7 @@ namespace vok {
 struct Reading {
     std::string sShown;
     std::string sReport;
+    bool bFailed = false;  // sShown is the message
     friend bool operator==(const Reading&, const Reading&) = default;
     friend std::ostream& operator<<(std::ostream& o, const Reading& r) {
         return o << r.sShown << "; " << r.sReport;
@@ -37,7 +38,7 @@ inline Reading LoadWhole(File_Stream& oIn, const Limits& oLimits = {}) {
     Data oTree;
     Load_Report r;
     const std::string sError = Failing([&] { Dgraph_Load(oTree, oIn, oLimits, &r); });
-    return {sError.empty() ? Show(oTree.GetRoot()) : sError, Line(r)};
+    return {sError.empty() ? Show(oTree.GetRoot()) : sError, Line(r), !sError.empty()};
 }
 // That of all records together; no report where there is not even a reader.
 inline Reading TakeWhole(File_Stream& oIn, const Limits& oLimits = {}) {
@@ -49,7 +50,8 @@ inline Reading TakeWhole(File_Stream& oIn, const Limits& oLimits = {}) {
         while (oReader->Next()) {
         }
     });
-    return {sError.empty() ? Show(oTree) : sError, oReader ? Line(oReader->GetReport()) : ""};
+    return {sError.empty() ? Show(oTree) : sError, oReader ? Line(oReader->GetReport()) : "",
+            !sError.empty()};
 }
 
 // The canonical form of what loading gives, and what is said of it record by record, which is empty
@@ -69,6 +71,27 @@ inline std::string FormByRecords(File_Stream& oIn) {
     return s;
 }
 
+// Every record with all that it says, as far as reading comes.
+inline Reading EachRecord(File_Stream& oIn, const Limits& oLimits = {}) {
+    std::string s;
+    std::optional<Data_Reader> oReader;
+    s += Failing([&] {
+        oReader.emplace(oIn, oLimits);
+        while (oReader->Next()) {
+            const Data_Record& r = **oReader;
+            s += std::to_string(r.GetOffset()) + ' ' + std::to_string(r.GetDepth()) + ' ';
+            s += std::string(r.GetName()) + '[' + std::to_string(r.GetIndex()) + "] ";
+            s += std::to_string(r.GetType()) + ' ' + std::to_string(r.Lng()) + ' ';
+            s += std::string(r.Text()) + '\n';
+            for (const auto& o : r.GetAttributes()) {
+                s += std::string(o.sName) + '=' + std::string(o.sValue) + '\n';
+            }
+        }
+    });
+    return {s, oReader ? Line(oReader->GetReport()) + (oReader->IsInOrder() ? "" : "!") : "",
+            false};
+}
+
 // What reading comes to without a tree, or with one of each record of a level.
 inline Reading ReadThrough(File_Stream& oIn, const Limits& oLimits, u2_t uTakenLevel) {
     Data oTree;
@@ -79,7 +102,8 @@ inline Reading ReadThrough(File_Stream& oIn, const Limits& oLimits, u2_t uTakenL
             if ((*oReader)->GetDepth() == uTakenLevel) oReader->Take(oTree);
         }
     });
-    return {sError, oReader ? Line(oReader->GetReport()) + (oReader->IsInOrder() ? "" : "!") : ""};
+    return {sError, oReader ? Line(oReader->GetReport()) + (oReader->IsInOrder() ? "" : "!") : "",
+            !sError.empty()};
 }
 
 }  // namespace vok

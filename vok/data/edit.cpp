@@ -142,13 +142,17 @@ bool Data_Base::IsBelow(u2_t uId, u2_t uTop) const noexcept {
 }
 
 void Data_Base::Reset() {
+    ResetNodes();
+    m_oUserTag.Clear();
+}
+
+void Data_Base::ResetNodes() {
     m_oNode.MakePrivate();
     m_oNode.Truncate(0);
     m_oNode.Add(Node{0, 0, 0, 0});
     m_oGroup.Reset();
     m_oHeap.Reset();
     m_oAtt.Reset();
-    m_oUserTag.Clear();
     m_uIndexed = 0;
     m_uDead = 0;
 }

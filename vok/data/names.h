@@ -40,6 +40,7 @@ class Data_Names : private Hash::Near, public Hash {
     [[nodiscard]] Arr<u2_t> Ranks() const;
     // What Intern looks at first, for codecs that look at names where they stand in a document.
     [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
+    [[nodiscard]] const Hash_Guess& Guess() const noexcept { return m_oGuess; }
     // Whether documents carry a name as it stands. Remembered.
     [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
 

@@ -96,6 +96,7 @@ struct Data_Tail {
     u2_t uRoom = 0;               // nodes that there may be
 
     [[nodiscard]] bool IsFull() const noexcept { return uNext >= uRoom; }
+    [[nodiscard]] u2_t Left() const noexcept { return IsFull() ? 0 : uRoom - uNext; }
     // Appends a node where it is not full, and returns its id.
     u2_t Add(u2_t uParent, u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
         pNodes[uNext].Make(uParent, uKey, eType, uValue);

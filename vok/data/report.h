@@ -19,6 +19,19 @@ inline void ReportNode(Load_Report& oReport, const Data& oTree, u2_t uNode) noex
     }
 }
 
+// Does something where a scope is left, by an error as well.
+template <class F>
+class OnExit {
+  public:
+    explicit OnExit(F oDo) noexcept : m_oDo(oDo) {}
+    ~OnExit() { m_oDo(); }
+    OnExit(const OnExit&) = delete;
+    OnExit& operator=(const OnExit&) = delete;
+
+  private:
+    F m_oDo;
+};
+
 // Has a report, unless it is null, filled where a scope is left, by an error as well.
 template <class Fill>
 class ReportOnExit {

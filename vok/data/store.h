@@ -192,7 +192,9 @@ class Data_Base {
     // Leaves an unnamed, empty root and nothing else, but keeps the numbers of names, and the
     // memory for other nodes.
     void Reset();
-    // The same for another tree in its place. Names stay, as long as they are not many more than
+    // The same, but for the user tag.
+    void ResetNodes();
+    // Reset for another tree in its place. Names stay, as long as they are not many more than
     // those nodes: most trees that follow each other bear the same. Nobody sees them but FindKey.
     void Restart();
     // Gives back memory that a former, much larger tree needed.
@@ -214,7 +216,15 @@ class Data_Base {
     void ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGroups);
     // Makes uId, which is empty and new, a tree node whose group has room for uCapacity, for
     // a loader that knows how many successors follow.
-    void OpenTree(u2_t uId, u2_t uCapacity);
+    void OpenTree(u2_t uId, u2_t uCapacity) {
+        Node::CheckPred(uId);
+        const u2_t uStart = m_oGroup.Add(uCapacity);
+        Node& oNode = m_oNode(uId);
+        oNode.SetType(Node::Tree);
+        oNode.uWord2 = uStart;
+        oNode.uWord3 = 0;
+        if (uId == 0) m_uIndexed = 1;  // a root stands in no group
+    }
     // Append for a loader: the node is placed at once, a long group that gets out of order is
     // left so. Nothing may be pending.
     u2_t AppendPlaced(u2_t uParent, u2_t uKey) {

@@ -5,18 +5,6 @@
 
 namespace vok {
 
-u2_t Data_Groups::Add(u2_t uRoom) {
-    const std::size_t uStart = m_oWord.Size();
-    const std::size_t uEnd = uStart + HEADER + uRoom;
-    if (uEnd > m_oWord.Capacity() || uEnd > MOST) [[unlikely]]
-        MakeRoom(uEnd);
-    m_oWord.SetSize(uEnd);
-    u2_t* pGroup = m_oWord.Beg() + uStart;
-    pGroup[0] = 0;
-    pGroup[1] = uRoom;
-    return static_cast<u2_t>(uStart);
-}
-
 void Data_Groups::MakeRoom(std::size_t uEnd) {
     if (uEnd > MOST) Msg::AssertionFailed("vok::Msg::IsInt32(x)");
     m_oWord.ReserveMore(uEnd - m_oWord.Size());

@@ -76,7 +76,17 @@ class Data_Groups {
     }
 
     // Appends an empty group and returns its place.
-    u2_t Add(u2_t uRoom);
+    u2_t Add(u2_t uRoom) {
+        const std::size_t uStart = m_oWord.Size();
+        const std::size_t uEnd = uStart + HEADER + uRoom;
+        if (uEnd > m_oWord.Capacity() || uEnd > MOST) [[unlikely]]
+            MakeRoom(uEnd);
+        m_oWord.SetSize(uEnd);
+        u2_t* pGroup = m_oWord.Beg() + uStart;
+        pGroup[0] = 0;
+        pGroup[1] = uRoom;
+        return static_cast<u2_t>(uStart);
+    }
     // Moves the group at uStart to the end, with room for at least one more than it has, and
     // returns its new place.
     u2_t Grow(u2_t uStart, u2_t uRoom);

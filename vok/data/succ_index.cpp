@@ -93,16 +93,6 @@ void Data_Base::ReservePlaces(u2_t uParent, std::size_t uCount, std::size_t uGro
     m_oGroup.Reserve(uCount, uGroups, bGrows ? oParent.Start() : NONE);
 }
 
-void Data_Base::OpenTree(u2_t uId, u2_t uCapacity) {
-    Node::CheckPred(uId);
-    const u2_t uStart = m_oGroup.Add(uCapacity);
-    Node& oNode = m_oNode(uId);
-    oNode.SetType(Node::Tree);
-    oNode.uWord2 = uStart;
-    oNode.uWord3 = 0;
-    if (uId == 0) m_uIndexed = 1;  // a root stands in no group
-}
-
 // Gives a group room for at least one more. A first group is as large as the node already
 // has successors: exact for every tree that is built before it is read.
 void Data_Base::GrowGroup(Node& oParent) {

@@ -16,6 +16,7 @@ class Data_UserTag {
   public:
     // The text ends at its first NUL. Nothing is changed if memory runs out.
     void Set(std::string_view sTag) {
+        if (sTag == View()) return;
         sTag = sTag.substr(0, sTag.find('\0'));
         if (sTag.size() > SHORT || !IsAsciiText(sTag.data(), sTag.size())) {
             m_oLong = Mem::Str(sTag);

@@ -4,6 +4,9 @@
 #ifndef VOK_DGRAPH_FAST_READER_H
 #define VOK_DGRAPH_FAST_READER_H
 
+#include <algorithm>
+#include <functional>
+
 #include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/reader.h"
 
@@ -19,10 +22,9 @@ template <class Source>
 class Reader<Source>::Fast {
   public:
     [[gnu::always_inline]] explicit Fast(Reader& oReader) noexcept
-        : r(oReader),
-          m_oBase(oReader.m_oBase),
-          m_p(oReader.m_oSource.Peek()),
-          m_pEnd(m_p + oReader.m_oSource.AtHand()) {}
+        : r(oReader), m_oBase(oReader.m_oBase), m_p(oReader.m_oSource.Peek()) {
+        SetEnd();
+    }
     [[gnu::always_inline]] ~Fast() {
         if (m_bAhead) Sync();
     }
@@ -54,6 +56,15 @@ class Reader<Source>::Fast {
     static constexpr std::size_t LENGTH = 4;
     static constexpr std::size_t LARGEST_VALUE = 8;
 
+    // Where what is at hand ends, and up to where heads are compared as a whole: nowhere, if they
+    // might be longer than a text may be.
+    [[gnu::always_inline]] void SetEnd() noexcept {
+        const std::size_t uAtHand = r.m_oSource.AtHand();
+        m_pEnd = m_p + uAtHand;
+        const bool bHeads = uAtHand >= HEAD_ROOM && r.m_oLimits.m_uTextBytes >= MOST_HEAD;
+        m_pLastHead = bHeads ? m_pEnd - HEAD_ROOM : nullptr;
+    }
+
     // A record taken apart: its name and index, its type code, where its value begins.
     struct Record {
         u2_t uKey;
@@ -78,7 +89,9 @@ class Reader<Source>::Fast {
         m_oTail = m_oBase.TakeTail(r.m_uMostNodes);
         m_pFirst = m_oBase.m_oGroup.Ids(oParent.Start());
         m_pId = m_pFirst + oParent.Size();
-        m_pLast = m_pFirst + m_oBase.m_oGroup.Room(oParent.Start());
+        const std::size_t uRoom = m_oBase.m_oGroup.Room(oParent.Start()) - oParent.Size();
+        m_pBefore = nullptr;
+        m_pLast = m_pId + std::min<std::size_t>(uRoom, m_oTail.Left());
         m_bAhead = true;
         return true;
     }
@@ -102,7 +115,8 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] bool ReadLevel() {
         do {
             Record o;
-            if (!ReadHead(o) || m_oTail.IsFull() || m_pId == m_pLast) return false;
+            if (!ReadExpected(o) && !ReadHead(o)) return false;
+            if (m_pId == m_pLast) return false;
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
@@ -112,6 +126,7 @@ class Reader<Source>::Fast {
                 r.OpenLevel(iCount);
                 return true;
             }
+            m_pBefore = m_p;
             ReadValue(o);
         } while (m_uPending != 0);
         HandOver();
@@ -122,6 +137,38 @@ class Reader<Source>::Fast {
     [[gnu::always_inline]] void HandOver() noexcept {
         Sync();
         m_bAhead = false;
+    }
+
+    // The head that is expected, in the order of names.
+    [[gnu::always_inline]] bool ReadExpected(Record& o) {
+        if (std::greater<const char*>()(m_p, m_pLastHead)) return false;
+        Hash_Guess& oGuess = m_oBase.m_oName.Guess();
+        const Hash_Guess::Expected oExpected = oGuess.GetExpected();
+        const char* const pCode = MatchHead(oGuess, oExpected, m_p);
+        if (pCode == nullptr) return ReadNext(o);
+        o.uKey = oExpected.Key();
+        const bool bBehind = m_uRunKey == oGuess.Second() && oExpected.IsAscending();
+        // Else it came behind another level, or is not the name that was behind it before.
+        if (!bBehind && m_uRunKey != NO_NAME && !m_oBase.m_oName.IsLess(m_uRunKey, o.uKey)) {
+            return false;
+        }
+        oGuess.Confirm(o.uKey);
+        o.uIndex = 0;
+        o.eCode = static_cast<Code>(*pCode);
+        o.pValue = pCode + 1;
+        return true;
+    }
+
+    // The next one of the run that the record in front belongs to.
+    [[gnu::always_inline]] bool ReadNext(Record& o) noexcept {
+        if (m_pBefore == nullptr) return false;
+        const char* const pCode = MatchNext(m_p, m_pBefore);
+        if (pCode == nullptr) return false;
+        o.uKey = m_uRunKey;
+        o.uIndex = m_uRunCount;
+        o.eCode = static_cast<Code>(*pCode);
+        o.pValue = pCode + 1;
+        return true;
     }
 
     // An expected name, no attributes, the next index of its run, in the order of names.
@@ -189,7 +236,10 @@ class Reader<Source>::Fast {
         HandOver();
         r.ReadValue(o.eCode);
         m_p = r.m_oSource.Peek();
-        if constexpr (Source::MOVES) m_pEnd = m_p + r.m_oSource.AtHand();
+        if constexpr (Source::MOVES) {
+            SetEnd();
+            m_pBefore = nullptr;
+        }
         m_bAhead = true;
     }
 
@@ -210,7 +260,9 @@ class Reader<Source>::Fast {
     Data_Base& m_oBase;
     const char* m_p;
     const char* m_pEnd;
-    bool m_bAhead = false;  // of what the reader and the tree know
+    const char* m_pLastHead;          // null where that is nowhere
+    const char* m_pBefore = nullptr;  // the record in front, of this level; null where unknown
+    bool m_bAhead = false;            // of what the reader and the tree know
     u2_t m_uParent;
     u2_t m_uPending;
     u2_t m_uRunKey;

@@ -97,13 +97,23 @@ void Reader<Source>::OpenLevel(i2_t iCount) {
         m_oLimits.RaiseExceeded(&Limits::m_uDepth);
     }
     m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
-    // Room for no more successors, on all levels together, than there can be records in
-    // the bytes at hand.
-    const u3_t uRecords = m_oSource.AtHand() / SMALLEST_RECORD + m_oBase.m_oNode.Size();
-    const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
-    const u3_t uRoom = std::min(iCount > 0 ? static_cast<u3_t>(iCount) : 1, uMost);
+    const u2_t uRoom = RoomFor(iCount > 0 ? static_cast<u2_t>(iCount) : 1);
     m_uPromised += uRoom;
-    m_oBase.OpenTree(m_uNode, static_cast<u2_t>(uRoom));
+    m_oBase.OpenTree(m_uNode, uRoom);
+}
+
+// Room for no more successors, on all levels together, than there can be records in the bytes at
+// hand.
+template <class Source>
+inline u2_t Reader<Source>::RoomFor(u2_t uCount) const noexcept {
+    const u3_t uAtHand = m_oSource.AtHand();
+    const u3_t uNodes = m_oBase.m_oNode.Size();
+    const u3_t uAll = m_uPromised + uCount;
+    if (uAll <= uNodes || (uAll - uNodes) * SMALLEST_RECORD <= uAtHand) [[likely]]
+        return uCount;
+    const u3_t uRecords = uAtHand / SMALLEST_RECORD + uNodes;
+    const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
+    return static_cast<u2_t>(std::min<u3_t>(uCount, uMost));
 }
 
 template <class Source>

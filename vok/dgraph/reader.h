@@ -68,8 +68,14 @@ class Reader {
     // What the document did not have, and what its links took.
     void AddTo(Load_Report& oReport) const noexcept {
         oReport.m_uMissingBytes = m_oSource.Missing();
-        for (const Level& o : m_oLevel) oReport.m_uMissingNodes += o.uPending;
+        oReport.m_uMissingNodes += MissingNodes();
         oReport.m_uWork = m_oWork.Done();
+    }
+    // Records that were announced and have not come.
+    [[nodiscard]] u3_t MissingNodes() const noexcept {
+        u3_t uMissing = 0;
+        for (const Level& o : m_oLevel) uMissing += o.uPending;
+        return uMissing;
     }
     // Places that were skipped, those above included.
     [[nodiscard]] u3_t Skipped() const noexcept { return m_uSkipped; }
@@ -152,6 +158,7 @@ class Reader {
     }
 
     void OpenLevel(i2_t iCount);
+    [[nodiscard]] u2_t RoomFor(u2_t uCount) const noexcept;
 
     void ReadStep();
     void NoteForm(std::string_view sForm, u2_t uKey);

@@ -16,7 +16,10 @@
 namespace vok::dgraph {
 
 RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
-    : m_oWindow(oIn), m_oLimits(oLimits) {
+    : m_oWindow(oIn),
+      m_oLimits(oLimits),
+      // No head is longer than a text may be.
+      m_uHeadRoom(oLimits.m_uTextBytes >= MOST_HEAD ? HEAD_ROOM : ~std::size_t{0}) {
     const std::string_view sHeader = m_oWindow.View(HEADER_SIZE);
     dgraph::Version oVersion;
     if (!LoadHeader(sHeader.data(), sHeader.size(), oVersion)) RaiseNoBinaryDGraph();
@@ -91,31 +94,67 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     return true;
 }
 
-[[gnu::always_inline]] inline bool RecordReader::ReadFast() {
-    constexpr std::size_t LENGTH = 4;
+// The head that is expected.
+[[gnu::always_inline]] inline bool RecordReader::ReadExpected(const char* p, Head& o) {
+    Hash_Guess& oGuess = m_oTrail.Names().Guess();
+    const Hash_Guess::Expected oExpected = oGuess.GetExpected();
+    o.pCode = MatchHead(oGuess, oExpected, p);
+    if (o.pCode == nullptr) return false;
+    o.uKey = oExpected.Key();
+    o.uIndex = 0;
+    const u2_t uLast = m_oTrail.Last().uKey;
+    if (uLast == o.uKey) return false;  // which it is not the first of
+    if (uLast != oGuess.Second() || !oExpected.IsAscending()) NoteOrder(o.uKey);
+    oGuess.Confirm(o.uKey);
+    return true;
+}
+
+[[gnu::always_inline]] inline bool RecordReader::ReadHead(const char* p, std::size_t uAtHand,
+                                                          Head& o) {
     constexpr std::size_t LARGEST_VALUE = 8;
-    const std::size_t uAtHand = m_oWindow.AtHand();
-    if (uAtHand < LENGTH || m_uNodes >= m_oLimits.m_uNodes) return false;
-    const char* const pStep = m_oWindow.Peek() + LENGTH;
-    const std::size_t uStep = Load<u2_t>(pStep - LENGTH);
+    const char* const pStep = p + LENGTH;
+    const std::size_t uStep = Load<u2_t>(p);
     const std::size_t uSeen = uAtHand - LENGTH;
     if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > m_oLimits.m_uTextBytes) return false;
-    const u2_t uKey = FindName(pStep, uSeen, uStep);
-    if (uKey == 0) return false;
-    const std::size_t uName = m_oTrail.Names()(uKey).uLength;
-    const u2_t uIndex = uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0;
-    if (!IsIndex(pStep + uName + 1, uStep - uName - 1, uIndex)) return false;
-    const char* const pValue = pStep + uStep + 1;
-    NoteOrder(uKey);
+    o.uKey = FindName(pStep, uSeen, uStep);
+    if (o.uKey == 0) return false;
+    const std::size_t uName = m_oTrail.Names()(o.uKey).uLength;
+    o.uIndex = o.uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0;
+    if (!IsIndex(pStep + uName + 1, uStep - uName - 1, o.uIndex)) return false;
+    o.pCode = pStep + uStep;
+    NoteOrder(o.uKey);
+    return true;
+}
+
+[[gnu::always_inline]] inline bool RecordReader::ReadFast() {
+    const std::size_t uAtHand = m_oWindow.AtHand();
+    if (uAtHand < m_uHeadRoom) return ReadAtEnd(uAtHand);
+    if (m_uNodes >= m_oLimits.m_uNodes) return false;
+    const char* const p = m_oWindow.Peek();
+    Head o;
+    if (!ReadExpected(p, o) && !ReadHead(p, uAtHand, o)) return false;
+    return ReadBehind(o, p + uAtHand);
+}
+
+// Where heads are not compared as a whole.
+bool RecordReader::ReadAtEnd(std::size_t uAtHand) {
+    if (uAtHand < LENGTH || m_uNodes >= m_oLimits.m_uNodes) return false;
+    const char* const p = m_oWindow.Peek();
+    Head o;
+    return ReadHead(p, uAtHand, o) && ReadBehind(o, p + uAtHand);
+}
+
+// What is behind a head.
+[[gnu::always_inline]] inline bool RecordReader::ReadBehind(const Head& o, const char* pEnd) {
     // The record stands on its level, which may not be the last one any more behind its value.
     const std::size_t uLevel = m_oTrail.Size() - 1;
-    if (!ReadFastValue(static_cast<u0_t>(pStep[uStep]), pValue, pStep + uSeen)) return false;
+    if (!ReadFastValue(static_cast<u0_t>(*o.pCode), o.pCode + 1, pEnd)) return false;
     m_uNodes += uLevel != 0;
     m_bNamed = true;
     m_uDepth = static_cast<u2_t>(uLevel);
-    m_iIndex = static_cast<i2_t>(uIndex);
-    m_sName = m_oTrail.Names()(uKey).View();
-    m_oTrail.NoteAt(uLevel, uKey, uIndex);
+    m_iIndex = static_cast<i2_t>(o.uIndex);
+    m_sName = m_oTrail.Names()(o.uKey).View();
+    m_oTrail.NoteAt(uLevel, o.uKey, o.uIndex);
     if (m_oAttribute.Size() != 0) m_oAttribute.Truncate(0);
     return true;
 }
@@ -147,11 +186,10 @@ bool RecordReader::BuildBelow(Data& oTree, Built& oBuilt) {
                                  {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
     const u3_t uBefore = m_uSkipped;
     m_bNamed = false;  // no record of the level that is open is
-    Load_Report oReport;
-    const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report& o) {
-        oReader.AddTo(o);
+    // What it has come to counts whether it ends with an error or not.
+    const detail::OnExit oOnExit([&] {
         m_uNodes += Access::BaseOf(oTree)->m_oNode.Size() - 1;
-        m_uMissing += o.m_uMissingNodes;
+        m_uMissing += oReader.MissingNodes();
         m_uSkipped = oReader.Skipped();
         m_bInOrder = m_bInOrder && oReader.IsInOrder();
         m_bEnd = oReader.IsCutOff();

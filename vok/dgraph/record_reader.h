@@ -38,6 +38,16 @@ class RecordReader final : public detail::Record_Source {
     // Reads a record that is like most are: an expected name, no attributes, the next index of its
     // run, a value that needs no second look, all at hand. False for any other, with nothing read.
     [[nodiscard]] bool ReadFast();
+    [[nodiscard]] bool ReadAtEnd(std::size_t uAtHand);
+    // The name of a record and its index; where its type code stands.
+    struct Head {
+        u2_t uKey;
+        u2_t uIndex;
+        const char* pCode;
+    };
+    [[nodiscard]] bool ReadExpected(const char* p, Head& o);
+    [[nodiscard]] bool ReadHead(const char* p, std::size_t uAtHand, Head& o);
+    [[nodiscard]] bool ReadBehind(const Head& o, const char* pEnd);
     [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep);
     [[nodiscard]] bool ReadFastValue(u0_t uCode, const char* p, const char* pEnd);
     std::size_t GetLength();
@@ -53,9 +63,12 @@ class RecordReader final : public detail::Record_Source {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
 
+    static constexpr std::size_t LENGTH = 4;
+
     File_Window m_oWindow;
     const Limits m_oLimits;
-    Str m_oTag;  // that of trees of that version
+    const std::size_t m_uHeadRoom;  // bytes to be there for heads to be compared as a whole
+    Str m_oTag;                     // that of trees of that version
     u3_t m_uMissingHeader = 0;
     Step m_oStep;
     Arr<char> m_oRoom;   // what of a value is not in the window

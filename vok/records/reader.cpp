@@ -7,6 +7,7 @@
 #include "vok/base/where.h"
 #include "vok/base/work.h"
 #include "vok/data/record_source.h"
+#include "vok/dgraph/access.h"
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/record_reader.h"
 #include "vok/records/messages.h"
@@ -108,7 +109,10 @@ Load_Report Data_Reader::GetReport() const {
 
 void Data_Reader::Take(Data& oTree) {
     return Where("vok::Data_Reader::Take", [&] {
-        oTree.Reset();
+        if (Data_Base* pBase = dgraph::Access::BaseOf(oTree); pBase != nullptr) {
+            pBase->ResetNodes();
+        }
+        oTree.SetToRoot();
         const u2_t uTop = m_pRecord->GetDepth();
         m_pImpl->m_oTaker->Take(oTree, m_pImpl->m_oWork);
         m_pImpl->m_pSource->StandAt(uTop);

@@ -98,7 +98,7 @@ void Taker::Take(Data& oTree, Work& oWork) {
     m_aoLink.clear();
     m_oFree.Truncate(0);
     m_oNumber.Truncate(0);
-    if (!m_oTag.IsEmpty()) oTree.SetUserTag(m_oTag.CStr());
+    oTree.SetUserTag(m_oTag.CStr());  // most trees have it from the record before
     m_uTop = m_oSource.GetDepth();
     const bool bTree = m_oSource.GetType() == Data_Node::Tree;
     TakeRoot(oTree);

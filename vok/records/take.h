@@ -19,7 +19,7 @@ class Taker {
     explicit Taker(detail::Record_Source& oSource)
         : m_oSource(oSource), m_oTag(oSource.Version()) {}
 
-    // Makes an empty tree one of the record that the source has come to and of all below it. Links
+    // Makes a tree without nodes, whatever its user tag, one of the record that the source has come to and of all below it. Links
     // are charged to oWork.
     void Take(Data& oTree, Work& oWork);
     // Those that lead out of the tree taken last.
