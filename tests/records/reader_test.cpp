@@ -30,7 +30,9 @@ void ExpectToldByRecords(const std::string& sDocument) {
     }();
     File_Buf oIn(sDocument.data(), sDocument.size());
     const Reading oLoaded = LoadWhole(oIn);
-    if (oLoaded.bFailed) EXPECT_TRUE(Has(oRecords.sShown, oLoaded.sShown));
+    if (oLoaded.bFailed) {
+        EXPECT_TRUE(Has(oRecords.sShown, oLoaded.sShown));
+    }
 }
 
 TEST(Reader, TheCanonicalFormIsThatOfTheTree) {
