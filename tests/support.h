@@ -29,6 +29,13 @@ using Ids = std::vector<u2_t>;
 using Pair = std::pair<std::string, std::string>;  // a row of a table: what goes in, what comes out
 using Texts = std::vector<std::string>;
 
+// Where the tests are not optimized, what is large is a quarter as large.
+#ifdef __OPTIMIZE__
+inline constexpr unsigned LARGE = 4;
+#else
+inline constexpr unsigned LARGE = 1;
+#endif
+
 // Raised errors print nothing.
 inline const bool g_bQuiet = (Msg::SetBanner(false), true);
 

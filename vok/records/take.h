@@ -19,8 +19,8 @@ class Taker {
     explicit Taker(detail::Record_Source& oSource)
         : m_oSource(oSource), m_oTag(oSource.Version()) {}
 
-    // Makes a tree without nodes, whatever its user tag, one of the record that the source has come to and of all below it. Links
-    // are charged to oWork.
+    // Makes a tree without nodes, whatever its user tag, one of the record that the source has come
+    // to and of all below it. Links are charged to oWork.
     void Take(Data& oTree, Work& oWork);
     // Those that lead out of the tree taken last.
     [[nodiscard]] const std::vector<Data_Reader::Outer_Link>& OuterLinks() const noexcept {
