@@ -174,7 +174,7 @@ TEST(Merge, StopsTelling) {
     const auto oDeep = [](i2_t iValue) {
         Data oTree = NewTree();
         Data_Builder oBuilder(oTree);
-        for (unsigned u = 0; u < 200000; ++u) {
+        for (unsigned u = 0; u < 50000 * LARGE; ++u) {
             oBuilder.AddInt("i", iValue);
             oBuilder.Open("d");
         }

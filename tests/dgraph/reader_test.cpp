@@ -323,8 +323,8 @@ TEST(DgraphReader, RecordsThatAreNearlyExpected) {
     for (const std::size_t uHead : oHeads) {
         const std::size_t uEnd = sDocument.find(']', uHead) + 2;
         for (std::size_t u = uHead; u < uEnd; ++u) {
-            for (const char c : {static_cast<char>(sDocument[u] ^ 1),
-                                 static_cast<char>(sDocument[u] + 1), '[', '0'}) {
+            for (const int iBy : {1, 2}) {
+                const auto c = static_cast<char>(sDocument[u] + iBy);
                 sOther[u] = c;
                 const std::vector<Loaded> oBoth = LoadFromBoth(sOther);
                 ASSERT_EQ(PlaceOf(oBoth[0].oReport), PlaceOf(oBoth[1].oReport)) << u;
