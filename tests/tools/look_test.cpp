@@ -183,7 +183,9 @@ TEST_F(Program, CutsWholeCharacters) {
 #ifndef _WIN32
 // On a terminal, which script(1) makes, what is printed goes through a pager.
 TEST_F(Program, Pager) {
-    if (Shell("command -v script >where") != 0) GTEST_SKIP() << "there is no script";
+    if (Shell("script -qec true typescript >where 2>&1 </dev/null") != 0) {
+        GTEST_SKIP() << "there is no script, or no terminal to be had";
+    }
     ToDisk("t.xml", "<R><a>1</a></R>");
     const auto oShown = [&](const std::string& sEnvironment, const std::string& sCommand) {
         Shell("env -u NO_COLOR -u VOK_PAGER -u PAGER TERM=xterm " + sEnvironment +

@@ -29,7 +29,7 @@ constexpr Tool CHECKERS[] = {
     {"7z", "7z t x.zip"},
     {"python3",
      "python3 -c 'import zipfile; z = zipfile.ZipFile(\"x.zip\"); assert z.testzip() is None'"},
-    {"bsdtar", "cat x.zip | bsdtar -tf -"},
+    {"bsdtar", "cat x.zip | LC_ALL=C.UTF-8 bsdtar -tf -"},
 };
 
 // Tells the members of x.zip as another program sees them, one line each: name and CRC-32.
