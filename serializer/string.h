@@ -38,33 +38,45 @@ class String {
 
 // A string handed to an operation, not copied: it must outlive the call. Made from a host
 // string, from UTF-16 text or, for C++ hosts, from UTF-8 text. Ends at its first NUL.
+//
+// Two words, so that it is passed in registers: one that is passed in memory costs more than what
+// most operations do with it.
 class StringRef {
   public:
     StringRef(std::nullptr_t) noexcept {}
     StringRef(const String& oText) noexcept {
-        if (!oText.IsNull()) m_sUtf16 = oText.Text();
+        if (!oText.IsNull()) *this = oText.Text();
     }
     StringRef(const char16_t* sText) noexcept {
-        if (sText != nullptr) m_sUtf16 = sText;
+        if (sText != nullptr) *this = std::u16string_view(sText);
     }
-    StringRef(std::u16string_view sText) noexcept : m_sUtf16(sText) {}
-    StringRef(const std::u16string& sText) noexcept : m_sUtf16(sText) {}
+    StringRef(std::u16string_view sText) noexcept
+        : m_pText(sText.data()), m_uSize(sText.size() | UTF16) {}
+    StringRef(const std::u16string& sText) noexcept : StringRef(std::u16string_view(sText)) {}
     StringRef(const char* sText) noexcept {
-        if (sText != nullptr) m_sUtf8 = sText;
+        if (sText != nullptr) *this = std::string_view(sText);
     }
     StringRef(const char8_t* sText) noexcept : StringRef(reinterpret_cast<const char*>(sText)) {}
-    StringRef(std::u8string_view sText) noexcept
-        : m_sUtf8(reinterpret_cast<const char*>(sText.data()), sText.size()) {}
-    StringRef(std::string_view sText) noexcept : m_sUtf8(sText) {}
-    StringRef(const std::string& sText) noexcept : m_sUtf8(sText) {}
+    StringRef(std::u8string_view sText) noexcept : m_pText(sText.data()), m_uSize(sText.size()) {}
+    StringRef(std::string_view sText) noexcept : m_pText(sText.data()), m_uSize(sText.size()) {}
+    StringRef(const std::string& sText) noexcept : StringRef(std::string_view(sText)) {}
 
     // One of the two is set, neither for null; data() tells.
-    [[nodiscard]] std::u16string_view Utf16() const noexcept { return m_sUtf16; }
-    [[nodiscard]] std::string_view Utf8() const noexcept { return m_sUtf8; }
+    [[nodiscard]] std::u16string_view Utf16() const noexcept {
+        if ((m_uSize & UTF16) == 0) return {};
+        return {static_cast<const char16_t*>(m_pText), m_uSize & ~UTF16};
+    }
+    [[nodiscard]] std::string_view Utf8() const noexcept {
+        if ((m_uSize & UTF16) != 0) return {};
+        return {static_cast<const char*>(m_pText), m_uSize};
+    }
 
   private:
-    std::u16string_view m_sUtf16;
-    std::string_view m_sUtf8;
+    // Beside a size, which is less than half of all addresses.
+    static constexpr std::size_t UTF16 = ~(~std::size_t{0} >> 1);
+
+    const void* m_pText = nullptr;
+    std::size_t m_uSize = 0;
 };
 
 }  // namespace Velmar::Q7R::Serializer
