@@ -31,9 +31,9 @@ bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex, Data_N
                    const FromView& oFromView, const FromCursor& oFromCursor) {
     const auto uIndex = static_cast<vok::u2_t>(iIndex);
     return WithName(oName, [&](std::string_view sName) {
+        Data_View oFound;
         vok::Data oSucc;
-        if (const Data_View oParent = Data_View::IfOrdered(oNode); oParent.IsNode()) {
-            const Data_View oFound = oParent.Find(sName, uIndex);
+        if (Data_View::FindIfOrdered(oNode, sName, uIndex, oFound)) {
             if (!oFound.IsNode()) return false;
             if (oFound.GetType() == eType) {
                 oFromView(oFound);
@@ -53,11 +53,9 @@ bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex, Data_N
 template <class FromCursor>
 bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex,
                    const FromCursor& oFromCursor) {
-    return WithName(oName, [&](std::string_view sName) {
-        const vok::Data oSucc = oNode.GetNthSucc(sName, static_cast<vok::u2_t>(iIndex));
-        if (oSucc.IsNode()) oFromCursor(oSucc);
-        return oSucc.IsNode();
-    });
+    constexpr auto NO_VALUE = static_cast<Data_Node::Type>(~0u);
+    return WithSuccessor(
+        oNode, oName, iIndex, NO_VALUE, [](const Data_View&) {}, oFromCursor);
 }
 
 // The successor of a name read as fields are, with their errors.

@@ -51,6 +51,53 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
     }
 }
 
+// Many objects of few kinds, whose successors come in the same order over and over, or nearly so.
+TEST(SuccOrder, ObjectsOfFewKinds) {
+    // Names that begin alike, and names that begin others; more than are compared one by one.
+    Texts oNames = {"", "a", "a\x01", "aa", "\xC3\xA9", "\x7F"};
+    for (int i = 0; i < 30; ++i) {
+        oNames.push_back("a long common beginning, " + std::to_string(i));
+        oNames.push_back("12345678" + std::string(i, 'x'));
+    }
+    for (unsigned uSeed = 1; uSeed <= 60; ++uSeed) {
+        std::mt19937 oRandom(uSeed);
+        const std::size_t uNames = 1 + RandomBelow(oRandom, oNames.size());
+        const auto oName = [&] { return oNames[RandomBelow(oRandom, uNames)]; };
+        std::vector<Texts> oKinds(1 + RandomBelow(oRandom, 5));
+        for (Texts& oKind : oKinds) {
+            oKind.resize(1 + RandomBelow(oRandom, RandomBelow(oRandom, 4) == 0 ? 70 : 20));
+            for (std::string& s : oKind) s = oName();
+            if (RandomBelow(oRandom, 2) == 0) oKind[0] = oKinds[0][0];
+        }
+        Data oRoot = NewTree();
+        std::vector<std::multimap<std::string, u2_t>> oModel(1);
+        const auto oAppend = [&](u2_t uParent, const std::string& sName) {
+            const u2_t uId = oRoot.GetNodeFromID(uParent).CreateNewSucc(sName).GetId();
+            oModel.resize(uId + 1);
+            oModel[uParent].emplace(sName, uId);
+            return uId;
+        };
+        while (oRoot.GetNodes() < 3000) {
+            const u2_t uObject = oAppend(0, oName());
+            const Texts& oKind = oKinds[RandomBelow(oRandom, oKinds.size())];
+            for (const std::string& s : oKind) {
+                // Now and then one more or one less, or a subtree between them.
+                const u2_t uCase = RandomBelow(oRandom, 40);
+                if (uCase == 0) continue;
+                const u2_t uId = oAppend(uObject, s);
+                if (uCase == 1) oAppend(uObject, oName());
+                if (uCase == 2) oAppend(uId, oName()), oAppend(uId, oName());
+            }
+            if (RandomBelow(oRandom, 200) == 0) oRoot.SetAccessMode();
+        }
+        for (u2_t u = 0; u < oModel.size(); ++u) {
+            Ids oAll;
+            for (const auto& [sName, uId] : oModel[u]) oAll.push_back(uId);
+            ASSERT_EQ(IdsOf(oRoot.GetNodeFromID(u).GetSuccIt()), oAll) << uSeed << ' ' << u;
+        }
+    }
+}
+
 // Reading after every append must not move groups each time: memory asked for, which counts
 // every copy, stays linear however parents and names alternate.
 TEST(SuccOrder, ReadingWhileBuildingStaysLinear) {

@@ -7,10 +7,13 @@
 #include <functional>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <optional>
+#include <random>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "tests/serializer/serializer_support.h"
 
@@ -132,6 +135,49 @@ TEST(Node, EveryGetterOnEveryKind) {
             EXPECT_NE(oGetter.oGet(node, "tree", 0), oGetter.sValue);
         }
     });
+}
+
+// What was asked for behind a name the last time is looked at first: whatever that is, what is
+// found is what was asked for.
+TEST(Node, AsksInPatternsAndOutOfThem) {
+    constexpr std::string_view NAMES[] = {
+        "a",         "b",   "bb",       "quantity",
+        "quantitz",  "",    "\xC3\xA4", "a longer name, of 27 bytes",
+        "not there", "\xE4"};
+    std::mt19937 oRandom(11);
+    Node root(vok::NewTree());
+    std::vector<std::multimap<std::string_view, Int32>> oModel;
+    std::vector<Node> oObjects;
+    Int32 iNext = 0;
+    for (int iRound = 0; iRound < 3000; ++iRound) {
+        const bool bNew = iRound % 50 == 0;
+        if (bNew) {
+            oModel.emplace_back();
+            oObjects.push_back(root.AddSubnode("object"));
+        }
+        const std::size_t uObject = oRandom() % oObjects.size();
+        if (bNew || oRandom() % 20 == 0) {
+            for (int i = 0; i < 7; ++i) {
+                const std::string_view sName = NAMES[oRandom() % 8];
+                oModel[uObject].emplace(sName, iNext);
+                oObjects[uObject].AddValue(sName, iNext++);
+            }
+            if (oRandom() % 2 == 0) root.Data().SetAccessMode();
+        }
+        const std::size_t uFrom = oRandom() % 3 == 0 ? oRandom() % std::size(NAMES) : 0;
+        for (std::size_t u = uFrom; u < std::size(NAMES); ++u) {
+            // A byte that is no UTF-8 is the character of its value.
+            const std::string_view sKept = NAMES[u] == "\xE4" ? "\xC3\xA4" : NAMES[u];
+            const auto [oFirst, oEnd] = oModel[uObject].equal_range(sKept);
+            Int32 iIndex = 0;
+            for (auto o = oFirst;; ++o, ++iIndex) {
+                Int32 iValue = -1;
+                ASSERT_EQ(oObjects[uObject].TryGetValue(NAMES[u], iIndex, iValue), o != oEnd);
+                if (o == oEnd) break;
+                ASSERT_EQ(iValue, o->second) << NAMES[u] << ' ' << iIndex;
+            }
+        }
+    }
 }
 
 TEST(Node, Strings) {

@@ -26,6 +26,11 @@ class Hash_Guess {
         m_uLast = uKey;
     }
 
+    // The same where that needs no memory, else nothing.
+    void TryNote(u2_t uKey, std::size_t uKeys) noexcept {
+        if (uKeys <= m_oEntry.Size()) Note(uKey, uKeys);
+    }
+
     // What is to be tried first, if a codec has said what it looks like in its documents: the
     // first, second, third and last eight bytes, of which the codec knows where they stand. They
     // belong to the name; where only other names came in front of it, it is not expected.

@@ -31,6 +31,15 @@ class Data_Names : private Hash::Near, public Hash {
     // The same without adding it: NONE for a name that no node ever bore.
     [[nodiscard]] u2_t Look(std::string_view sName) const { return LookIn(*this, sName); }
     [[nodiscard]] static u2_t LookIn(const Hash& oNames, std::string_view sName);
+    // The same for who asks for one name behind the other and has the names for himself: looks
+    // first at what is expected, as Intern does.
+    [[nodiscard]] u2_t LookNext(std::string_view sName) {
+        const u2_t uKey = m_oGuess.First();
+        if (!IsText(uKey, sName)) [[unlikely]]
+            return LookNextSlow(sName);
+        m_oGuess.Confirm(uKey);
+        return uKey;
+    }
     // Null for key 0.
     [[nodiscard]] const char* TextOrNull(u2_t uKey) const noexcept {
         return uKey != 0 ? (*this)(uKey).sText : nullptr;
@@ -72,6 +81,7 @@ class Data_Names : private Hash::Near, public Hash {
 
   private:
     u2_t InternSlow(std::string_view sName);
+    [[nodiscard]] u2_t LookNextSlow(std::string_view sName);
     bool LookAt(u2_t uKey);
 
     Hash_Guess m_oGuess;

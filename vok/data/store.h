@@ -356,7 +356,14 @@ class Data_Base {
     template <class Less>
     void PlaceOne(u2_t uId, const Less& oIsLess);
     template <class Less>
+    void PlaceSiblings(const Less& oIsLess);
+    template <class Less>
     void PlaceNew(const Less& oIsLess);
+    // Whether the first node that is placed below uParent makes it a group.
+    [[nodiscard]] bool StartsGroup(u2_t uParent) const noexcept {
+        return uParent < m_oNode.Size() && m_oNode(uParent).GetType() == Node::Tree &&
+               m_oNode(uParent).Start() == NONE;
+    }
     void PlaceByRank();
     const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;

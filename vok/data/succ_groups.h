@@ -120,18 +120,29 @@ class Data_Groups {
     // ---- those that are not in order --------------------------------------
 
     [[nodiscard]] bool IsAllSorted() const noexcept { return m_oUnsorted.Size() == 0; }
-    // Puts all groups in order.
-    template <class Less>
-    void SortAll(const Less& oIsLess) {
+    // Puts all groups in order; what stands in no run yet is sorted by oSort(first, end), equal
+    // names as they came: their ids ascend.
+    template <class Less, class Sort>
+    void SortAll(const Less& oIsLess, const Sort& oSort) {
         for (Unsorted* p = m_oUnsorted.Beg(); p != m_oUnsorted.End(); ++p) {
             if (p->uStart == NONE) continue;
             u2_t* pFirst = Ids(p->uStart);
-            std::stable_sort(pFirst + p->uKnown, pFirst + p->uPlaced, oIsLess);
+            oSort(pFirst + p->uKnown, pFirst + p->uPlaced);
             p->oRuns.auStart[p->oRuns.uCount++] = p->uKnown;
             m_uMoved += runs::MergeAll(p->oRuns, pFirst, p->uPlaced, oIsLess);
             m_oWord(p->uStart) = p->uPlaced;
         }
         m_oUnsorted.Truncate(0);
+    }
+    template <class Less>
+    void SortAll(const Less& oIsLess) {
+        SortAll(oIsLess, [&](u2_t* p, u2_t* pEnd) { std::stable_sort(p, pEnd, oIsLess); });
+    }
+    // As many as stand in no run in any group.
+    [[nodiscard]] u2_t MostUnsorted() const noexcept {
+        u2_t uMost = 0;
+        for (const Unsorted& o : m_oUnsorted) uMost = std::max(uMost, o.uPlaced - o.uKnown);
+        return uMost;
     }
     // Puts all successors of a group in runs. Null when it is in order.
     template <class Less>

@@ -2,7 +2,9 @@
 // The order of successors: placing pending nodes in their groups, sorting, searching.
 #include <algorithm>
 
+#include "vok/base/keyed_sort.h"
 #include "vok/data/store.h"
+#include "vok/data/succ_shapes.h"
 
 namespace vok {
 
@@ -11,8 +13,10 @@ namespace {
 // Up to here a run is found by looking at every key of a group: one or two cache lines of
 // node records, without a branch that is hard to predict.
 constexpr u2_t SCAN_UP_TO = 24;
-// From here on ordering names costs less than comparing them does.
-constexpr std::size_t NODES_PER_NAME = 4;
+// Whether ordering names first costs less than comparing those of new nodes does.
+constexpr bool IsWorthRanking(std::size_t uNew, std::size_t uNames) noexcept {
+    return uNew > 4 * uNames || (uNew > 256 && 2 * uNew > uNames);
+}
 
 // An order of nodes by the ranks of their names.
 struct RankOrder {
@@ -45,21 +49,24 @@ void Data_Base::Place(u2_t uId) {
     PlaceOne(uId, ByName());
 }
 
+// Puts the next pending node in its group, and those behind it that have its parent.
+template <class Less>
+inline void Data_Base::PlaceSiblings(const Less& oIsLess) {
+    const u2_t uParent = m_oNode(m_uIndexed).Pred();
+    PlaceOne(m_uIndexed, oIsLess);
+    ++m_uIndexed;
+    if (uParent >= m_oNode.Size()) return;
+    const u2_t uStart = m_oNode(uParent).Start();
+    while (m_uIndexed < m_oNode.Size() && m_oNode(m_uIndexed).Pred() == uParent &&
+           m_oGroup.HasRoom(uStart)) {
+        m_oGroup.Place(uStart, m_uIndexed, oIsLess);
+        ++m_uIndexed;
+    }
+}
+
 template <class Less>
 inline void Data_Base::PlaceNew(const Less& oIsLess) {
-    // Most nodes have the parent of the one before.
-    u2_t uParent = NONE;
-    u2_t uStart = NONE;
-    for (; m_uIndexed < m_oNode.Size(); ++m_uIndexed) {
-        const u2_t uPred = m_oNode(m_uIndexed).Pred();
-        if (uPred == uParent && uStart != NONE && m_oGroup.HasRoom(uStart)) {
-            m_oGroup.Place(uStart, m_uIndexed, oIsLess);
-            continue;
-        }
-        PlaceOne(m_uIndexed, oIsLess);
-        uParent = uPred;
-        uStart = uPred < m_oNode.Size() ? m_oNode(uPred).Start() : NONE;
-    }
+    while (m_uIndexed < m_oNode.Size()) PlaceSiblings(oIsLess);
 }
 
 void Data_Base::PlacePending() {
@@ -68,17 +75,47 @@ void Data_Base::PlacePending() {
 }
 
 // Numbers are compared faster than names: with many nodes to each name it pays to order these
-// first.
+// first. Then there are many objects of few kinds, too.
 void Data_Base::PlaceByRank() {
     const Arr<u2_t> oRank = m_oName.Ranks();
     const RankOrder oIsLess{m_oNode.Beg(), oRank.Beg()};
-    PlaceNew(oIsLess);
-    if (!m_oGroup.IsAllSorted()) m_oGroup.SortAll(oIsLess);
+    Data_Shapes oShapes;
+    while (m_uIndexed < m_oNode.Size()) {
+        const u2_t uFirst = m_uIndexed;
+        const Node* const pFirst = m_oNode.Beg() + uFirst;
+        const u2_t uParent = pFirst->Pred();
+        if (!StartsGroup(uParent)) {
+            PlaceSiblings(oIsLess);
+        } else if (const u2_t uAlike = oShapes.Match(pFirst, m_oNode.End(), uParent); uAlike != 0) {
+            Node& oParent = m_oNode(uParent);
+            GrowGroup(oParent);
+            oShapes.Place(pFirst->uKey, uFirst, m_oGroup.Ids(oParent.Start()));
+            m_oGroup.SetPlaced(oParent.Start(), uAlike);
+            m_uIndexed += uAlike;
+        } else {
+            PlaceSiblings(oIsLess);
+            const u2_t uStart = m_oNode(uParent).Start();
+            if (m_oGroup.IsSorted(uStart)) {
+                oShapes.Note(pFirst, uFirst, m_uIndexed - uFirst, m_oGroup.Ids(uStart));
+            }
+        }
+    }
+    if (m_oGroup.IsAllSorted()) return;
+    Arr<Keyed> oKeyed;
+    (void)oKeyed.AddSpace(2 * std::size_t{m_oGroup.MostUnsorted()});
+    m_oGroup.SortAll(oIsLess, [&](u2_t* pFirst, u2_t* pEnd) {
+        const auto uSize = static_cast<std::size_t>(pEnd - pFirst);
+        for (std::size_t u = 0; u < uSize; ++u) {
+            oKeyed(u) = {oIsLess.WeightOf(pFirst[u]), pFirst[u]};
+        }
+        SortByKey(oKeyed.Beg(), uSize, oKeyed.Beg() + uSize);
+        for (std::size_t u = 0; u < uSize; ++u) pFirst[u] = oKeyed(u).uValue;
+    });
 }
 
 void Data_Base::UpdateSucc() {
     const std::size_t uNew = m_oNode.Size() - m_uIndexed;
-    if (!IsIndexed()) uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlacePending();
+    if (!IsIndexed()) IsWorthRanking(uNew, m_oName.Size()) ? PlaceByRank() : PlacePending();
     if (!m_oGroup.IsWorthCompacting()) return;
     m_oGroup.Compact([this](const auto& oMove) {
         for (Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {

@@ -67,11 +67,10 @@ class Data_Heap {
         const std::size_t uOffset = m_oBytes.Size();
         const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
                            m_oBytes.Capacity() <= m_uMost && uOffset != 0;
-        if (!bRoom || sText.empty() || !IsAsciiText(sText.data(), sText.size())) {
+        char* const pText = m_oBytes.End();
+        if (!bRoom || sText.empty() || !CopyAsciiText(pText, sText.data(), sText.size())) {
             return uOffset == 0 ? TryAddFirst(sText) : 0;
         }
-        char* pText = m_oBytes.End();
-        CopyBytes(pText, sText.data(), sText.size());
         pText[sText.size()] = 0;
         m_oBytes.SetSize(uOffset + sText.size() + 1);
         return static_cast<u2_t>(uOffset);

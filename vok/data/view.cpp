@@ -6,14 +6,15 @@
 
 namespace vok {
 
-Data_View::Data_View(const Data_Base& b, u2_t uId) noexcept
-    : m_pNode(b.m_oNode.Beg() + uId),
-      m_uId(uId),
-      m_pNodes(b.m_oNode.Beg()),
-      m_pIds(b.m_oGroup.IdsAtZero()),
-      m_pHeap(b.m_oHeap.Begin()),
-      m_pNames(b.m_oName.Texts()),
-      m_pBase(&b) {}
+inline void Data_View::Stand(const Data_Base& b, u2_t uId) noexcept {
+    m_pNode = b.m_oNode.Beg() + uId;
+    m_uId = uId;
+    m_pNodes = b.m_oNode.Beg();
+    m_pIds = b.m_oGroup.IdsAtZero();
+    m_pHeap = b.m_oHeap.Begin();
+    m_pNames = b.m_oName.Texts();
+    m_pBase = &b;
+}
 
 Data_View::Data_View(const Data& oNode)
     : Data_View(Where("vok::Data_View::Data_View", [&] {
@@ -22,10 +23,25 @@ Data_View::Data_View(const Data& oNode)
           return Data_View(b, oNode.m_uId);
       })) {}
 
+inline Data_Base* Data_View::OrderedBase(const Data& oNode) noexcept {
+    Data_Base* const p = oNode.m_oBase.Get();
+    return p != nullptr && oNode.m_uId < p->m_oNode.Size() && p->IsIndexed() ? p : nullptr;
+}
+
 Data_View Data_View::IfOrdered(const Data& oNode) noexcept {
-    const Data_Base* const p = oNode.m_oBase.Get();
-    if (p == nullptr || oNode.m_uId >= p->m_oNode.Size() || !p->IsIndexed()) return {};
-    return Data_View(*p, oNode.m_uId);
+    const Data_Base* const p = OrderedBase(oNode);
+    return p != nullptr ? Data_View(*p, oNode.m_uId) : Data_View();
+}
+
+bool Data_View::FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uNth,
+                              Data_View& oFound) {
+    Data_Base* const p = OrderedBase(oNode);
+    if (p == nullptr) return false;
+    const Data_Key oKey{p->m_oName.LookNext(sName)};
+    const u2_t uId = Data_View(*p, oNode.m_uId).FindId(oKey, uNth);
+    // Field by field: what is copied right after it was written is waited for.
+    uId != Data_Node::NONE ? oFound.Stand(*p, uId) : void(oFound.m_pNode = nullptr);
+    return true;
 }
 
 bool Data_View::HasAttributes() const {
@@ -39,11 +55,10 @@ Data_Key Data_View::KeyOf(std::string_view sName) const {
     return {m_pBase->FindKey(sName)};
 }
 
-Data_View Data_View::FindAmongMany(Data_Key oKey, u2_t uNth) const noexcept {
-    if (oKey.uKey >= m_pBase->m_oName.Size()) return {};
-    const Data_Base::Group oGroup{m_pIds + m_pNode->Start(), m_pNode->Size()};
-    const Data_Base::Run oRun = m_pBase->FindRun(oGroup, oKey.uKey);
-    return uNth < oRun.uSize ? At(oGroup.pId[oRun.uFirst + uNth]) : Data_View();
+u2_t Data_View::FindAmongMany(const Data_Base& b, Ids oIds, Data_Key oKey, u2_t uNth) noexcept {
+    if (oKey.uKey >= b.m_oName.Size()) return Data_Node::NONE;
+    const Data_Base::Run oRun = b.FindRun({oIds.p, oIds.uSize}, oKey.uKey);
+    return uNth < oRun.uSize ? oIds.p[oRun.uFirst + uNth] : Data_Node::NONE;
 }
 
 }  // namespace vok

@@ -38,6 +38,12 @@ class Data_View {
     // in order.
     [[nodiscard]] static Data_View IfOrdered(const Data& oNode) noexcept;
 
+    // IfOrdered, and Find by a text in oFound, for one thread that has the tree for itself: names
+    // that are asked for in the same order over and over are not searched for. False, with nothing
+    // done, where IfOrdered gives a view of nothing.
+    [[nodiscard]] static bool FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uNth,
+                                            Data_View& oFound);
+
     [[nodiscard]] bool IsNode() const noexcept { return m_pNode != nullptr; }
     [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_pNode->GetType(); }
@@ -95,18 +101,8 @@ class Data_View {
     // The n-th of one name, removed ones counted; a view of nothing when there are not so many.
     // Linear in the successors up to 24 of them, logarithmic beyond.
     [[nodiscard]] Data_View Find(Data_Key oKey, u2_t uNth = 0) const noexcept {
-        const u2_t uSize = GetSuccs();
-        if (uSize - 1 >= FEW) [[unlikely]]
-            return uSize != 0 ? FindAmongMany(oKey, uNth) : Data_View();
-        const u2_t* p = m_pIds + m_pNode->Start();
-        for (const u2_t* const pEnd = p + uSize; p != pEnd; ++p) {
-            if (m_pNodes[*p].uKey != oKey.uKey) continue;
-            // Those of a name stand together.
-            if (uNth == 0) return At(*p);
-            p += uNth;
-            return p < pEnd && m_pNodes[*p].uKey == oKey.uKey ? At(*p) : Data_View();
-        }
-        return {};
+        const u2_t uId = FindId(oKey, uNth);
+        return uId != Data_Node::NONE ? At(uId) : Data_View();
     }
     // The same by a text, which is looked for among the names of the tree first.
     [[nodiscard]] Data_View Find(std::string_view sName, u2_t uNth = 0) const {
@@ -134,8 +130,34 @@ class Data_View {
   private:
     static constexpr u2_t FEW = 24;
 
-    Data_View(const Data_Base& b, u2_t uId) noexcept;
-    [[nodiscard]] Data_View FindAmongMany(Data_Key oKey, u2_t uNth) const noexcept;
+    Data_View(const Data_Base& b, u2_t uId) noexcept { Stand(b, uId); }
+    void Stand(const Data_Base& b, u2_t uId) noexcept;
+    // Null where the order of a node's tree is not up to date, or there is none.
+    [[nodiscard]] static Data_Base* OrderedBase(const Data& oNode) noexcept;
+    // The ids of what Find gives; NONE for a view of nothing.
+    [[nodiscard]] u2_t FindId(Data_Key oKey, u2_t uNth) const noexcept {
+        const u2_t uSize = GetSuccs();
+        if (uSize - 1 >= FEW) [[unlikely]] {
+            if (uSize == 0) return Data_Node::NONE;
+            return FindAmongMany(*m_pBase, {m_pIds + m_pNode->Start(), uSize}, oKey, uNth);
+        }
+        const u2_t* p = m_pIds + m_pNode->Start();
+        for (const u2_t* const pEnd = p + uSize; p != pEnd; ++p) {
+            if (m_pNodes[*p].uKey != oKey.uKey) continue;
+            // Those of a name stand together.
+            if (uNth == 0) return *p;
+            p += uNth;
+            return p < pEnd && m_pNodes[*p].uKey == oKey.uKey ? *p : Data_Node::NONE;
+        }
+        return Data_Node::NONE;
+    }
+    // Not a member of a view, which then need not lie in memory.
+    struct Ids {
+        const u2_t* p;
+        u2_t uSize;
+    };
+    [[nodiscard]] static u2_t FindAmongMany(const Data_Base& b, Ids oIds, Data_Key oKey,
+                                            u2_t uNth) noexcept;
 };
 
 }  // namespace vok
