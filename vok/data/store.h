@@ -365,6 +365,9 @@ class Data_Base {
                m_oNode(uParent).Start() == NONE;
     }
     void PlaceByRank();
+    template <class Less>
+    void SortByRank(const Less& oIsLess);
+    void PlaceByName();
     const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;
     void GrowGroup(Node& oParent);

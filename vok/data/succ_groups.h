@@ -139,7 +139,7 @@ class Data_Groups {
         SortAll(oIsLess, [&](u2_t* p, u2_t* pEnd) { std::stable_sort(p, pEnd, oIsLess); });
     }
     // As many as stand in no run in any group.
-    [[nodiscard]] u2_t MostUnsorted() const noexcept {
+    [[nodiscard]] std::size_t MostUnsorted() const noexcept {
         u2_t uMost = 0;
         for (const Unsorted& o : m_oUnsorted) uMost = std::max(uMost, o.uPlaced - o.uKnown);
         return uMost;

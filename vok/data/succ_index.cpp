@@ -13,10 +13,10 @@ namespace {
 // Up to here a run is found by looking at every key of a group: one or two cache lines of
 // node records, without a branch that is hard to predict.
 constexpr u2_t SCAN_UP_TO = 24;
-// Whether ordering names first costs less than comparing those of new nodes does.
-constexpr bool IsWorthRanking(std::size_t uNew, std::size_t uNames) noexcept {
-    return uNew > 4 * uNames || (uNew > 256 && 2 * uNew > uNames);
-}
+// From here on ordering names costs less than comparing them does.
+constexpr std::size_t NODES_PER_NAME = 4;
+// So many successors of one node are better sorted by ranks, where most names are theirs.
+constexpr std::size_t LONG = 256;
 
 // An order of nodes by the ranks of their names.
 struct RankOrder {
@@ -84,9 +84,9 @@ void Data_Base::PlaceByRank() {
         const u2_t uFirst = m_uIndexed;
         const Node* const pFirst = m_oNode.Beg() + uFirst;
         const u2_t uParent = pFirst->Pred();
-        if (!StartsGroup(uParent)) {
+        if (!Data_Shapes::IsRun(pFirst, m_oNode.End()) || !StartsGroup(uParent)) {
             PlaceSiblings(oIsLess);
-        } else if (const u2_t uAlike = oShapes.Match(pFirst, m_oNode.End(), uParent); uAlike != 0) {
+        } else if (const u2_t uAlike = oShapes.Match(pFirst, m_oNode.End()); uAlike != 0) {
             Node& oParent = m_oNode(uParent);
             GrowGroup(oParent);
             oShapes.Place(pFirst->uKey, uFirst, m_oGroup.Ids(oParent.Start()));
@@ -100,9 +100,14 @@ void Data_Base::PlaceByRank() {
             }
         }
     }
-    if (m_oGroup.IsAllSorted()) return;
+    if (!m_oGroup.IsAllSorted()) SortByRank(oIsLess);
+}
+
+// The groups that are not in order yet.
+template <class Less>
+void Data_Base::SortByRank(const Less& oIsLess) {
     Arr<Keyed> oKeyed;
-    (void)oKeyed.AddSpace(2 * std::size_t{m_oGroup.MostUnsorted()});
+    (void)oKeyed.AddSpace(2 * m_oGroup.MostUnsorted());
     m_oGroup.SortAll(oIsLess, [&](u2_t* pFirst, u2_t* pEnd) {
         const auto uSize = static_cast<std::size_t>(pEnd - pFirst);
         for (std::size_t u = 0; u < uSize; ++u) {
@@ -113,9 +118,19 @@ void Data_Base::PlaceByRank() {
     });
 }
 
+// What is placed in order needs no ranks, however many names there are; sorting a long group does.
+void Data_Base::PlaceByName() {
+    PlaceNew(ByName());
+    if (m_oGroup.IsAllSorted()) return;
+    const std::size_t uLong = m_oGroup.MostUnsorted();
+    if (uLong < LONG || 2 * uLong < m_oName.Size()) return m_oGroup.SortAll(ByName());
+    const Arr<u2_t> oRank = m_oName.Ranks();
+    SortByRank(RankOrder{m_oNode.Beg(), oRank.Beg()});
+}
+
 void Data_Base::UpdateSucc() {
     const std::size_t uNew = m_oNode.Size() - m_uIndexed;
-    if (!IsIndexed()) IsWorthRanking(uNew, m_oName.Size()) ? PlaceByRank() : PlacePending();
+    if (!IsIndexed()) uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlaceByName();
     if (!m_oGroup.IsWorthCompacting()) return;
     m_oGroup.Compact([this](const auto& oMove) {
         for (Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
