@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Documents record by record.
+#include <map>
+
 #include "tests/records/records_support.h"
+#include "vok/data/walk.h"
 #include "vok/file/window.h"
 
 namespace vok {
@@ -100,6 +103,65 @@ TEST(Reader, AllOfADocumentIsItsTree) {
         Document(3, Leaf("a[0]", 1, I32(1)) + Leaf("b[0]", 1, I32(2)) + Leaf("a[0]", 1, I32(3))));
 }
 
+// Runs of one name in which values that need a second look stand between others, longer than what
+// is read ahead.
+std::string Runs() {
+    std::string sRecords;
+    i3_t iObjects = 0;
+    for (; sRecords.size() < 200000; ++iObjects) {
+        std::string sObject;
+        i3_t iCount = 0;
+        for (const std::size_t uName : {1u, 4u, 5u, 12u, 30u}) {
+            const std::string sName(uName, static_cast<char>('a' + uName));
+            for (int i = 0; i < 23; ++i, ++iCount) {
+                const std::string sStep = sName + '[' + std::to_string(i) + ']';
+                switch ((iObjects + i * i) % 11) {
+                    case 0: sObject += Text(sStep, std::string(i, 'x')); break;
+                    case 1: sObject += Text(sStep, "\xC3\xA4"); break;
+                    case 2: sObject += Leaf(sStep, 8, Block(std::string(i, '\1'))); break;
+                    case 3: sObject += Open(sStep, 1) + Leaf("z[0]", 1, I32(i)); break;
+                    case 4: sObject += Leaf(sStep, 0, I32(0)); break;
+                    default: sObject += Leaf(sStep, 1, I32(i));
+                }
+            }
+        }
+        sRecords += Open("o[" + std::to_string(iObjects) + "]", iCount) + sObject;
+    }
+    return Document(iObjects, sRecords);
+}
+
+// Where there are no gaps each record is a node of the tree, at its place.
+TEST(Reader, RecordsAreTheNodesOfTheTree) {
+    std::vector<std::size_t> oHeads;
+    for (const std::string& sDocument : {Repeating(oHeads), AllTypes(), Runs()}) {
+        File_Buf oWhole(sDocument.data(), sDocument.size());
+        Data oTree;
+        Dgraph_Load(oTree, oWhole);
+        std::vector<std::string> oNodes;
+        std::map<std::pair<u2_t, std::string>, u2_t> oSeen;
+        for (Data_Walk o(oTree); o.Next();) {
+            const std::string sName = o.GetName();
+            const std::pair oRun(o.GetData().GetPred().GetId(), sName);
+            const u2_t uIndex = o.GetDepth() != 0 ? oSeen[oRun]++ : 0;
+            oNodes.push_back(std::to_string(o.GetDepth()) + ' ' + sName + ' ' +
+                             std::to_string(uIndex) + ' ' + std::to_string(o.GetType()));
+        }
+        File_Buf oBuf(sDocument.data(), sDocument.size());
+        Drop_Stream oStream(sDocument, 1000);
+        for (File_Stream* pIn :
+             {static_cast<File_Stream*>(&oBuf), static_cast<File_Stream*>(&oStream)}) {
+            std::size_t u = 0;
+            for (Data_Reader r(*pIn); r.Next(); ++u) {
+                ASSERT_LT(u, oNodes.size());
+                ASSERT_EQ(std::to_string(r->GetDepth()) + ' ' + std::string(r->GetName()) + ' ' +
+                              std::to_string(r->GetIndex()) + ' ' + std::to_string(r->GetType()),
+                          oNodes[u]);
+            }
+            EXPECT_EQ(u, oNodes.size());
+        }
+    }
+}
+
 TEST(Reader, DamageIsToldAsByLoading) {
     for (const std::string& sDocument : {AllTypes(), g_sGaps, g_sXml}) {
         for (std::size_t u = 0; u < sDocument.size(); ++u) ExpectSame(sDocument.substr(0, u));
@@ -122,6 +184,15 @@ TEST(Reader, DamageIsToldAsByLoading) {
         }
     }
     for (const std::string& s : Misleading()) ExpectToldByRecords(s);
+    // The index of the one behind it once more, or of one that is no leaf.
+    for (const std::string& sBetween : {Leaf("x[1]", 4, U8('c')), Text("x[1]", "\xC3\xA4"),
+                                        Open("x[1]", 1) + Leaf("x[0]", 1, I32(1))}) {
+        for (const char* sNext : {"x[1]", "x[2]", "x[3]"}) {
+            ExpectToldByRecords(Document(3, Leaf("x[0]", 1, I32(1)) + sBetween +
+                                                Leaf(sNext, 1, I32(1)) +
+                                                Text("y[0]", std::string(60, 'y'))));
+        }
+    }
     const std::string sOutOfOrder = Misleading()[0];
     File_Buf oOutOfOrder(sOutOfOrder.data(), sOutOfOrder.size());
     EXPECT_TRUE(EachRecord(oOutOfOrder).sReport.ends_with("!"));

@@ -22,7 +22,7 @@ namespace {
 template <class Source>
 void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Report* pReport) {
     Reader<Source> oReader(oData, oSource, oLimits);
-    const vok::detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+    const auto oOnExit = vok::detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
         oReport.m_uOffset += oSource.Offset();  // behind the header, counted before
         oReader.AddTo(oReport);
         vok::detail::ReportNode(oReport, oData, oReader.CurrentNode());
@@ -50,7 +50,7 @@ void LeaveQuietly(File_Window& oWindow) noexcept {
 // The body of major version 2. Offsets count from the header on.
 void LoadDump(Data& oData, File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
     const u3_t uHeader = pReport != nullptr ? pReport->m_uOffset : 0;
-    const vok::detail::ReportOnExit oOnExit(
+    const auto oOnExit = vok::detail::ReportOnExit(
         pReport, [uHeader](Load_Report& oReport) { oReport.m_uOffset += uHeader; });
     oData.Load(oIn, oLimits, pReport);
 }

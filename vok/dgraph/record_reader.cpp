@@ -109,6 +109,16 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     return true;
 }
 
+// The next one of the run that the record in front belongs to.
+[[gnu::always_inline]] inline bool RecordReader::ReadNext(const char* p, Head& o) noexcept {
+    if (m_pBefore == nullptr) return false;
+    o.pCode = MatchNext(p, m_pBefore);
+    if (o.pCode == nullptr) return false;
+    o.uKey = m_oTrail.Last().uKey;
+    o.uIndex = m_oTrail.Last().uRun;
+    return true;
+}
+
 [[gnu::always_inline]] inline bool RecordReader::ReadHead(const char* p, std::size_t uAtHand,
                                                           Head& o) {
     constexpr std::size_t LARGEST_VALUE = 8;
@@ -128,12 +138,17 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
 
 [[gnu::always_inline]] inline bool RecordReader::ReadFast() {
     const std::size_t uAtHand = m_oWindow.AtHand();
-    if (uAtHand < m_uHeadRoom) return ReadAtEnd(uAtHand);
+    if (uAtHand < m_uHeadRoom) {
+        m_pBefore = nullptr;
+        return ReadAtEnd(uAtHand);
+    }
     if (m_uNodes >= m_oLimits.m_uNodes) return false;
     const char* const p = m_oWindow.Peek();
     Head o;
-    if (!ReadExpected(p, o) && !ReadHead(p, uAtHand, o)) return false;
-    return ReadBehind(o, p + uAtHand);
+    if (!ReadExpected(p, o) && !ReadNext(p, o) && !ReadHead(p, uAtHand, o)) return false;
+    if (!ReadBehind(o, p + uAtHand)) return false;
+    m_pBefore = m_eType != Data_Node::Tree ? p : nullptr;
+    return true;
 }
 
 // Where heads are not compared as a whole.
@@ -169,6 +184,7 @@ bool RecordReader::Next() {
         }
         m_uOffset = m_oWindow.Offset();
         if (ReadFast()) continue;
+        m_pBefore = nullptr;
         ReadStep();
         ReadValue();
     } while (IsLeftOut());

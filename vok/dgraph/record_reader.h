@@ -32,7 +32,10 @@ class RecordReader final : public detail::Record_Source {
     // Closes levels without records to come, from uFirst on; false when that closes all of them,
     // or the document is at its end.
     bool CloseLevels(std::size_t uFirst) noexcept {
-        while (m_oTrail.Size() > uFirst && m_oTrail.Last().uPending == 0) m_oTrail.Close();
+        while (m_oTrail.Size() > uFirst && m_oTrail.Last().uPending == 0) {
+            m_oTrail.Close();
+            m_pBefore = nullptr;
+        }
         return m_oTrail.Size() > uFirst && !m_bEnd;
     }
     // Reads a record that is like most are: an expected name, no attributes, the next index of its
@@ -46,6 +49,7 @@ class RecordReader final : public detail::Record_Source {
         const char* pCode;
     };
     [[nodiscard]] bool ReadExpected(const char* p, Head& o);
+    [[nodiscard]] bool ReadNext(const char* p, Head& o) noexcept;
     [[nodiscard]] bool ReadHead(const char* p, std::size_t uAtHand, Head& o);
     [[nodiscard]] bool ReadBehind(const Head& o, const char* pEnd);
     [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep);
@@ -71,6 +75,8 @@ class RecordReader final : public detail::Record_Source {
     Str m_oTag;                     // that of trees of that version
     u3_t m_uMissingHeader = 0;
     Step m_oStep;
+    // The record in front, where it is of this level and still in the window; null where unknown.
+    const char* m_pBefore = nullptr;
     Arr<char> m_oRoom;   // what of a value is not in the window
     Arr<char> m_oTexts;  // attributes that were no UTF-8
     u3_t m_uNodes = 1;
