@@ -192,9 +192,9 @@ void Load(Data& oTree, File_Stream& oIn, const Csv_Options& oOptions, const Limi
     oTree.Clear();
     oTree.SetToRoot();
     Rows oRows(oIn, oOptions, oLimits, oReport);
-    const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report& o) {
+    const detail::OnExit oOnExit([&] {
         oRows.Report();
-        o.m_uNodes = oTree.GetNodes();
+        oReport.m_uNodes = oTree.GetNodes();
     });
     oRows.Start();
     Meter oMeter(oLimits);
@@ -249,7 +249,7 @@ void Csv_Copy(Data_Writer& oOut, File_Stream& oIn, const Csv_Options& oOptions,
     return Where("vok::Csv_Copy", [&] {
         csv::WithReport(pReport, [&](Csv_Report& oReport) {
             csv::Rows oRows(oIn, oOptions, oLimits, oReport);
-            const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report&) { oRows.Report(); });
+            const detail::OnExit oOnExit([&] { oRows.Report(); });
             oRows.Start();
             csv::Order oOrder;
             while (oRows.Next()) {
@@ -279,7 +279,7 @@ std::vector<Csv_Column> Csv_Columns(File_Stream& oIn, const Csv_Options& oOption
         std::vector<Csv_Column> aoColumn;
         csv::WithReport(pReport, [&](Csv_Report& oReport) {
             csv::Rows oRows(oIn, oOptions, oLimits, oReport);
-            const detail::ReportOnExit oOnExit(&oReport, [&](Load_Report&) { oRows.Report(); });
+            const detail::OnExit oOnExit([&] { oRows.Report(); });
             oRows.Start();
             std::vector<csv::Guess> aoGuess;
             csv::ForEachRow(oRows, oOptions, aoGuess, [] {});

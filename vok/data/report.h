@@ -34,19 +34,11 @@ class OnExit {
 
 // Has a report, unless it is null, filled where a scope is left, by an error as well.
 template <class Fill>
-class ReportOnExit {
-  public:
-    ReportOnExit(Load_Report* pReport, Fill oFill) noexcept : m_pReport(pReport), m_oFill(oFill) {}
-    ~ReportOnExit() {
-        if (m_pReport != nullptr) m_oFill(*m_pReport);
-    }
-    ReportOnExit(const ReportOnExit&) = delete;
-    ReportOnExit& operator=(const ReportOnExit&) = delete;
-
-  private:
-    Load_Report* m_pReport;
-    Fill m_oFill;
-};
+[[nodiscard]] auto ReportOnExit(Load_Report* pReport, Fill oFill) noexcept {
+    return OnExit([=] {
+        if (pReport != nullptr) oFill(*pReport);
+    });
+}
 
 }  // namespace vok::detail
 

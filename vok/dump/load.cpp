@@ -249,7 +249,7 @@ void Data::Load(File_Stream& oIn, const Limits& oLimits, Load_Report* pReport) {
         if (pReport != nullptr) *pReport = Load_Report();
         dump::Reader oReader(oIn, oLimits);
         {
-            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+            const auto oOnExit = detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
                 oReport.m_uOffset = oReader.Offset();
                 oReport.m_uNodes = oReader.Nodes();
             });
@@ -265,7 +265,7 @@ namespace {
 Mem::Ref<Data_Base> RunAttached(File_Buf& oIn, const dump::Attached& oAttached, Data_Trust eTrust,
                                 const Limits& oLimits, Load_Report* pReport) {
     dump::Reader oReader(oIn, oAttached, eTrust, oLimits);
-    const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+    const auto oOnExit = detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
         oReport.m_uOffset = oReader.Offset();
         oReport.m_uNodes = oReader.Nodes();
     });

@@ -365,7 +365,7 @@ void Json_Load(Data& oTree, File_Stream& oIn, const Limits& oLimits, Load_Report
         xml::Source oSource(oIn, xml::Declares::No);
         json::Loader oLoader(b, oSource, oLimits);
         {
-            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+            const auto oOnExit = detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
                 const xml::Source::Place oPlace = oSource.PlaceOf(oLoader.Position());
                 oReport.m_uOffset = oPlace.uOffset;
                 oReport.m_uLine = oPlace.uLine;

@@ -140,7 +140,7 @@ u2_t Data::LoadFromXML(File_Stream& in, u2_t uFlags, const Limits& oLimits, Load
         detail::XmlLoader oLoader(b, m_uId, oSource, uFlags, oLimits);
         u2_t uElements;
         {
-            const detail::ReportOnExit oOnExit(pReport, [&](Load_Report& oReport) {
+            const auto oOnExit = detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
                 const xml::Source::Place oPlace = oSource.PlaceOf(oLoader.Position());
                 oLoader.AddTo(oReport);
                 oReport.m_uOffset = oPlace.uOffset;
