@@ -55,10 +55,12 @@ Data_Key Data_View::KeyOf(std::string_view sName) const {
     return {m_pBase->FindKey(sName)};
 }
 
-u2_t Data_View::FindAmongMany(const Data_Base& b, Ids oIds, Data_Key oKey, u2_t uNth) noexcept {
+u2_t Data_View::FindAmongMany(const Data_Base& b, const Data_Node& oParent, Data_Key oKey,
+                              u2_t uNth) noexcept {
     if (oKey.uKey >= b.m_oName.Size()) return Data_Node::NONE;
-    const Data_Base::Run oRun = b.FindRun({oIds.p, oIds.uSize}, oKey.uKey);
-    return uNth < oRun.uSize ? oIds.p[oRun.uFirst + uNth] : Data_Node::NONE;
+    const Data_Base::Group oGroup = b.m_oGroup.ViewOf(oParent.Start(), oParent.Size());
+    const Data_Base::Run oRun = b.FindRun(oGroup, oKey.uKey);
+    return uNth < oRun.uSize ? oGroup.pId[oRun.uFirst + uNth] : Data_Node::NONE;
 }
 
 }  // namespace vok

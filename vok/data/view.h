@@ -134,13 +134,11 @@ class Data_View {
     void Stand(const Data_Base& b, u2_t uId) noexcept;
     // Null where the order of a node's tree is not up to date, or there is none.
     [[nodiscard]] static Data_Base* OrderedBase(const Data& oNode) noexcept;
-    // The ids of what Find gives; NONE for a view of nothing.
+    // The id of what Find gives; NONE for a view of nothing.
     [[nodiscard]] u2_t FindId(Data_Key oKey, u2_t uNth) const noexcept {
         const u2_t uSize = GetSuccs();
-        if (uSize - 1 >= FEW) [[unlikely]] {
-            if (uSize == 0) return Data_Node::NONE;
-            return FindAmongMany(*m_pBase, {m_pIds + m_pNode->Start(), uSize}, oKey, uNth);
-        }
+        if (uSize - 1 >= FEW) [[unlikely]]
+            return uSize != 0 ? FindAmongMany(*m_pBase, *m_pNode, oKey, uNth) : Data_Node::NONE;
         const u2_t* p = m_pIds + m_pNode->Start();
         for (const u2_t* const pEnd = p + uSize; p != pEnd; ++p) {
             if (m_pNodes[*p].uKey != oKey.uKey) continue;
@@ -152,12 +150,8 @@ class Data_View {
         return Data_Node::NONE;
     }
     // Not a member of a view, which then need not lie in memory.
-    struct Ids {
-        const u2_t* p;
-        u2_t uSize;
-    };
-    [[nodiscard]] static u2_t FindAmongMany(const Data_Base& b, Ids oIds, Data_Key oKey,
-                                            u2_t uNth) noexcept;
+    [[nodiscard]] static u2_t FindAmongMany(const Data_Base& b, const Data_Node& oParent,
+                                            Data_Key oKey, u2_t uNth) noexcept;
 };
 
 }  // namespace vok
