@@ -55,7 +55,7 @@ TEST(SuccOrder, AppendsAndReadsInTurns) {
 TEST(SuccOrder, ObjectsOfFewKinds) {
     // Names that begin alike, and names that begin others; more than are compared one by one.
     Texts oNames = {"", "a", "a\x01", "aa", "\xC3\xA9", "\x7F"};
-    for (int i = 0; i < 30; ++i) {
+    for (std::size_t i = 0; i < 30; ++i) {
         oNames.push_back("a long common beginning, " + std::to_string(i));
         oNames.push_back("12345678" + std::string(i, 'x'));
     }

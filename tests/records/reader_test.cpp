@@ -113,15 +113,15 @@ std::string Runs() {
         i3_t iCount = 0;
         for (const std::size_t uName : {1u, 4u, 5u, 12u, 30u}) {
             const std::string sName(uName, static_cast<char>('a' + uName));
-            for (int i = 0; i < 23; ++i, ++iCount) {
+            for (unsigned i = 0; i < 23; ++i, ++iCount) {
                 const std::string sStep = sName + '[' + std::to_string(i) + ']';
-                switch ((iObjects + i * i) % 11) {
+                switch ((static_cast<unsigned>(iObjects) + i * i) % 11) {
                     case 0: sObject += Text(sStep, std::string(i, 'x')); break;
                     case 1: sObject += Text(sStep, "\xC3\xA4"); break;
                     case 2: sObject += Leaf(sStep, 8, Block(std::string(i, '\1'))); break;
-                    case 3: sObject += Open(sStep, 1) + Leaf("z[0]", 1, I32(i)); break;
+                    case 3: sObject += Open(sStep, 1) + Leaf("z[0]", 1, I32(7)); break;
                     case 4: sObject += Leaf(sStep, 0, I32(0)); break;
-                    default: sObject += Leaf(sStep, 1, I32(i));
+                    default: sObject += Leaf(sStep, 1, I32(static_cast<int>(i)));
                 }
             }
         }
