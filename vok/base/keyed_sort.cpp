@@ -2,6 +2,7 @@
 #include "vok/base/keyed_sort.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vok {
 

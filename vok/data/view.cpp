@@ -23,20 +23,10 @@ Data_View::Data_View(const Data& oNode)
           return Data_View(b, oNode.m_uId);
       })) {}
 
-inline Data_Base* Data_View::OrderedBase(const Data& oNode) noexcept {
-    Data_Base* const p = oNode.m_oBase.Get();
-    return p != nullptr && oNode.m_uId < p->m_oNode.Size() && p->IsIndexed() ? p : nullptr;
-}
-
-Data_View Data_View::IfOrdered(const Data& oNode) noexcept {
-    const Data_Base* const p = OrderedBase(oNode);
-    return p != nullptr ? Data_View(*p, oNode.m_uId) : Data_View();
-}
-
 bool Data_View::FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uNth,
                               Data_View& oFound) {
-    Data_Base* const p = OrderedBase(oNode);
-    if (p == nullptr) return false;
+    Data_Base* const p = oNode.m_oBase.Get();
+    if (p == nullptr || oNode.m_uId >= p->m_oNode.Size() || !p->IsIndexed()) return false;
     const Data_Key oKey{p->m_oName.LookNext(sName)};
     const u2_t uId = Data_View(*p, oNode.m_uId).FindId(oKey, uNth);
     // Field by field: what is copied right after it was written is waited for.

@@ -33,14 +33,10 @@ class Data_View {
     // node".
     explicit Data_View(const Data& oNode);
 
-    // The same where the order is up to date; else, and where that would raise, a view of nothing:
-    // for those who ask in turns with changing the tree, which cursors answer without putting all
-    // in order.
-    [[nodiscard]] static Data_View IfOrdered(const Data& oNode) noexcept;
-
-    // IfOrdered, and Find by a text in oFound, for one thread that has the tree for itself: names
-    // that are asked for in the same order over and over are not searched for. False, with nothing
-    // done, where IfOrdered gives a view of nothing.
+    // Finds as Find does, in oFound, for those who ask in turns with changing the tree: false, with
+    // nothing done, where the order is not up to date, or there is no such node; then cursors
+    // answer without putting all in order. One thread has the tree for itself: names that are asked
+    // for in the same order over and over are not searched for.
     [[nodiscard]] static bool FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uNth,
                                             Data_View& oFound);
 
@@ -132,8 +128,6 @@ class Data_View {
 
     Data_View(const Data_Base& b, u2_t uId) noexcept { Stand(b, uId); }
     void Stand(const Data_Base& b, u2_t uId) noexcept;
-    // Null where the order of a node's tree is not up to date, or there is none.
-    [[nodiscard]] static Data_Base* OrderedBase(const Data& oNode) noexcept;
     // The id of what Find gives; NONE for a view of nothing.
     [[nodiscard]] u2_t FindId(Data_Key oKey, u2_t uNth) const noexcept {
         const u2_t uSize = GetSuccs();
