@@ -53,7 +53,7 @@ bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex, Data_N
 template <class FromCursor>
 bool WithSuccessor(const vok::Data& oNode, StringRef oName, Int32 iIndex,
                    const FromCursor& oFromCursor) {
-    constexpr auto NO_VALUE = static_cast<Data_Node::Type>(~0u);
+    constexpr auto NO_VALUE = static_cast<Data_Node::Type>(~0u);  // the type of no node
     return WithSuccessor(
         oNode, oName, iIndex, NO_VALUE, [](const Data_View&) {}, oFromCursor);
 }

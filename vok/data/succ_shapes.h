@@ -3,8 +3,6 @@
 #ifndef VOK_DATA_SUCC_SHAPES_H
 #define VOK_DATA_SUCC_SHAPES_H
 
-#include <algorithm>
-
 #include "vok/data/node.h"
 
 namespace vok {

@@ -29,8 +29,11 @@ bool Data_View::FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uN
     if (p == nullptr || oNode.m_uId >= p->m_oNode.Size() || !p->IsIndexed()) return false;
     const Data_Key oKey{p->m_oName.LookNext(sName)};
     const u2_t uId = Data_View(*p, oNode.m_uId).FindId(oKey, uNth);
-    // Field by field: what is copied right after it was written is waited for.
-    uId != Data_Node::NONE ? oFound.Stand(*p, uId) : void(oFound.m_pNode = nullptr);
+    if (uId != Data_Node::NONE) {
+        oFound.Stand(*p, uId);  // in place: what is copied right after it was written is waited for
+    } else {
+        oFound.m_pNode = nullptr;
+    }
     return true;
 }
 
