@@ -43,10 +43,7 @@ class To_Python {
       public:
         Cursor() = default;
         explicit Cursor(const Data& o) : Data_View(o) {}
-        void Stand(u2_t uId) noexcept {
-            m_uId = uId;
-            m_pNode = m_pNodes + uId;
-        }
+        void Stand(u2_t uId) noexcept { m_pNode = m_pNodes + uId; }
         [[nodiscard]] const Data_Node& NodeAt(u2_t uId) const noexcept { return m_pNodes[uId]; }
         [[nodiscard]] const u2_t* Succs() const noexcept { return m_pIds + m_pNode->Start(); }
         [[nodiscard]] const Hash_Text& NameOf(u2_t uKey) const noexcept { return m_pNames[uKey]; }

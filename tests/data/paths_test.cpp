@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Paths: what texts parse to, what is refused with which words, escapes. Their evaluation: a table
 // on one tree, and a naive evaluator on random ones.
+#include <cstring>
 #include <set>
 
 #include "tests/support.h"
 #include "vok/data/walk.h"
 #include "vok/data/xpath.h"
+#include "vok/dgraph/plain_step.h"
 
 namespace vok {
 namespace {
@@ -119,6 +121,24 @@ TEST(Escapes, DecodeLeavesWhatIsNone) {
     EXPECT_EQ(Data::DecodeXpath(sText, sText + 4), sText + 1);
     EXPECT_STREQ(sText + 4, "\b47;");
     EXPECT_EQ(Data::DecodeXpath(nullptr), nullptr);
+}
+
+// Names are looked at in words: every byte in every place of short ones and long ones.
+TEST(Escapes, ReservedBytesAreSeenEverywhere) {
+    for (std::size_t uSize = 1; uSize <= 20; ++uSize) {
+        for (std::size_t uAt = 0; uAt < uSize; ++uAt) {
+            for (unsigned uByte = 0; uByte < 256; ++uByte) {
+                std::string sName(uSize, uAt % 2 != 0 ? 'x' : '-');
+                sName[uAt] = static_cast<char>(uByte);
+                const bool bReserved =
+                    uByte != 0 && std::strchr("/.[]=\"* \b", static_cast<int>(uByte)) != nullptr;
+                ASSERT_EQ(detail::HasReserved(sName), bReserved) << uSize << ' ' << uByte;
+                ASSERT_EQ(dgraph::IsVerbatim(sName.data(), uSize),
+                          !bReserved && uByte != 0 && uByte < 128)
+                    << uSize << ' ' << uByte;
+            }
+        }
+    }
 }
 
 // The paths of the nodes that a path selects, in their order, each followed by a blank.

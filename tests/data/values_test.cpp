@@ -266,6 +266,8 @@ TEST(Values, AsAWalkGivesThem) {
     for (Data o : {oRoot.GetNodeFromID(oRoot.AddInt("m", 1)), oRoot.CreateNewSucc("tree")}) {
         if (o.GetType() == Data_Node::Empty) o.CreateNewSucc("below").CreateNewSucc("further");
     }
+    oRoot.CreateNewSucc("nz").CreateNewSucc(
+        "below");  // behind leaves, of which nothing is left out
     oRoot.CreateNewSucc("z");
     std::string sNames;
     for (Data_Walk o(oRoot); o.Next();) {
@@ -275,7 +277,7 @@ TEST(Values, AsAWalkGivesThem) {
         EXPECT_TRUE(o.GetType() != Data_Node::Link || o.LinkId() == 0);
         EXPECT_TRUE(o.GetType() != Data_Node::Long || o.Lng() == ~u3_t{0});
     }
-    EXPECT_EQ(sNames, "Rmnnnnnnnnnnntz");
+    EXPECT_EQ(sNames, "Rmnnnnnnnnnnnnbtz");
 }
 
 // Few successors and many, removed ones among them, names that are not there.

@@ -364,6 +364,32 @@ TEST(Reader, TreesThatAreKept) {
     }
 }
 
+// Names with escapes are remembered for the tree that they are taken into, and no other.
+TEST(Reader, TreesOfWhichNamesChange) {
+    std::string sRecords;
+    for (u2_t uNth = 0; uNth < 5; ++uNth) {
+        sRecords += Open("o[" + std::to_string(uNth) + "]", 2) +
+                    Leaf(uNth % 3 == 0 ? "a\b46;b[0]" : "c\b46;d[0]", 1, I32(1)) +
+                    Leaf("z[0]", 1, I32(2));
+    }
+    const std::string sDocument = Document(5, sRecords);
+    File_Buf oIn(sDocument.data(), sDocument.size());
+    Data_Reader oReader(oIn);
+    Data oOne, oOther;
+    std::string sNames;
+    for (u2_t uNth = 0; oReader.Next();) {
+        if (oReader->GetDepth() == 0) continue;
+        Data& oTree = uNth % 2 != 0 ? oOther : oOne;
+        if (uNth == 4) oTree.Clear();
+        oReader.Take(oTree);
+        sNames += oTree.GetNthSucc(0).GetName() + " "s;
+        oTree.AddInt("name " + std::to_string(uNth++), 1);
+        oTree.GetNthSucc(0).Remove();
+        oTree.Shrink();  // and all keys are others
+    }
+    EXPECT_EQ(sNames, "a.b c.d c.d a.b c.d ");
+}
+
 // What a document is wrapped in, and how it is coded.
 TEST(Reader, EveryFormAndWrapping) {
     const Scratch_Dir oDir;

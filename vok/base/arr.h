@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <limits>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -98,6 +99,14 @@ class Arr {
         if (m_uSize == m_uCapacity || GetRefCnt() != 0) [[unlikely]]
             Grow(1);
         m_pData[m_uSize++] = oCopy;
+    }
+    // The same for an element of these fields, each of which is put where it belongs: one that is
+    // put together elsewhere and copied in larger pieces is waited for.
+    template <class... Field>
+    void Emplace(Field... oField) {
+        if (m_uSize == m_uCapacity || GetRefCnt() != 0) [[unlikely]]
+            Grow(1);
+        ::new (static_cast<void*>(m_pData + m_uSize++)) T{oField...};
     }
     // For range-based loops that read.
     [[nodiscard]] const T* begin() const noexcept { return m_pData; }

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "vok/base/text_words.h"
 #include "vok/base/types.h"
 
 namespace vok {
@@ -67,62 +68,25 @@ inline std::size_t EncodeUtf16(u2_t uCode, char16_t* pOut) noexcept {
 
 namespace detail {
 
-// A word without high bits has a NUL in it exactly when taking 1 from each byte sets one. These
-// bits are set in what is given for a word with such a byte.
-inline constexpr u3_t HIGH_BITS = 0x8080808080808080u;
-inline constexpr u3_t EACH_ONE = 0x0101010101010101u;
-[[nodiscard]] inline u3_t NoAsciiText(u3_t uWord) noexcept {
-    return uWord | (uWord - EACH_ONE);
-}
-
-// True when every byte is from 1 to 127. Hands the words of the text, which may overlap, to oUse
-// with their places.
-template <class Use>
-[[nodiscard]] inline bool LookAtText(const char* pText, std::size_t uSize,
-                                     const Use& oUse) noexcept {
-    u3_t uWord;
-    if (uSize < 8) {
-        // A word that is filled up with bytes of it, or with ones.
-        if (uSize >= 4) {
-            u2_t auHalf[2];
-            std::memcpy(&auHalf[0], pText, 4);
-            std::memcpy(&auHalf[1], pText + uSize - 4, 4);
-            oUse(auHalf[0], 0);
-            oUse(auHalf[1], uSize - 4);
-            uWord = u3_t{auHalf[0]} << 32 | auHalf[1];
-        } else {
-            uWord = EACH_ONE;
-            for (std::size_t u = 0; u < uSize; ++u) {
-                oUse(static_cast<u0_t>(pText[u]), u);
-                uWord = uWord << 8 | static_cast<u0_t>(pText[u]);
-            }
-        }
-        return (NoAsciiText(uWord) & HIGH_BITS) == 0;
+// A word without high bits has a NUL in it exactly when taking 1 from each byte sets one.
+struct NoAsciiText {
+    [[nodiscard]] u3_t operator()(u3_t uWord) const noexcept {
+        return uWord | (uWord - words::EACH);
     }
-    u3_t uBad = 0;
-    for (std::size_t u = 0; u + 8 < uSize; u += 8) {
-        std::memcpy(&uWord, pText + u, 8);
-        oUse(uWord, u);
-        uBad |= NoAsciiText(uWord);
-    }
-    std::memcpy(&uWord, pText + uSize - 8, 8);
-    oUse(uWord, uSize - 8);
-    uBad |= NoAsciiText(uWord);
-    return (uBad & HIGH_BITS) == 0;
-}
+};
 
 }  // namespace detail
 
 // True when every byte is from 1 to 127; eight bytes a step.
 [[nodiscard]] inline bool IsAsciiText(const char* pText, std::size_t uSize) noexcept {
-    return detail::LookAtText(pText, uSize, [](auto, std::size_t) {});
+    return words::AreGood(pText, uSize, words::EACH, detail::NoAsciiText());
 }
 
 // The same of a text that is copied on the way, whatever it is; the two do not overlap.
 [[nodiscard]] inline bool CopyAsciiText(char* pTo, const char* pText, std::size_t uSize) noexcept {
-    return detail::LookAtText(pText, uSize, [pTo](auto uWord, std::size_t uAt) {
-        std::memcpy(pTo + uAt, &uWord, sizeof(uWord));
-    });
+    return words::AreGood(
+        pText, uSize, words::EACH, detail::NoAsciiText(),
+        [pTo](auto uWord, std::size_t uAt) { std::memcpy(pTo + uAt, &uWord, sizeof(uWord)); });
 }
 
 }  // namespace vok

@@ -11,13 +11,14 @@ Data_Builder::Data_Builder(Data& oParent) {
         if (!oParent.IsNode()) oParent.SetToRoot();
         m_oTree = oParent;
         m_pBase = &detail::NodeOf(oParent.m_oBase, oParent.m_uId);
-        m_uParent = oParent.m_uId;
-        m_pBase->CheckAppend(m_uParent);
-        m_pBase->CheckIds(m_uParent, 1);
-        const Data_Node& oNode = m_pBase->m_oNode(m_uParent);
-        m_uCount = oNode.GetType() == Data_Node::Tree ? oNode.Size() : 0;
+        const u2_t uParent = oParent.m_uId;
+        m_pBase->CheckAppend(uParent);
+        m_pBase->CheckIds(uParent, 1);
+        const Data_Node& oNode = m_pBase->m_oNode(uParent);
         Load();
-        m_uFirst = m_oTail.uNext;
+        m_uFirst = m_oTail.NextId();
+        m_uBelow = Data_Node::FlagsBelow(uParent);
+        m_uBase = m_uFirst - (oNode.GetType() == Data_Node::Tree ? oNode.Size() : 0);
     });
 }
 
@@ -40,24 +41,33 @@ u2_t Data_Builder::Intern(Data_Name oName) {
     return m_pBase->KeyOf(oName);
 }
 
+void Data_Builder::Deepen() {
+    Where("vok::Data_Builder::Open", [&] { m_oOpen.ReserveMore(1); });
+}
+
 void Data_Builder::Grow() {
     Where("vok::Data_Builder::Append", [&] {
         if (m_oTail.pNodes == nullptr) Msg::ObjectPointsToNothing();
         m_pBase->GiveBack(m_oTail);
-        m_pBase->CheckIds(m_uParent, 1);
+        m_pBase->CheckIds(Parent(), 1);
         m_pBase->m_oNode.ReserveMore(1);
         Load();
     });
 }
 
-u2_t Data_Builder::AddStr(Data_Name oName, std::string_view sText) {
-    return Where("vok::Data_Builder::AddStr", [&] {
-        const u2_t uKey = KeyOf(oName);
-        if (m_oTail.IsFull()) [[unlikely]]
-            Grow();
-        const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
+// Calls nothing as long as there is room and the text needs no second look.
+u2_t Data_Builder::AddText(u2_t uKey, std::string_view sText) {
+    if (!m_oTail.IsFull()) [[likely]] {
+        const u2_t uOffset = m_pBase->m_oHeap.TryAddNext(sText);
         if (uOffset != 0) [[likely]]
             return AppendHere(uKey, Data_Node::String, u3_t{sText.size() + 1} << 32 | uOffset);
+    }
+    return AddTextSlowly(uKey, sText);
+}
+
+[[gnu::noinline]] u2_t Data_Builder::AddTextSlowly(u2_t uKey, std::string_view sText) {
+    return Where("vok::Data_Builder::AddStr", [&] {
+        if (m_oTail.IsFull()) Grow();
         return AppendHere(uKey, Data_Node::String, m_pBase->AddText(sText));
     });
 }
@@ -97,16 +107,16 @@ u2_t Data_Builder::AddOther(Data_Name oName, const Data_Value& oValue) {
 
 void Data_Builder::SetAttVal(const char* sName, const char* sValue) {
     Where("vok::Data_Builder::SetAttVal", [&] {
-        if (m_oTail.uNext <= m_uFirst) Msg::ObjectPointsToNothing();
+        if (m_oTail.NextId() <= m_uFirst) Msg::ObjectPointsToNothing();
         m_pBase->GiveBack(m_oTail);
         Data oNode = m_oTree;
-        oNode.SetToNode(m_oTail.uNext - 1);
+        oNode.SetToNode(m_oTail.NextId() - 1);
         oNode.SetAttVal(sName, sValue);
     });
 }
 
 void Data_Builder::DropBlanks() noexcept {
-    m_pBase->MakeTree(m_uParent);
+    m_pBase->MakeTree(Parent());
 }
 
 void Data_Builder::RaiseNothingOpen() {

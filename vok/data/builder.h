@@ -38,11 +38,13 @@ class Data_Builder {
     // Appends a node for those up to the Close that belongs to it. One that is given no successors
     // is empty. Raises "assertion failed: %0" behind 2^28 - 2 nodes, with or without successors.
     u2_t Open(Data_Name oName) {
-        Data_Node::CheckPred(m_oTail.uNext);
+        Data_Node::CheckPred(m_oTail.NextId());
+        if (m_oOpen.Size() == m_oOpen.Capacity()) [[unlikely]]
+            Deepen();
         const u2_t uId = Append(oName, Data_Node::Empty, 0);
-        m_oOpen.Add(Level{m_uParent, m_uCount});
-        m_uParent = uId;
-        m_uCount = 0;
+        *m_oOpen.AddSpacePrivate() = {m_uBelow, m_uBase};
+        m_uBelow = Data_Node::FlagsBelow(uId);
+        m_uBase = m_oTail.NextId();
         return uId;
     }
     // Raises "node has no predecessor" when nothing is open.
@@ -50,8 +52,9 @@ class Data_Builder {
         if (m_oOpen.Size() == 0) [[unlikely]]
             RaiseNothingOpen();
         StoreCount();
-        m_uParent = m_oOpen.Last().uParent;
-        m_uCount = m_oOpen.Last().uCount;
+        const u2_t uBelowIt = m_oTail.NextId() - Parent() - 1;
+        m_uBelow = m_oOpen.Last().uBelow;
+        m_uBase = m_oOpen.Last().uBase + uBelowIt;
         m_oOpen.Pop();
     }
     // Closes all that is open and gives the tree back. May be called again.
@@ -79,7 +82,7 @@ class Data_Builder {
     }
     u2_t AddLng(Data_Name oName, u3_t uValue) { return Append(oName, Data_Node::Long, uValue); }
     // A text ends at its first NUL.
-    u2_t AddStr(Data_Name oName, std::string_view sText);
+    u2_t AddStr(Data_Name oName, std::string_view sText) { return AddText(KeyOf(oName), sText); }
     u2_t AddBin(Data_Name oName, const void* pData, u2_t uSize);
     u2_t AddQuad(Data_Name oName, u2_t uW0, u2_t uW1, u2_t uW2, u2_t uW3);
 
@@ -104,8 +107,8 @@ class Data_Builder {
 
   private:
     struct Level {
-        u2_t uParent;
-        u2_t uCount;
+        u2_t uBelow;
+        u2_t uBase;
     };
 
     u2_t AddOther(Data_Name oName, const Data_Value& oValue);
@@ -118,26 +121,30 @@ class Data_Builder {
         return AppendHere(uKey, eType, uValue);
     }
     u2_t AppendHere(u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
-        ++m_uCount;
-        return m_oTail.Add(m_uParent, uKey, eType, uValue);
+        return m_oTail.Add(m_uBelow, uKey, eType, uValue);
     }
     u2_t KeyOf(Data_Name oName) {
         return oName.m_sName == nullptr && oName.m_uKey < m_uNames ? oName.m_uKey : Intern(oName);
     }
     // Gives the open node its count. The others of the levels have theirs when they are closed.
     void StoreCount() noexcept {
-        Data_Node& o = m_oTail.pNodes[m_uParent];
-        if (m_uCount == 0) return;
+        const u2_t uCount = m_oTail.NextId() - m_uBase;
+        if (uCount == 0) return;
+        Data_Node& o = m_oTail.pNodes[Parent()];
         if (o.GetType() == Data_Node::Empty) {
             o.SetType(Data_Node::Tree);
             o.uWord2 = Data_Node::NONE;
         } else if (o.GetType() != Data_Node::Tree) {
             DropBlanks();
         }
-        o.uWord3 = m_uCount;
+        o.uWord3 = uCount;
     }
+    [[nodiscard]] u2_t Parent() const noexcept { return (m_uBelow >> 4) - 1; }
     void DropBlanks() noexcept;
+    u2_t AddText(u2_t uKey, std::string_view sText);
+    u2_t AddTextSlowly(u2_t uKey, std::string_view sText);
     u2_t Intern(Data_Name oName);
+    void Deepen();
     void Grow();
     void Load() noexcept;
     [[noreturn]] static void RaiseNothingOpen();
@@ -145,10 +152,13 @@ class Data_Builder {
     Data m_oTree;
     Data_Base* m_pBase;
     Data_Tail m_oTail;
+    u2_t m_uBelow = 0;  // flags of a node below the open one
     u2_t m_uFirst = 0;  // id of its first node
     u2_t m_uNames = 0;  // keys that there are
-    u2_t m_uParent = 0;
-    u2_t m_uCount = 0;  // successors that it has
+    // Not beside m_uBelow, or both would be put aside as one word, and that waited for. Id of the
+    // next node, modulo 2^32, less the successors that the open one has: stays as it is while nodes
+    // are appended to it.
+    u2_t m_uBase = 0;
     Arr_Near<Level, 16> m_oOpen;
 };
 

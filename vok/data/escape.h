@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "vok/base/arr.h"
+#include "vok/base/text_words.h"
 
 namespace vok::detail {
 
@@ -19,7 +20,23 @@ inline constexpr std::array<bool, 256> RESERVED = [] {
     return abSet;
 }();
 
+// True for most names: their bytes are ASCII from '0' on, none of "=[]", or '-'. False says
+// nothing.
+[[nodiscard]] inline bool IsPlain(std::string_view sText) noexcept {
+    return words::AreGood(sText.data(), sText.size(), 'a' * words::EACH, [](u3_t uWord) noexcept {
+        // Nothing is taken from a byte that was higher than what is taken, but its high bit.
+        const u3_t uHigh = uWord | words::HIGH_BITS;
+        const u3_t uFromDigits = uHigh - '0' * words::EACH;
+        const auto oDiffers = [uHigh](char c) {
+            return ((uHigh ^ static_cast<u0_t>(c) * words::EACH) | words::HIGH_BITS) - words::EACH;
+        };
+        const u3_t uPlain = uFromDigits | ~oDiffers('-');
+        return uWord | ~(uPlain & oDiffers('=') & oDiffers('[') & oDiffers(']'));
+    });
+}
+
 [[nodiscard]] inline bool HasReserved(std::string_view sText) noexcept {
+    if (IsPlain(sText)) return false;
     for (const char c : sText) {
         if (RESERVED[static_cast<u0_t>(c)]) return true;
     }

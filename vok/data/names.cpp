@@ -9,14 +9,12 @@
 namespace vok {
 
 u2_t Data_Names::InternSlow(std::string_view sName) {
-    if (IsText(m_oGuess.Second(), sName)) return m_oGuess.Second();
     const u2_t uKey = InsertOutside(sName);
     m_oGuess.Note(uKey, Size());
     return uKey;
 }
 
 u2_t Data_Names::LookNextSlow(std::string_view sName) {
-    if (IsText(m_oGuess.Second(), sName)) return m_oGuess.Second();
     const u2_t uKey = Look(sName);
     if (uKey != NONE) m_oGuess.TryNote(uKey, Size());
     return uKey;

@@ -22,11 +22,8 @@ class Data_Names : private Hash::Near, public Hash {
     // Key of a name, which ends at its first NUL; "" is key 0, which is also what is expected where
     // nothing is known.
     u2_t Intern(std::string_view sName) {
-        const u2_t uKey = m_oGuess.First();
-        if (!IsText(uKey, sName)) [[unlikely]]
-            return InternSlow(sName);
-        m_oGuess.Confirm(uKey);
-        return uKey;
+        const u2_t uKey = TryGuesses(sName);
+        return uKey != NONE ? uKey : InternSlow(sName);
     }
     // The same without adding it: NONE for a name that no node ever bore.
     [[nodiscard]] u2_t Look(std::string_view sName) const { return LookIn(*this, sName); }
@@ -34,11 +31,8 @@ class Data_Names : private Hash::Near, public Hash {
     // The same for who asks for one name behind the other and has the names for himself: looks
     // first at what is expected, as Intern does.
     [[nodiscard]] u2_t LookNext(std::string_view sName) {
-        const u2_t uKey = m_oGuess.First();
-        if (!IsText(uKey, sName)) [[unlikely]]
-            return LookNextSlow(sName);
-        m_oGuess.Confirm(uKey);
-        return uKey;
+        const u2_t uKey = TryGuesses(sName);
+        return uKey != NONE ? uKey : LookNextSlow(sName);
     }
     // Null for key 0.
     [[nodiscard]] const char* TextOrNull(u2_t uKey) const noexcept {
@@ -80,6 +74,14 @@ class Data_Names : private Hash::Near, public Hash {
     }
 
   private:
+    // Key of a name that is one of those to be tried, else NONE.
+    [[nodiscard]] u2_t TryGuesses(std::string_view sName) noexcept {
+        const u2_t uKey = m_oGuess.First();
+        if (!IsText(uKey, sName)) [[unlikely]]
+            return IsText(m_oGuess.Second(), sName) ? m_oGuess.Second() : NONE;
+        m_oGuess.Confirm(uKey);
+        return uKey;
+    }
     u2_t InternSlow(std::string_view sName);
     [[nodiscard]] u2_t LookNextSlow(std::string_view sName);
     bool LookAt(u2_t uKey);

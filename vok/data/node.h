@@ -3,6 +3,9 @@
 #ifndef VOK_DATA_NODE_H
 #define VOK_DATA_NODE_H
 
+#include <bit>
+#include <cstring>
+
 #include "vok/base/types.h"
 
 namespace vok {
@@ -69,14 +72,20 @@ struct Data_Node {
 
     [[nodiscard]] u3_t Value64() const noexcept { return u3_t{uWord3} << 32 | uWord2; }
     void SetValue64(u3_t uValue) noexcept {
-        uWord2 = static_cast<u2_t>(uValue);
-        uWord3 = static_cast<u2_t>(uValue >> 32);
+        if constexpr (std::endian::native == std::endian::little) {
+            std::memcpy(reinterpret_cast<char*>(this) + 8, &uValue, 8);  // in one go
+        } else {
+            uWord2 = static_cast<u2_t>(uValue);
+            uWord3 = static_cast<u2_t>(uValue >> 32);
+        }
     }
 
-    // Makes it the record of a new node below uParent.
-    void Make(u2_t uParent, u2_t uNewKey, Type eType = Empty, u3_t uValue = 0) noexcept {
+    // The flags of an empty node below uParent.
+    [[nodiscard]] static u2_t FlagsBelow(u2_t uParent) noexcept { return (uParent + 1) << 4; }
+    // Makes it the record of a new node, uBelow being the FlagsBelow of its parent.
+    void Make(u2_t uBelow, u2_t uNewKey, Type eType = Empty, u3_t uValue = 0) noexcept {
         uKey = uNewKey;
-        uFlags = (uParent + 1) << 4 | eType;
+        uFlags = uBelow | eType;
         SetValue64(uValue);
     }
 
@@ -92,15 +101,20 @@ static_assert(sizeof(Data_Node) == 16, "the tree is an array of 16-byte records"
 // it is given back. Parents get their counts from who holds it.
 struct Data_Tail {
     Data_Node* pNodes = nullptr;  // all of them
-    u2_t uNext = 0;               // id of the next node
-    u2_t uRoom = 0;               // nodes that there may be
+    Data_Node* pNext = nullptr;   // the next one
+    Data_Node* pEnd = nullptr;    // where there is no room, or there may be no more
 
-    [[nodiscard]] bool IsFull() const noexcept { return uNext >= uRoom; }
-    [[nodiscard]] u2_t Left() const noexcept { return IsFull() ? 0 : uRoom - uNext; }
+    [[nodiscard]] bool IsFull() const noexcept { return pNext >= pEnd; }
+    [[nodiscard]] std::size_t Left() const noexcept {
+        return IsFull() ? 0 : static_cast<std::size_t>(pEnd - pNext);
+    }
+    // The id of the next node.
+    [[nodiscard]] u2_t NextId() const noexcept { return static_cast<u2_t>(pNext - pNodes); }
     // Appends a node where it is not full, and returns its id.
-    u2_t Add(u2_t uParent, u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
-        pNodes[uNext].Make(uParent, uKey, eType, uValue);
-        return uNext++;
+    u2_t Add(u2_t uBelow, u2_t uKey, Data_Node::Type eType, u3_t uValue) noexcept {
+        Data_Node* const pNode = pNext++;
+        pNode->Make(uBelow, uKey, eType, uValue);
+        return static_cast<u2_t>(pNode - pNodes);
     }
 };
 

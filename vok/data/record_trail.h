@@ -30,7 +30,7 @@ class Record_Trail {
     // A level below the last node of the last one, and the end of the last one.
     void Open(u2_t uPending) {
         (void)Msg::ToInt32(m_oLevel.Size());
-        m_oLevel.Add(Level{Hash::NONE, 0, Hash::NONE, uPending});
+        m_oLevel.Emplace(Hash::NONE, 0u, Hash::NONE, uPending);
     }
     void Close() noexcept { m_oLevel.Pop(); }
 

@@ -124,7 +124,7 @@ class Data_Base {
         if (bFirst || uId == m_oNode.Capacity() || uId > MOST_IDS) [[unlikely]] {
             PrepareAppend(uParent);
         }
-        m_oNode.AddSpacePrivate()->Make(uParent, uKey, eType, uValue);
+        m_oNode.AddSpacePrivate()->Make(Node::FlagsBelow(uParent), uKey, eType, uValue);
         ++m_oNode(uParent).uWord3;
         return static_cast<u2_t>(uId);
     }
@@ -132,9 +132,9 @@ class Data_Base {
     // it back before anything else uses the tree.
     [[nodiscard]] Data_Tail TakeTail(u3_t uMost = MOST_IDS) noexcept {
         const auto uRoom = std::min({u3_t{m_oNode.Capacity()}, uMost, u3_t{MOST_IDS}});
-        return {m_oNode.Beg(), static_cast<u2_t>(m_oNode.Size()), static_cast<u2_t>(uRoom)};
+        return {m_oNode.Beg(), m_oNode.End(), m_oNode.Beg() + uRoom};
     }
-    void GiveBack(const Data_Tail& oTail) noexcept { m_oNode.SetSize(oTail.uNext); }
+    void GiveBack(const Data_Tail& oTail) noexcept { m_oNode.SetSize(oTail.NextId()); }
     // The same with a text, which ends at its first NUL.
     u2_t AppendText(u2_t uParent, u2_t uKey, std::string_view sText) {
         const u2_t uOffset = m_oHeap.TryAddText(sText);

@@ -14,6 +14,7 @@ char* Data_Heap::Space(std::size_t uSize) {
     const std::size_t uOffset = m_oBytes.Size();
     char* pSpace = m_oBytes.AddSpace(uSize + SLACK);
     m_oBytes.Truncate(uOffset + uSize);
+    Measure();
     return pSpace;
 }
 

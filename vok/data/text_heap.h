@@ -52,6 +52,7 @@ class Data_Heap {
     void Start() {
         if (m_oBytes.Size() != 0) return;
         m_oBytes.Add('\0');
+        Measure();
     }
     // Appends bytes and returns their offset; they may lie in the heap.
     u2_t Add(const void* pData, std::size_t uSize) {
@@ -64,15 +65,20 @@ class Data_Heap {
     }
     // The same for a text that needs no second look, where there is room; 0 for all others.
     u2_t TryAddText(std::string_view sText) noexcept {
+        const u2_t uOffset = TryAddNext(sText);
+        return uOffset != 0 || m_oBytes.Size() != 0 ? uOffset : TryAddFirst(sText);
+    }
+    // The same, but that a first one is among the others: there is no call in it.
+    u2_t TryAddNext(std::string_view sText) noexcept {
         const std::size_t uOffset = m_oBytes.Size();
-        const bool bRoom = m_oBytes.Capacity() - uOffset > sText.size() + SLACK &&
-                           m_oBytes.Capacity() <= m_uMost && uOffset != 0;
+        const std::size_t uEnd = uOffset + sText.size();
         char* const pText = m_oBytes.End();
-        if (!bRoom || sText.empty() || !CopyAsciiText(pText, sText.data(), sText.size())) {
-            return uOffset == 0 ? TryAddFirst(sText) : 0;
+        if (uEnd >= m_uQuickEnd || sText.empty() ||
+            !CopyAsciiText(pText, sText.data(), sText.size())) {
+            return 0;
         }
         pText[sText.size()] = 0;
-        m_oBytes.SetSize(uOffset + sText.size() + 1);
+        m_oBytes.SetSize(uEnd + 1);
         return static_cast<u2_t>(uOffset);
     }
     // The words of a quad: the first one stands in the record, the others in the heap.
@@ -144,19 +150,35 @@ class Data_Heap {
     void Reset() noexcept {
         m_oBytes.Truncate(0);
         m_iUnused = 0;
+        Measure();
     }
     // Gives back memory beyond what is used and SLACK, where that is most of it.
-    void Trim() { m_oBytes.TrimMost(SLACK); }
+    void Trim() {
+        m_oBytes.TrimMost(SLACK);
+        Measure();
+    }
     // Exchanges the bytes. Who brings others says what is referred to, and has left SLACK.
-    void Swap(Arr<char>& oBytes) noexcept { m_oBytes.Swap(oBytes); }
+    void Swap(Arr<char>& oBytes) noexcept {
+        m_oBytes.Swap(oBytes);
+        Measure();
+    }
 
     // For tests: a border before that of offsets.
-    void SetMost(std::size_t uMost) noexcept { m_uMost = uMost; }
+    void SetMost(std::size_t uMost) noexcept {
+        m_uMost = uMost;
+        Measure();
+    }
 
   private:
     // What small trees need.
     static constexpr std::size_t FIRST = 256 - Mem::HEADER_SIZE;
 
+    // To be called when there is another block, or the first byte in it.
+    void Measure() noexcept {
+        const std::size_t uRoom = m_oBytes.Capacity();
+        const bool bAny = m_oBytes.Size() != 0 && uRoom > SLACK && uRoom <= m_uMost;
+        m_uQuickEnd = bAny ? uRoom - SLACK : 0;
+    }
     u2_t Append(const char* pSrc, std::size_t uSize, std::size_t uNul);
     char* Space(std::size_t uSize);
     [[nodiscard]] u2_t TryAddFirst(std::string_view sText) noexcept;
@@ -164,6 +186,9 @@ class Data_Heap {
 
     Arr_Near<char, FIRST> m_oBytes;
     std::size_t m_uMost = MOST;
+    // Texts that end in front of it have room, whatever else there is to ask: 0 in a heap without
+    // its first byte, or near its border.
+    std::size_t m_uQuickEnd = 0;
     i3_t m_iUnused = 0;  // bytes less those that references name; negative where they share
 };
 

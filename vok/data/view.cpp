@@ -8,7 +8,6 @@ namespace vok {
 
 inline void Data_View::Stand(const Data_Base& b, u2_t uId) noexcept {
     m_pNode = b.m_oNode.Beg() + uId;
-    m_uId = uId;
     m_pNodes = b.m_oNode.Beg();
     m_pIds = b.m_oGroup.IdsAtZero();
     m_pHeap = b.m_oHeap.Begin();
@@ -38,9 +37,9 @@ bool Data_View::FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uN
 }
 
 bool Data_View::HasAttributes() const {
-    if (!m_pBase->m_oAtt.Has(m_uId)) return false;
+    if (!m_pBase->m_oAtt.Has(GetId())) return false;
     Arr<u2_t> oKeys;  // removed ones leave a trace
-    m_pBase->m_oAtt.List(m_uId, oKeys);
+    m_pBase->m_oAtt.List(GetId(), oKeys);
     return oKeys.Size() != 0;
 }
 

@@ -41,15 +41,15 @@ class Data_View {
                                             Data_View& oFound);
 
     [[nodiscard]] bool IsNode() const noexcept { return m_pNode != nullptr; }
-    [[nodiscard]] u2_t GetId() const noexcept { return m_uId; }
+    [[nodiscard]] u2_t GetId() const noexcept { return static_cast<u2_t>(m_pNode - m_pNodes); }
     [[nodiscard]] Data_Node::Type GetType() const noexcept { return m_pNode->GetType(); }
     [[nodiscard]] Data_Key GetKey() const noexcept { return {m_pNode->uKey}; }
     // As Data::GetName: null for an unnamed node, "Root" for an unnamed root.
     [[nodiscard]] const char* GetName() const noexcept {
-        const u2_t uKey = m_pNodes[m_uId].uKey;
+        const u2_t uKey = m_pNode->uKey;
         if (uKey != 0) [[likely]]
             return m_pNames[uKey].sText;
-        return m_uId != 0 ? nullptr : "Root";
+        return m_pNode != m_pNodes ? nullptr : "Root";
     }
 
     // Whether it has attributes, which a cursor lists.
@@ -110,13 +110,11 @@ class Data_View {
   protected:
     [[nodiscard]] Data_View At(u2_t uId) const noexcept {
         Data_View o = *this;
-        o.m_uId = uId;
         o.m_pNode = m_pNodes + uId;
         return o;
     }
 
     const Data_Node* m_pNode = nullptr;
-    u2_t m_uId = 0;
     const Data_Node* m_pNodes = nullptr;
     const u2_t* m_pIds = nullptr;  // those of a group begin as far behind as its place
     const char* m_pHeap = nullptr;

@@ -12,7 +12,7 @@ Data_Walk::Data_Walk(const Data& oFrom)
 }
 
 bool Data_Walk::Start() noexcept {
-    m_pNode = m_pNodes + m_uId;
+    m_pNode = m_pNodes + m_oFrom.GetId();
     return m_pNode->GetType() != Data_Node::Zombi;
 }
 

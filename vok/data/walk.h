@@ -26,20 +26,23 @@ class Data_Walk : public Data_View {
     bool Next() {
         if (m_pNode == nullptr) [[unlikely]]
             return Start();
-        if (m_pNode->GetType() == Data_Node::Tree && m_pNode->Size() != 0) Descend();
+        if (HasSuccessors()) {
+            if (!m_bSkip) [[likely]]
+                Descend();
+            m_bSkip = false;
+        }
         for (;;) {
             while (m_pNext == m_pEnd) {
                 if (m_oOpen.Size() == 0) return false;
                 Ascend();
             }
-            m_uId = *m_pNext++;
-            m_pNode = m_pNodes + m_uId;
+            m_pNode = m_pNodes + *m_pNext++;
             if (m_pNode->GetType() != Data_Node::Zombi) [[likely]]
                 return true;
         }
     }
     // Leaves out what is below the current node.
-    void SkipSuccessors() noexcept { m_pNode = &LEAF; }
+    void SkipSuccessors() noexcept { m_bSkip = HasSuccessors(); }
 
     // 0 for the node that the walk began at.
     [[nodiscard]] std::size_t GetDepth() const noexcept { return m_oOpen.Size(); }
@@ -51,11 +54,15 @@ class Data_Walk : public Data_View {
         const u2_t* pNext;
         const u2_t* pEnd;
     };
-    static constexpr Data_Node LEAF{0, Data_Node::Empty, 0, 0};
 
     bool Start() noexcept;
+    [[nodiscard]] bool HasSuccessors() const noexcept {
+        return m_pNode->GetType() == Data_Node::Tree && m_pNode->Size() != 0;
+    }
     void Descend() {
-        m_oOpen.Add(Open{m_pNext, m_pEnd});
+        if (m_oOpen.Size() == m_oOpen.Capacity()) [[unlikely]]
+            m_oOpen.ReserveMore(1);
+        *m_oOpen.AddSpacePrivate() = {m_pNext, m_pEnd};
         m_pNext = m_pIds + m_pNode->Start();
         m_pEnd = m_pNext + m_pNode->Size();
     }
@@ -66,7 +73,10 @@ class Data_Walk : public Data_View {
         m_oOpen.Pop();
     }
 
+    // The two are not neighbours: what was written in two pieces is waited for when it is read in
+    // one, as a compiler would when it puts them aside.
     const u2_t* m_pNext = nullptr;
+    bool m_bSkip = false;  // what is below the current node, where there is something
     const u2_t* m_pEnd = nullptr;
     Arr_Near<Open, 16> m_oOpen;
     Data m_oFrom;

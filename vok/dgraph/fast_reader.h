@@ -22,7 +22,7 @@ template <class Source>
 class Reader<Source>::Fast {
   public:
     [[gnu::always_inline]] explicit Fast(Reader& oReader) noexcept
-        : r(oReader), m_oBase(oReader.m_oBase), m_p(oReader.m_oSource.Peek()) {
+        : r(oReader), m_oBase(*oReader.m_pBase), m_p(oReader.m_oSource.Peek()) {
         SetEnd();
     }
     [[gnu::always_inline]] ~Fast() {
@@ -83,6 +83,7 @@ class Reader<Source>::Fast {
             return false;
         }
         m_uParent = oLevel.uParent;
+        m_uBelow = Data_Node::FlagsBelow(m_uParent);
         m_uPending = oLevel.uPending;
         m_uRunKey = oLevel.uRunKey;
         m_uRunCount = static_cast<u2_t>(oLevel.iRunCount);
@@ -102,12 +103,12 @@ class Reader<Source>::Fast {
         oLevel.uRunKey = m_uRunKey;
         oLevel.iRunCount = static_cast<i2_t>(m_uRunCount);
         m_oBase.GiveBack(m_oTail);
-        m_oBase.m_uIndexed = m_oTail.uNext;
+        m_oBase.m_uIndexed = m_oTail.NextId();
         Data_Node& oParent = m_oTail.pNodes[m_uParent];
         oParent.uWord3 = static_cast<u2_t>(m_pId - m_pFirst);
         m_oBase.m_oGroup.SetPlaced(oParent.Start(), oParent.uWord3);
         r.m_oSource.Skip(static_cast<std::size_t>(m_p - r.m_oSource.Peek()));
-        r.m_uNode = m_oTail.uNext - 1;
+        r.m_uNode = m_oTail.NextId() - 1;
     }
 
     // Reads records until another level is the last one; false in front of a record that is not
@@ -250,7 +251,7 @@ class Reader<Source>::Fast {
     }
     [[gnu::always_inline]] void Append(const Record& o, Data_Node::Type eType,
                                        u3_t uValue) noexcept {
-        *m_pId++ = m_oTail.Add(m_uParent, o.uKey, eType, uValue);
+        *m_pId++ = m_oTail.Add(m_uBelow, o.uKey, eType, uValue);
         m_uRunKey = o.uKey;
         m_uRunCount = o.uIndex + 1;
         --m_uPending;
@@ -264,6 +265,7 @@ class Reader<Source>::Fast {
     const char* m_pBefore = nullptr;  // the record in front, of this level; null where unknown
     bool m_bAhead = false;            // of what the reader and the tree know
     u2_t m_uParent;
+    u2_t m_uBelow;  // flags of a node below it
     u2_t m_uPending;
     u2_t m_uRunKey;
     u2_t m_uRunCount;
@@ -281,15 +283,15 @@ template <class Source>
     if (uName == 0) return {};
     u2_t uKey;
     if (IsVerbatim(p, uName)) {
-        const std::size_t uNames = m_oBase.m_oName.Size();
-        uKey = m_oBase.m_oName.Insert({p, uName});
-        if (uKey == uNames) m_oBase.m_oName.SetVerbatim(uKey);
+        const std::size_t uNames = m_pBase->m_oName.Size();
+        uKey = m_pBase->m_oName.Insert({p, uName});
+        if (uKey == uNames) m_pBase->m_oName.SetVerbatim(uKey);
     } else {
         const u2_t uForm = m_oForm.Find({p, uName});
         if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
         uKey = m_oKeyOfForm(uForm);
     }
-    m_oBase.m_oName.Guess().Note(uKey, m_oBase.m_oName.Size());
+    m_pBase->m_oName.Guess().Note(uKey, m_pBase->m_oName.Size());
     return {uKey, uName};
 }
 

@@ -21,13 +21,13 @@ namespace {
 
 template <class Source>
 void ReadRecords(Data& oData, Source& oSource, const Limits& oLimits, Load_Report* pReport) {
-    Reader<Source> oReader(oData, oSource, oLimits);
+    Reader<Source> oReader(oSource, oLimits);
     const auto oOnExit = vok::detail::ReportOnExit(pReport, [&](Load_Report& oReport) {
         oReport.m_uOffset += oSource.Offset();  // behind the header, counted before
         oReader.AddTo(oReport);
         vok::detail::ReportNode(oReport, oData, oReader.CurrentNode());
     });
-    oReader.Run();
+    oReader.Run(oData);
     oReader.ResolveLinks();
 }
 

@@ -30,6 +30,7 @@ inline constexpr std::array<bool, 256> VERBATIM = [] {
                                : 0;
 }
 [[nodiscard]] inline bool IsVerbatim(const char* p, std::size_t uName) noexcept {
+    if (detail::IsPlain({p, uName})) return true;
     bool bVerbatim = true;
     for (std::size_t u = 0; u < uName; ++u) bVerbatim &= VERBATIM[static_cast<u0_t>(p[u])];
     return bVerbatim;

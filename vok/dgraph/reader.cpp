@@ -15,8 +15,31 @@
 namespace vok::dgraph {
 
 template <class Source>
-void Reader<Source>::Run() {
-    m_oLevel.Add(Level{1, NO_NAME, 0, 0, true});
+void Reader<Source>::Start(Data& oTree, const Above& oAbove) {
+    m_pData = &oTree;
+    m_pBase = Access::BaseOf(oTree);
+    m_uMost = m_oLimits.m_uNodes - std::min(m_oLimits.m_uNodes, oAbove.uNodes);
+    m_uMostNodes = m_uMost;
+    m_uSkipped = oAbove.uSkipped;
+    m_uAbove = oAbove.uLevels;
+    m_uPromised = 0;
+    m_uNode = 0;
+    m_uNoted = 0;
+    m_oLevel.Truncate(0);
+    m_oLink.Truncate(0);
+    m_oPaths.Truncate(0);
+    if (m_oKeyOfForm.Size() != 0) {
+        Hash oNone;
+        m_oForm.Swap(oNone);
+        m_oKeyOfForm.Truncate(0);
+    }
+    if (m_oWork.IsMetered()) LookAtMemory();
+}
+
+template <class Source>
+void Reader<Source>::Run(Data& oTree) {
+    Start(oTree, {});
+    m_oLevel.Emplace(1u, NO_NAME, 0, 0u, true);
     if constexpr (Source::LOOKS_AHEAD) {
         if (ReadFastRoot()) ReadFastRecords();
     }
@@ -29,9 +52,10 @@ void Reader<Source>::Run() {
 }
 
 template <class Source>
-void Reader<Source>::RunBelow(u2_t uCount) {
+void Reader<Source>::RunBelow(Data& oTree, u2_t uCount, const Above& oAbove) {
+    Start(oTree, oAbove);
     m_bFirst = false;
-    m_oLevel.Add(Level{0, NO_NAME, 0, 0, true});
+    m_oLevel.Emplace(0u, NO_NAME, 0, 0u, true);
     OpenLevel(static_cast<i2_t>(uCount));
     do {
         if constexpr (Source::LOOKS_AHEAD) ReadFastRecords();
@@ -42,20 +66,20 @@ void Reader<Source>::RunBelow(u2_t uCount) {
 
 template <class Source>
 void Reader<Source>::ResolveLinks() {
-    m_oData.SetToRoot();
-    m_oData.SetAccessMode();
+    m_pData->SetToRoot();
+    m_pData->SetAccessMode();
     m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
     Arr<u2_t> oFound;
     for (std::size_t u = 0; u < m_oLink.Size(); ++u) {
         m_uNode = m_oLink(u).uId;
         const char* sPath = m_oPaths.Beg() + m_oLink(u).uPath;
-        detail::SelectNodes(m_oBase, 0, sPath, m_oWork, oFound);
+        detail::SelectNodes(*m_pBase, 0, sPath, m_oWork, oFound);
         if (oFound.Size() == 0) RaiseTargetMissing();
         if (oFound.Size() > 1) RaiseTargetNotUnique();
-        m_oBase.m_oNode(m_uNode).uWord2 = oFound(0);
+        m_pBase->m_oNode(m_uNode).uWord2 = oFound(0);
     }
     m_uNode = 0;
-    if (m_oLink.Size() != 0) (void)m_oWork.CheckMemory(detail::LinkBytes(m_oBase));
+    if (m_oLink.Size() != 0) (void)m_oWork.CheckMemory(detail::LinkBytes(*m_pBase));
 }
 
 template <class Source>
@@ -96,10 +120,10 @@ void Reader<Source>::OpenLevel(i2_t iCount) {
     if (m_oLevel.Size() + m_uAbove >= m_oLimits.m_uDepth) {
         m_oLimits.RaiseExceeded(&Limits::m_uDepth);
     }
-    m_oLevel.Add(Level{static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true});
+    m_oLevel.Emplace(static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true);
     const u2_t uRoom = RoomFor(iCount > 0 ? static_cast<u2_t>(iCount) : 1);
     m_uPromised += uRoom;
-    m_oBase.OpenTree(m_uNode, uRoom);
+    m_pBase->OpenTree(m_uNode, uRoom);
 }
 
 // Room for no more successors, on all levels together, than there can be records in the bytes at
@@ -107,7 +131,7 @@ void Reader<Source>::OpenLevel(i2_t iCount) {
 template <class Source>
 inline u2_t Reader<Source>::RoomFor(u2_t uCount) const noexcept {
     const u3_t uAtHand = m_oSource.AtHand();
-    const u3_t uNodes = m_oBase.m_oNode.Size();
+    const u3_t uNodes = m_pBase->m_oNode.Size();
     const u3_t uAll = m_uPromised + uCount;
     if (uAll <= uNodes || (uAll - uNodes) * SMALLEST_RECORD <= uAtHand) [[likely]]
         return uCount;
@@ -122,12 +146,12 @@ void Reader<Source>::ReadStep() {
     if (uLength == 0) RaiseEmptyNodePath();
     const std::string_view sStep = m_oSource.View(uLength);
     m_oStep.Parse(sStep);
-    const u2_t uKey = m_oBase.m_oName.Intern(m_oStep.Name());
+    const u2_t uKey = m_pBase->m_oName.Intern(m_oStep.Name());
     if constexpr (Source::LOOKS_AHEAD) {
-        if (!m_oBase.m_oName.IsVerbatim(uKey)) NoteForm(sStep.substr(0, sStep.find('[')), uKey);
+        if (!m_pBase->m_oName.IsVerbatim(uKey)) NoteForm(sStep.substr(0, sStep.find('[')), uKey);
     }
     if (m_bFirst) {
-        m_oBase.m_oNode(0).uKey = uKey;
+        m_pBase->m_oNode(0).uKey = uKey;
         m_bFirst = false;
     } else {
         AppendNode(uKey, m_oStep.Index());
@@ -137,9 +161,9 @@ void Reader<Source>::ReadStep() {
     if (oAttributes.Size() > m_oLimits.m_uAttributes) {
         m_oLimits.RaiseExceeded(&Limits::m_uAttributes);
     }
-    m_oData.SetToNode(m_uNode);
+    m_pData->SetToNode(m_uNode);
     for (std::size_t u = 0; u < oAttributes.Size(); ++u) {
-        m_oData.SetAttVal(oAttributes(u).sName, oAttributes(u).sValue);
+        m_pData->SetAttVal(oAttributes(u).sName, oAttributes(u).sValue);
     }
     if (m_oWork.IsMetered()) NoteBytes(oAttributes.Size() * MOST_PER_NODE);
 }
@@ -154,7 +178,7 @@ void Reader<Source>::NoteForm(std::string_view sForm, u2_t uKey) {
 template <class Source>
 void Reader<Source>::AppendNode(u2_t uKey, i2_t iIndex) {
     const u2_t uParent = m_uNode;
-    m_oBase.CheckAppend(uParent);
+    m_pBase->CheckAppend(uParent);
     Level& oLevel = Top();
     const bool bSameRun = oLevel.uRunKey == uKey;
     if (!bSameRun) {
@@ -177,27 +201,27 @@ void Reader<Source>::SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots) {
     m_oWork.SetInput(HEADER_SIZE + m_oSource.Offset());
     m_oWork.Charge(static_cast<u3_t>(iSlots));
     for (; iSlots > 0; --iSlots) {
-        m_oBase.Remove(m_uNode);
+        m_pBase->Remove(m_uNode);
         m_uNode = AppendCounted(uParent, uKey);
     }
 }
 
 template <class Source>
 void Reader<Source>::CheckNodes() {
-    if (m_oBase.m_oNode.Size() >= m_uMost) m_oLimits.RaiseExceeded(&Limits::m_uNodes);
+    if (m_pBase->m_oNode.Size() >= m_uMost) m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     LookAtMemory();
 }
 
 template <class Source>
 void Reader<Source>::LookAtMemory() {
-    const u3_t uHeld = m_oData.HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
+    const u3_t uHeld = m_pData->HeapBytes() + m_oSource.Held() + m_oPaths.Capacity() +
                        m_oForm.HeapBytes() + m_oKeyOfForm.HeapBytes() +
                        m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +
                        COPIES * m_uNoted;
     m_uNoted = 0;
     const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
     m_uMostNodes =
-        std::min(m_uMost, m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+        std::min(m_uMost, m_pBase->m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
 }
 
 template <class Source>
@@ -230,12 +254,12 @@ void Reader<Source>::ReadBlock() {
     const std::string_view sBlock = m_oSource.View(uLength);
     // Where the stream ends inside, zeros follow; not more than were worth reading.
     const std::size_t uMissing = std::min(uLength - sBlock.size(), StreamSource::CHUNK);
-    m_oBase.m_oHeap.CheckRoom(sBlock.size() + uMissing);
-    const u2_t uOffset = m_oBase.m_oHeap.Add(sBlock.data(), sBlock.size());
+    m_pBase->m_oHeap.CheckRoom(sBlock.size() + uMissing);
+    const u2_t uOffset = m_pBase->m_oHeap.Add(sBlock.data(), sBlock.size());
     if (uMissing != 0) {
         Arr<char> oZeros;
         oZeros.Resize(uMissing);
-        m_oBase.m_oHeap.Add(oZeros.Beg(), uMissing);
+        m_pBase->m_oHeap.Add(oZeros.Beg(), uMissing);
     }
     SetValue(Data_Node::Binary, u3_t{sBlock.size() + uMissing} << 32 | uOffset);
 }
@@ -256,15 +280,12 @@ void Reader<Source>::ReadLink() {
 }
 
 // What is called from elsewhere; whole classes would have a copy of every function that is inlined.
-template void Reader<BufferSource>::Run();
+template void Reader<BufferSource>::Run(Data&);
 template void Reader<BufferSource>::ResolveLinks();
-template void Reader<BufferSource>::LookAtMemory();
-template void Reader<StreamSource>::Run();
+template void Reader<StreamSource>::Run(Data&);
 template void Reader<StreamSource>::ResolveLinks();
-template void Reader<StreamSource>::LookAtMemory();
-template void Reader<WindowSource>::Run();
+template void Reader<WindowSource>::Run(Data&);
 template void Reader<WindowSource>::ResolveLinks();
-template void Reader<WindowSource>::LookAtMemory();
-template void Reader<WindowSource>::RunBelow(u2_t);
+template void Reader<WindowSource>::RunBelow(Data&, u2_t, const Above&);
 
 }  // namespace vok::dgraph

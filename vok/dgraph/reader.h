@@ -33,23 +33,14 @@ class Reader {
         std::size_t uLevels = 0;
     };
 
-    Reader(Data& oData, Source& oSource, const Limits& oLimits, const Above& oAbove = {})
-        : m_oData(oData),
-          m_oBase(*Access::BaseOf(oData)),
-          m_oSource(oSource),
-          m_oLimits(oLimits),
-          m_oWork(oLimits),
-          m_uMost(oLimits.m_uNodes - std::min(oLimits.m_uNodes, oAbove.uNodes)),
-          m_uMostNodes(m_uMost),
-          m_uSkipped(oAbove.uSkipped),
-          m_uAbove(oAbove.uLevels) {
-        if (m_oWork.IsMetered()) LookAtMemory();
-    }
+    Reader(Source& oSource, const Limits& oLimits)
+        : m_oSource(oSource), m_oLimits(oLimits), m_oWork(oLimits) {}
 
-    void Run();
+    // Reads a document into a tree without nodes.
+    void Run(Data& oTree);
     // Reads what is below a record that was read already, and has so many successors: they become
-    // those of the root, which is there.
-    void RunBelow(u2_t uCount);
+    // those of the root, which is there. May be called again, with another tree.
+    void RunBelow(Data& oTree, u2_t uCount, const Above& oAbove);
 
     // Sets the links, once every target is there.
     void ResolveLinks();
@@ -57,8 +48,8 @@ class Reader {
     template <class F>
     void DropLinks(const F& oUse) {
         for (const Link& o : m_oLink) {
-            m_oBase.m_oNode(o.uId).SetType(Data_Node::Empty);
-            m_oBase.SetNewValue(o.uId, Data_Node::Empty, 0, 0);
+            m_pBase->m_oNode(o.uId).SetType(Data_Node::Empty);
+            m_pBase->SetNewValue(o.uId, Data_Node::Empty, 0, 0);
             oUse(o.uId, std::string_view(m_oPaths.Beg() + o.uPath));
         }
     }
@@ -85,6 +76,7 @@ class Reader {
     [[nodiscard]] bool IsCutOff() const noexcept { return m_bCutOff; }
 
   private:
+    void Start(Data& oTree, const Above& oAbove);
     // The successors of one open node: records still to come (a negative number is a large
     // one), the run of equal names at its end, whether all came in the order of names. The
     // lowest level is that of the root itself.
@@ -154,7 +146,7 @@ class Reader {
 
     // Whether a name belongs before that of the last record.
     [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {
-        return oLevel.uRunKey != NO_NAME && m_oBase.m_oName.IsLess(uKey, oLevel.uRunKey);
+        return oLevel.uRunKey != NO_NAME && m_pBase->m_oName.IsLess(uKey, oLevel.uRunKey);
     }
 
     void OpenLevel(i2_t iCount);
@@ -169,9 +161,9 @@ class Reader {
     void SkipSlots(u2_t uParent, u2_t uKey, i3_t iSlots);
 
     u2_t AppendCounted(u2_t uParent, u2_t uKey) {
-        if (m_oBase.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+        if (m_pBase->m_oNode.Size() >= m_uMostNodes) [[unlikely]]
             CheckNodes();
-        return m_oBase.AppendPlaced(uParent, uKey);
+        return m_pBase->AppendPlaced(uParent, uKey);
     }
 
     // Bytes that the next fields may cost: they are looked at together.
@@ -190,8 +182,8 @@ class Reader {
     // ---- values -----------------------------------------------------------
 
     void SetValue(Data_Node::Type eType, u3_t uValue) {
-        m_oBase.SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue),
-                            static_cast<u2_t>(uValue >> 32));
+        m_pBase->SetNewValue(m_uNode, eType, static_cast<u2_t>(uValue),
+                             static_cast<u2_t>(uValue >> 32));
     }
 
     void ReadValue(Code eCode);
@@ -200,7 +192,7 @@ class Reader {
         std::string_view sText = m_oSource.View(GetLength());
         // The text ends at its first NUL, which is almost always the last byte.
         if (!sText.empty() && sText.back() == 0) sText.remove_suffix(1);
-        m_oBase.SetNewText(m_uNode, sText);
+        m_pBase->SetNewText(m_uNode, sText);
     }
 
     void ReadBlock();
@@ -210,19 +202,19 @@ class Reader {
         m_oSource.Fetch(s, sizeof(s));
         const Data_Heap::Quad auWord = {Load<u2_t>(s), Load<u2_t>(s + 4), Load<u2_t>(s + 8),
                                         Load<u2_t>(s + 12)};
-        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | m_oBase.m_oHeap.AddQuad(auWord));
+        SetValue(Data_Node::Quad, u3_t{auWord[0]} << 32 | m_pBase->m_oHeap.AddQuad(auWord));
     }
 
     void ReadLink();
 
-    Data& m_oData;
-    Data_Base& m_oBase;
     Source& m_oSource;
     const Limits& m_oLimits;
     Work m_oWork;
-    const u3_t m_uMost;  // nodes there may be
-    u3_t m_uMostNodes;   // nodes there may be before CheckNodes is asked
-    u3_t m_uNoted = 0;   // bytes since memory was looked at
+    Data* m_pData = nullptr;
+    Data_Base* m_pBase = nullptr;
+    u3_t m_uMost = 0;       // nodes there may be
+    u3_t m_uMostNodes = 0;  // nodes there may be before CheckNodes is asked
+    u3_t m_uNoted = 0;      // bytes since memory was looked at
     Step m_oStep;
     // Names as they stand in the document, where that is not as they are, and their keys.
     Hash m_oForm;
@@ -231,9 +223,9 @@ class Reader {
     Arr<Link> m_oLink;
     Arr<char> m_oPaths;
     u2_t m_uNode = 0;  // of the record being read; its parent as long as its name is not known
-    u3_t m_uSkipped;
-    const std::size_t m_uAbove;  // levels
-    u3_t m_uPromised = 0;        // successors that groups have room for
+    u3_t m_uSkipped = 0;
+    std::size_t m_uAbove = 0;  // levels
+    u3_t m_uPromised = 0;      // successors that groups have room for
     bool m_bFirst = true;
     bool m_bInOrder = true;
     bool m_bCutOff = false;

@@ -11,7 +11,6 @@
 #include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/messages.h"
-#include "vok/dgraph/reader.h"
 
 namespace vok::dgraph {
 
@@ -197,21 +196,20 @@ bool RecordReader::HasBelow(std::size_t uLevel) {
 
 // A tree is built by what loads whole documents, for which the records above have counted.
 bool RecordReader::BuildBelow(Data& oTree, Built& oBuilt) {
-    WindowSource oSource(m_oWindow);
-    Reader<WindowSource> oReader(oTree, oSource, m_oLimits,
-                                 {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
+    if (!m_oLoader.has_value()) m_oLoader.emplace(*this);
+    Reader<WindowSource>& oReader = m_oLoader->oReader;
     const u3_t uBefore = m_uSkipped;
     m_bNamed = false;  // no record of the level that is open is
     // What it has come to counts whether it ends with an error or not.
     const detail::OnExit oOnExit([&] {
         m_uNodes += Access::BaseOf(oTree)->m_oNode.Size() - 1;
-        m_uMissing += oReader.MissingNodes();
         m_uSkipped = oReader.Skipped();
         m_bInOrder = m_bInOrder && oReader.IsInOrder();
         m_bEnd = oReader.IsCutOff();
         oBuilt.uNode = oReader.CurrentNode();
     });
-    oReader.RunBelow(std::exchange(m_oTrail.Last().uPending, 0));
+    oReader.RunBelow(oTree, std::exchange(m_oTrail.Last().uPending, 0),
+                     {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
     oBuilt.bGaps = oReader.Skipped() != uBefore;
     oReader.DropLinks([&](u2_t uId, std::string_view sPath) {
         oBuilt.aoLink.push_back({uId, Str(Valid(sPath, m_oRoom))});
@@ -223,7 +221,7 @@ void RecordReader::AddTo(Load_Report& oReport) const {
     oReport.m_uOffset = m_oWindow.Offset();
     oReport.m_uNodes = m_uNodes;
     oReport.m_uMissingBytes = m_oWindow.Missing() - m_uMissingHeader;
-    oReport.m_uMissingNodes = m_uMissing;
+    oReport.m_uMissingNodes = m_oLoader.has_value() ? m_oLoader->oReader.MissingNodes() : 0;
     for (const auto& o : m_oTrail.Levels()) oReport.m_uMissingNodes += o.uPending;
     oReport.m_uBytesLeft = m_uLeft;
     // The record being read, or its parent; at the end the root.

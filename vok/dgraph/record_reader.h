@@ -4,10 +4,12 @@
 #define VOK_DGRAPH_RECORD_READER_H
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 #include "vok/data/record_source.h"
 #include "vok/dgraph/format.h"
+#include "vok/dgraph/reader.h"
 #include "vok/dgraph/step.h"
 #include "vok/file/window.h"
 
@@ -79,9 +81,15 @@ class RecordReader final : public detail::Record_Source {
     const char* m_pBefore = nullptr;
     Arr<char> m_oRoom;   // what of a value is not in the window
     Arr<char> m_oTexts;  // attributes that were no UTF-8
+    // What builds the trees of records, once there are any.
+    struct Loader {
+        explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}
+        WindowSource oSource;
+        Reader<WindowSource> oReader;
+    };
+    std::optional<Loader> m_oLoader;
     u3_t m_uNodes = 1;
     u3_t m_uSkipped = 0;
-    u3_t m_uMissing = 0;    // nodes on levels that are not open any more
     u3_t m_uLeft = 0;       // bytes behind the document
     bool m_bNamed = false;  // of the record being read the name is known
     bool m_bEnd = false;    // the stream was at its end

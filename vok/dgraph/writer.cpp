@@ -115,7 +115,7 @@ inline void Writer<Sink>::WriteTree(u2_t uId) {
     }
     Record::Count(uLive);
     // No key is this large: the first successor begins a run.
-    if (uLive != 0) m_oFrame.Add(Frame{oGroup, 0, Hash::NONE, 0});
+    if (uLive != 0) m_oFrame.Emplace(oGroup, 0u, Hash::NONE, 0u);
 }
 
 template <class Sink>

@@ -106,7 +106,7 @@ void XmlWriter<Sink>::WriteTree(u2_t uId) {
     const auto oIsLive = [this](u2_t u) { return m_oBase.m_oNode(u).GetType() != Node::Zombi; };
     if (std::none_of(oGroup.pId, pEnd, oIsLive)) return Element::Empty();
     Element::BeginTree();
-    m_oFrame.Add(Frame{oGroup.pId, pEnd, uId});
+    m_oFrame.Emplace(oGroup.pId, pEnd, uId);
 }
 
 }  // namespace detail

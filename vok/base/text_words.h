@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// Looking at every byte of a text, eight of them at a time. Internal.
+#ifndef VOK_BASE_TEXT_WORDS_H
+#define VOK_BASE_TEXT_WORDS_H
+
+#include <cstring>
+
+#include "vok/base/types.h"
+
+namespace vok::words {
+
+// A byte times EACH is that byte in each place of a word.
+inline constexpr u3_t EACH = 0x0101010101010101u;
+inline constexpr u3_t HIGH_BITS = 0x80 * EACH;
+
+// True when oBad(word) sets no high bit of any word of the text, which may overlap; what else it
+// sets does not matter. A word of a text that is too short for one is filled up with other bytes of
+// it, or with those of uFill, which shall be good. Hands the words to oUse with their places.
+template <class Bad, class Use>
+[[nodiscard]] inline bool AreGood(const char* pText, std::size_t uSize, u3_t uFill, const Bad& oBad,
+                                  const Use& oUse) noexcept {
+    u3_t uWord;
+    if (uSize < 8) {
+        if (uSize >= 4) {
+            u2_t auHalf[2];
+            std::memcpy(&auHalf[0], pText, 4);
+            std::memcpy(&auHalf[1], pText + uSize - 4, 4);
+            oUse(auHalf[0], 0);
+            oUse(auHalf[1], uSize - 4);
+            uWord = u3_t{auHalf[0]} << 32 | auHalf[1];
+        } else {
+            uWord = uFill;
+            for (std::size_t u = 0; u < uSize; ++u) {
+                oUse(static_cast<u0_t>(pText[u]), u);
+                uWord = uWord << 8 | static_cast<u0_t>(pText[u]);
+            }
+        }
+        return (oBad(uWord) & HIGH_BITS) == 0;
+    }
+    u3_t uBad = 0;
+    for (std::size_t u = 0; u + 8 < uSize; u += 8) {
+        std::memcpy(&uWord, pText + u, 8);
+        oUse(uWord, u);
+        uBad |= oBad(uWord);
+    }
+    std::memcpy(&uWord, pText + uSize - 8, 8);
+    oUse(uWord, uSize - 8);
+    uBad |= oBad(uWord);
+    return (uBad & HIGH_BITS) == 0;
+}
+
+template <class Bad>
+[[nodiscard]] inline bool AreGood(const char* pText, std::size_t uSize, u3_t uFill,
+                                  const Bad& oBad) noexcept {
+    return AreGood(pText, uSize, uFill, oBad, [](auto, std::size_t) {});
+}
+
+}  // namespace vok::words
+
+#endif  // VOK_BASE_TEXT_WORDS_H
