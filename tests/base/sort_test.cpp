@@ -30,5 +30,29 @@ TEST(KeyedSort, IsThatOfComparing) {
     }
 }
 
+TEST(KeyedSort, OfFewKeys) {
+    std::mt19937 oRandom(7);
+    for (u2_t uSize = 0; uSize <= Few_Keys::MOST; ++uSize) {
+        // Different ones nearly all, the largest among them; few; in order; all the same.
+        for (const u2_t uKeys : {Few_Keys::ABOVE, 5u, 0u, 1u}) {
+            Few_Keys oKeys;
+            std::vector<std::pair<u2_t, u2_t>> oExpected;
+            for (u2_t u = 0; u < uSize; ++u) {
+                const u2_t uKey = uKeys == 0   ? u
+                                  : u % 9 == 7 ? uKeys - 1
+                                               : RandomBelow(oRandom, uKeys);
+                oKeys.Add(uKey);
+                oExpected.emplace_back(uKey, 1000 + u);
+            }
+            std::sort(oExpected.begin(), oExpected.end());
+            u2_t auNumber[Few_Keys::MOST + 1] = {};
+            auNumber[uSize] = 77;
+            oKeys.Sort(1000, auNumber);
+            for (u2_t u = 0; u < uSize; ++u) ASSERT_EQ(auNumber[u], oExpected[u].second) << uSize;
+            EXPECT_EQ(auNumber[uSize], 77u);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vok

@@ -2,6 +2,7 @@
 #include "vok/base/keyed_sort.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vok {
@@ -45,6 +46,20 @@ void SortByKey(Keyed* pFirst, std::size_t uSize, Keyed* pRoom) noexcept {
         std::swap(pFrom, pTo);
     }
     if (pFrom != pFirst) std::copy_n(pFrom, uSize, pFirst);
+}
+
+void Few_Keys::Sort(u2_t uFirst, u2_t* pNumber) noexcept {
+    if (m_bInOrder) {
+        for (u2_t u = 0; u < m_uSize; ++u) pNumber[u] = uFirst + u;
+        return;
+    }
+    const u2_t uFilled = (m_uSize + 7) & ~7u;
+    for (u2_t u = m_uSize; u < uFilled; ++u) m_aiKey[u] = std::numeric_limits<i2_t>::max();
+    for (u2_t u = 0; u < m_uSize; ++u) {
+        u2_t uBelow = 0;
+        for (u2_t uOther = 0; uOther < uFilled; ++uOther) uBelow += m_aiKey[uOther] < m_aiKey[u];
+        pNumber[uBelow] = uFirst + u;
+    }
 }
 
 }  // namespace vok

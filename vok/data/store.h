@@ -58,6 +58,9 @@
 
 namespace vok {
 
+class Data_Shapes;
+class Few_Keys;
+
 class Data_Base {
   public:
     using Node = Data_Node;
@@ -364,6 +367,8 @@ class Data_Base {
         return uParent < m_oNode.Size() && m_oNode(uParent).GetType() == Node::Tree &&
                m_oNode(uParent).Start() == NONE;
     }
+    [[nodiscard]] u2_t GatherFew(const u2_t* pRank, Few_Keys& oKeys) const noexcept;
+    bool PlaceRun(const u2_t* pRank, Data_Shapes& oShapes);
     void PlaceByRank();
     template <class Less>
     void SortByRank(const Less& oIsLess);

@@ -141,7 +141,9 @@ class Data_Groups {
     // As many as stand in no run in any group.
     [[nodiscard]] std::size_t MostUnsorted() const noexcept {
         u2_t uMost = 0;
-        for (const Unsorted& o : m_oUnsorted) uMost = std::max(uMost, o.uPlaced - o.uKnown);
+        for (const Unsorted& o : m_oUnsorted) {
+            if (o.uStart != NONE) uMost = std::max(uMost, o.uPlaced - o.uKnown);
+        }
         return uMost;
     }
     // Puts all successors of a group in runs. Null when it is in order.

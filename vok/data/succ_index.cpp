@@ -74,6 +74,44 @@ void Data_Base::PlacePending() {
     if (!m_oGroup.IsAllSorted()) m_oGroup.SortAll(ByName());
 }
 
+// Gathers the ranks of the next pending node and of those behind it that have its parent: how many
+// they are, 0 if that is too many.
+u2_t Data_Base::GatherFew(const u2_t* pRank, Few_Keys& oKeys) const noexcept {
+    if (m_oName.Size() > Few_Keys::ABOVE) return 0;
+    const Node* const pFirst = m_oNode.Beg() + m_uIndexed;
+    const Node* p = pFirst;
+    do {
+        if (p - pFirst == Few_Keys::MOST) return 0;
+        oKeys.Add(pRank[p->uKey]);
+    } while (++p != m_oNode.End() && p->PredField() == pFirst->PredField());
+    return static_cast<u2_t>(p - pFirst);
+}
+
+// Puts the next pending node and those behind it that have its parent in the group that they begin,
+// if they are few or came in that order before. False, with nothing done, for all others.
+inline bool Data_Base::PlaceRun(const u2_t* pRank, Data_Shapes& oShapes) {
+    const u2_t uFirst = m_uIndexed;
+    const Node* const pFirst = m_oNode.Beg() + uFirst;
+    const u2_t uParent = pFirst->Pred();
+    if (!Data_Shapes::IsRun(pFirst, m_oNode.End()) || !StartsGroup(uParent)) return false;
+    Node& oParent = m_oNode(uParent);
+    Few_Keys oKeys;
+    const u2_t uAlike = oShapes.Match(pFirst, m_oNode.End());
+    const u2_t uPlaced = uAlike != 0 ? uAlike : GatherFew(pRank, oKeys);
+    if (uPlaced == 0 || uPlaced > oParent.Size()) return false;
+    GrowGroup(oParent);
+    u2_t* const pIds = m_oGroup.Ids(oParent.Start());
+    if (uAlike != 0) {
+        oShapes.Place(pFirst->uKey, uFirst, pIds);
+    } else {
+        oKeys.Sort(uFirst, pIds);
+        oShapes.Note(pFirst, uFirst, uPlaced, pIds);
+    }
+    m_oGroup.SetPlaced(oParent.Start(), uPlaced);
+    m_uIndexed += uPlaced;
+    return true;
+}
+
 // Numbers are compared faster than names: with many nodes to each name it pays to order these
 // first. Then there are many objects of few kinds, too.
 void Data_Base::PlaceByRank() {
@@ -81,24 +119,7 @@ void Data_Base::PlaceByRank() {
     const RankOrder oIsLess{m_oNode.Beg(), oRank.Beg()};
     Data_Shapes oShapes;
     while (m_uIndexed < m_oNode.Size()) {
-        const u2_t uFirst = m_uIndexed;
-        const Node* const pFirst = m_oNode.Beg() + uFirst;
-        const u2_t uParent = pFirst->Pred();
-        if (!Data_Shapes::IsRun(pFirst, m_oNode.End()) || !StartsGroup(uParent)) {
-            PlaceSiblings(oIsLess);
-        } else if (const u2_t uAlike = oShapes.Match(pFirst, m_oNode.End()); uAlike != 0) {
-            Node& oParent = m_oNode(uParent);
-            GrowGroup(oParent);
-            oShapes.Place(pFirst->uKey, uFirst, m_oGroup.Ids(oParent.Start()));
-            m_oGroup.SetPlaced(oParent.Start(), uAlike);
-            m_uIndexed += uAlike;
-        } else {
-            PlaceSiblings(oIsLess);
-            const u2_t uStart = m_oNode(uParent).Start();
-            if (m_oGroup.IsSorted(uStart)) {
-                oShapes.Note(pFirst, uFirst, m_uIndexed - uFirst, m_oGroup.Ids(uStart));
-            }
-        }
+        if (!PlaceRun(oRank.Beg(), oShapes)) PlaceSiblings(oIsLess);
     }
     if (!m_oGroup.IsAllSorted()) SortByRank(oIsLess);
 }
