@@ -24,11 +24,13 @@ constexpr std::size_t MOST_DOCUMENT = 0x7FFFFFFF;
 }  // namespace
 
 VectorSink::VectorSink(std::vector<Byte>& aoBuffer) : m_aoBuffer(aoBuffer) {
-    if (m_aoBuffer.size() < FIRST_ROOM) {
-        Resize(std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED));
+    std::size_t uSize = m_aoBuffer.size();
+    if (uSize < FIRST_ROOM) {
+        uSize = std::clamp(m_aoBuffer.capacity(), FIRST_ROOM, MOST_CLEARED);
+        Resize(uSize);
     }
     m_p = At(0);
-    m_pEnd = At(m_aoBuffer.size());
+    m_pEnd = m_p + uSize;  // asking the vector for what it has just written would mean waiting
 }
 
 void VectorSink::Resize(std::size_t uSize) {
@@ -43,7 +45,7 @@ void VectorSink::Grow(std::size_t uSize) {
     if (uUsed + uSize <= m_aoBuffer.capacity()) uNew = std::min(uNew, m_aoBuffer.capacity());
     Resize(uNew);
     m_p = At(uUsed);
-    m_pEnd = At(m_aoBuffer.size());
+    m_pEnd = At(uNew);
 }
 
 void VectorSink::Expect(std::size_t uSize) {

@@ -6,7 +6,6 @@
 #ifndef SERIALIZER_FIELDS_WRITE_H
 #define SERIALIZER_FIELDS_WRITE_H
 
-#include <bit>
 #include <cmath>
 #include <functional>
 #include <typeinfo>
@@ -103,8 +102,9 @@ void WriteElements(Out& out, const T& range) {
             const typename T::value_type& value = element;
             WriteNode<S>(out, uIndex, value);
         }
-        // Now and then, what the rest may take if it is like what there was.
-        if (std::has_single_bit(++uIndex) && uIndex >= 32) {
+        // Now and then, what the rest may take if it is like what there was: at powers of two,
+        // which not every processor counts the bits of.
+        if (++uIndex >= 32 && (uIndex & (uIndex - 1)) == 0) {
             out.Expect((out.Size() - uBegin) / uIndex * (range.size() - uIndex));
         }
     }

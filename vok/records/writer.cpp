@@ -168,13 +168,11 @@ void Data_Writer::Impl::BeginSlow(std::string_view sName) {
 
 // The node that was opened has others in it.
 void Data_Writer::Impl::OpenTree() {
-    OpenNode oNode;
-    oNode.uTold = m_uTold;
-    oNode.uPath = m_oPath.Size();
+    u3_t uCountAt = 0;
     m_oOpen.ReserveMore(1);
-    Tree(m_uTold, oNode.uCountAt);
+    Tree(m_uTold, uCountAt);
     m_oTrail.Open(0);
-    m_oOpen.Add(oNode);
+    m_oOpen.Emplace(0u, m_uTold, uCountAt, m_oPath.Size());
     m_eState = State::Closed;
 }
 
@@ -191,7 +189,7 @@ void Data_Writer::Impl::Close() {
         return WriteLeaf({});
     }
     if (IsRoot()) records::RaiseNoNode();
-    const OpenNode o = m_oOpen.Last();
+    const OpenNode& o = m_oOpen.Last();  // stays there while nothing is opened
     if (o.uTold != UNKNOWN && o.uTold != o.uCount) {
         records::RaiseWrongCount(OpenName(), o.uCount, o.uTold);
     }
