@@ -28,7 +28,7 @@ class Vok {
         std::vector<Data_Key> aoKeys;
         if constexpr (BY_KEY) {
             aoKeys.reserve(oSet.names.size());
-            for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s.c_str()));
+            for (const std::string& s : oSet.names) aoKeys.push_back(m_oBuilt.MakeKey(s));
         }
         m_oBuilt.SetRootName(oSet.names[oSet.items[0].uName].c_str());
         BuildTree(oSet, m_oBuilt, [&](const Item& oItem) {

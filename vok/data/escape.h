@@ -20,18 +20,21 @@ inline constexpr std::array<bool, 256> RESERVED = [] {
     return abSet;
 }();
 
-// True for most names: their bytes are ASCII from '0' on, none of "=[]", or '-'. False says
+// True for most names: their bytes are ASCII from '0' on, none of "=[]}", or '-'. False says
 // nothing.
 [[nodiscard]] inline bool IsPlain(std::string_view sText) noexcept {
     return words::AreGood(sText.data(), sText.size(), 'a' * words::EACH, [](u3_t uWord) noexcept {
-        // Nothing is taken from a byte that was higher than what is taken, but its high bit.
+        // With its high bit no byte is less than what is taken from it; the bit then says whether
+        // the others were not.
         const u3_t uHigh = uWord | words::HIGH_BITS;
-        const u3_t uFromDigits = uHigh - '0' * words::EACH;
-        const auto oDiffers = [uHigh](char c) {
-            return ((uHigh ^ static_cast<u0_t>(c) * words::EACH) | words::HIGH_BITS) - words::EACH;
+        const auto oDiffers = [](u3_t u, char c) {
+            return (u ^ static_cast<u0_t>(c) * words::EACH) - words::EACH;
         };
-        const u3_t uPlain = uFromDigits | ~oDiffers('-');
-        return uWord | ~(uPlain & oDiffers('=') & oDiffers('[') & oDiffers(']'));
+        const u3_t uDash = ~oDiffers(uHigh, '-');
+        const u3_t uFromDigits = uHigh - '0' * words::EACH;
+        // "=" and "]" are "}" but for two bits.
+        const u3_t uOther = oDiffers(uHigh, '[') & oDiffers(uHigh | '`' * words::EACH, '}');
+        return uWord | ~((uFromDigits | uDash) & uOther);
     });
 }
 
