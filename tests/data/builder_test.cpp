@@ -126,6 +126,18 @@ TEST(Builder, OutOfMemory) {
         EXPECT_GE(oRoot.GetNodes(), uBuilt);
         if (!bRefused) break;
     }
+    // A level that is refused is not there.
+    for (unsigned uNth = 1;; ++uNth) {
+        const Mem_Probe oProbe;
+        Data oRoot = NewTree();
+        u2_t uOpened = 0;
+        const bool bRefused = Mem_Probe::HasRefused(uNth, [&] {
+            Data_Builder o(oRoot);
+            for (; uOpened < 200; ++uOpened) o.Open("level");
+        });
+        EXPECT_EQ(oRoot.GetNodes(), uOpened + 1) << uNth;
+        if (!bRefused) break;
+    }
 }
 
 }  // namespace
