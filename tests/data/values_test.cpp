@@ -270,7 +270,9 @@ TEST(Values, AsAWalkGivesThem) {
         "below");  // behind leaves, of which nothing is left out
     oRoot.CreateNewSucc("z");
     std::string sNames;
-    for (Data_Walk o(oRoot); o.Next();) {
+    Data_Walk o(oRoot);
+    o.SkipSuccessors();  // of no node yet
+    while (o.Next()) {
         sNames += o.GetName()[0];
         if (std::string_view(o.GetName()) == "tree" || o.GetType() == Data_Node::Integer)
             o.SkipSuccessors();

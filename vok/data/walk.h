@@ -41,8 +41,8 @@ class Data_Walk : public Data_View {
                 return true;
         }
     }
-    // Leaves out what is below the current node.
-    void SkipSuccessors() noexcept { m_bSkip = HasSuccessors(); }
+    // Leaves out what is below the current node, if there is one.
+    void SkipSuccessors() noexcept { m_bSkip = m_pNode != nullptr && HasSuccessors(); }
 
     // 0 for the node that the walk began at.
     [[nodiscard]] std::size_t GetDepth() const noexcept { return m_oOpen.Size(); }
