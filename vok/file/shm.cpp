@@ -142,7 +142,10 @@ bool File_Shm::TakeHeader(const sys::Shm& oShm) {
     const u3_t uGeneration = Get(o.uGeneration);
     const u3_t uPublished = Get(o.uPublished);
     const u3_t uLimit = Get(o.uLimit);
-    if (uLimit > MOST || uPublished > uLimit || uPublished > uThere - sys::SHM_HEADER) return false;
+    if (uLimit > MOST || uPublished > uLimit) return false;
+    // A writer may have made room and published since the size was asked for.
+    const u3_t uEnd = sys::SHM_HEADER + uPublished;
+    if (uEnd > uThere && uEnd > sys::ShmSize(oShm)) return false;
     if (uPublished < m_uPublished || uGeneration < m_uGeneration) return false;
     m_uLimit = uLimit;
     m_uGeneration = uGeneration;
