@@ -232,6 +232,34 @@ TEST_F(ShmThreads, ReadWhileSomebodyWrites) {
     EXPECT_EQ(uGood, 3u);
 }
 
+// The memory grows and is published while a reader looks at it, again and again.
+TEST_F(ShmThreads, RefreshWhileItGrows) {
+    unsigned uFailed = 0;
+    for (int iRound = 0; iRound < 150; ++iRound) {
+        File_Shm oWriter(NAME, Mode::Create);
+        std::atomic<bool> bReads{false};
+        std::thread oThread([&] {
+            try {
+                File_Shm oReader(NAME);
+                while (oReader.Published() == 0) {
+                    (void)oReader.Refresh();
+                    bReads = true;
+                }
+            } catch (const Msg_Exception&) {
+                ++uFailed;
+                bReads = true;
+            }
+        });
+        while (!bReads) std::this_thread::yield();
+        oWriter.Write("some");
+        oWriter.Publish();
+        oThread.join();
+        oWriter.Close();
+        (void)File_Shm::Remove(NAME);
+    }
+    EXPECT_EQ(uFailed, 0u);
+}
+
 // Is killed when it has published some and written more.
 const Role_Start g_oPublish("publish", [](const std::string& sName) -> int {
     File_Shm o(sName.c_str(), Mode::Write);
