@@ -266,8 +266,8 @@ TEST(Values, AsAWalkGivesThem) {
     for (Data o : {oRoot.GetNodeFromID(oRoot.AddInt("m", 1)), oRoot.CreateNewSucc("tree")}) {
         if (o.GetType() == Data_Node::Empty) o.CreateNewSucc("below").CreateNewSucc("further");
     }
-    oRoot.CreateNewSucc("nz").CreateNewSucc(
-        "below");  // behind leaves, of which nothing is left out
+    // Behind leaves, of which nothing is left out.
+    oRoot.CreateNewSucc("nz").CreateNewSucc("below");
     oRoot.CreateNewSucc("z");
     std::string sNames;
     Data_Walk o(oRoot);
