@@ -28,9 +28,13 @@ class Program : public testing::Test {
         const std::string sLine = sBefore + s_sProgram + ' ' + sArguments + " <in >out 2>err";
         int iStatus = std::system(sLine.c_str());
 #ifdef _WIN32
-        // On a busy machine Wine does not get every shell to start, nor every program of one.
+        // On a busy machine Wine does not get every shell to start, nor every program of one, and
+        // says so with a status of the shell's own or with none. Then nothing has run.
+        constexpr int NO_SUCH_PROGRAM = 9009;
         const bool bSilent = OnDisk("out").empty() && OnDisk("err").empty();
-        if (iStatus == -1 || (iStatus != 0 && bSilent)) iStatus = std::system(sLine.c_str());
+        if (iStatus == -1 || iStatus == NO_SUCH_PROGRAM || (iStatus != 0 && bSilent)) {
+            iStatus = std::system(sLine.c_str());
+        }
 #endif
 #ifdef WEXITSTATUS
         return {WEXITSTATUS(iStatus), OnDisk("out"), OnDisk("err")};
