@@ -66,8 +66,8 @@ class Hash_Guess {
         m_oEntry(m_uLast) |= EXPECTED | (bAscending ? ASCENDING : 0);
     }
 
-    // Two bits beside each key, for who knows what they mean: whether the second one is known, and
-    // what it is.
+    // Bits beside each key, for who knows what they mean: whether the second one is known, and what
+    // it is; and a third one, which is only set.
     [[nodiscard]] bool IsKnown(u2_t uKey) const noexcept {
         return uKey < m_oEntry.Size() && (m_oEntry(uKey) & KNOWN) != 0;
     }
@@ -77,6 +77,13 @@ class Hash_Guess {
     void SetVerbatim(u2_t uKey, bool bVerbatim, std::size_t uKeys) {
         if (m_oEntry.Size() < uKeys) Grow(uKeys);
         m_oEntry(uKey) |= KNOWN | (bVerbatim ? VERBATIM : 0);
+    }
+    [[nodiscard]] bool IsXmlVerbatim(u2_t uKey) const noexcept {
+        return uKey < m_oEntry.Size() && (m_oEntry(uKey) & XML_VERBATIM) != 0;
+    }
+    void SetXmlVerbatim(u2_t uKey, std::size_t uKeys) {
+        if (m_oEntry.Size() < uKeys) Grow(uKeys);
+        m_oEntry(uKey) |= XML_VERBATIM;
     }
     // Knows nothing again.
     void Clear() noexcept {
@@ -90,12 +97,13 @@ class Hash_Guess {
 
   private:
     static constexpr std::size_t FIRST_KEYS = 32;
-    static constexpr u2_t KEY = 0x0FFFFFFF;
+    static constexpr u2_t KEY = 0x07FFFFFF;
+    static constexpr u2_t XML_VERBATIM = 0x08000000;
     static constexpr u2_t EXPECTED = 0x10000000;   // the one behind it has an image
     static constexpr u2_t ASCENDING = 0x20000000;  // and is greater
     static constexpr u2_t KNOWN = 0x40000000;
     static constexpr u2_t VERBATIM = 0x80000000;
-    static constexpr u2_t OF_NAME = KNOWN | VERBATIM;  // whatever comes behind it
+    static constexpr u2_t OF_NAME = KNOWN | VERBATIM | XML_VERBATIM;  // whatever comes behind it
 
     [[nodiscard]] u2_t Entry() const noexcept {
         return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast) : 0;

@@ -49,6 +49,11 @@ class Data_Names : private Hash::Near, public Hash {
 
     // For one who has looked at it: they do.
     void SetVerbatim(u2_t uKey) { m_oGuess.SetVerbatim(uKey, true, Size()); }
+    // Whether it is known that elements may have the name as it stands, which is another question.
+    [[nodiscard]] bool IsXmlVerbatim(u2_t uKey) const noexcept {
+        return m_oGuess.IsXmlVerbatim(uKey);
+    }
+    void SetXmlVerbatim(u2_t uKey) { m_oGuess.SetXmlVerbatim(uKey, Size()); }
 
     // Takes the names of oNew in place of its own.
     void Renew(Hash& oNew) noexcept {

@@ -12,6 +12,7 @@
 #include "vok/data/data.h"
 #include "vok/data/record.h"
 #include "vok/data/record_trail.h"
+#include "vok/data/store.h"
 
 namespace vok::detail {
 
@@ -25,23 +26,28 @@ class Record_Source : public Data_Record {
     // Moves to the next record that is not left out; false behind the last one. Not to be called
     // again after an error.
     virtual bool Next() = 0;
-    // Whether Next would come to a record below the last node of level uLevel. What the record says
-    // is no longer valid.
-    virtual bool HasBelow(std::size_t uLevel) = 0;
-    // What building the tree of a record has come to.
+    // What building the tree of a record has come to, by the ids of its nodes.
     struct Built {
+        // A node that is to lead to another.
         struct Link {
             u2_t uId;
-            Str oTarget;  // its path
+            u3_t uNumber;  // of its target; NO_NUMBER where that is told by its path
+            bool bEmpty;   // it is nothing else
+            Str oTarget;   // what the document says of it
+        };
+        struct Numbered {
+            u3_t uNumber;
+            u2_t uId;
         };
         u2_t uNode = 0;      // of the record being read
         bool bGaps = false;  // there are removed nodes, for free places in runs
+        Arr<Numbered> oNumber;
         std::vector<Link> aoLink;
     };
-    // Builds what is below the record, a Tree that has just been come to, as the successors of a
-    // tree's root, and passes over it; links stay empty. False, with nothing done, where that is to
-    // be made of what Next comes to. After an error oBuilt holds as far as it goes.
-    virtual bool BuildBelow(Data& /*oTree*/, Built& /*oBuilt*/) { return false; }
+    // Builds what is below the record, a Tree that has just been come to, as the successors of the
+    // root of oTree, whose nodes are in oBase, and passes over it; adds to oBuilt, as far as it
+    // goes where it ends with an error. Links stay empty.
+    virtual void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) = 0;
     // The user tag of trees of such a document.
     [[nodiscard]] virtual Str Version() const { return {}; }
     // Where reading has got to, or has failed, and what was met on the way.
@@ -69,8 +75,6 @@ class Record_Source : public Data_Record {
         m_oAttribute.Truncate(0);
         SetValue(Data_Node::Empty, 0);
     }
-    // The key of the record's name in it.
-    [[nodiscard]] u2_t Key() const noexcept { return m_oTrail.At(m_uDepth).uKey; }
     // Numbers by which links lead to the record, and the one that the record leads to.
     static constexpr u3_t NO_NUMBER = ~u3_t{0};
     [[nodiscard]] const Arr<u3_t>& Numbers() const noexcept { return m_oNumber; }

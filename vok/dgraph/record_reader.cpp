@@ -176,7 +176,7 @@ bool RecordReader::ReadAtEnd(std::size_t uAtHand) {
 bool RecordReader::Next() {
     do {
         m_bNamed = false;
-        if (!CloseLevels(0)) {
+        if (!CloseLevels()) {
             m_bDone = true;
             m_uLeft = m_oWindow.GiveBack();
             return false;
@@ -190,19 +190,15 @@ bool RecordReader::Next() {
     return true;
 }
 
-bool RecordReader::HasBelow(std::size_t uLevel) {
-    return CloseLevels(uLevel + 1);
-}
-
 // A tree is built by what loads whole documents, for which the records above have counted.
-bool RecordReader::BuildBelow(Data& oTree, Built& oBuilt) {
+void RecordReader::BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) {
     if (!m_oLoader.has_value()) m_oLoader.emplace(*this);
     Reader<WindowSource>& oReader = m_oLoader->oReader;
     const u3_t uBefore = m_uSkipped;
     m_bNamed = false;  // no record of the level that is open is
     // What it has come to counts whether it ends with an error or not.
     const detail::OnExit oOnExit([&] {
-        m_uNodes += Access::BaseOf(oTree)->m_oNode.Size() - 1;
+        m_uNodes += oBase.m_oNode.Size() - 1;
         m_uSkipped = oReader.Skipped();
         m_bInOrder = m_bInOrder && oReader.IsInOrder();
         m_bEnd = oReader.IsCutOff();
@@ -212,9 +208,8 @@ bool RecordReader::BuildBelow(Data& oTree, Built& oBuilt) {
                      {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
     oBuilt.bGaps = oReader.Skipped() != uBefore;
     oReader.DropLinks([&](u2_t uId, std::string_view sPath) {
-        oBuilt.aoLink.push_back({uId, Str(Valid(sPath, m_oRoom))});
+        oBuilt.aoLink.push_back({uId, NO_NUMBER, true, Str(Valid(sPath, m_oRoom))});
     });
-    return true;
 }
 
 void RecordReader::AddTo(Load_Report& oReport) const {

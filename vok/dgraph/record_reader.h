@@ -24,21 +24,20 @@ class RecordReader final : public detail::Record_Source {
     RecordReader(File_Stream& oIn, const Limits& oLimits);
 
     bool Next() override;
-    bool HasBelow(std::size_t uLevel) override;
-    bool BuildBelow(Data& oTree, Built& oBuilt) override;
+    void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
 
   private:
-    // Closes levels without records to come, from uFirst on; false when that closes all of them,
-    // or the document is at its end.
-    bool CloseLevels(std::size_t uFirst) noexcept {
-        while (m_oTrail.Size() > uFirst && m_oTrail.Last().uPending == 0) {
+    // Closes levels without records to come; false when that closes all of them, or the document is
+    // at its end.
+    bool CloseLevels() noexcept {
+        while (m_oTrail.Size() != 0 && m_oTrail.Last().uPending == 0) {
             m_oTrail.Close();
             m_pBefore = nullptr;
         }
-        return m_oTrail.Size() > uFirst && !m_bEnd;
+        return m_oTrail.Size() != 0 && !m_bEnd;
     }
     // Reads a record that is like most are: an expected name, no attributes, the next index of its
     // run, a value that needs no second look, all at hand. False for any other, with nothing read.

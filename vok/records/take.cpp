@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "vok/data/builder.h"
 #include "vok/data/select.h"
 #include "vok/dgraph/access.h"
 #include "vok/dgraph/messages.h"
@@ -14,71 +13,14 @@ namespace vok::records {
 using detail::Record_Source;
 using dgraph::Access;
 
-// The name of the record by its key in a tree, if that was looked up before.
-[[gnu::always_inline]] inline Data_Name Taker::NameIn(Data_Base& b) {
-    const u2_t uNth = m_oSource.Key();
-    const Hash_Text& oName = m_oSource.Trail().NameText(uNth);
-    if (uNth < m_oKeyOf.Size()) [[likely]] {
-        // The tree may be another one by now, or have its names elsewhere.
-        const u2_t uKey = m_oKeyOf(uNth);
-        if (uKey < b.m_oName.Size() && b.m_oName(uKey).IsEqual(oName)) return Data_Key{uKey};
-    }
-    return FindName(b, uNth, oName);
-}
-
-Data_Name Taker::FindName(Data_Base& b, u2_t uNth, const Hash_Text& oName) {
-    if (uNth >= m_oKeyOf.Size()) m_oKeyOf.Resize(uNth + std::size_t{1});
-    m_oKeyOf(uNth) = b.m_oName.Intern(oName.View());
-    return Data_Key{m_oKeyOf(uNth)};
-}
-
-inline void Taker::Note(u2_t uId) {
-    const bool bEmpty = m_oSource.GetType() == Data_Node::Link;
-    const bool bLink = bEmpty || m_oSource.LinkedNumber() != Record_Source::NO_NUMBER;
-    if (bLink || m_oSource.Numbers().Size() != 0) NoteLinks(uId, bLink);
-}
-
-void Taker::NoteLinks(u2_t uId, bool bLink) {
-    const bool bEmpty = m_oSource.GetType() == Data_Node::Link;
-    if (bLink) {
-        m_aoLink.push_back({uId, m_oSource.LinkedNumber(), bEmpty, Str(m_oSource.Text())});
-    }
-    for (const u3_t u : m_oSource.Numbers()) m_oNumber.Add(Numbered{u, uId});
-}
-
-inline void Taker::Append(Data_Builder& oBuilder, Data_Base& b) {
-    const Data_Record& r = m_oSource;
-    const Data_Name oName = NameIn(b);
-    const u2_t uId = r.GetType() == Data_Node::Tree ? oBuilder.Open(oName) : oBuilder.Add(oName, r);
-    Note(uId);
-    for (const Data_Record::Attribute& o : r.GetAttributes()) oBuilder.SetAttVal(o.sName, o.sValue);
-}
-
 void Taker::TakeBelow(Data& oTree) {
-    Data_Builder oBuilder(oTree);
-    Data_Base& b = *Access::BaseOf(oTree);
-    std::size_t uOpen = m_uTop + 1;  // the level that the builder appends to
-    while (m_oSource.HasBelow(m_uTop) && m_oSource.Next()) {
-        for (; uOpen > m_oSource.GetDepth(); --uOpen) oBuilder.Close();
-        Append(oBuilder, b);
-        uOpen += m_oSource.GetType() == Data_Node::Tree;
-    }
-    oBuilder.Finish();
-}
-
-bool Taker::BuildBelow(Data& oTree) {
-    Record_Source::Built oBuilt;
     try {
-        if (!m_oSource.BuildBelow(oTree, oBuilt)) return false;
+        m_oSource.BuildBelow(oTree, *Access::BaseOf(oTree), m_oBuilt);
     } catch (...) {
-        NoteFault(oTree, oBuilt.uNode);
+        NoteFault(oTree, m_oBuilt.uNode);
         throw;
     }
-    for (auto& o : oBuilt.aoLink) {
-        m_aoLink.push_back({o.uId, Record_Source::NO_NUMBER, true, std::move(o.oTarget)});
-    }
-    if (oBuilt.bGaps) NoteGaps(*Access::BaseOf(oTree));
-    return true;
+    if (m_oBuilt.bGaps) NoteGaps(*Access::BaseOf(oTree));
 }
 
 void Taker::NoteGaps(const Data_Base& b) {
@@ -95,26 +37,32 @@ void Taker::NoteFault(const Data& oTree, u2_t uId) {
 
 void Taker::Take(Data& oTree, Work& oWork) {
     m_aoOuter.clear();
-    m_aoLink.clear();
+    m_oBuilt.aoLink.clear();
+    m_oBuilt.oNumber.Truncate(0);
+    m_oBuilt.bGaps = false;
     m_oFree.Truncate(0);
-    m_oNumber.Truncate(0);
     oTree.SetUserTag(m_oTag.CStr());  // most trees have it from the record before
     m_uTop = m_oSource.GetDepth();
     const bool bTree = m_oSource.GetType() == Data_Node::Tree;
     TakeRoot(oTree);
     m_oSource.SkipNothing();
-    if (bTree && !BuildBelow(oTree)) TakeBelow(oTree);
+    if (bTree) TakeBelow(oTree);
     oTree.SetToRoot();
-    if (!m_aoLink.empty()) ResolveLinks(oTree, oWork);
+    if (!m_oBuilt.aoLink.empty()) ResolveLinks(oTree, oWork);
     if (m_oFree.Size() != 0) oTree.Shrink();
 }
 
 void Taker::TakeRoot(Data& oTree) {
     const Data_Record& r = m_oSource;
-    oTree.SetRootName(NameIn(*Access::BaseOf(oTree)));
+    oTree.SetRootName(r.GetName());
     const Data_Node::Type eType = r.GetType();
     if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
-    Note(0);
+    for (const u3_t u : m_oSource.Numbers()) m_oBuilt.oNumber.Add(Built::Numbered{u, 0});
+    const u3_t uLinked = m_oSource.LinkedNumber();
+    const bool bEmpty = eType == Data_Node::Link;
+    if (bEmpty || uLinked != Record_Source::NO_NUMBER) {
+        m_oBuilt.aoLink.push_back({0, uLinked, bEmpty, Str(r.Text())});
+    }
     for (const Data_Record::Attribute& o : r.GetAttributes()) oTree.SetAttVal(o.sName, o.sValue);
 }
 
@@ -122,9 +70,9 @@ void Taker::ResolveLinks(Data& oTree, Work& oWork) {
     oWork.SetInput(m_oSource.Offset());
     oTree.SetAccessMode();
     // Of several nodes of one number the first one counts.
-    std::stable_sort(m_oNumber.Beg(), m_oNumber.End(),
-                     [](const Numbered& a, const Numbered& b) { return a.uNumber < b.uNumber; });
-    for (const Pending_Link& o : m_aoLink) {
+    std::stable_sort(m_oBuilt.oNumber.Beg(), m_oBuilt.oNumber.End(),
+                     [](const auto& a, const auto& b) { return a.uNumber < b.uNumber; });
+    for (const Built::Link& o : m_oBuilt.aoLink) {
         try {
             if (Resolve(oTree, o, oWork) || !o.bEmpty) continue;
         } catch (...) {
@@ -138,26 +86,30 @@ void Taker::ResolveLinks(Data& oTree, Work& oWork) {
 }
 
 // False where the target is not in the tree.
-bool Taker::Resolve(Data& oTree, const Pending_Link& o, Work& oWork) {
+bool Taker::Resolve(Data& oTree, const Built::Link& o, Work& oWork) {
     u2_t uTarget = 0;
     const bool bNumber = o.uNumber != Record_Source::NO_NUMBER;
-    if (!(bNumber ? FindNumbered(o, uTarget) : FindPath(oTree, o, oWork, uTarget))) return false;
+    if (!(bNumber ? FindNumbered(o.uNumber, uTarget)
+                  : FindPath(oTree, o.oTarget, oWork, uTarget))) {
+        return false;
+    }
     oTree.GetNodeFromID(o.uId).SetValLink(oTree.GetNodeFromID(uTarget));
     return true;
 }
 
-bool Taker::FindNumbered(const Pending_Link& o, u2_t& uTarget) const {
-    const Numbered* p =
-        std::lower_bound(m_oNumber.begin(), m_oNumber.end(), o.uNumber,
-                         [](const Numbered& a, u3_t uNumber) { return a.uNumber < uNumber; });
-    if (p == m_oNumber.end() || p->uNumber != o.uNumber) return false;
+bool Taker::FindNumbered(u3_t uNumber, u2_t& uTarget) const {
+    const Arr<Built::Numbered>& oNumber = m_oBuilt.oNumber;
+    const Built::Numbered* p = std::lower_bound(
+        oNumber.begin(), oNumber.end(), uNumber,
+        [](const Built::Numbered& a, u3_t uWanted) { return a.uNumber < uWanted; });
+    if (p == oNumber.end() || p->uNumber != uNumber) return false;
     uTarget = p->uId;
     return true;
 }
 
 // False for a path out of the tree. Raises the errors of loading for one to nothing.
-bool Taker::FindPath(const Data& oTree, const Pending_Link& o, Work& oWork, u2_t& uTarget) const {
-    std::string_view sPath = o.oTarget.View();
+bool Taker::FindPath(const Data& oTree, const Str& oTarget, Work& oWork, u2_t& uTarget) const {
+    std::string_view sPath = oTarget.View();
     if (m_uTop != 0) {
         const Str oTop = m_oSource.Trail().PathTo(m_uTop);
         const std::string_view sTop = oTop.View().substr(1);  // no slash in front

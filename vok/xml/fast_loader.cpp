@@ -16,14 +16,14 @@ using namespace xml::fast;
 // The place in the heap of a text that is put there; NONE for one that needs a second look.
 u2_t XmlLoader::PlaceText(std::string_view sText) {
     if (!IsAsciiText(sText.data(), sText.size())) return Node::NONE;
-    return m_oBase.m_oHeap.AddText(sText);
+    return m_pBase->m_oHeap.AddText(sText);
 }
 
 // Makes a text the value of a record; false for one that needs a second look.
 inline bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
     if (sText.size() > m_oLimits.m_uTextBytes) return false;
     if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) return false;
-    u2_t uOffset = m_oBase.m_oHeap.TryAddText(sText);
+    u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);
     if (uOffset == 0) uOffset = PlaceText(sText);
     oNode.SetType(Node::String);
     oNode.uWord2 = uOffset;
@@ -33,10 +33,10 @@ inline bool XmlLoader::AddFastText(Node& oNode, std::string_view sText) {
 
 // Closes the current element, whose end tag begins at p, behind blanks from pBlanks on.
 inline const char* XmlLoader::FastClose(const char* p, const char* pBlanks) noexcept {
-    const Node& oNode = m_oBase.m_oNode(m_uNode);
+    const Node& oNode = m_pBase->m_oNode(m_uNode);
     // Blanks are the value of a node that has no other; the top element ends elsewhere.
-    if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uOpen == 1) return nullptr;
-    const Hash_Text& oName = m_oBase.m_oName(oNode.uKey);
+    if ((oNode.GetType() != Node::Tree && pBlanks != p) || m_uOpen == m_uAbove + 1) return nullptr;
+    const Hash_Text& oName = m_pBase->m_oName(oNode.uKey);
     p += 2;
     if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return nullptr;
     if (p[oName.uLength] != '>' || IsSkipped(oName.View())) return nullptr;
@@ -48,13 +48,15 @@ inline const char* XmlLoader::FastClose(const char* p, const char* pBlanks) noex
 // The key of the name at p, 0 for one that needs a second look.
 inline u2_t XmlLoader::FastName(const char* p) {
     const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - p);
+    Data_Names& oNames = m_pBase->m_oName;
     const auto oIsHere = [&](u2_t uGuess) {
-        const Hash_Text& oText = m_oBase.m_oName(uGuess);
-        return uGuess != 0 && oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME);
+        const Hash_Text& oText = oNames(uGuess);
+        return oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME) &&
+               oNames.IsXmlVerbatim(uGuess) && !IsSkipped(oText.View());
     };
-    u2_t uKey = m_oGuess.First();
-    if (!oIsHere(uKey) && !oIsHere(uKey = m_oGuess.Second())) return ScanName(p);
-    m_oGuess.Confirm(uKey);
+    u2_t uKey = oNames.Guess().First();
+    if (!oIsHere(uKey) && !oIsHere(uKey = oNames.Guess().Second())) return ScanName(p);
+    oNames.Guess().Confirm(uKey);
     return uKey;
 }
 
@@ -65,8 +67,10 @@ u2_t XmlLoader::ScanName(const char* p) {
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || IsSkipped(sName)) return 0;
     if ((uSeen & xml::ESCAPE) != 0 && xml::HasEscapes(sName)) return 0;
-    const u2_t uKey = m_oBase.m_oName.Insert(sName);
-    m_oGuess.Note(uKey, m_oBase.m_oName.Size());
+    Data_Names& oNames = m_pBase->m_oName;
+    const u2_t uKey = oNames.Insert(sName);
+    oNames.Guess().Note(uKey, oNames.Size());
+    oNames.SetXmlVerbatim(uKey);
     return uKey;
 }
 
@@ -146,13 +150,13 @@ void XmlLoader::ReadFastElements() {
             if (p == nullptr) return;
             continue;
         }
-        const Node::Type eParent = m_oBase.m_oNode(m_uNode).GetType();
+        const Node::Type eParent = m_pBase->m_oNode(m_uNode).GetType();
         if (eParent != Node::Tree && eParent != Node::Empty) return;
-        if (m_oBase.m_oNode.Size() >= m_uMostNodes || m_uOpen >= m_oLimits.m_uDepth) return;
+        if (m_pBase->m_oNode.Size() >= m_uMostNodes || m_uOpen >= m_oLimits.m_uDepth) return;
 
         const u2_t uKey = FastName(++p);
         if (uKey == 0) return;
-        const Hash_Text& oName = m_oBase.m_oName(uKey);
+        const Hash_Text& oName = m_pBase->m_oName(uKey);
         p += oName.uLength;
         if (m_pEnd - p < ROOM) return;
 
@@ -166,7 +170,7 @@ void XmlLoader::ReadFastElements() {
             eContent = FastContent(p, oName, oNode);
         }
         if (eContent == Content::Other) return;
-        const u2_t uId = m_oBase.Append(m_uNode, uKey, oNode.GetType(), oNode.Value64());
+        const u2_t uId = m_pBase->Append(m_uNode, uKey, oNode.GetType(), oNode.Value64());
         ++m_uElements;
         if (eContent == Content::Opens) {
             m_uNode = uId;

@@ -16,13 +16,35 @@ namespace vok {
 
 namespace detail {
 
+XmlLoader::XmlLoader(Data_Base& oBase, u2_t uNode, xml::Source& oSource, u2_t uFlags,
+                     const Limits& oLimits)
+    : Tokens(oSource, uFlags, oLimits), m_pBase(&oBase), m_uNode(uNode) {
+    if (oBase.m_oNode(0).GetType() != Node::Empty) m_uFirst = oBase.m_oNode.Size();
+    m_uMost = m_oLimits.m_uNodes + std::min(m_uFirst, ~u3_t{0} - m_oLimits.m_uNodes);
+    CheckMemory();
+}
+
 u2_t XmlLoader::Run() {
-    m_oBase.UpdateSucc();
+    m_pBase->UpdateSucc();
     while (!m_bDone) {
         if (m_uOpen != 0) ReadFastElements();
         ReadToken();
     }
     return m_uElements;
+}
+
+void XmlLoader::RunBelow(Data_Base& oBase, Tokens& oAt, u3_t uNodes) {
+    m_pBase = &oBase;
+    m_uNode = 0;
+    m_oTarget.Truncate(0);
+    m_oLink.Truncate(0);
+    TakeOver(oAt);
+    m_uAbove = m_uOpen - 1;
+    m_uMost = m_oLimits.m_uNodes - uNodes + 1;  // the root was counted
+    CheckMemory();
+    Run();
+    oBase.UpdateSucc();
+    m_oFound.m_uReordered += CountReordered();
 }
 
 void XmlLoader::ResolveLinks() {
@@ -33,32 +55,32 @@ void XmlLoader::ResolveLinks() {
             std::lower_bound(m_oTarget.Beg(), m_oTarget.End(), oLink, oIsLess);
         if (pTarget == m_oTarget.End() || pTarget->uNumber != oLink.uNumber) continue;
         m_uNode = oLink.uId;
-        Node& oNode = m_oBase.m_oNode(m_uNode);
+        Node& oNode = m_pBase->m_oNode(m_uNode);
         if (oNode.GetType() == Node::Tree) {
-            Msg::NodeWithWrongDataType(m_oBase.ShownName(m_uNode), Node::TypeName(Node::Tree));
+            Msg::NodeWithWrongDataType(m_pBase->ShownName(m_uNode), Node::TypeName(Node::Tree));
         }
-        m_oBase.DropValue(oNode);
+        m_pBase->DropValue(oNode);
         oNode.SetType(Node::Link);
         oNode.uWord2 = pTarget->uId;
     }
     m_uNode = 0;
     if (m_oLink.Size() == 0) return;
     m_oWork.SetInput(m_oSource.OffsetOf(m_p));
-    (void)m_oWork.CheckMemory(LinkBytes(m_oBase));
+    (void)m_oWork.CheckMemory(LinkBytes(*m_pBase));
 }
 
 void XmlLoader::AddTo(Load_Report& oReport) {
     oReport = m_oFound;
     oReport.m_uWork = m_oWork.Done();
-    if (m_bDone && m_oBase.IsIndexed()) oReport.m_uReordered = CountReordered();
+    if (m_bDone && m_pBase->IsIndexed()) oReport.m_uReordered = CountReordered();
 }
 
 // Successors stand by name, and those of one name in the order of their elements: of any two that
 // have changed places the one that came later has the higher id and stands in front.
 u3_t XmlLoader::CountReordered() {
     u3_t uCount = 0;
-    for (u2_t uId = 0; uId < m_oBase.m_oNode.Size(); ++uId) {
-        const Data_Base::Group oGroup = m_oBase.SuccOf(uId);
+    for (u2_t uId = 0; uId < m_pBase->m_oNode.Size(); ++uId) {
+        const Data_Base::Group oGroup = m_pBase->SuccOf(uId);
         u2_t uLowest = Node::NONE;
         for (u2_t u = oGroup.uSize; u-- > 0;) {
             if (oGroup.pId[u] > uLowest && oGroup.pId[u] >= m_uFirst) ++uCount;
@@ -81,14 +103,14 @@ void XmlLoader::OnEnd(std::string_view sName) {
 
 void XmlLoader::OpenElement() {
     const u2_t uKey = InternName(m_oTag.Name());
-    if (m_uOpen == 0 && m_oBase.m_oNode(0).GetType() == Node::Empty) {
+    if (m_uOpen == 0 && m_pBase->m_oNode(0).GetType() == Node::Empty) {
         m_uNode = 0;
-        m_oBase.m_oNode(0).uKey = uKey;
+        m_pBase->m_oNode(0).uKey = uKey;
     } else {
         EndTextBeforeElement();
-        m_oBase.CheckAppend(m_uNode);
+        m_pBase->CheckAppend(m_uNode);
         CheckLimits();
-        m_uNode = m_oBase.Append(m_uNode, uKey);
+        m_uNode = m_pBase->Append(m_uNode, uKey);
     }
     ++m_uOpen;
     ++m_uElements;
@@ -96,24 +118,24 @@ void XmlLoader::OpenElement() {
 }
 
 void XmlLoader::CheckMemory(u3_t uMore) {
-    if (m_oBase.m_oNode.Size() - m_uFirst >= m_oLimits.m_uNodes) [[unlikely]] {
+    if (m_pBase->m_oNode.Size() >= m_uMost) [[unlikely]] {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
     m_uAttributes = 0;
-    const u3_t uMost = m_oLimits.m_uNodes + std::min(m_uFirst, ~u3_t{0} - m_oLimits.m_uNodes);
-    m_uMostNodes = uMost;
+    m_uMostNodes = m_uMost;
     if (!m_oWork.IsMetered()) return;
     // Elements get their places in groups at the end.
-    const u3_t uPending = (m_oBase.m_oNode.Size() - m_oBase.m_uIndexed) * 2 * sizeof(u2_t);
-    const u3_t uHeld = m_oBase.HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() +
+    const u3_t uPending = (m_pBase->m_oNode.Size() - m_pBase->m_uIndexed) * 2 * sizeof(u2_t);
+    const u3_t uHeld = m_pBase->HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() +
                        uMore + m_oTarget.Capacity() * sizeof(Numbered) +
                        m_oLink.Capacity() * sizeof(Numbered);
     const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes = std::min(uMost, m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes =
+        std::min(m_uMost, m_pBase->m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
 }
 
 void XmlLoader::CheckLimits() {
-    if (m_oBase.m_oNode.Size() >= m_uMostNodes) [[unlikely]]
+    if (m_pBase->m_oNode.Size() >= m_uMostNodes) [[unlikely]]
         CheckMemory();
     if (m_uOpen >= m_oLimits.m_uDepth) [[unlikely]] {
         m_oLimits.RaiseExceeded(&Limits::m_uDepth);
@@ -122,11 +144,11 @@ void XmlLoader::CheckLimits() {
 
 void XmlLoader::CloseElement() {
     if (m_bText) SetText();
-    if (--m_uOpen == 0) {
+    if (--m_uOpen == m_uAbove) {
         m_bDone = true;
         return;
     }
-    m_uNode = m_oBase.m_oNode(m_uNode).Pred();
+    m_uNode = m_pBase->m_oNode(m_uNode).Pred();
 }
 
 }  // namespace detail

@@ -8,7 +8,6 @@
 
 #include <string_view>
 
-#include "vok/base/hash_guess.h"
 #include "vok/data/store.h"
 #include "vok/xml/tokens.h"
 
@@ -19,20 +18,30 @@ class XmlLoader final : public xml::Tokens {
   public:
     using Node = Data_Node;
 
+    // For a document that goes below a node, or becomes it.
     XmlLoader(Data_Base& oBase, u2_t uNode, xml::Source& oSource, u2_t uFlags,
-              const Limits& oLimits)
-        : Tokens(oSource, uFlags, oLimits),
-          m_oBase(oBase),
-          m_uNode(uNode),
-          m_uFirst(oBase.m_oNode(0).GetType() == Node::Empty ? 0 : oBase.m_oNode.Size()) {
-        CheckMemory();
-    }
+              const Limits& oLimits);
+    // For parts of one, which RunBelow reads.
+    XmlLoader(xml::Source& oSource, u2_t uFlags, const Limits& oLimits)
+        : Tokens(oSource, uFlags, oLimits) {}
 
     // Reads the document and returns the number of elements.
     u2_t Run();
 
     // Sets the links, once all elements are there.
     void ResolveLinks();
+
+    // From where oAt stands reads what is in the innermost open element as the successors of a
+    // tree's root, which has its name and no others, and its end. uNodes is how many there have
+    // been in the document so far. Links are for VisitNumbers.
+    void RunBelow(Data_Base& oBase, Tokens& oAt, u3_t uNodes);
+    // Has oTarget called with each number of a node, and the node, oLink with each that leads to
+    // one.
+    template <class Target, class Link>
+    void VisitNumbers(Target oTarget, Link oLink) const {
+        for (const Numbered& o : m_oTarget) oTarget(o.uNumber, o.uId);
+        for (const Numbered& o : m_oLink) oLink(o.uNumber, o.uId);
+    }
 
     // Says what of the document the tree does not hold; its order must be up to date.
     void AddTo(Load_Report& oReport);
@@ -66,19 +75,16 @@ class XmlLoader final : public xml::Tokens {
     // ---- elements ---------------------------------------------------------
 
     [[nodiscard]] Node::Type TypeOf(u2_t uId) const noexcept {
-        return m_oBase.m_oNode(uId).GetType();
+        return m_pBase->m_oNode(uId).GetType();
     }
     [[nodiscard]] bool IsNameOf(u2_t uId, std::string_view sName) {
-        return m_oBase.m_oName.IsText(m_oBase.m_oNode(uId).uKey, Decoded(sName, m_oNameRoom));
+        return m_pBase->m_oName.IsText(m_pBase->m_oNode(uId).uKey, Decoded(sName, m_oNameRoom));
     }
 
     u2_t InternName(std::string_view sName) {
-        const u2_t uKey = m_oBase.m_oName.Intern(Decoded(sName, m_oNameRoom));
-        if (uKey != 0 && !xml::HasEscapes(sName)) {
-            m_oGuess.Note(uKey, m_oBase.m_oName.Size());
-        } else {
-            m_oGuess.Confirm(0);
-        }
+        Data_Names& oNames = m_pBase->m_oName;
+        const u2_t uKey = oNames.Intern(Decoded(sName, m_oNameRoom));
+        if (!xml::HasEscapes(sName)) oNames.SetXmlVerbatim(uKey);
         return uKey;
     }
 
@@ -129,12 +135,13 @@ class XmlLoader final : public xml::Tokens {
     [[nodiscard]] u2_t PlaceText(std::string_view sText);
     [[nodiscard]] bool AddFastText(Node& oNode, std::string_view sText);
 
-    Data_Base& m_oBase;
-    u2_t m_uNode;            // the innermost open element, or where the document goes
-    const u3_t m_uFirst;     // nodes that were there before: they do not count
+    Data_Base* m_pBase = nullptr;
+    u2_t m_uNode = 0;        // the innermost open element, or where the document goes
+    u3_t m_uFirst = 0;       // nodes that were there before: they do not count
+    u3_t m_uMost = 0;        // nodes there may be
     u3_t m_uMostNodes = 0;   // nodes there may be before CheckMemory is asked
     u3_t m_uAttributes = 0;  // since it was asked
-    Hash_Guess m_oGuess;     // of names that documents carry as they stand
+    u3_t m_uAbove = 0;       // elements that are open around what is read
     Arr<char> m_oNameRoom;
     Arr<char> m_oValueRoom;
     Arr<char> m_oBlock;

@@ -6,6 +6,7 @@
 #include "vok/base/base64.h"
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
+#include "vok/data/report.h"
 #include "vok/xml/fast_text.h"
 #include "vok/xml/scalar.h"
 
@@ -22,26 +23,24 @@ RecordReader::RecordReader(Source& oSource, const Limits& oLimits)
 inline u2_t RecordReader::FindName(const char* p) {
     const auto uRoom = static_cast<std::size_t>(m_pEnd - p);
     Data_Names& oNames = m_oTrail.Names();
-    const Hash_Guess& oGuess = oNames.Guess();
-    // Names are known here to stand in documents as they are.
     const auto oIsHere = [&](u2_t uKey) {
         const Hash_Text& oText = oNames(uKey);
-        return uKey != 0 && oGuess.IsVerbatim(uKey) && oText.StandsAt(p, uRoom) &&
+        return uKey != 0 && oNames.IsXmlVerbatim(uKey) && oText.StandsAt(p, uRoom) &&
                !Is(p[oText.uLength], NAME);
     };
-    const u2_t uFirst = oGuess.First();
+    const u2_t uFirst = oNames.Guess().First();
     if (oIsHere(uFirst)) {
         oNames.Guess().Confirm(uFirst);
         return uFirst;
     }
-    if (oIsHere(oGuess.Second())) return oGuess.Second();
+    if (oIsHere(oNames.Guess().Second())) return oNames.Guess().Second();
     u0_t uSeen;
     const std::string_view sName = Rest(p).substr(0, AsciiNameLength(Rest(p), uSeen));
     const char* const pStop = p + sName.size();
     if (sName.empty() || !Is(*p, NAME_START) || pStop == m_pEnd || Is(*pStop, NAME)) return 0;
     if ((uSeen & ESCAPE) != 0 && HasEscapes(sName)) return 0;
     const u2_t uKey = m_oTrail.Intern(sName);
-    oNames.SetVerbatim(uKey);
+    oNames.SetXmlVerbatim(uKey);
     return uKey;
 }
 
@@ -150,9 +149,32 @@ bool RecordReader::Next() {
     }
 }
 
-bool RecordReader::HasBelow(std::size_t uLevel) {
-    while (!m_bReady && !m_bHeld && m_oTrail.Size() > uLevel + 1 && !m_bDone) ReadNext();
-    return m_oTrail.Size() > uLevel + 1 && (m_bReady || m_bHeld);
+// A tree is built by what loads whole documents, which counts on from here.
+void RecordReader::BuildBelow(Data& /*oTree*/, Data_Base& oBase, Built& oBuilt) {
+    if (!m_oLoader.has_value()) m_oLoader.emplace(m_oSource, m_uFlags, m_oLimits);
+    detail::XmlLoader& oLoader = *m_oLoader;
+    const u3_t uReordered = m_oFound.m_uReordered;
+    // What it has come to counts whether it ends with an error or not.
+    const detail::OnExit oOnExit([&] {
+        TakeOver(oLoader);
+        m_uNodes += oBase.m_oNode.Size() - 1;
+        m_bInOrder = m_bInOrder && m_oFound.m_uReordered == uReordered;
+        m_bDone = m_uOpen == 0;
+        oBuilt.uNode = oLoader.CurrentNode();
+    });
+    oLoader.RunBelow(oBase, *this, m_uNodes);
+    m_oTrail.Close();
+    oLoader.VisitNumbers(
+        [&](u3_t uNumber, u2_t uId) {
+            oBuilt.oNumber.Add(Built::Numbered{uNumber, uId});
+        },
+        [&](u3_t uNumber, u2_t uId) {
+            // Of several that one node has the last one counts.
+            if (!oBuilt.aoLink.empty() && oBuilt.aoLink.back().uId == uId) oBuilt.aoLink.pop_back();
+            const bool bEmpty = oBase.m_oNode(uId).GetType() == Data_Node::Empty;
+            char s[NUMBER_ROOM + 2];
+            oBuilt.aoLink.push_back({uId, uNumber, bEmpty, Str(FormatNodeNumber(uNumber, s))});
+        });
 }
 
 void RecordReader::AddTo(Load_Report& oReport) const {
@@ -229,7 +251,7 @@ void RecordReader::Hold() {
     m_bHeld = true;
     ++m_uOpen;
     ++m_uElements;
-    if (!HasEscapes(m_oTag.Name())) m_oTrail.Names().SetVerbatim(uKey);
+    if (!HasEscapes(m_oTag.Name())) m_oTrail.Names().SetXmlVerbatim(uKey);
     m_oAttribute.Truncate(0);
     if (m_oTag.Attributes().Size() != 0) TakeAttributes();
 }
@@ -312,10 +334,10 @@ void RecordReader::EndAsLeaf() {
     // One that has a value of its own keeps that as long as its target is not known.
     if (m_uLinked != NO_NUMBER && m_eType == Data_Node::Empty) {
         SetValue(Data_Node::Link, 0);
-        char s[NUMBER_ROOM];
+        char s[NUMBER_ROOM + 2];
+        const std::string_view sTarget = FormatNodeNumber(m_uLinked, s);
         m_oValue.Truncate(0);
-        m_oValue.Add("ID", 2);
-        m_oValue.Add(s, FormatInteger(m_uLinked, s));
+        m_oValue.Add(sTarget.data(), sTarget.size());
         m_sText = {m_oValue.Beg(), m_oValue.Size()};
     }
     m_bHeld = false;

@@ -3,9 +3,11 @@
 #ifndef VOK_XML_RECORD_READER_H
 #define VOK_XML_RECORD_READER_H
 
+#include <optional>
 #include <string_view>
 
 #include "vok/data/record_source.h"
+#include "vok/xml/loader.h"
 #include "vok/xml/tokens.h"
 
 namespace vok::xml {
@@ -19,7 +21,7 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     RecordReader(Source& oSource, const Limits& oLimits);
 
     bool Next() override;
-    bool HasBelow(std::size_t uLevel) override;
+    void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oSource.OffsetOf(m_p); }
 
@@ -71,6 +73,8 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     Arr<char> m_oValue;          // of the record
     Arr<char> m_oAttText;        // names and values of its attributes
     Arr<std::size_t> m_oAttEnd;  // where each of them ends
+    // What builds the trees of records, once there are any.
+    std::optional<detail::XmlLoader> m_oLoader;
 };
 
 }  // namespace vok::xml

@@ -7,6 +7,7 @@
 #include <bit>
 #include <string_view>
 
+#include "vok/base/number.h"
 #include "vok/xml/form.h"
 
 namespace vok::xml {
@@ -24,6 +25,13 @@ namespace vok::xml {
 // The number in "ID17"; NO_NUMBER for one beyond 64 bits, which is nobody's.
 inline constexpr u3_t NO_NUMBER = ~u3_t{0};
 [[nodiscard]] u3_t ParseNodeNumber(std::string_view sValue);
+// That text, in sBuf.
+[[nodiscard]] inline std::string_view FormatNodeNumber(u3_t uNumber,
+                                                       char (&sBuf)[NUMBER_ROOM + 2]) noexcept {
+    sBuf[0] = 'I';
+    sBuf[1] = 'D';
+    return {sBuf, 2 + FormatInteger(uNumber, sBuf + 2)};
+}
 
 [[noreturn]] void RaiseUnknownText(std::string_view sText);
 

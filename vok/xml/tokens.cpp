@@ -8,6 +8,16 @@
 
 namespace vok::xml {
 
+void Tokens::TakeOver(Tokens& o) noexcept {
+    m_p = o.m_p;
+    m_pEnd = o.m_pEnd;
+    m_uOpen = o.m_uOpen;
+    m_uElements = o.m_uElements;
+    m_bBegun = o.m_bBegun;
+    m_bDone = false;
+    std::swap(m_oFound, o.m_oFound);
+}
+
 void Tokens::ReadToken() {
     for (;;) {
         const char* const pToken = m_p;

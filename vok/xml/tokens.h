@@ -37,6 +37,10 @@ class Tokens {
           m_pEnd(oSource.End()) {}
     ~Tokens() = default;
 
+    // Goes on from where another one stands, with what it has found; that has none of it any more
+    // and may go on in the same way. Neither may hold a text.
+    void TakeOver(Tokens& o) noexcept;
+
     // Reads the next token. Raises the error of a document that ends inside of it, or in front of
     // it.
     void ReadToken();

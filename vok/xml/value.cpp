@@ -39,13 +39,13 @@ void XmlLoader::AddNumbered(Arr<Numbered>& oArr, std::string_view sValue) const 
 }
 
 bool XmlLoader::SetType(std::string_view sType) {
-    Node& oNode = m_oBase.m_oNode(m_uNode);
+    Node& oNode = m_pBase->m_oNode(m_uNode);
     if (oNode.GetType() == Node::Tree) return false;
     const xml::TypeName* pType = xml::FindType(sType);
     if (pType == nullptr) return false;
     u3_t uValue = xml::SeedOf(*pType);
-    if (pType->eType == Node::Quad) uValue = m_oBase.m_oHeap.AddQuad({});
-    m_oBase.DropValue(oNode);
+    if (pType->eType == Node::Quad) uValue = m_pBase->m_oHeap.AddQuad({});
+    m_pBase->DropValue(oNode);
     oNode.SetType(pType->eType);
     oNode.SetValue64(uValue);
     return true;
@@ -53,7 +53,7 @@ bool XmlLoader::SetType(std::string_view sType) {
 
 void XmlLoader::SetAttribute(const xml::Tag::Attribute& o) {
     const std::string_view sValue = DecodedValue(o.sValue, m_oValueRoom);
-    m_oBase.SetOutsideAttribute(m_uNode, Decoded(o.sName, m_oNameRoom), sValue);
+    m_pBase->SetOutsideAttribute(m_uNode, Decoded(o.sName, m_oNameRoom), sValue);
 }
 
 void XmlLoader::EndTextBeforeElement() {
@@ -70,7 +70,7 @@ void XmlLoader::SetText() {
 }
 
 void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
-    Node& oNode = m_oBase.m_oNode(uId);
+    Node& oNode = m_pBase->m_oNode(uId);
     switch (oNode.GetType()) {
         case Node::Boolean:
         case Node::Integer:
@@ -86,28 +86,28 @@ void XmlLoader::SetValue(u2_t uId, std::string_view sText) {
         case Node::Tree: break;
         default:
             if (Has(Data::XML_SKIP_BLANKS) && xml::IsBlank(sText)) break;
-            m_oBase.SetNewText(uId, sText);
+            m_pBase->SetNewText(uId, sText);
     }
 }
 
 void XmlLoader::SetQuad(u2_t uId, std::string_view sText) {
     const Data_Heap::Quad auWord = xml::ParseQuad(sText);
     // SetType has made room for the words.
-    Node& oNode = m_oBase.m_oNode(uId);
-    m_oBase.m_oHeap.SetQuad(oNode.uWord2, auWord);
+    Node& oNode = m_pBase->m_oNode(uId);
+    m_pBase->m_oHeap.SetQuad(oNode.uWord2, auWord);
     oNode.uWord3 = auWord[0];
 }
 
 void XmlLoader::SetBlock(u2_t uId, std::string_view sText) {
     u3_t uValue;
     if (!AddBlock(sText, uValue)) xml::RaiseUnknownText(sText);
-    m_oBase.m_oNode(uId).SetValue64(uValue);
+    m_pBase->m_oNode(uId).SetValue64(uValue);
 }
 
 bool XmlLoader::AddBlock(std::string_view sText, u3_t& uValue) {
     m_oBlock.Truncate(0);
     if (!DecodeBase64(sText, m_oBlock)) return false;
-    const u2_t uOffset = m_oBase.m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
+    const u2_t uOffset = m_pBase->m_oHeap.Add(m_oBlock.Beg(), m_oBlock.Size());
     uValue = u3_t{m_oBlock.Size()} << 32 | uOffset;
     return true;
 }
