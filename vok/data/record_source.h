@@ -54,6 +54,8 @@ class Record_Source : public Data_Record {
     virtual void AddTo(Load_Report& oReport) const = 0;
     // Bytes read so far.
     [[nodiscard]] virtual u3_t Offset() const = 0;
+    // Bytes behind the document that were read as well, once Next has returned false.
+    [[nodiscard]] u3_t Left() const noexcept { return m_uLeft; }
 
     // Leaves out what is below the last node of a level, or nothing after all.
     void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
@@ -113,6 +115,7 @@ class Record_Source : public Data_Record {
     Record_Trail m_oTrail;
     Arr<u3_t> m_oNumber;
     u3_t m_uLinked = NO_NUMBER;
+    u3_t m_uLeft = 0;
     bool m_bInOrder = true;
 
   private:

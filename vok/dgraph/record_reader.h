@@ -89,7 +89,6 @@ class RecordReader final : public detail::Record_Source {
     std::optional<Loader> m_oLoader;
     u3_t m_uNodes = 1;
     u3_t m_uSkipped = 0;
-    u3_t m_uLeft = 0;       // bytes behind the document
     bool m_bNamed = false;  // of the record being read the name is known
     bool m_bEnd = false;    // the stream was at its end
     bool m_bDone = false;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "vok/base/text_words.h"
 #include "vok/base/where.h"
 
 namespace vok {
@@ -108,7 +109,7 @@ std::size_t File_Buf::Write(const void* pSource, std::size_t uCount) {
 
 void File_Buf::WriteText(const char* pSource, std::size_t uCount) {
     const char* pEnd = pSource + uCount;
-    const auto uLines = static_cast<std::size_t>(std::count(pSource, pEnd, '\n'));
+    const std::size_t uLines = words::Count(pSource, uCount, '\n');
     char* pOut = MakeSpace(uCount + uLines);
     while (pSource < pEnd) {
         const char* pLine = std::find(pSource, pEnd, '\n');

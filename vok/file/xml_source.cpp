@@ -8,6 +8,7 @@
 
 #include "vok/base/msg.h"
 #include "vok/base/str.h"
+#include "vok/base/text_words.h"
 #include "vok/base/utf8.h"
 #include "vok/file/rest.h"
 #include "vok/file/xml_text.h"
@@ -215,11 +216,11 @@ void Source::Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexc
     const auto oCharacters = [](const char* p, const char* pEnd) {
         return std::count_if(p, pEnd, [](char c) { return (c & 0xC0) != 0x80; });
     };
-    const auto iLines = std::count(pFrom, pTo, '\n');
+    const std::size_t uLines = words::Count(pFrom, static_cast<std::size_t>(pTo - pFrom), '\n');
     const char* pLine = pTo;  // start of the last line
     while (pLine != pFrom && pLine[-1] != '\n') --pLine;
-    if (iLines != 0) oPlace.uColumn = 1;
-    oPlace.uLine += static_cast<u2_t>(iLines);
+    if (uLines != 0) oPlace.uColumn = 1;
+    oPlace.uLine += static_cast<u2_t>(uLines);
     oPlace.uColumn += static_cast<u2_t>(oCharacters(pLine, pTo));
     switch (m_eCoding) {
         case Coding::Utf8: oPlace.uOffset += static_cast<u3_t>(pTo - pFrom); break;

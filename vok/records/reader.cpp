@@ -75,9 +75,7 @@ bool Data_Reader::Next() {
         Impl& o = *m_pImpl;
         if (o.m_pSource->Next()) return true;
         if (!std::exchange(o.m_bDone, true)) {
-            Load_Report oReport;
-            o.m_pSource->AddTo(oReport);
-            o.m_uBehind = o.m_oDocument.Finish(oReport.m_uBytesLeft);
+            o.m_uBehind = o.m_oDocument.Finish(o.m_pSource->Left());
         }
         return false;
     });

@@ -67,7 +67,6 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     bool m_bHeld = false;   // the innermost element is held
     bool m_bReady = false;  // the record is what Next is to come to
     bool m_bEnd = false;
-    u3_t m_uLeft = 0;  // bytes behind the document
     Arr<char> m_oNameRoom;
     Arr<char> m_oValueRoom;
     Arr<char> m_oValue;          // of the record
