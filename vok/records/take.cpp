@@ -54,7 +54,11 @@ void Taker::Take(Data& oTree, Work& oWork) {
 
 void Taker::TakeRoot(Data& oTree) {
     const Data_Record& r = m_oSource;
-    oTree.SetRootName(r.GetName());
+    // Trees that follow each other mostly have the same name.
+    Data_Names& oNames = Access::BaseOf(oTree)->m_oName;
+    const bool bSame = m_uName < oNames.Size() && oNames.IsText(m_uName, r.GetName());
+    if (!bSame) m_uName = oNames.Intern(r.GetName());
+    oTree.SetRootName(Data_Key{m_uName});
     const Data_Node::Type eType = r.GetType();
     if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
     for (const u3_t u : m_oSource.Numbers()) m_oBuilt.oNumber.Add(Built::Numbered{u, 0});

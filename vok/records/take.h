@@ -44,6 +44,7 @@ class Taker {
     detail::Record_Source& m_oSource;
     const Str m_oTag;
     std::size_t m_uTop = 0;  // level of the root
+    u2_t m_uName = 0;        // the key of the name of the root taken last
     Built m_oBuilt;
     Arr<u2_t> m_oFree;  // ids of removed nodes, ascending
     std::vector<Data_Reader::Outer_Link> m_aoOuter;

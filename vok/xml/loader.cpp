@@ -44,7 +44,7 @@ void XmlLoader::RunBelow(Data_Base& oBase, Tokens& oAt, u3_t uNodes) {
     CheckMemory();
     Run();
     oBase.UpdateSucc();
-    m_oFound.m_uReordered += CountReordered();
+    m_oFound.uReordered += CountReordered();
 }
 
 void XmlLoader::ResolveLinks() {
@@ -70,7 +70,7 @@ void XmlLoader::ResolveLinks() {
 }
 
 void XmlLoader::AddTo(Load_Report& oReport) {
-    oReport = m_oFound;
+    m_oFound.AddTo(oReport);
     oReport.m_uWork = m_oWork.Done();
     if (m_bDone && m_pBase->IsIndexed()) oReport.m_uReordered = CountReordered();
 }

@@ -113,7 +113,7 @@ inline bool RecordReader::ReadFast() {
     if (m_pEnd - p < ROOM || !TakeFast(p, oName)) return false;
     m_uOffset = m_oSource.OffsetOf(pBegin);
     NoteOrder(uKey);
-    m_oFound.m_uReordered += m_oTrail.IsBehindHigher(uKey);
+    m_oFound.uReordered += m_oTrail.IsBehindHigher(uKey);
     m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
     StandAtLast();
     if (m_oAttribute.Size() != 0) m_oAttribute.Truncate(0);
@@ -153,12 +153,12 @@ bool RecordReader::Next() {
 void RecordReader::BuildBelow(Data& /*oTree*/, Data_Base& oBase, Built& oBuilt) {
     if (!m_oLoader.has_value()) m_oLoader.emplace(m_oSource, m_uFlags, m_oLimits);
     detail::XmlLoader& oLoader = *m_oLoader;
-    const u3_t uReordered = m_oFound.m_uReordered;
+    const u3_t uReordered = m_oFound.uReordered;
     // What it has come to counts whether it ends with an error or not.
     const detail::OnExit oOnExit([&] {
         TakeOver(oLoader);
         m_uNodes += oBase.m_oNode.Size() - 1;
-        m_bInOrder = m_bInOrder && m_oFound.m_uReordered == uReordered;
+        m_bInOrder = m_bInOrder && m_oFound.uReordered == uReordered;
         m_bDone = m_uOpen == 0;
         oBuilt.uNode = oLoader.CurrentNode();
     });
@@ -178,7 +178,7 @@ void RecordReader::BuildBelow(Data& /*oTree*/, Data_Base& oBase, Built& oBuilt) 
 }
 
 void RecordReader::AddTo(Load_Report& oReport) const {
-    oReport = m_oFound;
+    m_oFound.AddTo(oReport);
     const Source::Place oPlace = m_oSource.PlaceOf(m_p);
     oReport.m_uOffset = oPlace.uOffset;
     oReport.m_uLine = oPlace.uLine;
@@ -240,7 +240,7 @@ void RecordReader::Hold() {
     const std::string_view sName = Decoded(m_oTag.Name(), m_oNameRoom);
     const u2_t uKey = m_oTrail.Intern(sName);
     NoteOrder(uKey);
-    m_oFound.m_uReordered += m_oTrail.IsBehindHigher(uKey);
+    m_oFound.uReordered += m_oTrail.IsBehindHigher(uKey);
     m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
     StandAtLast();
     SetValue(Data_Node::Empty, 0);

@@ -15,7 +15,7 @@ void Tokens::TakeOver(Tokens& o) noexcept {
     m_uElements = o.m_uElements;
     m_bBegun = o.m_bBegun;
     m_bDone = false;
-    std::swap(m_oFound, o.m_oFound);
+    m_oFound = std::exchange(o.m_oFound, {});
 }
 
 void Tokens::ReadToken() {
@@ -82,7 +82,7 @@ bool Tokens::SkipInstruction() {
     constexpr std::string_view DECLARATION = "<?xml";
     const std::string_view sStart = Rest(m_p).substr(0, DECLARATION.size() + 1);
     const bool bDeclaration = sStart.starts_with(DECLARATION) && Is(sStart.back(), BLANK);
-    m_oFound.m_uInstructions += !bDeclaration;
+    m_oFound.uInstructions += !bDeclaration;
     m_p += uLength;
     return true;
 }
@@ -96,7 +96,7 @@ bool Tokens::ReadDeclaration() {
             Msg::MissingCharInXmlStream('-');
         }
         const bool bSkipped = SkipPast("-->", 4);
-        m_oFound.m_uComments += bSkipped;
+        m_oFound.uComments += bSkipped;
         return bSkipped;
     }
     constexpr std::string_view DOCTYPE = "<!DOCTYPE";
@@ -126,7 +126,7 @@ bool Tokens::SkipDoctype() {
                 break;
             case '>':
                 if (uBrackets != 0) break;
-                ++m_oFound.m_uInstructions;
+                ++m_oFound.uInstructions;
                 m_p = p + 1;
                 return true;
             default: break;
@@ -189,7 +189,7 @@ std::string_view Tokens::DecodedValue(std::string_view sValue, Arr<char>& oRoom)
     const auto oIsSpecial = [](char c) { return c == '&' || c == '\t' || c == '\n' || c == '\r'; };
     if (std::any_of(sValue.begin(), sValue.end(), oIsSpecial)) {
         oRoom.Truncate(0);
-        m_oFound.m_uKeptReferences += DecodeValue(oRoom, sValue, KeepsUnknown());
+        m_oFound.uKeptReferences += DecodeValue(oRoom, sValue, KeepsUnknown());
         sValue = {oRoom.Beg(), oRoom.Size()};
     }
     CheckNoNul(sValue);
@@ -199,19 +199,19 @@ std::string_view Tokens::DecodedValue(std::string_view sValue, Arr<char>& oRoom)
 
 void Tokens::AddText(Data_Node::Type eType, std::string_view sRun) {
     if (eType == Data_Node::Tree) {
-        m_oFound.m_uDroppedTexts += !IsBlank(sRun);
+        m_oFound.uDroppedTexts += !IsBlank(sRun);
         return;
     }
     if (eType == Data_Node::Binary) Msg::MissingHeaderForBinaryData();
     CheckLength(sRun.size());
     CheckNoNul(sRun);
-    m_oFound.m_uKeptReferences += DecodeText(m_oText, sRun, KeepsUnknown());
+    m_oFound.uKeptReferences += DecodeText(m_oText, sRun, KeepsUnknown());
     m_bText = true;
 }
 
 void Tokens::AddCdata(Data_Node::Type eType, std::string_view sRun) {
     if (eType == Data_Node::Tree) {
-        m_oFound.m_uDroppedTexts += !IsBlank(sRun);
+        m_oFound.uDroppedTexts += !IsBlank(sRun);
         return;
     }
     if (eType == Data_Node::Binary && m_bText) Msg::MissingHeaderForBinaryData();

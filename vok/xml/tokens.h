@@ -107,7 +107,23 @@ class Tokens {
     Tag m_oTag;
     Arr<char> m_oText;     // of the innermost open element
     bool m_bText = false;  // it has one, if only an empty one
-    Load_Report m_oFound;  // what was met on the way
+    // What was met on the way, as Load_Report has it.
+    struct Found {
+        u3_t uDroppedTexts = 0;
+        u3_t uKeptReferences = 0;
+        u3_t uReordered = 0;
+        u3_t uComments = 0;
+        u3_t uInstructions = 0;
+
+        void AddTo(Load_Report& o) const noexcept {
+            o.m_uDroppedTexts = uDroppedTexts;
+            o.m_uKeptReferences = uKeptReferences;
+            o.m_uReordered = uReordered;
+            o.m_uComments = uComments;
+            o.m_uInstructions = uInstructions;
+        }
+    };
+    Found m_oFound;
 
   private:
     // Tokens of so many bytes are read whatever the limit on texts.
