@@ -14,6 +14,11 @@ namespace vok::words {
 inline constexpr u3_t EACH = 0x0101010101010101u;
 inline constexpr u3_t HIGH_BITS = 0x80 * EACH;
 
+// The high bit of each byte of a word that is zero, and of none below the lowest of them.
+[[nodiscard]] constexpr u3_t ZerosIn(u3_t uWord) noexcept {
+    return (uWord - EACH) & ~uWord & HIGH_BITS;
+}
+
 // True when oBad(word) sets no high bit of any word of the text, which may overlap; what else it
 // sets does not matter. A word of a text that is too short for one is filled up with other bytes of
 // it, or with those of uFill, which shall be good. Hands the words to oUse with their places.

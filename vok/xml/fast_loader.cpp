@@ -47,12 +47,13 @@ inline const char* XmlLoader::FastClose(const char* p, const char* pBlanks) noex
 
 // The key of the name at p, 0 for one that needs a second look.
 inline u2_t XmlLoader::FastName(const char* p) {
+    if (Has(Data::XML_SKIP_HTML)) return ScanName(p);
     const std::size_t uRoom = static_cast<std::size_t>(m_pEnd - p);
     Data_Names& oNames = m_pBase->m_oName;
     const auto oIsHere = [&](u2_t uGuess) {
         const Hash_Text& oText = oNames(uGuess);
         return oText.StandsAt(p, uRoom) && !xml::Is(p[oText.uLength], xml::NAME) &&
-               oNames.IsXmlVerbatim(uGuess) && !IsSkipped(oText.View());
+               oNames.IsXmlVerbatim(uGuess);
     };
     u2_t uKey = oNames.Guess().First();
     if (!oIsHere(uKey) && !oIsHere(uKey = oNames.Guess().Second())) return ScanName(p);
@@ -79,7 +80,8 @@ u2_t XmlLoader::ScanName(const char* p) {
 inline XmlLoader::Content XmlLoader::FastContent(const char*& p, const Hash_Text& oName,
                                                  Node& oNode) {
     const char* pText = p;
-    while (p != m_pEnd && *p != '<') ++p;
+    const TextRun oRun(p, m_pEnd);
+    p = oRun.pEnd;
     if (m_pEnd - p < END_TAG) return Content::Other;
     const std::string_view sText = Between(pText, p);
     if (p[1] != '/') {
@@ -87,8 +89,7 @@ inline XmlLoader::Content XmlLoader::FastContent(const char*& p, const Hash_Text
     }
     if (!EndsHere(oName, p, m_pEnd)) return Content::Other;
     if (sText.empty()) return Content::Ends;
-    if (sText.find('&') != std::string_view::npos) return Content::Other;
-    return AddFastText(oNode, sText) ? Content::Ends : Content::Other;
+    return !oRun.bReference && AddFastText(oNode, sText) ? Content::Ends : Content::Other;
 }
 
 // The same for a text in one CDATA section.

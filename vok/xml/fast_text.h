@@ -10,6 +10,8 @@
 #include <string_view>
 
 #include "vok/base/hash.h"
+#include "vok/base/little_endian.h"
+#include "vok/base/text_words.h"
 #include "vok/xml/form.h"
 
 namespace vok::xml::fast {
@@ -86,6 +88,26 @@ struct Scalar {
         }
         uBytes = static_cast<std::size_t>(p - pText);
         return true;
+    }
+};
+
+// The text that begins at a place and what ends it.
+struct TextRun {
+    const char* pEnd;         // "<", or the end of all
+    bool bReference = false;  // there is a "&" in it
+
+    TextRun(const char* p, const char* pLimit) noexcept : pEnd(p) {
+        for (; pLimit - pEnd >= 8; pEnd += 8) {
+            const auto uWord = le::Load<u3_t>(pEnd);
+            const u3_t uEnds = words::ZerosIn(uWord ^ '<' * words::EACH);
+            const u3_t uReferences = words::ZerosIn(uWord ^ '&' * words::EACH);
+            // Those in front of the end, where there is one.
+            bReference |= (uReferences & (uEnds - 1) & ~uEnds) != 0;
+            if (uEnds == 0) continue;
+            pEnd += std::countr_zero(uEnds) / 8;
+            return;
+        }
+        for (; pEnd != pLimit && *pEnd != '<'; ++pEnd) bReference |= *pEnd == '&';
     }
 };
 

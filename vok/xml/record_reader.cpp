@@ -81,7 +81,8 @@ inline bool RecordReader::TakeFast(const char*& p, const Hash_Text& oName) {
         p = pStop + CDATA_END.size();
     } else {
         const char* const pText = p;
-        while (p != m_pEnd && *p != '<') ++p;
+        const TextRun oRun(p, m_pEnd);
+        p = oRun.pEnd;
         if (m_pEnd - p < END_TAG) return false;
         const std::string_view sText = Between(pText, p);
         if (p[1] != '/') {
@@ -90,8 +91,7 @@ inline bool RecordReader::TakeFast(const char*& p, const Hash_Text& oName) {
             return true;
         }
         SetValue(Data_Node::Empty, 0);
-        const bool bPlain = sText.find('&') == std::string_view::npos;
-        if (!sText.empty() && (!bPlain || !TakeFastText(sText))) return false;
+        if (!sText.empty() && (oRun.bReference || !TakeFastText(sText))) return false;
     }
     if (!EndsHere(oName, p, m_pEnd)) return false;
     p += 2 + oName.uLength + 1;
