@@ -80,7 +80,9 @@ void XmlLoader::AddTo(Load_Report& oReport) {
 u3_t XmlLoader::CountReordered() {
     u3_t uCount = 0;
     for (u2_t uId = 0; uId < m_pBase->m_oNode.Size(); ++uId) {
+        if (TypeOf(uId) != Node::Tree) continue;
         const Data_Base::Group oGroup = m_pBase->SuccOf(uId);
+        if (std::is_sorted(oGroup.pId, oGroup.pId + oGroup.uSize)) continue;
         u2_t uLowest = Node::NONE;
         for (u2_t u = oGroup.uSize; u-- > 0;) {
             if (oGroup.pId[u] > uLowest && oGroup.pId[u] >= m_uFirst) ++uCount;
