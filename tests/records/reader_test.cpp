@@ -105,10 +105,10 @@ TEST(Reader, AllOfADocumentIsItsTree) {
 
 // Runs of one name in which values that need a second look stand between others, longer than what
 // is read ahead.
-std::string Runs() {
+std::string Runs(std::size_t uLeast = 200000) {
     std::string sRecords;
     i3_t iObjects = 0;
-    for (; sRecords.size() < 200000; ++iObjects) {
+    for (; sRecords.size() < uLeast; ++iObjects) {
         std::string sObject;
         i3_t iCount = 0;
         for (const std::size_t uName : {1u, 4u, 5u, 12u, 30u}) {
@@ -259,6 +259,93 @@ TEST(Reader, ASubtreeLeftOutCanBeTakenStill) {
         EXPECT_EQ(oTree.GetNthSucc("id", 0).GetValInt(), 10);
         ASSERT_TRUE(oReader.Next());
         EXPECT_EQ(oReader->GetDepth(), 1u);
+    }
+}
+
+// Objects with attributes, the same ones again and again; the last one may have a name behind one
+// that it was seen to follow before, but now belongs in front of.
+std::string Ladder(bool bInOrder) {
+    const std::string sInner = Open("a[0][@k=\"v\"]", 1) + Leaf("o[0]", 1, I32(1));
+    const std::string sTop = Open("o[0]", 2) + Leaf("k[0]", 1, I32(2)) + Text("l[0]", "text");
+    const std::string sLast =
+        bInOrder ? sInner : Open("a[0]", 2) + Leaf("o[0]", 1, I32(1)) + Leaf("k[0]", 1, I32(2));
+    std::string sRecords;
+    for (int i = 0; i < 4; ++i) {
+        sRecords += Open("b[" + std::to_string(i) + "]", 2) + sInner + sTop;
+    }
+    return Document(6,
+                    sRecords + Open("c[0]", 2) + sLast + sTop + Text("d[0]", std::string(60, 'd')));
+}
+
+// Whatever a reader is asked, and wherever, it says what one says that is asked at every record:
+// what it has read ahead does not show.
+TEST(Reader, WhereARecordIsAskedFor) {
+    std::vector<std::size_t> oHeads;
+    const std::string sRepeating = Repeating(oHeads);
+    const std::string sXml = "<r><o><a>1</a><b/>text</o><o><a>2</a><b><c/></b></o></r>";
+    const auto oSaidBy = [](const Data_Reader& r) {
+        return std::string(r->GetName()) + std::to_string(r->GetType()) +
+               std::string(r.GetPath().View()) + ' ' + Line(r.GetReport()) +
+               (r.IsInOrder() ? "" : "!");
+    };
+    for (const std::string& sDocument : {sRepeating, sRepeating.substr(0, oHeads.back() - 20),
+                                         AllTypes(), g_sOrders, sXml, g_sXml, Ladder(false)}) {
+        Texts sSaid;
+        File_Buf oIn(sDocument.data(), sDocument.size());
+        Data_Reader oEach(oIn);
+        const std::string sError = Failing([&] {
+            while (oEach.Next()) sSaid.push_back(oSaidBy(oEach));
+        });
+        const std::string sEnd = Line(oEach.GetReport());
+        for (std::size_t uAsked = 0; uAsked < sSaid.size(); ++uAsked) {
+            Drop_Stream oStream(sDocument, 50);
+            Data_Reader oReader(oStream);
+            std::size_t u = 0;
+            const std::string sAgain = Failing([&] {
+                for (; oReader.Next(); ++u) {
+                    const bool bAsked = u == uAsked || u == uAsked + 3;
+                    EXPECT_EQ(bAsked ? oSaidBy(oReader) : sSaid[u], sSaid[u]);
+                }
+            });
+            EXPECT_EQ(u, sSaid.size());
+            EXPECT_EQ(sAgain, sError);
+            if (sError.empty()) continue;
+            EXPECT_EQ(Line(oReader.GetReport()), sEnd);
+        }
+    }
+}
+
+TEST(Reader, EveryRecordIsTakenOrLeftOut) {
+    std::vector<std::size_t> oHeads;
+    for (const std::string& sDocument : {Repeating(oHeads), Runs(9000), Ladder(true)}) {
+        File_Buf oWhole(sDocument.data(), sDocument.size());
+        Data oTree;
+        Failing([&] { Dgraph_Load(oTree, oWhole); });
+        std::vector<std::pair<u2_t, std::size_t>> oNodes;  // id and depth
+        for (Data_Walk o(oTree); o.Next();) oNodes.emplace_back(o.GetId(), o.GetDepth());
+        for (std::size_t uAt = 0; uAt < oNodes.size(); ++uAt) {
+            std::size_t uNext = uAt + 1;
+            while (uNext < oNodes.size() && oNodes[uNext].second > oNodes[uAt].second) ++uNext;
+            for (const bool bTake : {false, true}) {
+                File_Buf oIn(sDocument.data(), sDocument.size());
+                Data_Reader oReader(oIn);
+                for (std::size_t u = 0; u <= uAt; ++u) ASSERT_TRUE(oReader.Next());
+                Data oTaken;
+                if (bTake) {
+                    const u3_t uOffset = oReader->GetOffset();
+                    oReader.Take(oTaken);
+                    EXPECT_EQ(oReader->GetOffset(), uOffset);
+                    EXPECT_EQ(Show(oTaken), Show(oTree.GetNodeFromID(oNodes[uAt].first)));
+                } else {
+                    oReader.SkipSuccessors();
+                }
+                const bool bMore = uNext < oNodes.size();
+                ASSERT_EQ(oReader.Next(), bMore) << uAt;
+                if (!bMore) continue;
+                const Str oPath = oTree.GetNodeFromID(oNodes[uNext].first).GetPath();
+                EXPECT_EQ(oReader.GetPath(), oPath);
+            }
+        }
     }
 }
 

@@ -16,6 +16,19 @@
 
 namespace vok::detail {
 
+// A record that was read in front of its turn: a leaf without attributes.
+class Ahead_Record final : public Data_Record {
+  public:
+    using Data_Record::m_iIndex;
+    using Data_Record::m_sName;
+    using Data_Record::m_sText;
+    using Data_Record::m_uDepth;
+    using Data_Record::m_uOffset;
+    using Data_Record::SetValue;
+
+    u2_t m_uKey = 0;  // of its name
+};
+
 // A document of which the record says what the last call of Next has come to.
 class Record_Source : public Data_Record {
   public:
@@ -26,6 +39,14 @@ class Record_Source : public Data_Record {
     // Moves to the next record that is not left out; false behind the last one. Not to be called
     // again after an error.
     virtual bool Next() = 0;
+    // Records behind that one may be known already: the next of them, which goes in front of what
+    // Next comes to; null behind the last one.
+    [[nodiscard]] const Data_Record* NextAhead() noexcept {
+        return m_pAhead != m_pAheadEnd ? m_pAhead++ : nullptr;
+    }
+    // Knows none any more, and has come to the one that NextAhead gave last, if it has given one.
+    // To be called in front of all that asks where it stands.
+    virtual void GoBack() noexcept {}
     // What building the tree of a record has come to, by the ids of its nodes.
     struct Built {
         // A node that is to lead to another.
@@ -112,6 +133,8 @@ class Record_Source : public Data_Record {
         return false;
     }
 
+    const Ahead_Record* m_pAhead = nullptr;
+    const Ahead_Record* m_pAheadEnd = nullptr;
     Record_Trail m_oTrail;
     Arr<u3_t> m_oNumber;
     u3_t m_uLinked = NO_NUMBER;

@@ -72,17 +72,23 @@ class Record_Trail {
     }
     // "/a[0]/b[2]" for the last node of a level. Linear in what it gives.
     [[nodiscard]] Str PathTo(std::size_t uLevel) const {
+        return uLevel == 0 ? Str("/") : PathTo(uLevel, NameAt(uLevel), m_oLevel(uLevel).uRun - 1);
+    }
+    // For another one of a level, which is not that of the root.
+    [[nodiscard]] Str PathTo(std::size_t uLevel, std::string_view sName, u2_t uIndex) const {
         Arr<char> oPath;
-        for (std::size_t u = 1; u <= uLevel; ++u) {
-            oPath.Add('/');
-            AppendStep(oPath, NameAt(u), m_oLevel(u).uRun - 1);
-        }
-        if (uLevel == 0) oPath.Add('/');
+        for (std::size_t u = 1; u < uLevel; ++u) AddStep(oPath, NameAt(u), m_oLevel(u).uRun - 1);
+        AddStep(oPath, sName, uIndex);
         return Str(std::string_view(oPath.Beg(), oPath.Size()));
     }
 
   private:
     static constexpr std::size_t MOST_NAMES = 65536;
+
+    static void AddStep(Arr<char>& oPath, std::string_view sName, u2_t uIndex) {
+        oPath.Add('/');
+        AppendStep(oPath, sName, uIndex);
+    }
 
     // Only the names of open levels are kept.
     void StartAgain() {

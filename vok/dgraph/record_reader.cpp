@@ -47,48 +47,52 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     return uKey;
 }
 
-// A value of one of the frequent types, which begins at p; then the window is behind it.
-[[gnu::always_inline]] inline bool RecordReader::ReadFastValue(u0_t uCode, const char* p,
-                                                               const char* pEnd) {
-    m_sText = {};
+// A value of one of the frequent types, which begins at p, and what is behind it; null for any
+// other and for a node that has successors.
+template <class Record>
+[[gnu::always_inline]] inline const char* RecordReader::TakeLeaf(Record& o, u0_t uCode,
+                                                                 const char* p,
+                                                                 const char* pEnd) const noexcept {
+    o.m_sText = {};
     switch (uCode) {
-        case CODE_INTEGER:
-            SetValue(Data_Node::Integer, Load<u2_t>(p));
-            p += 4;
-            break;
-        case CODE_DOUBLE:
-            SetValue(Data_Node::Double, Load<u3_t>(p));
-            p += 8;
-            break;
-        case CODE_LONG:
-            SetValue(Data_Node::Long, Load<u3_t>(p));
-            p += 8;
-            break;
-        case CODE_BOOLEAN: SetValue(Data_Node::Boolean, *p++ != 0); break;
+        case CODE_INTEGER: o.SetValue(Data_Node::Integer, Load<u2_t>(p)); return p + 4;
+        case CODE_DOUBLE: o.SetValue(Data_Node::Double, Load<u3_t>(p)); return p + 8;
+        case CODE_LONG: o.SetValue(Data_Node::Long, Load<u3_t>(p)); return p + 8;
+        case CODE_BOOLEAN: o.SetValue(Data_Node::Boolean, *p != 0); return p + 1;
         case CODE_STRING: {
             const std::size_t uText = Load<u2_t>(p);
             p += 4;
-            if (uText - 1 >= static_cast<std::size_t>(pEnd - p)) return false;
-            if (uText > m_oLimits.m_uTextBytes || p[uText - 1] != 0) return false;
-            if (!IsAsciiText(p, uText - 1)) return false;
-            m_sText = {p, uText - 1};
-            SetValue(Data_Node::String, 0);
-            p += uText;
-            break;
+            if (uText - 1 >= static_cast<std::size_t>(pEnd - p)) return nullptr;
+            if (uText > m_oLimits.m_uTextBytes || p[uText - 1] != 0) return nullptr;
+            if (!IsAsciiText(p, uText - 1)) return nullptr;
+            o.m_sText = {p, uText - 1};
+            o.SetValue(Data_Node::String, 0);
+            return p + uText;
         }
-        case CODE_NONE: {
-            const auto uCount = Load<u2_t>(p);
-            p += 4;
-            if (uCount != 0 && m_oTrail.Size() >= m_oLimits.m_uDepth) return false;
-            --m_oTrail.Last().uPending;
-            SetValue(uCount != 0 ? Data_Node::Tree : Data_Node::Empty, uCount);
-            if (uCount != 0) m_oTrail.Open(uCount);
-            m_oWindow.Skip(static_cast<std::size_t>(p - m_oWindow.Peek()));
-            return true;
-        }
-        default: return false;
+        case CODE_NONE:
+            if (Load<u2_t>(p) != 0) return nullptr;
+            o.SetValue(Data_Node::Empty, 0);
+            return p + 4;
+        default: return nullptr;
     }
-    --m_oTrail.Last().uPending;
+}
+
+// The same, and for a node that has successors; then the window is behind it.
+[[gnu::always_inline]] inline bool RecordReader::ReadFastValue(u0_t uCode, const char* p,
+                                                               const char* pEnd) {
+    const u2_t uCount = uCode == CODE_NONE ? Load<u2_t>(p) : 0;
+    if (uCount != 0) {
+        if (m_oTrail.Size() >= m_oLimits.m_uDepth) return false;
+        p += 4;
+        m_sText = {};
+        SetValue(Data_Node::Tree, uCount);
+        --m_oTrail.Last().uPending;
+        m_oTrail.Open(uCount);
+    } else {
+        p = TakeLeaf(*this, uCode, p, pEnd);
+        if (p == nullptr) return false;
+        --m_oTrail.Last().uPending;
+    }
     m_oWindow.Skip(static_cast<std::size_t>(p - m_oWindow.Peek()));
     return true;
 }
@@ -173,7 +177,98 @@ bool RecordReader::ReadAtEnd(std::size_t uAtHand) {
     return true;
 }
 
+void RecordReader::ReadAhead() {
+    if (m_uPatience != 0) {
+        --m_uPatience;
+        return;
+    }
+    detail::Record_Trail::Level& oLevel = m_oTrail.Last();
+    const std::size_t uLevel = m_oTrail.Size() - 1;
+    Data_Names& oNames = m_oTrail.Names();
+    Hash_Guess& oGuess = oNames.Guess();
+    if (uLevel == 0 || (!oGuess.GetExpected() && m_pBefore == nullptr)) return;
+    if (!m_paoAhead) m_paoAhead = std::make_unique<std::array<detail::Ahead_Record, MOST_AHEAD>>();
+    detail::Ahead_Record* const pFirst = m_paoAhead->data();
+    const std::size_t uMost =
+        std::min<u3_t>({MOST_AHEAD, oLevel.uPending, m_oLimits.m_uNodes - m_uNodes});
+    const char* const pBegin = m_oWindow.Peek();
+    const char* const pEnd = pBegin + m_oWindow.AtHand();
+    const u3_t uOffset = m_oWindow.Offset();
+    const char* p = pBegin;
+    const char* pBefore = m_pBefore;
+    u2_t uKey = m_uKeyBefore = oLevel.uKey;
+    u2_t uRun = m_uRunBefore = oLevel.uRun;
+    detail::Ahead_Record* pRecord = pFirst;
+    for (; pRecord != pFirst + uMost; ++pRecord) {
+        if (static_cast<std::size_t>(pEnd - p) < m_uHeadRoom) break;
+        const Hash_Guess::Expected oExpected = oGuess.GetExpected();
+        const char* pCode = MatchHead(oGuess, oExpected, p);
+        const bool bNext = pCode == nullptr;
+        if (!bNext) {
+            const bool bAscends = uKey == oGuess.Second() && oExpected.IsAscending();
+            if (oExpected.Key() == uKey) break;
+            if (!bAscends && uKey != Hash::NONE && oNames.IsLess(oExpected.Key(), uKey)) break;
+        } else {
+            if (pBefore == nullptr) break;
+            pCode = MatchNext(p, pBefore);
+            if (pCode == nullptr) break;
+        }
+        const char* const pBehind = TakeLeaf(*pRecord, static_cast<u0_t>(*pCode), pCode + 1, pEnd);
+        if (pBehind == nullptr) break;
+        if (!bNext) {
+            uKey = oExpected.Key();
+            uRun = 0;
+            oGuess.Confirm(uKey);
+        }
+        pRecord->m_uDepth = static_cast<u2_t>(uLevel);
+        pRecord->m_iIndex = static_cast<i2_t>(uRun++);
+        pRecord->m_sName = oNames(uKey).View();
+        pRecord->m_uOffset = uOffset + static_cast<std::size_t>(p - pBegin);
+        pRecord->m_uKey = uKey;
+        pBefore = p;
+        p = pBehind;
+    }
+    const auto uRead = static_cast<u2_t>(pRecord - pFirst);
+    m_pAhead = pFirst;
+    m_pAheadEnd = pRecord;
+    m_pBefore = pBefore;
+    m_uNodes += uRead;
+    oLevel.uKey = uKey;
+    oLevel.uRun = uRun;
+    oLevel.uPending -= uRead;
+    m_oWindow.Skip(static_cast<std::size_t>(p - pBegin));
+}
+
+void RecordReader::GoBack() noexcept {
+    if (m_pAhead == nullptr) return;
+    const auto uLeft = static_cast<u2_t>(m_pAheadEnd - m_pAhead);
+    if (m_pAhead != m_paoAhead->data()) {
+        const detail::Ahead_Record& o = m_pAhead[-1];
+        m_uDepth = o.m_uDepth;
+        m_iIndex = o.m_iIndex;
+        m_sName = o.m_sName;
+        m_uOffset = o.m_uOffset;
+        m_sText = o.m_sText;
+        SetValue(o.GetType(), o.Lng());
+        m_oAttribute.Truncate(0);
+        m_uKeyBefore = o.m_uKey;
+        m_uRunBefore = static_cast<u2_t>(o.m_iIndex) + 1;
+    }
+    if (uLeft != 0) {
+        detail::Record_Trail::Level& oLevel = m_oTrail.Last();
+        m_oWindow.GoBack(m_oWindow.Offset() - m_pAhead->m_uOffset);
+        m_uNodes -= uLeft;
+        oLevel.uKey = m_uKeyBefore;
+        oLevel.uRun = m_uRunBefore;
+        oLevel.uPending += uLeft;
+        m_pBefore = nullptr;
+        m_uPatience = PATIENCE;
+    }
+    m_pAhead = m_pAheadEnd = nullptr;
+}
+
 bool RecordReader::Next() {
+    m_pAhead = m_pAheadEnd = nullptr;
     do {
         m_bNamed = false;
         if (!CloseLevels()) {
@@ -187,6 +282,7 @@ bool RecordReader::Next() {
         ReadStep();
         ReadValue();
     } while (IsLeftOut());
+    ReadAhead();
     return true;
 }
 
@@ -221,7 +317,13 @@ void RecordReader::AddTo(Load_Report& oReport) const {
     oReport.m_uBytesLeft = m_uLeft;
     // The record being read, or its parent; at the end the root.
     const std::size_t uLevel = m_oTrail.Size() == 0 ? 0 : m_oTrail.Size() - 1;
-    oReport.m_oPath = m_bDone || uLevel == 0 ? Str("/") : m_oTrail.PathTo(uLevel - !m_bNamed);
+    if (m_bDone || uLevel == 0) {
+        oReport.m_oPath = "/";
+    } else {
+        // Below a node that was read last there is none yet.
+        const bool bHere = m_bNamed && m_oTrail.Last().uKey != Hash::NONE;
+        oReport.m_oPath = m_oTrail.PathTo(uLevel - !bHere);
+    }
 }
 
 std::size_t RecordReader::GetLength() {

@@ -4,6 +4,8 @@
 #define VOK_DGRAPH_RECORD_READER_H
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -28,6 +30,7 @@ class RecordReader final : public detail::Record_Source {
     [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
+    void GoBack() noexcept override;
 
   private:
     // Closes levels without records to come; false when that closes all of them, or the document is
@@ -55,6 +58,12 @@ class RecordReader final : public detail::Record_Source {
     [[nodiscard]] bool ReadBehind(const Head& o, const char* pEnd);
     [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep);
     [[nodiscard]] bool ReadFastValue(u0_t uCode, const char* p, const char* pEnd);
+    template <class Record>
+    [[nodiscard]] const char* TakeLeaf(Record& o, u0_t uCode, const char* p,
+                                       const char* pEnd) const noexcept;
+    // Reads records of the last level in front of their turn, as long as they are like most are,
+    // are leaves and stand in order: what a loop keeps in registers is not put aside between calls.
+    void ReadAhead();
     std::size_t GetLength();
     void ReadStep();
     void NoteName(u2_t uKey, i2_t iIndex);
@@ -69,6 +78,9 @@ class RecordReader final : public detail::Record_Source {
     }
 
     static constexpr std::size_t LENGTH = 4;
+    static constexpr std::size_t MOST_AHEAD = 16;
+    // Who had some of them read in vain will do so again: records until it is tried once more.
+    static constexpr u2_t PATIENCE = 256;
 
     File_Window m_oWindow;
     const Limits m_oLimits;
@@ -80,6 +92,12 @@ class RecordReader final : public detail::Record_Source {
     const char* m_pBefore = nullptr;
     Arr<char> m_oRoom;   // what of a value is not in the window
     Arr<char> m_oTexts;  // attributes that were no UTF-8
+    std::unique_ptr<std::array<detail::Ahead_Record, MOST_AHEAD>> m_paoAhead;
+    // What the last level had in front of them. Not copied as a level: what has just been written
+    // field by field is waited for where it is read as one.
+    u2_t m_uKeyBefore = 0;
+    u2_t m_uRunBefore = 0;
+    u2_t m_uPatience = 0;  // records that are still to come one by one
     // What builds the trees of records, once there are any.
     struct Loader {
         explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}

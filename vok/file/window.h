@@ -58,6 +58,8 @@ class File_Window {
         return static_cast<std::size_t>(m_pEnd - m_p);
     }
     void Skip(std::size_t uSize) noexcept { m_p += uSize; }
+    // Back over what was gone over since the stream was asked for the last time.
+    void GoBack(std::size_t uSize) noexcept { m_p -= uSize; }
 
     // Bytes read so far, and those that were asked for and not there.
     [[nodiscard]] u3_t Offset() const noexcept {

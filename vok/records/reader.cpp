@@ -71,6 +71,13 @@ Str Data_Reader::GetVersion() const {
 }
 
 bool Data_Reader::Next() {
+    detail::Record_Source& oSource = *m_pImpl->m_pSource;
+    const Data_Record* const pAhead = oSource.NextAhead();
+    m_pRecord = pAhead != nullptr ? pAhead : &oSource;
+    return pAhead != nullptr || ReadNext();
+}
+
+[[gnu::noinline]] bool Data_Reader::ReadNext() {
     return Where("vok::Data_Reader::Next", [&] {
         Impl& o = *m_pImpl;
         if (o.m_pSource->Next()) return true;
@@ -82,12 +89,17 @@ bool Data_Reader::Next() {
 }
 
 void Data_Reader::SkipSuccessors() noexcept {
+    if (m_pRecord->GetType() == Data_Node::Tree) m_pImpl->m_pSource->GoBack();
     m_pImpl->m_pSource->SkipBelow(m_pRecord->GetDepth());
 }
 
 Str Data_Reader::GetPath() const {
-    return Where("vok::Data_Reader::GetPath",
-                 [&] { return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth()); });
+    return Where("vok::Data_Reader::GetPath", [&] {
+        const u2_t uDepth = m_pRecord->GetDepth();
+        const auto uIndex = static_cast<u2_t>(m_pRecord->GetIndex());
+        const detail::Record_Trail& oTrail = m_pImpl->m_pSource->Trail();
+        return uDepth == 0 ? Str("/") : oTrail.PathTo(uDepth, m_pRecord->GetName(), uIndex);
+    });
 }
 
 bool Data_Reader::IsInOrder() const noexcept {
@@ -97,6 +109,7 @@ bool Data_Reader::IsInOrder() const noexcept {
 Load_Report Data_Reader::GetReport() const {
     return Where("vok::Data_Reader::GetReport", [&] {
         Load_Report oReport;
+        m_pImpl->m_pSource->GoBack();
         m_pImpl->m_pSource->AddTo(oReport);
         const Str& oFault = m_pImpl->m_oTaker->Fault();
         if (!oFault.IsEmpty()) oReport.m_oPath = oFault;
@@ -111,6 +124,8 @@ void Data_Reader::Take(Data& oTree) {
             pBase->ResetNodes();
         }
         oTree.SetToRoot();
+        m_pImpl->m_pSource->GoBack();
+        m_pRecord = m_pImpl->m_pSource.get();
         const u2_t uTop = m_pRecord->GetDepth();
         m_pImpl->m_oTaker->Take(oTree, m_pImpl->m_oWork);
         m_pImpl->m_pSource->StandAt(uTop);

@@ -89,6 +89,8 @@ class Data_Reader {
   private:
     class Impl;
 
+    bool ReadNext();
+
     std::unique_ptr<Impl> m_pImpl;
     const Data_Record* m_pRecord;
 };
