@@ -78,6 +78,35 @@ void CheckRecords(std::string_view sBytes, const Data& oLoaded, const std::strin
     CheckForm(sBytes, oWhole);
 }
 
+// A reader that is asked where it stands, has some records left out, or takes them, comes to the
+// same as one that only goes on.
+void CheckAsked(std::string_view sBytes) {
+    File_Buf oPlainIn(sBytes.data(), sBytes.size());
+    File_Buf oAskedIn(sBytes.data(), sBytes.size());
+    Data_Reader oPlain(oPlainIn);
+    Data_Reader oAsked(oAskedIn);
+    Data oTree;
+    const std::size_t uSeldom = 1 + sBytes.size() % 13;
+    for (std::size_t u = 0; oPlain.Next(); ++u) {
+        Check(oAsked.Next());
+        Check(oPlain->GetName() == oAsked->GetName() && oPlain->GetIndex() == oAsked->GetIndex());
+        Check(oPlain->GetDepth() == oAsked->GetDepth() && oPlain->GetType() == oAsked->GetType());
+        Check(oPlain->GetOffset() == oAsked->GetOffset() && oPlain->Text() == oAsked->Text());
+        if (u % uSeldom != 0) continue;
+        switch (u / uSeldom % 4) {
+            case 0: Check(oPlain.GetPath() == oAsked.GetPath()); break;
+            case 1: (void)oAsked.GetReport(); break;
+            case 2:
+                oAsked.SkipSuccessors();
+                oPlain.SkipSuccessors();
+                break;
+            default: oAsked.Take(oTree); oPlain.SkipSuccessors();
+        }
+    }
+    Check(!oAsked.Next());
+    Check(oPlain.IsInOrder() == oAsked.IsInOrder());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSize) {
@@ -89,7 +118,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uSi
     const std::string sError = Raised([&] { Dgraph_Load(oTree, oIn, {}, &oReport); });
     Check(oReport.m_uOffset <= uSize);
     CheckCost(oReport, uSize);
-    if (HasRecords(sBytes)) CheckRecords(sBytes, oTree, sError, oReport);
+    if (HasRecords(sBytes)) {
+        CheckRecords(sBytes, oTree, sError, oReport);
+        (void)Raised([&] { CheckAsked(sBytes); });
+    }
     if (!sError.empty() || !oTree.IsNode()) return 0;
     oTree.SetToRoot();
     Dgraph_SetVersion(oTree, 1, 3, 0);

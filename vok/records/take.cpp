@@ -13,14 +13,14 @@ namespace vok::records {
 using detail::Record_Source;
 using dgraph::Access;
 
-void Taker::TakeBelow(Data& oTree) {
+void Taker::TakeBelow(Data& oTree, Data_Base& b) {
     try {
-        m_oSource.BuildBelow(oTree, *Access::BaseOf(oTree), m_oBuilt);
+        m_oSource.BuildBelow(oTree, b, m_oBuilt);
     } catch (...) {
         NoteFault(oTree, m_oBuilt.uNode);
         throw;
     }
-    if (m_oBuilt.bGaps) NoteGaps(*Access::BaseOf(oTree));
+    if (m_oBuilt.bGaps) NoteGaps(b);
 }
 
 void Taker::NoteGaps(const Data_Base& b) {
@@ -41,24 +41,24 @@ void Taker::Take(Data& oTree, Work& oWork) {
     m_oBuilt.oNumber.Truncate(0);
     m_oBuilt.bGaps = false;
     m_oFree.Truncate(0);
-    oTree.SetUserTag(m_oTag.CStr());  // most trees have it from the record before
+    Data_Base& b = *Access::BaseOf(oTree);
+    b.m_oUserTag.Set(m_oTag.View());
     m_uTop = m_oSource.GetDepth();
     const bool bTree = m_oSource.GetType() == Data_Node::Tree;
-    TakeRoot(oTree);
+    TakeRoot(oTree, b);
     m_oSource.SkipNothing();
-    if (bTree) TakeBelow(oTree);
+    if (bTree) TakeBelow(oTree, b);
     oTree.SetToRoot();
     if (!m_oBuilt.aoLink.empty()) ResolveLinks(oTree, oWork);
     if (m_oFree.Size() != 0) oTree.Shrink();
 }
 
-void Taker::TakeRoot(Data& oTree) {
+void Taker::TakeRoot(Data& oTree, Data_Base& b) {
     const Data_Record& r = m_oSource;
     // Trees that follow each other mostly have the same name.
-    Data_Names& oNames = Access::BaseOf(oTree)->m_oName;
-    const bool bSame = m_uName < oNames.Size() && oNames.IsText(m_uName, r.GetName());
-    if (!bSame) m_uName = oNames.Intern(r.GetName());
-    oTree.SetRootName(Data_Key{m_uName});
+    const bool bSame = m_uName < b.m_oName.Size() && b.m_oName.IsText(m_uName, r.GetName());
+    if (!bSame) m_uName = b.m_oName.Intern(r.GetName());
+    b.m_oNode(0).uKey = m_uName;
     const Data_Node::Type eType = r.GetType();
     if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
     for (const u3_t u : m_oSource.Numbers()) m_oBuilt.oNumber.Add(Built::Numbered{u, 0});

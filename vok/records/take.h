@@ -31,8 +31,8 @@ class Taker {
   private:
     using Built = detail::Record_Source::Built;
 
-    void TakeRoot(Data& oTree);
-    void TakeBelow(Data& oTree);
+    void TakeRoot(Data& oTree, Data_Base& b);
+    void TakeBelow(Data& oTree, Data_Base& b);
     void NoteGaps(const Data_Base& b);
     void NoteFault(const Data& oTree, u2_t uId);
     void ResolveLinks(Data& oTree, Work& oWork);
