@@ -23,6 +23,10 @@ inline void Writer<Sink>::WriteFastRecords() {
     u2_t uRunStart = f.uRunStart;
     char* p = m_oSink.Space(PIECE);
     const char* pEnd = m_oSink.SpaceEnd();
+    // Where the step of the record in front ends, and the bytes of its head; null where the next
+    // one is not to be made of it.
+    const char* pStepEnd = nullptr;
+    std::size_t uHead = 0;
     for (; uPos < f.oGroup.uSize; ++uPos) {
         const u2_t uId = f.oGroup.pId[uPos];
         const Data_Node& oNode = pNodes[uId];
@@ -36,14 +40,22 @@ inline void Writer<Sink>::WriteFastRecords() {
             m_oSink.Cut(p);
             p = m_oSink.Space(PIECE);
             pEnd = m_oSink.SpaceEnd();
+            pStepEnd = nullptr;
         }
+        char* const pLength = p;
+        p = CopyName(p + 4, oName);
         if (oNode.uKey != uRunKey) {
             uRunKey = oNode.uKey;
             uRunStart = uPos;
+            p = StoreFirst(p);
+        } else if (pStepEnd != nullptr && StoreNext(pLength + uHead, pStepEnd)) {
+            p = pLength + uHead;
+        } else {
+            p = StoreIndex(p, uPos - uRunStart);
         }
-        char* const pLength = p;
-        p = StoreIndex(CopyName(p + 4, oName), uPos - uRunStart);
-        Store(pLength, static_cast<u2_t>(p - pLength - 4));
+        uHead = static_cast<std::size_t>(p - pLength);
+        Store(pLength, static_cast<u2_t>(uHead - 4));
+        pStepEnd = p;
         switch (eType) {
             case Data_Node::Integer:
                 *p++ = CODE_INTEGER;

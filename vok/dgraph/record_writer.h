@@ -66,6 +66,21 @@ class RecordWriter : public ValueWriter<Sink&> {
         return Values::StoreDigits(p, uIndex);
     }
 
+    // The index 0, with one byte more than it has.
+    static char* StoreFirst(char* p) noexcept {
+        constexpr u2_t TEXT = '[' | '0' << 8 | ']' << 16;
+        Store(p, TEXT);
+        return p + 3;
+    }
+    // In front of pEnd the last eight bytes of the step that ends in front of pBefore, but for the
+    // last digit of its index, which is one more; false where that is a nine.
+    [[nodiscard]] static bool StoreNext(char* pEnd, const char* pBefore) noexcept {
+        constexpr u3_t ONE_MORE = u3_t{1} << 48;
+        if (pBefore[-2] == '9') return false;
+        Store(pEnd - 8, Load<u3_t>(pBefore - 8) + ONE_MORE);
+        return true;
+    }
+
   private:
     void LongStep(const Hash_Text& oForm, u2_t uIndex) {
         char sIndex[NUMBER_ROOM + 2];

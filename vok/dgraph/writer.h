@@ -34,7 +34,9 @@ class Writer : private RecordWriter<Sink> {
     using Record::CopyName;
     using Record::FIXED_ROOM;
     using Record::m_oSink;
+    using Record::StoreFirst;
     using Record::StoreIndex;
+    using Record::StoreNext;
     static_assert(Data_Heap::SLACK >= BufferSink::SLACK);
 
     // The successors of one open level, and the run of equal names at its position.
