@@ -123,28 +123,25 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
 }
 
 template <bool OUTSIDE>
-[[gnu::noinline]] u2_t Hash::EnterMany(std::string_view sText) {
-    const Hash_Text oText = TakeApart(sText);
+inline u2_t Hash::EnterMany(const Hash_Text& oText) {
     if (m_oIndex.Size() == 0) MakeIndex();
     if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
     const u2_t uHash = HashOf(oText);
     Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
     if (oSlot.uKey != 0) return oSlot.uKey;
-    if (OUTSIDE && !IsAsciiText(sText.data(), sText.size())) return EnterUtf8(sText);
+    if (OUTSIDE && !IsAsciiText(oText.sText, oText.uLength)) return EnterUtf8(oText.View());
     oSlot = {uHash, Append(oText)};
     return oSlot.uKey;
 }
 
-// Nothing that is called here is told where the text that was taken apart lies, so that it lies in
-// registers.
 template <bool OUTSIDE>
 u2_t Hash::Enter(std::string_view sText) {
     if (sText.empty()) return 0;
     if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
     if (m_oText.Size() == 0) [[unlikely]]
         Start();
-    if (m_oText.Size() > FEW) return EnterMany<OUTSIDE>(sText);
     const Hash_Text oText = TakeApart(sText);
+    if (m_oText.Size() > FEW) return EnterMany<OUTSIDE>(oText);
     u0_t& uKey = m_auFew[FewSlotOf(oText)];
     if (uKey != 0) return uKey;
     if (OUTSIDE && !IsAsciiText(sText.data(), sText.size())) return EnterUtf8(sText);

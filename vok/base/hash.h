@@ -108,7 +108,7 @@ class Hash {
     template <bool OUTSIDE>
     u2_t Enter(std::string_view sText);
     template <bool OUTSIDE>
-    [[nodiscard]] u2_t EnterMany(std::string_view sText);
+    [[nodiscard]] u2_t EnterMany(const Hash_Text& oText);
     [[nodiscard]] u2_t EnterUtf8(std::string_view sText);
     [[nodiscard]] u2_t Append(const Hash_Text& oText);
     void AddBlock(std::size_t uSize);
