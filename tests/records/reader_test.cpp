@@ -204,6 +204,25 @@ TEST(Reader, DamageIsToldAsByLoading) {
     }
 }
 
+// Objects of several levels, each a little larger than the one in front of it; with sLast in the
+// last one, behind names that were seen to follow each other.
+std::string Nested(const std::string& sLast = {}) {
+    std::string sRecords;
+    for (int i = 0; i < 9; ++i) {
+        std::string sList;
+        for (int u = 0; u <= i % 4; ++u) {
+            sList += Open("e[" + std::to_string(u) + "]", 2) + Leaf("p[0]", 1, I32(u)) +
+                     Text("q[0]", std::string(static_cast<std::size_t>(u), 'q'));
+        }
+        const bool bLast = i == 8 && !sLast.empty();
+        sRecords += Open("o[" + std::to_string(i) + "]", bLast ? 6 : 5) + Leaf("a[0]", 1, I32(i)) +
+                    Open("l[0]", i % 4 + 1) + sList + Leaf("m[0]", 6, U8(1)) +
+                    Leaf("x[0]", 1, I32(2)) + Open("y[0]", 1) + Leaf("w[0]", 1, I32(3)) +
+                    (bLast ? sLast : "");
+    }
+    return Document(10, sRecords + Text("z[0]", std::string(60, 'z')));
+}
+
 TEST(Reader, LimitsAreThoseOfLoading) {
     const Limit ALL[] = {LIMIT_NODES,      LIMIT_DEPTH,      LIMIT_SLOTS,
                          LIMIT_TEXT_BYTES, LIMIT_ATTRIBUTES, LIMIT_PATH_STEPS};
@@ -214,6 +233,10 @@ TEST(Reader, LimitsAreThoseOfLoading) {
             ExpectSame(g_sXml, AtMost(o, uMost));
         }
     }
+    for (u3_t uMost = 1; uMost < 130; ++uMost) ExpectSame(Nested(), AtMost(LIMIT_NODES, uMost));
+    const std::string sDeeper = Nested(Open("y[1]", 1) + Open("l[0]", 1) + Open("e[0]", 2) +
+                                       Leaf("p[0]", 1, I32(5)) + Text("q[0]", "q"));
+    for (u3_t uMost = 1; uMost < 9; ++uMost) ExpectSame(sDeeper, AtMost(LIMIT_DEPTH, uMost));
 }
 
 // Gaps, nodes out of order and a level without end, three levels down.
@@ -288,8 +311,10 @@ TEST(Reader, WhereARecordIsAskedFor) {
                std::string(r.GetPath().View()) + ' ' + Line(r.GetReport()) +
                (r.IsInOrder() ? "" : "!");
     };
-    for (const std::string& sDocument : {sRepeating, sRepeating.substr(0, oHeads.back() - 20),
-                                         AllTypes(), g_sOrders, sXml, g_sXml, Ladder(false)}) {
+    for (const std::string& sDocument :
+         {sRepeating, sRepeating.substr(0, oHeads.back() - 20), AllTypes(), g_sOrders, sXml, g_sXml,
+          Ladder(false), Nested(), Nested(Leaf("y[0]", 1, I32(4))),
+          Nested(Open("y[1]", 1) + Leaf("y[2]", 1, I32(4))), Nested(Leaf("x[1]", 1, I32(4)))}) {
         Texts sSaid;
         File_Buf oIn(sDocument.data(), sDocument.size());
         Data_Reader oEach(oIn);
@@ -317,7 +342,7 @@ TEST(Reader, WhereARecordIsAskedFor) {
 
 TEST(Reader, EveryRecordIsTakenOrLeftOut) {
     std::vector<std::size_t> oHeads;
-    for (const std::string& sDocument : {Repeating(oHeads), Runs(9000), Ladder(true)}) {
+    for (const std::string& sDocument : {Repeating(oHeads), Runs(9000), Ladder(true), Nested()}) {
         File_Buf oWhole(sDocument.data(), sDocument.size());
         Data oTree;
         Failing([&] { Dgraph_Load(oTree, oWhole); });
@@ -343,7 +368,7 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
                 ASSERT_EQ(oReader.Next(), bMore) << uAt;
                 if (!bMore) continue;
                 const Str oPath = oTree.GetNodeFromID(oNodes[uNext].first).GetPath();
-                EXPECT_EQ(oReader.GetPath(), oPath);
+                EXPECT_EQ(oReader.GetPath().View(), oPath.View()) << uAt << bTake;
             }
         }
     }

@@ -16,7 +16,7 @@
 
 namespace vok::detail {
 
-// A record that was read in front of its turn: a leaf without attributes.
+// A record that was read in front of its turn, one without attributes.
 class Ahead_Record final : public Data_Record {
   public:
     using Data_Record::m_iIndex;

@@ -33,6 +33,10 @@ class Record_Trail {
         m_oLevel.Emplace(Hash::NONE, 0u, Hash::NONE, uPending);
     }
     void Close() noexcept { m_oLevel.Pop(); }
+    // The levels that were closed last are open after all, as they were; none was opened since.
+    void Reopen(std::size_t uLevels) noexcept { m_oLevel.SetSize(m_oLevel.Size() + uLevels); }
+    // Whether one more level needs no memory.
+    [[nodiscard]] bool HasRoom() const noexcept { return m_oLevel.Size() != m_oLevel.Capacity(); }
 
     // The key of a name, good until the next call with another one: the table may start again then,
     // and the keys of the levels are others.
@@ -72,23 +76,17 @@ class Record_Trail {
     }
     // "/a[0]/b[2]" for the last node of a level. Linear in what it gives.
     [[nodiscard]] Str PathTo(std::size_t uLevel) const {
-        return uLevel == 0 ? Str("/") : PathTo(uLevel, NameAt(uLevel), m_oLevel(uLevel).uRun - 1);
-    }
-    // For another one of a level, which is not that of the root.
-    [[nodiscard]] Str PathTo(std::size_t uLevel, std::string_view sName, u2_t uIndex) const {
         Arr<char> oPath;
-        for (std::size_t u = 1; u < uLevel; ++u) AddStep(oPath, NameAt(u), m_oLevel(u).uRun - 1);
-        AddStep(oPath, sName, uIndex);
+        for (std::size_t u = 1; u <= uLevel; ++u) {
+            oPath.Add('/');
+            AppendStep(oPath, NameAt(u), m_oLevel(u).uRun - 1);
+        }
+        if (uLevel == 0) oPath.Add('/');
         return Str(std::string_view(oPath.Beg(), oPath.Size()));
     }
 
   private:
     static constexpr std::size_t MOST_NAMES = 65536;
-
-    static void AddStep(Arr<char>& oPath, std::string_view sName, u2_t uIndex) {
-        oPath.Add('/');
-        AppendStep(oPath, sName, uIndex);
-    }
 
     // Only the names of open levels are kept.
     void StartAgain() {

@@ -182,67 +182,113 @@ void RecordReader::ReadAhead() {
         --m_uPatience;
         return;
     }
-    detail::Record_Trail::Level& oLevel = m_oTrail.Last();
-    const std::size_t uLevel = m_oTrail.Size() - 1;
+    const detail::Record_Trail::Level& oLevel = m_oTrail.Last();
+    if (m_oTrail.Size() == 1 || oLevel.uPending == 0) return;
+    if (!m_oTrail.Names().Guess().GetExpected() && m_pBefore == nullptr) return;
+    if (!m_paoAhead) m_paoAhead = std::make_unique<std::array<detail::Ahead_Record, MOST_AHEAD>>();
+    m_uStart = m_oTrail.Size() - 1;
+    m_oStart = oLevel;
+    const std::size_t uRead =
+        ReadSeveral(std::min<u3_t>(MOST_AHEAD, m_oLimits.m_uNodes - m_uNodes));
+    m_pAhead = m_paoAhead->data();
+    m_pAheadEnd = m_pAhead + uRead;
+    m_uNodes += uRead;
+    m_uInVain = uRead != 0 ? 0 : m_uInVain + 1;
+    if (m_uInVain >= MOST_IN_VAIN) m_uPatience = SHORT_PATIENCE;
+}
+
+// What there is to know of the last level is in locals; the trail has the others.
+std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
     Data_Names& oNames = m_oTrail.Names();
     Hash_Guess& oGuess = oNames.Guess();
-    if (uLevel == 0 || (!oGuess.GetExpected() && m_pBefore == nullptr)) return;
-    if (!m_paoAhead) m_paoAhead = std::make_unique<std::array<detail::Ahead_Record, MOST_AHEAD>>();
     detail::Ahead_Record* const pFirst = m_paoAhead->data();
-    const std::size_t uMost =
-        std::min<u3_t>({MOST_AHEAD, oLevel.uPending, m_oLimits.m_uNodes - m_uNodes});
+    detail::Ahead_Record* pRecord = pFirst;
     const char* const pBegin = m_oWindow.Peek();
     const char* const pEnd = pBegin + m_oWindow.AtHand();
     const u3_t uOffset = m_oWindow.Offset();
     const char* p = pBegin;
-    const char* pBefore = m_pBefore;
-    u2_t uKey = m_uKeyBefore = oLevel.uKey;
-    u2_t uRun = m_uRunBefore = oLevel.uRun;
-    detail::Ahead_Record* pRecord = pFirst;
-    for (; pRecord != pFirst + uMost; ++pRecord) {
+    std::size_t uBelow = 0;  // levels below the one that it began on
+    // Of each level the record in front, for the next one of its run; null where unknown.
+    std::array<const char*, MOST_AHEAD + 1> apBefore;
+    apBefore[0] = m_pBefore;
+    u2_t uKey = m_oTrail.Last().uKey;
+    u2_t uRun = m_oTrail.Last().uRun;
+    u2_t uPending = m_oTrail.Last().uPending;
+    const auto oStore = [&] {
+        m_oTrail.Last().uKey = uKey;
+        m_oTrail.Last().uRun = uRun;
+        m_oTrail.Last().uPending = uPending;
+    };
+    std::size_t uClosed = 0;  // levels, since the last record
+    while (pRecord != pFirst + uMost) {
+        if (uPending == 0) {
+            if (uBelow == 0) break;
+            oStore();
+            m_oTrail.Close();
+            ++uClosed;
+            --uBelow;
+            uKey = m_oTrail.Last().uKey;
+            uRun = m_oTrail.Last().uRun;
+            uPending = m_oTrail.Last().uPending;
+            continue;
+        }
         if (static_cast<std::size_t>(pEnd - p) < m_uHeadRoom) break;
         const Hash_Guess::Expected oExpected = oGuess.GetExpected();
         const char* pCode = MatchHead(oGuess, oExpected, p);
         const bool bNext = pCode == nullptr;
         if (!bNext) {
-            const bool bAscends = uKey == oGuess.Second() && oExpected.IsAscending();
             if (oExpected.Key() == uKey) break;
+            const bool bAscends = uKey == oGuess.Second() && oExpected.IsAscending();
             if (!bAscends && uKey != Hash::NONE && oNames.IsLess(oExpected.Key(), uKey)) break;
         } else {
-            if (pBefore == nullptr) break;
-            pCode = MatchNext(p, pBefore);
+            if (apBefore[uBelow] == nullptr) break;
+            pCode = MatchNext(p, apBefore[uBelow]);
             if (pCode == nullptr) break;
         }
-        const char* const pBehind = TakeLeaf(*pRecord, static_cast<u0_t>(*pCode), pCode + 1, pEnd);
-        if (pBehind == nullptr) break;
-        if (!bNext) {
-            uKey = oExpected.Key();
-            uRun = 0;
-            oGuess.Confirm(uKey);
+        const auto uCode = static_cast<u0_t>(*pCode++);
+        const u2_t uCount = uCode == CODE_NONE ? Load<u2_t>(pCode) : 0;
+        const char* pBehind = pCode + sizeof(uCount);
+        if (uCount == 0) {
+            pBehind = TakeLeaf(*pRecord, uCode, pCode, pEnd);
+            if (pBehind == nullptr) break;
+        } else {
+            if (m_oTrail.Size() >= m_oLimits.m_uDepth || !m_oTrail.HasRoom()) break;
+            pRecord->m_sText = {};
+            pRecord->SetValue(Data_Node::Tree, uCount);
         }
-        pRecord->m_uDepth = static_cast<u2_t>(uLevel);
+        uRun = bNext ? uRun : 0;
+        uKey = bNext ? uKey : oExpected.Key();
+        oGuess.Confirm(uKey);
+        pRecord->m_uDepth = static_cast<u2_t>(m_uStart + uBelow);
         pRecord->m_iIndex = static_cast<i2_t>(uRun++);
         pRecord->m_sName = oNames(uKey).View();
         pRecord->m_uOffset = uOffset + static_cast<std::size_t>(p - pBegin);
         pRecord->m_uKey = uKey;
-        pBefore = p;
+        ++pRecord;
+        --uPending;
+        uClosed = 0;
+        apBefore[uBelow] = p;
         p = pBehind;
+        if (uCount == 0) continue;
+        oStore();
+        m_oTrail.Open(uCount);
+        apBefore[++uBelow] = nullptr;
+        uKey = Hash::NONE;
+        uRun = 0;
+        uPending = uCount;
     }
-    const auto uRead = static_cast<u2_t>(pRecord - pFirst);
-    m_pAhead = pFirst;
-    m_pAheadEnd = pRecord;
-    m_pBefore = pBefore;
-    m_uNodes += uRead;
-    oLevel.uKey = uKey;
-    oLevel.uRun = uRun;
-    oLevel.uPending -= uRead;
+    oStore();
+    // The last record stands on its level for as long as it is the last one.
+    m_oTrail.Reopen(uClosed);
+    m_pBefore = apBefore[uBelow];  // forgotten where that level is closed
     m_oWindow.Skip(static_cast<std::size_t>(p - pBegin));
+    return static_cast<std::size_t>(pRecord - pFirst);
 }
 
 void RecordReader::GoBack() noexcept {
     if (m_pAhead == nullptr) return;
-    const auto uLeft = static_cast<u2_t>(m_pAheadEnd - m_pAhead);
-    if (m_pAhead != m_paoAhead->data()) {
+    const detail::Ahead_Record* const pFirst = m_paoAhead->data();
+    if (m_pAhead != pFirst) {
         const detail::Ahead_Record& o = m_pAhead[-1];
         m_uDepth = o.m_uDepth;
         m_iIndex = o.m_iIndex;
@@ -251,16 +297,19 @@ void RecordReader::GoBack() noexcept {
         m_sText = o.m_sText;
         SetValue(o.GetType(), o.Lng());
         m_oAttribute.Truncate(0);
-        m_uKeyBefore = o.m_uKey;
-        m_uRunBefore = static_cast<u2_t>(o.m_iIndex) + 1;
     }
-    if (uLeft != 0) {
-        detail::Record_Trail::Level& oLevel = m_oTrail.Last();
+    if (m_pAhead != m_pAheadEnd) {
+        // What has been given of them opens and closes levels once more, for which there is room.
+        while (m_oTrail.Size() > m_uStart + 1) m_oTrail.Close();
+        m_oTrail.Last() = m_oStart;
+        for (const detail::Ahead_Record* p = pFirst; p != m_pAhead; ++p) {
+            while (m_oTrail.Size() > p->GetDepth() + std::size_t{1}) m_oTrail.Close();
+            m_oTrail.Note(p->m_uKey, static_cast<u2_t>(p->m_iIndex));
+            --m_oTrail.Last().uPending;
+            if (p->GetType() == Data_Node::Tree) m_oTrail.Open(p->GetSuccs());
+        }
         m_oWindow.GoBack(m_oWindow.Offset() - m_pAhead->m_uOffset);
-        m_uNodes -= uLeft;
-        oLevel.uKey = m_uKeyBefore;
-        oLevel.uRun = m_uRunBefore;
-        oLevel.uPending += uLeft;
+        m_uNodes -= static_cast<std::size_t>(m_pAheadEnd - m_pAhead);
         m_pBefore = nullptr;
         m_uPatience = PATIENCE;
     }

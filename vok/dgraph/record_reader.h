@@ -61,9 +61,10 @@ class RecordReader final : public detail::Record_Source {
     template <class Record>
     [[nodiscard]] const char* TakeLeaf(Record& o, u0_t uCode, const char* p,
                                        const char* pEnd) const noexcept;
-    // Reads records of the last level in front of their turn, as long as they are like most are,
-    // are leaves and stand in order: what a loop keeps in registers is not put aside between calls.
+    // Reads records of the last level and below in front of their turn, as long as they are like
+    // most are and stand in order: what a loop keeps in registers is not put aside between calls.
     void ReadAhead();
+    [[nodiscard]] std::size_t ReadSeveral(std::size_t uMost);
     std::size_t GetLength();
     void ReadStep();
     void NoteName(u2_t uKey, i2_t iIndex);
@@ -81,6 +82,9 @@ class RecordReader final : public detail::Record_Source {
     static constexpr std::size_t MOST_AHEAD = 16;
     // Who had some of them read in vain will do so again: records until it is tried once more.
     static constexpr u2_t PATIENCE = 256;
+    // The same where records were not like most so often in a row.
+    static constexpr u2_t MOST_IN_VAIN = 4;
+    static constexpr u2_t SHORT_PATIENCE = 16;
 
     File_Window m_oWindow;
     const Limits m_oLimits;
@@ -93,11 +97,10 @@ class RecordReader final : public detail::Record_Source {
     Arr<char> m_oRoom;   // what of a value is not in the window
     Arr<char> m_oTexts;  // attributes that were no UTF-8
     std::unique_ptr<std::array<detail::Ahead_Record, MOST_AHEAD>> m_paoAhead;
-    // What the last level had in front of them. Not copied as a level: what has just been written
-    // field by field is waited for where it is read as one.
-    u2_t m_uKeyBefore = 0;
-    u2_t m_uRunBefore = 0;
-    u2_t m_uPatience = 0;  // records that are still to come one by one
+    std::size_t m_uStart = 0;                // the level that was the last one in front of them
+    detail::Record_Trail::Level m_oStart{};  // what it was
+    u2_t m_uPatience = 0;                    // records that are still to come one by one
+    u2_t m_uInVain = 0;                      // times in a row that there was none
     // What builds the trees of records, once there are any.
     struct Loader {
         explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}

@@ -95,10 +95,8 @@ void Data_Reader::SkipSuccessors() noexcept {
 
 Str Data_Reader::GetPath() const {
     return Where("vok::Data_Reader::GetPath", [&] {
-        const u2_t uDepth = m_pRecord->GetDepth();
-        const auto uIndex = static_cast<u2_t>(m_pRecord->GetIndex());
-        const detail::Record_Trail& oTrail = m_pImpl->m_pSource->Trail();
-        return uDepth == 0 ? Str("/") : oTrail.PathTo(uDepth, m_pRecord->GetName(), uIndex);
+        m_pImpl->m_pSource->GoBack();
+        return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth());
     });
 }
 
