@@ -89,7 +89,9 @@ bool Data_Reader::Next() {
 }
 
 void Data_Reader::SkipSuccessors() noexcept {
-    if (m_pRecord->GetType() == Data_Node::Tree) m_pImpl->m_pSource->GoBack();
+    // Below others there is nothing; what is behind them may be deeper, and read already.
+    if (m_pRecord->GetType() != Data_Node::Tree) return;
+    m_pImpl->m_pSource->GoBack();
     m_pImpl->m_pSource->SkipBelow(m_pRecord->GetDepth());
 }
 
