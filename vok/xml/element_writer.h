@@ -19,7 +19,6 @@
 #include "vok/file/sinks.h"
 #include "vok/file/xml_text.h"
 #include "vok/xml/form.h"
-#include "vok/xml/scalar.h"
 
 namespace vok::xml {
 
@@ -70,8 +69,8 @@ class ElementWriter {
     void DeclareTypes() { Attribute(DT_DECLARATION, DT_NAMESPACE); }
     // The number of the node, or of the one that it leads to.
     void Number(std::string_view sName, u2_t uNumber) {
-        char s[NUMBER_ROOM + 2];
-        Attribute(sName, FormatNodeNumber(uNumber, s));
+        char s[NUMBER_ROOM + 2] = "ID";
+        Attribute(sName, {s, 2 + FormatInteger(uNumber, s + 2)});
     }
     void EndTag(std::string_view sName) {
         PutName(PutText(m_oSink.Space(FIXED_ROOM), "</"), sName);
