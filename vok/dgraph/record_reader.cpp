@@ -97,6 +97,15 @@ template <class Record>
     return true;
 }
 
+// Whether an expected name belongs behind another one, Hash::NONE for none. What came in front of
+// it when it was noted has been compared.
+[[gnu::always_inline]] inline bool RecordReader::IsInOrder(Hash_Guess::Expected oExpected,
+                                                           u2_t uLast) noexcept {
+    const Data_Names& oNames = m_oTrail.Names();
+    return uLast == Hash::NONE || (uLast == oNames.Guess().Second() && oExpected.IsAscending()) ||
+           !oNames.IsLess(oExpected.Key(), uLast);
+}
+
 // The head that is expected.
 [[gnu::always_inline]] inline bool RecordReader::ReadExpected(const char* p, Head& o) {
     Hash_Guess& oGuess = m_oTrail.Names().Guess();
@@ -107,7 +116,7 @@ template <class Record>
     o.uIndex = 0;
     const u2_t uLast = m_oTrail.Last().uKey;
     if (uLast == o.uKey) return false;  // which it is not the first of
-    if (uLast != oGuess.Second() || !oExpected.IsAscending()) NoteOrder(o.uKey);
+    if (!IsInOrder(oExpected, uLast)) m_bInOrder = false;
     oGuess.Confirm(o.uKey);
     return true;
 }
@@ -237,9 +246,7 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         const char* pCode = MatchHead(oGuess, oExpected, p);
         const bool bNext = pCode == nullptr;
         if (!bNext) {
-            if (oExpected.Key() == uKey) break;
-            const bool bAscends = uKey == oGuess.Second() && oExpected.IsAscending();
-            if (!bAscends && uKey != Hash::NONE && oNames.IsLess(oExpected.Key(), uKey)) break;
+            if (oExpected.Key() == uKey || !IsInOrder(oExpected, uKey)) break;
         } else {
             if (apBefore[uBelow] == nullptr) break;
             pCode = MatchNext(p, apBefore[uBelow]);

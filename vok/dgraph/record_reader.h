@@ -52,6 +52,8 @@ class RecordReader final : public detail::Record_Source {
         u2_t uIndex;
         const char* pCode;
     };
+    using Record_Source::IsInOrder;
+    [[nodiscard]] bool IsInOrder(Hash_Guess::Expected oExpected, u2_t uLast) noexcept;
     [[nodiscard]] bool ReadExpected(const char* p, Head& o);
     [[nodiscard]] bool ReadNext(const char* p, Head& o) noexcept;
     [[nodiscard]] bool ReadHead(const char* p, std::size_t uAtHand, Head& o);
