@@ -16,6 +16,7 @@
 #include "vok/base/find.h"
 #include "vok/base/hash.h"
 #include "vok/base/number.h"
+#include "vok/base/str.h"
 #include "vok/base/utf8.h"
 
 namespace vok {
@@ -270,6 +271,29 @@ TEST(Hash, KeysAndOrder) {
         ASSERT_EQ(oHash(u).sText, oTexts[u]);
         const u2_t uOther = static_cast<u2_t>(oRandom() % oTexts.size());
         ASSERT_EQ(oHash.IsLess(u, uOther), oTexts[u] < oTexts[uOther]);
+    }
+}
+
+// Texts of every length with a byte at every place that no name may have: the first one of a table,
+// one of few whose memory is nearly used up, one of many.
+TEST(Hash, TextsFromOutside) {
+    for (const std::size_t uBefore : {0u, 15u, 16u, 30u, 31u, 97u}) {
+        for (std::size_t uSize = 1; uSize <= 40; ++uSize) {
+            Hash oHash;
+            for (std::size_t u = 0; u < uBefore; ++u) {
+                (void)oHash.Insert("the other text " + std::to_string(u));
+            }
+            for (std::size_t uAt = 0; uAt < uSize; ++uAt) {
+                std::string sText(uSize, 'n');
+                sText[uAt] = "\x80\0\xFF\x7F"[uAt % 4];
+                const std::string sName(Utf8_Text(sText).View());
+                const u2_t uKey = oHash.InsertOutside(sText);
+                ASSERT_EQ(oHash(uKey).View(), sName);
+                ASSERT_EQ(oHash.Find(sName), uKey);
+                ASSERT_EQ(oHash.InsertOutside(sName), uKey);
+                ASSERT_EQ(uKey == 0, sText[0] == '\0');
+            }
+        }
     }
 }
 

@@ -191,7 +191,8 @@ class Arr {
     // More than can be counted in bytes; asking for it ends in the allocation error.
     static constexpr std::size_t TOO_MANY = std::numeric_limits<std::size_t>::max() / sizeof(T);
 
-    void Grow(std::size_t uCount) {
+    // Not in line: who appends keeps what he knows in registers.
+    [[gnu::noinline]] void Grow(std::size_t uCount) {
         if (uCount > TOO_MANY - m_uSize) uCount = TOO_MANY - m_uSize;
         const std::size_t uNeeded = m_uSize + uCount;
         if (uNeeded <= m_uCapacity) {

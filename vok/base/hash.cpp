@@ -32,8 +32,8 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
     return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * FACTOR;
 }
 
-// Parts that overlap agree where they do.
-[[nodiscard]] u3_t PrefixOf(std::string_view sText) noexcept {
+// Of a text that is not empty. Parts that overlap agree where they do.
+[[nodiscard, gnu::always_inline]] inline u3_t PrefixOf(std::string_view sText) noexcept {
     const std::size_t uSize = sText.size();
     const char* p = sText.data();
     if (uSize >= 8) return BigEndianAt<u3_t>(p);
@@ -41,17 +41,24 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
         return u3_t{BigEndianAt<u2_t>(p)} << 32 | u3_t{BigEndianAt<u2_t>(p + uSize - 4)}
                                                       << (64 - 8 * uSize);
     }
-    u3_t uPrefix = 0;
-    for (std::size_t u = 0; u < uSize; ++u) {
-        uPrefix |= u3_t{static_cast<u0_t>(p[u])} << (56 - 8 * u);
-    }
-    return uPrefix;
+    const auto oAt = [p](std::size_t u) { return u3_t{static_cast<u0_t>(p[u])} << (56 - 8 * u); };
+    return oAt(0) | oAt(uSize / 2) | oAt(uSize - 1);
 }
 
-[[nodiscard]] Hash_Text TakeApart(std::string_view sText) noexcept {
+[[nodiscard, gnu::always_inline]] inline Hash_Text TakeApart(std::string_view sText) noexcept {
     const std::size_t uSize = sText.size();
     const u2_t uSuffix = uSize > 8 ? BigEndianAt<u2_t>(sText.data() + uSize - 4) : 0;
     return {sText.data(), PrefixOf(sText), static_cast<u2_t>(uSize), uSuffix};
+}
+
+// Whether all bytes are from 1 to 127. Up to 16 of them are in two words.
+[[nodiscard, gnu::always_inline]] inline bool HasAsciiOnly(const Hash_Text& o) noexcept {
+    constexpr detail::NoAsciiText oBad;
+    if (o.uLength > 16) return IsAsciiText(o.sText, o.uLength);
+    if (o.uLength < 8)
+        return (oBad(o.uPrefix | words::EACH >> 8 * o.uLength) & words::HIGH_BITS) == 0;
+    const u3_t uLast = BigEndianAt<u3_t>(o.sText + o.uLength - 8);
+    return ((oBad(o.uPrefix) | oBad(uLast)) & words::HIGH_BITS) == 0;
 }
 
 constexpr std::size_t LONGEST = 0xFFFFFFFE;
@@ -107,45 +114,68 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
 
 // ---- adding -----------------------------------------------------------------
 
-[[gnu::always_inline]] inline u2_t Hash::Append(const Hash_Text& oText) {
-    const std::size_t uKey = m_oText.Size();
+// A text for which there is room. One of up to eight bytes is put together again from its prefix.
+[[gnu::always_inline]] inline u2_t Hash::Append(const Hash_Text& oText) noexcept {
     const std::size_t uSize = oText.uLength + std::size_t{1};
-    m_oText.ReserveMore(1);
-    if (m_uFree < uSize) [[unlikely]]
-        AddBlock(uSize);
     char* const pText = m_pFree;
-    CopyBytes(pText, oText.sText, oText.uLength);
+    if (oText.uLength <= 8) {
+        le::Store(pText, __builtin_bswap64(oText.uPrefix));
+    } else {
+        CopyBytes(pText, oText.sText, oText.uLength);
+    }
     std::memset(pText + oText.uLength, 0, SLACK);
     m_pFree += uSize;
     m_uFree -= uSize;
+    const std::size_t uKey = m_oText.Size();
     *m_oText.AddSpacePrivate() = {pText, oText.uPrefix, oText.uLength, oText.uSuffix};
     return static_cast<u2_t>(uKey);
 }
 
+// Short texts, while there are few and memory for them, call nothing: nothing has to be put aside.
 template <bool OUTSIDE>
-inline u2_t Hash::EnterMany(const Hash_Text& oText) {
-    if (m_oIndex.Size() == 0) MakeIndex();
-    if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
-    const u2_t uHash = HashOf(oText);
-    Slot& oSlot = m_oIndex(SlotOf(oText, uHash));
-    if (oSlot.uKey != 0) return oSlot.uKey;
-    if (OUTSIDE && !IsAsciiText(oText.sText, oText.uLength)) return EnterUtf8(oText.View());
-    oSlot = {uHash, Append(oText)};
-    return oSlot.uKey;
+u2_t Hash::Enter(std::string_view sText) {
+    const bool bShort = sText.size() - 1 < SHORT;
+    const bool bFew = m_oText.Size() - 1 < FEW;  // Start has reserved them
+    if (!bShort || !bFew || m_uFree <= SHORT) [[unlikely]]
+        return EnterAny<OUTSIDE>(sText);
+    const Hash_Text oText = TakeApart(sText);
+    u0_t& uKey = m_auFew[FewSlotOf(oText)];
+    if (uKey != 0) return uKey;
+    if (OUTSIDE && !HasAsciiOnly(oText)) [[unlikely]]
+        return EnterUtf8(sText);
+    return uKey = static_cast<u0_t>(Append(oText));
 }
 
 template <bool OUTSIDE>
-u2_t Hash::Enter(std::string_view sText) {
+u2_t Hash::EnterAny(std::string_view sText) {
     if (sText.empty()) return 0;
     if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
-    if (m_oText.Size() == 0) [[unlikely]]
-        Start();
+    Start();
     const Hash_Text oText = TakeApart(sText);
-    if (m_oText.Size() > FEW) return EnterMany<OUTSIDE>(oText);
-    u0_t& uKey = m_auFew[FewSlotOf(oText)];
+    const bool bFew = m_oText.Size() <= FEW;
+    u2_t uHash = 0;
+    std::size_t uSlot;
+    u2_t uKey;
+    if (bFew) {
+        uSlot = FewSlotOf(oText);
+        uKey = m_auFew[uSlot];
+    } else {
+        if (m_oIndex.Size() == 0) MakeIndex();
+        if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
+        uHash = HashOf(oText);
+        uSlot = SlotOf(oText, uHash);
+        uKey = m_oIndex(uSlot).uKey;
+    }
     if (uKey != 0) return uKey;
-    if (OUTSIDE && !IsAsciiText(sText.data(), sText.size())) return EnterUtf8(sText);
-    uKey = static_cast<u0_t>(Append(oText));
+    if (OUTSIDE && !HasAsciiOnly(oText)) return EnterUtf8(sText);
+    if (m_oText.Size() == m_oText.Capacity()) m_oText.ReserveMore(1);
+    if (m_uFree <= sText.size()) AddBlock(sText.size() + 1);
+    uKey = Append(oText);
+    if (bFew) {
+        m_auFew[uSlot] = static_cast<u0_t>(uKey);
+    } else {
+        m_oIndex(uSlot) = {uHash, uKey};
+    }
     return uKey;
 }
 

@@ -108,11 +108,12 @@ class Hash {
     template <bool OUTSIDE>
     u2_t Enter(std::string_view sText);
     template <bool OUTSIDE>
-    [[nodiscard]] u2_t EnterMany(const Hash_Text& oText);
+    [[gnu::noinline]] u2_t EnterAny(std::string_view sText);
     [[nodiscard]] u2_t EnterUtf8(std::string_view sText);
-    [[nodiscard]] u2_t Append(const Hash_Text& oText);
+    [[nodiscard]] u2_t Append(const Hash_Text& oText) noexcept;
     void AddBlock(std::size_t uSize);
 
+    static constexpr std::size_t SHORT = 16;
     static constexpr std::size_t FEW = 31;  // texts that do without an index
     static constexpr unsigned FEW_BITS = 6;
     static constexpr std::size_t FEW_SLOTS = 1 << FEW_BITS;

@@ -17,14 +17,11 @@ class Hash_Guess {
     // A guess was right.
     void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
     // Another name came; uKeys is the size of the table.
-    void Note(u2_t uKey, std::size_t uKeys) {
-        if (uKeys > KEY) return;
-        if (m_oEntry.Size() < uKeys) [[unlikely]]
-            Grow(uKeys);
-        u2_t& uLast = m_oEntry(m_uLast);
-        if (uKey != m_uLast && uKey != (uLast & KEY)) uLast = (uLast & OF_NAME) | uKey;
-        m_uLast = uKey;
-    }
+    void Note(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, 0); }
+
+    // The same of a name that documents, or elements, carry as it stands.
+    void NoteVerbatim(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, KNOWN | VERBATIM); }
+    void NoteXmlVerbatim(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, XML_VERBATIM); }
 
     // The same where that needs no memory, else nothing.
     void TryNote(u2_t uKey, std::size_t uKeys) noexcept {
@@ -105,11 +102,20 @@ class Hash_Guess {
     static constexpr u2_t VERBATIM = 0x80000000;
     static constexpr u2_t OF_NAME = KNOWN | VERBATIM | XML_VERBATIM;  // whatever comes behind it
 
+    void NoteAs(u2_t uKey, std::size_t uKeys, u2_t uBits) {
+        if (uKeys > KEY) return;
+        if (m_oEntry.Size() < uKeys) [[unlikely]]
+            Grow(uKeys);
+        u2_t& uLast = m_oEntry(m_uLast);
+        if (uKey != m_uLast && uKey != (uLast & KEY)) uLast = (uLast & OF_NAME) | uKey;
+        m_oEntry(uKey) |= uBits;
+        m_uLast = uKey;
+    }
     [[nodiscard]] u2_t Entry() const noexcept {
         return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast) : 0;
     }
     // As far as its memory goes.
-    void Grow(std::size_t uKeys) {
+    [[gnu::noinline]] void Grow(std::size_t uKeys) {
         m_oEntry.ReserveMore(uKeys - m_oEntry.Size());
         m_oEntry.Resize(m_oEntry.Capacity());
     }

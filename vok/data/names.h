@@ -47,8 +47,10 @@ class Data_Names : private Hash::Near, public Hash {
     // Whether documents carry a name as it stands. Remembered.
     [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
 
-    // For one who has looked at it: they do.
-    void SetVerbatim(u2_t uKey) { m_oGuess.SetVerbatim(uKey, true, Size()); }
+    // Interns a name that is not among those to be tried, for one who has seen that documents, or
+    // elements, carry it as it stands, and that it is valid UTF-8 without a NUL.
+    u2_t InternVerbatim(std::string_view sName);
+    u2_t InternXmlVerbatim(std::string_view sName);
     // Whether it is known that elements may have the name as it stands, which is another question.
     [[nodiscard]] bool IsXmlVerbatim(u2_t uKey) const noexcept {
         return m_oGuess.IsXmlVerbatim(uKey);

@@ -41,9 +41,16 @@ class Record_Trail {
     // The key of a name, good until the next call with another one: the table may start again then,
     // and the keys of the levels are others.
     u2_t Intern(std::string_view sName) {
-        if (m_oNames.Size() > std::max(MOST_NAMES, 4 * m_oLevel.Size())) [[unlikely]]
-            StartAgain();
+        KeepBounded();
         return m_oNames.Intern(sName);
+    }
+    u2_t InternVerbatim(std::string_view sName) {
+        KeepBounded();
+        return m_oNames.InternVerbatim(sName);
+    }
+    u2_t InternXmlVerbatim(std::string_view sName) {
+        KeepBounded();
+        return m_oNames.InternXmlVerbatim(sName);
     }
     [[nodiscard]] Data_Names& Names() noexcept { return m_oNames; }
     // How often the table has started again.
@@ -88,6 +95,10 @@ class Record_Trail {
   private:
     static constexpr std::size_t MOST_NAMES = 65536;
 
+    void KeepBounded() {
+        if (m_oNames.Size() > std::max(MOST_NAMES, 4 * m_oLevel.Size())) [[unlikely]]
+            StartAgain();
+    }
     // Only the names of open levels are kept.
     void StartAgain() {
         Hash oNew;

@@ -281,18 +281,18 @@ template <class Source>
                                                                          std::size_t uStep) {
     const std::size_t uName = NameBytes(p, uStep);
     if (uName == 0) return {};
-    u2_t uKey;
-    if (IsVerbatim(p, uName)) {
-        const std::size_t uNames = m_pBase->m_oName.Size();
-        uKey = m_pBase->m_oName.Insert({p, uName});
-        if (uKey == uNames) m_pBase->m_oName.SetVerbatim(uKey);
-    } else {
-        const u2_t uForm = m_oForm.Find({p, uName});
-        if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
-        uKey = m_oKeyOfForm(uForm);
-    }
+    if (!IsVerbatim(p, uName)) [[unlikely]]
+        return FindForm({p, uName});
+    return {m_pBase->m_oName.InternVerbatim({p, uName}), uName};
+}
+
+template <class Source>
+[[gnu::noinline]] typename Reader<Source>::Name Reader<Source>::FindForm(std::string_view sForm) {
+    const u2_t uForm = m_oForm.Find(sForm);
+    if (uForm == Hash::NONE || m_oKeyOfForm(uForm) == 0) return {};
+    const u2_t uKey = m_oKeyOfForm(uForm);
     m_pBase->m_oName.Guess().Note(uKey, m_pBase->m_oName.Size());
-    return {uKey, uName};
+    return {uKey, sForm.size()};
 }
 
 template <class Source>

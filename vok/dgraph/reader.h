@@ -143,6 +143,7 @@ class Reader {
     };
     // That of a name which documents carry as it stands, or which was seen before; "[" ends it.
     [[nodiscard]] Name ScanName(const char* p, std::size_t uStep);
+    [[nodiscard]] Name FindForm(std::string_view sForm);
 
     // Whether a name belongs before that of the last record.
     [[nodiscard]] bool IsBehind(const Level& oLevel, u2_t uKey) const noexcept {

@@ -42,9 +42,7 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     }
     const std::size_t uName = NameBytes(p, uStep);
     if (uName == 0 || !IsVerbatim(p, uName)) return 0;
-    const u2_t uKey = m_oTrail.Intern({p, uName});
-    oNames.SetVerbatim(uKey);
-    return uKey;
+    return m_oTrail.InternVerbatim({p, uName});
 }
 
 // A value of one of the frequent types, which begins at p, and what is behind it; null for any

@@ -39,9 +39,7 @@ inline u2_t RecordReader::FindName(const char* p) {
     const char* const pStop = p + sName.size();
     if (sName.empty() || !Is(*p, NAME_START) || pStop == m_pEnd || Is(*pStop, NAME)) return 0;
     if ((uSeen & ESCAPE) != 0 && HasEscapes(sName)) return 0;
-    const u2_t uKey = m_oTrail.Intern(sName);
-    oNames.SetXmlVerbatim(uKey);
-    return uKey;
+    return m_oTrail.InternXmlVerbatim(sName);
 }
 
 inline bool RecordReader::CloseFast(const char* p) {
