@@ -100,7 +100,7 @@ class Record_Trail {
             StartAgain();
     }
     // Only the names of open levels are kept.
-    void StartAgain() {
+    [[gnu::noinline]] void StartAgain() {
         Hash oNew;
         oNew.Start();
         for (std::size_t u = 0; u < m_oLevel.Size(); ++u) {

@@ -25,7 +25,8 @@ class RecordWriter : public ValueWriter<Sink&> {
         if (oForm.uLength > LONG_NAME) [[unlikely]]
             return LongStep(oForm, uIndex);
         char* const pStep = m_oSink.Space(oForm.uLength + Values::FIXED_ROOM) + 4;
-        char* const pEnd = StoreIndex(CopyName(pStep, oForm), uIndex);
+        char* const pName = CopyName(pStep, oForm);
+        char* const pEnd = uIndex == 0 ? StoreFirst(pName) : StoreIndex(pName, uIndex);
         Store(pStep - 4, static_cast<u2_t>(pEnd - pStep));
         m_oSink.Cut(pStep);
         m_oSink.Cut(pEnd);

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "vok/base/copy.h"
 #include "vok/base/date.h"
 #include "vok/base/msg.h"
 #include "vok/base/number.h"
@@ -96,6 +97,12 @@ class ValueWriter {
         m_oSink.HeapText(sText, uSize);
     }
     void Str(std::string_view sText) {
+        if (std::remove_reference_t<Sink>::COLLECTS && sText.size() <= SHORT_PART) {
+            return StrOf(sText.size(), [&](char* p) {
+                CopyBytes(p, sText.data(), sText.size());
+                return p + sText.size();
+            });
+        }
         m_oSink.Cut(Store(Begin(CODE_STRING), Msg::ToInt32(sText.size() + 1)));
         m_oSink.Payload(sText.data(), sText.size());
         m_oSink.Payload("", 1);

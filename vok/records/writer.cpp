@@ -282,12 +282,13 @@ class Data_Writer::ToDGraph final : public Impl {
     }
     void End() override { m_oSink.Finish(); }
 
-    void Step() {
-        const u2_t uIndex = m_oTrail.Last().uRun - 1;
-        if (m_oAtt.Size() == 0 && m_oTrail.Names().IsVerbatim(Key())) [[likely]] {
-            return m_oRecord.Step(Name(), uIndex);
-        }
-        m_oRecord.BeginStep(Name().View(), uIndex);
+    [[gnu::always_inline]] void Step() {
+        if (m_oAtt.Size() != 0 || !m_oTrail.Names().IsVerbatim(Key())) [[unlikely]]
+            return LongStep();
+        m_oRecord.Step(Name(), m_oTrail.Last().uRun - 1);
+    }
+    [[gnu::noinline]] void LongStep() {
+        m_oRecord.BeginStep(Name().View(), m_oTrail.Last().uRun - 1);
         SortAttributes();
         for (const Att& a : m_oAtt) {
             if (a.uSize != 0) m_oRecord.AddAttribute(m_oAttNames(a.uKey).View(), ValueOf(a));
