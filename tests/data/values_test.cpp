@@ -282,6 +282,43 @@ TEST(Values, AsAWalkGivesThem) {
     EXPECT_EQ(sNames, "Rmnnnnnnnnnnnnbtz");
 }
 
+// Levels that a walk holds itself, and those that it needs memory for; it keeps its tree alive.
+TEST(Values, AWalkGoesDownAndUpAgain) {
+    const u3_t uBlocks = Mem::BlocksInUse();
+    for (const std::size_t uLevels : {1u, 15u, 16u, 17u, 32u, 33u, 1000u}) {
+        Data oTree;
+        {
+            Data_Builder oBuilder(oTree);
+            for (std::size_t u = 0; u < uLevels; ++u) {
+                oBuilder.AddInt("a", 1);
+                oBuilder.Open("b");
+            }
+            for (std::size_t u = 0; u < uLevels; ++u) {
+                oBuilder.Close();
+                oBuilder.AddInt("c", 2);
+            }
+        }
+        Data_Walk o(oTree);
+        oTree.Clear();
+        ASSERT_TRUE(o.Next());
+        for (std::size_t u = 1; u <= uLevels; ++u) {
+            for (const char* sName : {"a", "b"}) {
+                ASSERT_TRUE(o.Next());
+                ASSERT_STREQ(o.GetName(), sName);
+                ASSERT_EQ(o.GetDepth(), u);
+            }
+        }
+        for (std::size_t u = uLevels; u > 0; --u) {
+            ASSERT_TRUE(o.Next());
+            ASSERT_STREQ(o.GetData().GetName(), "c");
+            ASSERT_EQ(o.GetDepth(), u);
+        }
+        ASSERT_FALSE(o.Next());
+        ASSERT_FALSE(o.Next());
+    }
+    EXPECT_EQ(Mem::BlocksInUse(), uBlocks);
+}
+
 // Few successors and many, removed ones among them, names that are not there.
 TEST(Values, AViewFindsWhatCursorsFind) {
     for (const int iNames : {1, 3, 30}) {

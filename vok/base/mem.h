@@ -145,6 +145,14 @@ class Ref {
         return oRef;
     }
 
+    // One more to an object that somebody else has one to.
+    [[nodiscard]] static Ref Share(T* pObject) noexcept {
+        AddRef(pObject);
+        Ref oRef;
+        oRef.m_pObject = pObject;
+        return oRef;
+    }
+
     void Reset() noexcept {
         T* pObject = std::exchange(m_pObject, nullptr);
         if (pObject != nullptr && DropRef(pObject)) Dispose(pObject);

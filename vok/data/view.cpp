@@ -36,6 +36,10 @@ bool Data_View::FindIfOrdered(const Data& oNode, std::string_view sName, u2_t uN
     return true;
 }
 
+Data Data_View::DataOf(const Data_Base& b, u2_t uId) {
+    return {Mem::Ref<Data_Base>::Share(const_cast<Data_Base*>(&b)), uId};
+}
+
 bool Data_View::HasAttributes() const {
     if (!m_pBase->m_oAtt.Has(GetId())) return false;
     Arr<u2_t> oKeys;  // removed ones leave a trace

@@ -52,6 +52,8 @@ class Data_View {
         return m_pNode != m_pNodes ? nullptr : "Root";
     }
 
+    // A cursor at it, which has a share in the tree.
+    [[nodiscard]] Data GetData() const { return DataOf(*m_pBase, GetId()); }
     // Whether it has attributes, which a cursor lists.
     [[nodiscard]] bool HasAttributes() const;
 
@@ -141,7 +143,8 @@ class Data_View {
         }
         return Data_Node::NONE;
     }
-    // Not a member of a view, which then need not lie in memory.
+    // Not members of a view, which then need not lie in memory.
+    [[nodiscard]] static Data DataOf(const Data_Base& b, u2_t uId);
     [[nodiscard]] static u2_t FindAmongMany(const Data_Base& b, const Data_Node& oParent,
                                             Data_Key oKey, u2_t uNth) noexcept;
 };

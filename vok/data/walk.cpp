@@ -5,15 +5,20 @@
 
 namespace vok {
 
-Data_Walk::Data_Walk(const Data& oFrom)
-    : Data_View(Where("vok::Data_Walk::Data_Walk", [&] { return Data_View(oFrom); })),
-      m_oFrom(oFrom) {
-    m_pNode = nullptr;  // until the first call of Next
+Data_View Data_Walk::ViewOf(const Data& oFrom) {
+    return Where("vok::Data_Walk::Data_Walk", [&] { return Data_View(oFrom); });
 }
 
-bool Data_Walk::Start() noexcept {
-    m_pNode = m_pNodes + m_oFrom.GetId();
-    return m_pNode->GetType() != Data_Node::Zombi;
+void Data_Walk::End(const Data_Base* pBase, Open* pFar) noexcept {
+    auto* const pTree = const_cast<Data_Base*>(pBase);
+    if (Mem::DropRef(pTree)) Dispose(pTree);
+    Mem::Free(pFar);
+}
+
+Data_Walk::Open* Data_Walk::Deepen(Open* pFar, std::size_t uOpen) {
+    return Where("vok::Data_Walk::Next", [&] {
+        return static_cast<Open*>(Mem::Resize(pFar, (2 * uOpen - NEAR) * sizeof(Open)));
+    });
 }
 
 }  // namespace vok

@@ -17,15 +17,28 @@ namespace vok {
 // walk is under way. Several threads may walk a tree that SetAccessMode has prepared.
 //
 // The walk is a view of the node that it has come to.
+//
+// Nothing takes the address of a walk, so that a compiler may keep it in registers: what is not
+// in line is given values, and of levels that do not fit into it a pointer.
 class Data_Walk : public Data_View {
   public:
     // Brings the order of successors up to date. Raises "node is empty".
-    explicit Data_Walk(const Data& oFrom);
+    [[gnu::always_inline]] explicit Data_Walk(const Data& oFrom) : m_uFrom(oFrom.GetId()) {
+        const Data_View oView = ViewOf(oFrom);
+        static_cast<Data_View&>(*this) = oView;
+        Mem::AddRef(const_cast<Data_Base*>(m_pBase));
+        m_pNode = nullptr;  // until the first call of Next
+    }
+    Data_Walk(const Data_Walk&) = delete;
+    Data_Walk& operator=(const Data_Walk&) = delete;
+    [[gnu::always_inline]] ~Data_Walk() { End(m_pBase, m_pFar); }
 
     // Moves to the next node; false behind the last one.
     bool Next() {
-        if (m_pNode == nullptr) [[unlikely]]
-            return Start();
+        if (m_pNode == nullptr) [[unlikely]] {
+            m_pNode = m_pNodes + m_uFrom;
+            return m_pNode->GetType() != Data_Node::Zombi;
+        }
         if (HasSuccessors()) {
             if (!m_bSkip) [[likely]]
                 Descend();
@@ -33,7 +46,7 @@ class Data_Walk : public Data_View {
         }
         for (;;) {
             while (m_pNext == m_pEnd) {
-                if (m_oOpen.Size() == 0) return false;
+                if (m_uOpen == 0) return false;
                 Ascend();
             }
             m_pNode = m_pNodes + *m_pNext++;
@@ -45,8 +58,7 @@ class Data_Walk : public Data_View {
     void SkipSuccessors() noexcept { m_bSkip = m_pNode != nullptr && HasSuccessors(); }
 
     // 0 for the node that the walk began at.
-    [[nodiscard]] std::size_t GetDepth() const noexcept { return m_oOpen.Size(); }
-    [[nodiscard]] Data GetData() const { return m_oFrom.GetNodeFromID(GetId()); }
+    [[nodiscard]] std::size_t GetDepth() const noexcept { return m_uOpen; }
 
   private:
     // Successors still to come on a level that was left for a deeper one.
@@ -54,32 +66,46 @@ class Data_Walk : public Data_View {
         const u2_t* pNext;
         const u2_t* pEnd;
     };
+    static constexpr std::size_t NEAR = 16;
 
-    bool Start() noexcept;
+    [[nodiscard]] static Data_View ViewOf(const Data& oFrom);
+    // Gives up its share in the tree, and levels.
+    static void End(const Data_Base* pBase, Open* pFar) noexcept;
+    // The same levels, those that are near left out, with room for as many more.
+    [[nodiscard]] static Open* Deepen(Open* pFar, std::size_t uOpen);
+
     [[nodiscard]] bool HasSuccessors() const noexcept {
         return m_pNode->GetType() == Data_Node::Tree && m_pNode->Size() != 0;
     }
     void Descend() {
-        if (m_oOpen.Size() == m_oOpen.Capacity()) [[unlikely]]
-            m_oOpen.ReserveMore(1);
-        *m_oOpen.AddSpacePrivate() = {m_pNext, m_pEnd};
+        if (m_uOpen < NEAR) [[likely]] {
+            m_aoNear[m_uOpen] = {m_pNext, m_pEnd};
+        } else {
+            if (std::has_single_bit(m_uOpen)) m_pFar = Deepen(m_pFar, m_uOpen);
+            m_pFar[m_uOpen - NEAR] = {m_pNext, m_pEnd};
+        }
+        ++m_uOpen;
         m_pNext = m_pIds + m_pNode->Start();
         m_pEnd = m_pNext + m_pNode->Size();
     }
     void Ascend() noexcept {
-        const Open& oOpen = m_oOpen.Last();
-        m_pNext = oOpen.pNext;
-        m_pEnd = oOpen.pEnd;
-        m_oOpen.Pop();
+        --m_uOpen;
+        if (m_uOpen < NEAR) [[likely]] {
+            m_pNext = m_aoNear[m_uOpen].pNext;
+            m_pEnd = m_aoNear[m_uOpen].pEnd;
+        } else {
+            m_pNext = m_pFar[m_uOpen - NEAR].pNext;
+            m_pEnd = m_pFar[m_uOpen - NEAR].pEnd;
+        }
     }
 
-    // The two are not neighbours: what was written in two pieces is waited for when it is read in
-    // one, as a compiler would when it puts them aside.
     const u2_t* m_pNext = nullptr;
-    bool m_bSkip = false;  // what is below the current node, where there is something
     const u2_t* m_pEnd = nullptr;
-    Arr_Near<Open, 16> m_oOpen;
-    Data m_oFrom;
+    std::size_t m_uOpen = 0;  // levels
+    bool m_bSkip = false;     // what is below the current node, where there is something
+    Open* m_pFar = nullptr;   // of levels behind the first ones; grows at powers of two
+    const u2_t m_uFrom;
+    Open m_aoNear[NEAR];
 };
 
 }  // namespace vok
