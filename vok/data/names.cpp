@@ -14,18 +14,6 @@ u2_t Data_Names::InternSlow(std::string_view sName) {
     return uKey;
 }
 
-u2_t Data_Names::InternVerbatim(std::string_view sName) {
-    const u2_t uKey = Insert(sName);
-    m_oGuess.NoteVerbatim(uKey, Size());
-    return uKey;
-}
-
-u2_t Data_Names::InternXmlVerbatim(std::string_view sName) {
-    const u2_t uKey = Insert(sName);
-    m_oGuess.NoteXmlVerbatim(uKey, Size());
-    return uKey;
-}
-
 u2_t Data_Names::LookNextSlow(std::string_view sName) {
     const u2_t uKey = Look(sName);
     if (uKey != NONE) m_oGuess.TryNote(uKey, Size());

@@ -49,8 +49,16 @@ class Data_Names : private Hash::Near, public Hash {
 
     // Interns a name that is not among those to be tried, for one who has seen that documents, or
     // elements, carry it as it stands, and that it is valid UTF-8 without a NUL.
-    u2_t InternVerbatim(std::string_view sName);
-    u2_t InternXmlVerbatim(std::string_view sName);
+    u2_t InternVerbatim(std::string_view sName) {
+        const u2_t uKey = Insert(sName);
+        m_oGuess.NoteVerbatim(uKey, Size());
+        return uKey;
+    }
+    u2_t InternXmlVerbatim(std::string_view sName) {
+        const u2_t uKey = Insert(sName);
+        m_oGuess.NoteXmlVerbatim(uKey, Size());
+        return uKey;
+    }
     // Whether it is known that elements may have the name as it stands, which is another question.
     [[nodiscard]] bool IsXmlVerbatim(u2_t uKey) const noexcept {
         return m_oGuess.IsXmlVerbatim(uKey);

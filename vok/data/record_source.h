@@ -29,16 +29,16 @@ class Ahead_Record final : public Data_Record {
     u2_t m_uKey = 0;  // of its name
 };
 
-// A document of which the record says what the last call of Next has come to.
+// A document of which the record says what the last call of Next has come to, or GoBack.
 class Record_Source : public Data_Record {
   public:
     Record_Source(const Record_Source&) = delete;
     Record_Source& operator=(const Record_Source&) = delete;
     virtual ~Record_Source() = default;
 
-    // Moves to the next record that is not left out; false behind the last one. Not to be called
-    // again after an error.
-    virtual bool Next() = 0;
+    // The next record that is not left out, which is the source itself or one of several that were
+    // read together; null behind the last one. Not to be called again after an error.
+    virtual const Data_Record* Next() = 0;
     // Records behind that one may be known already: the next of them, which goes in front of what
     // Next comes to; null behind the last one.
     [[nodiscard]] const Data_Record* NextAhead() noexcept {
@@ -126,6 +126,8 @@ class Record_Source : public Data_Record {
         m_iIndex = static_cast<i2_t>(m_oTrail.Last().uRun - 1);
         m_sName = m_oTrail.NameAt(m_uDepth);
     }
+    // Whether records may be left out.
+    [[nodiscard]] bool LeavesOut() const noexcept { return m_uMostDepth != ALL; }
     // Whether the record is left out, which ends with the first one that is not.
     [[nodiscard]] bool IsLeftOut() noexcept {
         if (m_uDepth > m_uMostDepth) return true;

@@ -184,14 +184,15 @@ bool RecordReader::ReadAtEnd(std::size_t uAtHand) {
     return true;
 }
 
-void RecordReader::ReadAhead() {
+bool RecordReader::ReadAhead() {
+    m_bMore = false;
     if (m_uPatience != 0) {
         --m_uPatience;
-        return;
+        return false;
     }
     const detail::Record_Trail::Level& oLevel = m_oTrail.Last();
-    if (m_oTrail.Size() == 1 || oLevel.uPending == 0) return;
-    if (!m_oTrail.Names().Guess().GetExpected() && m_pBefore == nullptr) return;
+    if (m_oTrail.Size() == 1 || oLevel.uPending == 0) return false;
+    if (!m_oTrail.Names().Guess().GetExpected() && m_pBefore == nullptr) return false;
     if (!m_paoAhead) m_paoAhead = std::make_unique<std::array<detail::Ahead_Record, MOST_AHEAD>>();
     m_uStart = m_oTrail.Size() - 1;
     m_oStart = oLevel;
@@ -202,6 +203,8 @@ void RecordReader::ReadAhead() {
     m_uNodes += uRead;
     m_uInVain = uRead != 0 ? 0 : m_uInVain + 1;
     if (m_uInVain >= MOST_IN_VAIN) m_uPatience = SHORT_PATIENCE;
+    m_bMore = uRead == MOST_AHEAD;
+    return uRead != 0;
 }
 
 // What there is to know of the last level is in locals; the trail has the others.
@@ -302,6 +305,7 @@ void RecordReader::GoBack() noexcept {
         m_sText = o.m_sText;
         SetValue(o.GetType(), o.Lng());
         m_oAttribute.Truncate(0);
+        m_bNamed = true;
     }
     if (m_pAhead != m_pAheadEnd) {
         // What has been given of them opens and closes levels once more, for which there is room.
@@ -321,15 +325,16 @@ void RecordReader::GoBack() noexcept {
     m_pAhead = m_pAheadEnd = nullptr;
 }
 
-bool RecordReader::Next() {
+const Data_Record* RecordReader::Next() {
     m_pAhead = m_pAheadEnd = nullptr;
     do {
         m_bNamed = false;
         if (!CloseLevels()) {
             m_bDone = true;
             m_uLeft = m_oWindow.GiveBack();
-            return false;
+            return nullptr;
         }
+        if (m_bMore && !LeavesOut() && ReadAhead()) return NextAhead();
         m_uOffset = m_oWindow.Offset();
         if (ReadFast()) continue;
         m_pBefore = nullptr;
@@ -337,7 +342,7 @@ bool RecordReader::Next() {
         ReadValue();
     } while (IsLeftOut());
     ReadAhead();
-    return true;
+    return this;
 }
 
 // A tree is built by what loads whole documents, for which the records above have counted.
@@ -356,6 +361,10 @@ void RecordReader::BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) {
     });
     oReader.RunBelow(oTree, std::exchange(m_oTrail.Last().uPending, 0),
                      {m_uNodes - 1, m_uSkipped, m_oTrail.Size() - 2});
+    // The record is the one in front again.
+    m_oTrail.Close();
+    m_bNamed = true;
+    m_pBefore = m_oWindow.At(m_uOffset);
     oBuilt.bGaps = oReader.Skipped() != uBefore;
     oReader.DropLinks([&](u2_t uId, std::string_view sPath) {
         oBuilt.aoLink.push_back({uId, NO_NUMBER, true, Str(Valid(sPath, m_oRoom))});

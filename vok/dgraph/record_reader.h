@@ -25,7 +25,7 @@ class RecordReader final : public detail::Record_Source {
     // Reads the header. Raises what Dgraph_LoadDGraph raises for another one.
     RecordReader(File_Stream& oIn, const Limits& oLimits);
 
-    bool Next() override;
+    const Data_Record* Next() override;
     void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
@@ -65,7 +65,8 @@ class RecordReader final : public detail::Record_Source {
                                        const char* pEnd) const noexcept;
     // Reads records of the last level and below in front of their turn, as long as they are like
     // most are and stand in order: what a loop keeps in registers is not put aside between calls.
-    void ReadAhead();
+    // They are for NextAhead; false where there is none.
+    bool ReadAhead();
     [[nodiscard]] std::size_t ReadSeveral(std::size_t uMost);
     std::size_t GetLength();
     void ReadStep();
@@ -103,6 +104,8 @@ class RecordReader final : public detail::Record_Source {
     detail::Record_Trail::Level m_oStart{};  // what it was
     u2_t m_uPatience = 0;                    // records that are still to come one by one
     u2_t m_uInVain = 0;                      // times in a row that there was none
+    bool m_bMore =
+        false;  // the last time there were as many as may be: there may be more like them
     // What builds the trees of records, once there are any.
     struct Loader {
         explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}

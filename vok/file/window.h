@@ -58,6 +58,11 @@ class File_Window {
         return static_cast<std::size_t>(m_pEnd - m_p);
     }
     void Skip(std::size_t uSize) noexcept { m_p += uSize; }
+    // A byte that was gone over, by what Offset was in front of it; null where it is no longer
+    // held.
+    [[nodiscard]] const char* At(u3_t uOffset) const noexcept {
+        return uOffset >= m_uBefore ? m_pBegin + (uOffset - m_uBefore) : nullptr;
+    }
     // Back over what was gone over since the stream was asked for the last time.
     void GoBack(std::size_t uSize) noexcept { m_p -= uSize; }
 

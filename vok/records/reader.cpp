@@ -71,16 +71,20 @@ Str Data_Reader::GetVersion() const {
 }
 
 bool Data_Reader::Next() {
-    detail::Record_Source& oSource = *m_pImpl->m_pSource;
-    const Data_Record* const pAhead = oSource.NextAhead();
-    m_pRecord = pAhead != nullptr ? pAhead : &oSource;
-    return pAhead != nullptr || ReadNext();
+    const Data_Record* const pAhead = m_pImpl->m_pSource->NextAhead();
+    if (pAhead == nullptr) return ReadNext();
+    m_pRecord = pAhead;
+    return true;
 }
 
 [[gnu::noinline]] bool Data_Reader::ReadNext() {
     return Where("vok::Data_Reader::Next", [&] {
         Impl& o = *m_pImpl;
-        if (o.m_pSource->Next()) return true;
+        m_pRecord = o.m_pSource.get();
+        if (const Data_Record* p = o.m_pSource->Next(); p != nullptr) {
+            m_pRecord = p;
+            return true;
+        }
         if (!std::exchange(o.m_bDone, true)) {
             o.m_uBehind = o.m_oDocument.Finish(o.m_pSource->Left());
         }

@@ -135,15 +135,15 @@ inline void RecordReader::ReadNext() {
     ReadToken();
 }
 
-bool RecordReader::Next() {
+const Data_Record* RecordReader::Next() {
     for (;;) {
         while (!m_bReady && !m_bDone) ReadNext();
         if (!m_bReady) {
             if (!std::exchange(m_bEnd, true)) m_uLeft = m_oSource.Leave(m_p);
-            return false;
+            return nullptr;
         }
         m_bReady = false;
-        if (!IsLeftOut()) return true;
+        if (!IsLeftOut()) return this;
     }
 }
 

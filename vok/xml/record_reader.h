@@ -20,7 +20,7 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     // oSource and oLimits must outlive it.
     RecordReader(Source& oSource, const Limits& oLimits);
 
-    bool Next() override;
+    const Data_Record* Next() override;
     void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oSource.OffsetOf(m_p); }
