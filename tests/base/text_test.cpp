@@ -167,9 +167,14 @@ TEST(Base64, AgainstASlowOne) {
         }
         sBytes += static_cast<char>(oRandom());
     }
-    // Every character between digits.
-    for (int i = 0; i < 256; ++i)
-        CheckBase64("AAAA" + std::string(1, static_cast<char>(i)) + "AAAAAAA");
+    // Every character at every place.
+    for (int i = 0; i < 256; ++i) {
+        for (std::size_t u = 0; u < 44; ++u) {
+            std::string sText(44, 'A');
+            sText[u] = static_cast<char>(i);
+            CheckBase64(sText);
+        }
+    }
 }
 
 TEST(Date, FieldsAgainstTheCalendarOfTheStandardLibrary) {

@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "vok/base/base64_wide.h"
 #include "vok/base/compare.h"
 #include "vok/base/little_endian.h"
 
@@ -56,9 +57,10 @@ inline u2_t FourDigits(u2_t uText) noexcept {
            PARTS[3][uText >> 24];
 }
 
-// Decodes words of eight characters as long as all of them are digits. Behind the six bytes of
-// each it writes two more, for which DecodeBase64 has room.
+// Decodes characters, many at a time, as long as all of them are digits. Behind the bytes of the
+// last ones it writes two more, for which DecodeBase64 has room.
 inline void TakeWords(const char*& pText, const char* pEnd, char*& pOut) noexcept {
+    if (base64::IsWide()) base64::DecodeWide(pText, pEnd, pOut);
     for (; pEnd - pText >= 8; pText += 8, pOut += 6) {
         const u3_t uText = le::Load<u3_t>(pText);
         const u2_t uFirst = FourDigits(static_cast<u2_t>(uText));
@@ -72,6 +74,7 @@ inline void TakeWords(const char*& pText, const char* pEnd, char*& pOut) noexcep
 
 void EncodeBase64(const void* pData, std::size_t uSize, char* pOut) noexcept {
     const char* pBytes = static_cast<const char*>(pData);
+    if (base64::IsWide()) base64::EncodeWide(pBytes, uSize, pOut);
     for (; uSize >= 8; uSize -= 6, pBytes += 6) {
         const u3_t uBits = BigEndianAt<u3_t>(pBytes);
         for (const int iShift : {52, 40, 28, 16}) pOut = PutPair(pOut, uBits >> iShift);
