@@ -55,8 +55,9 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
 [[nodiscard, gnu::always_inline]] inline bool HasAsciiOnly(const Hash_Text& o) noexcept {
     constexpr detail::NoAsciiText oBad;
     if (o.uLength > 16) return IsAsciiText(o.sText, o.uLength);
-    if (o.uLength < 8)
+    if (o.uLength < 8) {
         return (oBad(o.uPrefix | words::EACH >> 8 * o.uLength) & words::HIGH_BITS) == 0;
+    }
     const u3_t uLast = BigEndianAt<u3_t>(o.sText + o.uLength - 8);
     return ((oBad(o.uPrefix) | oBad(uLast)) & words::HIGH_BITS) == 0;
 }

@@ -15,9 +15,9 @@ void Data_Walk::End(const Data_Base* pBase, Open* pFar) noexcept {
     Mem::Free(pFar);
 }
 
-Data_Walk::Open* Data_Walk::Deepen(Open* pFar, std::size_t uOpen) {
+Data_Walk::Open* Data_Walk::Deepen(Open* pFar, std::size_t uRoom) {
     return Where("vok::Data_Walk::Next", [&] {
-        return static_cast<Open*>(Mem::Resize(pFar, (2 * uOpen - NEAR) * sizeof(Open)));
+        return static_cast<Open*>(Mem::Resize(pFar, (2 * uRoom - NEAR) * sizeof(Open)));
     });
 }
 

@@ -71,8 +71,8 @@ class Data_Walk : public Data_View {
     [[nodiscard]] static Data_View ViewOf(const Data& oFrom);
     // Gives up its share in the tree, and levels.
     static void End(const Data_Base* pBase, Open* pFar) noexcept;
-    // The same levels, those that are near left out, with room for as many more.
-    [[nodiscard]] static Open* Deepen(Open* pFar, std::size_t uOpen);
+    // Levels, those that are near left out, with twice the room, which counts both.
+    [[nodiscard]] static Open* Deepen(Open* pFar, std::size_t uRoom);
 
     [[nodiscard]] bool HasSuccessors() const noexcept {
         return m_pNode->GetType() == Data_Node::Tree && m_pNode->Size() != 0;
@@ -81,7 +81,10 @@ class Data_Walk : public Data_View {
         if (m_uOpen < NEAR) [[likely]] {
             m_aoNear[m_uOpen] = {m_pNext, m_pEnd};
         } else {
-            if (std::has_single_bit(m_uOpen)) m_pFar = Deepen(m_pFar, m_uOpen);
+            if (m_uOpen == m_uRoom) [[unlikely]] {
+                m_pFar = Deepen(m_pFar, m_uRoom);
+                m_uRoom *= 2;
+            }
             m_pFar[m_uOpen - NEAR] = {m_pNext, m_pEnd};
         }
         ++m_uOpen;
@@ -103,7 +106,8 @@ class Data_Walk : public Data_View {
     const u2_t* m_pEnd = nullptr;
     std::size_t m_uOpen = 0;  // levels
     bool m_bSkip = false;     // what is below the current node, where there is something
-    Open* m_pFar = nullptr;   // of levels behind the first ones; grows at powers of two
+    Open* m_pFar = nullptr;   // levels behind those that are near
+    std::size_t m_uRoom = NEAR;
     const u2_t m_uFrom;
     Open m_aoNear[NEAR];
 };
