@@ -7,6 +7,7 @@
 #include "vok/compare/patch_form.h"
 #include "vok/compare/patch_plan.h"
 #include "vok/data/checks.h"
+#include "vok/data/report.h"
 
 namespace vok {
 
@@ -85,6 +86,7 @@ class PatchedCopy {
         if (m_oNew.GetType() != Data_Node::Empty) return;
         Data_Builder oBuilder(m_oNew);
         m_pBuilder = &oBuilder;
+        const detail::OnExit oOnExit([this] { m_pBuilder = nullptr; });
         if (!bOld) return CopyNew(oChange.uContent, "", false, NONE);
         OpenLevel(uTop);
         while (m_oLevel.Size() != 0) Step();
