@@ -340,6 +340,35 @@ TEST(Reader, WhereARecordIsAskedFor) {
     }
 }
 
+// What is behind a tree that was taken is compared with its step where that is a name and an index:
+// elsewhere a last character that is one more says nothing.
+TEST(Reader, WhatIsBehindATakenTreeIsReadAsByLoading) {
+    const std::string sInner = Leaf("x[0]", 1, I32(1));
+    for (const std::string sFirst : {"a[0]", "a[0][@k=\"v\"]", "a[4]", "\b97;[0]"}) {
+        for (const std::size_t uFrom : {sFirst.size() - 2, sFirst.find(']') - 1}) {
+            std::string sSecond = sFirst;
+            ++sSecond[uFrom];
+            const std::string sDocument =
+                Document(3, Open(sFirst, 1) + sInner + Open(sSecond, 1) + sInner +
+                                Text("y[0]", std::string(60, 'y')));
+            File_Buf oWhole(sDocument.data(), sDocument.size());
+            Data oTree;
+            const std::string sError = Failing([&] { Dgraph_Load(oTree, oWhole); });
+            File_Buf oIn(sDocument.data(), sDocument.size());
+            Texts oTaken;
+            const std::string sTold = Failing([&] {
+                for (const Data& o : Records(oIn, "/*")) oTaken.push_back(Show(o));
+            });
+            EXPECT_EQ(sError.empty(), sTold.empty()) << sError << sTold;
+            EXPECT_TRUE(Has(sTold, sError.substr(sError.rfind(':') + 1))) << sSecond;
+            if (!sError.empty()) continue;
+            Texts oLoaded;
+            for (const Data& o : oTree.GetNodeSet("/*")) oLoaded.push_back(Show(o));
+            EXPECT_EQ(oTaken, oLoaded) << sSecond;
+        }
+    }
+}
+
 TEST(Reader, EveryRecordIsTakenOrLeftOut) {
     std::vector<std::size_t> oHeads;
     for (const std::string& sDocument : {Repeating(oHeads), Runs(9000), Ladder(true), Nested()}) {

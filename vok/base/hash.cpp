@@ -151,7 +151,7 @@ template <bool OUTSIDE>
 u2_t Hash::EnterAny(std::string_view sText) {
     if (sText.empty()) return 0;
     if (sText.size() > LONGEST) Msg::UnexpectedIntegerValue();
-    Start();
+    if (m_oText.Size() == 0) Start();
     const Hash_Text oText = TakeApart(sText);
     const bool bFew = m_oText.Size() <= FEW;
     u2_t uHash = 0;

@@ -16,12 +16,18 @@ class Hash_Guess {
     [[nodiscard]] u2_t Second() const noexcept { return m_uLast; }
     // A guess was right.
     void Confirm(u2_t uKey) noexcept { m_uLast = uKey; }
+    // Whether it was seen that documents, or elements, carry a name as it stands.
+    enum As : u2_t { PLAIN = 0, DGRAPH = 0xC0000000, XML = 0x08000000 };
     // Another name came; uKeys is the size of the table.
-    void Note(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, 0); }
-
-    // The same of a name that documents, or elements, carry as it stands.
-    void NoteVerbatim(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, KNOWN | VERBATIM); }
-    void NoteXmlVerbatim(u2_t uKey, std::size_t uKeys) { NoteAs(uKey, uKeys, XML_VERBATIM); }
+    void Note(u2_t uKey, std::size_t uKeys, As eAs = PLAIN) {
+        if (uKeys > KEY) return;
+        if (m_oEntry.Size() < uKeys) [[unlikely]]
+            Grow(uKeys);
+        u2_t& uLast = m_oEntry(m_uLast);
+        if (uKey != m_uLast && uKey != (uLast & KEY)) uLast = (uLast & OF_NAME) | uKey;
+        m_oEntry(uKey) |= eAs;
+        m_uLast = uKey;
+    }
 
     // The same where that needs no memory, else nothing.
     void TryNote(u2_t uKey, std::size_t uKeys) noexcept {
@@ -95,22 +101,14 @@ class Hash_Guess {
   private:
     static constexpr std::size_t FIRST_KEYS = 32;
     static constexpr u2_t KEY = 0x07FFFFFF;
-    static constexpr u2_t XML_VERBATIM = 0x08000000;
+    static constexpr u2_t XML_VERBATIM = XML;
     static constexpr u2_t EXPECTED = 0x10000000;   // the one behind it has an image
     static constexpr u2_t ASCENDING = 0x20000000;  // and is greater
     static constexpr u2_t KNOWN = 0x40000000;
     static constexpr u2_t VERBATIM = 0x80000000;
+    static_assert(DGRAPH == (KNOWN | VERBATIM));
     static constexpr u2_t OF_NAME = KNOWN | VERBATIM | XML_VERBATIM;  // whatever comes behind it
 
-    void NoteAs(u2_t uKey, std::size_t uKeys, u2_t uBits) {
-        if (uKeys > KEY) return;
-        if (m_oEntry.Size() < uKeys) [[unlikely]]
-            Grow(uKeys);
-        u2_t& uLast = m_oEntry(m_uLast);
-        if (uKey != m_uLast && uKey != (uLast & KEY)) uLast = (uLast & OF_NAME) | uKey;
-        m_oEntry(uKey) |= uBits;
-        m_uLast = uKey;
-    }
     [[nodiscard]] u2_t Entry() const noexcept {
         return m_uLast < m_oEntry.Size() ? m_oEntry(m_uLast) : 0;
     }

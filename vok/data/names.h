@@ -47,16 +47,11 @@ class Data_Names : private Hash::Near, public Hash {
     // Whether documents carry a name as it stands. Remembered.
     [[nodiscard]] bool IsVerbatim(u2_t uKey) { return m_oGuess.IsVerbatim(uKey) || LookAt(uKey); }
 
-    // Interns a name that is not among those to be tried, for one who has seen that documents, or
-    // elements, carry it as it stands, and that it is valid UTF-8 without a NUL.
-    u2_t InternVerbatim(std::string_view sName) {
+    // Interns a name that is not among those to be tried, for one who has seen what it stands for
+    // as it is, and that it is valid UTF-8 without a NUL.
+    u2_t InternAs(std::string_view sName, Hash_Guess::As eAs) {
         const u2_t uKey = Insert(sName);
-        m_oGuess.NoteVerbatim(uKey, Size());
-        return uKey;
-    }
-    u2_t InternXmlVerbatim(std::string_view sName) {
-        const u2_t uKey = Insert(sName);
-        m_oGuess.NoteXmlVerbatim(uKey, Size());
+        m_oGuess.Note(uKey, Size(), eAs);
         return uKey;
     }
     // Whether it is known that elements may have the name as it stands, which is another question.

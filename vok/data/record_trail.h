@@ -44,13 +44,9 @@ class Record_Trail {
         KeepBounded();
         return m_oNames.Intern(sName);
     }
-    u2_t InternVerbatim(std::string_view sName) {
+    u2_t InternAs(std::string_view sName, Hash_Guess::As eAs) {
         KeepBounded();
-        return m_oNames.InternVerbatim(sName);
-    }
-    u2_t InternXmlVerbatim(std::string_view sName) {
-        KeepBounded();
-        return m_oNames.InternXmlVerbatim(sName);
+        return m_oNames.InternAs(sName, eAs);
     }
     [[nodiscard]] Data_Names& Names() noexcept { return m_oNames; }
     // How often the table has started again.

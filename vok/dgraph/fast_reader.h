@@ -283,7 +283,7 @@ template <class Source>
     if (uName == 0) return {};
     if (!IsVerbatim(p, uName)) [[unlikely]]
         return FindForm({p, uName});
-    return {m_pBase->m_oName.InternVerbatim({p, uName}), uName};
+    return {m_pBase->m_oName.InternAs({p, uName}, Hash_Guess::DGRAPH), uName};
 }
 
 template <class Source>

@@ -42,7 +42,7 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     }
     const std::size_t uName = NameBytes(p, uStep);
     if (uName == 0 || !IsVerbatim(p, uName)) return 0;
-    return m_oTrail.InternVerbatim({p, uName});
+    return m_oTrail.InternAs({p, uName}, Hash_Guess::DGRAPH);
 }
 
 // A value of one of the frequent types, which begins at p, and what is behind it; null for any
@@ -306,6 +306,7 @@ void RecordReader::GoBack() noexcept {
         SetValue(o.GetType(), o.Lng());
         m_oAttribute.Truncate(0);
         m_bNamed = true;
+        m_bPlain = true;
     }
     if (m_pAhead != m_pAheadEnd) {
         // What has been given of them opens and closes levels once more, for which there is room.
@@ -336,7 +337,8 @@ const Data_Record* RecordReader::Next() {
         }
         if (m_bMore && !LeavesOut() && ReadAhead()) return NextAhead();
         m_uOffset = m_oWindow.Offset();
-        if (ReadFast()) continue;
+        m_bPlain = ReadFast();
+        if (m_bPlain) continue;
         m_pBefore = nullptr;
         ReadStep();
         ReadValue();
@@ -364,7 +366,7 @@ void RecordReader::BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) {
     // The record is the one in front again.
     m_oTrail.Close();
     m_bNamed = true;
-    m_pBefore = m_oWindow.At(m_uOffset);
+    m_pBefore = m_bPlain ? m_oWindow.At(m_uOffset) : nullptr;
     oBuilt.bGaps = oReader.Skipped() != uBefore;
     oReader.DropLinks([&](u2_t uId, std::string_view sPath) {
         oBuilt.aoLink.push_back({uId, NO_NUMBER, true, Str(Valid(sPath, m_oRoom))});

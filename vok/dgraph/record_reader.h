@@ -104,8 +104,8 @@ class RecordReader final : public detail::Record_Source {
     detail::Record_Trail::Level m_oStart{};  // what it was
     u2_t m_uPatience = 0;                    // records that are still to come one by one
     u2_t m_uInVain = 0;                      // times in a row that there was none
-    bool m_bMore =
-        false;  // the last time there were as many as may be: there may be more like them
+    bool m_bMore = false;   // the last time there were as many as may be, and may be more of them
+    bool m_bPlain = false;  // the record was like most: its step is its name and its index
     // What builds the trees of records, once there are any.
     struct Loader {
         explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}

@@ -68,7 +68,7 @@ u2_t XmlLoader::ScanName(const char* p) {
     if (sName.empty() || !xml::Is(*p, xml::NAME_START)) return 0;
     if (pStop == m_pEnd || xml::Is(*pStop, xml::NAME) || IsSkipped(sName)) return 0;
     if ((uSeen & xml::ESCAPE) != 0 && xml::HasEscapes(sName)) return 0;
-    return m_pBase->m_oName.InternXmlVerbatim(sName);
+    return m_pBase->m_oName.InternAs(sName, Hash_Guess::XML);
 }
 
 // What stands behind "<name>": the text of the element and its end tag, or another element in it.

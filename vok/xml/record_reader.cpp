@@ -39,7 +39,7 @@ inline u2_t RecordReader::FindName(const char* p) {
     const char* const pStop = p + sName.size();
     if (sName.empty() || !Is(*p, NAME_START) || pStop == m_pEnd || Is(*pStop, NAME)) return 0;
     if ((uSeen & ESCAPE) != 0 && HasEscapes(sName)) return 0;
-    return m_oTrail.InternXmlVerbatim(sName);
+    return m_oTrail.InternAs(sName, Hash_Guess::XML);
 }
 
 inline bool RecordReader::CloseFast(const char* p) {
