@@ -300,6 +300,42 @@ std::string Ladder(bool bInOrder) {
                     sRecords + Open("c[0]", 2) + sLast + sTop + Text("d[0]", std::string(60, 'd')));
 }
 
+// Levels that are closed together and opened anew, more of them than records are read ahead for, in
+// each a name that comes twice; texts of other letters.
+std::string Steep() {
+    std::string sRecords;
+    for (int i = 0; i < 12; ++i) {
+        const std::string sIndex = "[" + std::to_string(i) + "]";
+        sRecords += Open("a" + sIndex, 2) + Open("b[0]", 1) + Open("c[0]", 1) + Open("d[0]", 1) +
+                    Open("e[0]", 2) + Text("f[0]", "\xC3\xA9t\xC3\xA9") + Leaf("f[1]", 1, I32(7)) +
+                    Text(i == 6 ? "new[0]" : "b[1]", "\xE2\x82\xAC");
+    }
+    return Document(13, sRecords + Text("z[0]", std::string(60, 'z')));
+}
+// The same name on every level, with places that were left out at the beginning of some; and such
+// that only the index of a level above would be one less than theirs.
+std::string Alike() {
+    std::string sRecords;
+    for (int i = 0; i < 12; ++i) {
+        const std::string sGap = i % 4 == 3 ? "1" : "0";
+        sRecords += Open("a[" + std::to_string(i) + "]", 3) + Open("a[" + sGap + "]", 2) +
+                    Leaf("a[0]", 1, I32(1)) + Leaf("a[1]", 1, I32(2)) +
+                    Open("a[" + std::to_string(i % 4 >= 2 ? i + 1 : 1) + "]", 1) +
+                    Leaf("a[" + sGap + "]", 1, I32(3)) + Text("b[0]", "t");
+    }
+    return Document(13, sRecords + Text("z[0]", std::string(60, 'z')));
+}
+std::string SteepXml() {
+    std::string s = "<r>\n";
+    for (int i = 0; i < 12; ++i) {
+        s += "<a>\n<b><c><d><e><f>\xC3\xA9t\xC3\xA9</f><f dt:dt='i4'>7</f></e></d></c></b>";
+        // Some are not in order, the first of them like any other.
+        s += i == 4 || i == 8 ? "<new>n</new><b>x</b>" : "<b><![CDATA[\xE2\x82\xAC]]></b>\n";
+        s += i == 6 ? "<a>&lt;</a></a>" : "</a>\n";
+    }
+    return s + "<z>" + std::string(60, 'z') + "</z></r>";
+}
+
 // Whatever a reader is asked, and wherever, it says what one says that is asked at every record:
 // what it has read ahead does not show.
 TEST(Reader, WhereARecordIsAskedFor) {
@@ -313,7 +349,7 @@ TEST(Reader, WhereARecordIsAskedFor) {
     };
     for (const std::string& sDocument :
          {sRepeating, sRepeating.substr(0, oHeads.back() - 20), AllTypes(), g_sOrders, sXml, g_sXml,
-          Ladder(false), Nested(), Nested(Leaf("y[0]", 1, I32(4))),
+          Ladder(false), Steep(), SteepXml(), Alike(), Nested(), Nested(Leaf("y[0]", 1, I32(4))),
           Nested(Open("y[1]", 1) + Leaf("y[2]", 1, I32(4))), Nested(Leaf("x[1]", 1, I32(4)))}) {
         Texts sSaid;
         File_Buf oIn(sDocument.data(), sDocument.size());
@@ -371,7 +407,8 @@ TEST(Reader, WhatIsBehindATakenTreeIsReadAsByLoading) {
 
 TEST(Reader, EveryRecordIsTakenOrLeftOut) {
     std::vector<std::size_t> oHeads;
-    for (const std::string& sDocument : {Repeating(oHeads), Runs(9000), Ladder(true), Nested()}) {
+    for (const std::string& sDocument :
+         {Repeating(oHeads), Runs(9000), Ladder(true), Steep(), Nested()}) {
         File_Buf oWhole(sDocument.data(), sDocument.size());
         Data oTree;
         Dgraph_Load(oTree, oWhole);
@@ -570,6 +607,35 @@ TEST(Reader, EveryFormAndWrapping) {
     EXPECT_EQ(Failing([&] { Data_Reader oReader(oDump); }),
               "a native dump cannot be read record by record");
     EXPECT_TRUE(Has(Failing([] { Data_Reader("gone"); }), "could not open file"));
+}
+
+// Places are those in the stream, of which the one that was asked for last is known: a document of
+// many records would else be counted through for each of them.
+TEST(Reader, PlacesInOtherCodings) {
+    constexpr int COUNT = 60000;
+    const std::string sRecord = "<a>\xE9</a>";
+    const std::string sLatin = "<?xml version='1.0' encoding='ISO-8859-1'?><r>";
+    std::string sWide = "\xFF\xFE";
+    const auto oWiden = [&](const std::string& s) {
+        for (const char c : s) (sWide += c) += '\0';
+    };
+    oWiden("<r>" + Repeat(sRecord, COUNT) + "</r>");
+    const auto oExpectPlaces = [&](const std::string& sDocument, u3_t uFirst, u3_t uEach) {
+        File_Buf oIn(sDocument.data(), sDocument.size());
+        Data_Reader oReader(oIn);
+        ASSERT_TRUE(oReader.Next());
+        u3_t uAt = uFirst;
+        for (; oReader.Next(); uAt += uEach) {
+            ASSERT_EQ(oReader->GetOffset(), uAt);
+            ASSERT_EQ(oReader->Text(), "\xC3\xA9");
+            if (uAt % 1000 != 0) continue;
+            ASSERT_EQ(oReader.GetReport().m_uOffset, uAt + uEach);
+        }
+        EXPECT_EQ(uAt, uFirst + COUNT * uEach);
+        EXPECT_EQ(oReader.GetReport().m_uOffset, sDocument.size());
+    };
+    oExpectPlaces(sLatin + Repeat(sRecord, COUNT) + "</r>", sLatin.size(), sRecord.size());
+    oExpectPlaces(sWide, 2 + 3 * 2, 2 * sRecord.size());
 }
 
 // Depth takes 16 bytes a level, width and length nothing; who has seen enough may leave.

@@ -27,7 +27,7 @@ inline std::string Line(const Load_Report& r) {
     std::string s = PlaceOf(r);
     for (const u3_t u :
          {r.m_uNodes, r.m_uMissingBytes, r.m_uMissingNodes, r.m_uBytesLeft, r.m_uDroppedTexts,
-          r.m_uKeptReferences, r.m_uComments, r.m_uInstructions}) {
+          r.m_uKeptReferences, r.m_uReordered, r.m_uComments, r.m_uInstructions}) {
         s += " " + std::to_string(u);
     }
     return s;

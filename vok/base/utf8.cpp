@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "vok/base/utf8.h"
 
+#include <cstring>
+
 namespace vok {
 
 namespace {
@@ -64,11 +66,19 @@ unsigned EncodeUtf8(u2_t uCode, char* sOut) noexcept {
 bool IsUtf8(const char* pText, std::size_t uSize) noexcept {
     if (IsAscii(pText, uSize)) return true;
     for (std::size_t u = 0; u < uSize;) {
+        if (uSize - u >= 8 && IsAscii(pText + u, 8)) {
+            u += 8;
+            continue;
+        }
         const unsigned uLength = Utf8SequenceLength(pText + u, uSize - u);
         if (uLength == 0) return false;
         u += uLength;
     }
     return true;
+}
+
+bool IsUtf8Text(const char* pText, std::size_t uSize) noexcept {
+    return std::memchr(pText, 0, uSize) == nullptr && IsUtf8(pText, uSize);
 }
 
 std::size_t CountUtf8(const char* pText, std::size_t uSize) noexcept {

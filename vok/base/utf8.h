@@ -44,6 +44,8 @@ inline std::size_t EncodeUtf16(u2_t uCode, char16_t* pOut) noexcept {
 }
 
 [[nodiscard]] bool IsUtf8(const char* pText, std::size_t uSize) noexcept;
+// The same, and that no byte is NUL.
+[[nodiscard]] bool IsUtf8Text(const char* pText, std::size_t uSize) noexcept;
 
 // The number of code points in a valid text.
 [[nodiscard]] std::size_t CountUtf8(const char* pText, std::size_t uSize) noexcept;

@@ -52,9 +52,13 @@ class Data_Record : public Data_Value {
     [[nodiscard]] u3_t GetOffset() const noexcept { return m_uOffset; }
 
   protected:
+    friend class Data_Reader;
+
     Data_Record() = default;
     ~Data_Record() = default;
 
+    // What Data_Reader goes on to, where that was read already.
+    const Data_Record* m_pNext = nullptr;
     u2_t m_uDepth = 0;
     i2_t m_iIndex = 0;
     bool m_bTarget = false;

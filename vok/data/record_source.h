@@ -11,23 +11,11 @@
 #include "vok/base/utf8.h"
 #include "vok/data/data.h"
 #include "vok/data/record.h"
+#include "vok/data/record_batch.h"
 #include "vok/data/record_trail.h"
 #include "vok/data/store.h"
 
 namespace vok::detail {
-
-// A record that was read in front of its turn, one without attributes.
-class Ahead_Record final : public Data_Record {
-  public:
-    using Data_Record::m_iIndex;
-    using Data_Record::m_sName;
-    using Data_Record::m_sText;
-    using Data_Record::m_uDepth;
-    using Data_Record::m_uOffset;
-    using Data_Record::SetValue;
-
-    u2_t m_uKey = 0;  // of its name
-};
 
 // A document of which the record says what the last call of Next has come to, or GoBack.
 class Record_Source : public Data_Record {
@@ -36,17 +24,13 @@ class Record_Source : public Data_Record {
     Record_Source& operator=(const Record_Source&) = delete;
     virtual ~Record_Source() = default;
 
-    // The next record that is not left out, which is the source itself or one of several that were
-    // read together; null behind the last one. Not to be called again after an error.
+    // The next record that is not left out: the source itself, or one of several that were read
+    // together, which lead to those behind them; null behind the last one. Not to be called again
+    // after an error.
     virtual const Data_Record* Next() = 0;
-    // Records behind that one may be known already: the next of them, which goes in front of what
-    // Next comes to; null behind the last one.
-    [[nodiscard]] const Data_Record* NextAhead() noexcept {
-        return m_pAhead != m_pAheadEnd ? m_pAhead++ : nullptr;
-    }
-    // Knows none any more, and has come to the one that NextAhead gave last, if it has given one.
-    // To be called in front of all that asks where it stands.
-    virtual void GoBack() noexcept {}
+    // Has come to no more than a record that Next gave, or led to, and says what that says. To be
+    // called in front of all that asks where it stands.
+    virtual void GoBack(const Data_Record* pGiven) noexcept = 0;
     // What building the tree of a record has come to, by the ids of its nodes.
     struct Built {
         // A node that is to lead to another.
@@ -82,13 +66,6 @@ class Record_Source : public Data_Record {
     void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
     void SkipNothing() noexcept { m_uMostDepth = ALL; }
     [[nodiscard]] const Record_Trail& Trail() const noexcept { return m_oTrail; }
-    // Looks at the order of a name behind the last one of the last level.
-    void NoteOrder(u2_t uKey) noexcept {
-        const u2_t uLast = m_oTrail.Last().uKey;
-        if (uKey == uLast || uLast == Hash::NONE) return;
-        if (m_oTrail.Names().IsLess(uKey, uLast)) [[unlikely]]
-            m_bInOrder = false;
-    }
     // Makes the record the last node of an open level again, without a value.
     void StandAt(std::size_t uLevel) noexcept {
         m_uDepth = static_cast<u2_t>(uLevel);
@@ -126,17 +103,62 @@ class Record_Source : public Data_Record {
         m_iIndex = static_cast<i2_t>(m_oTrail.Last().uRun - 1);
         m_sName = m_oTrail.NameAt(m_uDepth);
     }
-    // Whether records may be left out.
-    [[nodiscard]] bool LeavesOut() const noexcept { return m_uMostDepth != ALL; }
-    // Whether the record is left out, which ends with the first one that is not.
-    [[nodiscard]] bool IsLeftOut() noexcept {
-        if (m_uDepth > m_uMostDepth) return true;
+    // The first record that is not left out, from one on that was just read, with which leaving
+    // out ends; null where all are.
+    [[nodiscard]] const Data_Record* FirstShown(const Data_Record* p) noexcept {
+        while (p->GetDepth() > m_uMostDepth) {
+            p = p != this ? static_cast<const Record_Batch::Entry*>(p)->m_pNext : nullptr;
+            if (p == nullptr) return nullptr;
+        }
         SkipNothing();
-        return false;
+        return p;
     }
 
-    const Ahead_Record* m_pAhead = nullptr;
-    const Ahead_Record* m_pAheadEnd = nullptr;
+    // ---- records in front of their turn ---------------------------------------------
+
+    // Whether they had better come one by one.
+    [[nodiscard]] bool IsPatient() const noexcept { return m_uPatience != 0; }
+    // How many may be read together, of those that there may be.
+    [[nodiscard]] std::size_t MostAhead(u3_t uLimit) noexcept {
+        if (m_uPatience == 0) return std::min<u3_t>(uLimit, Record_Batch::MOST);
+        --m_uPatience;
+        return std::min<u3_t>(uLimit, 1);
+    }
+    // The source has come to one more node of the run in front, in which there are others.
+    void StandAtNext(u3_t uOffset, u2_t uSuccs) noexcept {
+        Record_Trail::Level& o = m_oTrail.Last();
+        m_uDepth = static_cast<u2_t>(m_oTrail.Size() - 1);
+        m_iIndex = static_cast<i2_t>(o.uRun++);
+        m_sName = m_oTrail.NameText(o.uKey).View();
+        m_uOffset = uOffset;
+        m_sText = {};
+        SetValue(Data_Node::Tree, uSuccs);
+        m_oAttribute.Truncate(0);
+    }
+    // The source says what one of them says, and there is none behind it any more. Where there was
+    // one the trail is what it was in front of them, and has come back to that one with what oNote
+    // has it note of each; then the result is true.
+    template <class Note>
+    bool GoBackTo(const Record_Batch::Entry& oLast, Note oNote) noexcept {
+        m_uDepth = oLast.m_uDepth;
+        m_iIndex = oLast.m_iIndex;
+        m_sName = oLast.m_sName;
+        m_uOffset = oLast.m_uOffset;
+        m_sText = oLast.m_sText;
+        SetValue(oLast.GetType(), oLast.Lng());
+        m_oAttribute.Truncate(0);
+        m_uPatience = PATIENCE;
+        if (oLast.m_pNext == nullptr) return false;
+        m_oBatch.SetSize(static_cast<std::size_t>(&oLast - m_oBatch.begin()) + 1);
+        m_oBatch.Restore(m_oTrail);
+        for (const Record_Batch::Entry& o : m_oBatch) {
+            while (m_oTrail.Size() > o.GetDepth() + std::size_t{1}) m_oTrail.Close();
+            oNote(o);
+        }
+        return true;
+    }
+
+    Record_Batch m_oBatch;
     Record_Trail m_oTrail;
     Arr<u3_t> m_oNumber;
     u3_t m_uLinked = NO_NUMBER;
@@ -144,6 +166,10 @@ class Record_Source : public Data_Record {
     bool m_bInOrder = true;
 
   private:
+    // Who asks where one of them stands will do so again: records until it is tried once more.
+    static constexpr u2_t PATIENCE = 256;
+    u2_t m_uPatience = 0;  // records that are still to come one by one
+
     static constexpr std::size_t ALL = ~std::size_t{0};
     std::size_t m_uMostDepth = ALL;  // records below are left out
 };

@@ -35,6 +35,11 @@ class Record_Trail {
     void Close() noexcept { m_oLevel.Pop(); }
     // The levels that were closed last are open after all, as they were; none was opened since.
     void Reopen(std::size_t uLevels) noexcept { m_oLevel.SetSize(m_oLevel.Size() + uLevels); }
+    // All levels from uFirst on, of which there were as many or more before, are these.
+    void Restore(std::size_t uFirst, const Level* pLevels, std::size_t uSize) noexcept {
+        m_oLevel.SetSize(uFirst + uSize);
+        std::copy(pLevels, pLevels + uSize, m_oLevel.Beg() + uFirst);
+    }
     // Whether one more level needs no memory.
     [[nodiscard]] bool HasRoom() const noexcept { return m_oLevel.Size() != m_oLevel.Capacity(); }
 
@@ -48,6 +53,10 @@ class Record_Trail {
         KeepBounded();
         return m_oNames.InternAs(sName, eAs);
     }
+    // Whether the table starts again with the next name that is interned.
+    [[nodiscard]] bool IsFull() const noexcept {
+        return m_oNames.Size() > std::max(MOST_NAMES, 4 * m_oLevel.Size());
+    }
     [[nodiscard]] Data_Names& Names() noexcept { return m_oNames; }
     // How often the table has started again.
     [[nodiscard]] u2_t Starts() const noexcept { return m_uStarts; }
@@ -55,10 +64,12 @@ class Record_Trail {
     // Whether a node of that name behind the others of the last level would stand in front of one
     // of them in a tree. To be asked of each once.
     [[nodiscard]] bool IsBehindHigher(u2_t uKey) noexcept {
-        u2_t& uMost = m_oLevel.Last().uMost;
-        if (uKey == uMost) return false;
-        if (uMost != Hash::NONE && m_oNames.IsLess(uKey, uMost)) return true;
-        uMost = uKey;
+        return IsBehindHigher(m_oNames, m_oLevel.Last(), uKey);
+    }
+    [[nodiscard]] static bool IsBehindHigher(const Hash& oNames, Level& o, u2_t uKey) noexcept {
+        if (uKey == o.uMost) return false;
+        if (o.uMost != Hash::NONE && oNames.IsLess(uKey, o.uMost)) return true;
+        o.uMost = uKey;
         return false;
     }
     // A node behind the others of the last level, as the one at uIndex of its run.
@@ -92,7 +103,7 @@ class Record_Trail {
     static constexpr std::size_t MOST_NAMES = 65536;
 
     void KeepBounded() {
-        if (m_oNames.Size() > std::max(MOST_NAMES, 4 * m_oLevel.Size())) [[unlikely]]
+        if (IsFull()) [[unlikely]]
             StartAgain();
     }
     // Only the names of open levels are kept.

@@ -210,8 +210,8 @@ class Data_Base {
     [[nodiscard]] bool IsIndexed() const noexcept {
         return m_uIndexed == m_oNode.Size() && m_oGroup.IsAllSorted();
     }
-    // Places every pending node.
-    void UpdateSucc();
+    // Places every pending node; true only if each came behind all that its parent had.
+    bool UpdateSucc();
     // The same without compaction of the groups: needs no memory beyond what ReservePlaces
     // asked for.
     void PlacePending();
@@ -357,11 +357,11 @@ class Data_Base {
     [[nodiscard]] NameOrder ByName() const noexcept { return {*this}; }
     void Place(u2_t uId);
     template <class Less>
-    void PlaceOne(u2_t uId, const Less& oIsLess);
+    bool PlaceOne(u2_t uId, const Less& oIsLess);
     template <class Less>
-    void PlaceSiblings(const Less& oIsLess);
+    bool PlaceSiblings(const Less& oIsLess);
     template <class Less>
-    void PlaceNew(const Less& oIsLess);
+    bool PlaceNew(const Less& oIsLess);
     // Whether the first node that is placed below uParent makes it a group.
     [[nodiscard]] bool StartsGroup(u2_t uParent) const noexcept {
         return uParent < m_oNode.Size() && m_oNode(uParent).GetType() == Node::Tree &&
@@ -372,7 +372,8 @@ class Data_Base {
     void PlaceByRank();
     template <class Less>
     void SortByRank(const Less& oIsLess);
-    void PlaceByName();
+    bool PlaceByName();
+    void CompactGroups();
     const Data_Groups::Unsorted* RunsOf(u2_t uId);
     [[nodiscard]] u2_t* PlaceOf(u2_t uId) noexcept;
     void GrowGroup(Node& oParent);

@@ -98,16 +98,17 @@ class Data_Groups {
     // Adds an id to a group with room for it. Short groups stay in order; a long one is put in
     // order later. Nothing is changed if memory runs out.
     template <class Less>
-    void Place(u2_t uStart, u2_t uId, const Less& oIsLess) {
+    bool Place(u2_t uStart, u2_t uId, const Less& oIsLess) {
         u2_t* pGroup = m_oWord.Beg() + uStart;
         const u2_t uSize = pGroup[0];
         u2_t* pEnd = pGroup + HEADER + uSize;
         if ((uSize & UNSORTED) == 0 && (uSize == 0 || !oIsLess(uId, pEnd[-1]))) [[likely]] {
             *pEnd = uId;
             ++pGroup[0];
-        } else {
-            PlaceLater(uStart, uId, oIsLess);
+            return true;
         }
+        PlaceLater(uStart, uId, oIsLess);
+        return false;
     }
 
     // Adds an id at pPlace, one of the ids of the group or their end; there is room for it.

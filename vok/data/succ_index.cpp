@@ -32,41 +32,46 @@ struct RankOrder {
 
 }  // namespace
 
-// Puts one node in its parent's group. Nothing is changed if memory runs out.
+// Puts one node in its parent's group; whether it came behind all that were there. Nothing is
+// changed if memory runs out.
 template <class Less>
-inline void Data_Base::PlaceOne(u2_t uId, const Less& oIsLess) {
+inline bool Data_Base::PlaceOne(u2_t uId, const Less& oIsLess) {
     const u2_t uParent = m_oNode(uId).Pred();
-    if (uParent >= m_oNode.Size()) return;  // the root, or cut loose before it was placed
+    if (uParent >= m_oNode.Size()) return true;  // the root, or cut loose before it was placed
     Node& oParent = m_oNode(uParent);
     if (oParent.GetType() != Node::Tree) Msg::AssertionFailed("Data_IDX(uPred - 1) == uNth");
     const bool bFull = oParent.Start() == NONE ||
                        m_oGroup.Placed(oParent.Start()) == m_oGroup.Room(oParent.Start());
     if (bFull) GrowGroup(oParent);
-    m_oGroup.Place(oParent.Start(), uId, oIsLess);
+    return m_oGroup.Place(oParent.Start(), uId, oIsLess);
 }
 
 void Data_Base::Place(u2_t uId) {
     PlaceOne(uId, ByName());
 }
 
-// Puts the next pending node in its group, and those behind it that have its parent.
+// Puts the next pending node in its group, and those behind it that have its parent; whether each
+// came behind all that were there.
 template <class Less>
-inline void Data_Base::PlaceSiblings(const Less& oIsLess) {
+inline bool Data_Base::PlaceSiblings(const Less& oIsLess) {
     const u2_t uParent = m_oNode(m_uIndexed).Pred();
-    PlaceOne(m_uIndexed, oIsLess);
+    bool bInOrder = PlaceOne(m_uIndexed, oIsLess);
     ++m_uIndexed;
-    if (uParent >= m_oNode.Size()) return;
+    if (uParent >= m_oNode.Size()) return bInOrder;
     const u2_t uStart = m_oNode(uParent).Start();
     while (m_uIndexed < m_oNode.Size() && m_oNode(m_uIndexed).Pred() == uParent &&
            m_oGroup.HasRoom(uStart)) {
-        m_oGroup.Place(uStart, m_uIndexed, oIsLess);
+        bInOrder &= m_oGroup.Place(uStart, m_uIndexed, oIsLess);
         ++m_uIndexed;
     }
+    return bInOrder;
 }
 
 template <class Less>
-inline void Data_Base::PlaceNew(const Less& oIsLess) {
-    while (m_uIndexed < m_oNode.Size()) PlaceSiblings(oIsLess);
+inline bool Data_Base::PlaceNew(const Less& oIsLess) {
+    bool bInOrder = true;
+    while (m_uIndexed < m_oNode.Size()) bInOrder &= PlaceSiblings(oIsLess);
+    return bInOrder;
 }
 
 void Data_Base::PlacePending() {
@@ -140,19 +145,29 @@ void Data_Base::SortByRank(const Less& oIsLess) {
 }
 
 // What is placed in order needs no ranks, however many names there are; sorting a long group does.
-void Data_Base::PlaceByName() {
-    PlaceNew(ByName());
-    if (m_oGroup.IsAllSorted()) return;
+bool Data_Base::PlaceByName() {
+    const bool bInOrder = PlaceNew(ByName());
+    if (m_oGroup.IsAllSorted()) return bInOrder;
     const std::size_t uLong = m_oGroup.MostUnsorted();
-    if (uLong < LONG || 2 * uLong < m_oName.Size()) return m_oGroup.SortAll(ByName());
+    if (uLong < LONG || 2 * uLong < m_oName.Size()) {
+        m_oGroup.SortAll(ByName());
+        return false;
+    }
     const Arr<u2_t> oRank = m_oName.Ranks();
     SortByRank(RankOrder{m_oNode.Beg(), oRank.Beg()});
+    return false;
 }
 
-void Data_Base::UpdateSucc() {
+bool Data_Base::UpdateSucc() {
     const std::size_t uNew = m_oNode.Size() - m_uIndexed;
-    if (!IsIndexed()) uNew > NODES_PER_NAME* m_oName.Size() ? PlaceByRank() : PlaceByName();
-    if (!m_oGroup.IsWorthCompacting()) return;
+    const bool bByRank = !IsIndexed() && uNew > NODES_PER_NAME * m_oName.Size();
+    const bool bInOrder = !bByRank && (IsIndexed() || PlaceByName());
+    if (bByRank) PlaceByRank();
+    if (m_oGroup.IsWorthCompacting()) CompactGroups();
+    return bInOrder;
+}
+
+void Data_Base::CompactGroups() {
     m_oGroup.Compact([this](const auto& oMove) {
         for (Node* p = m_oNode.Beg(); p != m_oNode.End(); ++p) {
             if (p->GetType() == Node::Tree && p->Start() != NONE) oMove(p->uWord2);

@@ -26,11 +26,11 @@ class RecordReader final : public detail::Record_Source {
     RecordReader(File_Stream& oIn, const Limits& oLimits);
 
     const Data_Record* Next() override;
+    void GoBack(const Data_Record* pGiven) noexcept override;
     void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     [[nodiscard]] Str Version() const override { return m_oTag; }
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oWindow.Offset(); }
-    void GoBack() noexcept override;
 
   private:
     // Closes levels without records to come; false when that closes all of them, or the document is
@@ -38,36 +38,31 @@ class RecordReader final : public detail::Record_Source {
     bool CloseLevels() noexcept {
         while (m_oTrail.Size() != 0 && m_oTrail.Last().uPending == 0) {
             m_oTrail.Close();
-            m_pBefore = nullptr;
+            m_oBefore.SetLevel(m_oTrail.Size());
         }
         return m_oTrail.Size() != 0 && !m_bEnd;
     }
-    // Reads a record that is like most are: an expected name, no attributes, the next index of its
-    // run, a value that needs no second look, all at hand. False for any other, with nothing read.
-    [[nodiscard]] bool ReadFast();
-    [[nodiscard]] bool ReadAtEnd(std::size_t uAtHand);
-    // The name of a record and its index; where its type code stands.
+    // Reads records of the last level and of others as long as they are like most are - a name as
+    // it stands, no attributes, the next index of its run, a value that needs no second look - and
+    // stand in order: what a loop keeps in registers is not put aside between calls. They are at
+    // hand as a batch, the first of which is returned; null where there is none, with nothing read.
+    [[nodiscard]] const Data_Record* ReadAhead();
+    // The same for one of a run of trees, as they come to who takes each of them: the source has
+    // come to it.
+    [[nodiscard]] bool ReadNextTree();
+    [[nodiscard]] std::size_t ReadSeveral(std::size_t uMost);
+    // The name of a record and where its type code stands; null where it is not like most are.
     struct Head {
         u2_t uKey;
-        u2_t uIndex;
         const char* pCode;
     };
+    [[nodiscard]] Head FindHead(const char* p, const char* pEnd, u2_t uLast, u2_t uRun, bool bNew);
+    [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep, bool bNew);
     using Record_Source::IsInOrder;
     [[nodiscard]] bool IsInOrder(Hash_Guess::Expected oExpected, u2_t uLast) noexcept;
-    [[nodiscard]] bool ReadExpected(const char* p, Head& o);
-    [[nodiscard]] bool ReadNext(const char* p, Head& o) noexcept;
-    [[nodiscard]] bool ReadHead(const char* p, std::size_t uAtHand, Head& o);
-    [[nodiscard]] bool ReadBehind(const Head& o, const char* pEnd);
-    [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep);
-    [[nodiscard]] bool ReadFastValue(u0_t uCode, const char* p, const char* pEnd);
-    template <class Record>
-    [[nodiscard]] const char* TakeLeaf(Record& o, u0_t uCode, const char* p,
+    [[nodiscard]] const char* TakeLeaf(detail::Record_Batch::Entry& o, u0_t uCode, const char* p,
                                        const char* pEnd) const noexcept;
-    // Reads records of the last level and below in front of their turn, as long as they are like
-    // most are and stand in order: what a loop keeps in registers is not put aside between calls.
-    // They are for NextAhead; false where there is none.
-    bool ReadAhead();
-    [[nodiscard]] std::size_t ReadSeveral(std::size_t uMost);
+    void ReadOne();
     std::size_t GetLength();
     void ReadStep();
     void NoteName(u2_t uKey, i2_t iIndex);
@@ -81,13 +76,32 @@ class RecordReader final : public detail::Record_Source {
         m_oLimits.RaiseExceeded(&Limits::m_uNodes);
     }
 
-    static constexpr std::size_t LENGTH = 4;
-    static constexpr std::size_t MOST_AHEAD = 16;
-    // Who had some of them read in vain will do so again: records until it is tried once more.
-    static constexpr u2_t PATIENCE = 256;
-    // The same where records were not like most so often in a row.
-    static constexpr u2_t MOST_IN_VAIN = 4;
-    static constexpr u2_t SHORT_PATIENCE = 16;
+    // By level the record in front, of those that are like most are and are still in the window;
+    // null where unknown, as it is for all but the highest levels.
+    class Before {
+      public:
+        [[nodiscard]] const char* Get() const noexcept { return m_pLast; }
+        void Set(const char* p) noexcept { m_pLast = p; }
+        // A level below the last one, of so many.
+        void Open(std::size_t uLevels) noexcept {
+            if (uLevels <= LEVELS) m_ap[uLevels - 1] = m_pLast;
+            m_pLast = nullptr;
+        }
+        // There are so many levels now, fewer than before.
+        void SetLevel(std::size_t uLevels) noexcept {
+            m_pLast = uLevels - 1 < LEVELS ? m_ap[uLevels - 1] : nullptr;
+        }
+        // The window has moved.
+        void Forget() noexcept {
+            m_ap.fill(nullptr);
+            m_pLast = nullptr;
+        }
+
+      private:
+        static constexpr std::size_t LEVELS = 8;
+        std::array<const char*, LEVELS> m_ap{};
+        const char* m_pLast = nullptr;
+    };
 
     File_Window m_oWindow;
     const Limits m_oLimits;
@@ -95,17 +109,9 @@ class RecordReader final : public detail::Record_Source {
     Str m_oTag;                     // that of trees of that version
     u3_t m_uMissingHeader = 0;
     Step m_oStep;
-    // The record in front, where it is of this level and still in the window; null where unknown.
-    const char* m_pBefore = nullptr;
+    Before m_oBefore;
     Arr<char> m_oRoom;   // what of a value is not in the window
     Arr<char> m_oTexts;  // attributes that were no UTF-8
-    std::unique_ptr<std::array<detail::Ahead_Record, MOST_AHEAD>> m_paoAhead;
-    std::size_t m_uStart = 0;                // the level that was the last one in front of them
-    detail::Record_Trail::Level m_oStart{};  // what it was
-    u2_t m_uPatience = 0;                    // records that are still to come one by one
-    u2_t m_uInVain = 0;                      // times in a row that there was none
-    bool m_bMore = false;   // the last time there were as many as may be, and may be more of them
-    bool m_bPlain = false;  // the record was like most: its step is its name and its index
     // What builds the trees of records, once there are any.
     struct Loader {
         explicit Loader(RecordReader& r) : oSource(r.m_oWindow), oReader(oSource, r.m_oLimits) {}
@@ -115,6 +121,7 @@ class RecordReader final : public detail::Record_Source {
     std::optional<Loader> m_oLoader;
     u3_t m_uNodes = 1;
     u3_t m_uSkipped = 0;
+    bool m_bPlain = false;  // the record was like most are: its step is its name and its index
     bool m_bNamed = false;  // of the record being read the name is known
     bool m_bEnd = false;    // the stream was at its end
     bool m_bDone = false;

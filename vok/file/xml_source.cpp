@@ -70,6 +70,10 @@ void ConvertUtf16(std::string_view s, bool bBigEndian, Arr<char>& oOut) {
     return s.substr(uQuote + 1, uEnd - uQuote - 1);
 }
 
+[[nodiscard]] u3_t Characters(const char* p, const char* pEnd) noexcept {
+    return static_cast<u3_t>(std::count_if(p, pEnd, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
 [[nodiscard]] bool IsSame(std::string_view a, std::string_view b) noexcept {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
         const auto oLower = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
@@ -200,42 +204,48 @@ bool Source::Fetch(const char*& p, const char*& pEnd) {
 Source::Place Source::PlaceOf(const char* p) const noexcept {
     Place oPlace = m_oPlace;
     Pass(m_pBegin, p, oPlace);
-    // Half a unit at the end of UTF-16 was converted like a whole one.
     oPlace.uOffset = std::min(oPlace.uOffset, m_uBytes);
     return oPlace;
 }
 
 u3_t Source::OffsetOf(const char* p) const noexcept {
-    if (m_eCoding != Coding::Utf8) return PlaceOf(p).uOffset;
-    return m_oPlace.uOffset + static_cast<u3_t>(p - m_pBegin);
+    if (!IsConverted()) return m_oPlace.uOffset + static_cast<u3_t>(p - m_pBegin);
+    // Converted bytes stay where they are. Who reads on asks for one place behind the other.
+    if (m_pAsked == nullptr) {
+        m_pAsked = m_pBegin;
+        m_uAsked = m_oPlace.uOffset;
+    }
+    m_uAsked = p >= m_pAsked ? m_uAsked + StreamBytes(m_pAsked, p)  //
+                             : m_uAsked - StreamBytes(p, m_pAsked);
+    m_pAsked = p;
+    return std::min(m_uAsked, m_uBytes);
 }
 
 // Moves a place over a text.
 void Source::Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexcept {
     if (pFrom == pTo) return;
-    const auto oCharacters = [](const char* p, const char* pEnd) {
-        return std::count_if(p, pEnd, [](char c) { return (c & 0xC0) != 0x80; });
-    };
     const std::size_t uLines = words::Count(pFrom, static_cast<std::size_t>(pTo - pFrom), '\n');
     const char* pLine = pTo;  // start of the last line
     while (pLine != pFrom && pLine[-1] != '\n') --pLine;
     if (uLines != 0) oPlace.uColumn = 1;
     oPlace.uLine += static_cast<u2_t>(uLines);
-    oPlace.uColumn += static_cast<u2_t>(oCharacters(pLine, pTo));
+    oPlace.uColumn += static_cast<u2_t>(Characters(pLine, pTo));
+    oPlace.uOffset += StreamBytes(pFrom, pTo);
+}
+
+// What a text takes in the stream.
+u3_t Source::StreamBytes(const char* pFrom, const char* pTo) const noexcept {
     switch (m_eCoding) {
-        case Coding::Utf8: oPlace.uOffset += static_cast<u3_t>(pTo - pFrom); break;
         case Coding::Latin1:
-        case Coding::Windows1252:
-            oPlace.uOffset += static_cast<u3_t>(oCharacters(pFrom, pTo));
-            break;
+        case Coding::Windows1252: return Characters(pFrom, pTo);
         case Coding::Utf16LittleEndian:
         case Coding::Utf16BigEndian: {
             // Characters above U+FFFF, four bytes in UTF-8, take two units.
             const auto iLong =
                 std::count_if(pFrom, pTo, [](char c) { return static_cast<u0_t>(c) >= 0xF0; });
-            oPlace.uOffset += 2 * static_cast<u3_t>(oCharacters(pFrom, pTo) + iLong);
-            break;
+            return 2 * (Characters(pFrom, pTo) + static_cast<u3_t>(iLong));
         }
+        default: return static_cast<u3_t>(pTo - pFrom);
     }
 }
 

@@ -38,6 +38,8 @@ class Source {
     // kept. False, and nothing is changed, at the end of the stream. Reads at least as much again
     // as it has to keep, so that who looks at a token anew after each call does so in linear time.
     bool Fetch(const char*& p, const char*& pEnd);
+    // Whether they are others than those of the stream.
+    [[nodiscard]] bool IsConverted() const noexcept { return m_eCoding != Coding::Utf8; }
     // Whether it is known that no more than the bytes at hand will come. Then Fetch returns false.
     [[nodiscard]] bool IsAtEnd() const noexcept { return m_bAtEnd; }
 
@@ -49,7 +51,8 @@ class Source {
         u2_t uColumn;
     };
     [[nodiscard]] Place PlaceOf(const char* p) const noexcept;
-    // The offset alone: constant time for UTF-8.
+    // The offset alone: constant time for UTF-8, else linear in the distance to the place that was
+    // asked for last.
     [[nodiscard]] u3_t OffsetOf(const char* p) const noexcept;
     // Bytes of memory held.
     [[nodiscard]] std::size_t Held() const noexcept { return m_oBytes.Capacity(); }
@@ -58,6 +61,7 @@ class Source {
     void DetectCoding(Declares eDeclares);
     void Convert();
     void Pass(const char* pFrom, const char* pTo, Place& oPlace) const noexcept;
+    [[nodiscard]] u3_t StreamBytes(const char* pFrom, const char* pTo) const noexcept;
 
     File_Stream& m_oIn;
     File_Buf* m_pBuffer;  // the stream, if it is one in memory
@@ -65,10 +69,15 @@ class Source {
     bool m_bAtEnd = false;
     const char* m_pBegin = nullptr;
     const char* m_pEnd = nullptr;
-    Place m_oPlace{0, 1, 1};   // of m_pBegin
-    u3_t m_uRead = 0;          // bytes read of a stream that is no memory buffer
-    u3_t m_uBytes = ~u3_t{0};  // of the stream, once all were converted
-    Arr<char> m_oBytes;        // what was read of another stream, or converted
+    Place m_oPlace{0, 1, 1};  // of m_pBegin
+    u3_t m_uRead = 0;         // bytes read of a stream that is no memory buffer
+    // Of the stream, once all were converted: half a unit at the end of UTF-16 was converted like a
+    // whole one.
+    u3_t m_uBytes = ~u3_t{0};
+    // The place that OffsetOf was asked for last, of what was converted.
+    mutable const char* m_pAsked = nullptr;
+    mutable u3_t m_uAsked = 0;
+    Arr<char> m_oBytes;  // what was read of another stream, or converted
 };
 
 }  // namespace vok::xml

@@ -70,14 +70,7 @@ Str Data_Reader::GetVersion() const {
     return m_pImpl->m_pSource->Version();
 }
 
-bool Data_Reader::Next() {
-    const Data_Record* const pAhead = m_pImpl->m_pSource->NextAhead();
-    if (pAhead == nullptr) return ReadNext();
-    m_pRecord = pAhead;
-    return true;
-}
-
-[[gnu::noinline]] bool Data_Reader::ReadNext() {
+bool Data_Reader::ReadNext() {
     return Where("vok::Data_Reader::Next", [&] {
         Impl& o = *m_pImpl;
         m_pRecord = o.m_pSource.get();
@@ -95,13 +88,13 @@ bool Data_Reader::Next() {
 void Data_Reader::SkipSuccessors() noexcept {
     // Below others there is nothing; what is behind them may be deeper, and read already.
     if (m_pRecord->GetType() != Data_Node::Tree) return;
-    m_pImpl->m_pSource->GoBack();
+    m_pImpl->m_pSource->GoBack(m_pRecord);
     m_pImpl->m_pSource->SkipBelow(m_pRecord->GetDepth());
 }
 
 Str Data_Reader::GetPath() const {
     return Where("vok::Data_Reader::GetPath", [&] {
-        m_pImpl->m_pSource->GoBack();
+        m_pImpl->m_pSource->GoBack(m_pRecord);
         return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth());
     });
 }
@@ -113,7 +106,7 @@ bool Data_Reader::IsInOrder() const noexcept {
 Load_Report Data_Reader::GetReport() const {
     return Where("vok::Data_Reader::GetReport", [&] {
         Load_Report oReport;
-        m_pImpl->m_pSource->GoBack();
+        m_pImpl->m_pSource->GoBack(m_pRecord);
         m_pImpl->m_pSource->AddTo(oReport);
         const Str& oFault = m_pImpl->m_oTaker->Fault();
         if (!oFault.IsEmpty()) oReport.m_oPath = oFault;
@@ -128,7 +121,7 @@ void Data_Reader::Take(Data& oTree) {
             pBase->ResetNodes();
         }
         oTree.SetToRoot();
-        m_pImpl->m_pSource->GoBack();
+        m_pImpl->m_pSource->GoBack(m_pRecord);
         m_pRecord = m_pImpl->m_pSource.get();
         const u2_t uTop = m_pRecord->GetDepth();
         m_pImpl->m_oTaker->Take(oTree, m_pImpl->m_oWork);

@@ -58,7 +58,11 @@ class Data_Reader {
     // Moves to the next record, the first of which is the root; false behind the last one. Linear
     // in the bytes gone over. Raises the errors of Dgraph_LoadDGraph or LoadFromXML, of Zip_Stream
     // and of the stream; after one only GetReport may be called.
-    bool Next();
+    bool Next() {
+        if (m_pRecord->m_pNext == nullptr) return ReadNext();
+        m_pRecord = m_pRecord->m_pNext;
+        return true;
+    }
     // Leaves out what is below the record: it is read and checked, but Next does not stop there.
     // Take takes it still.
     void SkipSuccessors() noexcept;

@@ -43,8 +43,8 @@ void XmlLoader::RunBelow(Data_Base& oBase, Tokens& oAt, u3_t uNodes) {
     m_uMost = m_oLimits.m_uNodes - uNodes + 1;  // the root was counted
     CheckMemory();
     Run();
-    oBase.UpdateSucc();
-    m_oFound.uReordered += CountReordered();
+    // The root was placed before: all others are.
+    if (!oBase.UpdateSucc()) m_oFound.uReordered += CountReordered();
 }
 
 void XmlLoader::ResolveLinks() {

@@ -7,7 +7,6 @@
 #include "vok/base/number.h"
 #include "vok/base/utf8.h"
 #include "vok/data/report.h"
-#include "vok/xml/fast_text.h"
 #include "vok/xml/scalar.h"
 
 namespace vok::xml {
@@ -18,132 +17,25 @@ RecordReader::RecordReader(Source& oSource, const Limits& oLimits)
     BeforeFetch(0);
 }
 
-// ---- the fast way -------------------------------------------------------------------
-
-inline u2_t RecordReader::FindName(const char* p) {
-    const auto uRoom = static_cast<std::size_t>(m_pEnd - p);
-    Data_Names& oNames = m_oTrail.Names();
-    const auto oIsHere = [&](u2_t uKey) {
-        const Hash_Text& oText = oNames(uKey);
-        return uKey != 0 && oNames.IsXmlVerbatim(uKey) && oText.StandsAt(p, uRoom) &&
-               !Is(p[oText.uLength], NAME);
-    };
-    const u2_t uFirst = oNames.Guess().First();
-    if (oIsHere(uFirst)) {
-        oNames.Guess().Confirm(uFirst);
-        return uFirst;
-    }
-    if (oIsHere(oNames.Guess().Second())) return oNames.Guess().Second();
-    u0_t uSeen;
-    const std::string_view sName = Rest(p).substr(0, AsciiNameLength(Rest(p), uSeen));
-    const char* const pStop = p + sName.size();
-    if (sName.empty() || !Is(*p, NAME_START) || pStop == m_pEnd || Is(*pStop, NAME)) return 0;
-    if ((uSeen & ESCAPE) != 0 && HasEscapes(sName)) return 0;
-    return m_oTrail.InternAs(sName, Hash_Guess::XML);
-}
-
-inline bool RecordReader::CloseFast(const char* p) {
-    using namespace fast;
-    if (m_uOpen == 1) return false;  // the end of the document is not for this
-    const Hash_Text& oName = m_oTrail.NameText(m_oTrail.At(m_oTrail.Size() - 2).uKey);
-    if (!EndsHere(oName, p, m_pEnd)) return false;
-    m_p = p + 2 + oName.uLength + 1;
-    m_oTrail.Close();
-    --m_uOpen;
-    return true;
-}
-
-inline bool RecordReader::TakeFastText(std::string_view sText) {
-    if (sText.size() > m_oLimits.m_uTextBytes || !IsAsciiText(sText.data(), sText.size())) {
-        return false;
-    }
-    SetValue(Data_Node::String, 0);
-    m_sText = sText;
-    return true;
-}
-
-inline bool RecordReader::TakeFast(const char*& p, const Hash_Text& oName) {
-    using namespace fast;
-    m_sText = {};
-    if (*p != '>') {
-        if (!StartsWith(p, TYPE_START)) return false;
-        p += TYPE_START.size();
-        Scalar o;
-        if (!o.Take(p, m_pEnd) || o.uBytes > m_oLimits.m_uTextBytes) return false;
-        SetValue(o.eType, o.uValue);
-    } else if (++p; *p == '<' && p[1] == '!') {
-        if (!StartsWith(p, CDATA)) return false;
-        const char* const pText = p + CDATA.size();
-        const char* const pStop = EndOfCdata(pText, m_pEnd);
-        if (pStop == nullptr || !TakeFastText(Between(pText, pStop))) return false;
-        p = pStop + CDATA_END.size();
-    } else {
-        const char* const pText = p;
-        const TextRun oRun(p, m_pEnd);
-        p = oRun.pEnd;
-        if (m_pEnd - p < END_TAG) return false;
-        const std::string_view sText = Between(pText, p);
-        if (p[1] != '/') {
-            if (IsMarkup(p[1]) || !IsBlank(sText)) return false;
-            SetValue(Data_Node::Tree, UNKNOWN);
-            return true;
+// The source itself, or the first of several; null behind the last one.
+const Data_Record* RecordReader::ReadRecord() {
+    while (!m_bReady && !m_bDone) {
+        if (m_uOpen != 0 && !m_bHeld) {
+            if (const Data_Record* p = ReadAhead(); p != nullptr) return p;
         }
-        SetValue(Data_Node::Empty, 0);
-        if (!sText.empty() && (oRun.bReference || !TakeFastText(sText))) return false;
+        ReadToken();
     }
-    if (!EndsHere(oName, p, m_pEnd)) return false;
-    p += 2 + oName.uLength + 1;
-    return true;
-}
-
-inline bool RecordReader::ReadFast() {
-    using namespace fast;
-    const char* p = m_p;
-    while (p != m_pEnd && Is(*p, BLANK)) ++p;
-    if (m_pEnd - p < END_TAG || *p != '<') return false;
-    if (p[1] == '/') return CloseFast(p);
-    if (m_uNodes >= m_oLimits.m_uNodes || m_uOpen >= m_oLimits.m_uDepth) return false;
-    const char* const pBegin = p++;
-    const u2_t uKey = FindName(p);
-    if (uKey == 0) return false;
-    const Hash_Text& oName = m_oTrail.NameText(uKey);
-    p += oName.uLength;
-    if (m_pEnd - p < ROOM || !TakeFast(p, oName)) return false;
-    m_uOffset = m_oSource.OffsetOf(pBegin);
-    NoteOrder(uKey);
-    m_oFound.uReordered += m_oTrail.IsBehindHigher(uKey);
-    m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
-    StandAtLast();
-    if (m_oAttribute.Size() != 0) m_oAttribute.Truncate(0);
-    if (m_oNumber.Size() != 0) m_oNumber.Truncate(0);
-    m_uLinked = NO_NUMBER;
-    m_bTarget = false;
-    ++m_uNodes;
-    ++m_uElements;
-    if (m_eType == Data_Node::Tree) {
-        ++m_uOpen;
-        m_oTrail.Open(0);
-    }
-    m_p = p;
-    m_bReady = true;
-    return true;
-}
-
-// The next token, or more of them.
-inline void RecordReader::ReadNext() {
-    if (m_uOpen != 0 && !m_bHeld && ReadFast()) return;
-    ReadToken();
+    return std::exchange(m_bReady, false) ? this : nullptr;
 }
 
 const Data_Record* RecordReader::Next() {
     for (;;) {
-        while (!m_bReady && !m_bDone) ReadNext();
-        if (!m_bReady) {
+        const Data_Record* p = ReadRecord();
+        if (p == nullptr) {
             if (!std::exchange(m_bEnd, true)) m_uLeft = m_oSource.Leave(m_p);
             return nullptr;
         }
-        m_bReady = false;
-        if (!IsLeftOut()) return this;
+        if (p = FirstShown(p); p != nullptr) return p;
     }
 }
 
@@ -237,8 +129,10 @@ void RecordReader::Hold() {
     m_uOffset = m_oSource.OffsetOf(m_p);
     const std::string_view sName = Decoded(m_oTag.Name(), m_oNameRoom);
     const u2_t uKey = m_oTrail.Intern(sName);
-    NoteOrder(uKey);
-    m_oFound.uReordered += m_oTrail.IsBehindHigher(uKey);
+    if (m_oTrail.IsBehindHigher(uKey)) {
+        ++m_oFound.uReordered;
+        m_bInOrder = false;
+    }
     m_oTrail.Note(uKey, uKey == m_oTrail.Last().uKey ? m_oTrail.Last().uRun : 0);
     StandAtLast();
     SetValue(Data_Node::Empty, 0);

@@ -21,6 +21,7 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     RecordReader(Source& oSource, const Limits& oLimits);
 
     const Data_Record* Next() override;
+    void GoBack(const Data_Record* pGiven) noexcept override;
     void BuildBelow(Data& oTree, Data_Base& oBase, Built& oBuilt) override;
     void AddTo(Load_Report& oReport) const override;
     [[nodiscard]] u3_t Offset() const override { return m_oSource.OffsetOf(m_p); }
@@ -39,17 +40,22 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     [[nodiscard]] Data_Node::Type OpenType() const noexcept {
         return m_bHeld ? m_eType : Data_Node::Tree;
     }
-    // Reads an element, or the end of one that has others in it, that is like most are: an expected
-    // name, no attributes but the type, a plain text or number, all of it at hand. False for any
-    // other, with nothing read.
-    [[nodiscard]] bool ReadFast();
-    void ReadNext();
-    [[nodiscard]] bool CloseFast(const char* p);
-    [[nodiscard]] u2_t FindName(const char* p);
-    // What stands behind "<name": p moves behind the element, or in front of the first one in it,
-    // and the record has its value.
-    [[nodiscard]] bool TakeFast(const char*& p, const Hash_Text& oName);
-    [[nodiscard]] bool TakeFastText(std::string_view sText);
+    [[nodiscard]] const Data_Record* ReadRecord();
+    // Reads elements, and the ends of those that have others in them, as long as they are like most
+    // are - a name as it stands, no attributes but the type, a plain text or number, all of it at
+    // hand - and stand in order: what a loop keeps in registers is not put aside between calls.
+    // They are at hand as a batch, the first of which is returned; null where there is none, with
+    // no more than ends read.
+    [[nodiscard]] const Data_Record* ReadAhead();
+    // The same for one of a run of trees, as they come to who takes each of them: the source has
+    // come to it.
+    [[nodiscard]] bool ReadNextTree(const char* p);
+    [[nodiscard]] std::size_t ReadSeveral(std::size_t uMost);
+    [[nodiscard]] u2_t FindName(const char* p, bool bNew);
+    [[nodiscard]] u2_t ScanName(const char* p, bool bNew);
+    [[nodiscard]] const char* TakeContent(detail::Record_Batch::Entry& o, const char* p,
+                                          const Hash_Text& oName) const;
+    [[nodiscard]] const char* TakeEnd(const char* p) const noexcept;
     void CheckLimits() const;
     // Holds the element of m_oTag.
     void Hold();
@@ -64,6 +70,7 @@ class RecordReader final : public detail::Record_Source, private Tokens {
     void CloseElement() noexcept;
 
     u3_t m_uNodes = 1;
+    u3_t m_uReordered = 0;  // elements, in front of a batch
     bool m_bHeld = false;   // the innermost element is held
     bool m_bReady = false;  // the record is what Next is to come to
     bool m_bEnd = false;
