@@ -61,8 +61,9 @@ struct Data_Node {
     }
     // Raises unless a node of that id can have successors, whose fields must not look like those of
     // nodes cut loose. Without successors a node may have any id below 2^31.
+    [[nodiscard]] static bool MayPred(u2_t uId) noexcept { return uId < CUT_LOOSE - 1; }
     static void CheckPred(u2_t uId) {
-        if (uId >= CUT_LOOSE - 1) [[unlikely]]
+        if (!MayPred(uId)) [[unlikely]]
             RaiseNoPred();
     }
 

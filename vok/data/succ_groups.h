@@ -75,11 +75,15 @@ class Data_Groups {
         return {Ids(uStart), uSize};
     }
 
+    // Whether there is memory for one more group.
+    [[nodiscard]] bool HasSpace(u2_t uRoom) const noexcept {
+        return m_oWord.Size() + HEADER + uRoom <= std::min<std::size_t>(m_oWord.Capacity(), MOST);
+    }
     // Appends an empty group and returns its place.
     u2_t Add(u2_t uRoom) {
         const std::size_t uStart = m_oWord.Size();
         const std::size_t uEnd = uStart + HEADER + uRoom;
-        if (uEnd > m_oWord.Capacity() || uEnd > MOST) [[unlikely]]
+        if (!HasSpace(uRoom)) [[unlikely]]
             MakeRoom(uEnd);
         m_oWord.SetSize(uEnd);
         u2_t* pGroup = m_oWord.Beg() + uStart;

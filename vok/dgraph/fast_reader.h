@@ -13,8 +13,9 @@
 namespace vok::dgraph {
 
 // The reader's state in locals, while records are like most records are. What is appended and
-// consumed counts for the reader and the tree only after Sync: loops and stores of bytes would
-// otherwise have every field of theirs read and written again for every record.
+// consumed counts for the reader and the tree only after Sync, and for a level when another one is
+// the last: loops and stores of bytes would otherwise have every field of theirs read and written
+// again for every record.
 //
 // m_p is the next record. The level is the reader's last one, its successors came in the order of
 // names and stand in a group that is in order; m_pId is where the id of the next one goes.
@@ -33,7 +34,8 @@ class Reader<Source>::Fast {
 
     // Reads up to the first record that is not for it.
     [[gnu::always_inline]] void Run() {
-        while (LoadLevel() && ReadLevel()) {
+        if (!LoadLevel()) return;
+        while (ReadLevel()) {
         }
     }
     // Reads the first record, which is the root's; false when it is not for this.
@@ -73,42 +75,59 @@ class Reader<Source>::Fast {
         const char* pValue;
     };
 
-    // Takes the state of the reader's last level; false when there is nothing to read in it, or
-    // not by this loop.
+    // Takes the state of the reader and of its last level; false when there is nothing to read in
+    // it, or not by this loop.
     [[gnu::always_inline]] bool LoadLevel() noexcept {
         m_bAhead = false;
+        if (!m_oBase.CanPlace(r.Top().uParent)) return false;
+        m_oTail = m_oBase.TakeTail(r.m_uMostNodes);
+        m_bAhead = LoadTop();
+        return m_bAhead;
+    }
+    // The same for a level behind one below it, which has a group.
+    [[gnu::always_inline]] bool LoadTop() noexcept {
         const Level& oLevel = r.Top();
-        const Data_Node& oParent = m_oBase.m_oNode(oLevel.uParent);
-        if (oLevel.uPending == 0 || !oLevel.bInOrder || !m_oBase.CanPlace(oLevel.uParent)) {
-            return false;
-        }
+        const Data_Node& oParent = m_oTail.pNodes[oLevel.uParent];
+        if (oLevel.uPending == 0 || !oLevel.bInOrder) return false;
+        if (!m_oBase.m_oGroup.HasRoom(oParent.Start())) return false;
         m_uParent = oLevel.uParent;
         m_uBelow = Data_Node::FlagsBelow(m_uParent);
         m_uPending = oLevel.uPending;
         m_uRunKey = oLevel.uRunKey;
         m_uRunCount = static_cast<u2_t>(oLevel.iRunCount);
-        m_oTail = m_oBase.TakeTail(r.m_uMostNodes);
+        m_pBefore = oLevel.pBefore;
         m_pFirst = m_oBase.m_oGroup.Ids(oParent.Start());
         m_pId = m_pFirst + oParent.Size();
         const std::size_t uRoom = m_oBase.m_oGroup.Room(oParent.Start()) - oParent.Size();
-        m_pBefore = nullptr;
         m_pLast = m_pId + std::min<std::size_t>(uRoom, m_oTail.Left());
-        m_bAhead = true;
         return true;
     }
-    // Gives the reader and the tree the state.
-    [[gnu::always_inline]] void Sync() noexcept {
+    // Gives the reader and the tree the state of the level.
+    [[gnu::always_inline]] void SyncLevel() noexcept {
         Level& oLevel = r.Top();
         oLevel.uPending = m_uPending;
         oLevel.uRunKey = m_uRunKey;
         oLevel.iRunCount = static_cast<i2_t>(m_uRunCount);
-        m_oBase.GiveBack(m_oTail);
-        m_oBase.m_uIndexed = m_oTail.NextId();
+        if constexpr (!Source::MOVES) oLevel.pBefore = m_pBefore;
         Data_Node& oParent = m_oTail.pNodes[m_uParent];
         oParent.uWord3 = static_cast<u2_t>(m_pId - m_pFirst);
         m_oBase.m_oGroup.SetPlaced(oParent.Start(), oParent.uWord3);
+    }
+    // And all other state.
+    [[gnu::always_inline]] void Sync() noexcept {
+        SyncLevel();
+        SyncEnd();
+    }
+    [[gnu::always_inline]] void SyncEnd() noexcept {
+        m_oBase.GiveBack(m_oTail);
+        m_oBase.m_uIndexed = m_oTail.NextId();
         r.m_oSource.Skip(static_cast<std::size_t>(m_p - r.m_oSource.Peek()));
         r.m_uNode = m_oTail.NextId() - 1;
+    }
+    // The rest is the reader's: nothing that it does is undone by Sync.
+    [[gnu::always_inline]] void HandOver() noexcept {
+        Sync();
+        m_bAhead = false;
     }
 
     // Reads records until another level is the last one; false in front of a record that is not
@@ -121,23 +140,54 @@ class Reader<Source>::Fast {
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
+                if (Open(o, static_cast<u2_t>(iCount))) return true;
                 Append(o, Data_Node::Empty, 0);
                 m_p = o.pValue + 4;
                 HandOver();
                 r.OpenLevel(iCount);
-                return true;
+                return LoadLevel();
             }
             m_pBefore = m_p;
             ReadValue(o);
         } while (m_uPending != 0);
-        HandOver();
-        r.CloseLevels();
+        return Close();
+    }
+    // Appends a node that has successors, and makes theirs the last level; false, with nothing
+    // changed, where that needs memory or is refused.
+    [[gnu::always_inline]] bool Open(const Record& o, u2_t uCount) noexcept {
+        const u2_t uId = m_oTail.NextId();
+        const char* const pBehind = o.pValue + 4;
+        const u2_t uRoom =
+            r.RoomFor(uCount, static_cast<std::size_t>(m_pEnd - pBehind), uId + u3_t{1});
+        if (r.m_oLevel.Size() == r.m_oLevel.Capacity() || !r.MayOpen() || !Data_Node::MayPred(uId)) {
+            return false;
+        }
+        if (!m_oBase.m_oGroup.HasSpace(uRoom)) return false;
+        const u2_t uStart = m_oBase.m_oGroup.Add(uRoom);
+        m_pBefore = m_p;
+        Append(o, Data_Node::Tree, uStart);
+        SyncLevel();
+        r.m_oLevel.Emplace(uCount, NO_NAME, 0, uId, true);
+        r.m_uPromised += uRoom;
+        m_p = pBehind;
+        m_uParent = uId;
+        m_uBelow = Data_Node::FlagsBelow(uId);
+        m_uPending = uCount;
+        m_uRunKey = NO_NAME;
+        m_uRunCount = 0;
+        m_pBefore = nullptr;
+        m_pId = m_pFirst = m_oBase.m_oGroup.Ids(uStart);
+        m_pLast = m_pId + std::min<std::size_t>(uRoom, m_oTail.Left());
         return true;
     }
-    // The rest is the reader's: nothing that it does is undone by Sync.
-    [[gnu::always_inline]] void HandOver() noexcept {
-        Sync();
+    // Goes back to the next level that is not complete; false where that is not for this loop.
+    [[gnu::always_inline]] bool Close() noexcept {
+        SyncLevel();
+        r.CloseLevels();
+        if (LoadTop()) return true;
+        SyncEnd();
         m_bAhead = false;
+        return false;
     }
 
     // The head that is expected, in the order of names.

@@ -117,27 +117,12 @@ bool Reader<Source>::ReadRecord() {
 
 template <class Source>
 void Reader<Source>::OpenLevel(i2_t iCount) {
-    if (m_oLevel.Size() + m_uAbove >= m_oLimits.m_uDepth) {
-        m_oLimits.RaiseExceeded(&Limits::m_uDepth);
-    }
+    if (!MayOpen()) m_oLimits.RaiseExceeded(&Limits::m_uDepth);
     m_oLevel.Emplace(static_cast<u2_t>(iCount), NO_NAME, 0, m_uNode, true);
-    const u2_t uRoom = RoomFor(iCount > 0 ? static_cast<u2_t>(iCount) : 1);
+    const u2_t uRoom = RoomFor(iCount > 0 ? static_cast<u2_t>(iCount) : 1, m_oSource.AtHand(),
+                               m_pBase->m_oNode.Size());
     m_uPromised += uRoom;
     m_pBase->OpenTree(m_uNode, uRoom);
-}
-
-// Room for no more successors, on all levels together, than there can be records in the bytes at
-// hand.
-template <class Source>
-inline u2_t Reader<Source>::RoomFor(u2_t uCount) const noexcept {
-    const u3_t uAtHand = m_oSource.AtHand();
-    const u3_t uNodes = m_pBase->m_oNode.Size();
-    const u3_t uAll = m_uPromised + uCount;
-    if (uAll <= uNodes || (uAll - uNodes) * SMALLEST_RECORD <= uAtHand) [[likely]]
-        return uCount;
-    const u3_t uRecords = uAtHand / SMALLEST_RECORD + uNodes;
-    const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
-    return static_cast<u2_t>(std::min<u3_t>(uCount, uMost));
 }
 
 template <class Source>
@@ -180,6 +165,7 @@ void Reader<Source>::AppendNode(u2_t uKey, i2_t iIndex) {
     const u2_t uParent = m_uNode;
     m_pBase->CheckAppend(uParent);
     Level& oLevel = Top();
+    oLevel.pBefore = nullptr;
     const bool bSameRun = oLevel.uRunKey == uKey;
     if (!bSameRun) {
         if (IsBehind(oLevel, uKey)) oLevel.bInOrder = m_bInOrder = false;

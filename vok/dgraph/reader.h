@@ -86,6 +86,7 @@ class Reader {
         i2_t iRunCount;
         u2_t uParent;
         bool bInOrder;
+        const char* pBefore = nullptr;  // the record in front, where the next one may be like it
     };
     struct Link {
         u2_t uId;
@@ -151,7 +152,20 @@ class Reader {
     }
 
     void OpenLevel(i2_t iCount);
-    [[nodiscard]] u2_t RoomFor(u2_t uCount) const noexcept;
+    // Whether one more level is within the limit.
+    [[nodiscard]] bool MayOpen() const noexcept {
+        return m_oLevel.Size() + m_uAbove < m_oLimits.m_uDepth;
+    }
+    // Room for no more successors, on all levels together, than there can be records in the bytes
+    // at hand, uNodes being there.
+    [[nodiscard]] u2_t RoomFor(u2_t uCount, u3_t uAtHand, u3_t uNodes) const noexcept {
+        const u3_t uAll = m_uPromised + uCount;
+        if (uAll <= uNodes || (uAll - uNodes) * SMALLEST_RECORD <= uAtHand) [[likely]]
+            return uCount;
+        const u3_t uRecords = uAtHand / SMALLEST_RECORD + uNodes;
+        const u3_t uMost = std::max(uRecords - std::min(uRecords, m_uPromised), UNSEEN_RECORDS);
+        return static_cast<u2_t>(std::min<u3_t>(uCount, uMost));
+    }
 
     void ReadStep();
     void NoteForm(std::string_view sForm, u2_t uKey);
