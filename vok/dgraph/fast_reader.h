@@ -159,7 +159,8 @@ class Reader<Source>::Fast {
         const char* const pBehind = o.pValue + 4;
         const u2_t uRoom =
             r.RoomFor(uCount, static_cast<std::size_t>(m_pEnd - pBehind), uId + u3_t{1});
-        if (r.m_oLevel.Size() == r.m_oLevel.Capacity() || !r.MayOpen() || !Data_Node::MayPred(uId)) {
+        if (r.m_oLevel.Size() == r.m_oLevel.Capacity() || !r.MayOpen() ||
+            !Data_Node::MayPred(uId)) {
             return false;
         }
         if (!m_oBase.m_oGroup.HasSpace(uRoom)) return false;

@@ -17,8 +17,8 @@ constexpr std::size_t LARGEST_VALUE = 8;
 
 // A value of one of the frequent types, which begins at p, and what is behind it; null for any
 // other and for a node that has successors.
-[[gnu::always_inline]] inline const char* RecordReader::TakeLeaf(Record_Batch::Entry& o,
-                                                                 u0_t uCode, const char* p,
+[[gnu::always_inline]] inline const char* RecordReader::TakeLeaf(Record_Batch::Entry& o, u0_t uCode,
+                                                                 const char* p,
                                                                  const char* pEnd) const noexcept {
     o.m_sText = {};
     switch (uCode) {
@@ -55,8 +55,7 @@ constexpr std::size_t LARGEST_VALUE = 8;
 
 // The key of the name at p, 0 where there is none for this. A new one enters the table if it may,
 // unless that is to start again.
-inline u2_t RecordReader::FindName(const char* p, std::size_t uSeen, std::size_t uStep,
-                                   bool bNew) {
+inline u2_t RecordReader::FindName(const char* p, std::size_t uSeen, std::size_t uStep, bool bNew) {
     Data_Names& oNames = m_oTrail.Names();
     if (const u2_t uKey = GuessName(oNames, p, uSeen); uKey != 0) return uKey;
     const std::size_t uName = NameBytes(p, uStep);
@@ -109,8 +108,7 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
             m_oTrail.Last() = o;
             m_oTrail.Close();
             o = m_oTrail.Last();
-            m_oBefore.SetLevel(--uLevels);
-            pBefore = m_oBefore.Get();
+            pBefore = m_oBefore.At(--uLevels);
             ++uClosed;
             continue;
         }
@@ -157,10 +155,8 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         pBefore = p;
         p = pBehind;
         if (uCount == 0) continue;
-        m_oTrail.Last() = o;
-        m_oTrail.Open(uCount);
-        m_oBefore.Set(pBefore);
-        m_oBefore.Open(uLevels++);
+        m_oTrail.OpenBelow(o, uCount);
+        m_oBefore.Keep(uLevels++, pBefore);
         pBefore = nullptr;
         o = {Hash::NONE, 0, Hash::NONE, uCount};
     }
@@ -186,8 +182,8 @@ bool RecordReader::ReadNextTree() {
     if (uCount == 0) return false;
     StandAtNext(m_oWindow.Offset(), uCount);
     --m_oTrail.Last().uPending;
-    m_oBefore.Set(p);
-    m_oBefore.Open(m_oTrail.Size());
+    m_oBefore.Keep(m_oTrail.Size(), p);
+    m_oBefore.Set(nullptr);
     m_oTrail.Open(uCount);
     ++m_uNodes;
     m_bNamed = true;

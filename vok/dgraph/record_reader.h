@@ -38,7 +38,7 @@ class RecordReader final : public detail::Record_Source {
     bool CloseLevels() noexcept {
         while (m_oTrail.Size() != 0 && m_oTrail.Last().uPending == 0) {
             m_oTrail.Close();
-            m_oBefore.SetLevel(m_oTrail.Size());
+            m_oBefore.Set(m_oBefore.At(m_oTrail.Size()));
         }
         return m_oTrail.Size() != 0 && !m_bEnd;
     }
@@ -82,14 +82,13 @@ class RecordReader final : public detail::Record_Source {
       public:
         [[nodiscard]] const char* Get() const noexcept { return m_pLast; }
         void Set(const char* p) noexcept { m_pLast = p; }
-        // A level below the last one, of so many.
-        void Open(std::size_t uLevels) noexcept {
-            if (uLevels <= LEVELS) m_ap[uLevels - 1] = m_pLast;
-            m_pLast = nullptr;
+        // That of the last of so many levels, below which another one is opened; what it was when
+        // that is closed.
+        void Keep(std::size_t uLevels, const char* p) noexcept {
+            if (uLevels <= LEVELS) m_ap[uLevels - 1] = p;
         }
-        // There are so many levels now, fewer than before.
-        void SetLevel(std::size_t uLevels) noexcept {
-            m_pLast = uLevels - 1 < LEVELS ? m_ap[uLevels - 1] : nullptr;
+        [[nodiscard]] const char* At(std::size_t uLevels) const noexcept {
+            return uLevels - 1 < LEVELS ? m_ap[uLevels - 1] : nullptr;
         }
         // The window has moved.
         void Forget() noexcept {

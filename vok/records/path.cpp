@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "vok/records/path.h"
 
+#include <algorithm>
+
+#include "vok/base/compare.h"
 #include "vok/data/xpath.h"
 #include "vok/records/messages.h"
 
@@ -60,6 +63,24 @@ bool Path::MayNest() const noexcept {
     return false;
 }
 
+inline bool Path::Takes(const Data_Record& r, const Step& o, u2_t& uSeen) const noexcept {
+    if (!o.bAnyName) {
+        const std::string_view sName = r.GetName();
+        if (o.oName.Len() != sName.size()) return false;
+        if (!IsEqualText(o.oName.View().data(), sName.data(), sName.size())) return false;
+    }
+    const auto iPosition = static_cast<i2_t>(uSeen++);
+    if (o.iIndex >= 0 && o.iIndex != iPosition) return false;
+    return o.aoAttribute.empty() || HasAttributes(r, o);
+}
+
+bool Path::HasAttributes(const Data_Record& r, const Step& o) noexcept {
+    return std::all_of(o.aoAttribute.begin(), o.aoAttribute.end(), [&](const auto& oPair) {
+        const Data_Record::Attribute* p = r.FindAttribute(oPair.first.View());
+        return p != nullptr && p->sValue == oPair.second.View();
+    });
+}
+
 Path::Verdict Path::Look(const Data_Record& r) {
     const std::size_t uDepth = r.GetDepth();
     if (uDepth == 0) {
@@ -103,17 +124,6 @@ void Path::Go(std::size_t uLevelEnd, u2_t uStep, bool bAnyDepth) {
         return;
     }
     m_oWay.Add(Way{uStep, bAnyDepth, 0});
-}
-
-bool Path::Takes(const Data_Record& r, const Step& o, u2_t& uSeen) const {
-    if (!o.bAnyName && o.oName.View() != r.GetName()) return false;
-    const auto iPosition = static_cast<i2_t>(uSeen++);
-    if (o.iIndex >= 0 && o.iIndex != iPosition) return false;
-    for (const auto& [oName, oValue] : o.aoAttribute) {
-        const Data_Record::Attribute* p = r.FindAttribute(oName.View());
-        if (p == nullptr || p->sValue != oValue.View()) return false;
-    }
-    return true;
 }
 
 bool Path::IsThrough(std::size_t uDepth) const noexcept {

@@ -51,7 +51,8 @@ class Path {
         u2_t uSeen;
     };
 
-    [[nodiscard]] bool Takes(const Data_Record& r, const Step& oStep, u2_t& uSeen) const;
+    [[nodiscard]] bool Takes(const Data_Record& r, const Step& oStep, u2_t& uSeen) const noexcept;
+    [[nodiscard]] static bool HasAttributes(const Data_Record& r, const Step& oStep) noexcept;
     void Go(std::size_t uLevelEnd, u2_t uStep, bool bAnyDepth);
 
     std::vector<Step> m_aoStep;

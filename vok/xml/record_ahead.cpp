@@ -148,15 +148,14 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         pEntry->m_uDepth = static_cast<u2_t>(m_oTrail.Size() - 1);
         pEntry->m_iIndex = static_cast<i2_t>(o.uRun++);
         pEntry->m_sName = oName.View();
-        pEntry->m_uOffset = bAsItIs ? uOffset + static_cast<u3_t>(pBegin - m_p)
-                                    : m_oSource.OffsetOf(pBegin);
+        pEntry->m_uOffset =
+            bAsItIs ? uOffset + static_cast<u3_t>(pBegin - m_p) : m_oSource.OffsetOf(pBegin);
         pEntry->m_uKey = uKey;
         pEntry->m_pBehind = p = pBehind;
         ++pEntry;
         uClosed = 0;
         if (!bTree) continue;
-        m_oTrail.Last() = o;
-        m_oTrail.Open(0);
+        m_oTrail.OpenBelow(o, 0);
         o = {};
     }
     m_oTrail.Last() = o;
