@@ -19,7 +19,7 @@ TYPES = {0: 'Empty', 1: 'Boolean', 2: 'Integer', 3: 'Char', 4: 'Float', 5: 'Doub
 # Where the parts of a Data_Base stand, in bytes; each is a pointer and a size. They are those of this version of the
 # library, on 64-bit systems.
 NODES, NAMES, GROUPS, UNSORTED, HEAP, ATTRIBUTE_NAMES, ATTRIBUTE_ARRAYS, ATTRIBUTE_HEADS = (
-    544, 1664, 2288, 2320, 2624, 2688, 2832, 2856)
+    544, 1664, 2320, 2352, 2656, 2720, 2888, 2912)
 MOST_SCANNED = 1 << 20   # nodes, where successors are not in order yet
 MOST_LEVELS = 10000
 MOST_TEXT = 200          # bytes of a text

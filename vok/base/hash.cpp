@@ -32,23 +32,11 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
     return (reinterpret_cast<std::uintptr_t>(pTable) ^ uTicks) * FACTOR;
 }
 
-// Of a text that is not empty. Parts that overlap agree where they do.
-[[nodiscard, gnu::always_inline]] inline u3_t PrefixOf(std::string_view sText) noexcept {
-    const std::size_t uSize = sText.size();
-    const char* p = sText.data();
-    if (uSize >= 8) return BigEndianAt<u3_t>(p);
-    if (uSize >= 4) {
-        return u3_t{BigEndianAt<u2_t>(p)} << 32 | u3_t{BigEndianAt<u2_t>(p + uSize - 4)}
-                                                      << (64 - 8 * uSize);
-    }
-    const auto oAt = [p](std::size_t u) { return u3_t{static_cast<u0_t>(p[u])} << (56 - 8 * u); };
-    return oAt(0) | oAt(uSize / 2) | oAt(uSize - 1);
-}
-
 [[nodiscard, gnu::always_inline]] inline Hash_Text TakeApart(std::string_view sText) noexcept {
     const std::size_t uSize = sText.size();
     const u2_t uSuffix = uSize > 8 ? BigEndianAt<u2_t>(sText.data() + uSize - 4) : 0;
-    return {sText.data(), PrefixOf(sText), static_cast<u2_t>(uSize), uSuffix};
+    return {sText.data(), Hash_Text::PrefixOf(sText.data(), uSize), static_cast<u2_t>(uSize),
+            uSuffix};
 }
 
 // Whether all bytes are from 1 to 127. Up to 16 of them are in two words.
@@ -63,6 +51,10 @@ constexpr u3_t FACTOR = 0x9E3779B97F4A7C15u;
 }
 
 constexpr std::size_t LONGEST = 0xFFFFFFFE;
+
+[[nodiscard]] constexpr u3_t TagOf(u2_t uHash) noexcept {
+    return 0x80 | uHash >> 25;
+}
 
 }  // namespace
 
@@ -90,14 +82,44 @@ inline std::size_t Hash::FewSlotOf(const Hash_Text& oText) const noexcept {
     }
 }
 
-// The same in the index, of which a quarter is free.
-std::size_t Hash::SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept {
-    const std::size_t uMask = m_oIndex.Size() - 1;
-    for (std::size_t u = uHash & uMask;; u = (u + 1) & uMask) {
-        const Slot& oSlot = m_oIndex(u);
-        if (oSlot.uKey == 0) return u;
-        if (oSlot.uHash == uHash && m_oText(oSlot.uKey).IsEqual(oText)) return u;
+// Groups are tried in steps of 1, 2, 3, which leads to all of them: there are a power of two.
+template <class IsIt>
+inline std::size_t Hash::Index::Find(u2_t uHash, const IsIt& oIsIt) const noexcept {
+    const u3_t uWanted = TagOf(uHash) * words::EACH;
+    const std::size_t uMask = oSlot.Size() / GROUP - 1;
+    std::size_t uGroup = uHash & uMask;
+    for (std::size_t uStep = 1;; uGroup = (uGroup + uStep++) & uMask) {
+        const auto uTags = le::Load<u3_t>(oTag.Beg() + GROUP * uGroup);
+        const auto oSlotAt = [uGroup](u3_t uBits) {
+            return GROUP * uGroup + static_cast<std::size_t>(std::countr_zero(uBits)) / 8;
+        };
+        for (u3_t uSame = words::ZerosIn(uTags ^ uWanted); uSame != 0; uSame &= uSame - 1) {
+            if (oIsIt(oSlot(oSlotAt(uSame)))) return oSlotAt(uSame);
+        }
+        const u3_t uFree = ~uTags & words::HIGH_BITS;
+        if (uFree != 0) return oSlotAt(uFree);
     }
+}
+
+void Hash::Index::Make(std::size_t uSize) {
+    oTag.Resize(uSize);
+    (void)oSlot.AddSpace(uSize);
+}
+
+inline void Hash::Index::Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept {
+    oTag(uSlot) = static_cast<char>(TagOf(uHash));
+    oSlot(uSlot) = {uHash, uKey};
+}
+
+void Hash::Index::Swap(Index& o) noexcept {
+    oTag.Swap(o.oTag);
+    oSlot.Swap(o.oSlot);
+}
+
+// The same as FewSlotOf in the index.
+inline std::size_t Hash::SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept {
+    return m_oIndex.Find(
+        uHash, [&](const Slot& o) { return o.uHash == uHash && m_oText(o.uKey).IsEqual(oText); });
 }
 
 u2_t Hash::HashOf(const Hash_Text& oText) const noexcept {
@@ -109,7 +131,7 @@ u2_t Hash::Find(std::string_view sText) const noexcept {
     if (sText.size() > LONGEST) return NONE;
     const Hash_Text oText = TakeApart(sText);
     const u2_t uKey = m_oIndex.Size() == 0 ? m_auFew[FewSlotOf(oText)]
-                                           : m_oIndex(SlotOf(oText, HashOf(oText))).uKey;
+                                           : m_oIndex.KeyIn(SlotOf(oText, HashOf(oText)));
     return uKey != 0 ? uKey : NONE;
 }
 
@@ -162,10 +184,10 @@ u2_t Hash::EnterAny(std::string_view sText) {
         uKey = m_auFew[uSlot];
     } else {
         if (m_oIndex.Size() == 0) MakeIndex();
-        if (4 * m_oText.Size() > 3 * m_oIndex.Size()) GrowIndex();
+        if (8 * m_oText.Size() > 7 * m_oIndex.Size()) GrowIndex();
         uHash = HashOf(oText);
         uSlot = SlotOf(oText, uHash);
-        uKey = m_oIndex(uSlot).uKey;
+        uKey = m_oIndex.KeyIn(uSlot);
     }
     if (uKey != 0) return uKey;
     if (OUTSIDE && !HasAsciiOnly(oText)) return EnterUtf8(sText);
@@ -175,7 +197,7 @@ u2_t Hash::EnterAny(std::string_view sText) {
     if (bFew) {
         m_auFew[uSlot] = static_cast<u0_t>(uKey);
     } else {
-        m_oIndex(uSlot) = {uHash, uKey};
+        m_oIndex.Put(uSlot, uHash, uKey);
     }
     return uKey;
 }
@@ -187,27 +209,29 @@ u2_t Hash::EnterUtf8(std::string_view sText) {
     return Enter<false>(Utf8_Text(sText).View());
 }
 
-void Hash::PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept {
-    const std::size_t uMask = oIndex.Size() - 1;
-    std::size_t u = oSlot.uHash & uMask;
-    while (oIndex(u).uKey != 0) u = (u + 1) & uMask;
-    oIndex(u) = oSlot;
+// A text that is not there yet.
+inline void Hash::Index::PutNew(u2_t uHash, u2_t uKey) noexcept {
+    Put(Find(uHash, [](const Slot&) { return false; }), uHash, uKey);
 }
 
 // Either all texts are in the index or none.
 void Hash::MakeIndex() {
-    m_oIndex.Resize(FIRST_INDEX);
+    Index oIndex;
+    oIndex.Make(FIRST_INDEX);
     m_uSeed = MakeSeed(this);
     for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
-        PlaceSlot(m_oIndex, {HashOf(m_oText(uKey)), uKey});
+        oIndex.PutNew(HashOf(m_oText(uKey)), uKey);
     }
+    m_oIndex.Swap(oIndex);
 }
 
 void Hash::GrowIndex() {
-    Arr<Slot> oIndex;
-    oIndex.Resize(2 * m_oIndex.Size());
-    for (const Slot& oSlot : m_oIndex) {
-        if (oSlot.uKey != 0) PlaceSlot(oIndex, oSlot);
+    Index oIndex;
+    oIndex.Make(2 * m_oIndex.Size());
+    for (std::size_t u = 0; u < m_oIndex.Size(); ++u) {
+        if (m_oIndex.oTag(u) == 0) continue;
+        const Slot& o = m_oIndex.oSlot(u);
+        oIndex.PutNew(o.uHash, o.uKey);
     }
     m_oIndex.Swap(oIndex);
 }
@@ -231,7 +255,8 @@ void Hash::Swap(Hash& oHash) noexcept {
 }
 
 std::size_t Hash::HeapBytes() const noexcept {
-    std::size_t uBytes = m_oText.HeapBytes() + m_oIndex.HeapBytes();
+    std::size_t uBytes =
+        m_oText.HeapBytes() + m_oIndex.oTag.HeapBytes() + m_oIndex.oSlot.HeapBytes();
     for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::HeapBytes(p);
     return uBytes;
 }

@@ -12,9 +12,30 @@
 
 namespace vok {
 
+[[gnu::always_inline]] inline u3_t Hash_Text::PrefixOf(const char* p, std::size_t uSize) noexcept {
+    if (uSize >= 8) return BigEndianAt<u3_t>(p);
+    // Parts that overlap agree where they do.
+    if (uSize >= 4) {
+        return u3_t{BigEndianAt<u2_t>(p)} << 32 | u3_t{BigEndianAt<u2_t>(p + uSize - 4)}
+                                                      << (64 - 8 * uSize);
+    }
+    const auto oAt = [p](std::size_t u) { return u3_t{static_cast<u0_t>(p[u])} << (56 - 8 * u); };
+    return oAt(0) | oAt(uSize / 2) | oAt(uSize - 1);
+}
+
 inline bool Hash_Text::IsEqual(const Hash_Text& o) const noexcept {
-    return uPrefix == o.uPrefix && uLength == o.uLength && uSuffix == o.uSuffix &&
+    // Compilers that see length and suffix side by side read them in one piece.
+    return uLength == o.uLength && uPrefix == o.uPrefix && uSuffix == o.uSuffix &&
            (uLength <= 12 || IsTailEqual(sText, o.sText, uLength));
+}
+
+// What was just written in two pieces that overlap is waited for when it is read in one: the bytes
+// of a text are looked at where its words do not tell.
+inline bool Hash_Text::IsText(const char* p) const noexcept {
+    if (uLength < 8) return IsEqualText(p, sText, uLength);
+    return BigEndianAt<u3_t>(p) == uPrefix &&
+           (uLength == 8 || (BigEndianAt<u2_t>(p + uLength - 4) == uSuffix &&
+                             (uLength <= 12 || IsTailEqual(p, sText, uLength))));
 }
 
 inline bool Hash_Text::StandsAt(const char* p, std::size_t uSize) const noexcept {
@@ -71,14 +92,14 @@ class Hash {
         const Hash_Text& oA = m_oText(uA);
         const Hash_Text& oB = m_oText(uB);
         if (oA.uPrefix != oB.uPrefix) return oA.uPrefix < oB.uPrefix;
+        if (oA.uLength <= 12 && oB.uLength <= 12) return oA.Tail() < oB.Tail();
         return IsTailLess(oA, oB);
     }
 
     // Whether a text is that of a key, for keys that were guessed.
     [[nodiscard]] bool IsText(u2_t uKey, std::string_view sText) const noexcept {
         const Hash_Text& oText = m_oText(uKey);
-        return oText.uLength == sText.size() &&
-               IsEqualText(oText.sText, sText.data(), sText.size());
+        return oText.uLength == sText.size() && oText.IsText(sText.data());
     }
 
     // Heap bytes held.
@@ -89,7 +110,29 @@ class Hash {
     // all other texts apart.
     struct Slot {
         u2_t uHash;
-        u2_t uKey;  // 0 is free
+        u2_t uKey;
+    };
+    // Slots in groups, of each of which the tags are looked at together; a group that is full leads
+    // to others. Nothing is ever taken out (after the tables of Abseil, with tags of a word).
+    struct Index {
+        static constexpr std::size_t GROUP = 8;
+
+        Arr<char> oTag;   // by slot: 0 is free, others have the high bit and seven of the hash
+        Arr<Slot> oSlot;  // a power of two of groups, or none
+
+        [[nodiscard]] std::size_t Size() const noexcept { return oSlot.Size(); }
+        // With all of uSize slots free.
+        void Make(std::size_t uSize);
+        // The slot in which oIsIt(slot) finds what it looks for, or the free one that is for it.
+        template <class IsIt>
+        [[nodiscard]] std::size_t Find(u2_t uHash, const IsIt& oIsIt) const noexcept;
+        // What is in it, 0 for none.
+        [[nodiscard]] u2_t KeyIn(std::size_t uSlot) const noexcept {
+            return oTag(uSlot) != 0 ? oSlot(uSlot).uKey : 0;
+        }
+        void Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept;
+        void PutNew(u2_t uHash, u2_t uKey) noexcept;
+        void Swap(Index& o) noexcept;
     };
     // Texts live in blocks, behind this header.
     struct Block {
@@ -102,7 +145,6 @@ class Hash {
     [[nodiscard]] std::size_t FewSlotOf(const Hash_Text& oText) const noexcept;
     [[nodiscard]] std::size_t SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept;
     [[nodiscard]] u2_t HashOf(const Hash_Text& oText) const noexcept;
-    static void PlaceSlot(Arr<Slot>& oIndex, const Slot& oSlot) noexcept;
     void MakeIndex();
     void GrowIndex();
     template <bool OUTSIDE>
@@ -123,7 +165,7 @@ class Hash {
     Arr<Hash_Text> m_oText;
     u0_t m_auFew[FEW_SLOTS] = {};  // keys of few texts, open addressing; 0 is free
     u3_t m_uSeed = 0;
-    Arr<Slot> m_oIndex;         // of more texts, likewise; a power of two, or empty
+    Index m_oIndex;             // of more texts
     Block* m_pBlock = nullptr;  // the last one
     char* m_pFree = nullptr;    // the next text
     std::size_t m_uFree = 0;    // bytes for texts from there on

@@ -21,6 +21,14 @@ struct Hash_Text {
     u2_t uSuffix;
 
     [[nodiscard]] std::string_view View() const noexcept { return {sText, uLength}; }
+    // The prefix of a text that is not empty.
+    [[nodiscard]] static u3_t PrefixOf(const char* p, std::size_t uSize) noexcept;
+    // Of a text of at most twelve bytes those behind the prefix, likewise.
+    [[nodiscard]] u2_t Tail() const noexcept {
+        return uLength > 8 ? uSuffix << 8 * (12 - uLength) : 0;
+    }
+    // Whether the text is that of its length at p.
+    [[nodiscard]] bool IsText(const char* p) const noexcept;
     // Whether it is equal to a text that was taken apart in the same way.
     [[nodiscard]] bool IsEqual(const Hash_Text& o) const noexcept;
     // Whether the text stands at p, where uSize bytes can be read. False also where the eight
