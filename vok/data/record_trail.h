@@ -33,15 +33,18 @@ class Record_Trail {
         m_oLevel.Emplace(Hash::NONE, 0u, Hash::NONE, uPending);
     }
     void Close() noexcept { m_oLevel.Pop(); }
-    // The same as Open where that needs no memory, see HasRoom, with what there is to know of the
-    // last level.
+    // The same as Open where that needs no memory, see HasRoom; and with what there is to know of
+    // the last level.
+    void OpenBelow(u2_t uPending) noexcept {
+        *m_oLevel.AddSpacePrivate() = {Hash::NONE, 0, Hash::NONE, uPending};
+    }
     void OpenBelow(const Level& oLast, u2_t uPending) noexcept {
         Level& o = m_oLevel.Last();
         o.uKey = oLast.uKey;
         o.uRun = oLast.uRun;
         o.uMost = oLast.uMost;
         o.uPending = oLast.uPending;
-        *m_oLevel.AddSpacePrivate() = {Hash::NONE, 0, Hash::NONE, uPending};
+        OpenBelow(uPending);
     }
     // The levels that were closed last are open after all, as they were; none was opened since.
     void Reopen(std::size_t uLevels) noexcept { m_oLevel.SetSize(m_oLevel.Size() + uLevels); }

@@ -175,6 +175,7 @@ bool RecordReader::ReadNextTree() {
     const char* const pBefore = m_oBefore.Get();
     if (pBefore == nullptr || m_oWindow.AtHand() < m_uHeadRoom) return false;
     if (m_uNodes >= m_oLimits.m_uNodes || m_oTrail.Size() >= m_oLimits.m_uDepth) return false;
+    if (!m_oTrail.HasRoom()) return false;
     const char* const p = m_oWindow.Peek();
     const char* const pCode = MatchNext(p, pBefore);
     if (pCode == nullptr || *pCode != CODE_NONE) return false;
@@ -184,7 +185,7 @@ bool RecordReader::ReadNextTree() {
     --m_oTrail.Last().uPending;
     m_oBefore.Keep(m_oTrail.Size(), p);
     m_oBefore.Set(nullptr);
-    m_oTrail.Open(uCount);
+    m_oTrail.OpenBelow(uCount);
     ++m_uNodes;
     m_bNamed = true;
     m_oWindow.Skip(static_cast<std::size_t>(pCode + 1 + sizeof(uCount) - p));
