@@ -56,7 +56,11 @@ class Hash_Guess {
         explicit Expected(u2_t uEntry) noexcept : m_uEntry(uEntry) {}
         u2_t m_uEntry;
     };
-    [[nodiscard]] Expected GetExpected() const noexcept { return Expected(Entry()); }
+    [[nodiscard]] Expected GetExpected() const noexcept { return GetExpected(m_uLast); }
+    // The same behind a name, for who confirms what came last later.
+    [[nodiscard]] Expected GetExpected(u2_t uLast) const noexcept {
+        return Expected(uLast < m_oEntry.Size() ? m_oEntry(uLast) : 0);
+    }
     [[nodiscard]] const Image& ImageOf(Expected o) const noexcept { return m_oImage(o.Key()); }
     // Says it of First(), which there must be; uKeys is the size of the table.
     void Expect(const Image& oImage, bool bAscending, std::size_t uKeys) {

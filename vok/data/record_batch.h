@@ -29,8 +29,7 @@ class Record_Batch {
         using Data_Record::m_uOffset;
         using Data_Record::SetValue;
 
-        u2_t m_uKey = 0;                  // of its name
-        const char* m_pBehind = nullptr;  // where it ends in the document
+        const char* m_pBehind = nullptr;  // where it ends, for codecs that do not tell it otherwise
     };
 
     Record_Batch() noexcept {

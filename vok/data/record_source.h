@@ -153,7 +153,7 @@ class Record_Source : public Data_Record {
         m_oBatch.Restore(m_oTrail);
         for (const Record_Batch::Entry& o : m_oBatch) {
             while (m_oTrail.Size() > o.GetDepth() + std::size_t{1}) m_oTrail.Close();
-            oNote(o);
+            oNote(o, m_oTrail.Names().Find(o.m_sName));
         }
         return true;
     }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The loop that most records go through which are read one by one.
+#include <functional>
+
 #include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/record_reader.h"
 
@@ -47,10 +49,9 @@ constexpr std::size_t LARGEST_VALUE = 8;
 // Whether an expected name belongs behind another one, Hash::NONE for none. What came in front of
 // it when it was noted has been compared.
 [[gnu::always_inline]] inline bool RecordReader::IsInOrder(Hash_Guess::Expected oExpected,
-                                                           u2_t uLast) noexcept {
-    const Data_Names& oNames = m_oTrail.Names();
-    return uLast == Hash::NONE || (uLast == oNames.Guess().Second() && oExpected.IsAscending()) ||
-           !oNames.IsLess(oExpected.Key(), uLast);
+                                                           u2_t uBehind, u2_t uLast) noexcept {
+    return uLast == Hash::NONE || (uLast == uBehind && oExpected.IsAscending()) ||
+           !m_oTrail.Names().IsLess(oExpected.Key(), uLast);
 }
 
 // The key of the name at p, 0 where there is none for this. A new one enters the table if it may,
@@ -98,10 +99,14 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
     const char* p = m_oWindow.Peek();
     const char* const pEnd = p + m_oWindow.AtHand();
     const char* const pOrigin = p - m_oWindow.Offset();  // where the document would begin
+    // Behind it there is no room for a head that is compared as a whole.
+    const bool bHeads = m_oWindow.AtHand() >= m_uHeadRoom;
+    const char* const pLastHead = bHeads ? pEnd - m_uHeadRoom : nullptr;
     const char* pBefore = m_oBefore.Get();
     Record_Trail::Level o = m_oTrail.Last();
     std::size_t uLevels = m_oTrail.Size();
-    std::size_t uClosed = 0;  // levels, since the last record
+    u2_t uBehind = oGuess.Second();  // the name that came last
+    std::size_t uClosed = 0;         // levels, since the last record
     while (pEntry != pLast) {
         if (o.uPending == 0) {
             if (uLevels - 1 == m_oBatch.Lowest()) break;
@@ -112,17 +117,18 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
             ++uClosed;
             continue;
         }
-        if (static_cast<std::size_t>(pEnd - p) < m_uHeadRoom) break;
-        const Hash_Guess::Expected oExpected = oGuess.GetExpected();
+        if (std::greater<const char*>()(p, pLastHead)) break;
+        const Hash_Guess::Expected oExpected = oGuess.GetExpected(uBehind);
         const char* pCode = MatchHead(oGuess, oExpected, p);
         u2_t uKey = oExpected.Key();
         if (pCode != nullptr) {
             if (uKey == o.uKey) break;
-            if (!IsInOrder(oExpected, o.uKey) && m_bInOrder) break;
+            if (!IsInOrder(oExpected, uBehind, o.uKey) && m_bInOrder) break;
         } else {
             if (pBefore != nullptr) pCode = MatchNext(p, pBefore);
             uKey = o.uKey;
             if (pCode == nullptr) {
+                oGuess.Confirm(uBehind);
                 const Head oHead = FindHead(p, pEnd, o.uKey, o.uRun, pEntry == pFirst);
                 if (oHead.pCode == nullptr) break;
                 pCode = oHead.pCode;
@@ -140,15 +146,13 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
             pEntry->m_sText = {};
             pEntry->SetValue(Data_Node::Tree, uCount);
         }
-        oGuess.Confirm(uKey);
+        uBehind = uKey;
         if (uKey != o.uKey) o.uRun = 0;
         o.uKey = uKey;
         pEntry->m_uDepth = static_cast<u2_t>(uLevels - 1);
         pEntry->m_iIndex = static_cast<i2_t>(o.uRun++);
         pEntry->m_sName = oNames(uKey).View();
         pEntry->m_uOffset = static_cast<u3_t>(p - pOrigin);
-        pEntry->m_uKey = uKey;
-        pEntry->m_pBehind = pBehind;
         ++pEntry;
         --o.uPending;
         uClosed = 0;
@@ -160,6 +164,7 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         pBefore = nullptr;
         o = {Hash::NONE, 0, Hash::NONE, uCount};
     }
+    oGuess.Confirm(uBehind);
     m_oTrail.Last() = o;
     // The last record stands on its level for as long as it is the last one.
     m_oTrail.Reopen(uClosed);
@@ -205,16 +210,17 @@ const Data_Record* RecordReader::ReadAhead() {
 void RecordReader::GoBack(const Data_Record* pGiven) noexcept {
     if (pGiven == this) return;
     const auto& o = static_cast<const Record_Batch::Entry&>(*pGiven);
+    const Record_Batch::Entry* const pNext = &o + 1;  // it is there where something is undone
     m_uNodes -= m_oBatch.Size();
-    const bool bBack = GoBackTo(o, [&](const Record_Batch::Entry& oEntry) {
-        m_oTrail.Note(oEntry.m_uKey, static_cast<u2_t>(oEntry.m_iIndex));
+    const bool bBack = GoBackTo(o, [&](const Record_Batch::Entry& oEntry, u2_t uKey) {
+        m_oTrail.Note(uKey, static_cast<u2_t>(oEntry.m_iIndex));
         --m_oTrail.Last().uPending;
         // There was room for it.
         if (oEntry.GetType() == Data_Node::Tree) m_oTrail.Open(oEntry.GetSuccs());
     });
     m_uNodes += m_oBatch.Size();
     if (!bBack) return;
-    m_oWindow.GoBack(static_cast<std::size_t>(m_oWindow.Peek() - o.m_pBehind));
+    m_oWindow.GoBack(m_oWindow.Offset() - pNext->m_uOffset);
     m_oBefore.Forget();
 }
 

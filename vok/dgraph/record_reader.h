@@ -59,7 +59,7 @@ class RecordReader final : public detail::Record_Source {
     [[nodiscard]] Head FindHead(const char* p, const char* pEnd, u2_t uLast, u2_t uRun, bool bNew);
     [[nodiscard]] u2_t FindName(const char* p, std::size_t uSeen, std::size_t uStep, bool bNew);
     using Record_Source::IsInOrder;
-    [[nodiscard]] bool IsInOrder(Hash_Guess::Expected oExpected, u2_t uLast) noexcept;
+    [[nodiscard]] bool IsInOrder(Hash_Guess::Expected oExpected, u2_t uBehind, u2_t uLast) noexcept;
     [[nodiscard]] const char* TakeLeaf(detail::Record_Batch::Entry& o, u0_t uCode, const char* p,
                                        const char* pEnd) const noexcept;
     void ReadOne();

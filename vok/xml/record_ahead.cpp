@@ -150,7 +150,6 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         pEntry->m_sName = oName.View();
         pEntry->m_uOffset =
             bAsItIs ? uOffset + static_cast<u3_t>(pBegin - m_p) : m_oSource.OffsetOf(pBegin);
-        pEntry->m_uKey = uKey;
         pEntry->m_pBehind = p = pBehind;
         ++pEntry;
         uClosed = 0;
@@ -218,9 +217,9 @@ void RecordReader::GoBack(const Data_Record* pGiven) noexcept {
     m_uNodes -= m_oBatch.Size();
     m_uElements -= static_cast<u2_t>(m_oBatch.Size());
     u3_t uReordered = m_uReordered;
-    const bool bBack = GoBackTo(o, [&](const Record_Batch::Entry& oEntry) {
-        uReordered += m_oTrail.IsBehindHigher(oEntry.m_uKey);
-        m_oTrail.Note(oEntry.m_uKey, static_cast<u2_t>(oEntry.m_iIndex));
+    const bool bBack = GoBackTo(o, [&](const Record_Batch::Entry& oEntry, u2_t uKey) {
+        uReordered += m_oTrail.IsBehindHigher(uKey);
+        m_oTrail.Note(uKey, static_cast<u2_t>(oEntry.m_iIndex));
         if (oEntry.GetType() == Data_Node::Tree) m_oTrail.Open(0);
     });
     m_uNodes += m_oBatch.Size();
