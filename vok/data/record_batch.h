@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 
-#include "vok/base/utf8.h"
 #include "vok/data/record.h"
 #include "vok/data/record_trail.h"
 

@@ -99,8 +99,9 @@ class Data_Groups {
 
     // Declares that so many ids stand in a group, which is in order: by one who has put them there.
     void SetPlaced(u2_t uStart, u2_t uSize) noexcept { m_oWord(uStart) = uSize; }
-    // Adds an id to a group with room for it. Short groups stay in order; a long one is put in
-    // order later. Nothing is changed if memory runs out.
+    // Adds an id to a group with room for it; whether it belongs behind all that it has. Short
+    // groups stay in order; a long one is put in order later. Nothing is changed if memory runs
+    // out.
     template <class Less>
     bool Place(u2_t uStart, u2_t uId, const Less& oIsLess) {
         u2_t* pGroup = m_oWord.Beg() + uStart;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The loop that most records go through which are read one by one.
+#include <cstdint>
 #include <functional>
 
 #include "vok/dgraph/fast_step.h"
@@ -98,7 +99,8 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
     Record_Batch::Entry* pEntry = pFirst;
     const char* p = m_oWindow.Peek();
     const char* const pEnd = p + m_oWindow.AtHand();
-    const char* const pOrigin = p - m_oWindow.Offset();  // where the document would begin
+    // What is added to an address is an offset.
+    const u3_t uOrigin = m_oWindow.Offset() - reinterpret_cast<std::uintptr_t>(p);
     // Behind it there is no room for a head that is compared as a whole.
     const bool bHeads = m_oWindow.AtHand() >= m_uHeadRoom;
     const char* const pLastHead = bHeads ? pEnd - m_uHeadRoom : nullptr;
@@ -152,7 +154,7 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
         pEntry->m_uDepth = static_cast<u2_t>(uLevels - 1);
         pEntry->m_iIndex = static_cast<i2_t>(o.uRun++);
         pEntry->m_sName = oNames(uKey).View();
-        pEntry->m_uOffset = static_cast<u3_t>(p - pOrigin);
+        pEntry->m_uOffset = reinterpret_cast<std::uintptr_t>(p) + uOrigin;
         ++pEntry;
         --o.uPending;
         uClosed = 0;
@@ -170,8 +172,8 @@ std::size_t RecordReader::ReadSeveral(std::size_t uMost) {
     m_oTrail.Reopen(uClosed);
     const auto uRead = static_cast<std::size_t>(pEntry - pFirst);
     m_oBatch.SetSize(uRead);
-    if (uClosed != 0) pBefore = uRead != 0 ? pOrigin + pEntry[-1].m_uOffset : nullptr;
-    m_oBefore.Set(pBefore);
+    const bool bLeaf = uClosed != 0 && uRead != 0;  // it was the last one of its level
+    m_oBefore.Set(bLeaf ? m_oWindow.At(pEntry[-1].m_uOffset) : pBefore);
     m_oWindow.Skip(static_cast<std::size_t>(p - m_oWindow.Peek()));
     return uRead;
 }
