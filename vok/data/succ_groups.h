@@ -34,6 +34,8 @@ class Data_Groups {
         const u2_t* pId = nullptr;
         u2_t uSize = 0;
 
+        // Whether the ids follow each other, of a group that is not empty and was never edited.
+        [[nodiscard]] bool IsDense() const noexcept { return pId[uSize - 1] - pId[0] == uSize - 1; }
         [[nodiscard]] const u2_t* begin() const noexcept { return pId; }
         [[nodiscard]] const u2_t* end() const noexcept { return pId + uSize; }
     };

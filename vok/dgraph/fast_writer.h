@@ -11,7 +11,23 @@
 
 namespace vok::dgraph {
 
+// Nodes in the order of many names stand all over memory, and so do their names: what is written
+// some steps later is asked for now, the record, what its name is, and where that stands.
 template <class Sink>
+[[gnu::always_inline]] inline void Writer<Sink>::AskFor(const Data_Base::Group& oGroup, u2_t uPos,
+                                                        const Data_Node* pNodes,
+                                                        const Hash_Text* pNames) noexcept {
+    if (oGroup.uSize - uPos <= 3 * STEP) return;
+    const auto oNodeAt = [&](u2_t uSteps) -> const Data_Node& {
+        return pNodes[oGroup.pId[uPos + uSteps]];
+    };
+    __builtin_prefetch(&oNodeAt(3 * STEP));
+    __builtin_prefetch(&pNames[oNodeAt(2 * STEP).uKey]);
+    __builtin_prefetch(pNames[oNodeAt(STEP).uKey].sText);
+}
+
+template <class Sink>
+template <bool SCATTERED>
 inline void Writer<Sink>::WriteFastRecords() {
     Frame& f = m_oFrame.Last();
     const Data_Node* const pNodes = std::as_const(m_oBase.m_oNode).Beg();
@@ -29,6 +45,7 @@ inline void Writer<Sink>::WriteFastRecords() {
     std::size_t uHead = 0;
     for (; uPos < f.oGroup.uSize; ++uPos) {
         const u2_t uId = f.oGroup.pId[uPos];
+        if constexpr (SCATTERED) AskFor(f.oGroup, uPos, pNodes, pNames);
         const Data_Node& oNode = pNodes[uId];
         const Data_Node::Type eType = oNode.GetType();
         const bool bShortText = eType == Data_Node::String && oNode.uWord3 <= SHORT_TEXT;

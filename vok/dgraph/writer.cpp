@@ -23,7 +23,9 @@ template <class Sink>
 void Writer<Sink>::Run() {
     WriteNode(0, 0);
     while (m_oFrame.Size() != 0) {
-        if constexpr (Sink::COLLECTS) WriteFastRecords();
+        if constexpr (Sink::COLLECTS) {
+            IsScattered(m_oFrame.Last()) ? WriteScattered() : WriteFastRecords<false>();
+        }
         Frame& f = m_oFrame.Last();
         if (f.uPos == f.oGroup.uSize) {
             m_oFrame.Pop();

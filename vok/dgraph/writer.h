@@ -79,7 +79,19 @@ class Writer : private RecordWriter<Sink> {
     // written as it stands, no attributes, one of the common values. This loop is what
     // writing a document costs, so all it needs is at hand in locals: the bytes it stores
     // could otherwise be taken for any of the members.
+    template <bool SCATTERED>
     void WriteFastRecords();
+    [[gnu::noinline]] void WriteScattered() { WriteFastRecords<true>(); }
+    // Whether leaves follow that are so many that near caches do not hold them, and that do not
+    // stand one behind the other.
+    [[nodiscard]] bool IsScattered(const Frame& f) const noexcept {
+        if (f.oGroup.uSize < MANY || f.uPos == f.oGroup.uSize || f.oGroup.IsDense()) return false;
+        return m_oBase.m_oNode(f.oGroup.pId[f.uPos]).GetType() != Data_Node::Tree;
+    }
+    static void AskFor(const Data_Base::Group& oGroup, u2_t uPos, const Data_Node* pNodes,
+                       const Hash_Text* pNames) noexcept;
+    static constexpr u2_t MANY = 4096;
+    static constexpr u2_t STEP = 8;  // records ahead: what memory needs
 
     void WriteNode(u2_t uId, u2_t uIndex);
 
