@@ -225,14 +225,31 @@ void Hash::MakeIndex() {
     m_oIndex.Swap(oIndex);
 }
 
+// Adds all that are in a smaller one; there is nothing yet. How much of a group is used is counted
+// apart: tags that are read together where one of them was just written are waited for.
+void Hash::Index::AddAll(const Index& o) {
+    Arr<u0_t> oUsed;
+    oUsed.Resize(Size() / GROUP);
+    u0_t* const pUsed = oUsed.Beg();
+    char* const pTags = oTag.Beg();
+    Slot* const pSlots = oSlot.Beg();
+    const std::size_t uMask = Size() / GROUP - 1;
+    const char* pFromTag = o.oTag.Beg();
+    for (const Slot *p = o.oSlot.begin(), *pEnd = o.oSlot.end(); p != pEnd; ++p, ++pFromTag) {
+        if (*pFromTag == 0) continue;
+        const Slot oFrom = *p;
+        std::size_t uGroup = oFrom.uHash & uMask;
+        for (std::size_t uStep = 1; pUsed[uGroup] == GROUP;) uGroup = (uGroup + uStep++) & uMask;
+        const std::size_t uSlot = GROUP * uGroup + pUsed[uGroup]++;
+        pTags[uSlot] = *pFromTag;
+        pSlots[uSlot] = oFrom;
+    }
+}
+
 void Hash::GrowIndex() {
     Index oIndex;
     oIndex.Make(2 * m_oIndex.Size());
-    for (std::size_t u = 0; u < m_oIndex.Size(); ++u) {
-        if (m_oIndex.oTag(u) == 0) continue;
-        const Slot& o = m_oIndex.oSlot(u);
-        oIndex.PutNew(o.uHash, o.uKey);
-    }
+    oIndex.AddAll(m_oIndex);
     m_oIndex.Swap(oIndex);
 }
 

@@ -132,6 +132,7 @@ class Hash {
         }
         void Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept;
         void PutNew(u2_t uHash, u2_t uKey) noexcept;
+        void AddAll(const Index& o);
         void Swap(Index& o) noexcept;
     };
     // Texts live in blocks, behind this header.

@@ -170,7 +170,8 @@ bool RecordReader::ReadNextTree(const char* p) {
     const char* const pBegin = p++;
     const u2_t uKey = m_oTrail.Last().uKey;
     if (uKey == Hash::NONE || uKey != m_oTrail.Last().uMost) return false;
-    if (m_uNodes >= m_oLimits.m_uNodes || !m_oTrail.Names().IsXmlVerbatim(uKey)) return false;
+    if (m_uNodes >= m_oLimits.m_uNodes || !m_oTrail.HasRoom()) return false;
+    if (!m_oTrail.Names().IsXmlVerbatim(uKey)) return false;
     const Hash_Text& oName = m_oTrail.NameText(uKey);
     if (!oName.StandsAt(p, static_cast<std::size_t>(m_pEnd - p))) return false;
     p += oName.uLength;
@@ -182,7 +183,7 @@ bool RecordReader::ReadNextTree(const char* p) {
     m_oNumber.Truncate(0);
     m_uLinked = NO_NUMBER;
     m_bTarget = false;
-    m_oTrail.Open(0);
+    m_oTrail.OpenBelow(0);
     ++m_uNodes;
     ++m_uElements;
     ++m_uOpen;
