@@ -349,6 +349,26 @@ TEST(DgraphReader, RecordsThatAreNearlyExpected) {
     }
 }
 
+// Where a level is opened that there is no memory for yet, the record behind it is compared with
+// none: one that is the next of an earlier run is of that name, and one that came already is
+// refused.
+TEST(DgraphReader, LevelsThatNeedMemory) {
+    const std::string sEnd = Text("z[0]", std::string(60, 'z'));
+    for (const int iBelow : {1, 2, 3}) {
+        std::string sBelow;
+        for (int i = 0; i < iBelow; ++i) sBelow += Leaf("x[" + std::to_string(i) + "]", 1, I32(i));
+        std::string sRecords;
+        for (int iBefore = 0; iBefore < 100; ++iBefore) {
+            const std::string sRun = sRecords + Leaf("b[0]", 1, I32(2));
+            for (const char* sOpened : {"b[1]", "c[0]"}) {
+                (void)LoadFromBoth(Document(iBefore + 4, sRun + Open(sOpened, iBelow) + sBelow +
+                                                             Leaf("b[1]", 1, I32(3)) + sEnd));
+            }
+            sRecords += Open("a[" + std::to_string(iBefore) + "]", iBelow) + sBelow;
+        }
+    }
+}
+
 // What is read ahead ends anywhere: a file gives what memory gives, and is left behind the
 // document.
 TEST(DgraphReader, FilesAreReadAhead) {

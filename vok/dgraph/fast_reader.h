@@ -140,6 +140,7 @@ class Reader<Source>::Fast {
             if (o.eCode == CODE_NONE) {
                 const i2_t iCount = Load<i2_t>(o.pValue);
                 if (iCount <= 0) return false;
+                m_pBefore = m_p;
                 if (Open(o, static_cast<u2_t>(iCount))) return true;
                 Append(o, Data_Node::Empty, 0);
                 m_p = o.pValue + 4;
@@ -165,7 +166,6 @@ class Reader<Source>::Fast {
         }
         if (!m_oBase.m_oGroup.HasSpace(uRoom)) return false;
         const u2_t uStart = m_oBase.m_oGroup.Add(uRoom);
-        m_pBefore = m_p;
         Append(o, Data_Node::Tree, uStart);
         SyncLevel();
         r.m_oLevel.Emplace(uCount, NO_NAME, 0, uId, true);
