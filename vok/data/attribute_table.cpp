@@ -178,7 +178,7 @@ void Data_Attributes::Rollback(u2_t uFirst, Data_Heap& oHeap) noexcept {
     }
 }
 
-void Data_Attributes::Reset() noexcept {
+void Data_Attributes::Forget() noexcept {
     for (Array* p : m_oArray) {
         p->oAtt.Clear();
         p->oRuns.Clear();

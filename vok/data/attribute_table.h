@@ -76,7 +76,9 @@ class Data_Attributes {
     // Forgets the records of nodes from uFirst on, and gives up their values.
     void Rollback(u2_t uFirst, Data_Heap& oHeap) noexcept;
     // Forgets all records; keys stay valid.
-    void Reset() noexcept;
+    void Reset() noexcept {
+        if (m_oHead.Capacity() != 0) Forget();  // else there are none
+    }
     // Forgets the names as well.
     void Restart() noexcept;
 
@@ -106,6 +108,7 @@ class Data_Attributes {
     }
     void AddRecord(Array& o, const Data_Att& oNew);
     void Settle(Array& o) noexcept;
+    void Forget() noexcept;
 
     Hash m_oName;
     Arr<Array*> m_oArray;  // that of key k is element k - 1; names without records may lack one

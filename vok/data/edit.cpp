@@ -147,9 +147,8 @@ void Data_Base::Reset() {
 }
 
 void Data_Base::ResetNodes() {
-    m_oNode.MakePrivate();
-    m_oNode.Truncate(0);
-    m_oNode.Add(Node{0, 0, 0, 0});
+    m_oNode.Resize(1);
+    m_oNode(0) = {};
     m_oGroup.Reset();
     m_oHeap.Reset();
     m_oAtt.Reset();

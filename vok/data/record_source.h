@@ -79,6 +79,11 @@ class Record_Source : public Data_Record {
     static constexpr u3_t NO_NUMBER = ~u3_t{0};
     [[nodiscard]] const Arr<u3_t>& Numbers() const noexcept { return m_oNumber; }
     [[nodiscard]] u3_t LinkedNumber() const noexcept { return m_uLinked; }
+    // Whether the record is a Tree and nothing is said of it but its name.
+    [[nodiscard]] bool IsBareTree() const noexcept {
+        return m_eType == Data_Node::Tree && m_oAttribute.Size() == 0 && m_oNumber.Size() == 0 &&
+               m_uLinked == NO_NUMBER;
+    }
     // Whether successors came in the order of their names so far.
     [[nodiscard]] bool IsInOrder() const noexcept { return m_bInOrder; }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "vok/base/compare.h"
 #include "vok/base/str.h"
 
 namespace vok {
@@ -16,7 +17,7 @@ class Data_UserTag {
   public:
     // The text ends at its first NUL. Nothing is changed if memory runs out.
     void Set(std::string_view sTag) {
-        if (sTag == View()) return;
+        if (IsSet(sTag)) return;
         sTag = sTag.substr(0, sTag.find('\0'));
         if (sTag.size() > SHORT || !IsAsciiText(sTag.data(), sTag.size())) {
             m_oLong = Mem::Str(sTag);
@@ -43,6 +44,11 @@ class Data_UserTag {
     [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oLong.HeapBytes(); }
 
   private:
+    [[nodiscard]] bool IsSet(std::string_view sTag) const noexcept {
+        const std::string_view s = View();
+        return s.size() == sTag.size() && IsEqualText(s.data(), sTag.data(), s.size());
+    }
+
     static constexpr std::size_t SHORT = 22;
 
     u0_t m_uShort = 0;  // bytes of one in place

@@ -11,6 +11,15 @@ struct Access {
     [[nodiscard]] static Data_Base* BaseOf(const Data& oData) noexcept {
         return oData.m_oBase.Get();
     }
+    static void ToRoot(Data& oData) {
+        if (!oData.m_oBase) oData.SetToRoot();
+        oData.m_uId = 0;
+    }
+    // Makes a cursor the root of a tree without nodes, of the one it is on, whoever else is.
+    static void ResetNodes(Data& oData) {
+        if (oData.m_oBase) oData.m_oBase->ResetNodes();
+        ToRoot(oData);
+    }
     // Makes a cursor the root of a tree as new: of the one it is on, where no other cursor is.
     static void Restart(Data& oData) {
         if (!oData.m_oBase || Mem::GetRefCnt(oData.m_oBase.Get()) != 0) oData.Clear();

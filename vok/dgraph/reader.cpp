@@ -15,7 +15,7 @@
 namespace vok::dgraph {
 
 template <class Source>
-void Reader<Source>::Start(Data& oTree, const Above& oAbove) {
+inline void Reader<Source>::Start(Data& oTree, const Above& oAbove) {
     m_pData = &oTree;
     m_pBase = Access::BaseOf(oTree);
     m_uMost = m_oLimits.m_uNodes - std::min(m_oLimits.m_uNodes, oAbove.uNodes);
@@ -55,8 +55,13 @@ template <class Source>
 void Reader<Source>::RunBelow(Data& oTree, u2_t uCount, const Above& oAbove) {
     Start(oTree, oAbove);
     m_bFirst = false;
-    m_oLevel.Emplace(0u, NO_NAME, 0, 0u, true);
-    OpenLevel(static_cast<i2_t>(uCount));
+    // That of the root, and that of the records to come, whose depth the caller has checked. The
+    // first levels need no memory.
+    m_oLevel.SetSize(2);
+    m_oLevel(0) = {0, NO_NAME, 0, 0, true};
+    m_oLevel(1) = {uCount, NO_NAME, 0, 0, true};
+    m_uPromised = RoomFor(uCount, m_oSource.AtHand(), 1);
+    m_pBase->OpenTree(0, static_cast<u2_t>(m_uPromised));
     do {
         if constexpr (Source::LOOKS_AHEAD) ReadFastRecords();
         if (Top().uPending == 0) return;

@@ -38,8 +38,9 @@ class Reader {
 
     // Reads a document into a tree without nodes.
     void Run(Data& oTree);
-    // Reads what is below a record that was read already, and has so many successors: they become
-    // those of the root, which is there. May be called again, with another tree.
+    // Reads what is below a record that was read already, and has so many successors, one level
+    // below it being within the limit: they become those of the root, which is there. May be called
+    // again, with another tree.
     void RunBelow(Data& oTree, u2_t uCount, const Above& oAbove);
 
     // Sets the links, once every target is there.

@@ -74,7 +74,7 @@ inline bool Path::Takes(const Data_Record& r, const Step& o, u2_t& uSeen) const 
     return o.aoAttribute.empty() || HasAttributes(r, o);
 }
 
-bool Path::HasAttributes(const Data_Record& r, const Step& o) noexcept {
+[[gnu::noinline]] bool Path::HasAttributes(const Data_Record& r, const Step& o) noexcept {
     return std::all_of(o.aoAttribute.begin(), o.aoAttribute.end(), [&](const auto& oPair) {
         const Data_Record::Attribute* p = r.FindAttribute(oPair.first.View());
         return p != nullptr && p->sValue == oPair.second.View();
@@ -102,9 +102,10 @@ Path::Verdict Path::Look(const Data_Record& r) {
     Verdict oVerdict;
     for (std::size_t u = uBegin; u < uEnd; ++u) {
         const u2_t uStep = m_oWay(u).uStep;
+        const Step& oStep = m_aoStep[uStep];
         if (m_oWay(u).bAnyDepth) Go(uEnd, uStep, true);
-        if (!Takes(r, m_aoStep[uStep], m_oWay(u).uSeen)) continue;
-        if (uStep + std::size_t{1} == m_aoStep.size()) {
+        if (!Takes(r, oStep, m_oWay(u).uSeen)) continue;
+        if (&oStep == &m_aoStep.back()) {
             oVerdict.bSelected = true;
         } else {
             Go(uEnd, uStep + 1, m_aoStep[uStep + 1].bDescend);
@@ -116,7 +117,7 @@ Path::Verdict Path::Look(const Data_Record& r) {
 }
 
 // A way for the level that begins at uLevelEnd, once.
-void Path::Go(std::size_t uLevelEnd, u2_t uStep, bool bAnyDepth) {
+[[gnu::noinline]] void Path::Go(std::size_t uLevelEnd, u2_t uStep, bool bAnyDepth) {
     for (std::size_t u = uLevelEnd; u < m_oWay.Size(); ++u) {
         if (m_oWay(u).uStep != uStep) continue;
         // What may be taken at any depth may be taken here.

@@ -117,15 +117,13 @@ Load_Report Data_Reader::GetReport() const {
 
 void Data_Reader::Take(Data& oTree) {
     return Where("vok::Data_Reader::Take", [&] {
-        if (Data_Base* pBase = dgraph::Access::BaseOf(oTree); pBase != nullptr) {
-            pBase->ResetNodes();
-        }
-        oTree.SetToRoot();
-        m_pImpl->m_pSource->GoBack(m_pRecord);
-        m_pRecord = m_pImpl->m_pSource.get();
-        const u2_t uTop = m_pRecord->GetDepth();
+        detail::Record_Source& oSource = *m_pImpl->m_pSource;
+        dgraph::Access::ResetNodes(oTree);
+        if (m_pRecord != &oSource) oSource.GoBack(m_pRecord);
+        m_pRecord = &oSource;
+        const u2_t uTop = oSource.GetDepth();
         m_pImpl->m_oTaker->Take(oTree, m_pImpl->m_oWork);
-        m_pImpl->m_pSource->StandAt(uTop);
+        oSource.StandAt(uTop);
     });
 }
 

@@ -13,7 +13,7 @@ namespace vok::records {
 using detail::Record_Source;
 using dgraph::Access;
 
-void Taker::TakeBelow(Data& oTree, Data_Base& b) {
+inline void Taker::TakeBelow(Data& oTree, Data_Base& b) {
     try {
         m_oSource.BuildBelow(oTree, b, m_oBuilt);
     } catch (...) {
@@ -35,6 +35,28 @@ void Taker::NoteFault(const Data& oTree, u2_t uId) {
     if (m_uTop == 0 || oPath.Len() > 1) m_oFault.Add(oPath);
 }
 
+inline void Taker::TakeName(Data_Base& b) {
+    const std::string_view sName = m_oSource.GetName();
+    // Trees that follow each other mostly have the same name.
+    const bool bSame = m_uName < b.m_oName.Size() && b.m_oName.IsText(m_uName, sName);
+    if (!bSame) m_uName = b.m_oName.Intern(sName);
+    b.m_oNode(0).uKey = m_uName;
+}
+
+// All else that the record says.
+void Taker::TakeRoot(Data& oTree) {
+    const Data_Record& r = m_oSource;
+    const Data_Node::Type eType = r.GetType();
+    if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
+    for (const u3_t u : m_oSource.Numbers()) m_oBuilt.oNumber.Add(Built::Numbered{u, 0});
+    const u3_t uLinked = m_oSource.LinkedNumber();
+    const bool bEmpty = eType == Data_Node::Link;
+    if (bEmpty || uLinked != Record_Source::NO_NUMBER) {
+        m_oBuilt.aoLink.push_back({0, uLinked, bEmpty, Str(r.Text())});
+    }
+    for (const Data_Record::Attribute& o : r.GetAttributes()) oTree.SetAttVal(o.sName, o.sValue);
+}
+
 void Taker::Take(Data& oTree, Work& oWork) {
     m_aoOuter.clear();
     m_oBuilt.aoLink.clear();
@@ -45,29 +67,13 @@ void Taker::Take(Data& oTree, Work& oWork) {
     b.m_oUserTag.Set(m_oTag.View());
     m_uTop = m_oSource.GetDepth();
     const bool bTree = m_oSource.GetType() == Data_Node::Tree;
-    TakeRoot(oTree, b);
+    TakeName(b);
+    if (!m_oSource.IsBareTree()) TakeRoot(oTree);
     m_oSource.SkipNothing();
     if (bTree) TakeBelow(oTree, b);
-    oTree.SetToRoot();
+    Access::ToRoot(oTree);
     if (!m_oBuilt.aoLink.empty()) ResolveLinks(oTree, oWork);
     if (m_oFree.Size() != 0) oTree.Shrink();
-}
-
-void Taker::TakeRoot(Data& oTree, Data_Base& b) {
-    const Data_Record& r = m_oSource;
-    // Trees that follow each other mostly have the same name.
-    const bool bSame = m_uName < b.m_oName.Size() && b.m_oName.IsText(m_uName, r.GetName());
-    if (!bSame) m_uName = b.m_oName.Intern(r.GetName());
-    b.m_oNode(0).uKey = m_uName;
-    const Data_Node::Type eType = r.GetType();
-    if (eType != Data_Node::Tree && eType != Data_Node::Link) oTree.SetValue(r);
-    for (const u3_t u : m_oSource.Numbers()) m_oBuilt.oNumber.Add(Built::Numbered{u, 0});
-    const u3_t uLinked = m_oSource.LinkedNumber();
-    const bool bEmpty = eType == Data_Node::Link;
-    if (bEmpty || uLinked != Record_Source::NO_NUMBER) {
-        m_oBuilt.aoLink.push_back({0, uLinked, bEmpty, Str(r.Text())});
-    }
-    for (const Data_Record::Attribute& o : r.GetAttributes()) oTree.SetAttVal(o.sName, o.sValue);
 }
 
 void Taker::ResolveLinks(Data& oTree, Work& oWork) {

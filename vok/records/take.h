@@ -31,7 +31,8 @@ class Taker {
   private:
     using Built = detail::Record_Source::Built;
 
-    void TakeRoot(Data& oTree, Data_Base& b);
+    void TakeName(Data_Base& b);
+    void TakeRoot(Data& oTree);
     void TakeBelow(Data& oTree, Data_Base& b);
     void NoteGaps(const Data_Base& b);
     void NoteFault(const Data& oTree, u2_t uId);
