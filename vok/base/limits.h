@@ -94,7 +94,8 @@ struct Load_Report {
     u3_t m_uInstructions = 0;  // and document type declarations; not the XML declaration
     u3_t m_uRounded = 0;       // numbers in JSON with digits that no number of a tree has
 
-    // Whether the document had all it announced, and nothing behind it.
+    // Whether the document had all it announced, and nothing behind it: a line break at the end of
+    // a file is something.
     [[nodiscard]] bool IsComplete() const noexcept {
         return m_uMissingBytes == 0 && m_uMissingNodes == 0 && m_uBytesLeft == 0;
     }

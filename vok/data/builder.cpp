@@ -68,7 +68,10 @@ u2_t Data_Builder::AddText(u2_t uKey, std::string_view sText) {
 [[gnu::noinline]] u2_t Data_Builder::AddTextSlowly(u2_t uKey, std::string_view sText) {
     return Where("vok::Data_Builder::AddStr", [&] {
         if (m_oTail.IsFull()) Grow();
-        return AppendHere(uKey, Data_Node::String, m_pBase->AddText(sText));
+        const u2_t uOffset = m_pBase->m_oHeap.TryAddText(sText);  // it may be the first one
+        const u3_t uValue =
+            uOffset != 0 ? u3_t{sText.size() + 1} << 32 | uOffset : m_pBase->AddText(sText);
+        return AppendHere(uKey, Data_Node::String, uValue);
     });
 }
 

@@ -18,11 +18,13 @@ class Data_UserTag {
     // The text ends at its first NUL. Nothing is changed if memory runs out.
     void Set(std::string_view sTag) {
         if (IsSet(sTag)) return;
-        sTag = sTag.substr(0, sTag.find('\0'));
-        if (sTag.size() > SHORT || !IsAsciiText(sTag.data(), sTag.size())) {
-            m_oLong = Mem::Str(sTag);
-            m_uShort = 0;
-            return;
+        if (!IsShort(sTag)) {
+            sTag = sTag.substr(0, sTag.find('\0'));
+            if (!IsShort(sTag)) {
+                m_oLong = Mem::Str(sTag);
+                m_uShort = 0;
+                return;
+            }
         }
         m_oLong.Clear();
         if (!sTag.empty()) std::memcpy(m_sShort, sTag.data(), sTag.size());
@@ -47,6 +49,11 @@ class Data_UserTag {
     [[nodiscard]] bool IsSet(std::string_view sTag) const noexcept {
         const std::string_view s = View();
         return s.size() == sTag.size() && IsEqualText(s.data(), sTag.data(), s.size());
+    }
+
+    // Whether it stands in place as it is: a NUL is none of the bytes of such a text.
+    [[nodiscard]] static bool IsShort(std::string_view sTag) noexcept {
+        return sTag.size() <= SHORT && IsAsciiText(sTag.data(), sTag.size());
     }
 
     static constexpr std::size_t SHORT = 22;

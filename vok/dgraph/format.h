@@ -3,6 +3,8 @@
 #ifndef VOK_DGRAPH_FORMAT_H
 #define VOK_DGRAPH_FORMAT_H
 
+#include <string_view>
+
 #include "vok/base/little_endian.h"
 #include "vok/base/types.h"
 
@@ -25,7 +27,18 @@ struct Version {
     i2_t iMinor = 0;
     i2_t iPatch = 0;
 };
-// Reads the text on a tree; false for any other text.
+// The text on a tree.
+class VersionTag {
+  public:
+    explicit VersionTag(const Version& oVersion) noexcept;
+    [[nodiscard]] std::string_view View() const noexcept { return {m_sText, m_uSize}; }
+    [[nodiscard]] const char* CStr() const noexcept { return m_sText; }
+
+  private:
+    char m_sText[64];
+    std::size_t m_uSize;
+};
+// Reads it; false for any other text.
 [[nodiscard]] bool ParseVersion(const char* sTag, Version& oVersion) noexcept;
 
 // Writes the HEADER_SIZE bytes of a header, and reads one of which uSize bytes are there: false

@@ -90,7 +90,7 @@ void Dgraph_LoadDGraph(Data& data, File_Stream& in, const Limits& oLimits, Load_
             dgraph::ReadRecords(data, oSource, oLimits, pReport);
         }
         if (pReport != nullptr) pReport->m_uBytesLeft = std::max(uLeft, BytesLeft(in));
-        Dgraph_SetVersion(data, 1, oVersion.iMinor, oVersion.iPatch);
+        dgraph::Access::BaseOf(data)->m_oUserTag.Set(dgraph::VersionTag(oVersion).View());
         data.Shrink();
     });
 }

@@ -8,7 +8,6 @@
 
 #include "vok/base/date.h"
 #include "vok/data/report.h"
-#include "vok/dgraph/dgraph.h"
 #include "vok/dgraph/fast_step.h"
 #include "vok/dgraph/messages.h"
 
@@ -25,10 +24,7 @@ RecordReader::RecordReader(File_Stream& oIn, const Limits& oLimits)
     if (oVersion.iMajor != 1) RaiseWrongVersion();
     m_uMissingHeader = m_oWindow.Missing();
     m_oTrail.Last().uPending = 1;
-    Data oTree;
-    oTree.SetToRoot();
-    Dgraph_SetVersion(oTree, 1, oVersion.iMinor, oVersion.iPatch);
-    m_oTag = oTree.GetUserTag();
+    m_oTag = Str(VersionTag(oVersion).View());
 }
 
 const Data_Record* RecordReader::Next() {

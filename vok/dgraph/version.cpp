@@ -15,6 +15,18 @@ namespace vok {
 
 namespace dgraph {
 
+VersionTag::VersionTag(const Version& oVersion) noexcept {
+    std::memcpy(m_sText, MAGIC, MAGIC_SIZE);
+    char* p = m_sText + MAGIC_SIZE;
+    char cBefore = ' ';
+    for (const i3_t iNumber : {oVersion.iMajor, i3_t{oVersion.iMinor}, i3_t{oVersion.iPatch}}) {
+        *p++ = std::exchange(cBefore, '.');
+        p = std::to_chars(p, std::end(m_sText), iNumber).ptr;
+    }
+    *p = 0;
+    m_uSize = static_cast<std::size_t>(p - m_sText);
+}
+
 bool ParseVersion(const char* sTag, Version& oVersion) noexcept {
     if (std::strncmp(sTag, MAGIC, MAGIC_SIZE) != 0) return false;
     const char* p = sTag + MAGIC_SIZE;
@@ -47,16 +59,7 @@ bool LoadHeader(const char* p, std::size_t uSize, Version& oVersion) noexcept {
 
 void Dgraph_SetVersion(Data& data, int iMajor, int iMinor, int iPatch) {
     return Where("vok::Dgraph_SetVersion", [&] {
-        char sTag[64];
-        std::memcpy(sTag, dgraph::MAGIC, dgraph::MAGIC_SIZE);
-        char* p = sTag + dgraph::MAGIC_SIZE;
-        char cBefore = ' ';
-        for (const int iNumber : {iMajor, iMinor, iPatch}) {
-            *p++ = std::exchange(cBefore, '.');
-            p = std::to_chars(p, std::end(sTag), iNumber).ptr;
-        }
-        *p = 0;
-        data.SetUserTag(sTag);
+        data.SetUserTag(dgraph::VersionTag({iMajor, iMinor, iPatch}).CStr());
     });
 }
 
