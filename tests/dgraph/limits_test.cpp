@@ -321,6 +321,32 @@ TEST(Hostile, NothingCostsMoreThanItsShare) {
     }
 }
 
+// Large arrays grow in large steps, and order takes memory in the end: wherever the limit is, it is
+// not passed.
+TEST(Hostile, NoStepPassesTheLimitOnMemory) {
+    const std::string asDocument[] = {
+        Compressed(Document(3'000'000, Repeat(Open("a[0]", 0) + Open("b[0]", 0), 1'500'000))),
+        Compressed("<r>" + Repeat("<b/><a/>", 1'500'000) + "</r>"),
+    };
+    for (const std::string& sBytes : asDocument) {
+        unsigned uRefused = 0;
+        for (unsigned u = 25; u <= 1'600; u *= 2) {
+            SCOPED_TRACE(u);
+            Limits oLimits;
+            oLimits.m_uMemoryPerByte = u;
+            const Mem_Probe oProbe;
+            Data oTree;
+            const auto oLoad = [&] {
+                Dgraph_LoadFromBuffer(oTree, sBytes.data(), sBytes.size(), oLimits);
+            };
+            uRefused += Failing(oLoad) == Exceeded(MEMORY, u);
+            EXPECT_LE(Mem_Probe::Peak(), Limits::FREE_MEMORY + u * sBytes.size());
+        }
+        EXPECT_GT(uRefused, 0u);
+        EXPECT_LT(uRefused, 7u);
+    }
+}
+
 TEST(Hostile, LargeOnesThatMeanWellLoad) {
     const std::string sLog = Log(80'000);
     const std::string sPacked = Compressed(sLog);

@@ -111,6 +111,12 @@ class Arr {
     // For range-based loops that read.
     [[nodiscard]] const T* begin() const noexcept { return m_pData; }
     [[nodiscard]] const T* end() const noexcept { return m_pData + m_uSize; }
+    // Bytes that room for uCount more elements takes in addition.
+    [[nodiscard]] std::size_t GrowthFor(std::size_t uCount) const noexcept {
+        if (m_uCapacity - m_uSize >= uCount) return 0;
+        const std::size_t uNext = NextCapacity();
+        return ((m_uSize + uCount > uNext ? m_uSize + uCount : uNext) - m_uCapacity) * sizeof(T);
+    }
     // Makes room for uCount more elements, by the steps of growth.
     void ReserveMore(std::size_t uCount) {
         if (m_uCapacity - m_uSize < uCount || GetRefCnt() != 0) Grow(uCount);
@@ -179,12 +185,11 @@ class Arr {
     void Clear() noexcept { Release(); }
 
   private:
-    // Small arrays double. Large ones, which are moved by their page tables, take steps of 65,536
-    // elements, or of an eighth where those would cost quadratic time.
+    // Small arrays double. Large ones, which are moved by their page tables, take an eighth more.
     [[nodiscard]] std::size_t NextCapacity() const noexcept {
         const bool bSmall = m_uCapacity <= 65536 || m_uCapacity * sizeof(T) <= COPIED;
         if (bSmall) return m_uCapacity < 8 ? 8 : 2 * m_uCapacity;
-        return m_uCapacity + (m_uCapacity / 8 > 65536 ? m_uCapacity / 8 : 65536);
+        return m_uCapacity + m_uCapacity / 8;
     }
     // Up to so many bytes growing copies an array.
     static constexpr std::size_t COPIED = std::size_t{1} << 20;

@@ -86,7 +86,7 @@ inline std::size_t Hash::FewSlotOf(const Hash_Text& oText) const noexcept {
 template <class IsIt>
 inline std::size_t Hash::Index::Find(u2_t uHash, const IsIt& oIsIt) const noexcept {
     const u3_t uWanted = TagOf(uHash) * words::EACH;
-    const std::size_t uMask = oSlot.Size() / GROUP - 1;
+    const std::size_t uMask = oKey.Size() / GROUP - 1;
     std::size_t uGroup = uHash & uMask;
     for (std::size_t uStep = 1;; uGroup = (uGroup + uStep++) & uMask) {
         const auto uTags = le::Load<u3_t>(oTag.Beg() + GROUP * uGroup);
@@ -94,7 +94,7 @@ inline std::size_t Hash::Index::Find(u2_t uHash, const IsIt& oIsIt) const noexce
             return GROUP * uGroup + static_cast<std::size_t>(std::countr_zero(uBits)) / 8;
         };
         for (u3_t uSame = words::ZerosIn(uTags ^ uWanted); uSame != 0; uSame &= uSame - 1) {
-            if (oIsIt(oSlot(oSlotAt(uSame)))) return oSlotAt(uSame);
+            if (oIsIt(oKey(oSlotAt(uSame)))) return oSlotAt(uSame);
         }
         const u3_t uFree = ~uTags & words::HIGH_BITS;
         if (uFree != 0) return oSlotAt(uFree);
@@ -103,23 +103,17 @@ inline std::size_t Hash::Index::Find(u2_t uHash, const IsIt& oIsIt) const noexce
 
 void Hash::Index::Make(std::size_t uSize) {
     oTag.Resize(uSize);
-    (void)oSlot.AddSpace(uSize);
+    (void)oKey.AddSpace(uSize);
 }
 
 inline void Hash::Index::Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept {
     oTag(uSlot) = static_cast<char>(TagOf(uHash));
-    oSlot(uSlot) = {uHash, uKey};
-}
-
-void Hash::Index::Swap(Index& o) noexcept {
-    oTag.Swap(o.oTag);
-    oSlot.Swap(o.oSlot);
+    oKey(uSlot) = uKey;
 }
 
 // The same as FewSlotOf in the index.
 inline std::size_t Hash::SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept {
-    return m_oIndex.Find(
-        uHash, [&](const Slot& o) { return o.uHash == uHash && m_oText(o.uKey).IsEqual(oText); });
+    return m_oIndex.Find(uHash, [&](u2_t uKey) { return m_oText(uKey).IsEqual(oText); });
 }
 
 u2_t Hash::HashOf(const Hash_Text& oText) const noexcept {
@@ -183,8 +177,7 @@ u2_t Hash::EnterAny(std::string_view sText) {
         uSlot = FewSlotOf(oText);
         uKey = m_auFew[uSlot];
     } else {
-        if (m_oIndex.Size() == 0) MakeIndex();
-        if (8 * m_oText.Size() > 7 * m_oIndex.Size()) GrowIndex();
+        if (IsIndexFull(0)) GrowIndex();
         uHash = HashOf(oText);
         uSlot = SlotOf(oText, uHash);
         uKey = m_oIndex.KeyIn(uSlot);
@@ -209,48 +202,26 @@ u2_t Hash::EnterUtf8(std::string_view sText) {
     return Enter<false>(Utf8_Text(sText).View());
 }
 
-// A text that is not there yet.
-inline void Hash::Index::PutNew(u2_t uHash, u2_t uKey) noexcept {
-    Put(Find(uHash, [](const Slot&) { return false; }), uHash, uKey);
-}
-
-// Either all texts are in the index or none.
-void Hash::MakeIndex() {
-    Index oIndex;
-    oIndex.Make(FIRST_INDEX);
-    m_uSeed = MakeSeed(this);
-    for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
-        oIndex.PutNew(HashOf(m_oText(uKey)), uKey);
-    }
-    m_oIndex.Swap(oIndex);
-}
-
-// Adds all that are in a smaller one; there is nothing yet. How much of a group is used is counted
+// Makes a larger one, or the first one, of all texts: their hashes are not kept, and texts that are
+// hashed one behind the other lie one behind the other. How much of a group is used is counted
 // apart: tags that are read together where one of them was just written are waited for.
-void Hash::Index::AddAll(const Index& o) {
-    Arr<u0_t> oUsed;
-    oUsed.Resize(Size() / GROUP);
-    u0_t* const pUsed = oUsed.Beg();
-    char* const pTags = oTag.Beg();
-    Slot* const pSlots = oSlot.Beg();
-    const std::size_t uMask = Size() / GROUP - 1;
-    const char* pFromTag = o.oTag.Beg();
-    for (const Slot *p = o.oSlot.begin(), *pEnd = o.oSlot.end(); p != pEnd; ++p, ++pFromTag) {
-        if (*pFromTag == 0) continue;
-        const Slot oFrom = *p;
-        std::size_t uGroup = oFrom.uHash & uMask;
-        for (std::size_t uStep = 1; pUsed[uGroup] == GROUP;) uGroup = (uGroup + uStep++) & uMask;
-        const std::size_t uSlot = GROUP * uGroup + pUsed[uGroup]++;
-        pTags[uSlot] = *pFromTag;
-        pSlots[uSlot] = oFrom;
-    }
-}
-
 void Hash::GrowIndex() {
     Index oIndex;
-    oIndex.Make(2 * m_oIndex.Size());
-    oIndex.AddAll(m_oIndex);
-    m_oIndex.Swap(oIndex);
+    oIndex.Make(NextIndex());
+    Arr<u0_t> oUsed;
+    oUsed.Resize(oIndex.Size() / Index::GROUP);
+    if (m_oIndex.Size() == 0) m_uSeed = MakeSeed(this);
+    const std::size_t uMask = oUsed.Size() - 1;
+    for (u2_t uKey = 1; uKey < m_oText.Size(); ++uKey) {
+        const u2_t uHash = HashOf(m_oText(uKey));
+        std::size_t uGroup = uHash & uMask;
+        for (std::size_t uStep = 1; oUsed(uGroup) == Index::GROUP;) {
+            uGroup = (uGroup + uStep++) & uMask;
+        }
+        oIndex.Put(Index::GROUP * uGroup + oUsed(uGroup)++, uHash, uKey);
+    }
+    m_oIndex.oTag.Swap(oIndex.oTag);
+    m_oIndex.oKey.Swap(oIndex.oKey);
 }
 
 void Hash::AddBlock(std::size_t uSize) {
@@ -265,7 +236,8 @@ void Hash::Swap(Hash& oHash) noexcept {
     m_oText.Swap(oHash.m_oText);
     std::swap(m_auFew, oHash.m_auFew);
     std::swap(m_uSeed, oHash.m_uSeed);
-    m_oIndex.Swap(oHash.m_oIndex);
+    m_oIndex.oTag.Swap(oHash.m_oIndex.oTag);
+    m_oIndex.oKey.Swap(oHash.m_oIndex.oKey);
     std::swap(m_pBlock, oHash.m_pBlock);
     std::swap(m_pFree, oHash.m_pFree);
     std::swap(m_uFree, oHash.m_uFree);
@@ -273,9 +245,14 @@ void Hash::Swap(Hash& oHash) noexcept {
 
 std::size_t Hash::HeapBytes() const noexcept {
     std::size_t uBytes =
-        m_oText.HeapBytes() + m_oIndex.oTag.HeapBytes() + m_oIndex.oSlot.HeapBytes();
+        m_oText.HeapBytes() + m_oIndex.oTag.HeapBytes() + m_oIndex.oKey.HeapBytes();
     for (const Block* p = m_pBlock; p != nullptr; p = p->pBefore) uBytes += Mem::HeapBytes(p);
     return uBytes;
+}
+
+std::size_t Hash::GrowthFor(std::size_t uCount) const noexcept {
+    const std::size_t uIndex = IsIndexFull(uCount) ? NextIndex() * (1 + sizeof(u2_t)) : 0;
+    return m_oText.GrowthFor(uCount) + uIndex;
 }
 
 bool Hash::IsTailLess(const Hash_Text& oA, const Hash_Text& oB) noexcept {

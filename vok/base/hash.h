@@ -104,36 +104,31 @@ class Hash {
 
     // Heap bytes held.
     [[nodiscard]] std::size_t HeapBytes() const noexcept;
+    // Bytes that uCount more texts take in addition, apart from those of the texts: while an index
+    // grows there are two.
+    [[nodiscard]] std::size_t GrowthFor(std::size_t uCount) const noexcept;
 
   private:
-    // Where the search for a text in a large table leads to: a key, and a hash that tells nearly
-    // all other texts apart.
-    struct Slot {
-        u2_t uHash;
-        u2_t uKey;
-    };
-    // Slots in groups, of each of which the tags are looked at together; a group that is full leads
-    // to others. Nothing is ever taken out (after the tables of Abseil, with tags of a word).
+    // Where the search for a text in a large table leads to: keys in groups, of each of which the
+    // tags are looked at together; a group that is full leads to others. Nothing is ever taken out
+    // (after the tables of Abseil, with tags of a word).
     struct Index {
         static constexpr std::size_t GROUP = 8;
 
-        Arr<char> oTag;   // by slot: 0 is free, others have the high bit and seven of the hash
-        Arr<Slot> oSlot;  // a power of two of groups, or none
+        Arr<char> oTag;  // by slot: 0 is free, others have the high bit and seven of the hash
+        Arr<u2_t> oKey;  // a power of two of groups, or none
 
-        [[nodiscard]] std::size_t Size() const noexcept { return oSlot.Size(); }
+        [[nodiscard]] std::size_t Size() const noexcept { return oKey.Size(); }
         // With all of uSize slots free.
         void Make(std::size_t uSize);
-        // The slot in which oIsIt(slot) finds what it looks for, or the free one that is for it.
+        // The slot in which oIsIt(key) finds what it looks for, or the free one that is for it.
         template <class IsIt>
         [[nodiscard]] std::size_t Find(u2_t uHash, const IsIt& oIsIt) const noexcept;
         // What is in it, 0 for none.
         [[nodiscard]] u2_t KeyIn(std::size_t uSlot) const noexcept {
-            return oTag(uSlot) != 0 ? oSlot(uSlot).uKey : 0;
+            return oTag(uSlot) != 0 ? oKey(uSlot) : 0;
         }
         void Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept;
-        void PutNew(u2_t uHash, u2_t uKey) noexcept;
-        void AddAll(const Index& o);
-        void Swap(Index& o) noexcept;
     };
     // Texts live in blocks, behind this header.
     struct Block {
@@ -146,7 +141,13 @@ class Hash {
     [[nodiscard]] std::size_t FewSlotOf(const Hash_Text& oText) const noexcept;
     [[nodiscard]] std::size_t SlotOf(const Hash_Text& oText, u2_t uHash) const noexcept;
     [[nodiscard]] u2_t HashOf(const Hash_Text& oText) const noexcept;
-    void MakeIndex();
+    // Whether it is too full for so many more texts; groups are full at seven eighths.
+    [[nodiscard]] bool IsIndexFull(std::size_t uMore) const noexcept {
+        return 8 * (m_oText.Size() + uMore) > 7 * m_oIndex.Size();
+    }
+    [[nodiscard]] std::size_t NextIndex() const noexcept {
+        return m_oIndex.Size() != 0 ? 2 * m_oIndex.Size() : FIRST_INDEX;
+    }
     void GrowIndex();
     template <bool OUTSIDE>
     u2_t Enter(std::string_view sText);

@@ -3,6 +3,9 @@
 #ifndef VOK_BASE_KEYED_SORT_H
 #define VOK_BASE_KEYED_SORT_H
 
+#include <algorithm>
+#include <numeric>
+
 #include "vok/base/types.h"
 
 namespace vok {
@@ -15,6 +18,18 @@ struct Keyed {
 // Sorts by keys. Values come in ascending order, and equal keys leave them so. Takes uSize more
 // elements of memory at pRoom; linear in uSize, and in the bytes in which keys differ.
 void SortByKey(Keyed* pFirst, std::size_t uSize, Keyed* pRoom) noexcept;
+
+// Sorts numbers by keys below uKeys, equal ones as they stand. Takes uKeys numbers of memory at
+// pCount, and as many as there are at pRoom; linear in both.
+template <class KeyOf>
+void SortByCounts(u2_t* pFirst, u2_t* pEnd, const KeyOf& oKeyOf, std::size_t uKeys, u2_t* pCount,
+                  u2_t* pRoom) noexcept {
+    std::fill_n(pCount, uKeys, 0);
+    for (const u2_t* p = pFirst; p != pEnd; ++p) ++pCount[oKeyOf(*p)];
+    std::exclusive_scan(pCount, pCount + uKeys, pCount, u2_t{0});
+    for (const u2_t* p = pFirst; p != pEnd; ++p) pRoom[pCount[oKeyOf(*p)]++] = *p;
+    std::copy_n(pRoom, pEnd - pFirst, pFirst);
+}
 
 // Few keys, which are put in order without a branch that depends on them: each is compared with all
 // others, several at a time.

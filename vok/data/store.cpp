@@ -34,6 +34,19 @@ std::size_t Data_Base::HeapBytes() const noexcept {
            m_oGroup.HeapBytes() + m_oHeap.HeapBytes() + m_oAtt.HeapBytes() + m_oUserTag.HeapBytes();
 }
 
+std::size_t Data_Base::GrowthFor(std::size_t uNodes, u2_t uParent) const noexcept {
+    constexpr std::size_t TEXTS = std::size_t{1} << 20;
+    std::size_t uBytes =
+        m_oNode.GrowthFor(uNodes) + m_oName.GrowthFor(uNodes) + m_oHeap.GrowthFor(TEXTS);
+    if (uParent != NONE) {
+        const Node& o = m_oNode(uParent);
+        if (o.GetType() == Node::Tree && o.Start() != NONE) {
+            uBytes += m_oGroup.GrowthFor(o.Start(), uNodes);
+        }
+    }
+    return uBytes;
+}
+
 // ---- nodes ------------------------------------------------------------------
 
 void Data_Base::CheckAppendSlow(u2_t uParent) const {

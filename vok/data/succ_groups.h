@@ -221,6 +221,12 @@ class Data_Groups {
     [[nodiscard]] std::size_t LivingWords() const noexcept {
         return m_oWord.Size() - static_cast<std::size_t>(m_uDead);
     }
+    // Bytes that a group takes in addition to have uIds more ids.
+    [[nodiscard]] std::size_t GrowthFor(u2_t uStart, std::size_t uIds) const noexcept {
+        const std::size_t uRoom = Room(uStart);
+        if (Placed(uStart) + uIds <= uRoom) return 0;
+        return m_oWord.GrowthFor(HEADER + std::max(2 * uRoom, Placed(uStart) + uIds));
+    }
     [[nodiscard]] std::size_t HeapBytes() const noexcept {
         return m_oWord.HeapBytes() + m_oUnsorted.HeapBytes();
     }

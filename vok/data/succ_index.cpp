@@ -129,16 +129,28 @@ void Data_Base::PlaceByRank() {
     if (!m_oGroup.IsAllSorted()) SortByRank(oIsLess);
 }
 
-// The groups that are not in order yet.
+// The groups that are not in order yet. Where there are not many more names than a group has ids
+// they are counted, which takes little memory.
 template <class Less>
 void Data_Base::SortByRank(const Less& oIsLess) {
-    Arr<Keyed> oKeyed;
-    (void)oKeyed.AddSpace(2 * m_oGroup.MostUnsorted());
+    const std::size_t uNames = m_oName.Size();
+    const std::size_t uMost = m_oGroup.MostUnsorted();
+    const auto oCounts = [uNames](std::size_t uSize) { return uNames <= 4 * uSize; };
+    Arr<u2_t> oCount;
+    Arr<u2_t> oRoom;
+    if (oCounts(uMost)) {
+        (void)oCount.AddSpace(uNames);
+        (void)oRoom.AddSpace(uMost);
+    }
+    Arr<Keyed> oKeyed;  // of those that are not counted
+    (void)oKeyed.AddSpace(2 * std::min(uMost, uNames / 4));
     m_oGroup.SortAll(oIsLess, [&](u2_t* pFirst, u2_t* pEnd) {
         const auto uSize = static_cast<std::size_t>(pEnd - pFirst);
-        for (std::size_t u = 0; u < uSize; ++u) {
-            oKeyed(u) = {oIsLess.WeightOf(pFirst[u]), pFirst[u]};
+        const auto oRankOf = [&](u2_t uId) { return oIsLess.WeightOf(uId); };
+        if (oCounts(uSize)) {
+            return SortByCounts(pFirst, pEnd, oRankOf, uNames, oCount.Beg(), oRoom.Beg());
         }
+        for (std::size_t u = 0; u < uSize; ++u) oKeyed(u) = {oRankOf(pFirst[u]), pFirst[u]};
         SortByKey(oKeyed.Beg(), uSize, oKeyed.Beg() + uSize);
         for (std::size_t u = 0; u < uSize; ++u) pFirst[u] = oKeyed(u).uValue;
     });

@@ -32,6 +32,10 @@ class Data_Heap {
 
     [[nodiscard]] std::size_t Size() const noexcept { return m_oBytes.Size(); }
     [[nodiscard]] std::size_t HeapBytes() const noexcept { return m_oBytes.HeapBytes(); }
+    // Bytes that room for so many more takes in addition.
+    [[nodiscard]] std::size_t GrowthFor(std::size_t uSize) const noexcept {
+        return m_oBytes.GrowthFor(uSize);
+    }
     // Bytes that there is room for.
     [[nodiscard]] std::size_t Capacity() const noexcept { return m_oBytes.Capacity(); }
     [[nodiscard]] const char* Begin() const noexcept { return m_oBytes.Beg(); }

@@ -155,7 +155,7 @@ void Reader<Source>::ReadStep() {
     for (std::size_t u = 0; u < oAttributes.Size(); ++u) {
         m_pData->SetAttVal(oAttributes(u).sName, oAttributes(u).sValue);
     }
-    if (m_oWork.IsMetered()) NoteBytes(oAttributes.Size() * MOST_PER_NODE);
+    if (m_oWork.IsMetered()) NoteBytes(oAttributes.Size() * vok::detail::MOST_PER_NODE);
 }
 
 template <class Source>
@@ -210,9 +210,9 @@ void Reader<Source>::LookAtMemory() {
                        m_oLevel.Capacity() * sizeof(Level) + m_oLink.Capacity() * sizeof(Link) +
                        COPIES * m_uNoted;
     m_uNoted = 0;
-    const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
+    const u2_t uParent = m_oLevel.Size() != 0 ? Top().uParent : 0;
     m_uMostNodes =
-        std::min(m_uMost, m_pBase->m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+        std::min(m_uMost, vok::detail::NodesBeforeCheck(m_oWork, uHeld, *m_pBase, uParent));
 }
 
 template <class Source>

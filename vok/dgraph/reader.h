@@ -11,6 +11,7 @@
 
 #include "vok/base/hash_guess.h"
 #include "vok/base/work.h"
+#include "vok/data/memory_watch.h"
 #include "vok/data/store.h"
 #include "vok/dgraph/access.h"
 #include "vok/dgraph/format.h"
@@ -99,9 +100,6 @@ class Reader {
     static constexpr std::size_t SMALLEST_RECORD = 6;
     // Expected where the bytes to come cannot be seen.
     static constexpr u3_t UNSEEN_RECORDS = 4;
-    // Memory that a node with a new name takes at most, arrays that grow included.
-    static constexpr u3_t MOST_PER_NODE = 512;
-    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
     static constexpr u3_t BYTES_BETWEEN_CHECKS = u3_t{1} << 20;
     // A text is held by the source and by the tree.
     static constexpr u3_t COPIES = 2;

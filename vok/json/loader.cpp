@@ -99,9 +99,7 @@ void Loader::CheckMemory() {
     const u3_t uHeld = m_oBase.HeapBytes() + uPending + m_oSource.Held() +
                        m_oLevel.Capacity() * sizeof(Level) + m_oLinkText.Capacity() +
                        m_oLink.Capacity() * sizeof(Link);
-    const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes =
-        std::min(m_uMostNodes, m_oBase.m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes = std::min(m_uMostNodes, detail::NodesBeforeCheck(m_oWork, uHeld, m_oBase));
 }
 
 void Loader::CheckLimits() {
@@ -253,7 +251,7 @@ bool Loader::EndArray(u2_t) {
 void Loader::SetMark(u2_t uId, const Mark& oMark) {
     m_oBase.SetAttribute(uId, MARK, oMark.Value());
     if (m_oLevel.Size() != 0) m_oLevel.Last().eMark = oMark.eKind;
-    if (++m_uAttributes >= NODES_BETWEEN_CHECKS) CheckMemory();
+    if (++m_uAttributes >= detail::NODES_BETWEEN_CHECKS) CheckMemory();
 }
 
 // ---- members that are no successors -------------------------------------------
@@ -318,7 +316,7 @@ void Loader::AddAttribute(std::string_view sValue) {
 
 void Loader::SetAttributes(u2_t uId) {
     // They cost memory like nodes.
-    if ((m_uAttributes += m_oAttribute.Size()) >= NODES_BETWEEN_CHECKS) CheckMemory();
+    if ((m_uAttributes += m_oAttribute.Size()) >= detail::NODES_BETWEEN_CHECKS) CheckMemory();
     const std::string_view sAll = ViewOf(m_oAttributeText);
     std::size_t uBegin = 0;
     for (const Ends& o : m_oAttribute) {

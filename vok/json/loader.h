@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "vok/base/work.h"
+#include "vok/data/memory_watch.h"
 #include "vok/data/store.h"
 #include "vok/file/xml_source.h"
 #include "vok/json/form.h"
@@ -81,7 +82,7 @@ class Loader {
           m_oIn(oSource),
           m_oLimits(oLimits),
           m_oWork(oLimits),
-          m_uMostNodes(std::min(oLimits.m_uNodes, NODES_BETWEEN_CHECKS)) {}
+          m_uMostNodes(std::min(oLimits.m_uNodes, detail::NODES_BETWEEN_CHECKS)) {}
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
 
@@ -157,10 +158,6 @@ class Loader {
         u3_t uOffset;
         std::size_t uEnd;  // of its path among all of them
     };
-
-    // Memory that a node with a new name takes at most, arrays that grow included.
-    static constexpr u3_t MOST_PER_NODE = 512;
-    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
 
     // Returns whether there is a NUL in it.
     bool CheckText(std::string_view sText) const;

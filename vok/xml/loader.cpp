@@ -131,9 +131,7 @@ void XmlLoader::CheckMemory(u3_t uMore) {
     const u3_t uHeld = m_pBase->HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() +
                        uMore + m_oTarget.Capacity() * sizeof(Numbered) +
                        m_oLink.Capacity() * sizeof(Numbered);
-    const u3_t uNext = m_oWork.CheckMemory(uHeld) / MOST_PER_NODE;
-    m_uMostNodes =
-        std::min(m_uMost, m_pBase->m_oNode.Size() + std::max(uNext, NODES_BETWEEN_CHECKS));
+    m_uMostNodes = std::min(m_uMost, NodesBeforeCheck(m_oWork, uHeld, *m_pBase));
 }
 
 void XmlLoader::CheckLimits() {

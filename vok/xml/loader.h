@@ -8,6 +8,7 @@
 
 #include <string_view>
 
+#include "vok/data/memory_watch.h"
 #include "vok/data/store.h"
 #include "vok/xml/tokens.h"
 
@@ -54,10 +55,6 @@ class XmlLoader final : public xml::Tokens {
         u3_t uNumber;
         u2_t uId;
     };
-
-    // Memory that an element with a new name takes at most, arrays that grow included.
-    static constexpr u3_t MOST_PER_NODE = 512;
-    static constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
 
     // ---- tokens -----------------------------------------------------------
 
