@@ -17,9 +17,11 @@ inline constexpr u3_t NODES_BETWEEN_CHECKS = 4096;
 
 // How many nodes a tree may have before this is asked again; uHeld is all that is held for it.
 // Raises the error of the limit where that is too much, or would be as soon as arrays grow: large
-// ones do so in large steps. Nodes are placed below uParent as they come, or in the end (NONE).
+// ones do so in large steps; or in the end, when all is put in order. Nodes are placed below
+// uParent as they come, or in the end (NONE).
 [[nodiscard]] inline u3_t NodesBeforeCheck(const Work& oWork, u3_t uHeld, const Data_Base& b,
                                            u2_t uParent = Data_Base::NONE) {
+    uHeld += b.BytesToOrder();
     const u3_t uLeft = oWork.CheckMemory(uHeld);
     u3_t uNext = std::max(uLeft / MOST_PER_NODE, NODES_BETWEEN_CHECKS);
     if (b.GrowthFor(uNext, uParent) > uLeft) {

@@ -7,6 +7,7 @@
 
 #include "vok/base/hash.h"
 #include "vok/base/hash_guess.h"
+#include "vok/base/keyed_sort.h"
 #include "vok/base/str.h"
 #include "vok/base/utf8.h"
 #include "vok/data/escape.h"
@@ -41,6 +42,8 @@ class Data_Names : private Hash::Near, public Hash {
 
     // By key: how many names are below it in byte order.
     [[nodiscard]] Arr<u2_t> Ranks() const;
+    // Memory that this takes for a name.
+    static constexpr std::size_t BYTES_TO_RANK = 2 * sizeof(Keyed) + sizeof(u2_t);
     // What Intern looks at first, for codecs that look at names where they stand in a document.
     [[nodiscard]] Hash_Guess& Guess() noexcept { return m_oGuess; }
     [[nodiscard]] const Hash_Guess& Guess() const noexcept { return m_oGuess; }

@@ -34,6 +34,12 @@ std::size_t Data_Base::HeapBytes() const noexcept {
            m_oGroup.HeapBytes() + m_oHeap.HeapBytes() + m_oAtt.HeapBytes() + m_oUserTag.HeapBytes();
 }
 
+std::size_t Data_Base::BytesToOrder() const noexcept {
+    if (IsIndexed()) return 0;
+    const std::size_t uPending = m_oNode.Size() - m_uIndexed;
+    return (uPending + m_oNode.Size()) * sizeof(u2_t) + m_oName.Size() * Data_Names::BYTES_TO_RANK;
+}
+
 std::size_t Data_Base::GrowthFor(std::size_t uNodes, u2_t uParent) const noexcept {
     constexpr std::size_t TEXTS = std::size_t{1} << 20;
     std::size_t uBytes =

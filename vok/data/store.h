@@ -79,6 +79,8 @@ class Data_Base {
 
     // Heap bytes held. Linear in attribute names.
     [[nodiscard]] std::size_t HeapBytes() const noexcept;
+    // Those that UpdateSucc takes at most.
+    [[nodiscard]] std::size_t BytesToOrder() const noexcept;
     // Heap bytes that uNodes more nodes take in addition at most, as far as arrays grow in steps:
     // with new names, a mebibyte of texts, and places below uParent (NONE: without places).
     [[nodiscard]] std::size_t GrowthFor(std::size_t uNodes, u2_t uParent) const noexcept;

@@ -94,9 +94,7 @@ void Loader::CheckMemory() {
     m_uAttributes = 0;
     m_uMostNodes = m_oLimits.m_uNodes;
     if (!m_oWork.IsMetered()) return;
-    // Nodes get their places in groups at the end.
-    const u3_t uPending = (m_oBase.m_oNode.Size() - m_oBase.m_uIndexed) * 2 * sizeof(u2_t);
-    const u3_t uHeld = m_oBase.HeapBytes() + uPending + m_oSource.Held() +
+    const u3_t uHeld = m_oBase.HeapBytes() + m_oSource.Held() +
                        m_oLevel.Capacity() * sizeof(Level) + m_oLinkText.Capacity() +
                        m_oLink.Capacity() * sizeof(Link);
     m_uMostNodes = std::min(m_uMostNodes, detail::NodesBeforeCheck(m_oWork, uHeld, m_oBase));

@@ -126,10 +126,8 @@ void XmlLoader::CheckMemory(u3_t uMore) {
     m_uAttributes = 0;
     m_uMostNodes = m_uMost;
     if (!m_oWork.IsMetered()) return;
-    // Elements get their places in groups at the end.
-    const u3_t uPending = (m_pBase->m_oNode.Size() - m_pBase->m_uIndexed) * 2 * sizeof(u2_t);
-    const u3_t uHeld = m_pBase->HeapBytes() + uPending + m_oSource.Held() + m_oText.Capacity() +
-                       uMore + m_oTarget.Capacity() * sizeof(Numbered) +
+    const u3_t uHeld = m_pBase->HeapBytes() + m_oSource.Held() + m_oText.Capacity() + uMore +
+                       m_oTarget.Capacity() * sizeof(Numbered) +
                        m_oLink.Capacity() * sizeof(Numbered);
     m_uMostNodes = std::min(m_uMost, NodesBeforeCheck(m_oWork, uHeld, *m_pBase));
 }
