@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Documents record by record.
 #include <map>
+#include <random>
 
 #include "tests/records/records_support.h"
 #include "vok/data/walk.h"
@@ -417,18 +418,22 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
         for (std::size_t uAt = 0; uAt < oNodes.size(); ++uAt) {
             std::size_t uNext = uAt + 1;
             while (uNext < oNodes.size() && oNodes[uNext].second > oNodes[uAt].second) ++uNext;
-            for (const bool bTake : {false, true}) {
+            const Data oNode = oTree.GetNodeFromID(oNodes[uAt].first);
+            enum { SKIP = 1, ASK = 2, TAKE = 4 };
+            for (const unsigned uDoes : {SKIP + 0, SKIP + ASK, TAKE + 0, SKIP + TAKE}) {
                 File_Buf oIn(sDocument.data(), sDocument.size());
                 Data_Reader oReader(oIn);
                 for (std::size_t u = 0; u <= uAt; ++u) ASSERT_TRUE(oReader.Next());
-                Data oTaken;
-                if (bTake) {
+                if ((uDoes & SKIP) != 0) oReader.SkipSuccessors();
+                if ((uDoes & ASK) != 0) {
+                    EXPECT_EQ(oReader.GetPath(), oNode.GetPath());
+                }
+                if ((uDoes & TAKE) != 0) {
+                    Data oTaken;
                     const u3_t uOffset = oReader->GetOffset();
                     oReader.Take(oTaken);
                     EXPECT_EQ(oReader->GetOffset(), uOffset);
-                    EXPECT_EQ(Show(oTaken), Show(oTree.GetNodeFromID(oNodes[uAt].first)));
-                } else {
-                    oReader.SkipSuccessors();
+                    EXPECT_EQ(Show(oTaken), Show(oNode));
                 }
                 // All that is behind it comes, and nothing else is asked for.
                 for (std::size_t u = uNext; u < oNodes.size(); ++u) {
@@ -438,6 +443,25 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
                 }
                 ASSERT_FALSE(oReader.Next()) << uAt;
             }
+        }
+        // Several of them, some one behind the other.
+        for (u2_t uSeed = 1; uSeed < 60; ++uSeed) {
+            std::mt19937 oRandom(uSeed);
+            File_Buf oIn(sDocument.data(), sDocument.size());
+            Data_Reader oReader(oIn);
+            for (std::size_t u = 0; u < oNodes.size();) {
+                ASSERT_TRUE(oReader.Next()) << uSeed;
+                const auto [uId, uDepth] = oNodes[u++];
+                ASSERT_EQ(oReader->GetDepth(), uDepth) << uSeed;
+                ASSERT_EQ(oReader->GetName(), oTree.GetNodeFromID(uId).GetName()) << uSeed;
+                if (oRandom() % 16 == 0) {
+                    ASSERT_EQ(oReader.GetPath(), oTree.GetNodeFromID(uId).GetPath()) << uSeed;
+                }
+                if (u == 1 || oRandom() % (1 + uSeed % 4) != 0) continue;
+                oReader.SkipSuccessors();
+                while (u < oNodes.size() && oNodes[u].second > uDepth) ++u;
+            }
+            ASSERT_FALSE(oReader.Next()) << uSeed;
         }
     }
 }

@@ -31,9 +31,7 @@ class Record_Batch {
         const char* m_pBehind = nullptr;  // where it ends, for codecs that do not tell it otherwise
     };
 
-    Record_Batch() noexcept {
-        for (Entry& o : m_aoEntry) o.m_pNext = &o + 1;
-    }
+    Record_Batch() noexcept { LinkAll(); }
     Record_Batch(const Record_Batch&) = delete;
     Record_Batch& operator=(const Record_Batch&) = delete;
 
@@ -41,6 +39,7 @@ class Record_Batch {
     // one alone nobody goes back.
     Entry* Start(const Record_Trail& oTrail, std::size_t uMost) noexcept {
         SetSize(0);
+        if (m_bCut) LinkAll();
         m_uLevels = oTrail.Size();
         m_uLowest = m_uLevels - 1;
         if (uMost <= 1) return m_aoEntry.data();
@@ -59,6 +58,21 @@ class Record_Batch {
     }
     [[nodiscard]] std::size_t Size() const noexcept { return m_uSize; }
 
+    // An entry leads to what is behind all that is below it; false where none of those that were
+    // read is, but one of the next ones may be below it.
+    [[nodiscard]] bool SkipBelow(const Entry& o) noexcept {
+        const Data_Record* p = o.m_pNext;
+        while (p != nullptr && p->GetDepth() > o.GetDepth()) {
+            p = static_cast<const Entry*>(p)->m_pNext;
+        }
+        m_aoEntry[IndexOf(o)].m_pNext = p;
+        m_bCut = true;
+        return p != nullptr;
+    }
+    [[nodiscard]] bool IsLast(const Entry& o) const noexcept { return IndexOf(o) + 1 == m_uSize; }
+    // Whether an entry that is not the last one leads to another one than the next.
+    [[nodiscard]] static bool Skips(const Entry& o) noexcept { return o.m_pNext != &o + 1; }
+
     [[nodiscard]] const Entry* begin() const noexcept { return m_aoEntry.data(); }
     [[nodiscard]] const Entry* end() const noexcept { return m_aoEntry.data() + m_uSize; }
 
@@ -68,11 +82,20 @@ class Record_Batch {
     }
 
   private:
+    [[nodiscard]] std::size_t IndexOf(const Entry& o) const noexcept {
+        return static_cast<std::size_t>(&o - m_aoEntry.data());
+    }
+    void LinkAll() noexcept {
+        for (Entry& o : m_aoEntry) o.m_pNext = &o + 1;
+        m_bCut = false;
+    }
+
     // Levels up to which they may lead.
     static constexpr std::size_t KEPT = 4;
 
     std::array<Entry, MOST> m_aoEntry;
     std::size_t m_uSize = 0;
+    bool m_bCut = false;  // some of them do not lead to the next one
     std::array<Record_Trail::Level, KEPT> m_aoLevel;
     std::size_t m_uLevels = 0;
     std::size_t m_uLowest = 0;

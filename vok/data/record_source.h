@@ -62,8 +62,12 @@ class Record_Source : public Data_Record {
     // Bytes behind the document that were read as well, once Next has returned false.
     [[nodiscard]] u3_t Left() const noexcept { return m_uLeft; }
 
-    // Leaves out what is below the last node of a level, or nothing after all.
-    void SkipBelow(std::size_t uLevel) noexcept { m_uMostDepth = uLevel; }
+    // Leaves out what is below the record that was given last, or nothing after all.
+    void SkipBelow(const Data_Record& r) noexcept {
+        const bool bAhead =
+            &r != this && m_oBatch.SkipBelow(static_cast<const Record_Batch::Entry&>(r));
+        if (!bAhead) m_uMostDepth = r.GetDepth();
+    }
     void SkipNothing() noexcept { m_uMostDepth = ALL; }
     [[nodiscard]] const Record_Trail& Trail() const noexcept { return m_oTrail; }
     // Makes the record the last node of an open level again, without a value.
@@ -153,7 +157,8 @@ class Record_Source : public Data_Record {
         SetValue(oLast.GetType(), oLast.Lng());
         m_oAttribute.Truncate(0);
         m_uPatience = PATIENCE;
-        if (oLast.m_pNext == nullptr) return false;
+        if (m_oBatch.IsLast(oLast)) return false;
+        if (Record_Batch::Skips(oLast)) m_uMostDepth = oLast.GetDepth();
         m_oBatch.SetSize(static_cast<std::size_t>(&oLast - m_oBatch.begin()) + 1);
         m_oBatch.Restore(m_oTrail);
         for (const Record_Batch::Entry& o : m_oBatch) {

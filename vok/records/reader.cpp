@@ -87,9 +87,7 @@ bool Data_Reader::ReadNext() {
 
 void Data_Reader::SkipSuccessors() noexcept {
     // Below others there is nothing; what is behind them may be deeper, and read already.
-    if (m_pRecord->GetType() != Data_Node::Tree) return;
-    m_pImpl->m_pSource->GoBack(m_pRecord);
-    m_pImpl->m_pSource->SkipBelow(m_pRecord->GetDepth());
+    if (m_pRecord->GetType() == Data_Node::Tree) m_pImpl->m_pSource->SkipBelow(*m_pRecord);
 }
 
 Str Data_Reader::GetPath() const {
