@@ -427,6 +427,7 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
                 if ((uDoes & SKIP) != 0) oReader.SkipSuccessors();
                 if ((uDoes & ASK) != 0) {
                     EXPECT_EQ(oReader.GetPath(), oNode.GetPath());
+                    EXPECT_EQ(oReader.GetReport().m_oPath, oNode.GetPath());
                 }
                 if ((uDoes & TAKE) != 0) {
                     Data oTaken;
@@ -454,8 +455,13 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
                 const auto [uId, uDepth] = oNodes[u++];
                 ASSERT_EQ(oReader->GetDepth(), uDepth) << uSeed;
                 ASSERT_EQ(oReader->GetName(), oTree.GetNodeFromID(uId).GetName()) << uSeed;
-                if (oRandom() % 16 == 0) {
-                    ASSERT_EQ(oReader.GetPath(), oTree.GetNodeFromID(uId).GetPath()) << uSeed;
+                const auto uAsked = oRandom() % 16;
+                if (uAsked < 2) {
+                    const Str oPath = oTree.GetNodeFromID(uId).GetPath();
+                    ASSERT_EQ(oReader.GetPath(), oPath) << uSeed;
+                    if (uAsked == 0) {
+                        ASSERT_EQ(oReader.GetReport().m_oPath, oPath) << uSeed;
+                    }
                 }
                 if (u == 1 || oRandom() % (1 + uSeed % 4) != 0) continue;
                 oReader.SkipSuccessors();

@@ -73,6 +73,28 @@ class Record_Batch {
     // Whether an entry that is not the last one leads to another one than the next.
     [[nodiscard]] static bool Skips(const Entry& o) noexcept { return o.m_pNext != &o + 1; }
 
+    // The path of an entry as Record_Trail::PathTo gives it: its ancestors are those entries in
+    // front of it that come first on their levels from it back, and what was open in front of all.
+    [[nodiscard]] Str PathTo(const Record_Trail& oTrail, const Entry& o) const {
+        std::array<const Entry*, MOST> apUp;
+        std::size_t uUp = 0;
+        std::size_t uLevel = o.GetDepth() + std::size_t{1};
+        for (std::size_t u = IndexOf(o) + 1; u-- > 0;) {
+            if (m_aoEntry[u].GetDepth() + std::size_t{1} != uLevel) continue;
+            apUp[uUp++] = &m_aoEntry[u];
+            --uLevel;
+        }
+        Arr_Near<char, 240> oPath;
+        for (std::size_t u = 1; u < uLevel; ++u) {
+            oTrail.AddStep(oPath, u < m_uLowest ? oTrail.At(u) : m_aoLevel[u - m_uLowest]);
+        }
+        while (uUp-- > 0) {
+            const Entry& oUp = *apUp[uUp];
+            Record_Trail::AddStep(oPath, oUp.m_sName, static_cast<u2_t>(oUp.m_iIndex));
+        }
+        return Record_Trail::Whole(oPath);
+    }
+
     [[nodiscard]] const Entry* begin() const noexcept { return m_aoEntry.data(); }
     [[nodiscard]] const Entry* end() const noexcept { return m_aoEntry.data() + m_uSize; }
 

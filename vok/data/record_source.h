@@ -62,6 +62,11 @@ class Record_Source : public Data_Record {
     // Bytes behind the document that were read as well, once Next has returned false.
     [[nodiscard]] u3_t Left() const noexcept { return m_uLeft; }
 
+    // The path of the record that was given last. Linear in what it gives.
+    [[nodiscard]] Str PathOf(const Data_Record& r) const {
+        if (&r == this) return m_oTrail.PathTo(r.GetDepth());
+        return m_oBatch.PathTo(m_oTrail, static_cast<const Record_Batch::Entry&>(r));
+    }
     // Leaves out what is below the record that was given last, or nothing after all.
     void SkipBelow(const Data_Record& r) noexcept {
         const bool bAhead =

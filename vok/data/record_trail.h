@@ -103,13 +103,20 @@ class Record_Trail {
     }
     // "/a[0]/b[2]" for the last node of a level. Linear in what it gives.
     [[nodiscard]] Str PathTo(std::size_t uLevel) const {
-        Arr<char> oPath;
-        for (std::size_t u = 1; u <= uLevel; ++u) {
-            oPath.Add('/');
-            AppendStep(oPath, NameAt(u), m_oLevel(u).uRun - 1);
-        }
-        if (uLevel == 0) oPath.Add('/');
-        return Str(std::string_view(oPath.Beg(), oPath.Size()));
+        Arr_Near<char, 240> oPath;
+        for (std::size_t u = 1; u <= uLevel; ++u) AddStep(oPath, m_oLevel(u));
+        return Whole(oPath);
+    }
+    // The same step by step, by what a level is or was, or by a name and an index; and the whole.
+    void AddStep(Arr<char>& oPath, const Level& o) const {
+        AddStep(oPath, m_oNames(o.uKey).View(), o.uRun - 1);
+    }
+    static void AddStep(Arr<char>& oPath, std::string_view sName, u2_t uIndex) {
+        oPath.Add('/');
+        AppendStep(oPath, sName, uIndex);
+    }
+    [[nodiscard]] static Str Whole(const Arr<char>& oPath) {
+        return Str(oPath.Size() != 0 ? std::string_view(oPath.Beg(), oPath.Size()) : "/");
     }
 
   private:

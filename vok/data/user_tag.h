@@ -26,10 +26,11 @@ class Data_UserTag {
                 return;
             }
         }
-        m_oLong.Clear();
-        if (!sTag.empty()) std::memcpy(m_sShort, sTag.data(), sTag.size());
+        // It may be a part of the one that is there.
+        if (!sTag.empty()) std::memmove(m_sShort, sTag.data(), sTag.size());
         m_sShort[sTag.size()] = 0;
         m_uShort = static_cast<u0_t>(sTag.size());
+        m_oLong.Clear();
     }
     [[nodiscard]] Mem::Str Get() const { return m_uShort != 0 ? Mem::Str(View()) : m_oLong; }
     [[nodiscard]] std::string_view View() const noexcept {

@@ -91,10 +91,8 @@ void Data_Reader::SkipSuccessors() noexcept {
 }
 
 Str Data_Reader::GetPath() const {
-    return Where("vok::Data_Reader::GetPath", [&] {
-        m_pImpl->m_pSource->GoBack(m_pRecord);
-        return m_pImpl->m_pSource->Trail().PathTo(m_pRecord->GetDepth());
-    });
+    return Where("vok::Data_Reader::GetPath",
+                 [&] { return m_pImpl->m_pSource->PathOf(*m_pRecord); });
 }
 
 bool Data_Reader::IsInOrder() const noexcept {
