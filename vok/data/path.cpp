@@ -17,13 +17,13 @@ Str Data::GetPath() const {
     return Where("vok::Data::GetPath", [&] {
         Base& b = detail::NodeOf(m_oBase, m_uId);
         if (m_uId == 0) return Str("/");
-        Arr<u2_t> oChain;
+        Arr_Near<u2_t, 32> oChain;
         for (u2_t uId = m_uId; uId != 0; uId = b.m_oNode(uId).Pred()) {
             // Cut loose by a removal: no path leads here.
             if (uId >= b.m_oNode.Size()) Msg::TryToAccessDeletedNode();
             oChain.Add(uId);
         }
-        Arr<char> oPath;
+        Arr_Near<char, 240> oPath;
         for (std::size_t u = oChain.Size(); u-- > 0;) {
             const Hash_Text& oName = b.m_oName(b.m_oNode(oChain(u)).uKey);
             oPath.Add('/');
