@@ -55,9 +55,6 @@ class Reader<Source>::Fast {
     }
 
   private:
-    static constexpr std::size_t LENGTH = 4;
-    static constexpr std::size_t LARGEST_VALUE = 8;
-
     // Where what is at hand ends, and up to where heads are compared as a whole: nowhere, if they
     // might be longer than a text may be.
     [[gnu::always_inline]] void SetEnd() noexcept {
@@ -226,10 +223,10 @@ class Reader<Source>::Fast {
     // An expected name, no attributes, the next index of its run, in the order of names.
     [[gnu::always_inline]] bool ReadHead(Record& o) {
         const auto uAtHand = static_cast<std::size_t>(m_pEnd - m_p);
-        if (uAtHand < LENGTH) return false;
+        if (uAtHand < LENGTH_SIZE) return false;
         const std::size_t uStep = Load<u2_t>(m_p);
-        const char* const pStep = m_p + LENGTH;
-        const std::size_t uSeen = uAtHand - LENGTH;
+        const char* const pStep = m_p + LENGTH_SIZE;
+        const std::size_t uSeen = uAtHand - LENGTH_SIZE;
         if (uStep > r.m_oLimits.m_uTextBytes) return false;
         if (uSeen < uStep + 1 + LARGEST_VALUE && !IsThere(pStep, uSeen, uStep)) return false;
         const Name oName = ReadName(pStep, uSeen, uStep);
@@ -270,12 +267,13 @@ class Reader<Source>::Fast {
             case CODE_BOOLEAN: return Take(o, Data_Node::Boolean, *p != 0, 1);
             case CODE_STRING: {
                 const std::size_t uText = Load<u2_t>(p);
-                const char* const pText = p + LENGTH;
+                const char* const pText = p + LENGTH_SIZE;
                 if (uText - 1 < static_cast<std::size_t>(m_pEnd - pText) &&
                     uText <= r.m_oLimits.m_uTextBytes && pText[uText - 1] == 0) {
                     const u2_t uAt = m_oBase.m_oHeap.TryAddText({pText, uText - 1});
                     if (uAt != 0) {
-                        return Take(o, Data_Node::String, u3_t{uText} << 32 | uAt, LENGTH + uText);
+                        return Take(o, Data_Node::String, u3_t{uText} << 32 | uAt,
+                                    LENGTH_SIZE + uText);
                     }
                 }
                 break;

@@ -12,20 +12,19 @@ void ExpectHead(Data_Names& oNames) {
     constexpr u2_t INDEX = '[' | '0' << 8 | ']' << 16;
     constexpr u2_t INDEX_SIZE = 3;
     const u2_t uStep = oName.uLength + INDEX_SIZE;
-    constexpr std::size_t LENGTH = 4;
-    if (LENGTH + uStep > MOST_HEAD) return;
+    if (LENGTH_SIZE + uStep > MOST_HEAD) return;
     // What is behind the head is copied along with it, but is not looked at.
     static_assert(Hash::SLACK == 16);
-    char s[LENGTH + MOST_HEAD] = {};
+    char s[LENGTH_SIZE + MOST_HEAD] = {};
     Store<u2_t>(s, uStep);
-    std::memcpy(s + LENGTH, oName.sText, Hash::SLACK);
+    std::memcpy(s + LENGTH_SIZE, oName.sText, Hash::SLACK);
     if (oName.uLength > Hash::SLACK) {
-        std::memcpy(s + LENGTH + Hash::SLACK, oName.sText + Hash::SLACK, Hash::SLACK);
+        std::memcpy(s + LENGTH_SIZE + Hash::SLACK, oName.sText + Hash::SLACK, Hash::SLACK);
     }
-    Store<u2_t>(s + LENGTH + oName.uLength, INDEX);
+    Store<u2_t>(s + LENGTH_SIZE + oName.uLength, INDEX);
     // A name has at least a byte, so that the last eight bytes are there.
     const Hash_Guess::Image oImage{Load<u3_t>(s), Load<u3_t>(s + 8), Load<u3_t>(s + 16),
-                                   Load<u3_t>(s + LENGTH + uStep - 8)};
+                                   Load<u3_t>(s + LENGTH_SIZE + uStep - 8)};
     oGuess.Expect(oImage, oNames.IsLess(oGuess.Second(), uKey), oNames.Size());
 }
 

@@ -13,8 +13,12 @@ namespace vok::dgraph {
 // length of the step, the step. It is compared in words of eight bytes, the last of which overlaps
 // others.
 inline constexpr std::size_t MOST_HEAD = 32;
-// So many bytes have to be there to look for one: a type code and a value of fixed size follow.
-inline constexpr std::size_t HEAD_ROOM = MOST_HEAD + 1 + 8;
+// The length of a step or of a text.
+inline constexpr std::size_t LENGTH_SIZE = 4;
+// The largest value of fixed size among the frequent ones.
+inline constexpr std::size_t LARGEST_VALUE = 8;
+// So many bytes have to be there to look for a head: a type code and such a value follow.
+inline constexpr std::size_t HEAD_ROOM = MOST_HEAD + 1 + LARGEST_VALUE;
 
 // Has the first guess expected by its head from now on, if it has one.
 void ExpectHead(Data_Names& oNames);

@@ -11,13 +11,6 @@ namespace vok::dgraph {
 using detail::Record_Batch;
 using detail::Record_Trail;
 
-namespace {
-
-constexpr std::size_t LENGTH = 4;
-constexpr std::size_t LARGEST_VALUE = 8;
-
-}  // namespace
-
 // A value of one of the frequent types, which begins at p, and what is behind it; null for any
 // other and for a node that has successors.
 [[gnu::always_inline]] inline const char* RecordReader::TakeLeaf(Record_Batch::Entry& o, u0_t uCode,
@@ -31,7 +24,7 @@ constexpr std::size_t LARGEST_VALUE = 8;
         case CODE_BOOLEAN: o.SetValue(Data_Node::Boolean, *p != 0); return p + 1;
         case CODE_STRING: {
             const std::size_t uText = Load<u2_t>(p);
-            p += LENGTH;
+            p += LENGTH_SIZE;
             if (uText - 1 >= static_cast<std::size_t>(pEnd - p)) return nullptr;
             if (uText > m_oLimits.m_uTextBytes || p[uText - 1] != 0) return nullptr;
             o.m_sText = {p, uText - 1};
@@ -74,7 +67,7 @@ inline u2_t RecordReader::FindName(const char* p, std::size_t uSeen, std::size_t
 [[gnu::noinline]] RecordReader::Head RecordReader::FindHead(const char* p, const char* pEnd,
                                                             u2_t uLast, u2_t uRun, bool bNew) {
     const std::size_t uStep = Load<u2_t>(p);
-    p += LENGTH;
+    p += LENGTH_SIZE;
     const auto uSeen = static_cast<std::size_t>(pEnd - p);
     if (uSeen < uStep + 1 + LARGEST_VALUE || uStep > m_oLimits.m_uTextBytes) return {0, nullptr};
     const u2_t uKey = FindName(p, uSeen, uStep, bNew);
