@@ -419,8 +419,8 @@ TEST(Reader, EveryRecordIsTakenOrLeftOut) {
             std::size_t uNext = uAt + 1;
             while (uNext < oNodes.size() && oNodes[uNext].second > oNodes[uAt].second) ++uNext;
             const Data oNode = oTree.GetNodeFromID(oNodes[uAt].first);
-            enum { SKIP = 1, ASK = 2, TAKE = 4 };
-            for (const unsigned uDoes : {SKIP + 0, SKIP + ASK, TAKE + 0, SKIP + TAKE}) {
+            enum : unsigned { SKIP = 1, ASK = 2, TAKE = 4 };
+            for (const unsigned uDoes : {SKIP | 0, SKIP | ASK, TAKE | 0, SKIP | TAKE}) {
                 File_Buf oIn(sDocument.data(), sDocument.size());
                 Data_Reader oReader(oIn);
                 for (std::size_t u = 0; u <= uAt; ++u) ASSERT_TRUE(oReader.Next());
