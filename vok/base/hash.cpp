@@ -220,8 +220,7 @@ void Hash::GrowIndex() {
         }
         oIndex.Put(Index::GROUP * uGroup + oUsed(uGroup)++, uHash, uKey);
     }
-    m_oIndex.oTag.Swap(oIndex.oTag);
-    m_oIndex.oKey.Swap(oIndex.oKey);
+    m_oIndex.Swap(oIndex);
 }
 
 void Hash::AddBlock(std::size_t uSize) {
@@ -236,8 +235,7 @@ void Hash::Swap(Hash& oHash) noexcept {
     m_oText.Swap(oHash.m_oText);
     std::swap(m_auFew, oHash.m_auFew);
     std::swap(m_uSeed, oHash.m_uSeed);
-    m_oIndex.oTag.Swap(oHash.m_oIndex.oTag);
-    m_oIndex.oKey.Swap(oHash.m_oIndex.oKey);
+    m_oIndex.Swap(oHash.m_oIndex);
     std::swap(m_pBlock, oHash.m_pBlock);
     std::swap(m_pFree, oHash.m_pFree);
     std::swap(m_uFree, oHash.m_uFree);

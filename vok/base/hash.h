@@ -129,6 +129,10 @@ class Hash {
             return oTag(uSlot) != 0 ? oKey(uSlot) : 0;
         }
         void Put(std::size_t uSlot, u2_t uHash, u2_t uKey) noexcept;
+        void Swap(Index& o) noexcept {
+            oTag.Swap(o.oTag);
+            oKey.Swap(o.oKey);
+        }
     };
     // Texts live in blocks, behind this header.
     struct Block {

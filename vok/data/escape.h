@@ -68,6 +68,9 @@ constexpr char* EncodeByte(char c, char* p, const bool* pSet) noexcept {
 // as the escape of code 0.
 void AppendEncoded(Arr<char>& oOut, std::string_view sText, const bool* pSet);
 
+// What a path is put together in: most need no memory.
+using Path_Text = Arr_Near<char, 240>;
+
 // Appends a step of a path: the name, encoded, and the index in brackets.
 void AppendStep(Arr<char>& oOut, std::string_view sName, u2_t uIndex);
 

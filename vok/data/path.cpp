@@ -23,7 +23,7 @@ Str Data::GetPath() const {
             if (uId >= b.m_oNode.Size()) Msg::TryToAccessDeletedNode();
             oChain.Add(uId);
         }
-        Arr_Near<char, 240> oPath;
+        detail::Path_Text oPath;
         for (std::size_t u = oChain.Size(); u-- > 0;) {
             const Hash_Text& oName = b.m_oName(b.m_oNode(oChain(u)).uKey);
             oPath.Add('/');

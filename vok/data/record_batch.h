@@ -84,7 +84,7 @@ class Record_Batch {
             apUp[uUp++] = &m_aoEntry[u];
             --uLevel;
         }
-        Arr_Near<char, 240> oPath;
+        Path_Text oPath;
         for (std::size_t u = 1; u < uLevel; ++u) {
             oTrail.AddStep(oPath, u < m_uLowest ? oTrail.At(u) : m_aoLevel[u - m_uLowest]);
         }

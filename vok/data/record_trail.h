@@ -103,7 +103,7 @@ class Record_Trail {
     }
     // "/a[0]/b[2]" for the last node of a level. Linear in what it gives.
     [[nodiscard]] Str PathTo(std::size_t uLevel) const {
-        Arr_Near<char, 240> oPath;
+        Path_Text oPath;
         for (std::size_t u = 1; u <= uLevel; ++u) AddStep(oPath, m_oLevel(u));
         return Whole(oPath);
     }

@@ -35,9 +35,13 @@ std::size_t Data_Base::HeapBytes() const noexcept {
 }
 
 std::size_t Data_Base::BytesToOrder() const noexcept {
-    if (IsIndexed()) return 0;
-    const std::size_t uPending = m_oNode.Size() - m_uIndexed;
-    return (uPending + m_oNode.Size()) * sizeof(u2_t) + m_oName.Size() * Data_Names::BYTES_TO_RANK;
+    const std::size_t uCompacted =
+        m_oGroup.IsWorthCompacting() ? m_oGroup.LivingWords() * sizeof(u2_t) : 0;
+    if (IsIndexed()) return uCompacted;
+    const std::size_t uPlaced = (m_oNode.Size() - m_uIndexed) * sizeof(u2_t);
+    const std::size_t uSorted =
+        m_oNode.Size() * sizeof(u2_t) + m_oName.Size() * Data_Names::BYTES_TO_RANK;
+    return uPlaced + std::max(uSorted, uCompacted);
 }
 
 std::size_t Data_Base::GrowthFor(std::size_t uNodes, u2_t uParent) const noexcept {

@@ -11,6 +11,7 @@ struct Access {
     [[nodiscard]] static Data_Base* BaseOf(const Data& oData) noexcept {
         return oData.m_oBase.Get();
     }
+    // Makes a cursor the root of its tree, of a new one where it has none.
     static void ToRoot(Data& oData) {
         if (!oData.m_oBase) oData.SetToRoot();
         oData.m_uId = 0;
